@@ -1,0 +1,155 @@
+#include "domain/Coding.h"
+
+#include <QCoreApplication>
+#include <QJsonDocument>
+
+#include <cmath>
+
+namespace Larkhaven::Coding {
+
+namespace {
+
+QString tr(const char* text)
+{
+    return QCoreApplication::translate("DecodingError", text);
+}
+
+/// 2001-01-01 00:00:00 UTC, in milliseconds since 1970.
+constexpr qint64 referenceDate = 978'307'200'000;
+
+DecodingError mismatch(QLatin1StringView key)
+{
+    return DecodingError(tr("The stored value “%1” can't be read.").arg(key));
+}
+
+QJsonValue required(const QJsonObject& object, QLatin1StringView key)
+{
+    const QJsonValue value = object.value(key);
+    if (value.isUndefined() || value.isNull())
+        throw DecodingError(tr("The stored value “%1” is missing.").arg(key));
+    return value;
+}
+
+} // namespace
+
+QJsonValue parse(const QByteArray& json)
+{
+    QJsonParseError error;
+    const QJsonDocument document = QJsonDocument::fromJson(json, &error);
+    if (error.error != QJsonParseError::NoError)
+        throw DecodingError(tr("The stored data isn't valid JSON."));
+    return document.isArray() ? QJsonValue(document.array()) : QJsonValue(document.object());
+}
+
+QJsonObject object(const QJsonValue& value)
+{
+    if (!value.isObject())
+        throw DecodingError(tr("An object was expected in the stored data."));
+    return value.toObject();
+}
+
+QJsonArray array(const QJsonValue& value)
+{
+    if (!value.isArray())
+        throw DecodingError(tr("A list was expected in the stored data."));
+    return value.toArray();
+}
+
+QString string(const QJsonObject& object, QLatin1StringView key)
+{
+    const QJsonValue value = required(object, key);
+    if (!value.isString())
+        throw mismatch(key);
+    return value.toString();
+}
+
+std::optional<QString> optionalString(const QJsonObject& object, QLatin1StringView key)
+{
+    const QJsonValue value = object.value(key);
+    if (value.isUndefined() || value.isNull())
+        return std::nullopt;
+    return string(object, key);
+}
+
+qint64 integer(const QJsonObject& object, QLatin1StringView key)
+{
+    // The limits of the range of exactly representable integers keep the two conversions below defined.
+    constexpr double limit = 9'007'199'254'740'992.0;
+    const QJsonValue value = required(object, key);
+    if (!value.isDouble())
+        throw mismatch(key);
+    const double number = value.toDouble();
+    if (std::abs(number) > limit || std::trunc(number) != number)
+        throw mismatch(key);
+    return static_cast<qint64>(number);
+}
+
+bool boolean(const QJsonObject& object, QLatin1StringView key)
+{
+    const QJsonValue value = required(object, key);
+    if (!value.isBool())
+        throw mismatch(key);
+    return value.toBool();
+}
+
+QDateTime time(const QJsonObject& object, QLatin1StringView key)
+{
+    // 200,000 years to either side: what QDateTime can hold by far.
+    constexpr double limit = 6.3e12;
+    const QJsonValue value = required(object, key);
+    if (!value.isDouble() || std::abs(value.toDouble()) > limit)
+        throw mismatch(key);
+    return QDateTime::fromMSecsSinceEpoch(referenceDate + std::llround(value.toDouble() * 1000.0), Qt::UTC);
+}
+
+QUuid uuid(const QJsonObject& object, QLatin1StringView key)
+{
+    constexpr qsizetype canonicalLength = 36;
+    const QString text = string(object, key);
+    const QUuid uuid = QUuid::fromString(text);
+    if (text.size() != canonicalLength || text.compare(fromUuid(uuid), Qt::CaseInsensitive) != 0)
+        throw mismatch(key);
+    return uuid;
+}
+
+QJsonObject object(const QJsonObject& object, QLatin1StringView key)
+{
+    const QJsonValue value = required(object, key);
+    if (!value.isObject())
+        throw mismatch(key);
+    return value.toObject();
+}
+
+QJsonArray array(const QJsonObject& object, QLatin1StringView key)
+{
+    const QJsonValue value = required(object, key);
+    if (!value.isArray())
+        throw mismatch(key);
+    return value.toArray();
+}
+
+QJsonValue fromTime(const QDateTime& time)
+{
+    return static_cast<double>(time.toMSecsSinceEpoch() - referenceDate) / 1000.0;
+}
+
+QString fromUuid(const QUuid& uuid)
+{
+    return uuid.toString(QUuid::WithoutBraces).toUpper();
+}
+
+Case enumerationCase(const QJsonValue& value)
+{
+    const QJsonObject outer = object(value);
+    if (outer.size() != 1)
+        throw DecodingError(tr("Invalid number of keys found, expected one."));
+    const QJsonObject inner = object(outer.begin().value());
+    return {outer.begin().key(), required(inner, QLatin1StringView("_0"))};
+}
+
+QJsonObject fromCase(const QString& name, const QJsonValue& payload)
+{
+    return {{name, QJsonObject{{QStringLiteral("_0"), payload}}}};
+}
+
+} // namespace Larkhaven::Coding

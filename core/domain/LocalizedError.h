@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QString>
+
+#include <exception>
+
+namespace Larkhaven {
+
+/// A failure that can be told to the user. Every exception that the core throws on purpose derives from it.
+class LocalizedError : public std::exception {
+public:
+    /// What the user reads. Never holds a secret or a piece of a message.
+    virtual QString localizedText() const = 0;
+
+    const char* what() const noexcept override { return "Larkhaven::LocalizedError"; }
+};
+
+/// What the user reads about any failure; a general sentence for exceptions of other kinds. `failure` must
+/// not be null.
+QString localizedText(const std::exception_ptr& failure);
+
+} // namespace Larkhaven

@@ -1,0 +1,54 @@
+#include "domain/MailProvider.h"
+
+#include "domain/MailError.h"
+
+#include <QCoreApplication>
+
+namespace Larkhaven {
+
+namespace {
+
+Task<> fail(MailError error)
+{
+    throw error;
+    co_return;
+}
+
+} // namespace
+
+Task<> MailProvider::send(OutgoingMessage, std::optional<QString>)
+{
+    return fail(MailError::unsupported(
+        QCoreApplication::translate("MailProvider", "This account can't send messages.")));
+}
+
+Task<> MailProvider::saveDraft(OutgoingMessage, std::optional<QString>)
+{
+    return fail(MailError::unsupported(
+        QCoreApplication::translate("MailProvider", "This account can't store drafts.")));
+}
+
+Task<> MailProvider::move(QList<QString> ids, MailboxRef target)
+{
+    if (const MailLabel* label = target.label())
+        return moveToLabel(std::move(ids), *label);
+    switch (*target.role()) {
+    case Mailbox::inbox:
+        return moveToInbox(std::move(ids));
+    case Mailbox::archive:
+        return archive(std::move(ids));
+    case Mailbox::spam:
+        return markSpam(std::move(ids));
+    case Mailbox::trash:
+        return trash(std::move(ids));
+    case Mailbox::starred:
+    case Mailbox::sent:
+    case Mailbox::drafts:
+        break;
+    }
+    return fail(
+        MailError::unsupported(QCoreApplication::translate("MailProvider", "Messages can't be moved to %1.")
+                                   .arg(target.name(account().provider))));
+}
+
+} // namespace Larkhaven

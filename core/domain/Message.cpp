@@ -1,0 +1,108 @@
+#include "domain/Message.h"
+
+#include "domain/Coding.h"
+#include "domain/Text.h"
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven {
+
+EmailAddress::EmailAddress(const std::optional<QString>& givenName, const QString& givenAddress)
+    : address(Text::trimmedSpaceAndLineEnds(givenAddress).toString())
+{
+    const QStringView trimmed =
+        Text::trimmedSpaceAndLineEnds(givenName ? QStringView(*givenName) : QStringView());
+    if (!trimmed.isEmpty())
+        name = trimmed.toString();
+}
+
+QString EmailAddress::displayName() const
+{
+    if (name)
+        return *name;
+    const QStringList parts = address.split(u'@', Qt::SkipEmptyParts);
+    return parts.isEmpty() ? QString() : parts.first();
+}
+
+EmailAddress EmailAddress::fromJSON(const QJsonObject& object)
+{
+    EmailAddress address;
+    address.name = Coding::optionalString(object, "name"_L1);
+    address.address = Coding::string(object, "address"_L1);
+    return address;
+}
+
+QJsonObject EmailAddress::toJSON() const
+{
+    QJsonObject object{{u"address"_s, address}};
+    if (name)
+        object.insert(u"name"_s, *name);
+    return object;
+}
+
+size_t qHash(const EmailAddress& address, size_t seed)
+{
+    return qHashMulti(seed, address.name.value_or(QString()), address.address);
+}
+
+MessageSummary MessageSummary::fromJSON(const QJsonObject& object)
+{
+    MessageSummary summary;
+    summary.id = Coding::string(object, "id"_L1);
+    summary.accountID = Coding::uuid(object, "accountID"_L1);
+    const QJsonValue sender = object.value("from"_L1);
+    if (!sender.isUndefined() && !sender.isNull())
+        summary.from = EmailAddress::fromJSON(Coding::object(object, "from"_L1));
+    const QJsonArray recipients = Coding::array(object, "to"_L1);
+    for (const QJsonValue& recipient : recipients)
+        summary.to.append(EmailAddress::fromJSON(Coding::object(recipient)));
+    summary.subject = Coding::string(object, "subject"_L1);
+    summary.snippet = Coding::string(object, "snippet"_L1);
+    summary.date = Coding::time(object, "date"_L1);
+    summary.isRead = Coding::boolean(object, "isRead"_L1);
+    summary.isStarred = Coding::boolean(object, "isStarred"_L1);
+    summary.hasAttachments = Coding::boolean(object, "hasAttachments"_L1);
+    summary.size = Coding::integer(object, "size"_L1);
+    summary.mailbox = Coding::string(object, "mailbox"_L1);
+    const QJsonArray labels = Coding::array(object, "labelIDs"_L1);
+    for (const QJsonValue& label : labels) {
+        if (!label.isString())
+            throw DecodingError(u"labelIDs"_s);
+        summary.labelIDs.append(label.toString());
+    }
+    return summary;
+}
+
+QJsonObject MessageSummary::toJSON() const
+{
+    QJsonArray recipients;
+    for (const EmailAddress& recipient : to)
+        recipients.append(recipient.toJSON());
+    QJsonObject object{{u"id"_s, id},
+                       {u"accountID"_s, Coding::fromUuid(accountID)},
+                       {u"to"_s, recipients},
+                       {u"subject"_s, subject},
+                       {u"snippet"_s, snippet},
+                       {u"date"_s, Coding::fromTime(date)},
+                       {u"isRead"_s, isRead},
+                       {u"isStarred"_s, isStarred},
+                       {u"hasAttachments"_s, hasAttachments},
+                       {u"size"_s, size},
+                       {u"mailbox"_s, mailbox},
+                       {u"labelIDs"_s, QJsonArray::fromStringList(labelIDs)}};
+    if (from)
+        object.insert(u"from"_s, from->toJSON());
+    return object;
+}
+
+size_t qHash(const MessageSummary& summary, size_t seed)
+{
+    return qHashMulti(seed, summary.id, summary.accountID);
+}
+
+size_t qHash(const OutgoingAttachment& attachment, size_t seed)
+{
+    return qHashMulti(seed, attachment.id, attachment.filename, attachment.data);
+}
+
+} // namespace Larkhaven

@@ -1,0 +1,95 @@
+#pragma once
+
+#include <QByteArray>
+#include <QDateTime>
+#include <QJsonObject>
+#include <QList>
+#include <QString>
+#include <QUuid>
+
+#include <optional>
+
+namespace Larkhaven {
+
+/// A mail address with its optional display name (RFC 5322, 3.4).
+struct EmailAddress {
+    EmailAddress() = default;
+    /// Trims white space and line ends from both; a name left empty becomes absent.
+    EmailAddress(const std::optional<QString>& name, const QString& address);
+
+    std::optional<QString> name;
+    QString address;
+
+    /// The name if there is one, otherwise what stands before the first "@" of the address.
+    QString displayName() const;
+
+    /// Fails with `DecodingError`.
+    static EmailAddress fromJSON(const QJsonObject& object);
+    QJsonObject toJSON() const;
+
+    bool operator==(const EmailAddress&) const = default;
+};
+size_t qHash(const EmailAddress& address, size_t seed = 0);
+
+/// One row of a listing.
+struct MessageSummary {
+    QString id; ///< the provider's message identifier, by which the row is known
+    QUuid accountID;
+    std::optional<EmailAddress> from;
+    QList<EmailAddress> to;
+    QString subject; ///< decoded
+    QString snippet; ///< preview text
+    QDateTime date;  ///< UTC
+    bool isRead = false;
+    bool isStarred = false;
+    bool hasAttachments = false;
+    qint64 size = 0; ///< bytes
+    QString mailbox; ///< display text of where the message lies
+    QList<QString> labelIDs;
+
+    /// Fails with `DecodingError`.
+    static MessageSummary fromJSON(const QJsonObject& object);
+    QJsonObject toJSON() const;
+
+    bool operator==(const MessageSummary&) const = default;
+};
+size_t qHash(const MessageSummary& summary, size_t seed = 0);
+
+/// A slice of a listing, newest first.
+struct MessagePage {
+    QList<MessageSummary> messages;
+    bool hasMore = false;        ///< a further page exists
+    std::optional<qint64> total; ///< messages in the whole listing, absent when the service doesn't know
+
+    bool operator==(const MessagePage&) const = default;
+};
+
+/// A file that goes out with a message.
+struct OutgoingAttachment {
+    QUuid id;
+    QString filename;
+    QString mimeType;
+    QByteArray data;
+
+    bool operator==(const OutgoingAttachment&) const = default;
+};
+size_t qHash(const OutgoingAttachment& attachment, size_t seed = 0);
+
+/// A message to be sent or stored as a draft.
+struct OutgoingMessage {
+    EmailAddress from;
+    QList<EmailAddress> to;
+    QList<EmailAddress> cc;
+    QList<EmailAddress> bcc;
+    QString subject;
+    QString body; ///< the plain text
+    std::optional<QString> htmlBody;
+    QList<OutgoingAttachment> attachments;
+    std::optional<QString> inReplyTo;
+    QList<QString> references;
+    std::optional<QString> threadID;
+
+    bool operator==(const OutgoingMessage&) const = default;
+};
+
+} // namespace Larkhaven

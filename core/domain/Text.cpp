@@ -1,0 +1,123 @@
+#include "domain/Text.h"
+
+#include <QTextBoundaryFinder>
+
+#include <unicode/ustring.h>
+
+namespace Larkhaven::Text {
+
+bool isSpace(QChar character)
+{
+    return character == u' ' || character == u'\t' ||
+           (character.unicode() > 0x7f && character.category() == QChar::Separator_Space);
+}
+
+bool isLineEnd(QChar character)
+{
+    const char16_t unit = character.unicode();
+    return (unit >= 0x0a && unit <= 0x0d) || unit == 0x85 || unit == 0x2028 || unit == 0x2029;
+}
+
+namespace {
+
+template <typename Predicate>
+QStringView trimmedWhere(QStringView text, Predicate isTrimmed)
+{
+    while (!text.isEmpty() && isTrimmed(text.front()))
+        text = text.sliced(1);
+    while (!text.isEmpty() && isTrimmed(text.back()))
+        text.chop(1);
+    return text;
+}
+
+} // namespace
+
+QStringView trimmedSpace(QStringView text)
+{
+    return trimmedWhere(text, isSpace);
+}
+
+QStringView trimmedSpaceAndLineEnds(QStringView text)
+{
+    return trimmedWhere(text, [](QChar character) { return isSpace(character) || isLineEnd(character); });
+}
+
+QStringView trimmedBlanks(QStringView text)
+{
+    return trimmedWhere(text, [](QChar character) { return character == u' '; });
+}
+
+namespace {
+
+/// Applies `convert` to each ASCII character.
+template <typename Convert>
+QString convertedASCII(QStringView text, Convert convert)
+{
+    QString result = text.toString();
+    for (QChar& character : result)
+        character = convert(character.unicode());
+    return result;
+}
+
+} // namespace
+
+QString asciiLowered(QStringView text)
+{
+    return convertedASCII(text, [](char16_t unit) {
+        return QChar(unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + 0x20) : unit);
+    });
+}
+
+QString asciiUppered(QStringView text)
+{
+    return convertedASCII(text, [](char16_t unit) {
+        return QChar(unit >= u'a' && unit <= u'z' ? static_cast<char16_t>(unit - 0x20) : unit);
+    });
+}
+
+namespace {
+
+/// `substitute` is what stands for an invalid sequence, or U_SENTINEL to refuse it.
+std::optional<QString> fromUTF8(QByteArrayView bytes, UChar32 substitute)
+{
+    // No sequence of UTF-8 is shorter than what it gives in UTF-16.
+    QString text(bytes.size(), Qt::Uninitialized);
+    int32_t length = 0;
+    UErrorCode status = U_ZERO_ERROR;
+    u_strFromUTF8WithSub(reinterpret_cast<char16_t*>(text.data()), static_cast<int32_t>(text.size()), &length,
+                         bytes.data(), static_cast<int32_t>(bytes.size()), substitute, nullptr, &status);
+    if (U_FAILURE(status))
+        return std::nullopt;
+    text.truncate(length);
+    return text;
+}
+
+} // namespace
+
+QString fromRepairedUTF8(QByteArrayView bytes)
+{
+    return fromUTF8(bytes, QChar::ReplacementCharacter).value_or(QString());
+}
+
+std::optional<QString> fromStrictUTF8(QByteArrayView bytes)
+{
+    return fromUTF8(bytes, U_SENTINEL);
+}
+
+QString prefix(const QString& text, qsizetype count)
+{
+    // No cluster is shorter than one code unit, so a text this short needs no look at its clusters.
+    if (text.size() <= count)
+        return text;
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
+    qsizetype end = 0;
+    for (qsizetype seen = 0; seen < count; ++seen) {
+        const qsizetype next = finder.toNextBoundary();
+        if (next < 0)
+            return text;
+        end = next;
+    }
+    return text.first(end);
+}
+
+} // namespace Larkhaven::Text

@@ -1,0 +1,51 @@
+#include "domain/Text.h"
+
+#include "support/QtPrinters.h"
+
+#include <gtest/gtest.h>
+
+namespace Larkhaven {
+namespace {
+
+TEST(Text, TrimsTabsAndUnicodeSpacesButNoLineEnds)
+{
+    EXPECT_EQ(Text::trimmedSpace(u"\t\u00a0\u3000 x\n ").toString(), u"x\n");
+}
+
+TEST(Text, TrimsLineEndsWhereTheyAreNamed)
+{
+    EXPECT_EQ(Text::trimmedSpaceAndLineEnds(u"\r\n\u2028 x \u0085\v\f").toString(), u"x");
+}
+
+TEST(Text, CutsBetweenUserPerceivedCharacters)
+{
+    const QString family = QStringLiteral("\U0001F469\u200D\U0001F469\u200D\U0001F467");
+    EXPECT_EQ(Text::prefix(family + u'x' + family, 2), QString(family + u'x'));
+    EXPECT_EQ(Text::prefix(QStringLiteral("e\u0301e\u0301"), 1), u"e\u0301");
+    EXPECT_EQ(Text::prefix(QStringLiteral("abc"), 3), u"abc");
+    EXPECT_EQ(Text::prefix(QStringLiteral("abc"), 0), u"");
+}
+
+TEST(Text, RepairsEachMaximalInvalidSequenceOfUTF8WithOneReplacement)
+{
+    EXPECT_EQ(Text::fromRepairedUTF8("a\xF0\x9F\x98z"), u"a\uFFFDz");
+    EXPECT_EQ(Text::fromRepairedUTF8("\xC0\xAF"), u"\uFFFD\uFFFD");
+    EXPECT_EQ(Text::fromRepairedUTF8("\xED\xA0\x80"), u"\uFFFD\uFFFD\uFFFD");
+    EXPECT_EQ(Text::fromRepairedUTF8("\xEF\xBB\xBFx"), u"\uFEFFx");
+    EXPECT_EQ(Text::fromRepairedUTF8(""), u"");
+}
+
+TEST(Text, RefusesInvalidUTF8WhereItIsReadStrictly)
+{
+    EXPECT_EQ(Text::fromStrictUTF8("\xC3\xA9"), QStringLiteral("\u00e9"));
+    EXPECT_EQ(Text::fromStrictUTF8("\xE9"), std::nullopt);
+}
+
+TEST(Text, ChangesTheCaseOfASCIILettersOnly)
+{
+    EXPECT_EQ(Text::asciiLowered(u"A\u212A\u00C4Z["), u"a\u212A\u00C4z[");
+    EXPECT_EQ(Text::asciiUppered(u"a\u017F\u00E4z{"), u"A\u017F\u00E4Z{");
+}
+
+} // namespace
+} // namespace Larkhaven
