@@ -1,0 +1,74 @@
+#include "platform/TLSTrust.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QSsl>
+#include <QSslCertificate>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven::TLSTrust {
+
+namespace {
+
+QList<QSslCertificate> environmentAuthorities()
+{
+    QList<QSslCertificate> authorities;
+    const QString file = qEnvironmentVariable("SSL_CERT_FILE");
+    if (!file.isEmpty())
+        authorities += QSslCertificate::fromPath(file);
+    const QStringList folders = qEnvironmentVariable("SSL_CERT_DIR").split(u':', Qt::SkipEmptyParts);
+    for (const QString& folder : folders)
+        authorities +=
+            QSslCertificate::fromPath(folder + u"/*"_s, QSsl::Pem, QSslCertificate::PatternSyntax::Wildcard);
+    return authorities;
+}
+
+QSslConfiguration makeConfiguration()
+{
+    QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
+    configuration.setProtocol(QSsl::TlsV1_2OrLater);
+    configuration.setPeerVerifyMode(QSslSocket::VerifyPeer);
+    // Setting a list turns off the loading of authorities on demand, so it is done only where there is
+    // something to add.
+    const QList<QSslCertificate> additional = environmentAuthorities();
+    if (!additional.isEmpty())
+        configuration.setCaCertificates(QSslConfiguration::systemCaCertificates() + additional);
+    return configuration;
+}
+
+} // namespace
+
+QSslConfiguration configuration()
+{
+    static const QSslConfiguration shared = makeConfiguration();
+    return shared;
+}
+
+QString refusalText(const QString& host, const QList<QSslError>& errors)
+{
+    const auto tr = [](const char* text) { return QCoreApplication::translate("TLSTrust", text); };
+    const auto has = [&](std::initializer_list<QSslError::SslError> kinds) {
+        return std::ranges::any_of(errors, [&](const QSslError& error) {
+            return std::ranges::find(kinds, error.error()) != kinds.end();
+        });
+    };
+    using enum QSslError::SslError;
+    // An unknown issuer comes first: what its certificate says of dates and names proves nothing.
+    if (has({SelfSignedCertificate, SelfSignedCertificateInChain, UnableToGetLocalIssuerCertificate,
+             UnableToGetIssuerCertificate, UnableToVerifyFirstCertificate, CertificateUntrusted,
+             NoPeerCertificate}))
+        return tr("The certificate of %1 was issued by an authority that this computer doesn't trust.")
+            .arg(host);
+    if (has({CertificateExpired}))
+        return tr("The certificate of %1 has expired.").arg(host);
+    if (has({CertificateNotYetValid}))
+        return tr("The certificate of %1 isn't valid yet.").arg(host);
+    if (has({HostNameMismatch}))
+        return tr("The certificate that %1 presented belongs to another server.").arg(host);
+    return tr("The certificate of %1 can't be trusted: %2").arg(host, errors.first().errorString());
+}
+
+} // namespace Larkhaven::TLSTrust

@@ -1,0 +1,76 @@
+#pragma once
+
+#include "domain/MailProvider.h"
+
+#include <QCoroFuture>
+#include <QFuture>
+#include <QThreadPool>
+#include <QtConcurrentRun>
+
+#include <chrono>
+#include <exception>
+#include <functional>
+#include <memory>
+#include <stop_token>
+#include <type_traits>
+#include <variant>
+
+namespace Larkhaven {
+
+// NB: GCC 12 destroys a closure that is made within a `co_await` expression twice. A lambda that captures is given a name first:
+//     const auto work = [bytes] { return parse(bytes); };
+//     co_await runOnWorker(work);
+
+/// Runs `work`, which is pure or owns all that it touches, on a thread of `pool` and comes back on the
+/// calling thread with its result or its exception. The calling thread needs an event loop.
+template <typename Work>
+Task<std::invoke_result_t<Work>> runOn(QThreadPool* pool, Work work)
+{
+    using Result = std::invoke_result_t<Work>;
+    using Value = std::conditional_t<std::is_void_v<Result>, std::monostate, Result>;
+    struct Outcome {
+        std::optional<Value> value;
+        std::exception_ptr failure;
+    };
+    // QFuture copies results and knows only QException; the shared state carries both as they are.
+    const auto outcome = std::make_shared<Outcome>();
+    QFuture<void> future = QtConcurrent::run(pool, [outcome, work = std::move(work)]() mutable {
+        try {
+            if constexpr (std::is_void_v<Result>) {
+                work();
+                outcome->value.emplace();
+            } else {
+                outcome->value.emplace(work());
+            }
+        } catch (...) {
+            outcome->failure = std::current_exception();
+        }
+    });
+    co_await future;
+    if (outcome->failure)
+        std::rethrow_exception(outcome->failure);
+    if constexpr (!std::is_void_v<Result>)
+        co_return std::move(*outcome->value);
+}
+
+/// `runOn` the shared worker threads of the process: for parsing, sanitising, sealing, encoding.
+template <typename Work>
+Task<std::invoke_result_t<Work>> runOnWorker(Work work)
+{
+    return runOn(QThreadPool::globalInstance(), std::move(work));
+}
+
+/// Where the failure of a detached task goes.
+using FailureGate = std::function<void(std::exception_ptr)>;
+
+/// Lets a task run on by itself; the one way to detach a task. A failure of it goes to `gate`, which must not
+/// throw.
+void spawn(Task<> task, FailureGate gate);
+
+/// The gate for tasks whose failures are dropped on purpose.
+void dropFailure(const std::exception_ptr& failure);
+
+/// Sleeps for `duration`, or until `stop` is requested, whichever comes first; true if the time has passed.
+Task<bool> sleepFor(std::chrono::milliseconds duration, std::stop_token stop);
+
+} // namespace Larkhaven

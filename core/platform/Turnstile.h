@@ -1,0 +1,72 @@
+#pragma once
+
+#include <QObject>
+
+#include <coroutine>
+#include <deque>
+#include <utility>
+
+namespace Larkhaven {
+
+/// Lets one coroutine of a thread through at a time, in the order of their coming, across their waits.
+///
+/// `const Turn turn = co_await turnstile.enter();` holds the turn for the scope. The next one goes on from
+/// the event loop, never from within the destructor of a `Turn`. Whoever enters keeps the turnstile alive.
+class Turnstile : public QObject {
+public:
+    class Turn {
+    public:
+        explicit Turn(Turnstile& turnstile)
+            : m_turnstile(&turnstile)
+        {}
+        Turn(Turn&& other) noexcept
+            : m_turnstile(std::exchange(other.m_turnstile, nullptr))
+        {}
+        ~Turn()
+        {
+            if (m_turnstile)
+                m_turnstile->leave();
+        }
+        Turn(const Turn&) = delete;
+        Turn& operator=(const Turn&) = delete;
+        Turn& operator=(Turn&&) = delete;
+
+    private:
+        Turnstile* m_turnstile;
+    };
+
+    /// For one `co_await`: gives the `Turn`.
+    auto enter()
+    {
+        struct Awaiter {
+            Turnstile& turnstile;
+
+            bool await_ready() const { return !std::exchange(turnstile.m_busy, true); }
+            void await_suspend(std::coroutine_handle<> waiter) const
+            {
+                turnstile.m_waiters.push_back(waiter);
+            }
+            Turn await_resume() const { return Turn(turnstile); }
+        };
+        return Awaiter{*this};
+    }
+
+private:
+    void leave()
+    {
+        if (m_waiters.empty()) {
+            m_busy = false;
+            return;
+        }
+        // The turn passes on directly: nobody gets in between.
+        const std::coroutine_handle<> next = m_waiters.front();
+        m_waiters.pop_front();
+        QMetaObject::invokeMethod(
+            this, [next] { next.resume(); }, Qt::QueuedConnection);
+    }
+
+    bool m_busy = false;
+    std::deque<std::coroutine_handle<>> m_waiters;
+};
+
+} // namespace Larkhaven
