@@ -1,0 +1,89 @@
+#include "format/MIMEHeaders.h"
+
+#include "domain/Text.h"
+#include "format/AddressParser.h"
+#include "format/MailDate.h"
+#include "format/MailEncoding.h"
+
+namespace Larkhaven {
+
+namespace {
+
+QList<EmailAddress> addresses(const MIMEHeaders& headers, QStringView name)
+{
+    const std::optional<QString> text = headers.decoded(name);
+    return text ? AddressParser::parseList(*text) : QList<EmailAddress>();
+}
+
+} // namespace
+
+std::optional<QString> MIMEHeaders::value(QStringView name) const
+{
+    const QString wanted = name.toString().toLower();
+    for (const Field& field : fields) {
+        if (field.name.toLower() == wanted)
+            return field.value;
+    }
+    return std::nullopt;
+}
+
+std::optional<QString> MIMEHeaders::decoded(QStringView name) const
+{
+    const std::optional<QString> raw = value(name);
+    return raw ? std::optional(MailEncoding::decodeHeader(*raw)) : std::nullopt;
+}
+
+QString MIMEHeaders::subject() const
+{
+    return decoded(u"Subject").value_or(QString());
+}
+
+QList<EmailAddress> MIMEHeaders::from() const
+{
+    return addresses(*this, u"From");
+}
+
+QList<EmailAddress> MIMEHeaders::to() const
+{
+    return addresses(*this, u"To");
+}
+
+QList<EmailAddress> MIMEHeaders::cc() const
+{
+    return addresses(*this, u"Cc");
+}
+
+QList<EmailAddress> MIMEHeaders::replyTo() const
+{
+    return addresses(*this, u"Reply-To");
+}
+
+std::optional<QDateTime> MIMEHeaders::date() const
+{
+    const std::optional<QString> text = value(u"Date");
+    return text ? MailDate::parse(*text) : std::nullopt;
+}
+
+std::optional<QString> MIMEHeaders::messageID() const
+{
+    const std::optional<QString> text = value(u"Message-ID");
+    return text ? std::optional(Text::trimmedSpace(*text).toString()) : std::nullopt;
+}
+
+QList<QString> MIMEHeaders::references() const
+{
+    const QString text = value(u"References").value_or(QString());
+    QList<QString> pieces;
+    qsizetype start = 0;
+    for (qsizetype end = 0; end <= text.size() && pieces.size() < maxReferences; ++end) {
+        const bool isCut = end == text.size() || text[end] == u' ' || text[end] == u'\t';
+        if (!isCut)
+            continue;
+        if (end > start)
+            pieces.append(text.sliced(start, end - start));
+        start = end + 1;
+    }
+    return pieces;
+}
+
+} // namespace Larkhaven

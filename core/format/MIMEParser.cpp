@@ -1,0 +1,373 @@
+#include "format/MIMEParser.h"
+
+#include "domain/Text.h"
+#include "format/HeaderParameters.h"
+#include "format/MailEncoding.h"
+
+#include <algorithm>
+#include <cstring>
+#include <optional>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven::MIMEParser {
+
+namespace {
+
+/// Where the next LF at or behind `from` is; the size of `bytes` if there is none.
+qsizetype lineFeed(QByteArrayView bytes, qsizetype from)
+{
+    const auto length = static_cast<size_t>(bytes.size() - from);
+    const void* const found = length == 0 ? nullptr : std::memchr(bytes.data() + from, '\n', length);
+    return found == nullptr ? bytes.size() : static_cast<const char*>(found) - bytes.data();
+}
+
+/// Where a header block ends and its body starts.
+struct HeaderEnd {
+    qsizetype headers;
+    qsizetype body;
+};
+
+HeaderEnd findHeaderEnd(QByteArrayView raw)
+{
+    if (raw.startsWith('\n'))
+        return {0, 1};
+    if (raw.startsWith('\r'))
+        return {0, raw.size() > 1 && raw[1] == '\n' ? 2 : 1};
+    for (qsizetype end = lineFeed(raw, 0); end + 1 < raw.size(); end = lineFeed(raw, end + 1)) {
+        if (raw[end + 1] == '\n')
+            return {end, end + 2};
+        if (raw[end + 1] == '\r' && end + 2 < raw.size() && raw[end + 2] == '\n')
+            return {end, end + 3};
+    }
+    return {raw.size(), raw.size()};
+}
+
+/// Builds the fields from the lines of a header block.
+class FieldCollector {
+public:
+    void addLine(QStringView line)
+    {
+        if (line.startsWith(u' ') || line.startsWith(u'\t')) {
+            if (m_isOpen)
+                m_headers.fields.last().value.append(u' ').append(Text::trimmedSpace(line));
+            return;
+        }
+        const qsizetype colon = line.indexOf(u':');
+        if (colon < 0)
+            return;
+        m_isOpen = m_headers.fields.size() < maxFields;
+        if (m_isOpen)
+            m_headers.fields.append({Text::trimmedSpace(line.first(colon)).toString(),
+                                     Text::trimmedSpace(line.sliced(colon + 1)).toString()});
+    }
+
+    MIMEHeaders taken() && { return std::move(m_headers); }
+
+private:
+    MIMEHeaders m_headers;
+    bool m_isOpen = false; ///< a continuation line belongs to the last field
+};
+
+MIMEHeaders parseFields(QByteArrayView block)
+{
+    const QString text = MailEncoding::decodeText(block, u"utf-8"_s);
+    FieldCollector collector;
+    QStringView rest(text);
+    while (!rest.isEmpty()) {
+        const qsizetype end = rest.indexOf(u'\n');
+        QStringView line = end < 0 ? rest : rest.first(end);
+        rest = end < 0 ? QStringView() : rest.sliced(end + 1);
+        if (end >= 0 && line.endsWith(u'\r'))
+            line.chop(1); // of the line end
+        if (line.endsWith(u'\r'))
+            line.chop(1); // a stray one before it
+        if (!line.isEmpty())
+            collector.addLine(line);
+    }
+    return std::move(collector).taken();
+}
+
+/// Gives the pieces of a multipart body one after the other (RFC 2046, 5.1.1). One pass over the bytes.
+class BoundarySplitter {
+public:
+    BoundarySplitter(QByteArrayView body, const QString& boundary)
+        : m_body(body)
+        , m_delimiter("--" + boundary.toUtf8())
+    {}
+
+    /// The next piece, without the line end that belongs to the delimiter behind it; absent at the end.
+    std::optional<QByteArrayView> next()
+    {
+        while (m_position < m_body.size()) {
+            const qsizetype lineStart = m_position;
+            const qsizetype lineEnd = lineFeed(m_body, lineStart);
+            m_position = std::min(lineEnd + 1, m_body.size());
+            const Line kind = lineKind(m_body.sliced(lineStart, lineEnd - lineStart));
+            if (kind == Line::content)
+                continue;
+            const std::optional<qsizetype> partStart = m_partStart;
+            if (kind == Line::close) {
+                m_partStart.reset();
+                m_position = m_body.size();
+            } else {
+                m_partStart = m_position;
+            }
+            if (partStart)
+                return withoutLineEnd(*partStart, lineStart);
+        }
+        return lastPiece();
+    }
+
+private:
+    enum class Line { content, delimiter, close };
+
+    Line lineKind(QByteArrayView line) const
+    {
+        if (line.endsWith('\r'))
+            line.chop(1);
+        if (!line.startsWith(m_delimiter))
+            return Line::content;
+        line = line.sliced(m_delimiter.size());
+        const bool isClose = line.startsWith("--");
+        if (isClose)
+            line = line.sliced(2);
+        const bool isBlank =
+            std::all_of(line.begin(), line.end(), [](char byte) { return byte == ' ' || byte == '\t'; });
+        if (!isBlank)
+            return Line::content;
+        return isClose ? Line::close : Line::delimiter;
+    }
+
+    QByteArrayView withoutLineEnd(qsizetype start, qsizetype end) const
+    {
+        if (end > start && m_body[end - 1] == '\n')
+            --end;
+        if (end > start && m_body[end - 1] == '\r')
+            --end;
+        return m_body.sliced(start, end - start);
+    }
+
+    /// The piece that no delimiter closes.
+    std::optional<QByteArrayView> lastPiece()
+    {
+        const std::optional<qsizetype> partStart = std::exchange(m_partStart, std::nullopt);
+        if (!partStart || *partStart >= m_body.size())
+            return std::nullopt;
+        return m_body.sliced(*partStart);
+    }
+
+    QByteArrayView m_body;
+    QByteArray m_delimiter;
+    qsizetype m_position = 0;
+    std::optional<qsizetype> m_partStart; ///< of the piece that is open
+};
+
+/// What an entity says of itself.
+struct Part {
+    HeaderParameters type;
+    std::optional<HeaderParameters> disposition;
+    std::optional<QString> transferEncoding;
+    std::optional<QString> contentID;
+
+    bool isAttachment() const { return disposition && disposition->value == "attachment"_L1; }
+
+    /// The name that it has for its file.
+    std::optional<QString> nameCandidate() const
+    {
+        if (disposition) {
+            const auto filename = disposition->params.constFind(u"filename"_s);
+            if (filename != disposition->params.constEnd())
+                return *filename;
+        }
+        const auto name = type.params.constFind(u"name"_s);
+        return name == type.params.constEnd() ? std::nullopt : std::optional(*name);
+    }
+};
+
+Part describe(const MIMEHeaders& headers)
+{
+    Part part;
+    // RFC 2045, 5.2: the default of an entity that doesn't tell.
+    part.type =
+        HeaderParameters::parse(headers.value(u"Content-Type").value_or(u"text/plain; charset=us-ascii"_s));
+    if (const std::optional<QString> disposition = headers.value(u"Content-Disposition"))
+        part.disposition = HeaderParameters::parse(*disposition);
+    part.transferEncoding = headers.value(u"Content-Transfer-Encoding");
+    part.contentID = headers.value(u"Content-ID");
+    return part;
+}
+
+/// Walks the tree of a message and puts what it finds into a `ParsedMessage`.
+class Walker {
+public:
+    explicit Walker(ParsedMessage& message)
+        : m_message(message)
+    {}
+
+    void walkEntity(QByteArrayView raw, int depth)
+    {
+        if (!enter(depth))
+            return;
+        const SplitEntity entity = splitHeaders(raw);
+        if (depth == 0)
+            m_message.headers = entity.headers;
+        walkBody(describe(entity.headers), entity.body, depth);
+    }
+
+private:
+    /// Counts a part; false if it is beyond the limits.
+    bool enter(int depth)
+    {
+        ++m_partCount;
+        return depth <= maxDepth && m_partCount <= maxParts;
+    }
+
+    void walkBody(const Part& part, QByteArrayView body, int depth)
+    {
+        const QString boundary = part.type.params.value(u"boundary"_s);
+        if (part.type.value.startsWith("multipart/"_L1) && !boundary.isEmpty())
+            walkMultipart(body, boundary, depth);
+        else if (part.type.value == "message/rfc822"_L1 && !part.isAttachment())
+            walkForwarded(part, body, depth);
+        else
+            readLeaf(part, body);
+    }
+
+    void walkMultipart(QByteArrayView body, const QString& boundary, int depth)
+    {
+        BoundarySplitter splitter(body, boundary);
+        // Once the count is used up, no later part can appear.
+        while (m_partCount < maxParts) {
+            const std::optional<QByteArrayView> piece = splitter.next();
+            if (!piece)
+                return;
+            walkEntity(*piece, depth + 1);
+        }
+    }
+
+    void walkForwarded(const Part& part, QByteArrayView body, int depth)
+    {
+        const Decoded decoded(part, body);
+        walkEntity(decoded.bytes, depth + 1);
+    }
+
+    void readLeaf(const Part& part, QByteArrayView body)
+    {
+        const QString& type = part.type.value;
+        const std::optional<QString> name = part.nameCandidate();
+        const bool isFile = part.isAttachment() || (name && !type.startsWith("text/"_L1));
+        if (!isFile && type == "text/plain"_L1)
+            addPlainText(text(part, body));
+        else if (!isFile && type == "text/html"_L1 && !m_message.htmlBody)
+            m_message.htmlBody = text(part, body);
+        else
+            addAttachment(part, name, body);
+    }
+
+    static QString text(const Part& part, QByteArrayView body)
+    {
+        const auto charset = part.type.params.constFind(u"charset"_s);
+        const bool isNamed = charset != part.type.params.constEnd();
+        return MailEncoding::decodeText(Decoded(part, body).bytes,
+                                        isNamed ? std::optional(*charset) : std::nullopt);
+    }
+
+    void addPlainText(const QString& text)
+    {
+        if (m_message.textBody)
+            m_message.textBody->append("\n\n"_L1).append(text);
+        else
+            m_message.textBody = text;
+    }
+
+    void addAttachment(const Part& part, const std::optional<QString>& name, QByteArrayView body)
+    {
+        MailAttachment attachment;
+        attachment.id = m_message.attachments.size();
+        attachment.filename = safeFilename(name ? MailEncoding::decodeHeader(*name)
+                                                : u"attachment-%1"_s.arg(attachment.id + 1));
+        attachment.mimeType = part.type.value;
+        if (part.contentID)
+            attachment.contentID = withoutAngleBrackets(*part.contentID);
+        attachment.isInline =
+            part.disposition ? part.disposition->value == "inline"_L1 : part.contentID.has_value();
+        attachment.data = MailEncoding::decodeTransfer(body, part.transferEncoding);
+        m_message.attachments.append(attachment);
+    }
+
+    static QString withoutAngleBrackets(const QString& contentID)
+    {
+        QStringView trimmed = Text::trimmedSpace(contentID);
+        if (trimmed.startsWith(u'<') && trimmed.endsWith(u'>'))
+            trimmed = trimmed.sliced(1).chopped(1);
+        return trimmed.toString();
+    }
+
+    /// A body with its transfer encoding undone: bytes of the message itself where there is nothing to undo.
+    struct Decoded {
+        Decoded(const Part& part, QByteArrayView body)
+            : bytes(body)
+        {
+            if (MailEncoding::transferEncoding(part.transferEncoding) ==
+                MailEncoding::TransferEncoding::identity)
+                return;
+            storage = MailEncoding::decodeTransfer(body, part.transferEncoding);
+            bytes = storage;
+        }
+        Decoded(const Decoded&) = delete;
+        Decoded& operator=(const Decoded&) = delete;
+
+        QByteArray storage;
+        QByteArrayView bytes;
+    };
+
+    ParsedMessage& m_message;
+    int m_partCount = 0;
+};
+
+/// Zero-width and bidirectional controls: they make a name look like another one.
+bool isInvisible(QChar character)
+{
+    const char16_t unit = character.unicode();
+    return (unit >= 0x200b && unit <= 0x200f) || (unit >= 0x202a && unit <= 0x202e) ||
+           (unit >= 0x2066 && unit <= 0x2069) || unit == 0x061c || unit == 0xfeff;
+}
+
+bool isForbiddenInFilename(QChar character)
+{
+    return character == u'/' || character == u'\\' || character == u':' ||
+           character.category() == QChar::Other_Control;
+}
+
+} // namespace
+
+ParsedMessage parse(QByteArrayView raw)
+{
+    ParsedMessage message;
+    Walker(message).walkEntity(raw, 0);
+    return message;
+}
+
+SplitEntity splitHeaders(QByteArrayView raw)
+{
+    const HeaderEnd end = findHeaderEnd(raw);
+    return {parseFields(raw.first(end.headers)), raw.sliced(end.body)};
+}
+
+QString safeFilename(const QString& name)
+{
+    QString safe = name;
+    safe.removeIf(isInvisible);
+    std::replace_if(safe.begin(), safe.end(), isForbiddenInFilename, u'_');
+    QStringView trimmed(safe);
+    const auto isTrimmed = [](QChar character) { return character == u'.' || Text::isSpace(character); };
+    while (!trimmed.isEmpty() && isTrimmed(trimmed.front()))
+        trimmed = trimmed.sliced(1);
+    while (!trimmed.isEmpty() && isTrimmed(trimmed.back()))
+        trimmed.chop(1);
+    return trimmed.isEmpty() ? u"attachment"_s : Text::prefix(trimmed.toString(), maxFilenameCharacters);
+}
+
+} // namespace Larkhaven::MIMEParser

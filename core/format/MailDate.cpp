@@ -1,0 +1,276 @@
+#include "format/MailDate.h"
+
+#include "domain/Text.h"
+
+#include <QTimeZone>
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <span>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven::MailDate {
+
+namespace {
+
+/// The forms of a Date field, in the order in which they are tried.
+constexpr std::array<QStringView, 7> fieldPatterns = {
+    u"EEE, d MMM yyyy HH:mm:ss Z", u"d MMM yyyy HH:mm:ss Z",    u"EEE, d MMM yyyy HH:mm Z",
+    u"d MMM yyyy HH:mm Z",         u"EEE, d MMM yy HH:mm:ss Z", u"EEE, d MMM yyyy HH:mm:ss zzz",
+    u"d MMM yyyy HH:mm:ss zzz",
+};
+
+constexpr std::array<QLatin1StringView, 7> weekdays = {
+    "Monday"_L1, "Tuesday"_L1, "Wednesday"_L1, "Thursday"_L1, "Friday"_L1, "Saturday"_L1, "Sunday"_L1,
+};
+
+constexpr std::array<QLatin1StringView, 12> months = {
+    "January"_L1, "February"_L1, "March"_L1,     "April"_L1,   "May"_L1,      "June"_L1,
+    "July"_L1,    "August"_L1,   "September"_L1, "October"_L1, "November"_L1, "December"_L1,
+};
+
+/// The short form of the name of a weekday or month has this many letters.
+constexpr qsizetype shortName = 3;
+
+/// A two-digit year is one of the hundred from here on.
+constexpr int firstTwoDigitYear = 1950;
+
+struct Zone {
+    QLatin1StringView name;
+    int hours; ///< east of Greenwich
+};
+
+constexpr std::array<Zone, 15> zones = {{
+    {"GMT"_L1, 0},
+    {"UTC"_L1, 0},
+    {"UT"_L1, 0},
+    {"Z"_L1, 0},
+    {"EST"_L1, -5},
+    {"EDT"_L1, -4},
+    {"CST"_L1, -6},
+    {"CDT"_L1, -5},
+    {"MST"_L1, -7},
+    {"MDT"_L1, -6},
+    {"PST"_L1, -8},
+    {"PDT"_L1, -7},
+    {"AKST"_L1, -9},
+    {"AKDT"_L1, -8},
+    {"HST"_L1, -10},
+}};
+
+constexpr int secondsOfMinute = 60;
+constexpr int secondsOfHour = 3'600;
+
+bool isDigit(QChar character)
+{
+    return character >= u'0' && character <= u'9';
+}
+
+bool isASCIILetter(QChar character)
+{
+    return (character >= u'A' && character <= u'Z') || (character >= u'a' && character <= u'z');
+}
+
+/// Reads a text by a pattern, field by field; each `read` takes what it reads off `m_rest`.
+class Reader {
+public:
+    explicit Reader(QStringView text)
+        : m_rest(text)
+    {}
+
+    std::optional<QDateTime> read(QStringView pattern)
+    {
+        while (!pattern.isEmpty()) {
+            const QChar letter = pattern.front();
+            const auto end = std::find_if(pattern.begin(), pattern.end(),
+                                          [letter](QChar other) { return other != letter; });
+            const qsizetype length = isASCIILetter(letter) ? end - pattern.begin() : 1;
+            if (!(isASCIILetter(letter) ? readField(letter, length) : readLiteral(letter)))
+                return std::nullopt;
+            pattern = pattern.sliced(length);
+        }
+        if (!m_rest.isEmpty())
+            return std::nullopt;
+        const QDate date(m_year, m_month, m_day);
+        const QTime time(m_hour, m_minute, m_second);
+        if (!date.isValid() || !time.isValid())
+            return std::nullopt;
+        return QDateTime(date, time, Qt::UTC).addSecs(-m_offset);
+    }
+
+private:
+    bool readField(QChar letter, qsizetype length)
+    {
+        switch (letter.unicode()) {
+        case u'E':
+            return readName(weekdays) > 0;
+        case u'd':
+            return readNumber(1, 2, m_day);
+        case u'M':
+            m_month = readName(months);
+            return m_month > 0;
+        case u'y':
+            return length == 2 ? readShortYear() : readNumber(4, m_rest.size(), m_year);
+        case u'H':
+            return readNumber(1, 2, m_hour);
+        case u'm':
+            return readNumber(1, 2, m_minute);
+        case u's':
+            return readNumber(1, 2, m_second);
+        case u'Z':
+            return readOffset();
+        case u'z':
+            return readZoneName();
+        default:
+            return false;
+        }
+    }
+
+    bool readLiteral(QChar literal)
+    {
+        if (m_rest.isEmpty())
+            return false;
+        if (literal != u' ') {
+            const bool matches = m_rest.front() == literal;
+            m_rest = m_rest.sliced(matches ? 1 : 0);
+            return matches;
+        }
+        const auto end = std::find_if_not(m_rest.begin(), m_rest.end(), [](QChar c) { return c.isSpace(); });
+        const qsizetype length = end - m_rest.begin();
+        m_rest = m_rest.sliced(length);
+        return length > 0;
+    }
+
+    /// A number of `minimum` to `maximum` digits. More digits than that are left to what follows.
+    bool readNumber(qsizetype minimum, qsizetype maximum, int& number)
+    {
+        qsizetype length = 0;
+        int value = 0;
+        for (; length < std::min(maximum, m_rest.size()) && isDigit(m_rest[length]); ++length) {
+            value = value * 10 + m_rest[length].digitValue();
+            if (value > maxYear)
+                return false;
+        }
+        if (length < minimum)
+            return false;
+        number = value;
+        m_rest = m_rest.sliced(length);
+        return true;
+    }
+
+    bool readShortYear()
+    {
+        int ofCentury = 0;
+        if (!readNumber(2, 2, ofCentury))
+            return false;
+        const int century = firstTwoDigitYear / 100 * 100;
+        m_year = century + ofCentury + (century + ofCentury < firstTwoDigitYear ? 100 : 0);
+        return true;
+    }
+
+    /// The run of letters at the beginning of the rest.
+    QStringView word() const
+    {
+        const auto end = std::find_if_not(m_rest.begin(), m_rest.end(), isASCIILetter);
+        return m_rest.first(end - m_rest.begin());
+    }
+
+    /// Which of the names comes next, short or long, counted from 1; 0 if none does.
+    int readName(std::span<const QLatin1StringView> names)
+    {
+        const QStringView candidate = word();
+        const auto found = std::find_if(names.begin(), names.end(), [candidate](QLatin1StringView name) {
+            return candidate.compare(name, Qt::CaseInsensitive) == 0 ||
+                   candidate.compare(name.first(shortName), Qt::CaseInsensitive) == 0;
+        });
+        if (found == names.end())
+            return 0;
+        m_rest = m_rest.sliced(candidate.size());
+        return static_cast<int>(found - names.begin()) + 1;
+    }
+
+    bool readZoneName()
+    {
+        const QStringView candidate = word();
+        const auto zone = std::find_if(zones.begin(), zones.end(), [candidate](const Zone& row) {
+            return candidate.compare(row.name, Qt::CaseInsensitive) == 0;
+        });
+        if (zone == zones.end())
+            return false;
+        m_offset = zone->hours * secondsOfHour;
+        m_rest = m_rest.sliced(candidate.size());
+        return true;
+    }
+
+    bool readOffset()
+    {
+        if (m_rest.isEmpty() || (m_rest.front() != u'+' && m_rest.front() != u'-'))
+            return false;
+        const int sign = m_rest.front() == u'-' ? -1 : 1;
+        m_rest = m_rest.sliced(1);
+        int hours = 0;
+        int minutes = 0;
+        if (!readNumber(2, 2, hours))
+            return false;
+        const bool hasColon = m_rest.startsWith(u':');
+        m_rest = m_rest.sliced(hasColon ? 1 : 0);
+        const bool hasMinutes = hasColon || (!m_rest.isEmpty() && isDigit(m_rest.front()));
+        if (hasMinutes && !readNumber(2, 2, minutes))
+            return false;
+        m_offset = sign * (hours * secondsOfHour + minutes * secondsOfMinute);
+        return hours < 24 && minutes < 60;
+    }
+
+    QStringView m_rest;
+    int m_year = 1970;
+    int m_month = 1;
+    int m_day = 1;
+    int m_hour = 0;
+    int m_minute = 0;
+    int m_second = 0;
+    int m_offset = 0; ///< of the zone, seconds east of Greenwich
+};
+
+} // namespace
+
+std::optional<QDateTime> parse(QStringView text)
+{
+    QStringView date = Text::trimmedSpace(text);
+    const qsizetype comment = date.indexOf(u'(');
+    if (comment >= 0)
+        date = Text::trimmedSpace(date.first(comment));
+    // Doubled spaces need no step of their own: the space of a pattern takes any run.
+    for (const QStringView pattern : fieldPatterns) {
+        if (std::optional<QDateTime> read = parse(date, pattern))
+            return read;
+    }
+    return std::nullopt;
+}
+
+std::optional<QDateTime> parse(QStringView text, QStringView pattern)
+{
+    return Reader(text).read(pattern);
+}
+
+QString format(const QDateTime& date)
+{
+    if (!date.isValid())
+        return QString();
+    const QDateTime local = date.toLocalTime();
+    const QDate day = local.date();
+    const int offset = local.offsetFromUtc();
+    const int minutes = std::abs(offset) / secondsOfMinute;
+    const auto name = [](QLatin1StringView full) { return QString(full.first(shortName)); };
+    return u"%1, %2 %3 %4 %5 %6%7%8"_s.arg(name(weekdays[static_cast<size_t>(day.dayOfWeek() - 1)]))
+        .arg(day.day())
+        .arg(name(months[static_cast<size_t>(day.month() - 1)]))
+        .arg(day.year(), 4, 10, QChar(u'0'))
+        .arg(local.time().toString(u"HH:mm:ss"))
+        .arg(QChar(offset < 0 ? u'-' : u'+'))
+        .arg(minutes / 60, 2, 10, QChar(u'0'))
+        .arg(minutes % 60, 2, 10, QChar(u'0'));
+}
+
+} // namespace Larkhaven::MailDate

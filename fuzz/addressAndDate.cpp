@@ -1,0 +1,56 @@
+#include "domain/Text.h"
+#include "format/AddressParser.h"
+#include "format/MailDate.h"
+
+#include <QByteArrayView>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+
+// Any text may stand in an address field or a Date field.
+
+using namespace Larkhaven;
+
+namespace {
+
+void require(bool holds)
+{
+    if (!holds)
+        std::abort();
+}
+
+void checkAddresses(const QString& text)
+{
+    const QList<EmailAddress> addresses = AddressParser::parseList(text);
+    require(addresses.size() <= text.count(u',') + 1);
+    for (const EmailAddress& address : addresses) {
+        require(Text::trimmedSpaceAndLineEnds(address.address) == address.address);
+        require(!address.name || !address.name->isEmpty());
+        require(address == EmailAddress(address.name, address.address));
+    }
+    AddressParser::parseOne(text);
+}
+
+void checkDate(const QString& text)
+{
+    constexpr int lastYearOfFourDigits = 9999;
+    const std::optional<QDateTime> date = MailDate::parse(text);
+    if (!date)
+        return;
+    require(date->isValid() && date->timeSpec() == Qt::UTC);
+    const QString written = MailDate::format(*date);
+    require(!written.isEmpty());
+    if (date->date().year() > 1970 && date->date().year() < lastYearOfFourDigits)
+        require(MailDate::parse(written) == date);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    const QString text = Text::fromRepairedUTF8(QByteArrayView(data, static_cast<qsizetype>(size)));
+    checkAddresses(text);
+    checkDate(text);
+    return 0;
+}
