@@ -1,0 +1,82 @@
+#include "auth/KeychainStore.h"
+
+#include "domain/Coding.h"
+
+#include <QCoreApplication>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven {
+
+QString KeychainError::localizedText() const
+{
+    return m_message.value_or(
+        QCoreApplication::translate("KeychainError", "Keychain error %1").arg(static_cast<qint32>(m_status)));
+}
+
+namespace {
+
+[[noreturn]] void fail(const KeychainBackend& backend, KeychainStatus status)
+{
+    throw KeychainError(status, backend.message(status));
+}
+
+} // namespace
+
+KeychainStore::KeychainStore(QString service, QList<std::shared_ptr<KeychainBackend>> backends)
+    : m_service(std::move(service))
+    , m_backends(std::move(backends))
+{
+    Q_ASSERT(!m_backends.isEmpty());
+}
+
+std::optional<Credential> KeychainStore::load(const QUuid& accountID)
+{
+    const std::optional<QByteArray> data = loadData(accountID);
+    return data ? std::optional(Credential::fromJSON(*data)) : std::nullopt;
+}
+
+void KeychainStore::save(const Credential& credential, const QUuid& accountID)
+{
+    saveData(credential.toJSON(), accountID);
+}
+
+std::optional<QByteArray> KeychainStore::loadData(const QUuid& accountID)
+{
+    for (const auto& backend : m_backends) {
+        const KeychainBackend::ReadResult result = backend->read(m_service, Coding::fromUuid(accountID));
+        if (result.status == KeychainStatus::itemNotFound || result.status == KeychainStatus::notAvailable)
+            continue;
+        if (result.status != KeychainStatus::success || !result.data)
+            fail(*backend, result.status);
+        return result.data;
+    }
+    return std::nullopt;
+}
+
+void KeychainStore::saveData(const QByteArray& data, const QUuid& accountID)
+{
+    const QString account = Coding::fromUuid(accountID);
+    for (const auto& backend : m_backends) {
+        KeychainStatus status = backend->update(m_service, account, data);
+        if (status == KeychainStatus::itemNotFound)
+            status = backend->add(m_service, account, data, u"Larkhaven account credentials"_s);
+        if (status == KeychainStatus::success)
+            return;
+        // Only the last keychain's absence is a failure.
+        if (status != KeychainStatus::notAvailable || backend == m_backends.last())
+            fail(*backend, status);
+    }
+}
+
+void KeychainStore::remove(const QUuid& accountID)
+{
+    for (const auto& backend : m_backends) {
+        const KeychainStatus status = backend->remove(m_service, Coding::fromUuid(accountID));
+        if (status != KeychainStatus::success && status != KeychainStatus::itemNotFound &&
+            status != KeychainStatus::notAvailable)
+            fail(*backend, status);
+    }
+}
+
+} // namespace Larkhaven

@@ -1,0 +1,266 @@
+#include "store/MailCache.h"
+
+#include "platform/Tasks.h"
+
+#include <QCryptographicHash>
+#include <QDateTime>
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven {
+
+namespace {
+
+constexpr auto ownerOnly = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
+
+QString hexName(const QString& text)
+{
+    return QString::fromLatin1(QCryptographicHash::hash(text.toUtf8(), QCryptographicHash::Sha256).toHex());
+}
+
+/// Creates a folder and those above it, for the owner alone.
+bool makePath(const QString& path)
+{
+    if (QFileInfo(path).isDir())
+        return true;
+    const QString parent = QFileInfo(path).path();
+    if (parent == path || !makePath(parent))
+        return false;
+    return QDir().mkdir(path, ownerOnly) || QFileInfo(path).isDir();
+}
+
+/// Keeps backup programs away (bford.info/cachedir).
+void excludeFromBackup(const QString& directory)
+{
+    QFile tag(directory + u"/CACHEDIR.TAG"_s);
+    if (tag.open(QIODevice::WriteOnly))
+        tag.write("Signature: 8a477f597d28d172789f06886806bc55\n");
+}
+
+bool writeAtomically(const QString& path, const QByteArray& bytes)
+{
+    QSaveFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit();
+}
+
+std::optional<QByteArray> sealedOrNothing(const CacheCipher& cipher, const QByteArray& data)
+{
+    try {
+        return cipher.seal(data);
+    } catch (const std::exception&) {
+        return std::nullopt;
+    }
+}
+
+std::optional<QByteArray> openedOrNothing(const CacheCipher& cipher, const QByteArray& box)
+{
+    try {
+        return cipher.open(box);
+    } catch (const std::exception&) {
+        return std::nullopt;
+    }
+}
+
+struct Entry {
+    QString path;
+    qint64 size = 0;
+    QDateTime modified; ///< invalid: can't be read, older than any other
+};
+
+bool isOlder(const Entry& left, const Entry& right)
+{
+    if (left.modified.isValid() && right.modified.isValid())
+        return left.modified < right.modified;
+    return !left.modified.isValid() && right.modified.isValid();
+}
+
+} // namespace
+
+/// The file work, which one thread at a time does.
+class MailCache::Files {
+public:
+    Files(QString directory, std::shared_ptr<const CacheCipher> cipher, qint64 maxBytes)
+        : m_directory(std::move(directory))
+        , m_messages(m_directory + u"/messages"_s)
+        , m_cipher(std::move(cipher))
+        , m_maxBytes(maxBytes)
+    {}
+
+    std::optional<QByteArray> read(const QString& key) const
+    {
+        QFile file(messagePath(key));
+        const std::optional<QByteArray> plaintext = readSealed(file);
+        // The time of the last reading is what eviction goes by.
+        if (plaintext)
+            file.setFileTime(QDateTime::currentDateTimeUtc(), QFileDevice::FileModificationTime);
+        return plaintext;
+    }
+
+    void write(const QString& key, const QByteArray& data)
+    {
+        const std::optional<QByteArray> box = sealedOrNothing(*m_cipher, data);
+        if (!box || !ensureDirectory(m_messages))
+            return;
+        const QString path = messagePath(key);
+        const qint64 total = usedBytes();
+        const qint64 oldSize = QFileInfo(path).size();
+        if (!writeAtomically(path, *box))
+            return;
+        m_totalBytes = total - oldSize + box->size();
+        if (*m_totalBytes > m_maxBytes)
+            evict();
+    }
+
+    void remove(const QString& key)
+    {
+        QFile::remove(messagePath(key));
+        m_totalBytes.reset();
+    }
+
+    qint64 usedBytes()
+    {
+        if (!m_totalBytes) {
+            qint64 sum = 0;
+            for (const Entry& entry : entries())
+                sum += entry.size;
+            m_totalBytes = sum;
+        }
+        return *m_totalBytes;
+    }
+
+    std::optional<QByteArray> readSnapshot(const QString& name) const
+    {
+        QFile file(snapshotPath(name));
+        return readSealed(file);
+    }
+
+    void writeSnapshot(const QString& name, const QByteArray& data) const
+    {
+        const std::optional<QByteArray> box = sealedOrNothing(*m_cipher, data);
+        if (box && ensureDirectory(m_directory))
+            writeAtomically(snapshotPath(name), *box);
+    }
+
+    void removeAll()
+    {
+        QDir(m_directory).removeRecursively();
+        m_totalBytes = 0;
+    }
+
+private:
+    QString messagePath(const QString& key) const { return m_messages + u'/' + hexName(key); }
+    QString snapshotPath(const QString& name) const
+    {
+        return m_directory + u'/' + hexName(u"snapshot:"_s + name);
+    }
+
+    std::optional<QByteArray> readSealed(QFile& file) const
+    {
+        if (!file.open(QIODevice::ReadOnly))
+            return std::nullopt;
+        return openedOrNothing(*m_cipher, file.readAll());
+    }
+
+    bool ensureDirectory(const QString& path) const
+    {
+        if (QFileInfo::exists(path))
+            return true;
+        if (!makePath(path))
+            return false;
+        excludeFromBackup(m_directory);
+        return true;
+    }
+
+    QList<Entry> entries() const
+    {
+        QList<Entry> found;
+        QDirIterator files(m_messages, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+        while (files.hasNext()) {
+            files.next();
+            const QFileInfo info = files.fileInfo();
+            const QDateTime modified = info.lastModified();
+            found.append({files.filePath(), modified.isValid() ? info.size() : 0, modified});
+        }
+        return found;
+    }
+
+    void evict()
+    {
+        qint64 total = usedBytes();
+        QList<Entry> oldestFirst = entries();
+        std::ranges::stable_sort(oldestFirst, isOlder);
+        const qint64 target = m_maxBytes * 8 / 10;
+        for (const Entry& entry : oldestFirst) {
+            if (total <= target)
+                break;
+            QFile::remove(entry.path);
+            total -= entry.size;
+        }
+        m_totalBytes = total;
+    }
+
+    const QString m_directory;
+    const QString m_messages;
+    const std::shared_ptr<const CacheCipher> m_cipher;
+    const qint64 m_maxBytes;
+    std::optional<qint64> m_totalBytes; ///< absent: counted on next need
+};
+
+MailCache::MailCache(QString directory, std::shared_ptr<const CacheCipher> cipher, qint64 maxBytes)
+    : m_files(std::make_shared<Files>(std::move(directory), std::move(cipher), maxBytes))
+{
+    m_worker.setMaxThreadCount(1);
+}
+
+MailCache::~MailCache()
+{
+    m_worker.waitForDone();
+}
+
+Task<std::optional<QByteArray>> MailCache::read(QString key)
+{
+    return runOn(&m_worker, [files = m_files, key = std::move(key)] { return files->read(key); });
+}
+
+Task<> MailCache::write(QString key, QByteArray data)
+{
+    return runOn(&m_worker, [files = m_files, key = std::move(key), data = std::move(data)] {
+        files->write(key, data);
+    });
+}
+
+Task<> MailCache::remove(QString key)
+{
+    return runOn(&m_worker, [files = m_files, key = std::move(key)] { files->remove(key); });
+}
+
+Task<qint64> MailCache::usedBytes()
+{
+    return runOn(&m_worker, [files = m_files] { return files->usedBytes(); });
+}
+
+Task<std::optional<QByteArray>> MailCache::readSnapshot(QString name)
+{
+    return runOn(&m_worker, [files = m_files, name = std::move(name)] { return files->readSnapshot(name); });
+}
+
+Task<> MailCache::writeSnapshot(QString name, QByteArray data)
+{
+    return runOn(&m_worker, [files = m_files, name = std::move(name), data = std::move(data)] {
+        files->writeSnapshot(name, data);
+    });
+}
+
+Task<> MailCache::removeAll()
+{
+    return runOn(&m_worker, [files = m_files] { files->removeAll(); });
+}
+
+} // namespace Larkhaven

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "domain/MailProvider.h"
+#include "store/CacheCipher.h"
+
+#include <QByteArray>
+#include <QString>
+#include <QThreadPool>
+
+#include <memory>
+#include <optional>
+
+namespace Larkhaven {
+
+/// The sealed files of one account: raw messages by key, and provider snapshots by name.
+///
+/// File contents are boxes of the cipher; file names are SHA-256 digests (64 lower-case hexadecimal digits)
+/// of the key, or of "snapshot:" and the name, so that neither can be read off the disk. Messages lie in
+/// "messages" below the directory and count towards the limit; when they pass it, those that were not read
+/// for longest go until 80% of it are left. Snapshots lie in the directory itself and are never evicted.
+///
+/// The cache may vanish at any time: a failed read is a miss, a failed write is dropped, nothing is ever
+/// reported.
+///
+/// Operations are called on the main thread and run one at a time, in the order of their calls, on a worker
+/// of the cache's own. A cache may be dropped while they run: its destructor waits for those that have begun.
+class MailCache {
+public:
+    /// Touches no file. `maxBytes` bounds the sum of the sizes of the message files.
+    MailCache(QString directory, std::shared_ptr<const CacheCipher> cipher, qint64 maxBytes);
+    ~MailCache();
+    MailCache(const MailCache&) = delete;
+    MailCache& operator=(const MailCache&) = delete;
+
+    Task<std::optional<QByteArray>> read(QString key);
+    Task<> write(QString key, QByteArray data);
+    Task<> remove(QString key);
+    /// The sum of the sizes of the message files in bytes; counted when it isn't known.
+    Task<qint64> usedBytes();
+    Task<std::optional<QByteArray>> readSnapshot(QString name);
+    Task<> writeSnapshot(QString name, QByteArray data);
+    /// Deletes everything of the account.
+    Task<> removeAll();
+
+private:
+    class Files;
+
+    /// Shared with the operations under way.
+    std::shared_ptr<Files> m_files;
+    QThreadPool m_worker;
+};
+
+} // namespace Larkhaven
