@@ -1,0 +1,430 @@
+#include "protocols/IMAPClient.h"
+
+#include "domain/MailError.h"
+#include "domain/Text.h"
+#include "platform/Tasks.h"
+
+#include <QCoreApplication>
+
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven {
+
+namespace {
+
+QString tr(const char* text)
+{
+    return QCoreApplication::translate("IMAPClient", text);
+}
+
+IMAPArg quoted(const QString& text)
+{
+    return IMAPArg::quoted(text);
+}
+
+IMAPArg piece(const QString& text)
+{
+    return IMAPArg::text(text);
+}
+IMAPArg piece(const IMAPArg& arg)
+{
+    return arg;
+}
+
+/// A command of its pieces; a plain QString stands for itself.
+template <typename... Pieces>
+QList<IMAPArg> command(const Pieces&... pieces)
+{
+    return {piece(pieces)...};
+}
+
+/// Closes the transport unless it is dismissed.
+class CloseOnFailure {
+public:
+    explicit CloseOnFailure(MailTransport& transport)
+        : m_transport(&transport)
+    {}
+    ~CloseOnFailure()
+    {
+        if (m_transport)
+            m_transport->close();
+    }
+    CloseOnFailure(const CloseOnFailure&) = delete;
+    CloseOnFailure& operator=(const CloseOnFailure&) = delete;
+    void dismiss() { m_transport = nullptr; }
+
+private:
+    MailTransport* m_transport;
+};
+
+/// The number in "[UIDVALIDITY 123]"; absent if it is no number.
+std::optional<qint64> uidValidityIn(const QString& code)
+{
+    constexpr qsizetype prefixLength = 12;
+    QStringView number = QStringView(code).sliced(prefixLength);
+    while (number.startsWith(u' ') || number.startsWith(u']'))
+        number = number.sliced(1);
+    while (number.endsWith(u' ') || number.endsWith(u']'))
+        number.chop(1);
+    return IMAPValue::atom(number.toString()).integer();
+}
+
+void readStatus(const QList<IMAPValue>& pairs, IMAPClient::Status& status)
+{
+    for (qsizetype index = 0; index + 1 < pairs.size(); index += 2) {
+        const qint64 count = pairs[index + 1].integer().value_or(0);
+        if (pairs[index].isKeyword("UNSEEN"_L1))
+            status.unseen = count;
+        else if (pairs[index].isKeyword("MESSAGES"_L1))
+            status.messages = count;
+    }
+}
+
+} // namespace
+
+QByteArray xoauth2Payload(const QString& username, const QString& token)
+{
+    return u"user=%1\x01"_s.arg(username)
+        .append(u"auth=Bearer "_s)
+        .append(token)
+        .append(u"\x01\x01"_s)
+        .toUtf8()
+        .toBase64();
+}
+
+Task<std::shared_ptr<IMAPClient>> IMAPClient::connect(ServerSettings settings, MailAuth auth,
+                                                      TransportFactory factory)
+{
+    const bool implicitTLS = settings.imapSecurity == ConnectionSecurity::tls;
+    std::shared_ptr<MailTransport> transport =
+        co_await factory(settings.imapHost, settings.imapPort, implicitTLS);
+    CloseOnFailure guard(*transport);
+    const std::shared_ptr<IMAPClient> client(new IMAPClient(transport));
+    co_await client->open(settings, auth);
+    guard.dismiss();
+    co_return client;
+}
+
+Task<> IMAPClient::open(ServerSettings settings, MailAuth auth)
+{
+    co_await readGreeting();
+    co_await refreshCapabilities();
+    if (settings.imapSecurity == ConnectionSecurity::startTLS)
+        co_await upgradeToTLS(settings.imapHost);
+    if (auth.password())
+        co_await signIn(settings.username, *auth.password());
+    else
+        co_await signInWithToken(settings.username, auth.manager());
+    // Servers change their capabilities on login.
+    co_await refreshCapabilities();
+}
+
+Task<> IMAPClient::readGreeting()
+{
+    const QByteArray line = co_await m_reader.readLine();
+    const IMAPResponse greeting = IMAPResponse::parse(line);
+    if (!greeting.isNamed("OK"_L1) && !greeting.isNamed("PREAUTH"_L1))
+        throw MailError::protocolError(tr("The IMAP server refused the connection."));
+}
+
+Task<> IMAPClient::upgradeToTLS(QString host)
+{
+    if (!m_capabilities.contains(u"STARTTLS"_s))
+        throw MailError::unsupported(
+            tr("%1 doesn't offer STARTTLS. Try SSL/TLS (usually port 993).").arg(host));
+    co_await execute(command(u"STARTTLS"_s));
+    // Whoever sits in the middle may have sent more in the clear, to be read as if it had come through TLS.
+    if (m_reader.hasBufferedBytes())
+        throw MailError::protocolError(tr("Unexpected data before TLS."));
+    co_await m_reader.transport().startTLS();
+    co_await refreshCapabilities();
+}
+
+Task<> IMAPClient::signIn(QString username, QString password)
+{
+    const bool hasPlain = m_capabilities.contains(u"AUTH=PLAIN"_s);
+    if (!hasPlain && m_capabilities.contains(u"LOGINDISABLED"_s))
+        throw MailError::unsupported(tr("The server doesn't accept password sign-in."));
+    try {
+        if (hasPlain) {
+            const QByteArray response = '\0' + username.toUtf8() + '\0' + password.toUtf8();
+            co_await execute(command(u"AUTHENTICATE PLAIN"_s), response.toBase64() + "\r\n");
+        } else {
+            co_await execute(command(u"LOGIN "_s, quoted(username), u" "_s, quoted(password)));
+        }
+    } catch (const MailError& error) {
+        if (error.kind() != MailError::Kind::protocolError)
+            throw;
+        throw MailError::notSignedIn();
+    }
+}
+
+Task<> IMAPClient::signInWithToken(QString username, std::shared_ptr<TokenSource> manager)
+{
+    if (!m_capabilities.contains(u"AUTH=XOAUTH2"_s))
+        throw MailError::unsupported(tr("The server doesn't accept OAuth sign-in."));
+    for (const bool forceRefresh : {false, true}) {
+        const QString token = co_await manager->validToken(forceRefresh);
+        try {
+            co_await execute(command(u"AUTHENTICATE XOAUTH2"_s), xoauth2Payload(username, token) + "\r\n");
+            co_return;
+        } catch (const MailError& error) {
+            if (error.kind() != MailError::Kind::protocolError)
+                throw;
+        }
+    }
+    throw MailError::notSignedIn();
+}
+
+Task<QList<IMAPResponse>> IMAPClient::execute(QList<IMAPArg> args, std::optional<QByteArray> continuationData)
+{
+    const QString tag = u'P' + QString::number(++m_tagCounter);
+    co_await sendCommand(tag, args);
+    QList<IMAPResponse> responses = co_await collectResponses(tag, continuationData);
+    co_return responses;
+}
+
+Task<> IMAPClient::sendCommand(QString tag, QList<IMAPArg> args)
+{
+    QByteArray pending = tag.toUtf8() + ' ';
+    std::optional<CloseOnFailure> unfinishedLiteral;
+    for (const IMAPArg& arg : std::as_const(args)) {
+        if (const QString* plain = arg.text()) {
+            pending += plain->toUtf8();
+            continue;
+        }
+        // What is sent next would be taken for the literal by a server that still waits for it.
+        if (!unfinishedLiteral)
+            unfinishedLiteral.emplace(m_reader.transport());
+        pending += '{' + QByteArray::number(arg.literal()->size()) + "}\r\n";
+        co_await m_reader.transport().send(std::exchange(pending, {}));
+        const IMAPResponse response = co_await readResponse();
+        if (response.kind != IMAPResponse::Kind::continuation)
+            throw MailError::protocolError(response.statusText());
+        pending = *arg.literal();
+    }
+    pending += "\r\n";
+    co_await m_reader.transport().send(pending);
+    if (unfinishedLiteral)
+        unfinishedLiteral->dismiss();
+}
+
+Task<QList<IMAPResponse>> IMAPClient::collectResponses(QString tag,
+                                                       std::optional<QByteArray> continuationData)
+{
+    QList<IMAPResponse> responses;
+    for (;;) {
+        IMAPResponse response = co_await readResponse();
+        switch (response.kind) {
+        case IMAPResponse::Kind::untagged:
+            if (response.isNamed("BYE"_L1))
+                throw MailError::protocolError(tr("The server closed the connection."));
+            responses.append(std::move(response));
+            break;
+        case IMAPResponse::Kind::continuation: {
+            // A refused SASL exchange asks once more, and gets an empty line before it tells its NO.
+            const QByteArray answer = std::exchange(continuationData, std::nullopt).value_or("\r\n");
+            co_await m_reader.transport().send(answer);
+            break;
+        }
+        case IMAPResponse::Kind::tagged:
+            if (response.tag != tag)
+                break;
+            if (response.isNamed("OK"_L1))
+                co_return responses;
+            throw MailError::protocolError(Text::prefix(response.statusText(), errorTextLimit));
+        }
+    }
+}
+
+Task<IMAPResponse> IMAPClient::readResponse()
+{
+    // The pieces are joined where they are parsed: a large response costs this thread no copy.
+    QList<QByteArray> pieces;
+    qsizetype size = 0;
+    for (;;) {
+        const QByteArray line = co_await m_reader.readLine();
+        pieces.append(line);
+        pieces.append("\r\n");
+        size += line.size() + 2;
+        const std::optional<qint64> length = IMAPResponse::literalLength(line);
+        if (!length)
+            break;
+        const QByteArray block = co_await m_reader.readBytes(*length);
+        pieces.append(block);
+        size += block.size();
+        if (size > IMAPResponse::sizeLimit)
+            throw MailError::protocolError(tr("Server response too large."));
+    }
+    if (size <= workerThreshold)
+        co_return IMAPResponse::parse(pieces.join());
+    const auto parse = [parts = std::move(pieces)] { return IMAPResponse::parse(parts.join()); };
+    IMAPResponse response = co_await runOnWorker(parse);
+    co_return response;
+}
+
+Task<> IMAPClient::refreshCapabilities()
+{
+    const QList<IMAPResponse> responses = co_await execute(command(u"CAPABILITY"_s));
+    QSet<QString> capabilities;
+    for (const IMAPResponse& response : responses) {
+        if (!response.isNamed("CAPABILITY"_L1))
+            continue;
+        for (const IMAPValue& value : response.values.sliced(1)) {
+            if (const std::optional<QString> name = value.text())
+                capabilities.insert(Text::asciiUppered(*name));
+        }
+    }
+    m_capabilities = capabilities;
+}
+
+Task<QList<IMAPClient::ListedMailbox>> IMAPClient::listMailboxes()
+{
+    const QList<IMAPResponse> responses = co_await execute(command(u"LIST \"\" \"*\""_s));
+    QList<ListedMailbox> mailboxes;
+    for (const IMAPResponse& response : responses) {
+        if (!response.isNamed("LIST"_L1) || response.values.size() < 4)
+            continue;
+        ListedMailbox mailbox;
+        if (const QList<IMAPValue>* attributes = response.values[1].list()) {
+            for (const IMAPValue& attribute : *attributes) {
+                if (const std::optional<QString> name = attribute.text())
+                    mailbox.attributes.insert(Text::asciiLowered(*name));
+            }
+        }
+        mailbox.delimiter = response.values[2].text();
+        if (mailbox.delimiter)
+            m_delimiter = *mailbox.delimiter;
+        if (const std::optional<QString> name = response.values[3].text()) {
+            mailbox.name = *name;
+            mailboxes.append(mailbox);
+        }
+    }
+    co_return mailboxes;
+}
+
+Task<> IMAPClient::select(QString mailbox, bool force)
+{
+    if (!force && m_selected == mailbox)
+        co_return;
+    // A failed SELECT leaves nothing selected (RFC 3501, 6.3.1).
+    m_selected.reset();
+    m_uidValidity.reset();
+    const QList<IMAPResponse> responses = co_await execute(command(u"SELECT "_s, quoted(mailbox)));
+    for (const IMAPResponse& response : responses) {
+        if (!response.isNamed("OK"_L1) || response.values.size() < 2)
+            continue;
+        const QString code = response.values[1].text().value_or(QString());
+        if (Text::asciiUppered(code).startsWith("[UIDVALIDITY"_L1))
+            m_uidValidity = uidValidityIn(code);
+    }
+    m_selected = mailbox;
+}
+
+Task<QList<qint64>> IMAPClient::search(QList<IMAPArg> args)
+{
+    args.prepend(IMAPArg::text(u"UID SEARCH "_s));
+    const QList<IMAPResponse> responses = co_await execute(args);
+    QList<qint64> uids;
+    for (const IMAPResponse& response : responses) {
+        if (!response.isNamed("SEARCH"_L1))
+            continue;
+        for (qsizetype index = 1; index < response.values.size(); ++index) {
+            if (const std::optional<qint64> uid = response.values[index].integer())
+                uids.append(*uid);
+        }
+    }
+    co_return uids;
+}
+
+Task<QList<IMAPFetch>> IMAPClient::fetch(QList<qint64> uids, QString items)
+{
+    QList<IMAPFetch> fetches;
+    if (uids.isEmpty())
+        co_return fetches;
+    const QList<IMAPResponse> responses =
+        co_await execute(command(u"UID FETCH %1 (UID %2)"_s.arg(uidSet(uids), items)));
+    for (const IMAPResponse& response : responses) {
+        const QList<IMAPValue>& values = response.values;
+        if (values.size() >= 3 && values[1].isKeyword("FETCH"_L1) && values[2].list())
+            fetches.emplaceBack(*values[2].list());
+    }
+    co_return fetches;
+}
+
+Task<> IMAPClient::store(QList<qint64> uids, bool add, QString flags)
+{
+    if (uids.isEmpty())
+        co_return;
+    const QString sign = add ? u"+"_s : u"-"_s;
+    co_await execute(command(u"UID STORE %1 %2FLAGS.SILENT (%3)"_s.arg(uidSet(uids), sign, flags)));
+}
+
+Task<> IMAPClient::move(QList<qint64> uids, QString mailbox)
+{
+    if (uids.isEmpty())
+        co_return;
+    if (m_capabilities.contains(u"MOVE"_s)) {
+        co_await execute(command(u"UID MOVE %1 "_s.arg(uidSet(uids)), quoted(mailbox)));
+        co_return;
+    }
+    co_await execute(command(u"UID COPY %1 "_s.arg(uidSet(uids)), quoted(mailbox)));
+    co_await deleteMessages(uids);
+}
+
+Task<> IMAPClient::deleteMessages(QList<qint64> uids)
+{
+    if (uids.isEmpty())
+        co_return;
+    co_await store(uids, true, u"\\Deleted"_s);
+    co_await expunge(uids);
+}
+
+Task<> IMAPClient::expunge(QList<qint64> uids)
+{
+    if (m_capabilities.contains(u"UIDPLUS"_s))
+        co_await execute(command(u"UID EXPUNGE %1"_s.arg(uidSet(uids))));
+    else
+        co_await execute(command(u"EXPUNGE"_s));
+}
+
+Task<> IMAPClient::append(QString mailbox, QString flags, QByteArray data)
+{
+    co_await execute(command(u"APPEND "_s, quoted(mailbox), u" (%1) "_s.arg(flags), IMAPArg::literal(data)));
+}
+
+Task<> IMAPClient::create(QString mailbox)
+{
+    co_await execute(command(u"CREATE "_s, quoted(mailbox)));
+}
+
+Task<> IMAPClient::rename(QString from, QString to)
+{
+    if (m_selected == from)
+        m_selected.reset();
+    co_await execute(command(u"RENAME "_s, quoted(from), u" "_s, quoted(to)));
+}
+
+Task<> IMAPClient::deleteMailbox(QString mailbox)
+{
+    if (m_selected == mailbox)
+        m_selected.reset();
+    co_await execute(command(u"DELETE "_s, quoted(mailbox)));
+}
+
+Task<IMAPClient::Status> IMAPClient::status(QString mailbox)
+{
+    const QList<IMAPResponse> responses =
+        co_await execute(command(u"STATUS "_s, quoted(mailbox), u" (UNSEEN MESSAGES)"_s));
+    Status status;
+    for (const IMAPResponse& response : responses) {
+        const QList<IMAPValue>* pairs = response.values.isEmpty() ? nullptr : response.values.last().list();
+        if (response.isNamed("STATUS"_L1) && pairs && pairs->size() >= 2)
+            readStatus(*pairs, status);
+    }
+    co_return status;
+}
+
+} // namespace Larkhaven

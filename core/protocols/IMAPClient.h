@@ -1,0 +1,124 @@
+#pragma once
+
+#include "domain/Account.h"
+#include "protocols/IMAPArg.h"
+#include "protocols/IMAPFetch.h"
+#include "protocols/IMAPResponse.h"
+#include "protocols/LineReader.h"
+#include "protocols/MailAuth.h"
+#include "protocols/MailTransport.h"
+
+#include <QSet>
+
+#include <memory>
+#include <optional>
+
+namespace Larkhaven {
+
+/// One authenticated IMAP4rev1 connection (RFC 3501): tagged commands one at a time, no pipelining, nothing
+/// in the background.
+///
+/// Failures: a tagged NO or BAD is `MailError::protocolError` with the server's words; the client remains
+/// usable after it. After any failure of the transport, or of the framing of responses, or inside an
+/// unfinished literal, the connection is of no use: its owner closes it and forgets the client.
+///
+/// Main thread, one task at a time. Whoever waits for an operation keeps the client alive.
+class IMAPClient {
+public:
+    struct ListedMailbox {
+        QString name;             ///< wire name, in modified UTF-7
+        QSet<QString> attributes; ///< lower-cased, with their backslash
+        std::optional<QString> delimiter;
+
+        bool operator==(const ListedMailbox&) const = default;
+    };
+
+    struct Status {
+        qint64 unseen = 0;
+        qint64 messages = 0;
+
+        bool operator==(const Status&) const = default;
+    };
+
+    /// How much of a server's text reaches the user, in user-perceived characters.
+    static constexpr qsizetype errorTextLimit = 300;
+    /// Responses above this size in bytes are parsed on a worker.
+    static constexpr qsizetype workerThreshold = 64 * 1024;
+
+    /// Opens a connection, secures it and signs in. Any failure closes the transport:
+    ///   `notSignedIn`    the server refused the credential
+    ///   `unsupported`    the server offers no STARTTLS, or no way to sign in that fits
+    ///   `protocolError`  the greeting is no greeting, or bytes came ahead of TLS
+    static Task<std::shared_ptr<IMAPClient>> connect(ServerSettings settings, MailAuth auth,
+                                                     TransportFactory factory);
+
+    /// Capitals.
+    const QSet<QString>& capabilities() const { return m_capabilities; }
+    /// Wire name of the selected mailbox.
+    const std::optional<QString>& selected() const { return m_selected; }
+    /// Of the selected mailbox (RFC 3501, 2.3.1.1).
+    std::optional<qint64> uidValidity() const { return m_uidValidity; }
+    /// The hierarchy delimiter last seen in a LIST response.
+    const QString& delimiter() const { return m_delimiter; }
+
+    /// Runs one command and gives its untagged responses in the order of their arrival. The first
+    /// continuation request is answered with `continuationData`, each further one with an empty line.
+    Task<QList<IMAPResponse>> execute(QList<IMAPArg> args,
+                                      std::optional<QByteArray> continuationData = std::nullopt);
+    /// The next whole response, with its literals.
+    Task<IMAPResponse> readResponse();
+
+    Task<> refreshCapabilities();
+    /// All mailboxes, in the server's order.
+    Task<QList<ListedMailbox>> listMailboxes();
+    /// Selects the mailbox of the given wire name; costs nothing if it is selected already and `force` is
+    /// false.
+    Task<> select(QString mailbox, bool force);
+    /// UIDs as the server listed them.
+    Task<QList<qint64>> search(QList<IMAPArg> args);
+    /// `items` is as in the FETCH command; UID is always asked for. Fetches that nobody asked for may be
+    /// among the result.
+    Task<QList<IMAPFetch>> fetch(QList<qint64> uids, QString items);
+    /// Adds or removes flags, separated by spaces.
+    Task<> store(QList<qint64> uids, bool add, QString flags);
+    /// MOVE (RFC 6851), or COPY and `deleteMessages`.
+    Task<> move(QList<qint64> uids, QString mailbox);
+    Task<> deleteMessages(QList<qint64> uids);
+    /// UID EXPUNGE (RFC 4315). NB: without it, plain EXPUNGE removes everything that is marked as deleted,
+    /// also by other clients; nothing else is available.
+    Task<> expunge(QList<qint64> uids);
+    Task<> append(QString mailbox, QString flags, QByteArray data);
+    Task<> create(QString mailbox);
+    Task<> rename(QString from, QString to);
+    Task<> deleteMailbox(QString mailbox);
+    /// Counts that the server doesn't tell are 0.
+    Task<Status> status(QString mailbox);
+
+    /// Closes the transport; the only way to end a connection.
+    void close() { m_reader.transport().close(); }
+
+private:
+    explicit IMAPClient(std::shared_ptr<MailTransport> transport)
+        : m_reader(std::move(transport))
+    {}
+
+    Task<> open(ServerSettings settings, MailAuth auth);
+    Task<> readGreeting();
+    Task<> upgradeToTLS(QString host);
+    Task<> signIn(QString username, QString password);
+    Task<> signInWithToken(QString username, std::shared_ptr<TokenSource> manager);
+    Task<> sendCommand(QString tag, QList<IMAPArg> args);
+    Task<QList<IMAPResponse>> collectResponses(QString tag, std::optional<QByteArray> continuationData);
+
+    LineReader m_reader;
+    quint64 m_tagCounter = 0;
+    QSet<QString> m_capabilities;
+    std::optional<QString> m_selected;
+    std::optional<qint64> m_uidValidity;
+    QString m_delimiter = QStringLiteral("/");
+};
+
+/// The XOAUTH2 response, base64-encoded without a line end.
+QByteArray xoauth2Payload(const QString& username, const QString& token);
+
+} // namespace Larkhaven

@@ -1,0 +1,202 @@
+#include "protocols/IMAPResponse.h"
+
+#include "domain/MailError.h"
+#include "domain/Text.h"
+
+#include <QCoreApplication>
+#include <QStringList>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven {
+
+namespace {
+
+MailError protocolError(const char* text)
+{
+    return MailError::protocolError(QCoreApplication::translate("IMAPResponse", text));
+}
+
+bool isSpace(char byte)
+{
+    return byte == ' ' || byte == '\r' || byte == '\n';
+}
+
+bool isDigit(char byte)
+{
+    return byte >= '0' && byte <= '9';
+}
+
+/// Most of what servers say is ASCII, which needs no converter.
+QString repairedText(QByteArrayView bytes)
+{
+    const bool isASCII =
+        std::ranges::all_of(bytes, [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
+    return isASCII ? QString::fromLatin1(bytes) : Text::fromRepairedUTF8(bytes);
+}
+
+} // namespace
+
+void IMAPValueReader::skipSpace()
+{
+    while (!atEnd() && isSpace(m_data[m_position]))
+        ++m_position;
+}
+
+QByteArrayView IMAPValueReader::readToken()
+{
+    const qsizetype start = m_position;
+    while (!atEnd() && !isSpace(m_data[m_position]))
+        ++m_position;
+    return m_data.sliced(start, m_position - start);
+}
+
+IMAPValue IMAPValueReader::parseValue(int depth)
+{
+    // Nobody reads these texts: the parser drops the failure of a value and goes on behind it. They unwind
+    // the recursion.
+    if (depth > IMAPResponse::depthLimit)
+        throw protocolError("Server response nested too deeply.");
+    if (atEnd())
+        throw protocolError("Unexpected end of response.");
+    switch (m_data[m_position]) {
+    case '"':
+        return parseQuoted();
+    case '(':
+        return parseList(depth);
+    case '{':
+        return parseLiteral();
+    default:
+        return parseAtom();
+    }
+}
+
+IMAPValue IMAPValueReader::parseQuoted()
+{
+    QByteArray bytes;
+    for (++m_position; !atEnd(); ++m_position) {
+        char byte = m_data[m_position];
+        if (byte == '"') {
+            ++m_position;
+            return IMAPValue::string(bytes);
+        }
+        if (byte == '\\' && m_position + 1 < m_data.size())
+            byte = m_data[++m_position];
+        bytes.append(byte);
+    }
+    throw protocolError("Unterminated string.");
+}
+
+IMAPValue IMAPValueReader::parseList(int depth)
+{
+    QList<IMAPValue> values;
+    ++m_position;
+    for (;;) {
+        skipSpace();
+        if (atEnd())
+            throw protocolError("Unterminated list.");
+        if (m_data[m_position] == ')') {
+            ++m_position;
+            return IMAPValue::list(std::move(values));
+        }
+        values.append(parseValue(depth + 1));
+    }
+}
+
+IMAPValue IMAPValueReader::parseLiteral()
+{
+    ++m_position;
+    qint64 length = 0;
+    while (!atEnd() && isDigit(m_data[m_position])) {
+        length = length * 10 + (m_data[m_position++] - '0');
+        if (length > IMAPResponse::sizeLimit)
+            throw protocolError("Literal too large.");
+    }
+    const auto skip = [this](char byte) {
+        if (!atEnd() && m_data[m_position] == byte)
+            ++m_position;
+    };
+    skip('+');
+    if (atEnd() || m_data[m_position] != '}')
+        throw protocolError("Bad literal.");
+    ++m_position;
+    skip('\r');
+    skip('\n');
+    if (m_data.size() - m_position < length)
+        throw protocolError("Truncated literal.");
+    QByteArray bytes = m_data.sliced(m_position, length).toByteArray();
+    m_position += length;
+    return IMAPValue::string(std::move(bytes));
+}
+
+IMAPValue IMAPValueReader::parseAtom()
+{
+    const qsizetype start = m_position;
+    qsizetype brackets = 0;
+    for (; !atEnd(); ++m_position) {
+        const char byte = m_data[m_position];
+        if (byte == ']')
+            brackets = std::max<qsizetype>(brackets - 1, 0);
+        else if (byte == '[')
+            ++brackets;
+        else if (brackets == 0 && (isSpace(byte) || byte == '(' || byte == ')'))
+            break;
+    }
+    if (m_position == start)
+        throw protocolError("Unexpected character in response.");
+    IMAPValue atom = IMAPValue::atom(repairedText(m_data.sliced(start, m_position - start)));
+    return atom.isKeyword("NIL"_L1) ? IMAPValue::nil() : atom;
+}
+
+IMAPResponse IMAPResponse::parse(QByteArrayView data)
+{
+    IMAPResponse response;
+    IMAPValueReader reader(data);
+    reader.skipSpace();
+    const QString token = repairedText(reader.readToken());
+    if (token == "+"_L1) {
+        response.kind = Kind::continuation;
+        return response;
+    }
+    response.kind = token == "*"_L1 ? Kind::untagged : Kind::tagged;
+    if (response.kind == Kind::tagged)
+        response.tag = token;
+
+    for (reader.skipSpace(); !reader.atEnd(); reader.skipSpace()) {
+        try {
+            response.values.append(reader.parseValue(0));
+        } catch (const MailError&) {
+            reader.setPosition(reader.position() + 1);
+        }
+        if (response.values.size() > valueLimit)
+            throw protocolError("Server response too large.");
+    }
+    return response;
+}
+
+std::optional<qint64> IMAPResponse::literalLength(QByteArrayView line)
+{
+    const qsizetype open = line.lastIndexOf('{');
+    if (open < 0 || !line.endsWith('}'))
+        return std::nullopt;
+    QByteArrayView digits = line.sliced(open + 1, line.size() - open - 2);
+    if (digits.endsWith('+'))
+        digits.chop(1);
+    if (digits.isEmpty() || digits.size() > literalDigitLimit || !std::ranges::all_of(digits, isDigit))
+        return std::nullopt;
+    return digits.toLongLong();
+}
+
+QString IMAPResponse::statusText() const
+{
+    QStringList words;
+    for (qsizetype index = 1; index < values.size(); ++index) {
+        if (const std::optional<QString> word = values[index].text())
+            words.append(*word);
+    }
+    return words.join(u' ');
+}
+
+} // namespace Larkhaven

@@ -1,0 +1,85 @@
+#pragma once
+
+#include "protocols/IMAPValue.h"
+
+#include <QByteArrayView>
+#include <QList>
+#include <QString>
+
+#include <optional>
+
+namespace Larkhaven {
+
+/// One whole response of an IMAP server (RFC 3501, 7).
+///
+/// The parser forgives what a server says and is strict only about how much it says: a malformed item is
+/// skipped, only the number of values fails a response. Pure; callable from any thread.
+struct IMAPResponse {
+    enum class Kind { tagged, untagged, continuation };
+
+    /// The most values at the top level of a response.
+    static constexpr qsizetype valueLimit = 1'000'000;
+    /// The deepest level of lists that is read; the values at the top level are level 0.
+    static constexpr int depthLimit = 63;
+    /// The largest literal, and the largest response, tested after each of its literals, in bytes (100 MiB).
+    static constexpr qsizetype sizeLimit = 0x6400000;
+    /// The most digits in the announcement of a literal.
+    static constexpr qsizetype literalDigitLimit = 10;
+
+    Kind kind = Kind::untagged;
+    QString tag; ///< of a tagged response
+    /// Everything behind the tag. Free text is cut into atoms at spaces like everything else; a continuation
+    /// has none.
+    QList<IMAPValue> values;
+
+    /// Reads the bytes of a whole response, literals included. Fails with `MailError::protocolError` "Server
+    /// response too large." past `valueLimit`.
+    static IMAPResponse parse(QByteArrayView data);
+
+    /// The length of the literal that a line announces with its last bytes, "{123}" or "{123+}"; absent if it
+    /// doesn't.
+    static std::optional<qint64> literalLength(QByteArrayView line);
+
+    /// The text of a status response: every value but the first, joined by single spaces, those without text
+    /// left out.
+    QString statusText() const;
+
+    /// Whether the first value is the keyword, given in capitals.
+    bool isNamed(QLatin1StringView keyword) const
+    {
+        return !values.isEmpty() && values.first().isKeyword(keyword);
+    }
+
+    bool operator==(const IMAPResponse&) const = default;
+};
+
+/// The recursive part of the parser: one value at a time from a cursor. Failures are
+/// `MailError::protocolError`; then the cursor is where the fault was found.
+class IMAPValueReader {
+public:
+    explicit IMAPValueReader(QByteArrayView data)
+        : m_data(data)
+    {}
+
+    qsizetype position() const { return m_position; }
+    void setPosition(qsizetype position) { m_position = position; }
+    bool atEnd() const { return m_position >= m_data.size(); }
+
+    /// Skips space, CR and LF; a tab is no white space here.
+    void skipSpace();
+    /// The bytes up to the next white space.
+    QByteArrayView readToken();
+    /// Reads the value at the cursor, which is at the given level of lists.
+    IMAPValue parseValue(int depth);
+
+private:
+    IMAPValue parseQuoted();
+    IMAPValue parseList(int depth);
+    IMAPValue parseLiteral();
+    IMAPValue parseAtom();
+
+    QByteArrayView m_data;
+    qsizetype m_position = 0;
+};
+
+} // namespace Larkhaven

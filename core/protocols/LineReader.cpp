@@ -1,0 +1,59 @@
+#include "protocols/LineReader.h"
+
+#include "domain/MailError.h"
+
+#include <QCoreApplication>
+
+#include <utility>
+
+namespace Larkhaven {
+
+Task<> LineReader::receiveMore(qsizetype expected)
+{
+    const QByteArray chunk = co_await m_transport->receive();
+    m_buffer.remove(0, std::exchange(m_offset, 0));
+    if (expected > m_buffer.capacity())
+        m_buffer.reserve(expected);
+    m_buffer.append(chunk);
+}
+
+Task<QByteArray> LineReader::readLine()
+{
+    // Counted from the first unread byte, which moves when the buffer is compacted.
+    qsizetype searched = 0;
+    for (;;) {
+        const qsizetype lineFeed = m_buffer.indexOf('\n', m_offset + searched);
+        if (lineFeed >= 0) {
+            QByteArray line = m_buffer.sliced(m_offset, lineFeed - m_offset);
+            m_offset = lineFeed + 1;
+            if (line.endsWith('\r'))
+                line.chop(1);
+            co_return line;
+        }
+        searched = m_buffer.size() - m_offset;
+        if (searched > lineLimit)
+            throw MailError::protocolError(
+                QCoreApplication::translate("LineReader", "Server response too long."));
+        co_await receiveMore(0);
+    }
+}
+
+Task<QByteArray> LineReader::readBytes(qsizetype count)
+{
+    if (count > blockLimit)
+        throw MailError::protocolError(
+            QCoreApplication::translate("LineReader", "Server response too large."));
+    if (m_buffer.size() - m_offset >= count) {
+        const QByteArray block = m_buffer.sliced(m_offset, count);
+        m_offset += count;
+        co_return block;
+    }
+    while (m_buffer.size() - m_offset < count)
+        co_await receiveMore(count);
+    // The buffer itself becomes the block; only what came behind it, less than a chunk, is copied.
+    QByteArray rest = m_buffer.sliced(count);
+    m_buffer.truncate(count);
+    co_return std::exchange(m_buffer, std::move(rest));
+}
+
+} // namespace Larkhaven

@@ -1,0 +1,181 @@
+#include "protocols/StreamTransport.h"
+
+#include "domain/MailError.h"
+#include "platform/TLSTrust.h"
+
+#include <QCoreApplication>
+#include <QNetworkProxy>
+#include <QSslSocket>
+
+#include <algorithm>
+#include <limits>
+
+namespace Larkhaven {
+
+namespace {
+
+QString tr(const char* text)
+{
+    return QCoreApplication::translate("StreamTransport", text);
+}
+
+MailError closedConnection()
+{
+    return MailError::protocolError(tr("The server closed the connection."));
+}
+
+} // namespace
+
+void StreamTransport::DeleteLater::operator()(QSslSocket* socket) const
+{
+    socket->disconnect();
+    socket->abort();
+    // It may be what is calling us.
+    socket->deleteLater();
+}
+
+StreamTransport::StreamTransport(const QString& host, std::chrono::milliseconds timeout)
+    : m_host(host)
+    , m_timeout(timeout)
+    , m_socket(new QSslSocket)
+{}
+
+StreamTransport::~StreamTransport() = default;
+
+std::shared_ptr<StreamTransport> StreamTransport::open(const QString& host, int port, bool implicitTLS,
+                                                       std::chrono::milliseconds timeout)
+{
+    const std::shared_ptr<StreamTransport> transport(new StreamTransport(host, timeout));
+    transport->connectToHost(port, implicitTLS);
+    return transport;
+}
+
+void StreamTransport::connectToHost(int port, bool implicitTLS)
+{
+    QSslSocket* const socket = m_socket.get();
+    const auto wake = [this] { m_wakeup.notify(); };
+    QObject::connect(socket, &QSslSocket::connected, &m_wakeup, wake);
+    QObject::connect(socket, &QSslSocket::encrypted, &m_wakeup, wake);
+    QObject::connect(socket, &QSslSocket::readyRead, &m_wakeup, wake);
+    QObject::connect(socket, &QSslSocket::bytesWritten, &m_wakeup, wake);
+    QObject::connect(socket, &QSslSocket::encryptedBytesWritten, &m_wakeup, wake);
+    QObject::connect(socket, &QSslSocket::disconnected, &m_wakeup, wake);
+    QObject::connect(socket, &QSslSocket::errorOccurred, &m_wakeup, wake);
+    QObject::connect(socket, &QSslSocket::sslErrors, &m_wakeup,
+                     [this](const QList<QSslError>& errors) { m_certificateErrors = errors; });
+
+    socket->setProxy(QNetworkProxy::NoProxy);
+    socket->setSslConfiguration(TLSTrust::configuration());
+    socket->setPeerVerifyName(m_host);
+    // What a server sends faster than it is read stays in the network.
+    socket->setReadBufferSize(maximumRead);
+    m_wantsTLS = implicitTLS;
+    if (port < 1 || port > std::numeric_limits<quint16>::max()) {
+        m_isDead = true;
+        return;
+    }
+    if (implicitTLS)
+        socket->connectToHostEncrypted(m_host, static_cast<quint16>(port), m_host);
+    else
+        socket->connectToHost(m_host, static_cast<quint16>(port));
+}
+
+bool StreamTransport::isReady() const
+{
+    return m_socket->state() == QAbstractSocket::ConnectedState && (!m_wantsTLS || m_socket->isEncrypted());
+}
+
+bool StreamTransport::isWritten() const
+{
+    return m_socket->bytesToWrite() == 0 && m_socket->encryptedBytesToWrite() == 0;
+}
+
+template <typename Error>
+void StreamTransport::fail(Error error)
+{
+    close();
+    throw error;
+}
+
+void StreamTransport::failWithSocketError()
+{
+    const QAbstractSocket::SocketError code = m_socket->error();
+    if (code == QAbstractSocket::RemoteHostClosedError)
+        fail(closedConnection());
+    const QString text = m_certificateErrors.isEmpty()
+                             ? QStringLiteral("%1: %2").arg(m_host, m_socket->errorString())
+                             : TLSTrust::refusalText(m_host, m_certificateErrors);
+    fail(StreamError(code, text));
+}
+
+void StreamTransport::checkAlive()
+{
+    if (m_isDead)
+        throw closedConnection();
+    const bool isIdle = m_socket->state() == QAbstractSocket::UnconnectedState;
+    if (isIdle && m_socket->error() != QAbstractSocket::UnknownSocketError)
+        failWithSocketError();
+    if (isIdle)
+        fail(closedConnection());
+}
+
+Task<> StreamTransport::waitForEvent()
+{
+    const Wakeup::Outcome outcome = co_await m_wakeup.wait(m_timeout);
+    if (outcome == Wakeup::Outcome::timedOut && !m_isDead)
+        fail(MailError::protocolError(tr("The server stopped responding.")));
+}
+
+Task<> StreamTransport::send(QByteArray data)
+{
+    const auto self = shared_from_this();
+    for (qsizetype written = 0; written < data.size(); written += maximumWrite) {
+        checkAlive();
+        while (!isReady()) {
+            co_await waitForEvent();
+            checkAlive();
+        }
+        m_socket->write(data.constData() + written, std::min(maximumWrite, data.size() - written));
+        while (!isWritten()) {
+            co_await waitForEvent();
+            checkAlive();
+        }
+    }
+}
+
+Task<QByteArray> StreamTransport::receive()
+{
+    const auto self = shared_from_this();
+    for (;;) {
+        // What came before the end of the stream is handed out before its end is told.
+        if (!m_isDead && m_socket->bytesAvailable() > 0)
+            co_return m_socket->read(maximumRead);
+        checkAlive();
+        co_await waitForEvent();
+    }
+}
+
+Task<> StreamTransport::startTLS()
+{
+    if (!m_isDead && m_socket->bytesAvailable() > 0)
+        fail(MailError::protocolError(tr("Unexpected data before TLS.")));
+    checkAlive();
+    m_wantsTLS = true;
+    m_socket->startClientEncryption();
+    co_return;
+}
+
+void StreamTransport::close()
+{
+    m_isDead = true;
+    m_socket->disconnect(&m_wakeup);
+    m_socket->abort();
+    m_wakeup.notify();
+}
+
+Task<std::shared_ptr<MailTransport>> MailTransports::open(QString host, int port, bool implicitTLS)
+{
+    co_return StreamTransport::open(host, port, implicitTLS);
+}
+
+} // namespace Larkhaven

@@ -1,0 +1,90 @@
+#pragma once
+
+#include "domain/LocalizedError.h"
+#include "platform/Wakeup.h"
+#include "protocols/MailTransport.h"
+
+#include <QAbstractSocket>
+#include <QSslError>
+
+#include <chrono>
+#include <memory>
+
+class QSslSocket;
+
+namespace Larkhaven {
+
+/// A failure of the system's network or of TLS, in words for the user.
+class StreamError : public LocalizedError {
+public:
+    StreamError(QAbstractSocket::SocketError code, QString text)
+        : m_code(code)
+        , m_text(std::move(text))
+    {}
+    QAbstractSocket::SocketError code() const { return m_code; }
+    QString localizedText() const override { return m_text; }
+
+private:
+    QAbstractSocket::SocketError m_code;
+    QString m_text;
+};
+
+/// A TCP connection with TLS 1.2 at least. Certificates are judged by `TLSTrust`, host name included; a bad
+/// one can't be accepted.
+///
+/// The first failure is told as it is; after it, every `send` and `receive` fails with "The server closed the
+/// connection.". An operation keeps the transport alive until it ends.
+class StreamTransport final : public MailTransport, public std::enable_shared_from_this<StreamTransport> {
+public:
+    /// The most that one `receive` gives, and the most that is read ahead of it, in bytes.
+    static constexpr qsizetype maximumRead = 0x40000;
+    /// `send` writes pieces of at most this many bytes, each with a time-out of its own.
+    static constexpr qsizetype maximumWrite = 0x40000;
+    /// For every single read and write; connecting and the handshake count towards the first.
+    static constexpr std::chrono::seconds defaultTimeout{60};
+
+    /// Begins to connect. What goes wrong shows in the first `send` or `receive`.
+    static std::shared_ptr<StreamTransport> open(const QString& host, int port, bool implicitTLS,
+                                                 std::chrono::milliseconds timeout = defaultTimeout);
+    ~StreamTransport() override;
+
+    /// Fails as `MailTransport` tells; a time-out is `MailError::protocolError` "The server stopped
+    /// responding.".
+    Task<> send(QByteArray data) override;
+    Task<QByteArray> receive() override;
+    /// Fails with `MailError::protocolError` "Unexpected data before TLS." if bytes have come that nobody
+    /// received: whoever sent them in the clear must not be heard after the upgrade.
+    Task<> startTLS() override;
+    void close() override;
+
+private:
+    StreamTransport(const QString& host, std::chrono::milliseconds timeout);
+
+    void connectToHost(int port, bool implicitTLS);
+    bool isReady() const;
+    bool isWritten() const;
+    Task<> waitForEvent();
+    void checkAlive();
+    [[noreturn]] void failWithSocketError();
+    template <typename Error>
+    [[noreturn]] void fail(Error error);
+
+    struct DeleteLater {
+        void operator()(QSslSocket* socket) const;
+    };
+
+    QString m_host;
+    std::chrono::milliseconds m_timeout;
+    std::unique_ptr<QSslSocket, DeleteLater> m_socket;
+    Wakeup m_wakeup;
+    QList<QSslError> m_certificateErrors;
+    bool m_wantsTLS = false;
+    bool m_isDead = false;
+};
+
+/// The production factory of transports.
+namespace MailTransports {
+Task<std::shared_ptr<MailTransport>> open(QString host, int port, bool implicitTLS);
+}
+
+} // namespace Larkhaven
