@@ -1,0 +1,74 @@
+#include "providers/IMAPSnapshot.h"
+
+#include "domain/Coding.h"
+
+#include <QCoreApplication>
+#include <QJsonDocument>
+
+#include <algorithm>
+#include <functional>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven::IMAPSnapshot {
+
+namespace {
+
+IMAPBox decodedBox(const QJsonObject& object)
+{
+    IMAPBox box;
+    box.uidValidity = Coding::integer(object, "uidValidity"_L1);
+    const QJsonObject messages = Coding::object(object, "messages"_L1);
+    box.messages.reserve(messages.size());
+    for (auto entry = messages.begin(); entry != messages.end(); ++entry) {
+        bool isNumber = false;
+        const qint64 uid = entry.key().toLongLong(&isNumber);
+        if (!isNumber)
+            throw DecodingError(
+                QCoreApplication::translate("DecodingError", "The stored value “%1” can't be read.")
+                    .arg("messages"_L1));
+        box.messages.insert(uid, MessageSummary::fromJSON(Coding::object(entry.value())));
+    }
+    return box;
+}
+
+} // namespace
+
+IMAPBoxes decode(const QByteArray& json)
+{
+    IMAPBoxes boxes;
+    const QJsonObject stored = Coding::object(Coding::parse(json));
+    for (auto entry = stored.begin(); entry != stored.end(); ++entry)
+        boxes.insert(entry.key(), decodedBox(Coding::object(entry.value())));
+    return boxes;
+}
+
+QByteArray encode(const IMAPBoxes& boxes)
+{
+    QJsonObject stored;
+    for (auto box = boxes.cbegin(); box != boxes.cend(); ++box) {
+        QJsonObject messages;
+        for (auto entry = box->messages.cbegin(); entry != box->messages.cend(); ++entry)
+            messages.insert(QString::number(entry.key()), entry->toJSON());
+        stored.insert(box.key(),
+                      QJsonObject{{u"uidValidity"_s, box->uidValidity}, {u"messages"_s, messages}});
+    }
+    return QJsonDocument(stored).toJson(QJsonDocument::Compact);
+}
+
+void trim(IMAPBoxes& boxes)
+{
+    QList<QDateTime> dates;
+    for (const IMAPBox& box : std::as_const(boxes)) {
+        for (const MessageSummary& summary : box.messages)
+            dates.append(summary.date);
+    }
+    if (dates.size() <= summaryLimit)
+        return;
+    const auto cutoff = dates.begin() + (summaryLimit - 1);
+    std::ranges::nth_element(dates, cutoff, std::greater());
+    for (IMAPBox& box : boxes)
+        box.messages.removeIf([&](auto entry) { return entry.value().date < *cutoff; });
+}
+
+} // namespace Larkhaven::IMAPSnapshot
