@@ -1,0 +1,94 @@
+#include "model/SortField.h"
+
+#include <QCollator>
+#include <QCoreApplication>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven {
+
+QString storedText(SortField field)
+{
+    switch (field) {
+    case SortField::date:
+        return u"date"_s;
+    case SortField::from:
+        return u"from"_s;
+    case SortField::subject:
+        return u"subject"_s;
+    case SortField::unread:
+        return u"unread"_s;
+    case SortField::starred:
+        return u"starred"_s;
+    case SortField::attachments:
+        return u"attachments"_s;
+    }
+    Q_UNREACHABLE();
+}
+
+QString title(SortField field)
+{
+    const auto tr = [](const char* text) { return QCoreApplication::translate("SortField", text); };
+    switch (field) {
+    case SortField::date:
+        return tr("Date");
+    case SortField::from:
+        return tr("From");
+    case SortField::subject:
+        return tr("Subject");
+    case SortField::unread:
+        return tr("Unread");
+    case SortField::starred:
+        return tr("Starred");
+    case SortField::attachments:
+        return tr("Attachments");
+    }
+    Q_UNREACHABLE();
+}
+
+namespace {
+
+int compareTexts(const QString& left, const QString& right)
+{
+    static const QCollator collator = [] {
+        QCollator words;
+        words.setCaseSensitivity(Qt::CaseInsensitive);
+        words.setNumericMode(true);
+        return words;
+    }();
+    return collator.compare(left, right);
+}
+
+/// The preferred state sorts first.
+int compareStates(bool left, bool right)
+{
+    return static_cast<int>(right) - static_cast<int>(left);
+}
+
+QString senderText(const MessageSummary& row)
+{
+    return row.from ? row.from->displayName() : QString();
+}
+
+} // namespace
+
+int compare(const MessageSummary& left, const MessageSummary& right, SortField field)
+{
+    switch (field) {
+    case SortField::date:
+        return left.date < right.date ? -1 : right.date < left.date ? 1 : 0;
+    case SortField::from:
+        return compareTexts(senderText(left), senderText(right));
+    case SortField::subject:
+        return compareTexts(left.subject, right.subject);
+    case SortField::unread:
+        return compareStates(!left.isRead, !right.isRead);
+    case SortField::starred:
+        return compareStates(left.isStarred, right.isStarred);
+    case SortField::attachments:
+        return compareStates(left.hasAttachments, right.hasAttachments);
+    }
+    Q_UNREACHABLE();
+}
+
+} // namespace Larkhaven

@@ -1,0 +1,23 @@
+#include "app/platform/WakeMonitor.h"
+
+#include <QDBusConnection>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven {
+
+WakeMonitor::WakeMonitor(QObject* parent)
+    : QObject(parent)
+{
+    QDBusConnection::systemBus().connect(u"org.freedesktop.login1"_s, u"/org/freedesktop/login1"_s,
+                                         u"org.freedesktop.login1.Manager"_s, u"PrepareForSleep"_s, this,
+                                         SLOT(handlePrepareForSleep(bool)));
+}
+
+void WakeMonitor::handlePrepareForSleep(bool isFallingAsleep)
+{
+    if (!isFallingAsleep)
+        Q_EMIT woke();
+}
+
+} // namespace Larkhaven
