@@ -1,0 +1,6 @@
+#include "views/Application.h"
+
+int main(int argc, char** argv)
+{
+    return Larkhaven::Application(argc, argv).run();
+}

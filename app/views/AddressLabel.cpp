@@ -1,0 +1,78 @@
+#include "views/AddressLabel.h"
+
+#include <QClipboard>
+#include <QContextMenuEvent>
+#include <QGuiApplication>
+#include <QMenu>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven {
+
+namespace {
+
+/// More than these of a mass mailing would push the message off the pane.
+constexpr qsizetype shownAddresses = 60;
+
+QString joined(const QList<EmailAddress>& addresses, QString (*text)(const EmailAddress&))
+{
+    QStringList texts;
+    for (const EmailAddress& address : addresses.first(std::min(addresses.size(), shownAddresses)))
+        texts.append(text(address));
+    if (addresses.size() > shownAddresses)
+        texts.append(u"…"_s);
+    return texts.join(u", "_s);
+}
+
+QString mailbox(const EmailAddress& address)
+{
+    return address.name ? u"%1 <%2>"_s.arg(*address.name, address.address) : address.address;
+}
+
+} // namespace
+
+AddressLabel::AddressLabel(QWidget* parent)
+    : QLabel(parent)
+{
+    setTextFormat(Qt::PlainText);
+    setWordWrap(true);
+    setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+}
+
+void AddressLabel::setAddresses(const QList<EmailAddress>& addresses, const QString& placeholder)
+{
+    m_addresses = addresses;
+    setText(addresses.isEmpty() ? placeholder : joined(addresses, [](const EmailAddress& address) {
+        return address.displayName();
+    }));
+    setToolTip(joined(addresses, mailbox).toHtmlEscaped());
+}
+
+void AddressLabel::copy()
+{
+    if (m_addresses.isEmpty()) {
+        QGuiApplication::clipboard()->setText(hasSelectedText() ? selectedText() : text());
+        return;
+    }
+    QStringList texts;
+    for (const EmailAddress& address : m_addresses)
+        texts.append(mailbox(address));
+    QGuiApplication::clipboard()->setText(texts.join(u", "_s));
+}
+
+void AddressLabel::keyPressEvent(QKeyEvent* event)
+{
+    if (event->matches(QKeySequence::Copy))
+        copy();
+    else
+        QLabel::keyPressEvent(event);
+}
+
+void AddressLabel::contextMenuEvent(QContextMenuEvent* event)
+{
+    QMenu menu;
+    menu.addAction(tr("Copy"), this, &AddressLabel::copy);
+    menu.exec(event->globalPos());
+}
+
+} // namespace Larkhaven

@@ -1,0 +1,70 @@
+#include "views/Application.h"
+
+#include "views/SecureMessageView.h"
+#include "views/Style.h"
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven {
+
+namespace {
+
+/// Light or dark as the desktop wants it; as its palette looks where it doesn't say.
+Style::Scheme schemeOf(const DesktopAppearance& appearance, bool isPaletteDark)
+{
+    switch (appearance.scheme()) {
+    case DesktopAppearance::Scheme::dark:
+        return Style::Scheme::dark;
+    case DesktopAppearance::Scheme::light:
+        return Style::Scheme::light;
+    case DesktopAppearance::Scheme::noPreference:
+        break;
+    }
+    return isPaletteDark ? Style::Scheme::dark : Style::Scheme::light;
+}
+
+} // namespace
+
+Application::Preparation::Preparation()
+{
+    SecureMessageView::registerScheme();
+    QApplication::setApplicationName(u"Larkhaven"_s);
+    QApplication::setDesktopFileName(AppModel::bundleIdentifier());
+}
+
+Application::Application(int& argc, char** argv)
+    : m_application(argc, argv)
+    , m_model(AppModel::systemServices())
+{
+    // The looks come first: widgets take their icons from them.
+    followAppearance();
+    m_window = std::make_unique<ContentView>(m_model);
+}
+
+void Application::followAppearance()
+{
+    Style& style = Style::shared();
+    const QPalette desktop = QApplication::palette();
+    const bool isPaletteDark =
+        desktop.color(QPalette::Window).lightness() < desktop.color(QPalette::WindowText).lightness();
+    const auto take = [this, &style, isPaletteDark] {
+        style.setScheme(schemeOf(m_appearance, isPaletteDark));
+        style.setHighContrast(m_appearance.wantsHighContrast());
+    };
+    take();
+    style.setTextSize(m_model.defaults().real(DefaultsKey::textSize));
+    style.applyToApplication();
+    QObject::connect(&m_appearance, &DesktopAppearance::changed, &style, take);
+    QObject::connect(&m_model.defaults(), &UserDefaults::changed, &style, [this, &style](const QString& key) {
+        if (key == DefaultsKey::textSize)
+            style.setTextSize(m_model.defaults().real(DefaultsKey::textSize));
+    });
+}
+
+int Application::run()
+{
+    m_window->show();
+    return QApplication::exec();
+}
+
+} // namespace Larkhaven

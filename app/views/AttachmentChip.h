@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QAbstractButton>
+
+namespace Larkhaven {
+
+/// A button for one file: its kind, its name cut in the middle, and its size. Its text is "{filename}
+/// ({size})".
+class AttachmentChip : public QAbstractButton {
+    Q_OBJECT
+
+public:
+    /// `size` in bytes.
+    AttachmentChip(const QString& filename, const QString& mimeType, qint64 size, QWidget* parent = nullptr);
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override { return sizeHint(); }
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    int iconSize() const;
+    int nameWidth() const;
+
+    QString m_filename;
+    QString m_size;
+    QIcon m_icon;
+};
+
+} // namespace Larkhaven

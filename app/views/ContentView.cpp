@@ -1,0 +1,152 @@
+#include "views/ContentView.h"
+
+#include "views/MailToolbar.h"
+#include "views/MessageTable.h"
+#include "views/MessageTableView.h"
+#include "views/SearchField.h"
+#include "views/SidebarView.h"
+#include "views/Style.h"
+#include "views/WelcomeView.h"
+
+#include <QMessageBox>
+#include <QShortcut>
+#include <QSplitter>
+#include <QStackedWidget>
+#include <QTimer>
+#include <QVBoxLayout>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven {
+
+ContentView::ContentView(AppModel& model, ReaderView::Desktop desktop, QWidget* parent)
+    : QMainWindow(parent)
+    , m_model(model)
+    , m_desktop(std::move(desktop))
+    , m_root(new QStackedWidget)
+    , m_welcome(new WelcomeView)
+    , m_mail(new QWidget)
+    , m_toolbar(new MailToolbar(model))
+    , m_split(new QSplitter)
+    , m_sidebar(new SidebarView(model))
+    , m_detail(new QStackedWidget)
+    , m_listing(new MessageTableView(model))
+{
+    setObjectName("main"_L1);
+    resize(defaultSize);
+    setMinimumSize(smallestSize);
+    m_detail->addWidget(m_listing);
+    m_split->setHandleWidth(1);
+    m_split->setChildrenCollapsible(false);
+    m_split->addWidget(m_sidebar);
+    m_split->addWidget(m_detail);
+    m_split->setStretchFactor(1, 1);
+    m_split->setSizes({SidebarView::idealColumnWidth, defaultSize.width() - SidebarView::idealColumnWidth});
+    auto* const layout = new QVBoxLayout(m_mail);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(m_toolbar);
+    layout->addWidget(m_split, 1);
+    m_root->addWidget(m_welcome);
+    m_root->addWidget(m_mail);
+    setCentralWidget(m_root);
+
+    connect(m_toolbar, &MailToolbar::sidebarToggled, this,
+            [this] { m_sidebar->setVisible(m_sidebar->isHidden()); });
+    connect(new QShortcut(QKeySequence::Find, this), &QShortcut::activated, this,
+            [this] { m_toolbar->searchField().setFocus(Qt::ShortcutFocusReason); });
+    connect(new QShortcut(QKeySequence::Quit, this), &QShortcut::activated, this, &QWidget::close);
+    connect(&model, &AppModel::accountsChanged, this, &ContentView::followAccounts);
+    connect(&model, &AppModel::pathChanged, this, &ContentView::followPath);
+    connect(&model, &AppModel::sidebarSelectionChanged, this, &ContentView::updateTitle);
+    connect(&model, &AppModel::errorMessageChanged, this, &ContentView::followError);
+    connect(&Style::shared(), &Style::changed, this, &ContentView::applyStyle);
+    applyStyle();
+    followAccounts();
+    followPath();
+}
+
+ReaderView& ContentView::reader()
+{
+    if (!m_reader) {
+        m_reader = new ReaderView(m_model, m_desktop);
+        m_detail->addWidget(m_reader);
+        connect(m_reader, &ReaderView::titleChanged, this, &ContentView::updateTitle);
+    }
+    return *m_reader;
+}
+
+void ContentView::showEvent(QShowEvent* event)
+{
+    QMainWindow::showEvent(event);
+    if (std::exchange(m_hasAppeared, true))
+        return;
+    m_model.start(m_model.refresh());
+    m_listing->setFocus();
+    // The first message opens faster when the engine is up by then.
+    constexpr int idleTime = 400;
+    QTimer::singleShot(idleTime, this, [this] { reader(); });
+}
+
+void ContentView::applyStyle()
+{
+    QPalette own = palette();
+    own.setColor(QPalette::Window, Style::shared().colors().window);
+    setPalette(own);
+}
+
+void ContentView::followAccounts()
+{
+    m_root->setCurrentWidget(m_model.accounts().isEmpty() ? m_welcome : m_mail);
+    updateTitle();
+}
+
+void ContentView::followPath()
+{
+    if (m_model.path().isEmpty()) {
+        m_detail->setCurrentWidget(m_listing);
+        if (m_reader)
+            m_reader->close();
+        m_listing->setFocus();
+    } else {
+        reader().showMessage(m_model.path().last());
+        m_detail->setCurrentWidget(m_reader);
+        m_reader->setFocus();
+    }
+    updateTitle();
+}
+
+void ContentView::updateTitle()
+{
+    const std::optional<Account> account = m_model.selectedAccount();
+    if (!m_model.path().isEmpty() && m_reader)
+        setWindowTitle(m_reader->title());
+    else if (account)
+        setWindowTitle(
+            u"%1 – %2"_s.arg(m_model.sidebarSelection()->ref.name(account->provider), account->title()));
+    else
+        setWindowTitle(tr("Larkhaven"));
+}
+
+void ContentView::followError()
+{
+    const std::optional<QString>& message = m_model.errorMessage();
+    if (!message) {
+        if (m_alert)
+            m_alert->close();
+        return;
+    }
+    if (!m_alert) {
+        m_alert = new QMessageBox(QMessageBox::Warning, tr("Something went wrong"), QString(),
+                                  QMessageBox::Ok, this);
+        m_alert->setObjectName("errorAlert"_L1);
+        m_alert->setAttribute(Qt::WA_DeleteOnClose);
+        // Servers have a say in these texts.
+        m_alert->setTextFormat(Qt::PlainText);
+        connect(m_alert, &QMessageBox::finished, &m_model, &AppModel::clearErrorMessage);
+    }
+    m_alert->setText(*message);
+    m_alert->open();
+}
+
+} // namespace Larkhaven

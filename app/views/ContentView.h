@@ -1,0 +1,61 @@
+#pragma once
+
+#include "model/AppModel.h"
+#include "views/ReaderView.h"
+
+#include <QMainWindow>
+#include <QPointer>
+
+class QMessageBox;
+class QSplitter;
+class QStackedWidget;
+
+namespace Larkhaven {
+
+class MailToolbar;
+class MessageTableView;
+class SidebarView;
+
+/// The main window: the sidebar beside the listing or the open message; the welcome view while there are no
+/// accounts. It turns the model's fields into what is on screen, alerts among it.
+class ContentView : public QMainWindow {
+    Q_OBJECT
+
+public:
+    static constexpr QSize defaultSize{1180, 720};
+    static constexpr QSize smallestSize{720, 480};
+
+    explicit ContentView(AppModel& model, ReaderView::Desktop desktop = ReaderView::systemDesktop(),
+                         QWidget* parent = nullptr);
+
+    SidebarView& sidebar() const { return *m_sidebar; }
+    MessageTableView& listing() const { return *m_listing; }
+    /// The reader, made on the first use: its engine takes its time.
+    ReaderView& reader();
+
+protected:
+    void showEvent(QShowEvent* event) override;
+
+private:
+    void followAccounts();
+    void followPath();
+    void followError();
+    void updateTitle();
+    void applyStyle();
+
+    AppModel& m_model;
+    ReaderView::Desktop m_desktop;
+    QStackedWidget* m_root;
+    QWidget* m_welcome;
+    QWidget* m_mail;
+    MailToolbar* m_toolbar;
+    QSplitter* m_split;
+    SidebarView* m_sidebar;
+    QStackedWidget* m_detail;
+    MessageTableView* m_listing;
+    ReaderView* m_reader = nullptr;
+    QPointer<QMessageBox> m_alert;
+    bool m_hasAppeared = false;
+};
+
+} // namespace Larkhaven

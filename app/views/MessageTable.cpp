@@ -1,0 +1,264 @@
+#include "views/MessageTable.h"
+
+#include "views/EmptyState.h"
+#include "views/Style.h"
+
+#include <QKeyEvent>
+#include <QPainter>
+#include <QScrollBar>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven {
+
+namespace {
+
+constexpr int skeletonRows = 8;
+constexpr int animationSteps = 60;
+constexpr int animationInterval = 25;
+
+} // namespace
+
+MessageTable::MessageTable(AppModel& model, QWidget* parent)
+    : QTableView(parent)
+    , m_model(model)
+    , m_rows(new SortedMessages(model, this))
+    , m_delegate(new MessageRowDelegate(model, *m_rows, this))
+    , m_header(new MessageHeader(model, this))
+{
+    setObjectName("messageTable"_L1);
+    setAccessibleName(tr("Messages"));
+    setModel(m_rows);
+    setItemDelegate(m_delegate);
+    setHorizontalHeader(m_header);
+    m_header->show();
+    verticalHeader()->hide();
+    setShowGrid(false);
+    setFrameShape(NoFrame);
+    setSelectionBehavior(SelectRows);
+    setSelectionMode(ExtendedSelection);
+    setVerticalScrollMode(ScrollPerPixel);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setTabKeyNavigation(false);
+    setWordWrap(false);
+    setMouseTracking(true);
+    setEditTriggers(NoEditTriggers);
+
+    m_animation.setInterval(animationInterval);
+    connect(&m_animation, &QTimer::timeout, this, [this] {
+        m_animationStep = (m_animationStep + 1) % animationSteps;
+        viewport()->update();
+    });
+    const auto followLoading = [this] {
+        if (m_model.isLoading())
+            m_animation.start();
+        else
+            m_animation.stop();
+        viewport()->update();
+    };
+    connect(&model, &AppModel::isLoadingChanged, this, followLoading);
+    connect(&model, &AppModel::selectionChanged, this, &MessageTable::takeSelection);
+    connect(&model, &AppModel::searchTextChanged, viewport(), qOverload<>(&QWidget::update));
+    connect(m_rows, &SortedMessages::modelReset, this, &MessageTable::takeSelection);
+    connect(m_rows, &SortedMessages::layoutChanged, this, &MessageTable::takeSelection);
+    connect(&model.defaults(), &UserDefaults::changed, viewport(), qOverload<>(&QWidget::update));
+    connect(m_header, &MessageHeader::columnsChanged, this, &MessageTable::layOutColumns);
+    connect(&Style::shared(), &Style::changed, this, &MessageTable::applyMetrics);
+    m_header->restoreColumns();
+    applyMetrics();
+    followLoading();
+}
+
+void MessageTable::applyMetrics()
+{
+    verticalHeader()->setMinimumSectionSize(1);
+    verticalHeader()->setDefaultSectionSize(Style::shared().scaled(2.3));
+    m_header->setMinimumSectionSize(Style::shared().scaled(1.5));
+    layOutColumns();
+    viewport()->update();
+    m_header->viewport()->update();
+}
+
+void MessageTable::layOutColumns()
+{
+    const Style& style = Style::shared();
+    // Told for the standard text size; a fixed column is as wide as its image and the space around it.
+    const auto ideal = [&](MessageColumn column) {
+        constexpr double standard = Style::standardTextSize;
+        switch (column) {
+        case MessageColumn::unread:
+        case MessageColumn::star:
+        case MessageColumn::attachments:
+            return style.scaled(2);
+        case MessageColumn::from:
+            return std::min(style.scaled(300 / standard), viewport()->width() / 4);
+        case MessageColumn::date:
+            return std::min(style.scaled(140 / standard), viewport()->width() / 5);
+        case MessageColumn::mailbox:
+            return std::min(style.scaled(220 / standard), viewport()->width() / 5);
+        case MessageColumn::size:
+            return std::min(style.scaled(110 / standard), viewport()->width() / 6);
+        case MessageColumn::subject:
+            break;
+        }
+        return 0;
+    };
+    int left = viewport()->width();
+    int first = -1;
+    for (int section = 0; section < m_header->count(); ++section) {
+        if (m_header->isSectionHidden(section))
+            continue;
+        first = first < 0 ? section : first;
+        const int width = ideal(allMessageColumns[static_cast<size_t>(section)]);
+        left -= width;
+        if (width > 0)
+            m_header->resizeSection(section, width);
+    }
+    m_header->resizeSection(static_cast<int>(MessageColumn::subject), std::max(left, style.scaled(6)));
+    m_delegate->setFirstVisibleColumn(std::max(first, 0));
+}
+
+void MessageTable::resizeEvent(QResizeEvent* event)
+{
+    QTableView::resizeEvent(event);
+    layOutColumns();
+}
+
+// --- Selection
+
+void MessageTable::takeSelection()
+{
+    QItemSelection selection;
+    for (int row = 0; row < m_rows->rowCount(); ++row) {
+        if (m_model.selection().contains(m_rows->row(row).id))
+            selection.select(m_rows->index(row, 0), m_rows->index(row, m_rows->columnCount() - 1));
+    }
+    m_isTakingSelection = true;
+    selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
+    if (!selection.isEmpty() && !selection.contains(currentIndex()))
+        selectionModel()->setCurrentIndex(selection.first().topLeft(), QItemSelectionModel::NoUpdate);
+    m_isTakingSelection = false;
+    viewport()->update();
+}
+
+void MessageTable::selectionChanged(const QItemSelection& selected, const QItemSelection& deselected)
+{
+    QTableView::selectionChanged(selected, deselected);
+    if (m_isTakingSelection)
+        return;
+    QSet<QString> ids;
+    const QModelIndexList rows = selectionModel()->selectedRows();
+    for (const QModelIndex& index : rows)
+        ids.insert(m_rows->row(index.row()).id);
+    m_model.setSelection(ids);
+    viewport()->update();
+}
+
+// --- Opening and hovering
+
+void MessageTable::openRow(const QModelIndex& index)
+{
+    if (index.isValid())
+        m_model.open(m_rows->row(index.row()));
+}
+
+void MessageTable::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
+        openRow(currentIndex());
+        return;
+    }
+    QTableView::keyPressEvent(event);
+}
+
+void MessageTable::mouseDoubleClickEvent(QMouseEvent* event)
+{
+    if (event->button() == Qt::LeftButton)
+        openRow(indexAt(event->position().toPoint()));
+}
+
+void MessageTable::hover(int row)
+{
+    if (row == m_delegate->hoveredRow())
+        return;
+    m_delegate->setHoveredRow(row);
+    viewport()->update();
+}
+
+void MessageTable::mouseMoveEvent(QMouseEvent* event)
+{
+    QTableView::mouseMoveEvent(event);
+    hover(indexAt(event->position().toPoint()).row());
+}
+
+void MessageTable::leaveEvent(QEvent* event)
+{
+    QTableView::leaveEvent(event);
+    hover(-1);
+}
+
+// --- Painting
+
+void MessageTable::paintEvent(QPaintEvent* event)
+{
+    {
+        QPainter background(viewport());
+        background.fillRect(viewport()->rect(), Style::shared().colors().surface);
+    }
+    QTableView::paintEvent(event);
+    QPainter painter(viewport());
+    if (m_rows->rowCount() == 0 && m_model.isLoading())
+        paintSkeleton(painter);
+    else if (m_rows->rowCount() == 0)
+        paintEmptyState(painter);
+    if (m_model.isLoading())
+        paintLoadingLine(painter);
+}
+
+void MessageTable::paintLoadingLine(QPainter& painter) const
+{
+    constexpr int thickness = 2;
+    const int width = viewport()->width();
+    const int length = width / 4;
+    const int start = (width + length) * m_animationStep / animationSteps - length;
+    painter.fillRect(QRect(start, 0, length, thickness), Style::shared().colors().accent);
+}
+
+void MessageTable::paintSkeleton(QPainter& painter) const
+{
+    const Style& style = Style::shared();
+    const int rowHeight = style.scaled(2.3);
+    const int bar = style.scaled(0.7);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(style.colors().hairline);
+    for (int row = 0; row < skeletonRows; ++row) {
+        for (const MessageColumn column :
+             {MessageColumn::from, MessageColumn::subject, MessageColumn::date}) {
+            const int section = static_cast<int>(column);
+            // Bars of different lengths look like texts.
+            const double share = 0.5 + 0.1 * ((row * 3 + section) % 5);
+            const QRectF place(columnViewportPosition(section) + Style::smallPadding,
+                               row * rowHeight + (rowHeight - bar) / 2.0, columnWidth(section) * share - 16,
+                               bar);
+            painter.drawRoundedRect(place, bar / 2.0, bar / 2.0);
+        }
+    }
+}
+
+void MessageTable::paintEmptyState(QPainter& painter) const
+{
+    if (!m_model.sidebarSelection())
+        return;
+    const QString search = m_model.searchText().trimmed();
+    if (search.isEmpty())
+        EmptyState::paint(painter, viewport()->rect(), {Symbol::tray, tr("No Messages"), {}});
+    else
+        EmptyState::paint(painter, viewport()->rect(),
+                          {Symbol::magnifier, tr("No Results for “%1”").arg(search),
+                           tr("Check the spelling or try a new search.")});
+}
+
+} // namespace Larkhaven

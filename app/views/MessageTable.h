@@ -1,0 +1,51 @@
+#pragma once
+
+#include "model/AppModel.h"
+#include "views/MessageHeader.h"
+#include "views/MessageRowDelegate.h"
+#include "views/MessageTableModel.h"
+
+#include <QTableView>
+#include <QTimer>
+
+namespace Larkhaven {
+
+/// The table of the page on screen: rows with the selection of the application model, placeholders while the
+/// first page loads, and what stands in place of rows where there are none.
+class MessageTable : public QTableView {
+    Q_OBJECT
+
+public:
+    explicit MessageTable(AppModel& model, QWidget* parent = nullptr);
+
+    const SortedMessages& rows() const { return *m_rows; }
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void leaveEvent(QEvent* event) override;
+    void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
+
+private:
+    void applyMetrics();
+    void layOutColumns();
+    void takeSelection();
+    void hover(int row);
+    void openRow(const QModelIndex& index);
+    void paintLoadingLine(QPainter& painter) const;
+    void paintSkeleton(QPainter& painter) const;
+    void paintEmptyState(QPainter& painter) const;
+
+    AppModel& m_model;
+    SortedMessages* m_rows;
+    MessageRowDelegate* m_delegate;
+    MessageHeader* m_header;
+    QTimer m_animation;
+    int m_animationStep = 0;
+    bool m_isTakingSelection = false;
+};
+
+} // namespace Larkhaven

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "model/AppModel.h"
+
+#include <QWidget>
+
+namespace Larkhaven {
+
+class MessageTable;
+
+/// The listing of a mailbox: the table of its page and the pager below.
+class MessageTableView : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit MessageTableView(AppModel& model, QWidget* parent = nullptr);
+
+    MessageTable& table() const { return *m_table; }
+
+private:
+    MessageTable* m_table;
+};
+
+} // namespace Larkhaven

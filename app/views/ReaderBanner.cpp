@@ -1,0 +1,82 @@
+#include "views/ReaderBanner.h"
+
+#include "views/Style.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPainter>
+#include <QPushButton>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven {
+
+ReaderBanner::ReaderBanner(QWidget* parent)
+    : QFrame(parent)
+    , m_shield(new QLabel)
+    , m_remote(new QLabel(tr("This message contains remote content.")))
+    , m_trackers(new QLabel)
+    , m_load(new QPushButton(tr("Load Remote Content")))
+{
+    setObjectName("readerBanner"_L1);
+    m_remote->setObjectName("bannerRemote"_L1);
+    m_trackers->setObjectName("bannerTrackers"_L1);
+    m_load->setObjectName("bannerLoad"_L1);
+    m_load->setAutoDefault(false);
+    m_trackers->setToolTip(tr("Tracking pixels are never loaded, even when remote content is loaded."));
+    connect(m_load, &QPushButton::clicked, this, &ReaderBanner::loadRequested);
+
+    auto* const texts = new QVBoxLayout;
+    texts->setSpacing(2);
+    texts->addWidget(m_remote);
+    texts->addWidget(m_trackers);
+    auto* const layout = new QHBoxLayout(this);
+    layout->setContentsMargins(Style::padding, Style::smallPadding, Style::padding, Style::smallPadding);
+    layout->setSpacing(Style::padding);
+    layout->addWidget(m_shield);
+    layout->addLayout(texts, 1);
+    layout->addWidget(m_load);
+    connect(&Style::shared(), &Style::changed, this, &ReaderBanner::applyStyle);
+    applyStyle();
+    setState(false, 0);
+}
+
+void ReaderBanner::setState(bool offersRemoteContent, int trackers)
+{
+    m_remote->setVisible(offersRemoteContent);
+    m_load->setVisible(offersRemoteContent);
+    m_trackers->setVisible(trackers > 0);
+    m_trackers->setText(trackers == 1 ? tr("1 tracking image blocked")
+                                      : tr("%1 tracking images blocked").arg(trackers));
+    setVisible(offersRemoteContent || trackers > 0);
+}
+
+void ReaderBanner::applyStyle()
+{
+    const Style& style = Style::shared();
+    const Style::Colors& colors = style.colors();
+    const int icon = style.scaled(static_cast<double>(Style::largeIcon) / Style::standardTextSize);
+    m_shield->setPixmap(style.pixmap(Symbol::shield, icon, colors.warningText, devicePixelRatioF()));
+    for (QLabel* const label : {m_remote, m_trackers}) {
+        QPalette palette = label->palette();
+        palette.setColor(QPalette::WindowText, colors.warningText);
+        label->setPalette(palette);
+    }
+    m_remote->setFont(style.font(Style::Type::body, Style::Weight::semibold));
+    m_trackers->setFont(style.font(Style::Type::caption));
+    m_load->setStyleSheet(u"QPushButton { background: transparent; color: %1; border: 1px solid %1; }"
+                          "QPushButton:hover { background: %1; color: %2; }"_s.arg(
+                              colors.warningText.name(), colors.warningBackground.name()));
+    update();
+}
+
+void ReaderBanner::paintEvent(QPaintEvent*)
+{
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(Style::shared().colors().warningBackground);
+    painter.drawRoundedRect(rect(), Style::cardRadius, Style::cardRadius);
+}
+
+} // namespace Larkhaven

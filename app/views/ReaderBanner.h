@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QFrame>
+
+class QLabel;
+class QPushButton;
+
+namespace Larkhaven {
+
+/// Tells what of a message was held back, and offers to load its remote content. Hidden where there is
+/// nothing to tell.
+class ReaderBanner : public QFrame {
+    Q_OBJECT
+
+public:
+    explicit ReaderBanner(QWidget* parent = nullptr);
+
+    void setState(bool offersRemoteContent, int trackers);
+
+Q_SIGNALS:
+    void loadRequested();
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    void applyStyle();
+
+    QLabel* m_shield;
+    QLabel* m_remote;
+    QLabel* m_trackers;
+    QPushButton* m_load;
+};
+
+} // namespace Larkhaven

@@ -1,0 +1,246 @@
+#include "views/SidebarView.h"
+
+#include "domain/Coding.h"
+#include "views/SidebarDelegate.h"
+
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QStandardItemModel>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven {
+
+namespace {
+
+Symbol symbolOf(Mailbox role)
+{
+    switch (role) {
+    case Mailbox::inbox:
+        return Symbol::tray;
+    case Mailbox::starred:
+        return Symbol::star;
+    case Mailbox::sent:
+        return Symbol::paperplane;
+    case Mailbox::drafts:
+        return Symbol::doc;
+    case Mailbox::archive:
+        return Symbol::archivebox;
+    case Mailbox::spam:
+        return Symbol::xmarkBin;
+    case Mailbox::trash:
+        return Symbol::trash;
+    }
+    Q_UNREACHABLE();
+}
+
+QString keyOf(const QString& accountID, const QString& refID)
+{
+    return accountID + u'/' + refID;
+}
+
+} // namespace
+
+SidebarView::SidebarView(AppModel& model, QWidget* parent)
+    : QTreeView(parent)
+    , m_model(model)
+    , m_items(new QStandardItemModel(this))
+{
+    setObjectName("sidebar"_L1);
+    setAccessibleName(tr("Mailboxes"));
+    setModel(m_items);
+    setItemDelegate(new SidebarDelegate(this));
+    setHeaderHidden(true);
+    setFrameShape(NoFrame);
+    setIndentation(0);
+    setRootIsDecorated(false);
+    setItemsExpandable(false);
+    setExpandsOnDoubleClick(false);
+    setEditTriggers(NoEditTriggers);
+    setMouseTracking(true);
+    setVerticalScrollMode(ScrollPerPixel);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setMinimumWidth(minimumColumnWidth);
+    setMaximumWidth(maximumColumnWidth);
+
+    connect(&model, &AppModel::accountsChanged, this, &SidebarView::rebuild);
+    connect(&model, &AppModel::labelsChanged, this, &SidebarView::rebuild);
+    connect(&model, &AppModel::countsChanged, this, &SidebarView::updateCounts);
+    connect(&model, &AppModel::needsReauthChanged, this, &SidebarView::updateHeadings);
+    connect(&model, &AppModel::sidebarSelectionChanged, this, &SidebarView::takeSelection);
+    connect(&Style::shared(), &Style::changed, this, &SidebarView::applyStyle);
+    applyStyle();
+    rebuild();
+}
+
+void SidebarView::applyStyle()
+{
+    scheduleDelayedItemsLayout();
+    viewport()->update();
+}
+
+void SidebarView::paintEvent(QPaintEvent* event)
+{
+    QPainter(viewport()).fillRect(viewport()->rect(), Style::shared().colors().window);
+    QTreeView::paintEvent(event);
+}
+
+void SidebarView::addRow(QStandardItem* heading, const Account& account, const MailboxRef& ref, Symbol symbol,
+                         int depth)
+{
+    auto* const item = new QStandardItem(ref.name(account.provider));
+    const QString accountID = Coding::fromUuid(account.id);
+    item->setData(accountID, AccountRole);
+    item->setData(ref.id(), RefRole);
+    item->setData(static_cast<int>(symbol), SymbolRole);
+    item->setData(depth, DepthRole);
+    if (const MailLabel* label = ref.label())
+        item->setToolTip(label->path.toHtmlEscaped());
+    heading->appendRow(item);
+    m_refs.insert(keyOf(accountID, ref.id()), ref);
+}
+
+void SidebarView::rebuild()
+{
+    m_isTakingSelection = true;
+    m_items->clear();
+    m_refs.clear();
+    const QStringList collapsed = m_model.defaults().text(DefaultsKey::collapsedAccounts).split(u',');
+    for (const Account& account : m_model.accounts()) {
+        auto* const heading = new QStandardItem(account.title());
+        heading->setData(Coding::fromUuid(account.id), AccountRole);
+        heading->setFlags(Qt::ItemIsEnabled);
+        for (const Mailbox role : allMailboxes)
+            addRow(heading, account, MailboxRef::system(role), symbolOf(role), 0);
+        const Symbol labelSymbol = account.provider == ProviderKind::google ? Symbol::tag : Symbol::folder;
+        const QList<MailLabel> labels = m_model.labels(account.id);
+        for (const MailLabel& label : labels)
+            addRow(heading, account, MailboxRef::label(label), labelSymbol, label.depth());
+        m_items->appendRow(heading);
+        setExpanded(heading->index(), !collapsed.contains(Coding::fromUuid(account.id)));
+    }
+    m_isTakingSelection = false;
+    updateCounts();
+    updateHeadings();
+    takeSelection();
+}
+
+void SidebarView::updateCounts()
+{
+    for (int section = 0; section < m_items->rowCount(); ++section) {
+        QStandardItem* const heading = m_items->item(section);
+        const auto counts = m_model.counts(QUuid::fromString(heading->data(AccountRole).toString()));
+        for (int row = 0; row < heading->rowCount(); ++row) {
+            QStandardItem* const item = heading->child(row);
+            item->setData(counts.value(item->data(RefRole).toString()), CountRole);
+        }
+    }
+}
+
+void SidebarView::updateHeadings()
+{
+    for (int section = 0; section < m_items->rowCount(); ++section) {
+        QStandardItem* const heading = m_items->item(section);
+        const QUuid accountID = QUuid::fromString(heading->data(AccountRole).toString());
+        heading->setData(m_model.needsReauth().contains(accountID), NeedsSignInRole);
+    }
+    scheduleDelayedItemsLayout();
+}
+
+QModelIndex SidebarView::indexOf(const SidebarItem& item) const
+{
+    const QString accountID = Coding::fromUuid(item.accountID);
+    for (int section = 0; section < m_items->rowCount(); ++section) {
+        const QStandardItem* const heading = m_items->item(section);
+        if (heading->data(AccountRole).toString() != accountID)
+            continue;
+        for (int row = 0; row < heading->rowCount(); ++row) {
+            if (heading->child(row)->data(RefRole).toString() == item.ref.id())
+                return heading->child(row)->index();
+        }
+    }
+    return {};
+}
+
+void SidebarView::takeSelection()
+{
+    m_isTakingSelection = true;
+    setCurrentIndex(m_model.sidebarSelection() ? indexOf(*m_model.sidebarSelection()) : QModelIndex());
+    m_isTakingSelection = false;
+}
+
+void SidebarView::currentChanged(const QModelIndex& current, const QModelIndex& previous)
+{
+    QTreeView::currentChanged(current, previous);
+    const QString refID = current.data(RefRole).toString();
+    if (m_isTakingSelection || refID.isEmpty())
+        return;
+    const QString accountID = current.data(AccountRole).toString();
+    const auto ref = m_refs.constFind(keyOf(accountID, refID));
+    if (ref != m_refs.cend())
+        m_model.select(SidebarItem{QUuid::fromString(accountID), *ref});
+}
+
+// --- Folding
+
+void SidebarView::toggle(const QModelIndex& heading)
+{
+    setExpanded(heading, !isExpanded(heading));
+    storeCollapsed();
+    // Folding takes the current row away from the tree, unfolding brings it back.
+    takeSelection();
+}
+
+void SidebarView::storeCollapsed()
+{
+    QStringList collapsed;
+    for (int section = 0; section < m_items->rowCount(); ++section) {
+        if (!isExpanded(m_items->index(section, 0)))
+            collapsed.append(m_items->item(section)->data(AccountRole).toString());
+    }
+    m_model.defaults().set(DefaultsKey::collapsedAccounts, collapsed.join(u','));
+}
+
+void SidebarView::mousePressEvent(QMouseEvent* event)
+{
+    const QModelIndex index = indexAt(event->position().toPoint());
+    if (index.isValid() && !index.parent().isValid()) {
+        if (event->button() == Qt::LeftButton)
+            toggle(index);
+        return;
+    }
+    // Neither the right button nor the empty space below changes the mailbox.
+    if (index.isValid() && event->button() == Qt::LeftButton)
+        QTreeView::mousePressEvent(event);
+}
+
+void SidebarView::mouseMoveEvent(QMouseEvent* event)
+{
+    static_cast<SidebarDelegate*>(itemDelegate())->setHovered(indexAt(event->position().toPoint()));
+    viewport()->update();
+}
+
+void SidebarView::leaveEvent(QEvent* event)
+{
+    QTreeView::leaveEvent(event);
+    static_cast<SidebarDelegate*>(itemDelegate())->setHovered({});
+    viewport()->update();
+}
+
+void SidebarView::keyPressEvent(QKeyEvent* event)
+{
+    const QModelIndex heading = currentIndex().parent();
+    if (heading.isValid() && event->key() == Qt::Key_Left) {
+        toggle(heading);
+        return;
+    }
+    QTreeView::keyPressEvent(event);
+}
+
+void SidebarView::drawBranches(QPainter*, const QRect&, const QModelIndex&) const
+{
+    // The delegate paints the whole width.
+}
+
+} // namespace Larkhaven
