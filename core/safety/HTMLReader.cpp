@@ -1,0 +1,144 @@
+#include "safety/HTMLReader.h"
+
+#include "domain/Text.h"
+
+#include <algorithm>
+
+namespace Larkhaven::HTMLReader {
+namespace {
+
+bool isLetter(char byte)
+{
+    return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z');
+}
+
+bool isSpace(char byte)
+{
+    return byte == '\t' || byte == '\n' || byte == '\f' || byte == '\r' || byte == ' ';
+}
+
+char lowered(char byte)
+{
+    return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte + 0x20) : byte;
+}
+
+qsizetype behindSpace(QByteArrayView html, qsizetype position)
+{
+    while (position < html.size() && isSpace(html[position]))
+        ++position;
+    return position;
+}
+
+qsizetype endOfAttributeName(QByteArrayView html, qsizetype position)
+{
+    for (; position < html.size(); ++position) {
+        const char byte = html[position];
+        if (isSpace(byte) || byte == '=' || byte == '>')
+            break;
+        if (byte == '/' && position + 1 < html.size() && html[position + 1] == '>')
+            break;
+    }
+    return position;
+}
+
+/// Reads the value that begins at the position, and moves the position behind it.
+QByteArrayView readValue(QByteArrayView html, qsizetype& position)
+{
+    if (position < html.size() && (html[position] == '"' || html[position] == '\'')) {
+        const qsizetype start = position + 1;
+        const qsizetype quote = html.indexOf(html[position], start);
+        const qsizetype end = quote < 0 ? html.size() : quote;
+        position = quote < 0 ? end : end + 1;
+        return html.sliced(start, end - start);
+    }
+    const qsizetype start = position;
+    while (position < html.size() && !isSpace(html[position]) && html[position] != '>')
+        ++position;
+    return html.sliced(start, position - start);
+}
+
+} // namespace
+
+void RawAttributes::add(RawAttribute attribute)
+{
+    if (attribute.attribute == HTMLVocabulary::noAttribute || value(attribute.attribute))
+        return;
+    m_attributes[static_cast<std::size_t>(m_count)] = attribute;
+    ++m_count;
+}
+
+std::optional<QByteArrayView> RawAttributes::value(HTMLVocabulary::Attribute attribute) const
+{
+    const auto found =
+        std::find_if(begin(), end(), [=](const RawAttribute& raw) { return raw.attribute == attribute; });
+    return found == end() ? std::nullopt : std::optional(found->value);
+}
+
+bool isLetterAt(QByteArrayView html, qsizetype position)
+{
+    return position < html.size() && isLetter(html[position]);
+}
+
+qsizetype endOfName(QByteArrayView html, qsizetype position)
+{
+    while (position < html.size() && !isSpace(html[position]) && html[position] != '/' &&
+           html[position] != '>')
+        ++position;
+    return position;
+}
+
+QByteArray loweredName(QByteArrayView name)
+{
+    const bool isASCII =
+        std::ranges::none_of(name, [](char byte) { return static_cast<uchar>(byte) >= 0x80; });
+    if (!isASCII)
+        return Text::fromRepairedUTF8(name).toLower().toUtf8();
+    QByteArray result = name.toByteArray();
+    std::ranges::transform(result, result.begin(), lowered);
+    return result;
+}
+
+qsizetype behindNextBracket(QByteArrayView html, qsizetype position)
+{
+    const qsizetype bracket = html.indexOf('>', position);
+    return bracket < 0 ? html.size() : bracket + 1;
+}
+
+qsizetype readAttributes(QByteArrayView html, qsizetype position, RawAttributes& attributes)
+{
+    while (true) {
+        while (position < html.size() && (isSpace(html[position]) || html[position] == '/'))
+            ++position;
+        if (position >= html.size())
+            return position;
+        if (html[position] == '>')
+            return position + 1;
+        const qsizetype nameStart = position;
+        position = endOfAttributeName(html, position);
+        const QByteArray name = loweredName(html.sliced(nameStart, position - nameStart));
+        position = behindSpace(html, position);
+        QByteArrayView value;
+        if (position < html.size() && html[position] == '=') {
+            position = behindSpace(html, position + 1);
+            value = readValue(html, position);
+        }
+        attributes.add({HTMLVocabulary::knownAttribute(name), value});
+    }
+}
+
+RawTextEnd endOfRawText(QByteArrayView html, qsizetype position, QByteArrayView name)
+{
+    for (qsizetype start = html.indexOf('<', position); start >= 0; start = html.indexOf('<', start + 1)) {
+        const qsizetype nameStart = start + 2;
+        if (nameStart + name.size() > html.size())
+            break;
+        const auto matches = [](char byte, char expected) { return lowered(byte) == expected; };
+        if (html[start + 1] == '/' &&
+            std::equal(name.begin(), name.end(), html.begin() + nameStart,
+                       [&](char expected, char byte) { return matches(byte, expected); }))
+            return {start, behindNextBracket(html, nameStart + name.size())};
+    }
+    return {html.size(), html.size()};
+}
+
+} // namespace Larkhaven::HTMLReader

@@ -1,0 +1,409 @@
+#include "safety/HTMLSanitizer.h"
+
+#include "domain/Text.h"
+#include "safety/DocumentShell.h"
+#include "safety/HTMLReader.h"
+#include "safety/HTMLVocabulary.h"
+#include "safety/LinkCleaner.h"
+#include "safety/URLParts.h"
+#include "safety/UTF8.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <vector>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven::HTMLSanitizer {
+namespace {
+
+using HTMLReader::RawAttributes;
+using HTMLVocabulary::Tag;
+
+constexpr std::array allowedDataPrefixes{"data:image/png"_L1, "data:image/gif"_L1, "data:image/jpeg"_L1,
+                                         "data:image/jpg"_L1, "data:image/webp"_L1};
+
+constexpr std::array allowedInlineTypes{"image/png"_L1, "image/gif"_L1,  "image/jpeg"_L1,
+                                        "image/jpg"_L1, "image/webp"_L1, "image/heic"_L1};
+
+/// The text without what may hide a scheme: controls and space, DEL, zero-width characters and byte order
+/// marks.
+QString cleanedForURL(const QString& text)
+{
+    QString result = text;
+    return result.removeIf([](QChar character) {
+        const char16_t unit = character.unicode();
+        return unit < 33 || unit == 127 || (unit >= 0x200b && unit <= 0x200d) || unit == 0xfeff;
+    });
+}
+
+/// The source with its host in ASCII, all else as it stands; absent where it is no URL.
+std::optional<QString> withASCIIHost(const QString& source)
+{
+    const std::optional<URLParts> parts = URLParts::read(source);
+    if (!parts)
+        return std::nullopt;
+    return source.first(parts->hostStart) + bracketedHost(parts->host) + source.sliced(parts->hostEnd);
+}
+
+/// Decodes percent-encoding; a text in which that fails stays.
+QString percentDecodedOrAsIs(const QString& text)
+{
+    return UTF8::percentDecoded(text).value_or(text);
+}
+
+struct OutputAttribute {
+    QByteArrayView name;
+    QString value;
+};
+
+using OutputAttributes = std::vector<OutputAttribute>;
+
+/// What becomes of an image.
+enum class ImageFate {
+    dropped, ///< no tag is written
+    blocked, ///< the tag is written without a source, and hidden
+    kept,    ///< the tag is written with a source
+};
+
+struct ImageDecision {
+    ImageFate fate = ImageFate::dropped;
+    QString source;
+};
+
+/// The working state of one pass over a message.
+class Pass {
+public:
+    Pass(QByteArrayView html, const SanitizerOptions& options)
+        : m_html(html)
+        , m_options(options)
+    {
+        m_output.reserve(html.size() + html.size() / 8);
+    }
+
+    SanitizedHTML run()
+    {
+        while (m_position < m_html.size())
+            step();
+        finishLink();
+        closeDownTo(0);
+        m_result.document = documentAround(Text::fromRepairedUTF8(m_output), m_options.allowRemoteImages);
+        return std::move(m_result);
+    }
+
+private:
+    void step();
+    void copyText();
+    void skipComment();
+    void readEndTag();
+    void readStartTag();
+    void writeStyle(qsizetype contentStart);
+
+    void startTag(Tag tag, const RawAttributes& raw);
+    OutputAttributes outputAttributes(const RawAttributes& raw) const;
+    void writeStartTag(Tag tag, const OutputAttributes& attributes);
+    void endTag(Tag tag);
+    void writeEndTag(Tag tag);
+    void closeDownTo(std::size_t depth);
+
+    void applyLinkRule(const RawAttributes& raw, OutputAttributes& attributes);
+    void finishLink();
+
+    bool applyImageRule(const RawAttributes& raw, OutputAttributes& attributes);
+    ImageDecision decideImage(const RawAttributes& raw);
+    ImageDecision decideInlineImage(const QString& source);
+    ImageDecision decideRemoteImage(const QString& source, const RawAttributes& raw);
+
+    bool hasOpenLink() const { return m_currentLink >= 0; }
+
+    QByteArrayView m_html;
+    const SanitizerOptions& m_options;
+    qsizetype m_position = 0;
+    QByteArray m_output;
+    SanitizedHTML m_result;
+    qint64 m_inlineImageBytes = 0;
+    std::vector<Tag> m_openTags;
+    std::array<int, HTMLVocabulary::tagCount> m_openCounts{}; ///< how often each tag is on the stack
+    qsizetype m_currentLink = -1;                             ///< index of the open link, or -1
+    QByteArray m_linkText;
+};
+
+void Pass::step()
+{
+    const QByteArrayView rest = m_html.sliced(m_position);
+    if (!rest.startsWith('<')) {
+        copyText();
+    } else if (rest.startsWith("<!--")) {
+        skipComment();
+    } else if (rest.startsWith("<?") || rest.startsWith("<!")) {
+        m_position = HTMLReader::behindNextBracket(m_html, m_position);
+    } else if (rest.startsWith("</") && HTMLReader::isLetterAt(rest, 2)) {
+        readEndTag();
+    } else if (HTMLReader::isLetterAt(rest, 1)) {
+        readStartTag();
+    } else {
+        m_output += "&lt;";
+        ++m_position;
+    }
+}
+
+void Pass::copyText()
+{
+    const qsizetype bracket = m_html.indexOf('<', m_position);
+    const qsizetype end = bracket < 0 ? m_html.size() : bracket;
+    QByteArrayView run = m_html.sliced(m_position, end - m_position);
+    m_position = end;
+    if (hasOpenLink())
+        m_linkText += run;
+    for (qsizetype index = run.indexOf('>'); index >= 0; index = run.indexOf('>')) {
+        m_output += run.first(index);
+        m_output += "&gt;";
+        run = run.sliced(index + 1);
+    }
+    m_output += run;
+}
+
+void Pass::skipComment()
+{
+    constexpr qsizetype openingSize = 4;
+    constexpr qsizetype closingSize = 3;
+    const qsizetype closing = m_html.indexOf("-->", m_position + openingSize);
+    m_position = closing < 0 ? m_html.size() : closing + closingSize;
+}
+
+void Pass::readEndTag()
+{
+    const qsizetype start = m_position + 2;
+    const qsizetype end = HTMLReader::endOfName(m_html, start);
+    m_position = HTMLReader::behindNextBracket(m_html, end);
+    const Tag tag = HTMLVocabulary::allowedTag(HTMLReader::loweredName(m_html.sliced(start, end - start)));
+    if (tag != HTMLVocabulary::noTag && !HTMLVocabulary::isVoid(tag))
+        endTag(tag);
+}
+
+void Pass::readStartTag()
+{
+    const qsizetype start = m_position + 1;
+    const qsizetype end = HTMLReader::endOfName(m_html, start);
+    const QByteArray name = HTMLReader::loweredName(m_html.sliced(start, end - start));
+    RawAttributes attributes;
+    m_position = HTMLReader::readAttributes(m_html, end, attributes);
+    if (HTMLVocabulary::isDroppedWithContent(name))
+        m_position = HTMLReader::endOfRawText(m_html, m_position, name).next;
+    else if (name == "style")
+        writeStyle(m_position);
+    else if (const Tag tag = HTMLVocabulary::allowedTag(name); tag != HTMLVocabulary::noTag)
+        startTag(tag, attributes);
+}
+
+void Pass::writeStyle(qsizetype contentStart)
+{
+    const HTMLReader::RawTextEnd end = HTMLReader::endOfRawText(m_html, contentStart, "style");
+    const QString css = Text::fromRepairedUTF8(m_html.sliced(contentStart, end.contentEnd - contentStart));
+    m_output += "<style>" + sanitizeCSS(css).toUtf8() + "</style>";
+    m_position = end.next;
+}
+
+void Pass::startTag(Tag tag, const RawAttributes& raw)
+{
+    const bool isVoid = HTMLVocabulary::isVoid(tag);
+    if (!isVoid && m_openTags.size() >= maximumOpenElements)
+        return;
+    OutputAttributes attributes = outputAttributes(raw);
+    static const Tag link = HTMLVocabulary::allowedTag("a");
+    static const Tag image = HTMLVocabulary::allowedTag("img");
+    if (tag == link)
+        applyLinkRule(raw, attributes);
+    else if (tag == image && !applyImageRule(raw, attributes))
+        return;
+    writeStartTag(tag, attributes);
+    if (isVoid)
+        return;
+    m_openTags.push_back(tag);
+    ++m_openCounts[static_cast<std::size_t>(tag)];
+}
+
+OutputAttributes Pass::outputAttributes(const RawAttributes& raw) const
+{
+    static const HTMLVocabulary::Attribute style = HTMLVocabulary::knownAttribute("style");
+    OutputAttributes attributes;
+    for (const HTMLReader::RawAttribute& attribute : raw) {
+        if (!HTMLVocabulary::isAllowed(attribute.attribute))
+            continue;
+        QString value = decodeEntities(Text::fromRepairedUTF8(attribute.value));
+        if (attribute.attribute == style)
+            value = sanitizeCSS(value);
+        attributes.push_back({HTMLVocabulary::nameOfAttribute(attribute.attribute), std::move(value)});
+    }
+    return attributes;
+}
+
+void Pass::writeStartTag(Tag tag, const OutputAttributes& attributes)
+{
+    m_output += '<';
+    m_output += HTMLVocabulary::nameOf(tag);
+    for (const OutputAttribute& attribute : attributes) {
+        m_output += ' ';
+        m_output += attribute.name;
+        m_output += "=\"";
+        m_output += escapeHTML(attribute.value).toUtf8();
+        m_output += '"';
+    }
+    m_output += '>';
+}
+
+void Pass::endTag(Tag tag)
+{
+    if (m_openCounts[static_cast<std::size_t>(tag)] == 0)
+        return;
+    static const Tag link = HTMLVocabulary::allowedTag("a");
+    if (tag == link)
+        finishLink();
+    const auto found = std::find(m_openTags.rbegin(), m_openTags.rend(), tag);
+    closeDownTo(static_cast<std::size_t>(m_openTags.rend() - found) - 1);
+}
+
+void Pass::writeEndTag(Tag tag)
+{
+    m_output += "</";
+    m_output += HTMLVocabulary::nameOf(tag);
+    m_output += '>';
+}
+
+void Pass::closeDownTo(std::size_t depth)
+{
+    while (m_openTags.size() > depth) {
+        const Tag tag = m_openTags.back();
+        writeEndTag(tag);
+        --m_openCounts[static_cast<std::size_t>(tag)];
+        m_openTags.pop_back();
+    }
+}
+
+void Pass::applyLinkRule(const RawAttributes& raw, OutputAttributes& attributes)
+{
+    static const Tag link = HTMLVocabulary::allowedTag("a");
+    static const HTMLVocabulary::Attribute href = HTMLVocabulary::knownAttribute("href");
+    if (hasOpenLink()) {
+        finishLink();
+        writeEndTag(link);
+        std::erase(m_openTags, link);
+        m_openCounts[static_cast<std::size_t>(link)] = 0;
+    }
+    const QString target =
+        cleanedForURL(decodeEntities(Text::fromRepairedUTF8(raw.value(href).value_or(QByteArrayView()))));
+    const QString scheme = schemeOf(target).value_or(QString());
+    if (scheme != "http"_L1 && scheme != "https"_L1 && scheme != "mailto"_L1)
+        return;
+    const std::optional<MailURL> url = MailURL::parse(target);
+    if (!url)
+        return;
+    m_currentLink = m_result.links.size();
+    m_result.links.append({*url, {}});
+    std::erase_if(attributes, [](const OutputAttribute& attribute) { return attribute.name == "title"; });
+    if (m_options.indirectLinks) {
+        attributes.insert(attributes.begin(), {"href", linkPrefix + QString::number(m_currentLink)});
+        attributes.push_back({"title", LinkCleaner::clean(*url).absoluteString()});
+    } else {
+        attributes.insert(attributes.begin(), {"href", url->absoluteString()});
+    }
+}
+
+void Pass::finishLink()
+{
+    if (!hasOpenLink())
+        return;
+    const QString text = decodeEntities(Text::fromRepairedUTF8(m_linkText));
+    m_result.links[m_currentLink].text = Text::trimmedSpaceAndLineEnds(text).toString();
+    m_currentLink = -1;
+    m_linkText.clear();
+}
+
+/// Gives whether the tag is written.
+bool Pass::applyImageRule(const RawAttributes& raw, OutputAttributes& attributes)
+{
+    const ImageDecision decision = decideImage(raw);
+    switch (decision.fate) {
+    case ImageFate::dropped:
+        return false;
+    case ImageFate::blocked:
+        attributes.push_back({"data-lh-blocked", {}});
+        return true;
+    case ImageFate::kept:
+        attributes.insert(attributes.begin(), {"src", decision.source});
+        return true;
+    }
+    return false;
+}
+
+ImageDecision Pass::decideImage(const RawAttributes& raw)
+{
+    static const HTMLVocabulary::Attribute src = HTMLVocabulary::knownAttribute("src");
+    const QString source =
+        cleanedForURL(decodeEntities(Text::fromRepairedUTF8(raw.value(src).value_or(QByteArrayView()))));
+    const QString scheme = schemeOf(source).value_or(QString());
+    if (scheme == "cid"_L1)
+        return decideInlineImage(source);
+    if (scheme == "data"_L1) {
+        constexpr qsizetype longestPrefix = 15;
+        const QString start = source.first(std::min(source.size(), longestPrefix)).toLower();
+        const bool isAllowed = std::ranges::any_of(
+            allowedDataPrefixes, [&](QLatin1StringView prefix) { return start.startsWith(prefix); });
+        return isAllowed ? ImageDecision{ImageFate::kept, source} : ImageDecision{};
+    }
+    if (scheme == "http"_L1 || scheme == "https"_L1)
+        return decideRemoteImage(source, raw);
+    return {};
+}
+
+ImageDecision Pass::decideInlineImage(const QString& source)
+{
+    const QString id = percentDecodedOrAsIs(source.sliced("cid:"_L1.size()));
+    auto image = m_options.inlineImages.constFind(id);
+    if (image == m_options.inlineImages.constEnd())
+        image = m_options.inlineImages.constFind(u'<' + id + u'>');
+    if (image == m_options.inlineImages.constEnd())
+        return {};
+    const QString type = image->mimeType.toLower();
+    if (std::ranges::none_of(allowedInlineTypes, [&](QLatin1StringView allowed) { return type == allowed; }))
+        return {};
+    m_inlineImageBytes += image->data.size();
+    if (m_inlineImageBytes > maximumInlineImageBytes)
+        return {ImageFate::blocked, {}};
+    return {ImageFate::kept,
+            "data:"_L1 + image->mimeType + ";base64,"_L1 + QString::fromLatin1(image->data.toBase64())};
+}
+
+ImageDecision Pass::decideRemoteImage(const QString& source, const RawAttributes& raw)
+{
+    QHash<QString, QString> attributes;
+    for (const HTMLReader::RawAttribute& attribute : raw)
+        attributes.insert(QString::fromLatin1(HTMLVocabulary::nameOfAttribute(attribute.attribute)),
+                          Text::fromRepairedUTF8(attribute.value));
+    if (isTracker(source, attributes)) {
+        ++m_result.trackers;
+        return {};
+    }
+    const std::optional<QString> kept = withASCIIHost(source);
+    if (!kept)
+        return {};
+    if (!m_options.allowRemoteImages) {
+        ++m_result.blockedRemoteImages;
+        return {ImageFate::blocked, {}};
+    }
+    constexpr auto insecure = "http:"_L1;
+    if (!kept->startsWith(insecure, Qt::CaseInsensitive))
+        return {ImageFate::kept, *kept};
+    return {ImageFate::kept, "https:"_L1 + kept->sliced(insecure.size())};
+}
+
+} // namespace
+
+SanitizedHTML sanitize(const QString& html, const SanitizerOptions& options)
+{
+    const QByteArray bytes = UTF8::encoded(html);
+    return Pass(bytes, options).run();
+}
+
+} // namespace Larkhaven::HTMLSanitizer

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "safety/SanitizedHTML.h"
+#include "safety/SanitizerOptions.h"
+
+#include <QHash>
+#include <QString>
+
+/// Rewrites the HTML of a message, which is hostile by assumption, into a document that can do nothing but
+/// show text, formatting and approved images.
+///
+/// No document tree is parsed. One forward pass over the UTF-8 bytes copies text, drops what is on no
+/// allow-list, and writes each tag anew from its own parsed parts: no byte of a tag reaches the output as it
+/// came in. Elements are closed in proper order, at most `maximumOpenElements` deep. Links and images are
+/// written by their own rules alone; styles go through `sanitizeCSS`.
+///
+/// All operations are total and pure, callable from any thread, and linear in their input (`sanitizeCSS`: up
+/// to a logarithm), whatever the input is.
+namespace Larkhaven::HTMLSanitizer {
+
+/// The scheme of a rewritten link, and what stands before its index.
+inline constexpr QLatin1StringView linkScheme("larkhaven-link");
+inline constexpr QLatin1StringView linkPrefix("larkhaven-link:");
+
+/// Tags deeper than this vanish; their content stays.
+inline constexpr int maximumOpenElements = 256;
+
+/// The bytes of inline images that one message may show. The image that passes the limit and all later ones
+/// are hidden.
+inline constexpr qint64 maximumInlineImageBytes = 31'457'280;
+
+/// The message as a document.
+SanitizedHTML sanitize(const QString& html, const SanitizerOptions& options);
+
+/// A message that has only a text body as a document: the text as it stands, with its http, https and mailto
+/// URLs as indirect links. No image may load.
+SanitizedHTML plainText(const QString& text);
+
+/// The text with its character references resolved: numbers, and the 22 names that mail is likely to hide
+/// something behind. A semicolon is not required; what can't be read stays.
+QString decodeEntities(const QString& text);
+
+/// The most characters that are read behind an "&".
+inline constexpr qsizetype maximumEntityLength = 32;
+
+/// The style text (of a `style` attribute or element) without escapes, "<", comments, imports, fonts, URLs,
+/// scripts and positions that leave the flow. What a removal joins is looked at again, until nothing is left
+/// to remove.
+QString sanitizeCSS(const QString& css);
+
+/// Whether an image is there to report that the message was read: one too small to see, one made invisible,
+/// or one from a service for such reports. `source` is its URL; `attributes` are its raw attributes by
+/// lower-case name, of which "width", "height" and "style" are looked at.
+bool isTracker(const QString& source, const QHash<QString, QString>& attributes);
+
+/// The text with "&", "<", ">" and both quotes as character references: safe as text and as a quoted
+/// attribute value.
+QString escapeHTML(const QString& text);
+
+/// The Content-Security-Policy of a document: styles of its own, images from "data:" and where allowed
+/// "https:", nothing else.
+QString contentSecurityPolicy(bool allowRemoteImages);
+
+} // namespace Larkhaven::HTMLSanitizer

@@ -1,0 +1,234 @@
+#include "safety/LinkCleaner.h"
+
+#include "domain/Text.h"
+#include "safety/URLParts.h"
+#include "safety/UTF8.h"
+
+#include <QCoreApplication>
+#include <QSet>
+
+#include <algorithm>
+#include <array>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven::LinkCleaner {
+namespace {
+
+const QSet<QString>& trackingParameters()
+{
+    static const QSet<QString> names{
+        u"fbclid"_s,
+        u"gclid"_s,
+        u"gclsrc"_s,
+        u"dclid"_s,
+        u"gbraid"_s,
+        u"wbraid"_s,
+        u"msclkid"_s,
+        u"mc_eid"_s,
+        u"mc_cid"_s,
+        u"_hsenc"_s,
+        u"_hsmi"_s,
+        u"__hssc"_s,
+        u"__hstc"_s,
+        u"__hsfp"_s,
+        u"hsctatracking"_s,
+        u"mkt_tok"_s,
+        u"yclid"_s,
+        u"igshid"_s,
+        u"vero_id"_s,
+        u"vero_conv"_s,
+        u"oly_enc_id"_s,
+        u"oly_anon_id"_s,
+        u"rb_clickid"_s,
+        u"s_cid"_s,
+        u"ml_subscriber"_s,
+        u"ml_subscriber_hash"_s,
+        u"ck_subscriber_id"_s,
+        u"trk"_s,
+        u"trkcampaign"_s,
+        u"sc_campaign"_s,
+        u"sc_channel"_s,
+        u"sc_content"_s,
+        u"sc_medium"_s,
+        u"sc_outcome"_s,
+        u"sc_geo"_s,
+        u"sc_country"_s,
+        u"__s"_s,
+        u"ref_src"_s,
+        u"spm"_s,
+        u"si"_s,
+    };
+    return names;
+}
+
+constexpr std::array trackingPrefixes{"utm_"_L1, "pk_"_L1, "mtm_"_L1};
+
+/// The label before a country's, where both together are what anybody may register below.
+constexpr std::array secondLevelLabels{"co"_L1,  "com"_L1, "net"_L1, "org"_L1, "gov"_L1, "ac"_L1,
+                                       "edu"_L1, "ne"_L1,  "or"_L1,  "go"_L1,  "gob"_L1, "nic"_L1};
+
+bool isTracking(QStringView item)
+{
+    const qsizetype end = item.indexOf(u'=');
+    const QStringView encodedName = end < 0 ? item : item.first(end);
+    const QString name = UTF8::percentDecoded(encodedName).value_or(encodedName.toString()).toLower();
+    return trackingParameters().contains(name) ||
+           std::ranges::any_of(trackingPrefixes,
+                               [&](QLatin1StringView prefix) { return name.startsWith(prefix); });
+}
+
+QList<QStringView> labelsOf(QStringView host)
+{
+    return host.split(u'.', Qt::SkipEmptyParts);
+}
+
+bool isLetters(QStringView label)
+{
+    return std::ranges::all_of(label, [](QChar character) { return character.isLetter(); });
+}
+
+QString registrableDomain(const QString& host)
+{
+    const QString lowered = host.toLower();
+    const QList<QStringView> labels = labelsOf(lowered);
+    qsizetype kept = 2;
+    if (labels.size() >= 3 && labels.back().size() == 2 &&
+        std::ranges::any_of(secondLevelLabels,
+                            [&](QLatin1StringView label) { return labels[labels.size() - 2] == label; }))
+        kept = 3;
+    QString domain;
+    for (const QStringView label : labels.last(std::min(kept, labels.size()))) {
+        if (!domain.isEmpty())
+            domain += u'.';
+        domain += label;
+    }
+    return domain;
+}
+
+/// The host that the visible text of a link names, in lower case; empty where it names none.
+QString hostOfText(const QString& text)
+{
+    QString address = Text::trimmedSpaceAndLineEnds(text).toString().toLower();
+    if (address.contains(u' ') || !address.contains(u'.'))
+        return {};
+    if (!address.contains("://"_L1))
+        address.prepend("https://"_L1);
+    const std::optional<URLParts> parts = URLParts::read(address);
+    if (!parts || !parts->host.contains(u'.'))
+        return {};
+    QString host = parts->host.toLower();
+    const QList<QStringView> labels = labelsOf(host);
+    if (labels.size() < 2 || labels.back().size() < 2 || !isLetters(labels.back()))
+        return {};
+    return host;
+}
+
+bool looksLikeAnIPAddress(const QString& host)
+{
+    const QList<QStringView> labels = labelsOf(host);
+    return host.contains(u':') || (!labels.isEmpty() && !isLetters(labels.back()));
+}
+
+/// Whether the character is never seen itself, but moves, hides or breaks the text around it.
+bool isInvisible(QChar character)
+{
+    const QChar::Category category = character.category();
+    return category == QChar::Other_Control || category == QChar::Other_Format ||
+           category == QChar::Separator_Line || category == QChar::Separator_Paragraph;
+}
+
+QString readableUser(const MailURL& url)
+{
+    const QString encoded = url.user();
+    const std::optional<QString> decoded = UTF8::percentDecoded(encoded);
+    return decoded && std::ranges::none_of(*decoded, isInvisible) ? *decoded : encoded;
+}
+
+} // namespace
+
+MailURL clean(const MailURL& url)
+{
+    if (!url.query())
+        return url;
+    const QList<QStringView> items = QStringView(*url.query()).split(u'&');
+    QString kept;
+    qsizetype keptCount = 0;
+    for (const QStringView item : items) {
+        if (isTracking(item))
+            continue;
+        if (keptCount > 0)
+            kept += u'&';
+        kept += item;
+        ++keptCount;
+    }
+    if (keptCount == items.size())
+        return url;
+    return url.withQuery(keptCount > 0 ? std::optional(kept) : std::nullopt);
+}
+
+QList<Warning> warnings(const LinkRecord& link)
+{
+    QList<Warning> result;
+    const QString scheme = link.url.scheme();
+    if (scheme != "http"_L1 && scheme != "https"_L1)
+        return result;
+    const QString host = link.url.host().toLower();
+    if (scheme == "http"_L1)
+        result += Warning::insecure();
+    const QList<QStringView> labels = labelsOf(host);
+    if (std::ranges::any_of(labels, [](QStringView label) { return label.startsWith("xn--"_L1); }))
+        result += Warning::punycode(host);
+    if (looksLikeAnIPAddress(host))
+        result += Warning::ipAddress(host);
+    if (const QString user = readableUser(link.url); !user.isEmpty())
+        result += Warning::mismatchedText(user, host);
+    const QString shown = hostOfText(link.text);
+    if (!shown.isEmpty() && registrableDomain(shown) != registrableDomain(host))
+        result += Warning::mismatchedText(shown, host);
+    return result;
+}
+
+Warning Warning::mismatchedText(QString shown, QString actual)
+{
+    return {Kind::mismatchedText, std::move(shown), std::move(actual), {}};
+}
+
+Warning Warning::punycode(QString host)
+{
+    return {Kind::punycode, {}, {}, std::move(host)};
+}
+
+Warning Warning::ipAddress(QString host)
+{
+    return {Kind::ipAddress, {}, {}, std::move(host)};
+}
+
+Warning Warning::insecure()
+{
+    return {Kind::insecure, {}, {}, {}};
+}
+
+QString Warning::message() const
+{
+    switch (kind) {
+    case Kind::mismatchedText:
+        return QCoreApplication::translate("LinkCleaner",
+                                           "The link text shows “%1” but it actually goes to “%2”.")
+            .arg(shown, actual);
+    case Kind::punycode:
+        return QCoreApplication::translate(
+                   "LinkCleaner",
+                   "The address “%1” uses international characters that can imitate another site.")
+            .arg(host);
+    case Kind::ipAddress:
+        return QCoreApplication::translate(
+                   "LinkCleaner", "The link points to a raw IP address (%1) instead of a named site.")
+            .arg(host);
+    case Kind::insecure:
+        return QCoreApplication::translate("LinkCleaner", "The link is not encrypted (http).");
+    }
+    return {};
+}
+
+} // namespace Larkhaven::LinkCleaner

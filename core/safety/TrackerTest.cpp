@@ -1,0 +1,84 @@
+#include "safety/HTMLSanitizer.h"
+#include "safety/TrackerTables.h"
+#include "safety/URLParts.h"
+
+#include <algorithm>
+#include <limits>
+#include <optional>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven::HTMLSanitizer {
+namespace {
+
+template <std::size_t size>
+bool containsAny(QStringView text, const std::array<QLatin1StringView, size>& fragments)
+{
+    return std::ranges::any_of(fragments,
+                               [&](QLatin1StringView fragment) { return text.contains(fragment); });
+}
+
+QStringView withoutUnits(QStringView text)
+{
+    constexpr auto unitsAndSpace = "px \t"_L1;
+    while (!text.isEmpty() && unitsAndSpace.contains(text.front()))
+        text = text.sliced(1);
+    while (!text.isEmpty() && unitsAndSpace.contains(text.back()))
+        text.chop(1);
+    return text;
+}
+
+/// The decimal number that the text is, as a whole; absent where it is none or doesn't fit.
+std::optional<qint64> integer(QStringView text)
+{
+    const bool isNegative = text.startsWith(u'-');
+    if (isNegative || text.startsWith(u'+'))
+        text = text.sliced(1);
+    if (text.isEmpty())
+        return std::nullopt;
+    constexpr qint64 highest = std::numeric_limits<qint64>::max();
+    qint64 value = 0;
+    for (const QChar character : text) {
+        if (character < u'0' || character > u'9')
+            return std::nullopt;
+        const qint64 digit = character.unicode() - u'0';
+        if (value > (highest - digit) / 10)
+            return std::nullopt;
+        value = value * 10 + digit;
+    }
+    return isNegative ? -value : value;
+}
+
+std::optional<qint64> dimension(const QHash<QString, QString>& attributes, const QString& name)
+{
+    const auto found = attributes.constFind(name);
+    return found == attributes.constEnd() ? std::nullopt : integer(withoutUnits(*found));
+}
+
+bool isTooSmallToSee(const QHash<QString, QString>& attributes)
+{
+    constexpr qint64 smallestArea = 4;
+    constexpr qint64 smallestEdge = 2;
+    const std::optional<qint64> width = dimension(attributes, u"width"_s);
+    const std::optional<qint64> height = dimension(attributes, u"height"_s);
+    return (width && height && *width < smallestArea && *height < smallestArea) ||
+           (width && *width < smallestEdge) || (height && *height < smallestEdge);
+}
+
+} // namespace
+
+bool isTracker(const QString& source, const QHash<QString, QString>& attributes)
+{
+    if (isTooSmallToSee(attributes))
+        return true;
+    if (containsAny(attributes.value(u"style"_s).toLower().remove(u' '), hidingStyles))
+        return true;
+    const QString lowered = source.toLower();
+    const std::optional<URLParts> parts = URLParts::read(lowered);
+    if (!parts || parts->host.isEmpty())
+        return false;
+    return containsAny(parts->host.toLower(), trackerHostFragments) ||
+           containsAny(QStringView(lowered).sliced(parts->hostEnd), trackerPathFragments);
+}
+
+} // namespace Larkhaven::HTMLSanitizer

@@ -1,0 +1,164 @@
+#include "safety/URLParts.h"
+
+#include "safety/URLHost.h"
+#include "safety/UTF8.h"
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven {
+namespace {
+
+bool isASCIILetter(QChar character)
+{
+    return (character >= u'a' && character <= u'z') || (character >= u'A' && character <= u'Z');
+}
+
+bool isASCIIDigit(QChar character)
+{
+    return character >= u'0' && character <= u'9';
+}
+
+bool isSchemeCharacter(QChar character)
+{
+    return isASCIILetter(character) || isASCIIDigit(character) || character == u'+' || character == u'-' ||
+           character == u'.';
+}
+
+bool isHTTP(QStringView scheme)
+{
+    return scheme.compare("http"_L1, Qt::CaseInsensitive) == 0 ||
+           scheme.compare("https"_L1, Qt::CaseInsensitive) == 0;
+}
+
+/// Cuts the text at the first `mark`. Gives what stands behind it; absent where there is none.
+std::optional<QStringView> cutAt(QStringView& text, QChar mark)
+{
+    const qsizetype index = text.indexOf(mark);
+    if (index < 0)
+        return std::nullopt;
+    const QStringView behind = text.sliced(index + 1);
+    text.truncate(index);
+    return behind;
+}
+
+bool isUserInfoCharacter(QChar character)
+{
+    if (character.unicode() >= 0x80)
+        return !character.isSpace();
+    return isASCIILetter(character) || isASCIIDigit(character) || "-._~!$&'()*+,;=:"_L1.contains(character);
+}
+
+bool isPercentEncodedAt(QStringView text, qsizetype position)
+{
+    return text[position] == u'%' && position + 2 < text.size() &&
+           UTF8::isHexDigit(text[position + 1].unicode()) && UTF8::isHexDigit(text[position + 2].unicode());
+}
+
+/// Whether the text may stand before the "@": unreserved / pct-encoded / sub-delims / ":", and what is not
+/// ASCII.
+bool isUserInfo(QStringView text)
+{
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        if (!isUserInfoCharacter(text[i]) && !isPercentEncodedAt(text, i))
+            return false;
+    }
+    return true;
+}
+
+bool isPort(QStringView digits)
+{
+    constexpr int highestPort = 65535;
+    int value = 0;
+    for (const QChar digit : digits) {
+        if (!isASCIIDigit(digit))
+            return false;
+        value = value * 10 + (digit.unicode() - u'0');
+        if (value > highestPort)
+            return false;
+    }
+    return true;
+}
+
+/// Reads `[ userinfo "@" ] host [ ":" port ]`, which begins at `start` of the whole text.
+bool readAuthority(QStringView authority, qsizetype start, URLParts& parts)
+{
+    if (const qsizetype at = authority.indexOf(u'@'); at >= 0) {
+        parts.userInfo = authority.first(at);
+        authority = authority.sliced(at + 1);
+        start += at + 1;
+        if (!isUserInfo(*parts.userInfo) || authority.contains(u'@'))
+            return false;
+    }
+    qsizetype hostLength = 0;
+    if (authority.startsWith(u'[')) {
+        hostLength = authority.indexOf(u']') + 1;
+        if (hostLength == 0 || !URLHost::isIPv6Address(authority.sliced(1, hostLength - 2)))
+            return false;
+        parts.host = authority.sliced(1, hostLength - 2).toString();
+    } else {
+        const qsizetype colon = authority.indexOf(u':');
+        hostLength = colon < 0 ? authority.size() : colon;
+        const std::optional<QString> name = URLHost::asciiName(authority.first(hostLength));
+        if (!name)
+            return false;
+        parts.host = *name;
+    }
+    parts.hostStart = start;
+    parts.hostEnd = start + hostLength;
+    authority = authority.sliced(hostLength);
+    if (authority.isEmpty())
+        return true;
+    parts.port = authority.sliced(1);
+    return authority.front() == u':' && isPort(*parts.port);
+}
+
+} // namespace
+
+std::optional<URLParts> URLParts::read(QStringView text)
+{
+    const qsizetype colon = text.indexOf(u':');
+    if (colon < 1 || !isASCIILetter(text.front()) ||
+        !std::ranges::all_of(text.first(colon), isSchemeCharacter))
+        return std::nullopt;
+    URLParts parts;
+    parts.scheme = text.first(colon);
+    QStringView rest = text.sliced(colon + 1);
+    parts.fragment = cutAt(rest, u'#');
+    parts.query = cutAt(rest, u'?');
+    parts.hasAuthority = rest.startsWith("//"_L1);
+    if (parts.hasAuthority) {
+        rest = rest.sliced(2);
+        const qsizetype slash = rest.indexOf(u'/');
+        const QStringView authority = slash < 0 ? rest : rest.first(slash);
+        if (!readAuthority(authority, colon + 3, parts))
+            return std::nullopt;
+        rest = rest.sliced(authority.size());
+    }
+    parts.path = rest;
+    if (parts.host.isEmpty() && isHTTP(parts.scheme))
+        return std::nullopt;
+    return parts;
+}
+
+std::optional<QString> schemeOf(QStringView text)
+{
+    const qsizetype colon = text.indexOf(u':');
+    if (colon < 1)
+        return std::nullopt;
+    const QStringView scheme = text.first(colon);
+    const auto isAllowed = [](QChar character) {
+        return character.isLetterOrNumber() || isSchemeCharacter(character);
+    };
+    if (!std::ranges::all_of(scheme, isAllowed))
+        return std::nullopt;
+    return scheme.toString().toLower();
+}
+
+QString bracketedHost(const QString& host)
+{
+    return host.contains(u':') ? u'[' + host + u']' : host;
+}
+
+} // namespace Larkhaven
