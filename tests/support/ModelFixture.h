@@ -1,0 +1,95 @@
+#pragma once
+
+#include "model/AppModel.h"
+#include "support/FakeMailProvider.h"
+
+#include <QTemporaryDir>
+
+#include <chrono>
+#include <memory>
+
+namespace Larkhaven {
+
+/// An application model over temporary files, secrets in memory, a clock that stands still and providers in
+/// memory. It has no network: opening a connection fails and is counted.
+///
+/// The providers are in place before the model is handed out; a model that starts loads nothing by itself.
+class ModelFixture {
+public:
+    /// One IMAP account.
+    ModelFixture();
+    /// The accounts are those that the model finds stored.
+    explicit ModelFixture(const QList<Account>& accounts);
+    ~ModelFixture();
+    ModelFixture(const ModelFixture&) = delete;
+    ModelFixture& operator=(const ModelFixture&) = delete;
+
+    // --- Values for tests
+    static Account imapAccount(const QString& email = QStringLiteral("mia@example.org"));
+    static Account googleAccount(const QString& email = QStringLiteral("mia@gmail.com"));
+    static Account microsoftAccount(const QString& email = QStringLiteral("mia@outlook.com"));
+    /// A read row from "Ada" with the subject "Subject {id}", an hour before noon of 15 March 2024.
+    static MessageSummary row(const Account& account, const QString& id);
+    /// Rows "1" to "{count}", each a minute older than the one before.
+    static QList<MessageSummary> rows(const Account& account, int count);
+
+    // --- What was made
+    AppModel& model() { return *m_model; }
+    UserDefaults& defaults() { return *m_services.defaults; }
+    InMemorySecretStore& secrets() { return *m_secrets; }
+    /// The provider of the account at the place in the list of the accounts.
+    FakeMailProvider& provider(qsizetype index = 0) { return *m_providers[index]; }
+    const Account& account(qsizetype index = 0) const { return m_accounts[index]; }
+    QString cachesDirectory() const { return m_services.cachesDirectory; }
+    /// Replaces the model by one that starts over the same files, secrets and providers.
+    void restart();
+    /// As `restart`, but the new model has no providers given and must build its own.
+    void restartWithoutProviders();
+
+    // --- What the model did to the system
+    /// How long the refresh loop has asked to sleep, each time.
+    const QList<std::chrono::milliseconds>& sleeps() const { return m_clock->durations; }
+    /// How many sleeps last.
+    qsizetype sleeping() const { return m_clock->sleepers.size(); }
+    /// The time of all that sleep has passed.
+    void endSleeps();
+    /// The numbers given to the launcher's badge, in their order.
+    const QList<qint64>& badges() const { return *m_badges; }
+    /// "host:port" of each connection that was asked for.
+    const QStringList& connections() const { return *m_connections; }
+
+private:
+    struct Clock {
+        QList<std::chrono::milliseconds> durations;
+        QList<std::shared_ptr<Wakeup>> sleepers;
+    };
+
+    static Task<bool> sleepOn(std::shared_ptr<Clock> clock, std::chrono::milliseconds duration,
+                              std::stop_token stop);
+    void letGoOfModel();
+
+    QTemporaryDir m_folder;
+    QList<Account> m_accounts;
+    std::shared_ptr<InMemorySecretStore> m_secrets = std::make_shared<InMemorySecretStore>();
+    std::shared_ptr<Clock> m_clock = std::make_shared<Clock>();
+    std::shared_ptr<QList<qint64>> m_badges = std::make_shared<QList<qint64>>();
+    std::shared_ptr<QStringList> m_connections = std::make_shared<QStringList>();
+    AppModel::Services m_services;
+    QList<std::shared_ptr<FakeMailProvider>> m_providers;
+    std::unique_ptr<AppModel> m_model;
+};
+
+/// A keychain that forgets everything with the process.
+class InMemoryKeychain final : public KeychainBackend {
+public:
+    ReadResult read(const QString& service, const QString& account) override;
+    KeychainStatus update(const QString& service, const QString& account, const QByteArray& data) override;
+    KeychainStatus add(const QString& service, const QString& account, const QByteArray& data,
+                       const QString& label) override;
+    KeychainStatus remove(const QString& service, const QString& account) override;
+
+private:
+    QHash<QString, QByteArray> m_items; ///< by service and account
+};
+
+} // namespace Larkhaven

@@ -1,0 +1,287 @@
+#include "support/ScriptedTransport.h"
+
+#include "domain/MailError.h"
+#include "protocols/StreamTransport.h"
+
+#include <QCoreApplication>
+
+#include <algorithm>
+#include <coroutine>
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven {
+
+namespace {
+
+/// Lets a coroutine go on from the event loop.
+struct NextTurn {
+    bool await_ready() const { return false; }
+    void await_suspend(std::coroutine_handle<> waiter) const
+    {
+        QMetaObject::invokeMethod(
+            QCoreApplication::instance(), [waiter] { waiter.resume(); }, Qt::QueuedConnection);
+    }
+    void await_resume() const {}
+};
+
+std::string shown(QByteArrayView bytes)
+{
+    constexpr qsizetype most = 400;
+    QByteArray text = bytes.first(std::min(most, bytes.size())).toByteArray();
+    text.replace('\\', "\\\\").replace('\r', "\\r").replace('\n', "\\n").replace('\0', "\\x00");
+    return '"' + text.toStdString() + (bytes.size() > most ? "…\"" : "\"");
+}
+
+QByteArray unescaped(const QByteArray& text)
+{
+    QByteArray bytes;
+    for (qsizetype index = 0; index < text.size(); ++index) {
+        if (text[index] != '\\') {
+            bytes += text[index];
+            continue;
+        }
+        switch (text.at(++index)) {
+        case 'r':
+            bytes += '\r';
+            break;
+        case 'n':
+            bytes += '\n';
+            break;
+        case 't':
+            bytes += '\t';
+            break;
+        case 'x':
+            bytes += QByteArray::fromHex(text.sliced(index + 1, 2));
+            index += 2;
+            break;
+        default:
+            bytes += text[index];
+        }
+    }
+    return bytes;
+}
+
+MailError closedConnection()
+{
+    return MailError::protocolError(u"The server closed the connection."_s);
+}
+
+} // namespace
+
+Script::Script(std::string_view text, Chunks chunks, const std::source_location& where)
+    : m_chunks(chunks)
+    , m_where(where)
+{
+    then(text);
+}
+
+Script& Script::then(std::string_view text)
+{
+    const QList<QByteArray> lines = QByteArray(text.data(), static_cast<qsizetype>(text.size())).split('\n');
+    for (const QByteArray& line : lines)
+        addLine(line);
+    return *this;
+}
+
+void Script::addLine(const QByteArray& indented)
+{
+    // Only what the line begins with is cut: blanks at its end are part of the transcript.
+    qsizetype start = 0;
+    while (start < indented.size() && (indented[start] == ' ' || indented[start] == '\t'))
+        ++start;
+    const QByteArray line = indented.sliced(start);
+    if (line.isEmpty() || line.startsWith('#'))
+        return;
+    constexpr qsizetype markSize = 3;
+    const QByteArray bytes = line.sliced(std::min(markSize, line.size()));
+    if (line.startsWith("C: "))
+        add(Turn::client, bytes + "\r\n");
+    else if (line.startsWith("S: "))
+        add(Turn::server, bytes + "\r\n");
+    else if (line.startsWith("C= "))
+        add(Turn::client, unescaped(bytes));
+    else if (line.startsWith("S= "))
+        add(Turn::server, unescaped(bytes));
+    else if (line == "[STARTTLS]")
+        add(Turn::startTLS, {});
+    else if (line == "[CLOSE]")
+        add(Turn::close, {});
+    else if (line == "[TIMEOUT]")
+        add(Turn::timeOut, {});
+    else if (line == "[REFUSED]" && m_steps.isEmpty())
+        add(Turn::refuse, {});
+    else
+        throw ScriptError("no line of a script: " + line.toStdString());
+}
+
+Script& Script::add(Turn turn, const QByteArray& bytes)
+{
+    m_steps.append({turn, bytes});
+    return *this;
+}
+
+std::shared_ptr<ScriptedTransport> ScriptedTransport::create(const Script& script)
+{
+    return std::shared_ptr<ScriptedTransport>(new ScriptedTransport(script));
+}
+
+Script::Turn ScriptedTransport::turn() const
+{
+    // Behind its end the script waits for the client in vain.
+    return m_step < m_script.m_steps.size() ? m_script.m_steps[m_step].turn : Script::Turn::client;
+}
+
+QByteArray ScriptedTransport::remaining() const
+{
+    return m_step < m_script.m_steps.size() ? m_script.m_steps[m_step].bytes.sliced(m_offset) : QByteArray();
+}
+
+void ScriptedTransport::advance(qsizetype count)
+{
+    m_offset += count;
+    if (m_offset == m_script.m_steps[m_step].bytes.size()) {
+        ++m_step;
+        m_offset = 0;
+    }
+}
+
+void ScriptedTransport::leaveScript(const QString& what) const
+{
+    ADD_FAILURE_AT(m_script.m_where.file_name(), static_cast<int>(m_script.m_where.line()))
+        << "step " << m_step + 1 << " of the script: " << what.toStdString();
+    throw ScriptError(what.toStdString());
+}
+
+void ScriptedTransport::checkConnected()
+{
+    if (m_isClosed || m_isDead)
+        throw closedConnection();
+    const Script::Turn now = turn();
+    if (now != Script::Turn::close && now != Script::Turn::refuse)
+        return;
+    m_isDead = true;
+    advance(0);
+    if (now == Script::Turn::refuse)
+        throw StreamError(QAbstractSocket::ConnectionRefusedError, u"Connection refused"_s);
+    throw closedConnection();
+}
+
+Task<> ScriptedTransport::send(QByteArray data)
+{
+    const auto self = shared_from_this();
+    ++m_sendCount;
+    co_await NextTurn();
+    checkConnected();
+    takeFromClient(data);
+}
+
+void ScriptedTransport::takeFromClient(QByteArrayView data)
+{
+    while (!data.isEmpty()) {
+        const QByteArray expected = remaining();
+        if (turn() != Script::Turn::client || expected.isEmpty())
+            leaveScript(QString::fromStdString("the client says " + shown(data) +
+                                               " where it isn't its turn; next is " + shown(expected)));
+        const qsizetype count = std::min(data.size(), expected.size());
+        if (data.first(count) != QByteArrayView(expected).first(count))
+            leaveScript(
+                QString::fromStdString("the client says " + shown(data) + " in place of " + shown(expected)));
+        advance(count);
+        data = data.sliced(count);
+    }
+}
+
+Task<QByteArray> ScriptedTransport::receive()
+{
+    const auto self = shared_from_this();
+    ++m_receiveCount;
+    co_await NextTurn();
+    checkConnected();
+    if (turn() == Script::Turn::timeOut) {
+        advance(0);
+        m_isDead = true;
+        throw MailError::protocolError(u"The server stopped responding."_s);
+    }
+    if (turn() != Script::Turn::server)
+        leaveScript(QString::fromStdString("the client waits, and ought to say " + shown(remaining())));
+    co_return nextChunk();
+}
+
+QByteArray ScriptedTransport::nextChunk()
+{
+    QByteArray chunk;
+    switch (m_script.m_chunks) {
+    case Chunks::byteByByte:
+        chunk = remaining().first(1);
+        advance(1);
+        break;
+    case Chunks::lines:
+        chunk = remaining();
+        advance(chunk.size());
+        break;
+    case Chunks::whole:
+        while (turn() == Script::Turn::server) {
+            const QByteArray piece = remaining();
+            advance(piece.size());
+            chunk += piece;
+        }
+    }
+    return chunk;
+}
+
+Task<> ScriptedTransport::startTLS()
+{
+    const auto self = shared_from_this();
+    co_await NextTurn();
+    checkConnected();
+    if (turn() != Script::Turn::startTLS || m_step >= m_script.m_steps.size())
+        leaveScript(u"the client begins TLS where it isn't its turn"_s);
+    advance(0);
+}
+
+void ScriptedTransport::expectUsedUp() const
+{
+    if (m_step < m_script.m_steps.size())
+        ADD_FAILURE_AT(m_script.m_where.file_name(), static_cast<int>(m_script.m_where.line()))
+            << "the script was left at step " << m_step + 1 << ": " << shown(remaining());
+}
+
+ScriptedServer::ScriptedServer(const QList<Script>& scripts, const std::source_location& where)
+    : m_scripts(scripts)
+    , m_where(where)
+{}
+
+TransportFactory ScriptedServer::factory()
+{
+    return [this](QString host, int port, bool implicitTLS) {
+        return [](ScriptedServer* server, Opening opening) -> Task<std::shared_ptr<MailTransport>> {
+            co_await NextTurn();
+            co_return server->open(opening);
+        }(this, {host, port, implicitTLS});
+    };
+}
+
+std::shared_ptr<MailTransport> ScriptedServer::open(const Opening& opening)
+{
+    m_openings.append(opening);
+    if (m_connections.size() == m_scripts.size()) {
+        ADD_FAILURE_AT(m_where.file_name(), static_cast<int>(m_where.line()))
+            << "one connection more than there are scripts";
+        throw ScriptError("no script for the connection");
+    }
+    m_connections.append(ScriptedTransport::create(m_scripts[m_connections.size()]));
+    return m_connections.last();
+}
+
+void ScriptedServer::expectUsedUp() const
+{
+    if (m_connections.size() < m_scripts.size())
+        ADD_FAILURE_AT(m_where.file_name(), static_cast<int>(m_where.line()))
+            << m_connections.size() << " of " << m_scripts.size() << " scripts were opened";
+    for (const auto& connection : m_connections)
+        connection->expectUsedUp();
+}
+
+} // namespace Larkhaven
