@@ -196,7 +196,9 @@ QJsonObject Account::toJSON() const
 
 size_t qHash(const Account& account, size_t seed)
 {
-    return qHash(account.id, seed);
+    return qHashMulti(seed, account.id, storedText(account.provider), account.email,
+                      account.displayName.value_or(QString()), account.nickname.value_or(QString()),
+                      account.server ? qHash(*account.server, seed) : 0);
 }
 
 } // namespace Larkhaven

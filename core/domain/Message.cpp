@@ -3,6 +3,8 @@
 #include "domain/Coding.h"
 #include "domain/Text.h"
 
+#include <QCoreApplication>
+
 using namespace Qt::StringLiterals;
 
 namespace Larkhaven {
@@ -67,7 +69,9 @@ MessageSummary MessageSummary::fromJSON(const QJsonObject& object)
     const QJsonArray labels = Coding::array(object, "labelIDs"_L1);
     for (const QJsonValue& label : labels) {
         if (!label.isString())
-            throw DecodingError(u"labelIDs"_s);
+            throw DecodingError(
+                QCoreApplication::translate("DecodingError", "The stored value “%1” can't be read.")
+                    .arg("labelIDs"_L1));
         summary.labelIDs.append(label.toString());
     }
     return summary;
@@ -97,12 +101,16 @@ QJsonObject MessageSummary::toJSON() const
 
 size_t qHash(const MessageSummary& summary, size_t seed)
 {
-    return qHashMulti(seed, summary.id, summary.accountID);
+    // No QDateTime in it: hashing one converts it to UTC anew each time.
+    return qHashMulti(seed, summary.id, summary.accountID, summary.from.value_or(EmailAddress()), summary.to,
+                      summary.subject, summary.snippet, summary.date.toMSecsSinceEpoch(), summary.isRead,
+                      summary.isStarred, summary.hasAttachments, summary.size, summary.mailbox,
+                      summary.labelIDs);
 }
 
 size_t qHash(const OutgoingAttachment& attachment, size_t seed)
 {
-    return qHashMulti(seed, attachment.id, attachment.filename, attachment.data);
+    return qHashMulti(seed, attachment.id, attachment.filename, attachment.mimeType, attachment.data);
 }
 
 } // namespace Larkhaven

@@ -2,6 +2,7 @@
 
 #include <QTextBoundaryFinder>
 
+#include <algorithm>
 #include <unicode/ustring.h>
 
 namespace Larkhaven::Text {
@@ -104,20 +105,35 @@ std::optional<QString> fromStrictUTF8(QByteArrayView bytes)
     return fromUTF8(bytes, U_SENTINEL);
 }
 
+namespace {
+
+/// Where the first `count` clusters end, or the text.
+qsizetype clustersEnd(QStringView text, qsizetype count)
+{
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text.data(), text.size());
+    qsizetype end = 0;
+    for (qsizetype seen = 0; seen < count && end < text.size(); ++seen)
+        end = finder.toNextBoundary();
+    return end;
+}
+
+} // namespace
+
 QString prefix(const QString& text, qsizetype count)
 {
+    if (count <= 0)
+        return {};
     // No cluster is shorter than one code unit, so a text this short needs no look at its clusters.
     if (text.size() <= count)
         return text;
-    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
-    qsizetype end = 0;
-    for (qsizetype seen = 0; seen < count; ++seen) {
-        const qsizetype next = finder.toNextBoundary();
-        if (next < 0)
-            return text;
-        end = next;
+    // The finder looks at all of its text at once, so it is given no more than the clusters need, mostly.
+    for (qsizetype window = 4 * count;; window *= 2) {
+        const qsizetype size = std::min(window, text.size());
+        const qsizetype end = clustersEnd(QStringView(text).first(size), count);
+        // The last cluster of a window may go on behind it, and its last unit may be half of a pair.
+        if (end < size - 1 || size == text.size())
+            return text.first(end);
     }
-    return text.first(end);
 }
 
 } // namespace Larkhaven::Text

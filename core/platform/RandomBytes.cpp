@@ -1,5 +1,6 @@
 #include "platform/RandomBytes.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstddef>
 #include <sys/random.h>

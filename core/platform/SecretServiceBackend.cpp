@@ -54,6 +54,10 @@ KeychainStatus statusOf(const GError* error)
 {
     if (g_error_matches(error, SECRET_ERROR, SECRET_ERROR_IS_LOCKED))
         return KeychainStatus::interactionNotAllowed;
+    // A service that is there but gives no answer in time must not be taken for one without the item.
+    if (g_error_matches(error, G_IO_ERROR, G_IO_ERROR_TIMED_OUT) ||
+        g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CANCELLED))
+        return KeychainStatus::failed;
     const bool absent = g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_SERVICE_UNKNOWN) ||
                         g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_NAME_HAS_NO_OWNER) ||
                         g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_SPAWN_EXEC_FAILED) ||

@@ -2,6 +2,8 @@
 
 #include "platform/Wakeup.h"
 
+#include <algorithm>
+
 namespace Larkhaven {
 
 namespace {
@@ -37,7 +39,7 @@ Task<bool> sleepFor(std::chrono::milliseconds duration, std::stop_token stop)
     });
     if (stop.stop_requested())
         co_return false;
-    const Wakeup::Outcome outcome = co_await wakeup.wait(duration);
+    const Wakeup::Outcome outcome = co_await wakeup.wait(std::max(duration, std::chrono::milliseconds(0)));
     co_return outcome == Wakeup::Outcome::timedOut;
 }
 

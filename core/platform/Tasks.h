@@ -11,13 +11,15 @@
 #include <exception>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <stop_token>
 #include <type_traits>
 #include <variant>
 
 namespace Larkhaven {
 
-// NB: GCC 12 destroys a closure that is made within a `co_await` expression twice. A lambda that captures is given a name first:
+// NB: GCC 12 destroys a closure that is made within a `co_await` expression twice. A lambda that captures is
+// given a name first:
 //     const auto work = [bytes] { return parse(bytes); };
 //     co_await runOnWorker(work);
 
@@ -70,7 +72,8 @@ void spawn(Task<> task, FailureGate gate);
 /// The gate for tasks whose failures are dropped on purpose.
 void dropFailure(const std::exception_ptr& failure);
 
-/// Sleeps for `duration`, or until `stop` is requested, whichever comes first; true if the time has passed.
+/// Sleeps for `duration` (at most 24 days), or until `stop` is requested, whichever comes first; true if the
+/// time has passed.
 Task<bool> sleepFor(std::chrono::milliseconds duration, std::stop_token stop);
 
 } // namespace Larkhaven

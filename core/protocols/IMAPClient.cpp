@@ -6,6 +6,7 @@
 
 #include <QCoreApplication>
 
+#include <numeric>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -71,6 +72,17 @@ std::optional<qint64> uidValidityIn(const QString& code)
     return IMAPValue::atom(number.toString()).integer();
 }
 
+/// Adds to the pieces of a response. Small ones are joined at once; large ones where they are parsed, so that
+/// they cost this thread no copy.
+void addPiece(QList<QByteArray>& pieces, const QByteArray& bytes)
+{
+    const bool isLarge = bytes.size() > IMAPClient::workerThreshold;
+    if (isLarge || pieces.isEmpty() || pieces.last().size() > IMAPClient::workerThreshold)
+        pieces.append(bytes);
+    else
+        pieces.last() += bytes;
+}
+
 void readStatus(const QList<IMAPValue>& pairs, IMAPClient::Status& status)
 {
     for (qsizetype index = 0; index + 1 < pairs.size(); index += 2) {
@@ -124,7 +136,8 @@ Task<> IMAPClient::open(ServerSettings settings, MailAuth auth)
 Task<> IMAPClient::readGreeting()
 {
     const QByteArray line = co_await m_reader.readLine();
-    const IMAPResponse greeting = IMAPResponse::parse(line);
+    const QList<QByteArray> pieces(1, line);
+    const IMAPResponse greeting = co_await parsed(pieces);
     if (!greeting.isNamed("OK"_L1) && !greeting.isNamed("PREAUTH"_L1))
         throw MailError::protocolError(tr("The IMAP server refused the connection."));
 }
@@ -241,26 +254,36 @@ Task<QList<IMAPResponse>> IMAPClient::collectResponses(QString tag,
 
 Task<IMAPResponse> IMAPClient::readResponse()
 {
-    // The pieces are joined where they are parsed: a large response costs this thread no copy.
+    CloseOnFailure guard(m_reader.transport());
     QList<QByteArray> pieces;
     qsizetype size = 0;
     for (;;) {
         const QByteArray line = co_await m_reader.readLine();
-        pieces.append(line);
-        pieces.append("\r\n");
+        addPiece(pieces, line);
+        addPiece(pieces, "\r\n");
         size += line.size() + 2;
         const std::optional<qint64> length = IMAPResponse::literalLength(line);
         if (!length)
             break;
         const QByteArray block = co_await m_reader.readBytes(*length);
-        pieces.append(block);
+        addPiece(pieces, block);
         size += block.size();
         if (size > IMAPResponse::sizeLimit)
             throw MailError::protocolError(tr("Server response too large."));
     }
+    IMAPResponse response = co_await parsed(pieces);
+    guard.dismiss();
+    co_return response;
+}
+
+Task<IMAPResponse> IMAPClient::parsed(QList<QByteArray> pieces)
+{
+    const qsizetype size =
+        std::accumulate(pieces.cbegin(), pieces.cend(), qsizetype{0},
+                        [](qsizetype sum, const QByteArray& piece) { return sum + piece.size(); });
     if (size <= workerThreshold)
         co_return IMAPResponse::parse(pieces.join());
-    const auto parse = [parts = std::move(pieces)] { return IMAPResponse::parse(parts.join()); };
+    const auto parse = [pieces] { return IMAPResponse::parse(pieces.join()); };
     IMAPResponse response = co_await runOnWorker(parse);
     co_return response;
 }

@@ -19,8 +19,9 @@ namespace Larkhaven {
 /// in the background.
 ///
 /// Failures: a tagged NO or BAD is `MailError::protocolError` with the server's words; the client remains
-/// usable after it. After any failure of the transport, or of the framing of responses, or inside an
-/// unfinished literal, the connection is of no use: its owner closes it and forgets the client.
+/// usable after it. A failure of the transport or of the framing of responses, or one inside an unfinished
+/// literal, closes the transport: the next operation fails with "The server closed the connection.", and its
+/// owner forgets the client.
 ///
 /// Main thread, one task at a time. Whoever waits for an operation keeps the client alive.
 class IMAPClient {
@@ -65,7 +66,9 @@ public:
     /// continuation request is answered with `continuationData`, each further one with an empty line.
     Task<QList<IMAPResponse>> execute(QList<IMAPArg> args,
                                       std::optional<QByteArray> continuationData = std::nullopt);
-    /// The next whole response, with its literals.
+    /// The next whole response, with its literals. A failure closes the transport: where the next response
+    /// begins isn't known any more, and the rest of this one, a stranger's message perhaps, must not be taken
+    /// for it.
     Task<IMAPResponse> readResponse();
 
     Task<> refreshCapabilities();
@@ -101,6 +104,8 @@ private:
     explicit IMAPClient(std::shared_ptr<MailTransport> transport)
         : m_reader(std::move(transport))
     {}
+
+    static Task<IMAPResponse> parsed(QList<QByteArray> pieces);
 
     Task<> open(ServerSettings settings, MailAuth auth);
     Task<> readGreeting();

@@ -19,6 +19,8 @@ MailError protocolError(const char* text)
     return MailError::protocolError(QCoreApplication::translate("IMAPResponse", text));
 }
 
+constexpr const char* tooLarge = QT_TRANSLATE_NOOP("IMAPResponse", "Server response too large.");
+
 bool isSpace(char byte)
 {
     return byte == ' ' || byte == '\r' || byte == '\n';
@@ -53,27 +55,47 @@ QByteArrayView IMAPValueReader::readToken()
     return m_data.sliced(start, m_position - start);
 }
 
+std::nullopt_t IMAPValueReader::fail(const char* text)
+{
+    m_failure = text;
+    return std::nullopt;
+}
+
 IMAPValue IMAPValueReader::parseValue(int depth)
 {
-    // Nobody reads these texts: the parser drops the failure of a value and goes on behind it. They unwind
-    // the recursion.
+    std::optional<IMAPValue> value = readValue(depth);
+    if (!value)
+        throw protocolError(m_failure);
+    return *std::move(value);
+}
+
+std::optional<IMAPValue> IMAPValueReader::readValue(int depth)
+{
     if (depth > IMAPResponse::depthLimit)
-        throw protocolError("Server response nested too deeply.");
+        return fail(QT_TRANSLATE_NOOP("IMAPResponse", "Server response nested too deeply."));
     if (atEnd())
-        throw protocolError("Unexpected end of response.");
+        return fail(QT_TRANSLATE_NOOP("IMAPResponse", "Unexpected end of response."));
+    std::optional<IMAPValue> value = readValueOfItsKind(depth);
+    if (value && ++m_valueCount > IMAPResponse::totalValueLimit)
+        return fail(tooLarge);
+    return value;
+}
+
+std::optional<IMAPValue> IMAPValueReader::readValueOfItsKind(int depth)
+{
     switch (m_data[m_position]) {
     case '"':
-        return parseQuoted();
+        return readQuoted();
     case '(':
-        return parseList(depth);
+        return readList(depth);
     case '{':
-        return parseLiteral();
+        return readLiteral();
     default:
-        return parseAtom();
+        return readAtom();
     }
 }
 
-IMAPValue IMAPValueReader::parseQuoted()
+std::optional<IMAPValue> IMAPValueReader::readQuoted()
 {
     QByteArray bytes;
     for (++m_position; !atEnd(); ++m_position) {
@@ -86,33 +108,36 @@ IMAPValue IMAPValueReader::parseQuoted()
             byte = m_data[++m_position];
         bytes.append(byte);
     }
-    throw protocolError("Unterminated string.");
+    return fail(QT_TRANSLATE_NOOP("IMAPResponse", "Unterminated string."));
 }
 
-IMAPValue IMAPValueReader::parseList(int depth)
+std::optional<IMAPValue> IMAPValueReader::readList(int depth)
 {
     QList<IMAPValue> values;
     ++m_position;
     for (;;) {
         skipSpace();
         if (atEnd())
-            throw protocolError("Unterminated list.");
+            return fail(QT_TRANSLATE_NOOP("IMAPResponse", "Unterminated list."));
         if (m_data[m_position] == ')') {
             ++m_position;
             return IMAPValue::list(std::move(values));
         }
-        values.append(parseValue(depth + 1));
+        std::optional<IMAPValue> value = readValue(depth + 1);
+        if (!value)
+            return std::nullopt;
+        values.append(*std::move(value));
     }
 }
 
-IMAPValue IMAPValueReader::parseLiteral()
+std::optional<IMAPValue> IMAPValueReader::readLiteral()
 {
     ++m_position;
     qint64 length = 0;
     while (!atEnd() && isDigit(m_data[m_position])) {
         length = length * 10 + (m_data[m_position++] - '0');
         if (length > IMAPResponse::sizeLimit)
-            throw protocolError("Literal too large.");
+            return fail(QT_TRANSLATE_NOOP("IMAPResponse", "Literal too large."));
     }
     const auto skip = [this](char byte) {
         if (!atEnd() && m_data[m_position] == byte)
@@ -120,18 +145,18 @@ IMAPValue IMAPValueReader::parseLiteral()
     };
     skip('+');
     if (atEnd() || m_data[m_position] != '}')
-        throw protocolError("Bad literal.");
+        return fail(QT_TRANSLATE_NOOP("IMAPResponse", "Bad literal."));
     ++m_position;
     skip('\r');
     skip('\n');
     if (m_data.size() - m_position < length)
-        throw protocolError("Truncated literal.");
+        return fail(QT_TRANSLATE_NOOP("IMAPResponse", "Truncated literal."));
     QByteArray bytes = m_data.sliced(m_position, length).toByteArray();
     m_position += length;
     return IMAPValue::string(std::move(bytes));
 }
 
-IMAPValue IMAPValueReader::parseAtom()
+std::optional<IMAPValue> IMAPValueReader::readAtom()
 {
     const qsizetype start = m_position;
     qsizetype brackets = 0;
@@ -145,7 +170,7 @@ IMAPValue IMAPValueReader::parseAtom()
             break;
     }
     if (m_position == start)
-        throw protocolError("Unexpected character in response.");
+        return fail(QT_TRANSLATE_NOOP("IMAPResponse", "Unexpected character in response."));
     IMAPValue atom = IMAPValue::atom(repairedText(m_data.sliced(start, m_position - start)));
     return atom.isKeyword("NIL"_L1) ? IMAPValue::nil() : atom;
 }
@@ -165,13 +190,12 @@ IMAPResponse IMAPResponse::parse(QByteArrayView data)
         response.tag = token;
 
     for (reader.skipSpace(); !reader.atEnd(); reader.skipSpace()) {
-        try {
-            response.values.append(reader.parseValue(0));
-        } catch (const MailError&) {
+        if (std::optional<IMAPValue> value = reader.readValue(0))
+            response.values.append(*std::move(value));
+        else
             reader.setPosition(reader.position() + 1);
-        }
-        if (response.values.size() > valueLimit)
-            throw protocolError("Server response too large.");
+        if (response.values.size() > valueLimit || reader.valueCount() > totalValueLimit)
+            throw protocolError(tooLarge);
     }
     return response;
 }

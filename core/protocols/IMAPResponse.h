@@ -13,12 +13,16 @@ namespace Larkhaven {
 /// One whole response of an IMAP server (RFC 3501, 7).
 ///
 /// The parser forgives what a server says and is strict only about how much it says: a malformed item is
-/// skipped, only the number of values fails a response. Pure; callable from any thread.
+/// skipped, only the number of values fails a response. The cost is linear in the bytes. Pure; callable from
+/// any thread.
 struct IMAPResponse {
     enum class Kind { tagged, untagged, continuation };
 
     /// The most values at the top level of a response.
     static constexpr qsizetype valueLimit = 1'000'000;
+    /// The most values at all levels together, those of dropped lists among them: what bounds the memory of a
+    /// response to some 150 MB above its own size.
+    static constexpr qsizetype totalValueLimit = 2'000'000;
     /// The deepest level of lists that is read; the values at the top level are level 0.
     static constexpr int depthLimit = 63;
     /// The largest literal, and the largest response, tested after each of its literals, in bytes (100 MiB).
@@ -33,7 +37,7 @@ struct IMAPResponse {
     QList<IMAPValue> values;
 
     /// Reads the bytes of a whole response, literals included. Fails with `MailError::protocolError` "Server
-    /// response too large." past `valueLimit`.
+    /// response too large." past `valueLimit` or `totalValueLimit`.
     static IMAPResponse parse(QByteArrayView data);
 
     /// The length of the literal that a line announces with its last bytes, "{123}" or "{123+}"; absent if it
@@ -53,8 +57,8 @@ struct IMAPResponse {
     bool operator==(const IMAPResponse&) const = default;
 };
 
-/// The recursive part of the parser: one value at a time from a cursor. Failures are
-/// `MailError::protocolError`; then the cursor is where the fault was found.
+/// The recursive part of the parser: one value at a time from a cursor. After a failure the cursor is where
+/// the fault was found.
 class IMAPValueReader {
 public:
     explicit IMAPValueReader(QByteArrayView data)
@@ -69,17 +73,27 @@ public:
     void skipSpace();
     /// The bytes up to the next white space.
     QByteArrayView readToken();
-    /// Reads the value at the cursor, which is at the given level of lists.
+    /// Reads the value at the cursor, which is at the given level of lists. Fails with
+    /// `MailError::protocolError`.
     IMAPValue parseValue(int depth);
+    /// The same for those who drop failures, which a hostile response has one of in each byte; absent on
+    /// failure.
+    std::optional<IMAPValue> readValue(int depth);
+    /// How many values were read, at all levels together.
+    qsizetype valueCount() const { return m_valueCount; }
 
 private:
-    IMAPValue parseQuoted();
-    IMAPValue parseList(int depth);
-    IMAPValue parseLiteral();
-    IMAPValue parseAtom();
+    std::optional<IMAPValue> readValueOfItsKind(int depth);
+    std::optional<IMAPValue> readQuoted();
+    std::optional<IMAPValue> readList(int depth);
+    std::optional<IMAPValue> readLiteral();
+    std::optional<IMAPValue> readAtom();
+    std::nullopt_t fail(const char* text);
 
     QByteArrayView m_data;
     qsizetype m_position = 0;
+    qsizetype m_valueCount = 0;
+    const char* m_failure = nullptr; ///< untranslated
 };
 
 } // namespace Larkhaven

@@ -41,8 +41,12 @@ std::optional<QByteArray> IMAPValue::data() const
 
 bool IMAPValue::isKeyword(QLatin1StringView keyword) const
 {
-    const std::optional<QString> word = text();
-    return word && word->size() == keyword.size() && Text::asciiUppered(*word) == keyword;
+    // Nothing is decoded for it: a stranger may put a large literal in the place of a keyword.
+    if (const Atom* atom = std::get_if<Atom>(&m_value))
+        return atom->text.size() == keyword.size() && Text::asciiUppered(atom->text) == keyword;
+    const QByteArray* bytes = std::get_if<QByteArray>(&m_value);
+    return bytes && bytes->size() == keyword.size() &&
+           bytes->compare(QByteArrayView(keyword.data(), keyword.size()), Qt::CaseInsensitive) == 0;
 }
 
 } // namespace Larkhaven

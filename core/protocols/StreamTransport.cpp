@@ -108,20 +108,35 @@ void StreamTransport::failWithSocketError()
     fail(StreamError(code, text));
 }
 
+bool StreamTransport::hasEnded() const
+{
+    // The server may have ended the TLS stream alone, and keep the connection below it.
+    return m_socket->state() == QAbstractSocket::UnconnectedState ||
+           m_socket->error() == QAbstractSocket::RemoteHostClosedError;
+}
+
+bool StreamTransport::hasReadableBytes() const
+{
+    // Once TLS is wanted, nothing that came in the clear is handed out.
+    const bool isTrusted = !m_wantsTLS || m_socket->mode() != QSslSocket::UnencryptedMode;
+    return !m_isDead && isTrusted && m_socket->bytesAvailable() > 0;
+}
+
 void StreamTransport::checkAlive()
 {
     if (m_isDead)
         throw closedConnection();
-    const bool isIdle = m_socket->state() == QAbstractSocket::UnconnectedState;
-    if (isIdle && m_socket->error() != QAbstractSocket::UnknownSocketError)
+    if (!hasEnded())
+        return;
+    if (m_socket->error() != QAbstractSocket::UnknownSocketError)
         failWithSocketError();
-    if (isIdle)
-        fail(closedConnection());
+    fail(closedConnection());
 }
 
-Task<> StreamTransport::waitForEvent()
+Task<> StreamTransport::waitForEvent(QDeadlineTimer deadline)
 {
-    const Wakeup::Outcome outcome = co_await m_wakeup.wait(m_timeout);
+    const auto remaining = std::chrono::ceil<std::chrono::milliseconds>(deadline.remainingTimeAsDuration());
+    const Wakeup::Outcome outcome = co_await m_wakeup.wait(remaining);
     if (outcome == Wakeup::Outcome::timedOut && !m_isDead)
         fail(MailError::protocolError(tr("The server stopped responding.")));
 }
@@ -129,40 +144,55 @@ Task<> StreamTransport::waitForEvent()
 Task<> StreamTransport::send(QByteArray data)
 {
     const auto self = shared_from_this();
-    for (qsizetype written = 0; written < data.size(); written += maximumWrite) {
+    for (qsizetype written = 0; written < data.size(); written += maximumWrite)
+        co_await write(data.sliced(written, std::min(maximumWrite, data.size() - written)));
+}
+
+Task<> StreamTransport::write(QByteArray piece)
+{
+    const QDeadlineTimer deadline(m_timeout);
+    checkAlive();
+    while (!isReady()) {
+        co_await waitForEvent(deadline);
         checkAlive();
-        while (!isReady()) {
-            co_await waitForEvent();
-            checkAlive();
-        }
-        m_socket->write(data.constData() + written, std::min(maximumWrite, data.size() - written));
-        while (!isWritten()) {
-            co_await waitForEvent();
-            checkAlive();
-        }
+    }
+    if (m_socket->write(piece) != piece.size())
+        fail(closedConnection());
+    while (!isWritten()) {
+        co_await waitForEvent(deadline);
+        checkAlive();
     }
 }
 
 Task<QByteArray> StreamTransport::receive()
 {
     const auto self = shared_from_this();
+    const QDeadlineTimer deadline(m_timeout);
     for (;;) {
         // What came before the end of the stream is handed out before its end is told.
-        if (!m_isDead && m_socket->bytesAvailable() > 0)
+        if (hasReadableBytes())
             co_return m_socket->read(maximumRead);
         checkAlive();
-        co_await waitForEvent();
+        co_await waitForEvent(deadline);
     }
 }
 
 Task<> StreamTransport::startTLS()
 {
-    if (!m_isDead && m_socket->bytesAvailable() > 0)
+    const auto self = shared_from_this();
+    const QDeadlineTimer deadline(m_timeout);
+    checkAlive();
+    while (!isReady()) {
+        co_await waitForEvent(deadline);
+        checkAlive();
+    }
+    // What the system has received and the socket has not fetched yet counts as well.
+    m_socket->waitForReadyRead(0);
+    if (hasReadableBytes())
         fail(MailError::protocolError(tr("Unexpected data before TLS.")));
     checkAlive();
     m_wantsTLS = true;
     m_socket->startClientEncryption();
-    co_return;
 }
 
 void StreamTransport::close()

@@ -5,6 +5,7 @@
 #include "protocols/MailTransport.h"
 
 #include <QAbstractSocket>
+#include <QDeadlineTimer>
 #include <QSslError>
 
 #include <chrono>
@@ -40,7 +41,8 @@ public:
     static constexpr qsizetype maximumRead = 0x40000;
     /// `send` writes pieces of at most this many bytes, each with a time-out of its own.
     static constexpr qsizetype maximumWrite = 0x40000;
-    /// For every single read and write; connecting and the handshake count towards the first.
+    /// For every single read and write, however busy the connection is meanwhile; connecting and the
+    /// handshake count towards the first.
     static constexpr std::chrono::seconds defaultTimeout{60};
 
     /// Begins to connect. What goes wrong shows in the first `send` or `receive`.
@@ -63,7 +65,10 @@ private:
     void connectToHost(int port, bool implicitTLS);
     bool isReady() const;
     bool isWritten() const;
-    Task<> waitForEvent();
+    bool hasEnded() const;
+    bool hasReadableBytes() const;
+    Task<> waitForEvent(QDeadlineTimer deadline);
+    Task<> write(QByteArray piece);
     void checkAlive();
     [[noreturn]] void failWithSocketError();
     template <typename Error>

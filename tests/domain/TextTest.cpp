@@ -26,6 +26,24 @@ TEST(Text, CutsBetweenUserPerceivedCharacters)
     EXPECT_EQ(Text::prefix(QStringLiteral("abc"), 0), u"");
 }
 
+TEST(Text, FindsTheEndOfClustersThatAreMuchLongerThanUsual)
+{
+    const QString tower = u'a' + QString(1000, u'\u0301');
+    EXPECT_EQ(Text::prefix(tower + tower + u'b', 1), tower);
+    EXPECT_EQ(Text::prefix(tower + tower + u'b', 2), QString(tower + tower));
+    // The variation selectors of the supplementary planes are two units long and belong to what is before.
+    const QString selected = QStringLiteral("a\U000E0100");
+    EXPECT_EQ(Text::prefix(selected.repeated(9), 3), selected.repeated(3));
+    EXPECT_EQ(Text::prefix(QStringLiteral("abc"), -1), u"");
+}
+
+TEST(Text, CutsAHugeTextWithoutLookingAtAllOfIt)
+{
+    const QString huge(20'000'000, u'x');
+    for (int round = 0; round < 1000; ++round)
+        ASSERT_EQ(Text::prefix(huge, 300).size(), 300);
+}
+
 TEST(Text, RepairsEachMaximalInvalidSequenceOfUTF8WithOneReplacement)
 {
     EXPECT_EQ(Text::fromRepairedUTF8("a\xF0\x9F\x98z"), u"a\uFFFDz");

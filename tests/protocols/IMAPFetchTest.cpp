@@ -1,0 +1,102 @@
+#include "protocols/IMAPFetch.h"
+
+#include "protocols/IMAPResponse.h"
+#include "support/QtPrinters.h"
+
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven {
+namespace {
+
+/// The record of what stands in the parentheses of a FETCH response.
+IMAPFetch fetched(const QByteArray& inside)
+{
+    const IMAPResponse response = IMAPResponse::parse("* 1 FETCH (" + inside + ")\r\n");
+    return IMAPFetch(*response.values.at(2).list());
+}
+
+TEST(IMAPFetch, SortsOutTheItemsThatItKnows)
+{
+    const IMAPFetch fetch = fetched("FLAGS (\\Seen $Label) UID 17 RFC822.SIZE 123 "
+                                    "INTERNALDATE \" 1-Jan-2026 10:00:00 +0100\"");
+    EXPECT_EQ(fetch.uid, 17);
+    EXPECT_EQ(fetch.flags, QList<QString>({u"\\Seen"_s, u"$Label"_s}));
+    EXPECT_TRUE(fetch.hasFlags);
+    EXPECT_EQ(fetch.internalDate, u" 1-Jan-2026 10:00:00 +0100"_s);
+    EXPECT_EQ(fetch.items.size(), 1);
+    EXPECT_EQ(fetch.items.value(u"RFC822.SIZE"_s, IMAPValue::nil()), IMAPValue::atom(u"123"_s));
+    EXPECT_EQ(fetch.body, std::nullopt);
+}
+
+TEST(IMAPFetch, KnowsItemsInAnyCase)
+{
+    const IMAPFetch fetch = fetched("uid 5 flags (\\seen) Body[] {2}\r\nhi");
+    EXPECT_EQ(fetch.uid, 5);
+    EXPECT_EQ(fetch.flags, QList<QString>(1, u"\\seen"_s));
+    EXPECT_EQ(fetch.body, "hi");
+}
+
+TEST(IMAPFetch, IsEmptyForFewerThanTwoValues)
+{
+    for (const QByteArray inside : {"", "UID"}) {
+        const IMAPFetch fetch = fetched(inside);
+        EXPECT_EQ(fetch.uid, std::nullopt);
+        EXPECT_TRUE(fetch.items.isEmpty());
+        EXPECT_FALSE(fetch.hasFlags);
+    }
+}
+
+TEST(IMAPFetch, IgnoresALoneLastValue)
+{
+    const IMAPFetch fetch = fetched("UID 5 FLAGS");
+    EXPECT_EQ(fetch.uid, 5);
+    EXPECT_FALSE(fetch.hasFlags);
+}
+
+TEST(IMAPFetch, TakesFlagsThatAreNoListForNone)
+{
+    EXPECT_TRUE(fetched("FLAGS \\Seen UID 1").flags.isEmpty());
+    EXPECT_EQ(fetched("FLAGS (\\Seen NIL (x) \"\\\\Flagged\")").flags,
+              QList<QString>({u"\\Seen"_s, u"\\Flagged"_s}));
+}
+
+TEST(IMAPFetch, KeepsTheLaterOfTwoItemsOfAName)
+{
+    EXPECT_EQ(fetched("X 1 x 2").items.value(u"X"_s, IMAPValue::nil()), IMAPValue::atom(u"2"_s));
+}
+
+TEST(IMAPFetch, TakesTheBodyThatTheServerSentFirst)
+{
+    const IMAPFetch fetch = fetched("BODY[2] {3}\r\ntwo BODY[1] {3}\r\none BODY[2] {5}\r\nagain");
+    EXPECT_EQ(fetch.body, "two");
+    EXPECT_EQ(fetch.items.size(), 2);
+}
+
+TEST(IMAPFetch, HasNoBodyWhereTheFirstOneIsNothing)
+{
+    EXPECT_EQ(fetched("BODY[1] NIL BODY[2] x").body, std::nullopt);
+    EXPECT_EQ(fetched("BODY (x) BODYSTRUCTURE (y)").body, std::nullopt);
+}
+
+TEST(IMAPFetch, TakesABodyInQuotes)
+{
+    EXPECT_EQ(fetched("BODY[] \"a \\\" b\"").body, "a \" b");
+}
+
+TEST(IMAPFetch, HasNoUIDWhereItIsNoNumber)
+{
+    EXPECT_EQ(fetched("UID x").uid, std::nullopt);
+    EXPECT_EQ(fetched("UID 99999999999999999999").uid, std::nullopt);
+}
+
+TEST(IMAPFetch, TakesAListInThePlaceOfANameForAnEmptyName)
+{
+    const IMAPFetch fetch = fetched("(a b) 1 UID 7");
+    EXPECT_EQ(fetch.uid, 7);
+    EXPECT_TRUE(fetch.items.contains(u""_s));
+}
+
+} // namespace
+} // namespace Larkhaven
