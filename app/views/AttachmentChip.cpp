@@ -38,6 +38,7 @@ AttachmentChip::AttachmentChip(const QString& filename, const QString& mimeType,
     setAttribute(Qt::WA_Hover);
     setCursor(Qt::PointingHandCursor);
     setFocusPolicy(Qt::TabFocus);
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     connect(&Style::shared(), &Style::changed, this, [this] { updateGeometry(); });
 }
 
@@ -46,19 +47,23 @@ int AttachmentChip::iconSize() const
     return Style::shared().scaled(static_cast<double>(Style::smallIcon) / Style::standardTextSize);
 }
 
-int AttachmentChip::nameWidth() const
+int AttachmentChip::widthWithoutName() const
 {
-    const Style& style = Style::shared();
-    return std::min(QFontMetrics(style.font(Style::Type::body)).horizontalAdvance(m_filename) + 2,
-                    style.scaled(20));
+    const QFontMetrics caption(Style::shared().font(Style::Type::caption));
+    return Style::smallPadding + iconSize() + 6 + 6 + caption.horizontalAdvance(m_size) + Style::padding;
 }
 
 QSize AttachmentChip::sizeHint() const
 {
     const Style& style = Style::shared();
-    const int sizeWidth = QFontMetrics(style.font(Style::Type::caption)).horizontalAdvance(m_size);
-    const int width = Style::smallPadding + iconSize() + 6 + nameWidth() + 6 + sizeWidth + Style::padding;
-    return {width, style.scaled(2.2)};
+    const int nameWidth = QFontMetrics(style.font(Style::Type::body)).horizontalAdvance(m_filename) + 2;
+    return {widthWithoutName() + std::min(nameWidth, style.scaled(20)), style.scaled(2.2)};
+}
+
+QSize AttachmentChip::minimumSizeHint() const
+{
+    const QSize hint = sizeHint();
+    return {std::min(hint.width(), widthWithoutName() + Style::shared().scaled(3)), hint.height()};
 }
 
 void AttachmentChip::paintEvent(QPaintEvent*)
@@ -76,7 +81,7 @@ void AttachmentChip::paintEvent(QPaintEvent*)
     left += iconSize() + 6;
     painter.setFont(style.font(Style::Type::body));
     painter.setPen(colors.text);
-    const QRect name(left, 0, nameWidth(), height());
+    const QRect name(left, 0, width() - widthWithoutName(), height());
     painter.drawText(name, Qt::AlignVCenter | Qt::TextSingleLine,
                      painter.fontMetrics().elidedText(m_filename, Qt::ElideMiddle, name.width()));
     left += name.width() + 6;

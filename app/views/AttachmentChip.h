@@ -14,14 +14,14 @@ public:
     AttachmentChip(const QString& filename, const QString& mimeType, qint64 size, QWidget* parent = nullptr);
 
     QSize sizeHint() const override;
-    QSize minimumSizeHint() const override { return sizeHint(); }
+    QSize minimumSizeHint() const override;
 
 protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
     int iconSize() const;
-    int nameWidth() const;
+    int widthWithoutName() const;
 
     QString m_filename;
     QString m_size;

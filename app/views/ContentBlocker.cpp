@@ -9,6 +9,8 @@
 #include <QJsonObject>
 #include <QSet>
 
+#include <map>
+
 using namespace Qt::StringLiterals;
 
 namespace Larkhaven::ContentBlocker {
@@ -36,6 +38,16 @@ QByteArray source(Mode mode)
 {"trigger":{"url-filter":".*"},"action":{"type":"block-cookies"}}])";
 }
 
+namespace {
+
+bool hasOnly(const QJsonObject& object, const QSet<QString>& keys)
+{
+    const QStringList present = object.keys();
+    return keys.contains(QSet<QString>(present.cbegin(), present.cend()));
+}
+
+} // namespace
+
 std::optional<RuleList::Rule> RuleList::compileRule(const QJsonValue& value)
 {
     const QJsonObject trigger = value["trigger"_L1].toObject();
@@ -43,8 +55,9 @@ std::optional<RuleList::Rule> RuleList::compileRule(const QJsonValue& value)
     static const QHash<QString, Action> actions{{u"block"_s, Action::block},
                                                 {u"block-cookies"_s, Action::blockCookies},
                                                 {u"ignore-previous-rules"_s, Action::ignorePreviousRules}};
-    const QSet<QString> knownKeys{u"url-filter"_s, u"resource-type"_s};
-    const QStringList keys = trigger.keys();
+    const bool hasOnlyKnownKeys = hasOnly(value.toObject(), {u"trigger"_s, u"action"_s}) &&
+                                  hasOnly(trigger, {u"url-filter"_s, u"resource-type"_s}) &&
+                                  hasOnly(value["action"_L1].toObject(), {u"type"_s});
     const QJsonValue types = trigger["resource-type"_L1];
     const bool isForImagesOnly = types == QJsonArray{u"image"_s};
     Rule rule;
@@ -56,7 +69,7 @@ std::optional<RuleList::Rule> RuleList::compileRule(const QJsonValue& value)
     // A rule that is understood by half would be a hole in the wall.
     const bool isUnderstood = trigger["url-filter"_L1].isString() && rule.urlFilter.isValid() &&
                               actions.contains(type) && (types.isUndefined() || isForImagesOnly) &&
-                              QSet<QString>(keys.cbegin(), keys.cend()).subtract(knownKeys).isEmpty();
+                              hasOnlyKnownKeys;
     return isUnderstood ? std::optional(rule) : std::nullopt;
 }
 
@@ -98,16 +111,17 @@ Verdict RuleList::verdict(const QUrl& url, Resource resource) const
 
 const RuleList& ruleList(Mode mode)
 {
-    static QHash<Mode, RuleList> compiled;
+    // Filters keep hold of a list: it never moves.
+    static std::map<Mode, RuleList> compiled;
     auto known = compiled.find(mode);
     if (known == compiled.end()) {
         const std::optional<RuleList> list = RuleList::compile(source(mode));
         if (!list)
             throw MailError::unsupported(
                 QCoreApplication::translate("ContentBlocker", "Content blocker failed to compile"));
-        known = compiled.insert(mode, *list);
+        known = compiled.emplace(mode, *list).first;
     }
-    return *known;
+    return known->second;
 }
 
 } // namespace Larkhaven::ContentBlocker

@@ -3,12 +3,14 @@
 #include "views/MailToolbar.h"
 #include "views/MessageTable.h"
 #include "views/MessageTableView.h"
+#include "views/PlainAlert.h"
 #include "views/SearchField.h"
 #include "views/SidebarView.h"
 #include "views/Style.h"
 #include "views/WelcomeView.h"
 
 #include <QMessageBox>
+#include <QQuickWidget>
 #include <QShortcut>
 #include <QSplitter>
 #include <QStackedWidget>
@@ -50,6 +52,9 @@ ContentView::ContentView(AppModel& model, ReaderView::Desktop desktop, QWidget* 
     m_root->addWidget(m_welcome);
     m_root->addWidget(m_mail);
     setCentralWidget(m_root);
+    // The message view draws by the graphics card. A window that learns of such a child only when the first
+    // message opens is taken off the screen and made anew, and loses its place and the keyboard.
+    (new QQuickWidget(this))->hide();
 
     connect(m_toolbar, &MailToolbar::sidebarToggled, this,
             [this] { m_sidebar->setVisible(m_sidebar->isHidden()); });
@@ -60,8 +65,6 @@ ContentView::ContentView(AppModel& model, ReaderView::Desktop desktop, QWidget* 
     connect(&model, &AppModel::pathChanged, this, &ContentView::followPath);
     connect(&model, &AppModel::sidebarSelectionChanged, this, &ContentView::updateTitle);
     connect(&model, &AppModel::errorMessageChanged, this, &ContentView::followError);
-    connect(&Style::shared(), &Style::changed, this, &ContentView::applyStyle);
-    applyStyle();
     followAccounts();
     followPath();
 }
@@ -86,13 +89,6 @@ void ContentView::showEvent(QShowEvent* event)
     // The first message opens faster when the engine is up by then.
     constexpr int idleTime = 400;
     QTimer::singleShot(idleTime, this, [this] { reader(); });
-}
-
-void ContentView::applyStyle()
-{
-    QPalette own = palette();
-    own.setColor(QPalette::Window, Style::shared().colors().window);
-    setPalette(own);
 }
 
 void ContentView::followAccounts()
@@ -137,15 +133,15 @@ void ContentView::followError()
         return;
     }
     if (!m_alert) {
-        m_alert = new QMessageBox(QMessageBox::Warning, tr("Something went wrong"), QString(),
-                                  QMessageBox::Ok, this);
+        m_alert = makePlainAlert(tr("Something went wrong"), *message, QMessageBox::Ok, this);
         m_alert->setObjectName("errorAlert"_L1);
-        m_alert->setAttribute(Qt::WA_DeleteOnClose);
-        // Servers have a say in these texts.
-        m_alert->setTextFormat(Qt::PlainText);
-        connect(m_alert, &QMessageBox::finished, &m_model, &AppModel::clearErrorMessage);
+        connect(m_alert, &QMessageBox::finished, this, [this] {
+            // It is on its way out: the next failure gets an alert of its own.
+            m_alert.clear();
+            m_model.clearErrorMessage();
+        });
     }
-    m_alert->setText(*message);
+    setPlainText(*m_alert, *message);
     m_alert->open();
 }
 

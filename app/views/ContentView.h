@@ -41,7 +41,6 @@ private:
     void followPath();
     void followError();
     void updateTitle();
-    void applyStyle();
 
     AppModel& m_model;
     ReaderView::Desktop m_desktop;

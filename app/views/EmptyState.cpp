@@ -6,7 +6,7 @@ namespace Larkhaven {
 
 void EmptyState::paint(QPainter& painter, const QRect& place, const EmptyState& state)
 {
-    constexpr int symbolSize = 48;
+    constexpr int symbolSize = Style::emptyStateIcon;
     constexpr int textFlags = Qt::AlignHCenter | Qt::AlignTop | Qt::TextWordWrap;
     const Style& style = Style::shared();
     const QFont titleFont = style.font(Style::Type::subhead);

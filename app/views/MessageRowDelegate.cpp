@@ -82,9 +82,10 @@ void MessageRowDelegate::paintSymbol(QPainter& painter, const QRect& rect, const
     };
     if (column == MessageColumn::unread && !row.isRead)
         draw(Symbol::circleFill, style.scaled(0.75), colors.accent);
-    else if (column == MessageColumn::star && row.isStarred)
-        draw(Symbol::starFill, style.scaled(1.2), colors.star);
-    else if (column == MessageColumn::attachments && row.hasAttachments)
+    else if (column == MessageColumn::star && row.isStarred) {
+        draw(Symbol::starFill, style.scaled(1.2), colors.starEdge);
+        draw(Symbol::starFill, style.scaled(1.2) - 2, colors.star);
+    } else if (column == MessageColumn::attachments && row.hasAttachments)
         draw(Symbol::paperclip, style.scaled(1.2), colors.secondary);
 }
 

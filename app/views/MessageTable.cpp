@@ -1,6 +1,5 @@
 #include "views/MessageTable.h"
 
-#include "views/EmptyState.h"
 #include "views/Style.h"
 
 #include <QKeyEvent>
@@ -61,7 +60,11 @@ MessageTable::MessageTable(AppModel& model, QWidget* parent)
     connect(&model, &AppModel::isLoadingChanged, this, followLoading);
     connect(&model, &AppModel::selectionChanged, this, &MessageTable::takeSelection);
     connect(&model, &AppModel::searchTextChanged, viewport(), qOverload<>(&QWidget::update));
-    connect(m_rows, &SortedMessages::modelReset, this, &MessageTable::takeSelection);
+    connect(m_rows, &SortedMessages::modelAboutToBeReset, this, &MessageTable::keepPlace);
+    connect(m_rows, &SortedMessages::modelReset, this, [this] {
+        takeSelection();
+        returnToPlace();
+    });
     connect(m_rows, &SortedMessages::layoutChanged, this, &MessageTable::takeSelection);
     connect(&model.defaults(), &UserDefaults::changed, viewport(), qOverload<>(&QWidget::update));
     connect(m_header, &MessageHeader::columnsChanged, this, &MessageTable::layOutColumns);
@@ -84,6 +87,9 @@ void MessageTable::applyMetrics()
 void MessageTable::layOutColumns()
 {
     const Style& style = Style::shared();
+    const int shortestDate = QFontMetrics(style.font(Style::Type::body)).horizontalAdvance(u"00/00/00"_s) +
+                             2 * Style::smallPadding;
+    const int leastText = style.scaled(3.2);
     // Told for the standard text size; a fixed column is as wide as its image and the space around it.
     const auto ideal = [&](MessageColumn column) {
         constexpr double standard = Style::standardTextSize;
@@ -91,11 +97,11 @@ void MessageTable::layOutColumns()
         case MessageColumn::unread:
         case MessageColumn::star:
         case MessageColumn::attachments:
-            return style.scaled(2);
+            return style.scaled(1.9);
         case MessageColumn::from:
             return std::min(style.scaled(300 / standard), viewport()->width() / 4);
         case MessageColumn::date:
-            return std::min(style.scaled(140 / standard), viewport()->width() / 5);
+            return std::min(style.scaled(140 / standard), std::max(viewport()->width() / 5, shortestDate));
         case MessageColumn::mailbox:
             return std::min(style.scaled(220 / standard), viewport()->width() / 5);
         case MessageColumn::size:
@@ -116,7 +122,13 @@ void MessageTable::layOutColumns()
         if (width > 0)
             m_header->resizeSection(section, width);
     }
-    m_header->resizeSection(static_cast<int>(MessageColumn::subject), std::max(left, style.scaled(6)));
+    constexpr int from = static_cast<int>(MessageColumn::from);
+    if (const int missing = style.scaled(6) - left; missing > 0 && !m_header->isSectionHidden(from)) {
+        const int given = std::clamp(m_header->sectionSize(from) - leastText, 0, missing);
+        m_header->resizeSection(from, m_header->sectionSize(from) - given);
+        left += given;
+    }
+    m_header->resizeSection(static_cast<int>(MessageColumn::subject), std::max(left, leastText));
     m_delegate->setFirstVisibleColumn(std::max(first, 0));
 }
 
@@ -156,6 +168,36 @@ void MessageTable::selectionChanged(const QItemSelection& selected, const QItemS
     viewport()->update();
 }
 
+// --- The place in the list
+
+void MessageTable::keepPlace()
+{
+    m_visibleIDs.clear();
+    if (verticalScrollBar()->value() == 0)
+        return;
+    const int first = rowAt(0);
+    m_placeOffset = first < 0 ? 0 : rowViewportPosition(first);
+    for (int row = first; row >= 0 && row < m_rows->rowCount(); ++row)
+        m_visibleIDs.append(m_rows->row(row).id);
+}
+
+void MessageTable::returnToPlace()
+{
+    // New mail moves nothing under the reader's eyes; another page begins at its top.
+    executeDelayedItemsLayout();
+    const int height = verticalHeader()->defaultSectionSize();
+    int distance = 0;
+    for (const QString& id : std::as_const(m_visibleIDs)) {
+        const int row = m_rows->indexOf(id);
+        if (row >= 0) {
+            verticalScrollBar()->setValue(row * height - m_placeOffset - distance);
+            return;
+        }
+        distance += height;
+    }
+    scrollToTop();
+}
+
 // --- Opening and hovering
 
 void MessageTable::openRow(const QModelIndex& index)
@@ -167,7 +209,8 @@ void MessageTable::openRow(const QModelIndex& index)
 void MessageTable::keyPressEvent(QKeyEvent* event)
 {
     if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
-        openRow(currentIndex());
+        if (selectionModel()->isSelected(currentIndex()))
+            openRow(currentIndex());
         return;
     }
     QTableView::keyPressEvent(event);
@@ -211,8 +254,8 @@ void MessageTable::paintEvent(QPaintEvent* event)
     QPainter painter(viewport());
     if (m_rows->rowCount() == 0 && m_model.isLoading())
         paintSkeleton(painter);
-    else if (m_rows->rowCount() == 0)
-        paintEmptyState(painter);
+    else if (const std::optional<EmptyState> state = emptyState())
+        EmptyState::paint(painter, viewport()->rect(), *state);
     if (m_model.isLoading())
         paintLoadingLine(painter);
 }
@@ -248,17 +291,15 @@ void MessageTable::paintSkeleton(QPainter& painter) const
     }
 }
 
-void MessageTable::paintEmptyState(QPainter& painter) const
+std::optional<EmptyState> MessageTable::emptyState() const
 {
-    if (!m_model.sidebarSelection())
-        return;
+    if (m_rows->rowCount() > 0 || m_model.isLoading() || !m_model.sidebarSelection())
+        return std::nullopt;
     const QString search = m_model.searchText().trimmed();
     if (search.isEmpty())
-        EmptyState::paint(painter, viewport()->rect(), {Symbol::tray, tr("No Messages"), {}});
-    else
-        EmptyState::paint(painter, viewport()->rect(),
-                          {Symbol::magnifier, tr("No Results for “%1”").arg(search),
-                           tr("Check the spelling or try a new search.")});
+        return EmptyState{Symbol::tray, tr("No Messages"), {}};
+    return EmptyState{Symbol::magnifier, tr("No Results for “%1”").arg(search),
+                      tr("Check the spelling or try a new search.")};
 }
 
 } // namespace Larkhaven

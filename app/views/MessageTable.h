@@ -1,12 +1,15 @@
 #pragma once
 
 #include "model/AppModel.h"
+#include "views/EmptyState.h"
 #include "views/MessageHeader.h"
 #include "views/MessageRowDelegate.h"
 #include "views/MessageTableModel.h"
 
 #include <QTableView>
 #include <QTimer>
+
+#include <optional>
 
 namespace Larkhaven {
 
@@ -19,6 +22,8 @@ public:
     explicit MessageTable(AppModel& model, QWidget* parent = nullptr);
 
     const SortedMessages& rows() const { return *m_rows; }
+    /// What stands in place of rows; absent with rows, while a page loads, and without a mailbox.
+    std::optional<EmptyState> emptyState() const;
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -33,11 +38,12 @@ private:
     void applyMetrics();
     void layOutColumns();
     void takeSelection();
+    void keepPlace();
+    void returnToPlace();
     void hover(int row);
     void openRow(const QModelIndex& index);
     void paintLoadingLine(QPainter& painter) const;
     void paintSkeleton(QPainter& painter) const;
-    void paintEmptyState(QPainter& painter) const;
 
     AppModel& m_model;
     SortedMessages* m_rows;
@@ -46,6 +52,8 @@ private:
     QTimer m_animation;
     int m_animationStep = 0;
     bool m_isTakingSelection = false;
+    QStringList m_visibleIDs; ///< of the rows from the first visible one on, before a change; none at the top
+    int m_placeOffset = 0;    ///< where the first of them began in the viewport
 };
 
 } // namespace Larkhaven

@@ -17,12 +17,15 @@ ReaderBanner::ReaderBanner(QWidget* parent)
     , m_remote(new QLabel(tr("This message contains remote content.")))
     , m_trackers(new QLabel)
     , m_load(new QPushButton(tr("Load Remote Content")))
+    , m_layout(new QBoxLayout(QBoxLayout::LeftToRight, this))
 {
     setObjectName("readerBanner"_L1);
     m_remote->setObjectName("bannerRemote"_L1);
     m_trackers->setObjectName("bannerTrackers"_L1);
     m_load->setObjectName("bannerLoad"_L1);
     m_load->setAutoDefault(false);
+    m_remote->setWordWrap(true);
+    m_trackers->setWordWrap(true);
     m_trackers->setToolTip(tr("Tracking pixels are never loaded, even when remote content is loaded."));
     connect(m_load, &QPushButton::clicked, this, &ReaderBanner::loadRequested);
 
@@ -30,12 +33,14 @@ ReaderBanner::ReaderBanner(QWidget* parent)
     texts->setSpacing(2);
     texts->addWidget(m_remote);
     texts->addWidget(m_trackers);
-    auto* const layout = new QHBoxLayout(this);
-    layout->setContentsMargins(Style::padding, Style::smallPadding, Style::padding, Style::smallPadding);
-    layout->setSpacing(Style::padding);
-    layout->addWidget(m_shield);
-    layout->addLayout(texts, 1);
-    layout->addWidget(m_load);
+    auto* const told = new QHBoxLayout;
+    told->setSpacing(Style::padding);
+    told->addWidget(m_shield);
+    told->addLayout(texts, 1);
+    m_layout->setContentsMargins(Style::padding, Style::smallPadding, Style::padding, Style::smallPadding);
+    m_layout->setSpacing(Style::padding);
+    m_layout->addLayout(told, 1);
+    m_layout->addWidget(m_load);
     connect(&Style::shared(), &Style::changed, this, &ReaderBanner::applyStyle);
     applyStyle();
     setState(false, 0);
@@ -68,6 +73,19 @@ void ReaderBanner::applyStyle()
                           "QPushButton:hover { background: %1; color: %2; }"_s.arg(
                               colors.warningText.name(), colors.warningBackground.name()));
     update();
+}
+
+QSize ReaderBanner::minimumSizeHint() const
+{
+    return {m_load->minimumSizeHint().width() + 2 * Style::padding, QFrame::minimumSizeHint().height()};
+}
+
+void ReaderBanner::resizeEvent(QResizeEvent* event)
+{
+    QFrame::resizeEvent(event);
+    // The button goes below the texts where they would have too little room beside it.
+    const bool isNarrow = width() < 2 * m_load->sizeHint().width();
+    m_layout->setDirection(isNarrow ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
 }
 
 void ReaderBanner::paintEvent(QPaintEvent*)

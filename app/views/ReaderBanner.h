@@ -2,6 +2,7 @@
 
 #include <QFrame>
 
+class QBoxLayout;
 class QLabel;
 class QPushButton;
 
@@ -17,11 +18,14 @@ public:
 
     void setState(bool offersRemoteContent, int trackers);
 
+    QSize minimumSizeHint() const override;
+
 Q_SIGNALS:
     void loadRequested();
 
 protected:
     void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
     void applyStyle();
@@ -30,6 +34,7 @@ private:
     QLabel* m_remote;
     QLabel* m_trackers;
     QPushButton* m_load;
+    QBoxLayout* m_layout;
 };
 
 } // namespace Larkhaven

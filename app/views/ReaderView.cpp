@@ -7,6 +7,7 @@
 #include "views/AttachmentsRow.h"
 #include "views/EmptyStateView.h"
 #include "views/MessageHeaderBlock.h"
+#include "views/PlainAlert.h"
 #include "views/ReaderBanner.h"
 #include "views/SecureMessageView.h"
 #include "views/Style.h"
@@ -20,6 +21,7 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QSaveFile>
+#include <QScrollArea>
 #include <QStackedLayout>
 #include <QStandardPaths>
 #include <QVBoxLayout>
@@ -82,6 +84,7 @@ ReaderView::ReaderView(AppModel& model, Desktop desktop, QWidget* parent)
     , m_states(new QStackedLayout(this))
     , m_progress(new QWidget)
     , m_error(new EmptyStateView)
+    , m_scroll(new QScrollArea)
     , m_content(new QWidget)
     , m_headers(new MessageHeaderBlock)
     , m_banner(new ReaderBanner)
@@ -116,7 +119,16 @@ ReaderView::ReaderView(AppModel& model, Desktop desktop, QWidget* parent)
     contentLayout->addWidget(m_attachments);
     m_states->addWidget(m_progress);
     m_states->addWidget(m_error);
-    m_states->addWidget(m_content);
+    // Where headers and attachments leave no room for the message, the whole of it scrolls.
+    m_scroll->setFrameShape(QFrame::NoFrame);
+    m_scroll->setWidgetResizable(true);
+    m_scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_scroll->setFocusPolicy(Qt::NoFocus);
+    m_scroll->setWidget(m_content);
+    m_scroll->viewport()->setAutoFillBackground(false);
+    m_content->setAutoFillBackground(false);
+    m_card->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Ignored);
+    m_states->addWidget(m_scroll);
 
     connect(m_headers, &MessageHeaderBlock::backRequested, this, [this] { m_model.setPath({}); });
     connect(m_banner, &ReaderBanner::loadRequested, this, [this] { setShowRemote(true); });
@@ -141,6 +153,7 @@ void ReaderView::applyStyle()
     setPalette(own);
     setAutoFillBackground(true);
     m_message->setZoom(static_cast<double>(Style::shared().textSize()) / Style::standardTextSize);
+    m_card->setMinimumHeight(Style::shared().scaled(12));
     m_card->update();
 }
 
@@ -251,7 +264,7 @@ void ReaderView::update()
     m_headers->setHeaders(m_parsed->headers, summary ? std::optional(summary->date) : std::nullopt);
     m_banner->setState(m_rendered->blockedRemoteImages > 0 && !m_showRemote, m_rendered->trackers);
     m_attachments->setAttachments(m_parsed->listedAttachments());
-    m_states->setCurrentWidget(m_content);
+    m_states->setCurrentWidget(m_scroll);
     m_message->display(*m_rendered, m_showRemote,
                        static_cast<double>(Style::shared().textSize()) / Style::standardTextSize);
 }
@@ -289,15 +302,10 @@ QString ReaderView::destination(const LinkRecord& link) const
 void ReaderView::confirmLink(const LinkRecord& link, const QStringList& warnings)
 {
     m_pendingLink = link;
-    auto* const alert = new QMessageBox(QMessageBox::Warning, tr("This link may be deceptive"),
-                                        tr("This link may be deceptive"), QMessageBox::Cancel, this);
+    QMessageBox* const alert =
+        makePlainAlert(tr("This link may be deceptive"), warnings.join(u'\n') + u"\n\n"_s + destination(link),
+                       QMessageBox::Cancel, this);
     alert->setObjectName("linkAlert"_L1);
-    alert->setAttribute(Qt::WA_DeleteOnClose);
-    alert->setTextFormat(Qt::PlainText);
-    alert->setInformativeText(warnings.join(u'\n') + u"\n\n"_s + destination(link));
-    // A stranger chose these texts: nothing in them is formatting.
-    if (auto* const details = alert->findChild<QLabel*>("qt_msgbox_informativelabel"_L1))
-        details->setTextFormat(Qt::PlainText);
     QPushButton* const open = alert->addButton(tr("Open Anyway"), QMessageBox::AcceptRole);
     alert->setDefaultButton(QMessageBox::Cancel);
     connect(alert, &QMessageBox::finished, this, [this, alert, open] {
@@ -349,9 +357,8 @@ void ReaderView::keyPressEvent(QKeyEvent* event)
 bool ReaderView::eventFilter(QObject* watched, QEvent* event)
 {
     if (event->type() == QEvent::ChildAdded) {
-        // The engine's own widget, which gets the keys.
-        if (QWidget* const proxy = m_message->webView().focusProxy())
-            proxy->installEventFilter(this);
+        // The engine's own widget, which gets the keys; each document has another.
+        static_cast<QChildEvent*>(event)->child()->installEventFilter(this);
     }
     if (event->type() == QEvent::KeyPress && handleKey(static_cast<QKeyEvent*>(event)))
         return true;

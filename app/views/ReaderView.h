@@ -11,6 +11,7 @@
 #include <functional>
 #include <optional>
 
+class QScrollArea;
 class QStackedLayout;
 
 namespace Larkhaven {
@@ -90,6 +91,7 @@ private:
     QStackedLayout* m_states;
     QWidget* m_progress;
     EmptyStateView* m_error;
+    QScrollArea* m_scroll;
     QWidget* m_content;
     MessageHeaderBlock* m_headers;
     ReaderBanner* m_banner;

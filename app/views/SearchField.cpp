@@ -15,6 +15,7 @@ SearchField::SearchField(AppModel& model, QWidget* parent)
     , m_clear(addAction(QIcon(), TrailingPosition))
 {
     setObjectName("searchField"_L1);
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     setPlaceholderText(tr("Search"));
     setAccessibleName(tr("Search"));
     m_clear->setToolTip(tr("Clear"));
@@ -43,12 +44,24 @@ void SearchField::takeText()
         m_model.start(m_model.applySearch());
 }
 
+int SearchField::idealWidth()
+{
+    return Style::shared().scaled(260.0 / Style::standardTextSize);
+}
+
+QSize SearchField::sizeHint() const
+{
+    return {idealWidth(), QLineEdit::sizeHint().height()};
+}
+
 void SearchField::applyStyle()
 {
     const Style& style = Style::shared();
     m_magnifier->setIcon(style.icon(Symbol::magnifier, style.colors().secondary));
     m_clear->setIcon(style.icon(Symbol::clear, style.colors().secondary));
-    setFixedWidth(style.scaled(260.0 / Style::standardTextSize));
+    setMinimumWidth(style.scaled(8));
+    setMaximumWidth(idealWidth());
+    updateGeometry();
     setFixedHeight(style.scaled(2.3));
 }
 

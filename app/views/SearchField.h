@@ -14,7 +14,10 @@ class SearchField : public QLineEdit {
 public:
     explicit SearchField(AppModel& model, QWidget* parent = nullptr);
 
+    QSize sizeHint() const override;
+
 private:
+    static int idealWidth();
     void applyStyle();
     void takeText();
 

@@ -57,6 +57,17 @@ ContentBlocker::Resource resourceOf(QWebEngineUrlRequestInfo::ResourceType type)
 /// from being hidden.
 constexpr const char* blockedImagesStyle = "<style>img[data-lh-blocked]{display:none!important}</style>";
 
+/// Before all of a document: no name is looked up for a link that might be clicked. The first word counts, so
+/// that nothing in the document can allow it.
+constexpr const char* noPrefetch =
+    "<!DOCTYPE html><meta http-equiv=\"x-dns-prefetch-control\" content=\"off\">";
+
+/// The document between what it can't take back.
+QByteArray framed(const QString& document)
+{
+    return noPrefetch + document.toUtf8() + blockedImagesStyle;
+}
+
 /// A page whose remote images take their time is shown before they are there.
 constexpr std::chrono::milliseconds longestCover{600};
 
@@ -176,14 +187,13 @@ void SecureMessageView::registerScheme()
     QWebEngineUrlScheme document(documentScheme);
     document.setSyntax(QWebEngineUrlScheme::Syntax::Path);
     QWebEngineUrlScheme::registerScheme(document);
-    // Known to the engine, a link to it never reaches the desktop's handlers of foreign schemes.
-    QWebEngineUrlScheme link(QByteArray(HTMLSanitizer::linkScheme.data(), HTMLSanitizer::linkScheme.size()));
-    link.setSyntax(QWebEngineUrlScheme::Syntax::Path);
-    QWebEngineUrlScheme::registerScheme(link);
+    // NB: the scheme of links stays unknown to the engine. It refuses a page the way to a scheme that it
+    // knows and that isn't safe for the web, by an empty page in place of the message, before it asks us.
 }
 
-SecureMessageView::SecureMessageView(QWidget* parent)
+SecureMessageView::SecureMessageView(QWidget* parent, RuleLists ruleLists)
     : QWidget(parent)
+    , m_ruleLists(std::move(ruleLists))
     , m_server(std::make_unique<DocumentServer>())
     , m_filter(std::make_unique<RequestFilter>())
     , m_view(new QWebEngineView)
@@ -196,6 +206,7 @@ SecureMessageView::SecureMessageView(QWidget* parent)
     m_view->setContextMenuPolicy(Qt::NoContextMenu);
     m_view->setAcceptDrops(false);
     m_refusal->setAlignment(Qt::AlignCenter);
+    m_refusal->setWordWrap(true);
     // The page stays visible to its engine, which would else stop drawing; what stands on top is what the
     // user sees.
     m_layout->setStackingMode(QStackedLayout::StackAll);
@@ -244,7 +255,9 @@ void SecureMessageView::makeProfile()
         m_profile->settings()->setAttribute(feature, false);
     m_profile->settings()->setAttribute(QWebEngineSettings::PlaybackRequiresUserGesture, true);
     m_profile->settings()->setAttribute(QWebEngineSettings::WebRTCPublicInterfacesOnly, true);
-    m_profile->settings()->setUnknownUrlSchemePolicy(QWebEngineSettings::DisallowUnknownUrlSchemes);
+    // With this the engine asks the page about the scheme of our links, too. The page says no to all.
+    m_profile->settings()->setUnknownUrlSchemePolicy(
+        QWebEngineSettings::AllowUnknownUrlSchemesFromUserInteraction);
 }
 
 void SecureMessageView::makePage()
@@ -266,6 +279,11 @@ void SecureMessageView::makePage()
     connect(page, &QWebEnginePage::authenticationRequired, page,
             [](const QUrl&, QAuthenticator* authenticator) { *authenticator = QAuthenticator(); });
     connect(page, &QWebEnginePage::renderProcessTerminated, this, &SecureMessageView::showRefusal);
+    // The engine puts an empty page in the place of some that it refuses by itself.
+    connect(page, &QWebEnginePage::urlChanged, this, [this](const QUrl& url) {
+        if (!url.isEmpty() && url != documentURL())
+            showRefusal();
+    });
     m_view->setPage(page);
     m_page.reset(page);
 }
@@ -286,7 +304,7 @@ void SecureMessageView::display(const SanitizedHTML& content, bool allowRemoteIm
 void SecureMessageView::load(const QString& document, ContentBlocker::Mode mode)
 {
     try {
-        m_filter->setRules(&ContentBlocker::ruleList(mode));
+        m_filter->setRules(&m_ruleLists(mode));
     } catch (const MailError&) {
         showRefusal();
         return;
@@ -296,7 +314,7 @@ void SecureMessageView::load(const QString& document, ContentBlocker::Mode mode)
     // A page for each document: nothing of the one before is left, not even its process.
     makePage();
     ++m_loadCount;
-    m_server->setDocument(document.toUtf8() + blockedImagesStyle);
+    m_server->setDocument(framed(document));
     m_page->allowNextLoad();
     m_page->load(documentURL());
 }

@@ -7,6 +7,7 @@
 #include <QTimer>
 #include <QWidget>
 
+#include <functional>
 #include <memory>
 
 class QLabel;
@@ -30,7 +31,10 @@ public:
     /// Makes the private scheme known under which the engine asks for the document.
     static void registerScheme();
 
-    explicit SecureMessageView(QWidget* parent = nullptr);
+    /// Gives the rule list of a mode, or fails with `MailError`.
+    using RuleLists = std::function<const ContentBlocker::RuleList&(ContentBlocker::Mode)>;
+
+    explicit SecureMessageView(QWidget* parent = nullptr, RuleLists ruleLists = ContentBlocker::ruleList);
     ~SecureMessageView() override;
 
     /// Shows the message. The same document under the same setting is not loaded again; links and zoom are in
@@ -67,6 +71,7 @@ private:
     void followLink(const QUrl& url);
     void showRefusal();
 
+    RuleLists m_ruleLists;
     // The profile outlives the page, which uses it to its end.
     std::unique_ptr<DocumentServer> m_server;
     std::unique_ptr<RequestFilter> m_filter;

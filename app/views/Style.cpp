@@ -45,6 +45,7 @@ Style::Colors lightColors()
     colors.warningText = 0x6B4A00;
     colors.danger = 0xC42B3C;
     colors.star = 0xD99A00;
+    colors.starEdge = 0xA06D00;
     return derived(colors);
 }
 
@@ -61,6 +62,7 @@ Style::Colors darkColors()
     colors.warningText = 0xFFD98A;
     colors.danger = 0xFF8089;
     colors.star = 0xFFC94D;
+    colors.starEdge = colors.star;
     return derived(colors);
 }
 
@@ -175,7 +177,13 @@ QPixmap Style::pixmap(Symbol symbol, int size, const QColor& color, double pixel
             painter.setPen(Qt::NoPen);
             painter.drawEllipse(QRectF(0, 0, pixels, pixels).marginsRemoved(QMarginsF(1, 1, 1, 1)));
         } else {
-            QIcon::fromTheme(themeName(symbol)).paint(&painter, pixmap.rect());
+            // Of the theme's drawings for several sizes always the same one, as those of one size fit
+            // together.
+            const int drawn = size >= emptyStateIcon ? 22 : smallIcon;
+            const double ratio = std::clamp(std::ceil(static_cast<double>(pixels) / drawn), 1.0, 3.0);
+            const QPixmap shape = QIcon::fromTheme(themeName(symbol)).pixmap({drawn, drawn}, ratio);
+            painter.setRenderHint(QPainter::SmoothPixmapTransform);
+            painter.drawPixmap(pixmap.rect(), shape, shape.rect());
             // Only the shape counts: the colour is ours.
             painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
             painter.fillRect(pixmap.rect(), color);
@@ -312,6 +320,8 @@ QString Style::styleSheet() const
         QScrollBar::add-line, QScrollBar::sub-line { width: 0; height: 0; }
         QScrollBar::add-page, QScrollBar::sub-page { background: transparent; }
         QSplitter::handle { background: @hairline; }
+        QDialogButtonBox { dialogbuttonbox-buttons-have-icons: 0; }
+        QMessageBox #qt_msgbox_label { font-weight: 600; }
         QMenuBar { background: @window; color: @text; }
         QMenuBar::item { background: transparent; padding: 4px 8px; border-radius: 4px; }
         QMenuBar::item:selected { background: @hover; }

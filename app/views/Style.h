@@ -64,6 +64,7 @@ public:
         QColor warningText;
         QColor danger;
         QColor star;
+        QColor starEdge; ///< keeps the star visible on light grounds
     };
 
     enum class Type { caption, body, subhead, title };
@@ -78,6 +79,7 @@ public:
     static constexpr int cardRadius = 10;
     static constexpr int smallIcon = 16;
     static constexpr int largeIcon = 20;
+    static constexpr int emptyStateIcon = 48;
 
     static constexpr std::array textSizes{10, 11, 12, 13, 14, 15, 16, 18, 20, 22, 24, 28};
     static constexpr int standardTextSize = 13;

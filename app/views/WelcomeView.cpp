@@ -37,7 +37,9 @@ void WelcomeView::applyStyle()
     const Style& style = Style::shared();
     m_title->setFont(style.font(Style::Type::title));
     m_text->setFont(style.font(Style::Type::body));
-    m_text->setFixedWidth(style.scaled(32));
+    // A layout with space to spare on both sides doesn't ask how high a wrapped text is.
+    const int width = style.scaled(32);
+    m_text->setFixedSize(width, m_text->heightForWidth(width));
     QPalette palette = m_text->palette();
     palette.setColor(QPalette::WindowText, style.colors().secondary);
     m_text->setPalette(palette);

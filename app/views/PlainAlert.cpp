@@ -1,0 +1,31 @@
+#include "views/PlainAlert.h"
+
+#include "views/Style.h"
+
+#include <QLabel>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven {
+
+QMessageBox* makePlainAlert(const QString& title, const QString& text, QMessageBox::StandardButton button,
+                            QWidget* parent)
+{
+    auto* const alert = new QMessageBox(QMessageBox::Warning, title, title, button, parent);
+    alert->setAttribute(Qt::WA_DeleteOnClose);
+    alert->setTextFormat(Qt::PlainText);
+    const Style& style = Style::shared();
+    alert->setIconPixmap(style.pixmap(Symbol::warning, style.scaled(2.5), style.colors().danger,
+                                      parent ? parent->devicePixelRatioF() : 1));
+    setPlainText(*alert, text);
+    return alert;
+}
+
+void setPlainText(QMessageBox& alert, const QString& text)
+{
+    alert.setInformativeText(text);
+    if (auto* const label = alert.findChild<QLabel*>("qt_msgbox_informativelabel"_L1))
+        label->setTextFormat(Qt::PlainText);
+}
+
+} // namespace Larkhaven

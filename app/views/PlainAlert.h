@@ -1,0 +1,15 @@
+#pragma once
+
+#include <QMessageBox>
+
+namespace Larkhaven {
+
+/// An alert whose text may hold words of strangers: nothing in it is formatting. It goes when it is closed;
+/// the caller adds what it needs and opens it.
+QMessageBox* makePlainAlert(const QString& title, const QString& text, QMessageBox::StandardButton button,
+                            QWidget* parent);
+
+/// Replaces the text of such an alert.
+void setPlainText(QMessageBox& alert, const QString& text);
+
+} // namespace Larkhaven

@@ -1,0 +1,528 @@
+#include "views/ReaderView.h"
+
+#include "UITestSupport.h"
+#include "domain/MailError.h"
+#include "safety/LinkCleaner.h"
+#include "support/QtPrinters.h"
+#include "views/AddressLabel.h"
+#include "views/AttachmentChip.h"
+#include "views/EmptyStateView.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QFile>
+#include <QLabel>
+#include <QMenu>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QTest>
+#include <QWebEngineView>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven {
+namespace {
+
+const QString remoteImage =
+    u"<p>Hello</p><img src=\"https://img.example/a.png\" width=\"200\" height=\"100\">"_s;
+const QString tracker = u"<img src=\"https://track.example/open.gif\" width=\"1\" height=\"1\">"_s;
+
+class ReaderViewTest : public testing::Test {
+protected:
+    void open(const QByteArray& raw, const QList<Account>& accounts = {ModelFixture::imapAccount()})
+    {
+        mail = std::make_unique<MailWindow>(accounts);
+        mail->fill(ModelFixture::rows(mail->fixture.account(), 3));
+        mail->fixture.provider().setRaw(u"1"_s, raw);
+        change();
+        mail->open();
+        mail->read(u"1"_s);
+    }
+
+    virtual void change() {}
+
+    ReaderView& reader() { return mail->window->reader(); }
+    SecureMessageView& message() { return *mail->window->findChild<SecureMessageView*>(); }
+    QMessageBox* alert() { return mail->window->findChild<QMessageBox*>(u"linkAlert"_s); }
+    QLabel& label(const char* name) { return mail->child<QLabel>(name); }
+    void set(QLatin1StringView key, const QVariant& value) { mail->fixture.defaults().set(key, value); }
+    QStringList openedURLs() const
+    {
+        QStringList texts;
+        for (const QUrl& url : mail->openedURLs)
+            texts.append(url.toString(QUrl::FullyEncoded));
+        return texts;
+    }
+    QString alertText() { return alert() ? alert()->informativeText() : QString(); }
+
+    std::unique_ptr<MailWindow> mail;
+};
+
+// --- What is shown
+
+TEST_F(ReaderViewTest, ShowsTheHeadersOfAMessage)
+{
+    open("From: Ada Lovelace <ada@example.com>, Bob <bob@example.com>\r\n"
+         "To: Mia <mia@example.org>\r\nCc: carl@example.org\r\nSubject: =?utf-8?q?Gr=C3=BC=C3=9Fe?=\r\n"
+         "Date: Fri, 15 Mar 2024 11:00:00 +0000\r\n\r\nHello");
+    EXPECT_EQ(label("readerSubject").text(), u"Grüße");
+    EXPECT_EQ(label("readerFrom").text(), u"Ada Lovelace, Bob");
+    EXPECT_EQ(label("readerTo").text(), u"Mia");
+    EXPECT_EQ(label("readerCc").text(), u"carl");
+    EXPECT_EQ(label("readerDate").text(), u"Friday, March 15, 2024 at 12:00 PM");
+    EXPECT_EQ(mail->window->windowTitle(), u"Grüße");
+    EXPECT_TRUE(label("readerFrom").textInteractionFlags().testFlag(Qt::TextSelectableByMouse));
+    takeScreenshot(*mail->window, u"reader-headers"_s);
+}
+
+TEST_F(ReaderViewTest, SaysWhatIsMissingInTheHeaders)
+{
+    open("X-Nothing: 1\r\n\r\nHello");
+    EXPECT_EQ(label("readerSubject").text(), u"(no subject)");
+    EXPECT_EQ(label("readerFrom").text(), u"Unknown");
+    EXPECT_EQ(label("readerTo").text(), u"Undisclosed recipients");
+    EXPECT_FALSE(label("readerCc").isVisible());
+    EXPECT_EQ(mail->window->windowTitle(), u"(no subject)");
+}
+
+TEST_F(ReaderViewTest, TakesTheDateOfTheRowWhereTheHeaderHasNone)
+{
+    open("Subject: x\r\nDate: soon\r\n\r\nHello");
+    EXPECT_EQ(label("readerDate").text(), u"Friday, March 15, 2024 at 11:59 AM");
+}
+
+TEST_F(ReaderViewTest, ShowsHeadersAsPlainText)
+{
+    open("From: =?utf-8?q?=3Cb=3EAda=3C/b=3E?= <ada@example.com>\r\nSubject: <h1>Big</h1>\r\n\r\nHello");
+    EXPECT_EQ(label("readerSubject").textFormat(), Qt::PlainText);
+    EXPECT_EQ(label("readerSubject").text(), u"<h1>Big</h1>");
+    EXPECT_EQ(label("readerFrom").textFormat(), Qt::PlainText);
+    EXPECT_FALSE(label("readerFrom").toolTip().contains(u"<b>"));
+}
+
+TEST_F(ReaderViewTest, ShowsAddressesInTheTooltipAndCopiesThem)
+{
+    open("From: Ada <ada@example.com>\r\nTo: Mia <mia@example.org>, carl@example.org\r\n\r\nHello");
+    QLabel& to = label("readerTo");
+    EXPECT_EQ(to.text(), u"Mia, carl");
+    EXPECT_EQ(to.toolTip(), u"Mia &lt;mia@example.org&gt;, carl@example.org");
+    QTest::keySequence(&to, QKeySequence::Copy);
+    EXPECT_EQ(QApplication::clipboard()->text(), u"Mia <mia@example.org>, carl@example.org");
+    QApplication::clipboard()->clear();
+    QTimer::singleShot(0, [] {
+        auto* const menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+        ASSERT_TRUE(menu);
+        ASSERT_EQ(menu->actions().size(), 1);
+        EXPECT_EQ(menu->actions().first()->text(), u"Copy");
+        menu->actions().first()->trigger();
+        menu->close();
+    });
+    QContextMenuEvent event(QContextMenuEvent::Mouse, QPoint(4, 4), to.mapToGlobal(QPoint(4, 4)));
+    QApplication::sendEvent(&to, &event);
+    EXPECT_EQ(QApplication::clipboard()->text(), u"Mia <mia@example.org>, carl@example.org");
+}
+
+TEST_F(ReaderViewTest, ShowsAnEmptyPageWithItsAttachmentsWhereAMessageHasNoBody)
+{
+    open("Subject: x\r\nMIME-Version: 1.0\r\nContent-Type: multipart/mixed; boundary=b\r\n\r\n"
+         "--b\r\nContent-Type: application/pdf\r\nContent-Disposition: attachment; "
+         "filename=a.pdf\r\n\r\nPDF\r\n"
+         "--b--\r\n");
+    EXPECT_EQ(pageText(message()).trimmed(), u"");
+    const auto chips = mail->window->findChildren<AttachmentChip*>();
+    ASSERT_EQ(chips.size(), 1);
+    EXPECT_TRUE(chips.first()->isVisible());
+    EXPECT_EQ(chips.first()->text(), u"a.pdf (3 bytes)");
+    takeScreenshot(*mail->window, u"reader-attachment-only"_s);
+}
+
+TEST_F(ReaderViewTest, ShowsPlainTextWithoutHTML)
+{
+    open("Subject: x\r\n\r\n<b>not bold</b>");
+    EXPECT_EQ(pageText(message()).trimmed(), u"<b>not bold</b>");
+    EXPECT_FALSE(mail->child<QWidget>("readerBanner").isVisible());
+    EXPECT_FALSE(mail->child<QWidget>("attachmentsRow").isVisible());
+}
+
+TEST_F(ReaderViewTest, LeavesTheParsedMessageInTheModel)
+{
+    open("Subject: x\r\n\r\nHello");
+    ASSERT_TRUE(mail->model().openParsed());
+    EXPECT_EQ(mail->model().openParsed()->headers.subject(), u"x");
+}
+
+// --- Loading
+
+TEST_F(ReaderViewTest, ShowsAProgressIndicatorWithTheSubjectOfTheRowWhileItLoads)
+{
+    open("Subject: x\r\n\r\nHello");
+    mail->model().setPath({});
+    mail->fixture.provider().hold(u"fetchRaw"_s);
+    mail->model().open(*mail->model().message(u"2"_s));
+    EXPECT_EQ(mail->window->windowTitle(), u"Subject 2");
+    EXPECT_FALSE(label("readerSubject").isVisible());
+}
+
+TEST_F(ReaderViewTest, SaysWhyAMessageCouldNotBeLoaded)
+{
+    mail = std::make_unique<MailWindow>();
+    mail->fill(ModelFixture::rows(mail->fixture.account(), 1));
+    mail->open();
+    mail->fixture.provider().failNext(u"fetchRaw"_s, MailError::protocolError(u"It broke."_s));
+    mail->read(u"1"_s);
+    const auto* const empty = reader().findChild<EmptyStateView*>();
+    ASSERT_TRUE(empty && empty->isVisible());
+    EXPECT_EQ(empty->state().title, u"Couldn't Load Message");
+    EXPECT_EQ(empty->state().explanation,
+              localizedText(std::make_exception_ptr(MailError::protocolError(u"It broke."_s))));
+    EXPECT_TRUE(mail->model().errorMessage());
+    mail->model().clearErrorMessage();
+    takeScreenshot(*mail->window, u"reader-load-error"_s);
+}
+
+TEST_F(ReaderViewTest, SaysThatAMessageIsNoLongerAvailable)
+{
+    open("Subject: x\r\n\r\nHello");
+    mail->model().setPath({u"gone"_s});
+    EXPECT_EQ(reader().loadError(), u"This message is no longer available.");
+}
+
+TEST_F(ReaderViewTest, ShowsNoLateAnswerForTheMessageBefore)
+{
+    open("Subject: x\r\n\r\nHello");
+    FakeMailProvider& provider = mail->fixture.provider();
+    provider.setRaw(u"2"_s, "Subject: two\r\n\r\nTwo");
+    provider.setRaw(u"3"_s, "Subject: three\r\n\r\nThree");
+    provider.hold(u"fetchRaw"_s);
+    mail->model().open(*mail->model().message(u"2"_s));
+    mail->model().open(*mail->model().message(u"3"_s));
+    ASSERT_EQ(provider.pending(), (QStringList{u"fetchRaw 2"_s, u"fetchRaw 3"_s}));
+    provider.complete(1);
+    ASSERT_TRUE(waitUntil([this] { return reader().title() == u"three" && reader().rendered(); }));
+    provider.complete(0);
+    settle();
+    EXPECT_EQ(label("readerSubject").text(), u"three");
+    EXPECT_TRUE(waitUntil([this] { return pageText(message()).trimmed() == u"Three"; }));
+}
+
+TEST_F(ReaderViewTest, ZoomsByTheTextSize)
+{
+    open("Subject: x\r\n\r\nHello");
+    EXPECT_EQ(message().webView().zoomFactor(), 1.0);
+    Style::shared().setTextSize(28);
+    EXPECT_NEAR(message().webView().zoomFactor(), 28.0 / 13, 1e-6);
+    Style::shared().setTextSize(13);
+    EXPECT_EQ(message().webView().zoomFactor(), 1.0);
+    EXPECT_EQ(message().loadCount(), 1);
+}
+
+// --- Remote content
+
+TEST_F(ReaderViewTest, OffersToLoadRemoteContent)
+{
+    open(htmlMessage(remoteImage + tracker));
+    EXPECT_TRUE(label("bannerRemote").isVisible());
+    EXPECT_EQ(label("bannerRemote").text(), u"This message contains remote content.");
+    EXPECT_EQ(label("bannerTrackers").text(), u"1 tracking image blocked");
+    EXPECT_EQ(label("bannerTrackers").toolTip(),
+              u"Tracking pixels are never loaded, even when remote content is loaded.");
+    EXPECT_EQ(mail->child<QPushButton>("bannerLoad").text(), u"Load Remote Content");
+    takeScreenshot(*mail->window, u"reader-banner"_s);
+}
+
+TEST_F(ReaderViewTest, ShowsImagesAndKeepsTheTrackerCountAfterLoadingRemoteContent)
+{
+    open(htmlMessage(remoteImage + tracker + tracker));
+    EXPECT_FALSE(reader().rendered()->document.contains(u"https://img.example/a.png\""));
+    QTest::mouseClick(&mail->child<QPushButton>("bannerLoad"), Qt::LeftButton);
+    ASSERT_TRUE(waitUntil([this] { return message().loadCount() == 2; }));
+    EXPECT_TRUE(reader().showsRemote());
+    EXPECT_TRUE(reader().rendered()->document.contains(u"https://img.example/a.png"));
+    EXPECT_FALSE(reader().rendered()->document.contains(u"track.example"));
+    EXPECT_EQ(reader().rendered()->trackers, 2);
+    EXPECT_FALSE(label("bannerRemote").isVisible());
+    EXPECT_FALSE(mail->child<QPushButton>("bannerLoad").isVisible());
+    EXPECT_TRUE(label("bannerTrackers").isVisible());
+    EXPECT_EQ(label("bannerTrackers").text(), u"2 tracking images blocked");
+}
+
+class ReaderViewWithRemoteContentTest : public ReaderViewTest {
+protected:
+    void change() override { set(DefaultsKey::loadRemoteContent, true); }
+};
+
+TEST_F(ReaderViewWithRemoteContentTest, ShowsNoBannerForRemoteContentButStillTheTrackers)
+{
+    open(htmlMessage(remoteImage + tracker));
+    EXPECT_TRUE(reader().showsRemote());
+    EXPECT_FALSE(label("bannerRemote").isVisible());
+    EXPECT_TRUE(label("bannerTrackers").isVisible());
+    EXPECT_EQ(message().loadCount(), 1);
+}
+
+TEST_F(ReaderViewTest, AsksAgainForTheNextMessage)
+{
+    open(htmlMessage(remoteImage));
+    QTest::mouseClick(&mail->child<QPushButton>("bannerLoad"), Qt::LeftButton);
+    ASSERT_TRUE(waitUntil([this] { return message().loadCount() == 2; }));
+    mail->model().setPath({});
+    mail->read(u"1"_s);
+    EXPECT_FALSE(reader().showsRemote());
+    EXPECT_TRUE(label("bannerRemote").isVisible());
+}
+
+TEST_F(ReaderViewTest, ShowsImagesThatCameWithTheMessage)
+{
+    open("Subject: x\r\nMIME-Version: 1.0\r\nContent-Type: multipart/related; boundary=b\r\n\r\n"
+         "--b\r\nContent-Type: text/html\r\n\r\n<img src=\"cid:one\">\r\n"
+         "--b\r\nContent-Type: image/png\r\nContent-ID: <one>\r\nContent-Disposition: inline\r\n"
+         "Content-Transfer-Encoding: base64\r\n\r\niVBORw0KGgo=\r\n--b--\r\n");
+    EXPECT_TRUE(reader().rendered()->document.contains(u"data:image/png;base64,"));
+    EXPECT_FALSE(mail->child<QWidget>("attachmentsRow").isVisible());
+}
+
+// --- Attachments
+
+TEST_F(ReaderViewTest, SavesAnAttachmentWhereTheUserSays)
+{
+    open(
+        "Subject: x\r\nMIME-Version: 1.0\r\nContent-Type: multipart/mixed; boundary=b\r\n\r\n"
+        "--b\r\n\r\nHello\r\n"
+        "--b\r\nContent-Type: text/csv\r\nContent-Disposition: attachment; filename=\"R&D table.csv\"\r\n\r\n"
+        "a,b\r\n--b\r\nContent-Type: image/png\r\nContent-Disposition: attachment; "
+        "filename=two.png\r\n\r\nx\r\n"
+        "--b--\r\n");
+    const auto chips = mail->window->findChildren<AttachmentChip*>();
+    ASSERT_EQ(chips.size(), 2);
+    EXPECT_EQ(chips[0]->accessibleName(), u"R&D table.csv (3 bytes)");
+    EXPECT_EQ(chips[0]->toolTip(), u"Save R&amp;D table.csv");
+    const QTemporaryDir folder;
+    mail->savePath = folder.filePath(u"saved.csv"_s);
+    QTest::mouseClick(chips[0], Qt::LeftButton);
+    EXPECT_EQ(mail->suggestedNames, QStringList(u"R&D table.csv"_s));
+    QFile saved(mail->savePath);
+    ASSERT_TRUE(saved.open(QIODevice::ReadOnly));
+    EXPECT_EQ(saved.readAll(), "a,b");
+    takeScreenshot(*mail->window, u"reader-attachments"_s);
+}
+
+TEST_F(ReaderViewTest, SavesNothingWhenTheUserGivesUpOrTheFolderIsNotThere)
+{
+    open(
+        "Subject: x\r\nContent-Type: text/csv\r\nContent-Disposition: attachment; filename=a.csv\r\n\r\na,b");
+    const auto chips = mail->window->findChildren<AttachmentChip*>();
+    ASSERT_EQ(chips.size(), 1);
+    QTest::mouseClick(chips[0], Qt::LeftButton);
+    const QTemporaryDir folder;
+    mail->savePath = folder.filePath(u"none/saved.csv"_s);
+    QTest::mouseClick(chips[0], Qt::LeftButton);
+    EXPECT_EQ(mail->suggestedNames.size(), 2);
+    EXPECT_FALSE(QFile::exists(mail->savePath));
+    EXPECT_FALSE(mail->model().errorMessage());
+}
+
+// --- Links
+
+TEST_F(ReaderViewTest, OpensALinkOfThePageInTheBrowserWithoutItsTracking)
+{
+    open(htmlMessage(u"<a href=\"https://shop.example/?id=1&utm_source=mail\" "
+                     "style=\"display:block;font-size:40px;line-height:60px\">Shop</a>"_s));
+    ASSERT_TRUE(waitUntilDrawn(message()));
+    QTest::mouseClick(&inputWidget(message()), Qt::LeftButton, {}, QPoint(60, 40));
+    ASSERT_TRUE(waitUntil([this] { return !mail->openedURLs.isEmpty(); }));
+    EXPECT_EQ(openedURLs(), QStringList(u"https://shop.example/?id=1"_s));
+}
+
+TEST_F(ReaderViewTest, OpensALinkAsItIsWhereTrackingIsKept)
+{
+    open("Subject: x\r\n\r\nHello");
+    set(DefaultsKey::stripTrackingParams, false);
+    reader().followLink(link(u"https://shop.example/?utm_source=mail"_s, u"Shop"_s));
+    EXPECT_EQ(openedURLs(), QStringList(u"https://shop.example/?utm_source=mail"_s));
+}
+
+TEST_F(ReaderViewTest, OpensADeceptiveLinkDirectlyWhereWarningsAreOff)
+{
+    open("Subject: x\r\n\r\nHello");
+    set(DefaultsKey::warnSuspiciousLinks, false);
+    const LinkRecord deceptive = link(u"https://evil.example/?utm_source=mail"_s, u"bank.example"_s);
+    reader().followLink(deceptive);
+    set(DefaultsKey::stripTrackingParams, false);
+    reader().followLink(deceptive);
+    EXPECT_FALSE(alert());
+    EXPECT_EQ(openedURLs(),
+              (QStringList{u"https://evil.example/"_s, u"https://evil.example/?utm_source=mail"_s}));
+}
+
+TEST_F(ReaderViewTest, OpensAnUnencryptedLinkWithoutTheAlert)
+{
+    open("Subject: x\r\n\r\nHello");
+    reader().followLink(link(u"http://bank.example/"_s, u"bank.example"_s));
+    EXPECT_FALSE(alert());
+    EXPECT_EQ(openedURLs(), QStringList(u"http://bank.example/"_s));
+}
+
+TEST_F(ReaderViewTest, WarnsOfANumberInPlaceOfANameWithTwoLines)
+{
+    open("Subject: x\r\n\r\nHello");
+    reader().followLink(link(u"http://10.0.0.1/"_s, u"click"_s));
+    ASSERT_TRUE(alert());
+    EXPECT_EQ(mail->openedURLs.size(), 0);
+    const QStringList lines = alertText().split(u'\n');
+    ASSERT_EQ(lines.size(), 4);
+    EXPECT_EQ(lines[0], LinkCleaner::Warning::insecure().message());
+    EXPECT_EQ(lines[1], LinkCleaner::Warning::ipAddress(u"10.0.0.1"_s).message());
+    EXPECT_EQ(lines[2], u"");
+    EXPECT_EQ(lines[3], u"http://10.0.0.1/");
+    ASSERT_TRUE(waitUntil([this] { return alert()->isVisible(); }));
+    takeScreenshot(*mail->window, u"reader-link-alert"_s);
+}
+
+TEST_F(ReaderViewTest, OpensADeceptiveLinkOnlyOnDemand)
+{
+    open("Subject: x\r\n\r\nHello");
+    reader().followLink(link(u"https://evil.example/?a=1&utm_source=mail"_s, u"https://bank.example/"_s));
+    ASSERT_TRUE(alert());
+    EXPECT_EQ(alert()->text(), u"This link may be deceptive");
+    EXPECT_TRUE(alertText().endsWith(u"\n\nhttps://evil.example/?a=1"));
+    QTest::mouseClick(alert()->button(QMessageBox::Cancel), Qt::LeftButton);
+    ASSERT_TRUE(waitUntil([this] { return !alert(); }));
+    EXPECT_EQ(mail->openedURLs.size(), 0);
+
+    reader().followLink(link(u"https://evil.example/?a=1&utm_source=mail"_s, u"https://bank.example/"_s));
+    QAbstractButton* openAnyway = nullptr;
+    const auto buttons = alert()->buttons();
+    for (QAbstractButton* const button : buttons) {
+        if (button->text() == u"Open Anyway")
+            openAnyway = button;
+    }
+    ASSERT_TRUE(openAnyway);
+    QTest::mouseClick(openAnyway, Qt::LeftButton);
+    ASSERT_TRUE(waitUntil([this] { return !alert(); }));
+    EXPECT_EQ(openedURLs(), QStringList(u"https://evil.example/?a=1"_s));
+}
+
+TEST_F(ReaderViewTest, CancelsTheAlertWithReturnAndEscape)
+{
+    open("Subject: x\r\n\r\nHello");
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Escape}) {
+        reader().followLink(link(u"http://10.0.0.1/"_s));
+        ASSERT_TRUE(waitUntil([this] { return alert() && alert()->isActiveWindow(); }));
+        QTest::keyClick(alert(), key);
+        ASSERT_TRUE(waitUntil([this] { return !alert(); }));
+    }
+    EXPECT_EQ(mail->openedURLs.size(), 0);
+    EXPECT_FALSE(mail->model().path().isEmpty());
+}
+
+TEST_F(ReaderViewTest, ShowsTheWordsOfAStrangerAsPlainTextInTheAlert)
+{
+    open("Subject: x\r\n\r\nHello");
+    reader().followLink(link(u"https://evil.example/%3Cb%3E?<img/src=x>"_s, u"<h1>bank.example</h1>"_s));
+    reader().followLink(link(u"http://10.0.0.1/<b>bold</b>"_s, u"bank.example"_s));
+    ASSERT_TRUE(alert());
+    const auto labels = alert()->findChildren<QLabel*>();
+    int texts = 0;
+    for (const QLabel* const shown : labels) {
+        if (shown->text().isEmpty())
+            continue;
+        ++texts;
+        EXPECT_EQ(shown->textFormat(), Qt::PlainText) << shown->objectName().toStdString();
+    }
+    EXPECT_EQ(texts, 2);
+}
+
+TEST_F(ReaderViewTest, KeepsTheAlertOfALongLinkOnTheScreen)
+{
+    open("Subject: x\r\n\r\nHello");
+    reader().followLink(link(u"http://10.0.0.1/"_s + QString(4000, u'a')));
+    ASSERT_TRUE(waitUntil([this] { return alert() && alert()->isVisible(); }));
+    ASSERT_TRUE(waitUntilDrawn(*alert()));
+    EXPECT_LE(alert()->width(), alert()->screen()->availableSize().width());
+    EXPECT_LE(alert()->height(), alert()->screen()->availableSize().height());
+    EXPECT_TRUE(alert()->button(QMessageBox::Cancel)->isVisible());
+    const QRect onScreen = alert()->screen()->availableGeometry();
+    QAbstractButton& cancel = *alert()->button(QMessageBox::Cancel);
+    EXPECT_TRUE(onScreen.contains(cancel.mapToGlobal(cancel.rect().center())));
+    takeScreenshot(*mail->window, u"reader-link-alert-long"_s);
+}
+
+TEST_F(ReaderViewTest, WritesToTheAddressOfAMailLink)
+{
+    open("Subject: x\r\n\r\nHello");
+    const auto composedTo = [this](const QString& url) {
+        reader().followLink(link(url));
+        const std::optional<QUuid> id = mail->model().pendingCompose();
+        const auto draft = id ? mail->model().takeComposeSeed(*id) : std::nullopt;
+        mail->model().clearPendingCompose();
+        return draft ? draft->to : u"none"_s;
+    };
+    EXPECT_EQ(composedTo(u"mailto:a@x?subject=y"_s), u"a@x");
+    EXPECT_EQ(composedTo(u"MAILTO:a%2Bb@x"_s), u"a+b@x");
+    EXPECT_EQ(composedTo(u"mailto:%FF@x"_s), u"%FF@x");
+    EXPECT_EQ(mail->openedURLs.size(), 0);
+}
+
+TEST_F(ReaderViewTest, IgnoresLinksWithOtherSchemes)
+{
+    open("Subject: x\r\n\r\nHello");
+    for (const QString& url : {u"ftp://a.example/"_s, u"file:///etc/passwd"_s, u"tel:+123"_s,
+                               u"javascript:alert(1)"_s, u"smb://a.example/"_s}) {
+        if (const auto parsed = MailURL::parse(url))
+            reader().followLink({*parsed, u"x"_s});
+    }
+    EXPECT_FALSE(alert());
+    EXPECT_EQ(mail->openedURLs.size(), 0);
+    reader().followLink(link(u"HTTPS://a.example/"_s));
+    EXPECT_EQ(mail->openedURLs.size(), 1);
+}
+
+// --- Keys
+
+TEST_F(ReaderViewTest, GoesBackToTheListWithEscapeFromTheMessage)
+{
+    open("Subject: x\r\n\r\nHello");
+    for (const bool hasShortcuts : {true, false}) {
+        set(DefaultsKey::gmailShortcuts, hasShortcuts);
+        mail->model().open(*mail->model().message(u"1"_s));
+        ASSERT_TRUE(waitUntil([this] { return reader().rendered().has_value(); }));
+        inputWidget(message()).setFocus();
+        QTest::keyClick(&inputWidget(message()), Qt::Key_Escape);
+        EXPECT_TRUE(mail->model().path().isEmpty());
+        EXPECT_TRUE(mail->table().isVisible());
+    }
+}
+
+TEST_F(ReaderViewTest, GoesBackToTheListWithU)
+{
+    open("Subject: x\r\n\r\nHello");
+    QTest::keyClick(&inputWidget(message()), Qt::Key_U, Qt::ControlModifier);
+    EXPECT_FALSE(mail->model().path().isEmpty());
+    QTest::keyClick(&inputWidget(message()), 'u');
+    EXPECT_TRUE(mail->model().path().isEmpty());
+    mail->read(u"1"_s);
+    QTest::keyClick(&reader(), 'u');
+    EXPECT_TRUE(mail->model().path().isEmpty());
+}
+
+TEST_F(ReaderViewTest, PassesUOnWhereTheSingleKeyShortcutsAreOff)
+{
+    open("Subject: x\r\n\r\nHello");
+    set(DefaultsKey::gmailShortcuts, false);
+    QTest::keyClick(&inputWidget(message()), 'u');
+    QTest::keyClick(&reader(), 'u');
+    QTest::keyClick(&label("readerSubject"), 'u');
+    EXPECT_FALSE(mail->model().path().isEmpty());
+}
+
+TEST_F(ReaderViewTest, GoesBackWithItsButton)
+{
+    open("Subject: x\r\n\r\nHello");
+    QTest::mouseClick(&mail->child<QAbstractButton>("readerBack"), Qt::LeftButton);
+    EXPECT_TRUE(mail->model().path().isEmpty());
+    EXPECT_TRUE(mail->table().isVisible());
+}
+
+} // namespace
+} // namespace Larkhaven

@@ -1,0 +1,296 @@
+#include "views/SecureMessageView.h"
+
+#include "UITestSupport.h"
+#include "domain/MailError.h"
+#include "support/QtPrinters.h"
+
+#include <QLabel>
+#include <QSignalSpy>
+#include <QTest>
+#include <QWebEngineHistory>
+#include <QWebEngineProfile>
+#include <QWebEngineSettings>
+#include <QWebEngineView>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven {
+namespace {
+
+/// A link that fills a quarter of the page.
+QString quarter(int index, const QString& href, const QString& attributes = {})
+{
+    return u"<a href=\"%1\" %2 style=\"position:fixed;left:0;width:100%;top:%3%;height:25%;display:block\">x</a>"_s
+        .arg(href, attributes)
+        .arg(index * 25);
+}
+
+class SecureMessageViewTest : public testing::Test {
+protected:
+    SecureMessageViewTest()
+    {
+        view.resize(400, 400);
+        QObject::connect(&view, &SecureMessageView::linkActivated, &view,
+                         [this](const LinkRecord& link) { activated.append(link.text); });
+        show(view);
+    }
+
+    void display(const QString& document, const QList<LinkRecord>& links = {})
+    {
+        const QSignalSpy loads(&view, &SecureMessageView::loadFinished);
+        view.display({document, links, 0, 0}, false, 1);
+        ASSERT_TRUE(waitUntil([&loads] { return !loads.isEmpty(); }));
+        ASSERT_TRUE(waitForColor(view, QPoint(395, 395), green));
+    }
+
+    void click(int quarter)
+    {
+        QTest::mouseClick(&inputWidget(view), Qt::LeftButton, {}, QPoint(200, 50 + 100 * quarter));
+    }
+
+    const QColor green = QColor(0, 255, 0);
+    const QList<LinkRecord> threeLinks{link(u"https://a.example/"_s, u"first"_s),
+                                       link(u"https://b.example/"_s, u"second"_s),
+                                       link(u"https://c.example/"_s, u"third"_s)};
+    SecureMessageView view;
+    QStringList activated;
+};
+
+TEST_F(SecureMessageViewTest, LoadsTheSameDocumentUnderTheSameSettingOnce)
+{
+    display(filled(u"one"_s));
+    EXPECT_EQ(view.loadCount(), 1);
+    view.display({filled(u"one"_s), {}, 0, 0}, false, 1);
+    EXPECT_EQ(view.loadCount(), 1);
+    EXPECT_EQ(pageText(view), u"one");
+    takeScreenshot(view, u"message-document"_s);
+}
+
+TEST_F(SecureMessageViewTest, LoadsAnotherDocument)
+{
+    display(filled(u"one"_s));
+    display(filled(u"two"_s));
+    EXPECT_EQ(view.loadCount(), 2);
+    EXPECT_EQ(pageText(view), u"two");
+}
+
+TEST_F(SecureMessageViewTest, LoadsAgainUnderTheOtherRuleListWhenRemoteImagesAreTurnedOn)
+{
+    QList<ContentBlocker::Mode> modes;
+    SecureMessageView other(nullptr, [&modes](ContentBlocker::Mode mode) -> const ContentBlocker::RuleList& {
+        modes.append(mode);
+        return ContentBlocker::ruleList(mode);
+    });
+    show(other);
+    showDocument(other, filled(u"one"_s), false);
+    showDocument(other, filled(u"one"_s), true);
+    EXPECT_EQ(other.loadCount(), 2);
+    EXPECT_EQ(modes, (QList{ContentBlocker::Mode::blockAll, ContentBlocker::Mode::httpsImagesOnly}));
+}
+
+TEST_F(SecureMessageViewTest, ChangesItsZoomWithoutALoad)
+{
+    const QString document = filled(u"<div style=\"width:100px;height:100px;background:#ff0000\"></div>"_s);
+    display(document);
+    const QColor red(255, 0, 0);
+    EXPECT_TRUE(waitForColor(view, QPoint(90, 90), red));
+    EXPECT_TRUE(waitForColor(view, QPoint(150, 150), green));
+    view.display({document, {}, 0, 0}, false, 2);
+    EXPECT_TRUE(waitForColor(view, QPoint(150, 150), red));
+    EXPECT_EQ(view.loadCount(), 1);
+    EXPECT_EQ(view.webView().zoomFactor(), 2.0);
+}
+
+TEST_F(SecureMessageViewTest, KeepsItsZoomForTheNextDocument)
+{
+    view.setZoom(2);
+    const QSignalSpy loads(&view, &SecureMessageView::loadFinished);
+    view.display({filled(u"<div style=\"width:100px;height:100px;background:#ff0000\"></div>"_s), {}, 0, 0},
+                 false, 2);
+    EXPECT_TRUE(waitForColor(view, QPoint(150, 150), QColor(255, 0, 0)));
+}
+
+TEST_F(SecureMessageViewTest, HandsOutTheLinkOfAClick)
+{
+    display(filled(quarter(0, u"larkhaven-link:0"_s) + quarter(1, u"larkhaven-link:2"_s)), threeLinks);
+    click(1);
+    EXPECT_TRUE(waitUntil([this] { return activated == QStringList(u"third"_s); }));
+    click(0);
+    EXPECT_TRUE(waitUntil([this] { return activated == (QStringList{u"third"_s, u"first"_s}); }));
+}
+
+TEST_F(SecureMessageViewTest, RefusesALinkNumberBeyondTheList)
+{
+    display(filled(quarter(0, u"larkhaven-link:3"_s) + quarter(1, u"larkhaven-link:99999999999999999999"_s) +
+                   quarter(2, u"larkhaven-link:2"_s)),
+            threeLinks);
+    click(0);
+    click(1);
+    click(2);
+    EXPECT_TRUE(waitUntil([this] { return !activated.isEmpty(); }));
+    EXPECT_EQ(activated, QStringList(u"third"_s));
+}
+
+TEST_F(SecureMessageViewTest, RefusesANegativeLinkNumber)
+{
+    display(filled(quarter(0, u"larkhaven-link:-1"_s) + quarter(1, u"larkhaven-link:-0"_s) +
+                   quarter(2, u"larkhaven-link:1"_s)),
+            threeLinks);
+    click(0);
+    click(1);
+    click(2);
+    EXPECT_TRUE(waitUntil([this] { return !activated.isEmpty(); }));
+    EXPECT_EQ(activated, QStringList(u"second"_s));
+}
+
+TEST_F(SecureMessageViewTest, RefusesALinkWithoutANumber)
+{
+    display(filled(quarter(0, u"larkhaven-link:"_s) + quarter(1, u"larkhaven-link:x"_s) +
+                   quarter(2, u"larkhaven-link:1x"_s) + quarter(3, u"larkhaven-link:0"_s)),
+            threeLinks);
+    for (const int index : {0, 1, 2, 3})
+        click(index);
+    EXPECT_TRUE(waitUntil([this] { return !activated.isEmpty(); }));
+    EXPECT_EQ(activated, QStringList(u"first"_s));
+}
+
+TEST_F(SecureMessageViewTest, KeepsThePageInPlaceWhenALinkIsClicked)
+{
+    display(filled(u"stays"_s + quarter(0, u"larkhaven-link:0"_s) + quarter(1, u"https://evil.example/"_s) +
+                   quarter(2, u"file:///etc/passwd"_s)),
+            threeLinks);
+    const QUrl before = view.webView().url();
+    click(1);
+    click(2);
+    click(0);
+    EXPECT_TRUE(waitUntil([this] { return !activated.isEmpty(); }));
+    EXPECT_EQ(view.webView().url().toString(), before.toString());
+    EXPECT_EQ(view.webView().history()->count(), 1);
+    EXPECT_EQ(view.loadCount(), 1);
+    EXPECT_TRUE(pageText(view).contains(u"stays"));
+}
+
+TEST_F(SecureMessageViewTest, DeliversALinkWithATargetOnceAndOpensNoWindow)
+{
+    display(filled(quarter(0, u"larkhaven-link:1"_s, u"target=\"_blank\""_s) +
+                   quarter(1, u"larkhaven-link:0"_s) +
+                   quarter(2, u"https://evil.example/"_s, u"target=\"_blank\""_s)),
+            threeLinks);
+    const qsizetype windows = QApplication::topLevelWidgets().size();
+    click(2);
+    click(0);
+    EXPECT_TRUE(waitUntil([this] { return !activated.isEmpty(); }));
+    click(1);
+    EXPECT_TRUE(waitUntil([this] { return activated.contains(u"first"_s); }));
+    EXPECT_EQ(activated, (QStringList{u"second"_s, u"first"_s}));
+    EXPECT_EQ(QApplication::topLevelWidgets().size(), windows);
+}
+
+TEST_F(SecureMessageViewTest, OpensNothingForAMiddleClickOrAClickWithControl)
+{
+    display(filled(quarter(0, u"https://evil.example/"_s) + quarter(1, u"larkhaven-link:1"_s)), threeLinks);
+    const qsizetype windows = QApplication::topLevelWidgets().size();
+    QWidget& input = inputWidget(view);
+    QTest::mouseClick(&input, Qt::MiddleButton, {}, QPoint(200, 50));
+    QTest::mouseClick(&input, Qt::LeftButton, Qt::ControlModifier, QPoint(200, 50));
+    QTest::mouseClick(&input, Qt::LeftButton, Qt::ShiftModifier, QPoint(200, 50));
+    click(1);
+    EXPECT_TRUE(waitUntil([this] { return activated == QStringList(u"second"_s); }));
+    EXPECT_EQ(QApplication::topLevelWidgets().size(), windows);
+}
+
+TEST_F(SecureMessageViewTest, TakesNewLinksOfTheSameDocumentWithoutALoad)
+{
+    const QString document = filled(quarter(0, u"larkhaven-link:0"_s));
+    display(document, threeLinks);
+    view.display({document, {link(u"https://d.example/"_s, u"other"_s)}, 0, 0}, false, 1);
+    EXPECT_EQ(view.loadCount(), 1);
+    click(0);
+    EXPECT_TRUE(waitUntil([this] { return activated == QStringList(u"other"_s); }));
+}
+
+TEST_F(SecureMessageViewTest, LoadsNoDocumentWithoutARuleList)
+{
+    bool isThere = false;
+    SecureMessageView other(nullptr,
+                            [&isThere](ContentBlocker::Mode mode) -> const ContentBlocker::RuleList& {
+                                if (!isThere)
+                                    throw MailError::unsupported(u"Content blocker failed to compile"_s);
+                                return ContentBlocker::ruleList(mode);
+                            });
+    other.resize(400, 200);
+    show(other);
+    other.display({filled(u"secret"_s), {}, 0, 0}, true, 1);
+    EXPECT_EQ(other.loadCount(), 0);
+    EXPECT_EQ(pageText(other), u"");
+    const auto* const refusal = other.findChild<QLabel*>();
+    ASSERT_TRUE(refusal);
+    EXPECT_TRUE(refusal->isVisible());
+    EXPECT_EQ(refusal->text(), u"Unable to display this message safely.");
+    takeScreenshot(other, u"message-refused"_s);
+    // The same document is not tried again until the key changes.
+    isThere = true;
+    other.display({filled(u"secret"_s), {}, 0, 0}, true, 1);
+    EXPECT_EQ(other.loadCount(), 0);
+    showDocument(other, filled(u"secret"_s), false);
+    EXPECT_EQ(pageText(other), u"secret");
+    EXPECT_TRUE(waitForColor(other, QPoint(390, 190), green));
+}
+
+TEST_F(SecureMessageViewTest, ShowsNothingOfTheMessageBeforeWhileTheNextOneLoads)
+{
+    display(filled(u"one"_s));
+    view.display({filled(u"two"_s, u"#0000ff"_s), {}, 0, 0}, false, 1);
+    EXPECT_TRUE(waitUntil([this] { return pixel(view, QPoint(395, 395)) != green; }));
+    EXPECT_TRUE(waitUntil([this] {
+        const QColor seen = pixel(view, QPoint(395, 395));
+        EXPECT_NE(seen, green);
+        return seen == QColor(0, 0, 255);
+    }));
+}
+
+TEST_F(SecureMessageViewTest, LeavesNothingBehindWhenCleared)
+{
+    display(filled(u"one"_s));
+    view.clear();
+    EXPECT_TRUE(waitForColor(view, QPoint(395, 395), Qt::white));
+    EXPECT_EQ(pageText(view), u"");
+    display(filled(u"one"_s));
+    EXPECT_EQ(view.loadCount(), 2);
+}
+
+TEST_F(SecureMessageViewTest, ShowsADocumentOfManyMegabytesToItsEnd)
+{
+    QString document = filled(u"<div style=\"height:1px;overflow:hidden\">"_s);
+    const QString tail = u"</div><p>the end</p>"_s;
+    document.insert(document.indexOf(u"</body>"), QString(6'000'000, u'x') + tail);
+    display(document);
+    EXPECT_TRUE(pageText(view).endsWith(u"the end"));
+}
+
+TEST_F(SecureMessageViewTest, KeepsNothingAndRunsNothing)
+{
+    const QWebEngineProfile& profile = *view.webView().page()->profile();
+    EXPECT_TRUE(profile.isOffTheRecord());
+    EXPECT_EQ(profile.httpCacheType(), QWebEngineProfile::NoCache);
+    EXPECT_EQ(profile.persistentCookiesPolicy(), QWebEngineProfile::NoPersistentCookies);
+    const QWebEngineSettings& settings = *view.webView().page()->settings();
+    EXPECT_FALSE(settings.testAttribute(QWebEngineSettings::JavascriptEnabled));
+    EXPECT_FALSE(settings.testAttribute(QWebEngineSettings::LocalStorageEnabled));
+    EXPECT_FALSE(settings.testAttribute(QWebEngineSettings::PluginsEnabled));
+    EXPECT_FALSE(settings.testAttribute(QWebEngineSettings::FullScreenSupportEnabled));
+    EXPECT_FALSE(settings.testAttribute(QWebEngineSettings::JavascriptCanOpenWindows));
+}
+
+TEST_F(SecureMessageViewTest, SurvivesTheEndOfTheViewWhileADocumentLoads)
+{
+    auto other = std::make_unique<SecureMessageView>();
+    show(*other);
+    other->display({filled(u"one"_s), {}, 0, 0}, false, 1);
+    other.reset();
+    display(filled(u"two"_s));
+    EXPECT_EQ(pageText(view), u"two");
+}
+
+} // namespace
+} // namespace Larkhaven

@@ -1,0 +1,81 @@
+#pragma once
+
+#include "support/ModelFixture.h"
+#include "support/WaitUntil.h"
+#include "views/ContentView.h"
+#include "views/MessageTable.h"
+#include "views/SecureMessageView.h"
+#include "views/Style.h"
+
+#include <QColor>
+#include <QImage>
+#include <QUrl>
+
+#include <gtest/gtest.h>
+#include <memory>
+
+namespace Larkhaven {
+
+/// What is on the screen where the widget is.
+QImage grab(const QWidget& widget);
+/// Writes what is on the screen where the widget is into the folder of screenshots, as "{name}.png".
+void takeScreenshot(const QWidget& widget, const QString& name);
+/// Shows the window and waits until it is on the screen and has the keyboard.
+void show(QWidget& window);
+
+/// The pixel of the widget as it is on the screen.
+QColor pixel(const QWidget& widget, const QPoint& point);
+/// Whether the point gets the colour on the screen; the engine draws in a process of its own.
+bool waitForColor(const QWidget& widget, const QPoint& point, const QColor& color);
+/// Whether a picture of the widget stays as it is, so that everything has been drawn.
+bool waitUntilDrawn(const QWidget& widget);
+
+/// The text of the page on screen.
+QString pageText(SecureMessageView& view);
+/// The widget of the engine that gets mouse and keys.
+QWidget& inputWidget(const SecureMessageView& view);
+/// Shows the document and waits until it has loaded.
+void showDocument(SecureMessageView& view, const QString& document, bool allowRemoteImages = false,
+                  double zoom = 1);
+/// A document that fills its page with a colour, so that a test sees when it is there.
+QString filled(const QString& body, const QString& color = QStringLiteral("#00ff00"));
+
+LinkRecord link(const QString& url, const QString& text = QStringLiteral("text"));
+
+/// A main window over a model without network, and a desktop that only takes notes.
+class MailWindow {
+public:
+    explicit MailWindow(const QList<Account>& accounts = {ModelFixture::imapAccount()});
+    ~MailWindow();
+    MailWindow(const MailWindow&) = delete;
+    MailWindow& operator=(const MailWindow&) = delete;
+
+    /// Shows the window and waits for the rows of its first mailbox.
+    void open();
+    /// Puts rows into the Inbox of the first account.
+    void fill(const QList<MessageSummary>& rows);
+    /// Opens the message and waits until the reader has drawn it.
+    void read(const QString& id);
+
+    AppModel& model() { return fixture.model(); }
+    MessageTable& table();
+    template <typename Widget>
+    Widget& child(const char* name)
+    {
+        auto* const found = window->findChild<Widget*>(QString::fromLatin1(name));
+        if (!found)
+            throw std::runtime_error(name);
+        return *found;
+    }
+
+    ModelFixture fixture;
+    QList<QUrl> openedURLs;
+    QStringList suggestedNames;
+    QString savePath; ///< what the user chooses; empty for giving up
+    std::unique_ptr<ContentView> window;
+};
+
+/// A message of one HTML text.
+QByteArray htmlMessage(const QString& html, const QString& subject = QStringLiteral("A subject"));
+
+} // namespace Larkhaven
