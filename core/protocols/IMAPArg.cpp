@@ -22,7 +22,7 @@ IMAPArg IMAPArg::quoted(const QString& plain)
 QString uidSet(QList<qint64> uids)
 {
     std::ranges::sort(uids);
-    uids.erase(std::ranges::unique(uids).begin(), uids.end());
+    uids.erase(std::unique(uids.begin(), uids.end()), uids.end());
     QStringList items;
     for (auto first = uids.cbegin(); first != uids.cend();) {
         auto last = first;

@@ -89,7 +89,22 @@ std::optional<QString> find(Mailbox role, const Listing& mailboxes)
 
 QString nameToCreate(Mailbox role)
 {
-    return encodeMailboxName(name(role, ProviderKind::imap));
+    switch (role) {
+    case Mailbox::sent:
+        return u"Sent"_s;
+    case Mailbox::drafts:
+        return u"Drafts"_s;
+    case Mailbox::archive:
+        return u"Archive"_s;
+    case Mailbox::spam:
+        return u"Junk"_s;
+    case Mailbox::trash:
+        return u"Trash"_s;
+    case Mailbox::inbox:
+    case Mailbox::starred:
+        break;
+    }
+    return u"INBOX"_s;
 }
 
 QString displayPath(const QString& wireName, const std::optional<QString>& delimiter)

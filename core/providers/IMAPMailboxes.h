@@ -22,7 +22,8 @@ bool isInbox(const QString& wireName);
 /// that are in use. Inbox and starred are "INBOX".
 std::optional<QString> find(Mailbox role, const Listing& mailboxes);
 
-/// The wire name under which a missing mailbox of the role is made.
+/// The wire name under which a missing mailbox of the role is made. It is one of those by which `find` knows
+/// the role, and so is never translated.
 QString nameToCreate(Mailbox role);
 
 /// The text shown for a wire name: decoded, "/" between levels, without the "INBOX" below which some servers

@@ -67,8 +67,58 @@ QList<qint64> newestFirst(QList<qint64> uids)
 {
     uids.removeIf([](qint64 uid) { return !isUID(uid); });
     std::ranges::sort(uids, std::greater());
-    uids.erase(std::ranges::unique(uids).begin(), uids.end());
+    uids.erase(std::unique(uids.begin(), uids.end()), uids.end());
     return uids;
+}
+
+/// What the summaries of one mailbox have in common.
+struct SummaryContext {
+    QUuid accountID;
+    QString mailbox;
+    QString displayPath;
+};
+
+MessageSummary summaryOf(const IMAPFetch& fetch, qint64 uid, const SummaryContext& context)
+{
+    const MIMEHeaders headers = MIMEParser::splitHeaders(fetch.body.value_or(QByteArray()) + "\r\n").headers;
+    const QSet<QString> flags = lowerCased(fetch.flags);
+    const auto size = fetch.items.constFind(u"RFC822.SIZE"_s);
+
+    MessageSummary summary;
+    summary.id = QString::number(uid) + u':' + context.mailbox;
+    summary.accountID = context.accountID;
+    const QList<EmailAddress> senders = headers.from();
+    if (!senders.isEmpty())
+        summary.from = senders.first();
+    summary.to = headers.to();
+    summary.subject = headers.subject();
+    std::optional<QDateTime> date = headers.date();
+    if (!date && fetch.internalDate)
+        date = MailDate::parse(Text::trimmedBlanks(*fetch.internalDate), u"d-MMM-yyyy HH:mm:ss Z");
+    summary.date = date.value_or(QDateTime::currentDateTimeUtc());
+    summary.isRead = flags.contains(u"\\seen"_s);
+    summary.isStarred = flags.contains(u"\\flagged"_s);
+    summary.hasAttachments = Text::asciiLowered(headers.value(u"Content-Type").value_or(QString()))
+                                 .startsWith("multipart/mixed"_L1);
+    summary.size = size == fetch.items.cend() ? 0 : size->integer().value_or(0);
+    summary.mailbox = context.displayPath;
+    return summary;
+}
+
+/// The summaries of those UIDs that were asked for.
+QHash<qint64, MessageSummary> summariesOf(const QList<IMAPFetch>& fetches, const QList<qint64>& uids,
+                                          const SummaryContext& context)
+{
+    const QSet<qint64> asked(uids.cbegin(), uids.cend());
+    QHash<qint64, MessageSummary> summaries;
+    for (const IMAPFetch& fetch : fetches) {
+        if (!fetch.uid || !asked.contains(*fetch.uid))
+            continue;
+        // Servers tell changed flags unasked: such a fetch must not blank a summary that is complete.
+        if (fetch.body || !summaries.contains(*fetch.uid))
+            summaries.insert(*fetch.uid, summaryOf(fetch, *fetch.uid, context));
+    }
+    return summaries;
 }
 
 } // namespace
@@ -165,11 +215,11 @@ Task<QList<MailLabel>> IMAPProvider::listedLabels(Client client)
 
 Task<QString> IMAPProvider::wireName(Client client, QString path)
 {
-    co_await knowMailboxes(client);
-    const std::optional<QString> name = IMAPMailboxes::wireName(path, *m_mailboxes, client->delimiter());
-    if (!name)
+    // An empty name is refused before the server is asked for anything.
+    if (!IMAPMailboxes::wireName(path, {}, client->delimiter()))
         throw MailError::unsupported(tr("Please enter a name."));
-    co_return *name;
+    co_await knowMailboxes(client);
+    co_return *IMAPMailboxes::wireName(path, *m_mailboxes, client->delimiter());
 }
 
 // --- Listing
@@ -319,15 +369,9 @@ Task<QHash<qint64, MessageSummary>> IMAPProvider::fetchSummaries(Client client, 
     const QString displayPath =
         IMAPMailboxes::displayPath(mailbox, listed == m_mailboxes->end() ? std::nullopt : listed->delimiter);
 
-    const QSet<qint64> asked(missing.cbegin(), missing.cend());
-    QHash<qint64, MessageSummary> summaries;
-    for (const IMAPFetch& fetch : fetches) {
-        if (!fetch.uid || !asked.contains(*fetch.uid))
-            continue;
-        // Servers tell changed flags unasked: such a fetch must not blank a summary that is complete.
-        if (fetch.body || !summaries.contains(*fetch.uid))
-            summaries.insert(*fetch.uid, summary(fetch, *fetch.uid, mailbox, displayPath));
-    }
+    const SummaryContext context{m_account.id, mailbox, displayPath};
+    const auto build = [fetches, missing, context] { return summariesOf(fetches, missing, context); };
+    QHash<qint64, MessageSummary> summaries = co_await runOnWorker(build);
     co_return summaries;
 }
 
@@ -338,34 +382,6 @@ QHash<qint64, MessageSummary> IMAPProvider::cachedMessages(const QString& mailbo
         return box->messages;
     m_boxesDirty = true;
     return {};
-}
-
-MessageSummary IMAPProvider::summary(const IMAPFetch& fetch, qint64 uid, const QString& mailbox,
-                                     const QString& displayPath) const
-{
-    const MIMEHeaders headers = MIMEParser::splitHeaders(fetch.body.value_or(QByteArray()) + "\r\n").headers;
-    const QSet<QString> flags = lowerCased(fetch.flags);
-    const auto size = fetch.items.constFind(u"RFC822.SIZE"_s);
-
-    MessageSummary summary;
-    summary.id = QString::number(uid) + u':' + mailbox;
-    summary.accountID = m_account.id;
-    const QList<EmailAddress> senders = headers.from();
-    if (!senders.isEmpty())
-        summary.from = senders.first();
-    summary.to = headers.to();
-    summary.subject = headers.subject();
-    std::optional<QDateTime> date = headers.date();
-    if (!date && fetch.internalDate)
-        date = MailDate::parse(Text::trimmedBlanks(*fetch.internalDate), u"d-MMM-yyyy HH:mm:ss Z");
-    summary.date = date.value_or(QDateTime::currentDateTimeUtc());
-    summary.isRead = flags.contains(u"\\seen"_s);
-    summary.isStarred = flags.contains(u"\\flagged"_s);
-    summary.hasAttachments = Text::asciiLowered(headers.value(u"Content-Type").value_or(QString()))
-                                 .startsWith("multipart/mixed"_L1);
-    summary.size = size == fetch.items.cend() ? 0 : size->integer().value_or(0);
-    summary.mailbox = displayPath;
-    return summary;
 }
 
 Task<qint64> IMAPProvider::lastPageOffset(MailboxRef ref, std::optional<QString> query, qint64 pageSize)
@@ -427,6 +443,8 @@ Task<QHash<QString, qint64>> IMAPProvider::countAll(Client client, QList<MailLab
             // A folder that can't be counted is left out; a dead connection is `withClient`'s to heal.
             if (isDeadConnection(error))
                 throw;
+        } catch (const LocalizedError&) {
+            // The network failed. The next use of the connection tells that it is dead.
         }
     }
     co_return result;
@@ -507,6 +525,7 @@ Task<> IMAPProvider::setStarred(bool starred, QList<QString> ids)
 Task<> IMAPProvider::setFlag(QList<QString> ids, bool add, QString flag, bool MessageSummary::*field)
 {
     const auto self = shared_from_this();
+    co_await loadBoxes();
     updateCached(ids, [add, field](MessageSummary& summary) { summary.*field = add; });
     const auto body = [this, ids, add, flag](Client client) { return storeFlag(client, ids, add, flag); };
     co_await withClient(body);
@@ -528,6 +547,7 @@ Task<> IMAPProvider::storeFlag(Client client, QList<QString> ids, bool add, QStr
 Task<> IMAPProvider::moveMessages(QList<QString> ids, Destination destination)
 {
     const auto self = shared_from_this();
+    co_await loadBoxes();
     removeCached(ids);
     const auto body = [this, ids, destination](Client client) {
         return moveGroups(client, ids, destination);
@@ -597,6 +617,7 @@ Task<MailLabel> IMAPProvider::createMailbox(Client client, QString name)
 Task<MailLabel> IMAPProvider::renameLabel(MailLabel label, QString newName)
 {
     const auto self = shared_from_this();
+    co_await loadBoxes();
     const auto body = [this, label, newName](Client client) { return renameMailbox(client, label, newName); };
     const MailLabel renamed = co_await withClient(body);
     forgetMailbox(label.id);
@@ -615,6 +636,7 @@ Task<MailLabel> IMAPProvider::renameMailbox(Client client, MailLabel label, QStr
 Task<> IMAPProvider::deleteLabel(MailLabel label)
 {
     const auto self = shared_from_this();
+    co_await loadBoxes();
     const auto body = [this, label](Client client) { return deleteMailbox(client, label); };
     co_await withClient(body);
     forgetMailbox(label.id);

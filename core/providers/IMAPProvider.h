@@ -112,14 +112,13 @@ private:
     /// Selects the mailbox and makes sure that ids of it still mean the same messages.
     Task<> selectForIDs(Client client, QString mailbox);
 
+    // Everything that changes the boxes or relies on them loads them first.
     Task<> moveMessages(QList<QString> ids, Destination destination);
     Task<> setFlag(QList<QString> ids, bool add, QString flag, bool MessageSummary::*field);
     Task<> loadBoxes();
     Task<> persistBoxes();
 
     QHash<qint64, MessageSummary> cachedMessages(const QString& mailbox, qint64 uidValidity);
-    MessageSummary summary(const IMAPFetch& fetch, qint64 uid, const QString& mailbox,
-                           const QString& displayPath) const;
     void updateCached(const QList<QString>& ids, const std::function<void(MessageSummary&)>& change);
     void removeCached(const QList<QString>& ids);
     void forgetMailbox(const QString& wireName);

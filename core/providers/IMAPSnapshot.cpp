@@ -4,6 +4,7 @@
 
 #include <QCoreApplication>
 #include <QJsonDocument>
+#include <QMap>
 
 #include <algorithm>
 #include <functional>
@@ -47,9 +48,13 @@ QByteArray encode(const IMAPBoxes& boxes)
 {
     QJsonObject stored;
     for (auto box = boxes.cbegin(); box != boxes.cend(); ++box) {
-        QJsonObject messages;
+        // QJsonObject is a sorted list: each key that doesn't go to its end moves all those behind.
+        QMap<QString, const MessageSummary*> sorted;
         for (auto entry = box->messages.cbegin(); entry != box->messages.cend(); ++entry)
-            messages.insert(QString::number(entry.key()), entry->toJSON());
+            sorted.insert(QString::number(entry.key()), &*entry);
+        QJsonObject messages;
+        for (auto entry = sorted.cbegin(); entry != sorted.cend(); ++entry)
+            messages.insert(entry.key(), (*entry)->toJSON());
         stored.insert(box.key(),
                       QJsonObject{{u"uidValidity"_s, box->uidValidity}, {u"messages"_s, messages}});
     }

@@ -1,0 +1,104 @@
+#include "providers/IMAPSnapshot.h"
+
+#include "domain/Coding.h"
+#include "support/QtPrinters.h"
+
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven {
+namespace {
+
+MessageSummary summaryOf(qint64 uid, qint64 seconds)
+{
+    MessageSummary summary;
+    summary.id = QString::number(uid) + u":INBOX"_s;
+    summary.accountID = QUuid(u"{01234567-89ab-cdef-0123-456789abcdef}"_s);
+    summary.date = QDateTime::fromSecsSinceEpoch(978'307'200 + seconds, Qt::UTC);
+    return summary;
+}
+
+IMAPBox boxOf(qint64 first, qsizetype count, qint64 firstSecond)
+{
+    IMAPBox box;
+    for (qint64 index = 0; index < count; ++index)
+        box.messages.insert(first + index, summaryOf(first + index, firstSecond + index));
+    return box;
+}
+
+TEST(IMAPSnapshot, IsAnObjectByMailboxWithSummariesByUID)
+{
+    IMAPBoxes boxes;
+    boxes.insert(u"Entw&APw-rfe"_s, {7, {{4711, summaryOf(4711, 60)}}});
+    EXPECT_EQ(IMAPSnapshot::encode(boxes),
+              R"({"Entw&APw-rfe":{"messages":{"4711":{"accountID":"01234567-89AB-CDEF-0123-456789ABCDEF",)"
+              R"("date":60,"hasAttachments":false,"id":"4711:INBOX","isRead":false,"isStarred":false,)"
+              R"("labelIDs":[],"mailbox":"","size":0,"snippet":"","subject":"","to":[]}},"uidValidity":7}})");
+}
+
+TEST(IMAPSnapshot, IsReadBackFromWhatWasWritten)
+{
+    IMAPBoxes boxes;
+    boxes.insert(u"INBOX"_s, boxOf(1, 300, 0));
+    boxes.insert(u"Empty"_s, {4'294'967'295, {}});
+    EXPECT_EQ(IMAPSnapshot::decode(IMAPSnapshot::encode(boxes)), boxes);
+    EXPECT_EQ(IMAPSnapshot::decode("{}"), IMAPBoxes());
+}
+
+TEST(IMAPSnapshot, IsRefusedWhereAnythingInItCannotBeRead)
+{
+    for (const QByteArray json :
+         {"", "[]", "x", R"({"INBOX":1})", R"({"INBOX":{"messages":{}}})", R"({"INBOX":{"uidValidity":1}})",
+          R"({"INBOX":{"uidValidity":1,"messages":[]}})",
+          R"({"INBOX":{"uidValidity":1,"messages":{"1":{}}}})",
+          R"({"INBOX":{"uidValidity":1.5,"messages":{}}})"})
+        EXPECT_THROW(IMAPSnapshot::decode(json), DecodingError) << json.toStdString();
+    IMAPBoxes boxes;
+    boxes.insert(u"INBOX"_s, boxOf(1, 1, 0));
+    QByteArray json = IMAPSnapshot::encode(boxes);
+    json.replace("\"1\":", "\"one\":");
+    EXPECT_THROW(IMAPSnapshot::decode(json), DecodingError);
+}
+
+TEST(IMAPSnapshot, KeepsTwentyThousandSummaries)
+{
+    IMAPBoxes boxes;
+    boxes.insert(u"a"_s, boxOf(1, 15'000, 0));
+    boxes.insert(u"b"_s, boxOf(1, 5'000, 100'000));
+    const IMAPBoxes before = boxes;
+    IMAPSnapshot::trim(boxes);
+    EXPECT_EQ(boxes, before);
+}
+
+TEST(IMAPSnapshot, DropsTheOldestOfOneMore)
+{
+    IMAPBoxes boxes;
+    boxes.insert(u"a"_s, boxOf(1, 15'001, 0));
+    boxes.insert(u"b"_s, boxOf(1, 5'000, 100'000));
+    IMAPSnapshot::trim(boxes);
+    EXPECT_EQ(boxes.value(u"a"_s).messages.size(), 15'000);
+    EXPECT_FALSE(boxes.value(u"a"_s).messages.contains(1));
+    EXPECT_EQ(boxes.value(u"b"_s).messages.size(), 5'000);
+}
+
+TEST(IMAPSnapshot, KeepsSummariesWithTheDateOfTheLastOneKept)
+{
+    IMAPBoxes boxes;
+    boxes.insert(u"a"_s, boxOf(1, 19'999, 1000));
+    boxes[u"a"_s].messages.insert(30'001, summaryOf(30'001, 500));
+    boxes.insert(u"b"_s, {1, {{30'002, summaryOf(30'002, 500)}, {30'003, summaryOf(30'003, 499)}}});
+    IMAPSnapshot::trim(boxes);
+    EXPECT_EQ(boxes.value(u"a"_s).messages.size(), 20'000);
+    EXPECT_EQ(boxes.value(u"b"_s).messages.keys(), QList<qint64>(1, 30'002));
+}
+
+TEST(IMAPSnapshot, WritesAndReadsALargeBoxInProportionToItsSize)
+{
+    IMAPBoxes boxes;
+    boxes.insert(u"a"_s, boxOf(1, 60'000, 0));
+    EXPECT_TRUE(IMAPSnapshot::decode(IMAPSnapshot::encode(boxes)) == boxes);
+}
+
+} // namespace
+} // namespace Larkhaven
