@@ -56,7 +56,7 @@ MessageSummary MessageSummary::fromJSON(const QJsonObject& object)
     if (!sender.isUndefined() && !sender.isNull())
         summary.from = EmailAddress::fromJSON(Coding::object(object, "from"_L1));
     const QJsonArray recipients = Coding::array(object, "to"_L1);
-    for (const QJsonValue& recipient : recipients)
+    for (const auto recipient : recipients)
         summary.to.append(EmailAddress::fromJSON(Coding::object(recipient)));
     summary.subject = Coding::string(object, "subject"_L1);
     summary.snippet = Coding::string(object, "snippet"_L1);
@@ -67,7 +67,7 @@ MessageSummary MessageSummary::fromJSON(const QJsonObject& object)
     summary.size = Coding::integer(object, "size"_L1);
     summary.mailbox = Coding::string(object, "mailbox"_L1);
     const QJsonArray labels = Coding::array(object, "labelIDs"_L1);
-    for (const QJsonValue& label : labels) {
+    for (const auto label : labels) {
         if (!label.isString())
             throw DecodingError(
                 QCoreApplication::translate("DecodingError", "The stored value “%1” can't be read.")

@@ -45,7 +45,7 @@ StreamTransport::~StreamTransport() = default;
 std::shared_ptr<StreamTransport> StreamTransport::open(const QString& host, int port, bool implicitTLS,
                                                        std::chrono::milliseconds timeout)
 {
-    const std::shared_ptr<StreamTransport> transport(new StreamTransport(host, timeout));
+    std::shared_ptr<StreamTransport> transport(new StreamTransport(host, timeout));
     transport->connectToHost(port, implicitTLS);
     return transport;
 }
@@ -135,9 +135,15 @@ void StreamTransport::checkAlive()
 
 Task<> StreamTransport::waitForEvent(QDeadlineTimer deadline)
 {
-    const auto remaining = std::chrono::ceil<std::chrono::milliseconds>(deadline.remainingTimeAsDuration());
-    const Wakeup::Outcome outcome = co_await m_wakeup.wait(remaining);
-    if (outcome == Wakeup::Outcome::timedOut && !m_isDead)
+    // A server that keeps the connection busy with nothing doesn't put the end of the time off.
+    bool isOver = deadline.hasExpired();
+    if (!isOver) {
+        const auto remaining =
+            std::chrono::ceil<std::chrono::milliseconds>(deadline.remainingTimeAsDuration());
+        const Wakeup::Outcome outcome = co_await m_wakeup.wait(remaining);
+        isOver = outcome == Wakeup::Outcome::timedOut;
+    }
+    if (isOver && !m_isDead)
         fail(MailError::protocolError(tr("The server stopped responding.")));
 }
 

@@ -49,6 +49,12 @@ bool isUID(qint64 number)
     return number >= 1 && number <= std::numeric_limits<quint32>::max();
 }
 
+/// A destination that needs no search.
+Task<QString> given(QString wireName)
+{
+    co_return wireName;
+}
+
 QSet<QString> lowerCased(const QList<QString>& flags)
 {
     QSet<QString> result;
@@ -203,7 +209,7 @@ Task<QString> IMAPProvider::requireMailbox(Mailbox role, Client client, bool cre
 
 Task<QList<MailLabel>> IMAPProvider::listLabels()
 {
-    return withClient([this](Client client) { return listedLabels(client); });
+    return withClient([this](Client client) { return listedLabels(std::move(client)); });
 }
 
 Task<QList<MailLabel>> IMAPProvider::listedLabels(Client client)
@@ -253,7 +259,7 @@ Task<MessagePage> IMAPProvider::listMessages(MailboxRef ref, std::optional<QStri
     const auto self = shared_from_this();
     co_await loadBoxes();
     const PageRequest request{ref, query, offset, limit, refresh};
-    const auto body = [this, request](Client client) { return fetchListing(client, request); };
+    const auto body = [this, request](Client client) { return fetchListing(std::move(client), request); };
     MessagePage page = co_await withClient(body);
     co_await persistBoxes();
     co_return page;
@@ -386,8 +392,9 @@ QHash<qint64, MessageSummary> IMAPProvider::cachedMessages(const QString& mailbo
 
 Task<qint64> IMAPProvider::lastPageOffset(MailboxRef ref, std::optional<QString> query, qint64 pageSize)
 {
-    return withClient(
-        [this, ref, query, pageSize](Client client) { return lastOffset(client, ref, query, pageSize); });
+    return withClient([this, ref, query, pageSize](Client client) {
+        return lastOffset(std::move(client), ref, query, pageSize);
+    });
 }
 
 Task<qint64> IMAPProvider::lastOffset(Client client, MailboxRef ref, std::optional<QString> query,
@@ -402,7 +409,7 @@ Task<qint64> IMAPProvider::lastOffset(Client client, MailboxRef ref, std::option
 
 Task<qint64> IMAPProvider::inboxUnreadCount()
 {
-    return withClient([this](Client client) { return unseen(client); });
+    return withClient([this](Client client) { return unseen(std::move(client)); });
 }
 
 Task<qint64> IMAPProvider::unseen(Client client)
@@ -413,7 +420,7 @@ Task<qint64> IMAPProvider::unseen(Client client)
 
 Task<QHash<QString, qint64>> IMAPProvider::counts(QList<MailLabel> labels)
 {
-    return withClient([this, labels](Client client) { return countAll(client, labels); });
+    return withClient([this, labels](Client client) { return countAll(std::move(client), labels); });
 }
 
 Task<QHash<QString, qint64>> IMAPProvider::countAll(Client client, QList<MailLabel> labels)
@@ -478,7 +485,7 @@ Task<QByteArray> IMAPProvider::fetchRaw(QString id)
     const QMap<QString, QList<qint64>> groups = groupIDs({id});
     if (groups.isEmpty())
         throw MailError::protocolError(tr("Unknown message."));
-    const QString mailbox = groups.firstKey();
+    const QString& mailbox = groups.firstKey();
     const qint64 uid = groups.first().first();
 
     co_await loadBoxes();
@@ -489,7 +496,9 @@ Task<QByteArray> IMAPProvider::fetchRaw(QString id)
         if (stored)
             co_return *stored;
     }
-    const auto body = [this, mailbox, uid](Client client) { return fetchBody(client, mailbox, uid); };
+    const auto body = [this, mailbox, uid](Client client) {
+        return fetchBody(std::move(client), mailbox, uid);
+    };
     const FetchedBody fetched = co_await withClient(body);
     if (m_cache)
         co_await m_cache->write(cacheKey(fetched.uidValidity, uid, mailbox), fetched.bytes);
@@ -527,7 +536,9 @@ Task<> IMAPProvider::setFlag(QList<QString> ids, bool add, QString flag, bool Me
     const auto self = shared_from_this();
     co_await loadBoxes();
     updateCached(ids, [add, field](MessageSummary& summary) { summary.*field = add; });
-    const auto body = [this, ids, add, flag](Client client) { return storeFlag(client, ids, add, flag); };
+    const auto body = [this, ids, add, flag](Client client) {
+        return storeFlag(std::move(client), ids, add, flag);
+    };
     co_await withClient(body);
     m_listings.clear();
     co_await persistBoxes();
@@ -550,7 +561,7 @@ Task<> IMAPProvider::moveMessages(QList<QString> ids, Destination destination)
     co_await loadBoxes();
     removeCached(ids);
     const auto body = [this, ids, destination](Client client) {
-        return moveGroups(client, ids, destination);
+        return moveGroups(std::move(client), ids, destination);
     };
     co_await withClient(body);
     m_listings.clear();
@@ -570,37 +581,38 @@ Task<> IMAPProvider::moveGroups(Client client, QList<QString> ids, Destination d
 
 Task<> IMAPProvider::archive(QList<QString> ids)
 {
-    return moveMessages(ids,
-                        [this](Client client) { return requireMailbox(Mailbox::archive, client, true); });
+    return moveMessages(
+        ids, [this](Client client) { return requireMailbox(Mailbox::archive, std::move(client), true); });
 }
 
 Task<> IMAPProvider::trash(QList<QString> ids)
 {
-    return moveMessages(ids, [this](Client client) { return requireMailbox(Mailbox::trash, client, false); });
+    return moveMessages(
+        ids, [this](Client client) { return requireMailbox(Mailbox::trash, std::move(client), false); });
 }
 
 Task<> IMAPProvider::markSpam(QList<QString> ids)
 {
-    return moveMessages(ids, [this](Client client) { return requireMailbox(Mailbox::spam, client, false); });
+    return moveMessages(
+        ids, [this](Client client) { return requireMailbox(Mailbox::spam, std::move(client), false); });
 }
 
 Task<> IMAPProvider::moveToInbox(QList<QString> ids)
 {
-    return moveMessages(ids, [this](Client client) { return requireMailbox(Mailbox::inbox, client, false); });
+    return moveMessages(
+        ids, [this](Client client) { return requireMailbox(Mailbox::inbox, std::move(client), false); });
 }
 
 Task<> IMAPProvider::moveToLabel(QList<QString> ids, MailLabel label)
 {
-    return moveMessages(ids, [label](Client) -> Task<QString> {
-        return [](QString name) -> Task<QString> { co_return name; }(label.id);
-    });
+    return moveMessages(ids, [label](const Client&) { return given(label.id); });
 }
 
 // --- Folders
 
 Task<MailLabel> IMAPProvider::createLabel(QString name)
 {
-    return withClient([this, name](Client client) { return createMailbox(client, name); });
+    return withClient([this, name](Client client) { return createMailbox(std::move(client), name); });
 }
 
 Task<MailLabel> IMAPProvider::createMailbox(Client client, QString name)
@@ -618,7 +630,9 @@ Task<MailLabel> IMAPProvider::renameLabel(MailLabel label, QString newName)
 {
     const auto self = shared_from_this();
     co_await loadBoxes();
-    const auto body = [this, label, newName](Client client) { return renameMailbox(client, label, newName); };
+    const auto body = [this, label, newName](Client client) {
+        return renameMailbox(std::move(client), label, newName);
+    };
     const MailLabel renamed = co_await withClient(body);
     forgetMailbox(label.id);
     co_await persistBoxes();
@@ -637,7 +651,7 @@ Task<> IMAPProvider::deleteLabel(MailLabel label)
 {
     const auto self = shared_from_this();
     co_await loadBoxes();
-    const auto body = [this, label](Client client) { return deleteMailbox(client, label); };
+    const auto body = [this, label](Client client) { return deleteMailbox(std::move(client), label); };
     co_await withClient(body);
     forgetMailbox(label.id);
     co_await persistBoxes();

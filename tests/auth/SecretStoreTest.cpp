@@ -40,6 +40,7 @@ TEST(InMemorySecretStore, MayBeUsedFromSeveralThreads)
         account = QUuid::createUuid();
     {
         std::vector<std::jthread> threads;
+        threads.reserve(accounts.size());
         for (const QUuid& account : accounts) {
             threads.emplace_back([&store, account] {
                 for (int round = 0; round < 1000; ++round) {

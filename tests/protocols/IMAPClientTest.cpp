@@ -52,8 +52,7 @@ private:
 /// A client that is ready, and its connection.
 struct Connected {
     explicit Connected(std::string_view script, const QByteArray& capabilities = "MOVE UIDPLUS",
-                       Chunks chunks = Chunks::whole,
-                       const std::source_location& where = std::source_location::current())
+                       Chunks chunks = Chunks::whole, const Place& where = Place::current())
         : Connected(signedIn(capabilities, chunks, where).then(script))
     {}
     explicit Connected(const Script& script)
@@ -241,8 +240,7 @@ TEST(IMAPClient, SaysNothingMoreInTheClearWhereStartTLSIsRefused)
 // --- Passwords
 
 /// A server with these capabilities, up to the sign-in with P2.
-Script greeted(const QByteArray& capabilities,
-               const std::source_location& where = std::source_location::current())
+Script greeted(const QByteArray& capabilities, const Place& where = Place::current())
 {
     Script script("S: * OK ready\nC: P1 CAPABILITY", Chunks::whole, where);
     script.server("* CAPABILITY " + capabilities + "\r\n").server("P1 OK\r\n");

@@ -4,7 +4,7 @@
 #include "support/Await.h"
 #include "support/QtPrinters.h"
 
-#include <QElapsedTimer>
+#include <QScopeGuard>
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -547,6 +547,8 @@ void expectEnding(BluntTLSServer::Ending ending, const QByteArray& text)
     ASSERT_EQ(::fcntl(descriptor, F_SETFL, ::fcntl(descriptor, F_GETFL) & ~O_NONBLOCK), 0);
     {
         const BluntTLSServer blunt(descriptor, text, ending);
+        // The server goes on until its client is gone.
+        const auto close = qScopeGuard([&] { transport->close(); });
         sending.get();
         expectSame(receiveAll(transport), text);
         expectEverythingRefused(transport);

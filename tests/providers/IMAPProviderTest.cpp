@@ -33,7 +33,7 @@ Account someAccount()
 /// A provider over scripted connections, with a cache if there is one.
 struct Providing {
     explicit Providing(const QList<Script>& scripts, const std::shared_ptr<MailCache>& cache = nullptr,
-                       const std::source_location& where = std::source_location::current())
+                       const Place& where = Place::current())
         : server(scripts, where)
         , provider(
               IMAPProvider::create(someAccount(), MailAuth::password(u"secret"_s), cache, server.factory()))
@@ -56,7 +56,7 @@ struct Providing {
 
 /// One connection on which these lines follow the sign-in.
 QList<Script> session(std::string_view lines, const QByteArray& capabilities = "MOVE UIDPLUS",
-                      const std::source_location& where = std::source_location::current())
+                      const Place& where = Place::current())
 {
     return {signedIn(capabilities, Chunks::whole, where).then(lines)};
 }
@@ -102,8 +102,7 @@ constexpr std::string_view firstListing = R"(
     S: P7 OK
 )";
 
-Script listedOnce(std::string_view further = {},
-                  const std::source_location& where = std::source_location::current())
+Script listedOnce(std::string_view further = {}, const Place& where = Place::current())
 {
     return signedIn("MOVE UIDPLUS", Chunks::whole, where).then(firstListing).then(further);
 }

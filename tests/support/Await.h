@@ -2,13 +2,13 @@
 
 #include "domain/MailError.h"
 #include "domain/MailProvider.h"
+#include "support/Place.h"
 #include "support/WaitUntil.h"
 
 #include <exception>
 #include <gtest/gtest.h>
 #include <memory>
 #include <optional>
-#include <source_location>
 #include <type_traits>
 #include <variant>
 
@@ -30,7 +30,7 @@ public:
     T get()
     {
         // A task that never ends is a bug of the code under test; a test must tell it and not hang.
-        if (!waitUntil([this] { return isDone(); }))
+        if (!waitUntil([this] { return isDone(); }, std::chrono::seconds(40)))
             throw std::runtime_error("the task didn't end");
         if (m_outcome->failure)
             std::rethrow_exception(m_outcome->failure);
@@ -73,36 +73,34 @@ T await(Task<T> task)
 /// The task must fail with this case of `MailError` and this payload.
 template <typename T>
 void expectMailError(Task<T> task, MailError::Kind kind, const QString& text = {},
-                     const std::source_location& where = std::source_location::current())
+                     const Place& where = Place::current())
 {
-    const int line = static_cast<int>(where.line());
+    const int line = where.line;
     try {
         await(std::move(task));
-        ADD_FAILURE_AT(where.file_name(), line) << "nothing failed";
+        ADD_FAILURE_AT(where.file, line) << "nothing failed";
     } catch (const MailError& error) {
         if (error.kind() != kind || error.text() != text)
-            ADD_FAILURE_AT(where.file_name(), line)
+            ADD_FAILURE_AT(where.file, line)
                 << "failed as case " << static_cast<int>(error.kind()) << " with \""
                 << error.text().toStdString() << "\", not as case " << static_cast<int>(kind) << " with \""
                 << text.toStdString() << '"';
     } catch (const LocalizedError& error) {
-        ADD_FAILURE_AT(where.file_name(), line)
+        ADD_FAILURE_AT(where.file, line)
             << "failed with another error: " << error.localizedText().toStdString();
     } catch (const std::exception& error) {
-        ADD_FAILURE_AT(where.file_name(), line) << "failed with another error: " << error.what();
+        ADD_FAILURE_AT(where.file, line) << "failed with another error: " << error.what();
     }
 }
 
 template <typename T>
-void expectProtocolError(Task<T> task, const QString& text,
-                         const std::source_location& where = std::source_location::current())
+void expectProtocolError(Task<T> task, const QString& text, const Place& where = Place::current())
 {
     expectMailError(std::move(task), MailError::Kind::protocolError, text, where);
 }
 
 template <typename T>
-void expectUnsupported(Task<T> task, const QString& text,
-                       const std::source_location& where = std::source_location::current())
+void expectUnsupported(Task<T> task, const QString& text, const Place& where = Place::current())
 {
     expectMailError(std::move(task), MailError::Kind::unsupported, text, where);
 }

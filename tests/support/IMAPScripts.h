@@ -7,7 +7,7 @@ namespace Larkhaven {
 /// The transcript of a connection over TLS on which "ann" has signed in with the password "secret". The next
 /// command has the tag P4.
 inline Script signedIn(const QByteArray& capabilities = "MOVE UIDPLUS", Chunks chunks = Chunks::whole,
-                       const std::source_location& where = std::source_location::current())
+                       const Place& where = Place::current())
 {
     Script script(R"(
         S: * OK ready

@@ -70,7 +70,7 @@ MailError closedConnection()
 
 } // namespace
 
-Script::Script(std::string_view text, Chunks chunks, const std::source_location& where)
+Script::Script(std::string_view text, Chunks chunks, const Place& where)
     : m_chunks(chunks)
     , m_where(where)
 {
@@ -149,7 +149,7 @@ void ScriptedTransport::advance(qsizetype count)
 
 void ScriptedTransport::leaveScript(const QString& what) const
 {
-    ADD_FAILURE_AT(m_script.m_where.file_name(), static_cast<int>(m_script.m_where.line()))
+    ADD_FAILURE_AT(m_script.m_where.file, m_script.m_where.line)
         << "step " << m_step + 1 << " of the script: " << what.toStdString();
     throw ScriptError(what.toStdString());
 }
@@ -244,11 +244,11 @@ Task<> ScriptedTransport::startTLS()
 void ScriptedTransport::expectUsedUp() const
 {
     if (m_step < m_script.m_steps.size())
-        ADD_FAILURE_AT(m_script.m_where.file_name(), static_cast<int>(m_script.m_where.line()))
+        ADD_FAILURE_AT(m_script.m_where.file, m_script.m_where.line)
             << "the script was left at step " << m_step + 1 << ": " << shown(remaining());
 }
 
-ScriptedServer::ScriptedServer(const QList<Script>& scripts, const std::source_location& where)
+ScriptedServer::ScriptedServer(const QList<Script>& scripts, const Place& where)
     : m_scripts(scripts)
     , m_where(where)
 {}
@@ -267,8 +267,7 @@ std::shared_ptr<MailTransport> ScriptedServer::open(const Opening& opening)
 {
     m_openings.append(opening);
     if (m_connections.size() == m_scripts.size()) {
-        ADD_FAILURE_AT(m_where.file_name(), static_cast<int>(m_where.line()))
-            << "one connection more than there are scripts";
+        ADD_FAILURE_AT(m_where.file, m_where.line) << "one connection more than there are scripts";
         throw ScriptError("no script for the connection");
     }
     m_connections.append(ScriptedTransport::create(m_scripts[m_connections.size()]));
@@ -278,7 +277,7 @@ std::shared_ptr<MailTransport> ScriptedServer::open(const Opening& opening)
 void ScriptedServer::expectUsedUp() const
 {
     if (m_connections.size() < m_scripts.size())
-        ADD_FAILURE_AT(m_where.file_name(), static_cast<int>(m_where.line()))
+        ADD_FAILURE_AT(m_where.file, m_where.line)
             << m_connections.size() << " of " << m_scripts.size() << " scripts were opened";
     for (const auto& connection : m_connections)
         connection->expectUsedUp();

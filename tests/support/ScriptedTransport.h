@@ -1,13 +1,14 @@
 #pragma once
 
 #include "protocols/MailTransport.h"
+#include "support/Place.h"
 
 #include <QByteArray>
 #include <QList>
 #include <QString>
 
 #include <memory>
-#include <source_location>
+#include <stdexcept>
 #include <string_view>
 
 namespace Larkhaven {
@@ -34,8 +35,7 @@ enum class Chunks {
 class Script {
 public:
     // A script is written where it is read; `where` is what failures point to.
-    Script(std::string_view text, Chunks chunks = Chunks::whole,
-           const std::source_location& where = std::source_location::current());
+    Script(std::string_view text, Chunks chunks = Chunks::whole, const Place& where = Place::current());
 
     /// Adds bytes that are too many to write down.
     Script& server(const QByteArray& bytes) { return add(Turn::server, bytes); }
@@ -56,7 +56,7 @@ private:
 
     QList<Step> m_steps;
     Chunks m_chunks;
-    std::source_location m_where;
+    Place m_where;
 };
 
 /// The script of a failed test was left. No `LocalizedError`, so that nothing takes it for a failure of the
@@ -118,8 +118,7 @@ public:
         bool operator==(const Opening&) const = default;
     };
 
-    explicit ScriptedServer(const QList<Script>& scripts,
-                            const std::source_location& where = std::source_location::current());
+    explicit ScriptedServer(const QList<Script>& scripts, const Place& where = Place::current());
     ScriptedServer(const ScriptedServer&) = delete;
     ScriptedServer& operator=(const ScriptedServer&) = delete;
 
@@ -136,7 +135,7 @@ private:
     std::shared_ptr<MailTransport> open(const Opening& opening);
 
     QList<Script> m_scripts;
-    std::source_location m_where;
+    Place m_where;
     QList<Opening> m_openings;
     QList<std::shared_ptr<ScriptedTransport>> m_connections;
 };
