@@ -24,7 +24,7 @@ struct Crossing {
 
 Task<> cross(std::shared_ptr<Crossing> crossing, QString name)
 {
-    const Turnstile::Turn turn = co_await crossing->turnstile.enter();
+    [[maybe_unused]] const Turnstile::Turn turn = co_await crossing->turnstile.enter();
     crossing->notes.append(name + u" enters"_s);
     co_await crossing->release.wait(forever);
     crossing->notes.append(name + u" leaves"_s);
@@ -32,7 +32,7 @@ Task<> cross(std::shared_ptr<Crossing> crossing, QString name)
 
 Task<> crossAndFail(std::shared_ptr<Crossing> crossing)
 {
-    const Turnstile::Turn turn = co_await crossing->turnstile.enter();
+    [[maybe_unused]] const Turnstile::Turn turn = co_await crossing->turnstile.enter();
     throw MailError::cancelled();
 }
 

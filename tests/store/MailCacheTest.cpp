@@ -46,7 +46,7 @@ protected:
     QString messages() const { return directory() + u"/messages"_s; }
     QString messageFile(const QByteArray& key) const { return messages() + u'/' + hexName(key); }
 
-    std::unique_ptr<MailCache> made(qint64 maxBytes = 500 * 1024 * 1024) const
+    std::unique_ptr<MailCache> made(qint64 maxBytes = 524'288'000) const
     {
         return std::make_unique<MailCache>(directory(), cipher(), maxBytes);
     }

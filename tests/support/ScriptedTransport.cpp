@@ -259,7 +259,7 @@ TransportFactory ScriptedServer::factory()
         return [](ScriptedServer* server, Opening opening) -> Task<std::shared_ptr<MailTransport>> {
             co_await NextTurn();
             co_return server->open(opening);
-        }(this, {host, port, implicitTLS});
+        }(this, {std::move(host), port, implicitTLS});
     };
 }
 

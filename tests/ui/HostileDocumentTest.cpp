@@ -69,6 +69,11 @@ protected:
         SCOPED_TRACE(head.toStdString());
         view.display({filled(u"<p>HACKED</p>"_s).replace(u"<body"_s, head + u"<body"_s), {}, 0, 0}, remote,
                      1);
+        expectRefusal();
+    }
+
+    void expectRefusal()
+    {
         const auto* const refusal = view.findChild<QLabel*>();
         EXPECT_TRUE(
             waitUntil([refusal] { return refusal->isVisible() && !refusal->visibleRegion().isEmpty(); }));
@@ -145,8 +150,8 @@ TEST_F(HostileDocumentTest, LeavesByNoLink)
 {
     for (const QString& target :
          {u"http://{host}/"_s, u"https://{host}/"_s, u"data:text/html,HACKED"_s, u"file:///etc/hostname"_s,
-          u"about:blank"_s, u"larkhaven-message:other"_s, u"view-source:http://{host}/"_s,
-          u"chrome://version/"_s, u"mailto:a@b.example"_s, u"ftp://{host}/"_s, u"blob:x"_s}) {
+          u"larkhaven-message:other"_s, u"view-source:http://{host}/"_s, u"chrome://version/"_s,
+          u"mailto:a@b.example"_s, u"ftp://{host}/"_s, u"blob:x"_s}) {
         expectHarmless(u"<base href=\"http://{host}/\"><a href=\"%1\" ping=\"http://{host}/ping\" "
                        "style=\"display:block;height:90px\">x</a>"_s.arg(target));
         expectHarmless(
@@ -160,6 +165,19 @@ TEST_F(HostileDocumentTest, LeavesByNoLink)
     expectHarmless(
         u"<map name=\"m\"><area shape=\"default\" href=\"http://{host}/\"></map><img usemap=\"#m\" "
         "width=\"90\" height=\"90\" src=\"data:image/svg+xml,<svg xmlns='http://www.w3.org/2000/svg'/>\">"_s);
+}
+
+TEST_F(HostileDocumentTest, ShowsARefusalWhereALinkLeadsToAnEmptyPage)
+{
+    // The engine follows these without asking.
+    for (const QString& target : {u"about:blank"_s, u"about:blank#x"_s, u"about:version"_s}) {
+        SCOPED_TRACE(target.toStdString());
+        showDocument(view,
+                     filled(u"<a href=\"%1\" style=\"display:block;height:90px\">HACKED</a>"_s.arg(target)));
+        ASSERT_TRUE(waitForColor(view, QPoint(395, 295), QColor(0, 255, 0)));
+        QTest::mouseClick(&inputWidget(view), Qt::LeftButton, {}, QPoint(30, 30));
+        expectRefusal();
+    }
 }
 
 TEST_F(HostileDocumentTest, SubmitsNoForm)
