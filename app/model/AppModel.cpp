@@ -3,17 +3,12 @@
 #include "app/platform/ContinuousClock.h"
 #include "app/platform/LauncherBadge.h"
 #include "app/platform/WakeMonitor.h"
-#include "domain/Coding.h"
 #include "domain/MailError.h"
 #include "domain/Text.h"
 #include "model/AccountStore.h"
-#include "platform/RandomBytes.h"
 #include "platform/Tasks.h"
 #include "protocols/StreamTransport.h"
-#include "providers/IMAPProvider.h"
-#include "store/AESGCMCipher.h"
 
-#include <QDir>
 #include <QLocale>
 #include <QStandardPaths>
 
@@ -50,6 +45,9 @@ AppModel::Services AppModel::systemServices()
 AppModel::AppModel(Services services, QObject* parent)
     : QObject(parent)
     , m_services(std::move(services))
+    , m_recovery(std::make_shared<ComposeRecovery>([self = QPointer(this)](const QUuid& accountID) {
+        return self ? self->cache(accountID) : nullptr;
+    }))
 {
     registerUserSettings(defaults());
     m_accounts = AccountStore::load(defaults());
@@ -65,15 +63,6 @@ AppModel::~AppModel()
 }
 
 // --- Fields
-
-template <typename Value>
-void AppModel::assign(Value& field, const Value& value, void (AppModel::*changed)())
-{
-    if (field == value)
-        return;
-    field = value;
-    Q_EMIT(this->*changed)();
-}
 
 void AppModel::setSearchText(const QString& text)
 {
@@ -107,22 +96,34 @@ void AppModel::clearErrorMessage()
     assign(m_errorMessage, std::optional<QString>(), &AppModel::errorMessageChanged);
 }
 
-std::optional<ComposeDraft> AppModel::takeComposeSeed(const QUuid& id)
-{
-    const auto seed = m_composeSeeds.constFind(id);
-    if (seed == m_composeSeeds.cend())
-        return std::nullopt;
-    return m_composeSeeds.take(id);
-}
-
 void AppModel::clearPendingCompose()
 {
     assign(m_pendingCompose, std::optional<QUuid>(), &AppModel::pendingComposeChanged);
 }
 
+void AppModel::clearLabelEdit()
+{
+    assign(m_labelEdit, std::optional<LabelEdit>(), &AppModel::labelEditChanged);
+}
+
+void AppModel::clearLabelDeletion()
+{
+    assign(m_labelDeletion, std::optional<LabelDeletion>(), &AppModel::labelDeletionChanged);
+}
+
+void AppModel::setImapSetupAccountID(const std::optional<QUuid>& accountID)
+{
+    assign(m_imapSetupAccountID, accountID, &AppModel::imapSetupAccountIDChanged);
+}
+
 void AppModel::setLoading(bool isLoading)
 {
     assign(m_isLoading, isLoading, &AppModel::isLoadingChanged);
+}
+
+void AppModel::setSigningIn(bool isSigningIn)
+{
+    assign(m_isSigningIn, isSigningIn, &AppModel::signingInChanged);
 }
 
 void AppModel::setNeedsReauth(const QUuid& accountID, bool isNeeded)
@@ -164,6 +165,18 @@ std::optional<MessageSummary> AppModel::message(const QString& id) const
     return opened == m_opened.cend() ? std::nullopt : std::optional(*opened);
 }
 
+QList<MessageSummary> AppModel::actedOn() const
+{
+    if (!m_path.isEmpty()) {
+        const std::optional<MessageSummary> opened = message(m_path.last());
+        return opened ? QList{*opened} : QList<MessageSummary>();
+    }
+    QList<MessageSummary> rows;
+    std::ranges::copy_if(m_messages, std::back_inserter(rows),
+                         [this](const MessageSummary& row) { return m_selection.contains(row.id); });
+    return rows;
+}
+
 int AppModel::pageSize() const
 {
     const qint64 size = defaults().integer(DefaultsKey::pageSize);
@@ -188,7 +201,12 @@ QString AppModel::labelNoun() const
     std::optional<Account> account = selectedAccount();
     if (!account && !m_accounts.isEmpty())
         account = m_accounts.first();
-    return account && account->provider == ProviderKind::google ? tr("Label") : tr("Folder");
+    return labelNoun(account ? account->provider : ProviderKind::imap);
+}
+
+QString AppModel::labelNoun(ProviderKind provider)
+{
+    return provider == ProviderKind::google ? tr("Label") : tr("Folder");
 }
 
 QString AppModel::badgeText() const
@@ -196,87 +214,15 @@ QString AppModel::badgeText() const
     constexpr qint64 largest = 9999;
     const QString inbox = MailboxRef::system(Mailbox::inbox).id();
     qint64 sum = 0;
+    // Counts are what servers say.
     for (const Account& account : m_accounts)
-        sum += m_counts.value(account.id).value(inbox);
+        sum += std::clamp(m_counts.value(account.id).value(inbox), qint64{0}, largest + 1);
     if (!defaults().boolean(DefaultsKey::showDockBadge) || sum <= 0)
         return {};
     return sum > largest ? u"%1+"_s.arg(largest) : QString::number(sum);
 }
 
 // --- Accounts
-
-std::shared_ptr<MailProvider> AppModel::provider(const QUuid& accountID)
-{
-    if (const std::shared_ptr<MailProvider> known = m_providers.value(accountID))
-        return known;
-    const auto account = std::ranges::find(m_accounts, accountID, &Account::id);
-    std::shared_ptr<MailProvider> made = account == m_accounts.end() ? nullptr : makeProvider(*account);
-    if (made)
-        m_providers.insert(accountID, made);
-    return made;
-}
-
-std::shared_ptr<MailProvider> AppModel::makeProvider(const Account& account)
-{
-    // The services that sign in with OAuth need a client identifier, which this build has not.
-    if (account.provider != ProviderKind::imap)
-        return nullptr;
-    std::optional<Credential> credential;
-    try {
-        credential = m_services.secrets->load(account.id);
-    } catch (const LocalizedError&) {
-        // Told through `needsReauth`, like a credential that isn't there.
-    }
-    if (!credential || !credential->password()) {
-        setNeedsReauth(account.id, true);
-        return nullptr;
-    }
-    try {
-        return IMAPProvider::create(account, MailAuth::password(*credential->password()), cache(account.id),
-                                    m_services.transports);
-    } catch (const MailError&) {
-        return nullptr;
-    }
-}
-
-std::shared_ptr<MailCache> AppModel::cache(const QUuid& accountID)
-{
-    if (const std::shared_ptr<MailCache> known = m_caches.value(accountID))
-        return known;
-    std::shared_ptr<MailCache> made = makeCache(accountID);
-    if (made)
-        m_caches.insert(accountID, made);
-    return made;
-}
-
-std::shared_ptr<MailCache> AppModel::makeCache(const QUuid& accountID)
-{
-    if (m_services.cachesDirectory.isEmpty())
-        return nullptr;
-    const QString directory =
-        u"%1/Larkhaven/%2"_s.arg(m_services.cachesDirectory, Coding::fromUuid(accountID));
-    std::optional<QByteArray> key;
-    try {
-        key = m_services.cacheKeys->loadData(accountID);
-    } catch (const KeychainError&) {
-        // A key that can't be read is a key that is lost.
-    }
-    if (!key) {
-        key = randomBytes(AESGCMCipher::keySize);
-        if (!key)
-            return nullptr;
-        // Whatever was sealed with the lost key can't be read any more.
-        QDir(directory).removeRecursively();
-        try {
-            m_services.cacheKeys->saveData(*key, accountID);
-        } catch (const KeychainError&) {
-            return nullptr;
-        }
-    }
-    if (key->size() != AESGCMCipher::keySize)
-        return nullptr;
-    return std::make_shared<MailCache>(directory, std::make_shared<AESGCMCipher>(*key), cacheLimit);
-}
 
 void AppModel::useProvider(const QUuid& accountID, std::shared_ptr<MailProvider> provider)
 {
@@ -399,6 +345,7 @@ Task<> AppModel::load(int page, bool refresh)
         co_return;
     }
     const quint64 generation = ++m_loadGeneration;
+    const quint64 listing = m_listing;
     setLoading(true);
     const qint64 limit = pageSize();
     MessagePage answer;
@@ -410,9 +357,15 @@ Task<> AppModel::load(int page, bool refresh)
     }
     if (!self || m_loadGeneration != generation)
         co_return;
+    if (m_listing != listing) {
+        // Another listing has come, and nothing could be asked for it.
+        setLoading(false);
+        co_return;
+    }
     if (failure) {
         report(failure, item->accountID);
     } else {
+        applyPendingChanges(answer.messages);
         m_pageCache.insert(page, answer);
         if (answer.total)
             setPaging(m_pageIndex, m_hasNextPage, answer.total);
@@ -465,6 +418,8 @@ Task<> AppModel::lastPage()
     if (!source)
         co_return;
     const qint64 size = pageSize();
+    const quint64 generation = ++m_loadGeneration;
+    const quint64 listing = m_listing;
     setLoading(true);
     qint64 offset = 0;
     std::exception_ptr failure;
@@ -473,9 +428,11 @@ Task<> AppModel::lastPage()
     } catch (...) {
         failure = std::current_exception();
     }
-    if (!self)
+    if (!self || m_loadGeneration != generation)
         co_return;
     setLoading(false);
+    if (m_listing != listing)
+        co_return;
     if (failure)
         report(failure, item->accountID);
     else
@@ -570,87 +527,6 @@ Task<> AppModel::refreshLoop(QPointer<AppModel> model, std::stop_token stop)
             co_return;
         co_await model->refresh();
     }
-}
-
-// --- Messages
-
-AppModel::KeptRows AppModel::keepRows() const
-{
-    return {m_listing, m_pageIndex, m_messages};
-}
-
-void AppModel::restoreRows(const KeptRows& kept)
-{
-    // The rows of one mailbox never appear in another.
-    if (kept.listing != m_listing)
-        return;
-    if (const auto page = m_pageCache.find(kept.page); page != m_pageCache.end())
-        page->messages = kept.rows;
-    if (kept.page == m_pageIndex)
-        assign(m_messages, kept.rows, &AppModel::messagesChanged);
-}
-
-void AppModel::changeFlag(const QList<MessageSummary>& rows, Flag flag, bool value)
-{
-    if (rows.isEmpty() || !provider(rows.first().accountID))
-        return;
-    const KeptRows kept = keepRows();
-    QSet<QString> ids;
-    for (const MessageSummary& row : rows)
-        ids.insert(row.id);
-    QList<MessageSummary> changed = m_messages;
-    for (MessageSummary& row : changed) {
-        if (ids.contains(row.id))
-            row.*flag = value;
-    }
-    for (const QString& id : std::as_const(ids)) {
-        if (const auto opened = m_opened.find(id); opened != m_opened.end())
-            (*opened).*flag = value;
-    }
-    if (const auto page = m_pageCache.find(m_pageIndex); page != m_pageCache.end())
-        page->messages = changed;
-    assign(m_messages, changed, &AppModel::messagesChanged);
-    start(tellFlag(rows.first().accountID, ids.values(), flag, value, kept));
-}
-
-Task<> AppModel::tellFlag(QUuid accountID, QList<QString> ids, Flag flag, bool value, KeptRows kept)
-{
-    const QPointer<AppModel> self(this);
-    const std::shared_ptr<MailProvider> source = provider(accountID);
-    std::exception_ptr failure;
-    try {
-        if (flag == &MessageSummary::isRead)
-            co_await source->setRead(value, ids);
-        else
-            co_await source->setStarred(value, ids);
-    } catch (...) {
-        failure = std::current_exception();
-    }
-    if (!self)
-        co_return;
-    if (!failure) {
-        co_await loadCounts(accountID);
-        co_return;
-    }
-    restoreRows(kept);
-    report(failure, accountID);
-}
-
-void AppModel::open(const MessageSummary& row)
-{
-    m_opened.insert(row.id, row);
-    setOpenParsed(std::nullopt);
-    setPath({row.id});
-    setSelection({row.id});
-    if (!row.isRead)
-        changeFlag({row}, &MessageSummary::isRead, true);
-}
-
-void AppModel::newMessage(const QString& address)
-{
-    const ComposeDraft draft{QUuid::createUuid(), address};
-    m_composeSeeds.insert(draft.id, draft);
-    assign(m_pendingCompose, std::optional(draft.id), &AppModel::pendingComposeChanged);
 }
 
 } // namespace Larkhaven

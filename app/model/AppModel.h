@@ -6,6 +6,8 @@
 #include "domain/Mailbox.h"
 #include "domain/Message.h"
 #include "format/ParsedMessage.h"
+#include "model/ComposeDraft.h"
+#include "model/ComposeRecovery.h"
 #include "model/SortField.h"
 #include "model/UserDefaults.h"
 #include "protocols/MailTransport.h"
@@ -23,6 +25,7 @@
 #include <memory>
 #include <optional>
 #include <stop_token>
+#include <variant>
 
 namespace Larkhaven {
 
@@ -34,14 +37,6 @@ struct SidebarItem {
     bool operator==(const SidebarItem&) const = default;
 };
 size_t qHash(const SidebarItem& item, size_t seed = 0);
-
-/// The state of a message that is being written.
-struct ComposeDraft {
-    QUuid id;
-    QString to; ///< as typed: addresses separated by commas
-
-    bool operator==(const ComposeDraft&) const = default;
-};
 
 /// The single state object of the running application: accounts, mailboxes, the rows on screen, and all flows
 /// over them.
@@ -69,6 +64,38 @@ public:
     };
     /// The real ones.
     static Services systemServices();
+
+    /// The open label dialog.
+    struct LabelEdit {
+        struct Create {
+            std::optional<MailLabel> parent;
+            QList<MessageSummary> applyTo; ///< rows that get the new label
+
+            bool operator==(const Create&) const = default;
+        };
+        struct Rename {
+            MailLabel label;
+
+            bool operator==(const Rename&) const = default;
+        };
+        using Kind = std::variant<Create, Rename>;
+
+        QUuid id; ///< a new one for each dialog
+        QUuid accountID;
+        Kind kind;
+
+        bool operator==(const LabelEdit&) const = default;
+    };
+    /// The open question whether a label is to be deleted.
+    struct LabelDeletion {
+        QUuid id; ///< a new one for each dialog
+        QUuid accountID;
+        MailLabel label;
+
+        bool operator==(const LabelDeletion&) const = default;
+    };
+    /// Asks the user where to save a file of the suggested name; gives its path, empty if they cancel.
+    using SavePanel = std::function<QString(const QString&)>;
 
     /// The name of the application in the system, and the first part of the names of its keychain services.
     static const QString& bundleIdentifier();
@@ -111,6 +138,12 @@ public:
     QHash<QString, qint64> counts(const QUuid& accountID) const { return m_counts.value(accountID); }
     /// Whether the page is kept, so that it shows without the network.
     bool hasCachedPage(int page) const { return m_pageCache.contains(page); }
+    const std::optional<LabelEdit>& labelEdit() const { return m_labelEdit; }
+    const std::optional<LabelDeletion>& labelDeletion() const { return m_labelDeletion; }
+    /// Whether a sign-in or a test of server settings is under way.
+    bool isSigningIn() const { return m_isSigningIn; }
+    /// The account that the set-up window repairs; absent when it adds one.
+    const std::optional<QUuid>& imapSetupAccountID() const { return m_imapSetupAccountID; }
 
     void setSearchText(const QString& text);
     void setSortOrder(const QList<SortComparator>& order);
@@ -118,20 +151,25 @@ public:
     void setPath(const QList<QString>& path);
     void setOpenParsed(const std::optional<ParsedMessage>& message);
     void clearErrorMessage();
-    /// The draft of a compose window, which leaves the model with it.
-    std::optional<ComposeDraft> takeComposeSeed(const QUuid& id);
     void clearPendingCompose();
+    void clearLabelEdit();
+    void clearLabelDeletion();
+    void setImapSetupAccountID(const std::optional<QUuid>& accountID);
 
     // --- Derived values
     std::optional<Account> selectedAccount() const;
     /// A row by its id: first among `messages`, then among the opened ones.
     std::optional<MessageSummary> message(const QString& id) const;
+    /// What a command for messages acts on: the open message, or else the selected rows in the order of the
+    /// page.
+    QList<MessageSummary> actedOn() const;
     /// 25, 50 or 100.
     int pageSize() const;
     /// "26–50 of 60"; empty with no rows.
     QString pagerText() const;
     /// "Label" for a Google account, otherwise "Folder".
     QString labelNoun() const;
+    static QString labelNoun(ProviderKind provider);
     /// What the launcher's badge says of the unread messages in all Inboxes: empty, the number, or "9999+".
     QString badgeText() const;
 
@@ -171,10 +209,79 @@ public:
     void startRefreshLoop();
 
     // --- Messages
+    // The rows of one action all belong to one account. They change at once; the server is told in a task,
+    // and when it refuses, the rows go back and the failure is reported.
+
     /// Shows the message in the reader and marks it as read.
     void open(const MessageSummary& row);
-    /// Asks for a compose window to the address, which may be empty.
-    void newMessage(const QString& address);
+    /// Marks all as read if any is unread, otherwise all as unread.
+    void toggleRead(const QList<MessageSummary>& rows);
+    /// Stars all if any isn't starred, otherwise takes the star from all.
+    void toggleStarred(const QList<MessageSummary>& rows);
+    // These take the rows off the list.
+    void archive(const QList<MessageSummary>& rows);
+    void trash(const QList<MessageSummary>& rows);
+    void moveToInbox(const QList<MessageSummary>& rows);
+    void reportSpam(const QList<MessageSummary>& rows);
+    void move(const QList<MessageSummary>& rows, const MailboxRef& target);
+    void setLabel(const QList<MessageSummary>& rows, const MailLabel& label, bool applied);
+    /// Saves the message as it came to the file that the user chooses.
+    Task<> saveMessage(MessageSummary row, SavePanel choose);
+
+    // --- Labels and folders
+    /// Opens the dialog for a new label: of the given account, else that of the first row, else the selected.
+    void beginCreateLabel(const std::optional<QUuid>& accountID = std::nullopt,
+                          const std::optional<MailLabel>& parent = std::nullopt,
+                          const QList<MessageSummary>& applyTo = {});
+    void beginRenameLabel(const MailLabel& label, const QUuid& accountID);
+    void beginDeleteLabel(const MailLabel& label, const QUuid& accountID);
+    Task<> applyLabelEdit(LabelEdit edit, QString name);
+    Task<> confirmLabelDeletion(LabelDeletion deletion);
+
+    // --- Writing
+    /// The account that a new message is sent from.
+    std::optional<Account> composeAccount() const;
+    /// What goes below a new text: empty, or the signature set off by "-- ".
+    QString signatureBlock() const;
+    /// Opens a compose window to the addresses, which may be empty.
+    void newMessage(const QString& to);
+    Task<> reply(MessageSummary row, bool all);
+    Task<> forward(MessageSummary row);
+    Task<> editDraft(MessageSummary row);
+    /// Asks for the window of the draft through `pendingCompose`.
+    void openCompose(const ComposeDraft& draft);
+    /// What the window with the id begins with; it stays until `closeCompose`.
+    std::optional<ComposeDraft> takeSeed(const QUuid& id) const;
+    /// The window with the id has closed, with its text sent, stored or thrown away on purpose.
+    void closeCompose(const QUuid& id);
+    /// The message that the draft stands for. For sending it needs a recipient, and addresses that are valid.
+    /// Fails with `MailError`.
+    OutgoingMessage outgoing(const ComposeDraft& draft, bool forSending);
+    /// Fails towards the window, which stays open.
+    Task<> send(ComposeDraft draft);
+    /// Fails towards the window, which stays open.
+    Task<> saveDraft(ComposeDraft draft);
+    /// Keeps a text that is being written, sealed, in case the process ends before its window is closed. The
+    /// newest kept state of each window counts.
+    void keepForRecovery(const ComposeDraft& draft);
+    /// Opens a window again for each text that was kept when the program last ended.
+    Task<> recoverDrafts();
+    /// Whether the draft comes out of `recoverDrafts`: what it holds is stored nowhere else.
+    bool isRecovered(const QUuid& draftID) const { return m_recoveredDrafts.contains(draftID); }
+
+    // --- Account set-up
+    /// Proves the settings, then adds the account or changes the one that is being repaired. Fails towards
+    /// the form; with `cancelled`, and nothing stored, where `stop` is requested meanwhile.
+    Task<> saveIMAPAccount(QString name, QString email, ServerSettings settings, QString password,
+                           std::stop_token stop = {});
+    /// The first step of signing in again; for a password account `openSetup` opens the set-up window.
+    void signInAgain(const Account& account, const std::function<void()>& openSetup);
+    /// Removes the account with its credential, its cache and its key.
+    Task<> removeAccount(QUuid accountID);
+    /// Bytes held by the caches of all accounts.
+    Task<qint64> cacheSize();
+    /// Empties all caches and asks the services anew.
+    Task<> clearCaches();
 
     /// Runs a flow that nobody waits for; a failure of it goes to `report`.
     void start(Task<> flow, const std::optional<QUuid>& accountID = std::nullopt);
@@ -196,10 +303,20 @@ Q_SIGNALS:
     /// `pageIndex`, `hasNextPage` or `total`.
     void pagingChanged();
     void countsChanged();
+    void labelEditChanged();
+    void labelDeletionChanged();
+    void signingInChanged();
+    void imapSetupAccountIDChanged();
 
 private:
-    using Flag = bool MessageSummary::*;
+    using Change = std::function<void(MessageSummary&)>;
+    using Request = std::function<Task<>(std::shared_ptr<MailProvider>, QList<QString>)>;
     /// The rows of a page before a change, to go back to if the server refuses it.
+    struct PendingChange {
+        quint64 number;
+        QSet<QString> ids;
+        Change change; ///< empty for a removal
+    };
     struct KeptRows {
         quint64 listing;
         int page;
@@ -207,7 +324,13 @@ private:
     };
 
     template <typename Value>
-    void assign(Value& field, const Value& value, void (AppModel::*changed)());
+    void assign(Value& field, const Value& value, void (AppModel::*changed)())
+    {
+        if (field == value)
+            return;
+        field = value;
+        Q_EMIT(this->*changed)();
+    }
 
     std::shared_ptr<MailProvider> makeProvider(const Account& account);
     std::shared_ptr<MailCache> makeCache(const QUuid& accountID);
@@ -222,9 +345,37 @@ private:
     void updateBadge();
     static Task<> refreshLoop(QPointer<AppModel> model, std::stop_token stop);
 
-    /// Sets a flag on the rows at once and tells the server in a task.
-    void changeFlag(const QList<MessageSummary>& rows, Flag flag, bool value);
-    Task<> tellFlag(QUuid accountID, QList<QString> ids, Flag flag, bool value, KeptRows kept);
+    /// Changes the rows at once and tells the server in a task.
+    void change(const QList<MessageSummary>& rows, const Change& change, const Request& request);
+    Task<> tellChange(QUuid accountID, QList<QString> ids, Request request, KeptRows kept, quint64 pending);
+    /// Takes the rows off the list at once and tells the server in a task.
+    void removeRows(const QList<MessageSummary>& rows, const Request& request);
+    Task<> tellRemoval(QUuid accountID, QList<QString> ids, Request request, KeptRows kept, quint64 pending);
+    quint64 beginChange(const QSet<QString>& ids, const Change& change);
+    void endChange(quint64 number);
+    /// The rows as they will be once the service knows of the changes that it is being told.
+    void applyPendingChanges(QList<MessageSummary>& rows) const;
+    Task<> createLabel(LabelEdit edit, LabelEdit::Create create, QString name);
+    Task<> renameLabel(LabelEdit edit, MailLabel label, QString name);
+
+    Task<ParsedMessage> parsed(MessageSummary row);
+    Task<std::optional<QString>> threadID(MessageSummary row);
+    /// Fills an empty draft from a message; pure, and called on a worker.
+    using Writing = std::function<void(ComposeDraft&, const ParsedMessage&)>;
+    Task<> prepare(MessageSummary row, bool isOfThread, Writing writing);
+    ComposeDraft emptyDraft(const QUuid& accountID) const;
+    /// Whether the mailbox is on screen.
+    bool shows(const QUuid& accountID, Mailbox role) const;
+
+    QString cacheDirectory(const QUuid& accountID) const;
+    /// The account's cache if it is built or its files are there; null otherwise.
+    std::shared_ptr<MailCache> cacheOnDisk(const QUuid& accountID);
+    /// The account that the set-up form changes, or a new one.
+    Account accountToChange(const QString& email) const;
+    void storeAccount(const Account& account);
+    /// Shows another account, if there is one, in place of one that is gone.
+    void leaveAccount(const QUuid& accountID);
+    void setSigningIn(bool isSigningIn);
 
     Services m_services;
     QList<Account> m_accounts;
@@ -238,6 +389,12 @@ private:
     QHash<QString, MessageSummary> m_opened; ///< rows kept for what `path` holds
     std::optional<QUuid> m_pendingCompose;
     QHash<QUuid, ComposeDraft> m_composeSeeds;
+    QSet<QUuid> m_recoveredDrafts;
+    std::shared_ptr<ComposeRecovery> m_recovery;
+    std::optional<LabelEdit> m_labelEdit;
+    std::optional<LabelDeletion> m_labelDeletion;
+    bool m_isSigningIn = false;
+    std::optional<QUuid> m_imapSetupAccountID;
     std::optional<ParsedMessage> m_openParsed;
     std::optional<QString> m_errorMessage;
     QSet<QUuid> m_needsReauth;
@@ -252,6 +409,8 @@ private:
     bool m_hasNextPage = false;
     std::optional<qint64> m_total;
     QHash<QUuid, QHash<QString, qint64>> m_counts;
+    QList<PendingChange> m_pendingChanges; ///< what the services are being told
+    quint64 m_lastChange = 0;
 };
 
 } // namespace Larkhaven

@@ -1,5 +1,7 @@
 #include "views/AddressLabel.h"
 
+#include "views/DisplayText.h"
+
 #include <QClipboard>
 #include <QContextMenuEvent>
 #include <QGuiApplication>
@@ -31,6 +33,9 @@ QString mailbox(const EmailAddress& address)
 
 } // namespace
 
+/// In UTF-16 units; there may be many of them.
+constexpr qsizetype longestName = 200;
+
 AddressLabel::AddressLabel(QWidget* parent)
     : QLabel(parent)
 {
@@ -43,9 +48,9 @@ void AddressLabel::setAddresses(const QList<EmailAddress>& addresses, const QStr
 {
     m_addresses = addresses;
     setText(addresses.isEmpty() ? placeholder : joined(addresses, [](const EmailAddress& address) {
-        return address.displayName();
+        return DisplayText::bounded(address.displayName(), longestName);
     }));
-    setToolTip(joined(addresses, mailbox).toHtmlEscaped());
+    setToolTip(DisplayText::toolTip(joined(addresses, mailbox)));
 }
 
 void AddressLabel::copy()

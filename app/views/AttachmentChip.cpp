@@ -1,5 +1,6 @@
 #include "views/AttachmentChip.h"
 
+#include "views/DisplayText.h"
 #include "views/RowText.h"
 #include "views/Style.h"
 
@@ -34,7 +35,7 @@ AttachmentChip::AttachmentChip(const QString& filename, const QString& mimeType,
     QString mnemonicFree = u"%1 (%2)"_s.arg(filename, m_size);
     setText(mnemonicFree.replace(u'&', u"&&"_s));
     setAccessibleName(u"%1 (%2)"_s.arg(filename, m_size));
-    setToolTip(tr("Save %1").arg(filename).toHtmlEscaped());
+    setToolTip(DisplayText::toolTip(tr("Save %1").arg(filename)));
     setAttribute(Qt::WA_Hover);
     setCursor(Qt::PointingHandCursor);
     setFocusPolicy(Qt::TabFocus);

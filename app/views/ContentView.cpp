@@ -1,10 +1,14 @@
 #include "views/ContentView.h"
 
+#include "views/DisplayText.h"
+#include "views/IMAPSetupView.h"
+#include "views/LabelDialogs.h"
 #include "views/MailToolbar.h"
 #include "views/MessageTable.h"
 #include "views/MessageTableView.h"
 #include "views/PlainAlert.h"
 #include "views/SearchField.h"
+#include "views/SidebarPane.h"
 #include "views/SidebarView.h"
 #include "views/Style.h"
 #include "views/WelcomeView.h"
@@ -26,11 +30,11 @@ ContentView::ContentView(AppModel& model, ReaderView::Desktop desktop, QWidget* 
     , m_model(model)
     , m_desktop(std::move(desktop))
     , m_root(new QStackedWidget)
-    , m_welcome(new WelcomeView)
+    , m_welcome(new WelcomeView(model))
     , m_mail(new QWidget)
     , m_toolbar(new MailToolbar(model))
     , m_split(new QSplitter)
-    , m_sidebar(new SidebarView(model))
+    , m_sidebar(new SidebarPane(model))
     , m_detail(new QStackedWidget)
     , m_listing(new MessageTableView(model))
 {
@@ -56,6 +60,15 @@ ContentView::ContentView(AppModel& model, ReaderView::Desktop desktop, QWidget* 
     // message opens is taken off the screen and made anew, and loses its place and the keyboard.
     (new QQuickWidget(this))->hide();
 
+    new LabelDialogs(model, this);
+    m_listing->table().setSavePanel(
+        [this](const QString& name) { return m_desktop.chooseSavePath(this, name); });
+    connect(m_welcome, &WelcomeView::setupRequested, this, [this] {
+        m_model.setImapSetupAccountID(std::nullopt);
+        openSetup();
+    });
+    connect(m_sidebar, &SidebarPane::setupRequested, this, &ContentView::openSetup);
+    connect(m_listing, &MessageTableView::setupRequested, this, &ContentView::openSetup);
     connect(m_toolbar, &MailToolbar::sidebarToggled, this,
             [this] { m_sidebar->setVisible(m_sidebar->isHidden()); });
     connect(new QShortcut(QKeySequence::Find, this), &QShortcut::activated, this,
@@ -67,6 +80,22 @@ ContentView::ContentView(AppModel& model, ReaderView::Desktop desktop, QWidget* 
     connect(&model, &AppModel::errorMessageChanged, this, &ContentView::followError);
     followAccounts();
     followPath();
+}
+
+ContentView::~ContentView() = default;
+
+SidebarView& ContentView::sidebar() const
+{
+    return m_sidebar->sidebar();
+}
+
+void ContentView::openSetup()
+{
+    if (!m_setup)
+        m_setup = std::make_unique<IMAPSetupView>(m_model);
+    m_setup->show();
+    m_setup->raise();
+    m_setup->activateWindow();
 }
 
 ReaderView& ContentView::reader()
@@ -116,10 +145,10 @@ void ContentView::updateTitle()
 {
     const std::optional<Account> account = m_model.selectedAccount();
     if (!m_model.path().isEmpty() && m_reader)
-        setWindowTitle(m_reader->title());
+        setWindowTitle(DisplayText::bounded(m_reader->title()));
     else if (account)
-        setWindowTitle(
-            u"%1 – %2"_s.arg(m_model.sidebarSelection()->ref.name(account->provider), account->title()));
+        setWindowTitle(DisplayText::bounded(
+            u"%1 – %2"_s.arg(m_model.sidebarSelection()->ref.name(account->provider), account->title())));
     else
         setWindowTitle(tr("Larkhaven"));
 }

@@ -12,9 +12,12 @@ class QStackedWidget;
 
 namespace Larkhaven {
 
+class IMAPSetupView;
 class MailToolbar;
 class MessageTableView;
+class SidebarPane;
 class SidebarView;
+class WelcomeView;
 
 /// The main window: the sidebar beside the listing or the open message; the welcome view while there are no
 /// accounts. It turns the model's fields into what is on screen, alerts among it.
@@ -27,11 +30,14 @@ public:
 
     explicit ContentView(AppModel& model, ReaderView::Desktop desktop = ReaderView::systemDesktop(),
                          QWidget* parent = nullptr);
+    ~ContentView() override;
 
-    SidebarView& sidebar() const { return *m_sidebar; }
+    SidebarView& sidebar() const;
     MessageTableView& listing() const { return *m_listing; }
     /// The reader, made on the first use: its engine takes its time.
     ReaderView& reader();
+    /// Opens the window that sets up an account, or raises it.
+    void openSetup();
 
 protected:
     void showEvent(QShowEvent* event) override;
@@ -45,15 +51,16 @@ private:
     AppModel& m_model;
     ReaderView::Desktop m_desktop;
     QStackedWidget* m_root;
-    QWidget* m_welcome;
+    WelcomeView* m_welcome;
     QWidget* m_mail;
     MailToolbar* m_toolbar;
     QSplitter* m_split;
-    SidebarView* m_sidebar;
+    SidebarPane* m_sidebar;
     QStackedWidget* m_detail;
     MessageTableView* m_listing;
     ReaderView* m_reader = nullptr;
     QPointer<QMessageBox> m_alert;
+    std::unique_ptr<IMAPSetupView> m_setup; ///< made on the first use
     bool m_hasAppeared = false;
 };
 

@@ -4,12 +4,15 @@
 
 #include <QWidget>
 
+#include <optional>
+
 namespace Larkhaven {
 
 class FlatButton;
 class SearchField;
 
-/// The row of commands at the top of the window.
+/// The row of commands at the top of the window. Those for messages act on the open one, or else on the
+/// selection.
 class MailToolbar : public QWidget {
     Q_OBJECT
 
@@ -25,6 +28,25 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    using Action = void (AppModel::*)(const QList<MessageSummary>&);
+    using Answer = std::function<Task<>(AppModel&, const MessageSummary&)>;
+
+    void addAction(FlatButton* button, const char* name, Action action);
+    void addAnswer(FlatButton* button, const char* name, const Answer& answer);
+    void makeLayout();
+    void update();
+
+    AppModel& m_model;
+    FlatButton* m_sidebar;
+    FlatButton* m_getMail;
+    FlatButton* m_newMessage;
+    FlatButton* m_archive;
+    FlatButton* m_delete;
+    FlatButton* m_junk;
+    FlatButton* m_reply;
+    FlatButton* m_replyAll;
+    FlatButton* m_forward;
+    FlatButton* m_star;
     SearchField* m_search;
 };
 

@@ -1,6 +1,7 @@
 #include "views/MessageHeaderBlock.h"
 
 #include "views/AddressLabel.h"
+#include "views/DisplayText.h"
 #include "views/FlatButton.h"
 #include "views/RowText.h"
 #include "views/Style.h"
@@ -70,7 +71,7 @@ void MessageHeaderBlock::setAddresses(const Row& row, const QList<EmailAddress>&
 void MessageHeaderBlock::setHeaders(const MIMEHeaders& headers, const std::optional<QDateTime>& fallbackDate)
 {
     const QString subject = headers.subject();
-    m_subject->setText(subject.isEmpty() ? tr("(no subject)") : subject);
+    m_subject->setText(subject.isEmpty() ? tr("(no subject)") : DisplayText::bounded(subject));
     setAddresses(m_from, headers.from(), tr("Unknown"));
     setAddresses(m_to, headers.to(), tr("Undisclosed recipients"));
     setAddresses(m_cc, headers.cc(), {});

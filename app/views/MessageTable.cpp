@@ -1,8 +1,13 @@
 #include "views/MessageTable.h"
 
+#include "views/DraggedMessages.h"
+#include "views/MessageActions.h"
 #include "views/Style.h"
 
+#include <QContextMenuEvent>
+#include <QDrag>
 #include <QKeyEvent>
+#include <QMenu>
 #include <QPainter>
 #include <QScrollBar>
 
@@ -44,6 +49,7 @@ MessageTable::MessageTable(AppModel& model, QWidget* parent)
     setWordWrap(false);
     setMouseTracking(true);
     setEditTriggers(NoEditTriggers);
+    setDragEnabled(true);
 
     m_animation.setInterval(animationInterval);
     connect(&m_animation, &QTimer::timeout, this, [this] {
@@ -151,8 +157,22 @@ void MessageTable::takeSelection()
     selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
     if (!selection.isEmpty() && !selection.contains(currentIndex()))
         selectionModel()->setCurrentIndex(selection.first().topLeft(), QItemSelectionModel::NoUpdate);
+    else if (selection.isEmpty() && !currentIndex().isValid() && m_currentRow >= 0)
+        // Where rows went away the arrow keys go on from their place.
+        selectionModel()->setCurrentIndex(m_rows->index(std::min(m_currentRow, m_rows->rowCount() - 1), 0),
+                                          QItemSelectionModel::NoUpdate);
     m_isTakingSelection = false;
     viewport()->update();
+}
+
+QList<MessageSummary> MessageTable::selectedRows() const
+{
+    QList<MessageSummary> rows;
+    for (int row = 0; row < m_rows->rowCount(); ++row) {
+        if (m_model.selection().contains(m_rows->row(row).id))
+            rows.append(m_rows->row(row));
+    }
+    return rows;
 }
 
 void MessageTable::selectionChanged(const QItemSelection& selected, const QItemSelection& deselected)
@@ -173,6 +193,7 @@ void MessageTable::selectionChanged(const QItemSelection& selected, const QItemS
 void MessageTable::keepPlace()
 {
     m_visibleIDs.clear();
+    m_currentRow = currentIndex().row();
     if (verticalScrollBar()->value() == 0)
         return;
     const int first = rowAt(0);
@@ -203,7 +224,95 @@ void MessageTable::returnToPlace()
 void MessageTable::openRow(const QModelIndex& index)
 {
     if (index.isValid())
-        m_model.open(m_rows->row(index.row()));
+        MessageActions::open(m_model, m_rows->row(index.row()));
+}
+
+void MessageTable::step(int distance)
+{
+    if (m_rows->rowCount() == 0)
+        return;
+    int last = -1;
+    for (int row = 0; row < m_rows->rowCount(); ++row) {
+        if (m_model.selection().contains(m_rows->row(row).id))
+            last = row;
+    }
+    const int next = last < 0 ? 0 : std::clamp(last + distance, 0, m_rows->rowCount() - 1);
+    m_model.setSelection({m_rows->row(next).id});
+    scrollTo(m_rows->index(next, 0));
+}
+
+bool MessageTable::handleShortcut(const QString& key)
+{
+    const QList<MessageSummary> rows = selectedRows();
+    if (key == "j"_L1)
+        step(1);
+    else if (key == "k"_L1)
+        step(-1);
+    else if (key == "o"_L1 && rows.size() == 1)
+        MessageActions::open(m_model, rows.first());
+    else if (key == "e"_L1)
+        m_model.archive(rows);
+    else if (key == "#"_L1)
+        m_model.trash(rows);
+    else if (key == "s"_L1)
+        m_model.toggleStarred(rows);
+    else if (key == "U"_L1)
+        m_model.toggleRead(rows);
+    else if (key == "c"_L1)
+        m_model.newMessage({});
+    else
+        return key == "o"_L1;
+    return true;
+}
+
+void MessageTable::contextMenuEvent(QContextMenuEvent* event)
+{
+    const QModelIndex clicked =
+        event->reason() == QContextMenuEvent::Mouse ? indexAt(event->pos()) : currentIndex();
+    if (!clicked.isValid())
+        return;
+    // A row outside the selection is acted on alone, and leaves the selection as it is.
+    const MessageSummary& row = m_rows->row(clicked.row());
+    const QList<MessageSummary> items = m_model.selection().contains(row.id) ? selectedRows() : QList{row};
+    auto* const menu = new QMenu(this);
+    menu->setObjectName("messageMenu"_L1);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    MessageActions(m_model, items, m_savePanel).fill(*menu);
+    menu->popup(event->reason() == QContextMenuEvent::Mouse
+                    ? event->globalPos()
+                    : viewport()->mapToGlobal(visualRect(clicked).bottomLeft()));
+}
+
+QPixmap MessageTable::dragPicture(qsizetype count) const
+{
+    const Style& style = Style::shared();
+    const QFont font = style.font(Style::Type::body, Style::Weight::semibold);
+    const QString text = count == 1 ? tr("1 message") : tr("%1 messages").arg(count);
+    const QSize size(QFontMetrics(font).horizontalAdvance(text) + 2 * Style::padding, style.scaled(2.2));
+    QPixmap picture(size * devicePixelRatioF());
+    picture.setDevicePixelRatio(devicePixelRatioF());
+    picture.fill(Qt::transparent);
+    QPainter painter(&picture);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(style.colors().accent);
+    painter.drawRoundedRect(QRect(QPoint(), size), Style::radius, Style::radius);
+    painter.setFont(font);
+    painter.setPen(style.colors().onAccent);
+    painter.drawText(QRect(QPoint(), size), Qt::AlignCenter, text);
+    return picture;
+}
+
+void MessageTable::startDrag(Qt::DropActions)
+{
+    const QList<MessageSummary> rows = selectedRows();
+    if (rows.isEmpty())
+        return;
+    auto* const drag = new QDrag(this);
+    drag->setMimeData(new DraggedMessages(rows));
+    drag->setPixmap(dragPicture(rows.size()));
+    drag->setHotSpot({-Style::padding, -Style::padding});
+    drag->exec(Qt::MoveAction);
 }
 
 void MessageTable::keyPressEvent(QKeyEvent* event)
@@ -213,6 +322,9 @@ void MessageTable::keyPressEvent(QKeyEvent* event)
             openRow(currentIndex());
         return;
     }
+    const bool isPlain = (event->modifiers() & ~(Qt::ShiftModifier | Qt::KeypadModifier)) == Qt::NoModifier;
+    if (isPlain && m_model.defaults().boolean(DefaultsKey::gmailShortcuts) && handleShortcut(event->text()))
+        return;
     QTableView::keyPressEvent(event);
 }
 

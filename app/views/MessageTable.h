@@ -24,6 +24,10 @@ public:
     const SortedMessages& rows() const { return *m_rows; }
     /// What stands in place of rows; absent with rows, while a page loads, and without a mailbox.
     std::optional<EmptyState> emptyState() const;
+    /// The selected rows, in their order on screen.
+    QList<MessageSummary> selectedRows() const;
+    /// Asks where a message is to be saved.
+    void setSavePanel(AppModel::SavePanel choose) { m_savePanel = std::move(choose); }
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -32,6 +36,8 @@ protected:
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void leaveEvent(QEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
+    void startDrag(Qt::DropActions actions) override;
     void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
 
 private:
@@ -42,10 +48,14 @@ private:
     void returnToPlace();
     void hover(int row);
     void openRow(const QModelIndex& index);
+    bool handleShortcut(const QString& key);
+    void step(int distance);
+    QPixmap dragPicture(qsizetype count) const;
     void paintLoadingLine(QPainter& painter) const;
     void paintSkeleton(QPainter& painter) const;
 
     AppModel& m_model;
+    AppModel::SavePanel m_savePanel;
     SortedMessages* m_rows;
     MessageRowDelegate* m_delegate;
     MessageHeader* m_header;
@@ -54,6 +64,7 @@ private:
     bool m_isTakingSelection = false;
     QStringList m_visibleIDs; ///< of the rows from the first visible one on, before a change; none at the top
     int m_placeOffset = 0;    ///< where the first of them began in the viewport
+    int m_currentRow = -1;    ///< where the keyboard was before a change
 };
 
 } // namespace Larkhaven

@@ -1,5 +1,6 @@
 #include "views/MessageTableModel.h"
 
+#include "views/DisplayText.h"
 #include "views/RowText.h"
 
 #include <algorithm>
@@ -99,7 +100,7 @@ QVariant MessageTableModel::data(const QModelIndex& index, int role) const
         return text(index.row(), column);
     case Qt::ToolTipRole:
         // Plain text, whatever a stranger wrote into it.
-        return toolTip(index.row(), column).toHtmlEscaped();
+        return DisplayText::toolTip(toolTip(index.row(), column));
     default:
         return {};
     }

@@ -2,6 +2,8 @@
 
 #include "views/MessageTable.h"
 #include "views/PagerControl.h"
+#include "views/SignInBanner.h"
+#include "views/Style.h"
 
 #include <QVBoxLayout>
 
@@ -14,7 +16,13 @@ MessageTableView::MessageTableView(AppModel& model, QWidget* parent)
     auto* const layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
+    auto* const banner = new SignInBanner(model);
+    auto* const bannerLine = new QVBoxLayout;
+    bannerLine->setContentsMargins(Style::padding, 0, Style::padding, 0);
+    bannerLine->addWidget(banner);
+    layout->addLayout(bannerLine);
     layout->addWidget(m_table, 1);
+    connect(banner, &SignInBanner::setupRequested, this, &MessageTableView::setupRequested);
     layout->addWidget(new PagerControl(model));
     setFocusProxy(m_table);
 }

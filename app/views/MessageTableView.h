@@ -17,6 +17,10 @@ public:
 
     MessageTable& table() const { return *m_table; }
 
+Q_SIGNALS:
+    /// The window for setting up an account is asked for.
+    void setupRequested();
+
 private:
     MessageTable* m_table;
 };

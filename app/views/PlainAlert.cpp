@@ -1,5 +1,6 @@
 #include "views/PlainAlert.h"
 
+#include "views/DisplayText.h"
 #include "views/Style.h"
 
 #include <QLabel>
@@ -11,7 +12,8 @@ namespace Larkhaven {
 QMessageBox* makePlainAlert(const QString& title, const QString& text, QMessageBox::StandardButton button,
                             QWidget* parent)
 {
-    auto* const alert = new QMessageBox(QMessageBox::Warning, title, title, button, parent);
+    auto* const alert = new QMessageBox(QMessageBox::Warning, DisplayText::bounded(title),
+                                        DisplayText::bounded(title), button, parent);
     alert->setAttribute(Qt::WA_DeleteOnClose);
     alert->setTextFormat(Qt::PlainText);
     const Style& style = Style::shared();
@@ -23,7 +25,7 @@ QMessageBox* makePlainAlert(const QString& title, const QString& text, QMessageB
 
 void setPlainText(QMessageBox& alert, const QString& text)
 {
-    alert.setInformativeText(text);
+    alert.setInformativeText(DisplayText::bounded(text));
     if (auto* const label = alert.findChild<QLabel*>("qt_msgbox_informativelabel"_L1))
         label->setTextFormat(Qt::PlainText);
 }

@@ -20,6 +20,11 @@ bool isHeading(const QModelIndex& index)
 
 } // namespace
 
+int SidebarDelegate::signInTop()
+{
+    return Style::shared().scaled(2.0);
+}
+
 QSize SidebarDelegate::sizeHint(const QStyleOptionViewItem&, const QModelIndex& index) const
 {
     const Style& style = Style::shared();
@@ -69,8 +74,8 @@ void SidebarDelegate::paintHeading(QPainter& painter, const QStyleOptionViewItem
     if (index.data(SidebarView::NeedsSignInRole).toBool()) {
         painter.setFont(style.font(Style::Type::caption));
         painter.setPen(style.colors().danger);
-        painter.drawText(title.translated(0, style.scaled(1.3)), Qt::AlignVCenter | Qt::TextSingleLine,
-                         SidebarView::tr("Sign-in required"));
+        painter.drawText(title.translated(0, signInTop() - style.scaled(0.7)),
+                         Qt::AlignVCenter | Qt::TextSingleLine, SidebarView::tr("Sign-in required"));
     }
 }
 

@@ -13,6 +13,8 @@ public:
 
     void setHovered(const QModelIndex& index) { m_hovered = index; }
     const QPersistentModelIndex& hovered() const { return m_hovered; }
+    /// Where the line "Sign-in required" begins below the top of a heading.
+    static int signInTop();
 
     void paint(QPainter* painter, const QStyleOptionViewItem& option,
                const QModelIndex& index) const override;

@@ -1,12 +1,19 @@
 #include "views/SidebarView.h"
 
 #include "domain/Coding.h"
+#include "views/DisplayText.h"
+#include "views/DraggedMessages.h"
 #include "views/SidebarDelegate.h"
 
+#include <QContextMenuEvent>
+#include <QDragMoveEvent>
 #include <QKeyEvent>
+#include <QMenu>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QStandardItemModel>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -63,6 +70,7 @@ SidebarView::SidebarView(AppModel& model, QWidget* parent)
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setMinimumWidth(minimumColumnWidth);
     setMaximumWidth(maximumColumnWidth);
+    setAcceptDrops(true);
 
     connect(&model, &AppModel::accountsChanged, this, &SidebarView::rebuild);
     connect(&model, &AppModel::labelsChanged, this, &SidebarView::rebuild);
@@ -89,14 +97,14 @@ void SidebarView::paintEvent(QPaintEvent* event)
 void SidebarView::addRow(QStandardItem* heading, const Account& account, const MailboxRef& ref, Symbol symbol,
                          int depth)
 {
-    auto* const item = new QStandardItem(ref.name(account.provider));
+    auto* const item = new QStandardItem(DisplayText::bounded(ref.name(account.provider)));
     const QString accountID = Coding::fromUuid(account.id);
     item->setData(accountID, AccountRole);
     item->setData(ref.id(), RefRole);
     item->setData(static_cast<int>(symbol), SymbolRole);
     item->setData(depth, DepthRole);
     if (const MailLabel* label = ref.label())
-        item->setToolTip(label->path.toHtmlEscaped());
+        item->setToolTip(DisplayText::toolTip(label->path));
     heading->appendRow(item);
     m_refs.insert(keyOf(accountID, ref.id()), ref);
 }
@@ -108,7 +116,7 @@ void SidebarView::rebuild()
     m_refs.clear();
     const QStringList collapsed = m_model.defaults().text(DefaultsKey::collapsedAccounts).split(u',');
     for (const Account& account : m_model.accounts()) {
-        auto* const heading = new QStandardItem(account.title());
+        auto* const heading = new QStandardItem(DisplayText::bounded(account.title()));
         heading->setData(Coding::fromUuid(account.id), AccountRole);
         heading->setFlags(Qt::ItemIsEnabled);
         for (const Mailbox role : allMailboxes)
@@ -170,16 +178,106 @@ void SidebarView::takeSelection()
     m_isTakingSelection = false;
 }
 
+std::optional<SidebarItem> SidebarView::itemOf(const QModelIndex& index) const
+{
+    const QString accountID = index.data(AccountRole).toString();
+    const auto ref = m_refs.constFind(keyOf(accountID, index.data(RefRole).toString()));
+    return ref == m_refs.cend() ? std::nullopt
+                                : std::optional(SidebarItem{QUuid::fromString(accountID), *ref});
+}
+
+std::optional<Account> SidebarView::accountOf(const QModelIndex& index) const
+{
+    const QUuid accountID = QUuid::fromString(index.data(AccountRole).toString());
+    const auto account = std::ranges::find(m_model.accounts(), accountID, &Account::id);
+    return account == m_model.accounts().end() ? std::nullopt : std::optional(*account);
+}
+
 void SidebarView::currentChanged(const QModelIndex& current, const QModelIndex& previous)
 {
     QTreeView::currentChanged(current, previous);
-    const QString refID = current.data(RefRole).toString();
-    if (m_isTakingSelection || refID.isEmpty())
+    if (!m_isTakingSelection)
+        m_model.select(itemOf(current));
+}
+
+// --- Menus
+
+void SidebarView::fillMenu(QMenu& menu, const QModelIndex& index)
+{
+    const std::optional<Account> account = accountOf(index);
+    const std::optional<SidebarItem> item = itemOf(index);
+    const MailLabel* const label = item ? item->ref.label() : nullptr;
+    if (!account || (item && !label))
         return;
-    const QString accountID = current.data(AccountRole).toString();
-    const auto ref = m_refs.constFind(keyOf(accountID, refID));
-    if (ref != m_refs.cend())
-        m_model.select(SidebarItem{QUuid::fromString(accountID), *ref});
+    const QString noun = AppModel::labelNoun(account->provider);
+    const auto add = [&](const char* name, QString title, const auto& action) {
+        menu.addAction(DisplayText::bounded(title).replace(u'&', u"&&"_s), this, action)
+            ->setObjectName(QLatin1StringView(name));
+    };
+    const QUuid accountID = account->id;
+    add("newLabel", tr("New %1…").arg(noun), [this, accountID] { m_model.beginCreateLabel(accountID); });
+    if (!label)
+        return;
+    const MailLabel chosen = *label;
+    add("newLabelInside", tr("New %1 Inside “%2”…").arg(noun, chosen.name()),
+        [this, accountID, chosen] { m_model.beginCreateLabel(accountID, chosen); });
+    add("renameLabel", tr("Rename “%1”…").arg(chosen.name()),
+        [this, accountID, chosen] { m_model.beginRenameLabel(chosen, accountID); });
+    add("deleteLabel", tr("Delete “%1”…").arg(chosen.name()),
+        [this, accountID, chosen] { m_model.beginDeleteLabel(chosen, accountID); });
+}
+
+void SidebarView::contextMenuEvent(QContextMenuEvent* event)
+{
+    const bool isMouse = event->reason() == QContextMenuEvent::Mouse;
+    const QModelIndex index = isMouse ? indexAt(event->pos()) : currentIndex();
+    auto* const menu = new QMenu(this);
+    menu->setObjectName("sidebarMenu"_L1);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    fillMenu(*menu, index);
+    if (menu->isEmpty())
+        delete menu;
+    else
+        menu->popup(isMouse ? event->globalPos() : viewport()->mapToGlobal(visualRect(index).bottomLeft()));
+}
+
+// --- Drops
+
+std::optional<SidebarItem> SidebarView::dropTarget(const QDropEvent& event) const
+{
+    const auto* const dragged = qobject_cast<const DraggedMessages*>(event.mimeData());
+    const std::optional<SidebarItem> item = itemOf(indexAt(event.position().toPoint()));
+    const bool isOfAccount = dragged && item && !dragged->messages().isEmpty() &&
+                             dragged->messages().first().accountID == item->accountID;
+    return isOfAccount && item != m_model.sidebarSelection() ? item : std::nullopt;
+}
+
+void SidebarView::dragEnterEvent(QDragEnterEvent* event)
+{
+    // Whether it may be dropped is told row by row.
+    event->setAccepted(qobject_cast<const DraggedMessages*>(event->mimeData()));
+}
+
+void SidebarView::dragMoveEvent(QDragMoveEvent* event)
+{
+    const bool isTarget = dropTarget(*event).has_value();
+    hover(isTarget ? indexAt(event->position().toPoint()) : QModelIndex());
+    event->setAccepted(isTarget);
+}
+
+void SidebarView::dragLeaveEvent(QDragLeaveEvent* event)
+{
+    hover({});
+    event->accept();
+}
+
+void SidebarView::dropEvent(QDropEvent* event)
+{
+    hover({});
+    const std::optional<SidebarItem> target = dropTarget(*event);
+    event->setAccepted(target.has_value());
+    if (target)
+        m_model.move(static_cast<const DraggedMessages*>(event->mimeData())->messages(), target->ref);
 }
 
 // --- Folding
@@ -206,8 +304,12 @@ void SidebarView::mousePressEvent(QMouseEvent* event)
 {
     const QModelIndex index = indexAt(event->position().toPoint());
     if (index.isValid() && !index.parent().isValid()) {
-        if (event->button() == Qt::LeftButton)
+        if (event->button() != Qt::LeftButton)
+            return;
+        if (!isOnSignIn(index, event->position().toPoint()))
             toggle(index);
+        else if (const std::optional<Account> account = accountOf(index))
+            m_model.signInAgain(*account, [this] { Q_EMIT setupRequested(); });
         return;
     }
     // Neither the right button nor the empty space below changes the mailbox.
@@ -215,17 +317,31 @@ void SidebarView::mousePressEvent(QMouseEvent* event)
         QTreeView::mousePressEvent(event);
 }
 
+bool SidebarView::isOnSignIn(const QModelIndex& heading, const QPoint& position) const
+{
+    // The line below the title.
+    return heading.data(NeedsSignInRole).toBool() &&
+           position.y() >= visualRect(heading).top() + SidebarDelegate::signInTop();
+}
+
+void SidebarView::hover(const QModelIndex& index)
+{
+    static_cast<SidebarDelegate*>(itemDelegate())->setHovered(index);
+    viewport()->update();
+}
+
 void SidebarView::mouseMoveEvent(QMouseEvent* event)
 {
-    static_cast<SidebarDelegate*>(itemDelegate())->setHovered(indexAt(event->position().toPoint()));
-    viewport()->update();
+    const QModelIndex index = indexAt(event->position().toPoint());
+    hover(index);
+    viewport()->setCursor(isOnSignIn(index, event->position().toPoint()) ? Qt::PointingHandCursor
+                                                                         : Qt::ArrowCursor);
 }
 
 void SidebarView::leaveEvent(QEvent* event)
 {
     QTreeView::leaveEvent(event);
-    static_cast<SidebarDelegate*>(itemDelegate())->setHovered({});
-    viewport()->update();
+    hover({});
 }
 
 void SidebarView::keyPressEvent(QKeyEvent* event)

@@ -5,6 +5,7 @@
 
 #include <QTreeView>
 
+class QMenu;
 class QStandardItem;
 class QStandardItemModel;
 
@@ -31,6 +32,10 @@ public:
 
     explicit SidebarView(AppModel& model, QWidget* parent = nullptr);
 
+Q_SIGNALS:
+    /// The window for setting up an account is asked for.
+    void setupRequested();
+
 protected:
     void paintEvent(QPaintEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
@@ -39,6 +44,11 @@ protected:
     void keyPressEvent(QKeyEvent* event) override;
     void drawBranches(QPainter* painter, const QRect& rect, const QModelIndex& index) const override;
     void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dragMoveEvent(QDragMoveEvent* event) override;
+    void dragLeaveEvent(QDragLeaveEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
 
 private:
     void rebuild();
@@ -51,6 +61,13 @@ private:
     void toggle(const QModelIndex& heading);
     void storeCollapsed();
     QModelIndex indexOf(const SidebarItem& item) const;
+    std::optional<SidebarItem> itemOf(const QModelIndex& index) const;
+    std::optional<Account> accountOf(const QModelIndex& index) const;
+    /// Where a drop of the messages at the place would put them; absent where it would do nothing.
+    std::optional<SidebarItem> dropTarget(const QDropEvent& event) const;
+    bool isOnSignIn(const QModelIndex& heading, const QPoint& position) const;
+    void fillMenu(QMenu& menu, const QModelIndex& index);
+    void hover(const QModelIndex& index);
 
     AppModel& m_model;
     QStandardItemModel* m_items;

@@ -118,6 +118,16 @@ QString themeName(Symbol symbol)
         return u"overflow-menu"_s;
     case Symbol::file:
         return u"text-x-generic-symbolic"_s;
+    case Symbol::pencil:
+        return u"mail-message-new"_s;
+    case Symbol::reply:
+        return u"mail-reply-sender"_s;
+    case Symbol::replyAll:
+        return u"mail-reply-all"_s;
+    case Symbol::forwardMessage:
+        return u"mail-forward"_s;
+    case Symbol::plus:
+        return u"list-add"_s;
     }
     Q_UNREACHABLE();
 }
@@ -302,7 +312,8 @@ QString Style::styleSheet() const
         QPushButton:hover { background: @hover; }
         QPushButton:default { background: @accent; color: @onAccent; border-color: @accent; }
         QPushButton:focus { border-color: @accent; }
-        QPushButton:disabled { color: @secondary; }
+        QPushButton[destructive="true"] { color: @danger; border-color: @danger; }
+        QPushButton:disabled { color: @secondary; border-color: @hairline; background: transparent; }
         QLineEdit { border: 1px solid @hairline; border-radius: 6px; background: @surface; color: @text; padding: 4px 8px;
                     selection-background-color: @accent; selection-color: @onAccent; }
         QLineEdit:focus { border-color: @accent; }
@@ -334,6 +345,7 @@ QString Style::styleSheet() const
         {"@hairline"_L1, m_colors.hairline},
         {"@window"_L1, m_colors.window},
         {"@accent"_L1, m_colors.accent},
+        {"@danger"_L1, m_colors.danger},
         {"@hover"_L1, m_colors.hover},
         {"@scroll"_L1, withAlpha(m_colors.text, 0.22)},
         {"@text"_L1, m_colors.text}};

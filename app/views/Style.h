@@ -38,6 +38,11 @@ enum class Symbol {
     warning,
     more,
     file,
+    pencil,
+    reply,
+    replyAll,
+    forwardMessage,
+    plus,
 };
 
 /// The looks of the program: one set of tokens for colours, type and measures, which widgets ask for by name.

@@ -3,13 +3,14 @@
 #include "views/Style.h"
 
 #include <QLabel>
+#include <QPushButton>
 #include <QVBoxLayout>
 
 using namespace Qt::StringLiterals;
 
 namespace Larkhaven {
 
-WelcomeView::WelcomeView(QWidget* parent)
+WelcomeView::WelcomeView(AppModel& model, QWidget* parent)
     : QWidget(parent)
     , m_title(new QLabel(tr("Welcome to Larkhaven")))
     , m_text(new QLabel(
@@ -17,6 +18,7 @@ WelcomeView::WelcomeView(QWidget* parent)
              "never sees that password. Other providers sign in over IMAP with a password kept in your "
              "%1.")
               .arg(tr("keyring"))))
+    , m_imap(new QPushButton(tr("Other Mail Account (IMAP)…")))
 {
     setObjectName("welcome"_L1);
     m_title->setAlignment(Qt::AlignCenter);
@@ -27,7 +29,14 @@ WelcomeView::WelcomeView(QWidget* parent)
     layout->addStretch(2);
     layout->addWidget(m_title);
     layout->addWidget(m_text, 0, Qt::AlignHCenter);
+    layout->addSpacing(Style::smallPadding);
+    layout->addWidget(m_imap, 0, Qt::AlignHCenter);
     layout->addStretch(3);
+    m_imap->setObjectName("addIMAP"_L1);
+    m_imap->setDefault(true);
+    connect(m_imap, &QPushButton::clicked, this, &WelcomeView::setupRequested);
+    const auto followSignIn = [this, &model] { m_imap->setEnabled(!model.isSigningIn()); };
+    connect(&model, &AppModel::signingInChanged, this, followSignIn);
     connect(&Style::shared(), &Style::changed, this, &WelcomeView::applyStyle);
     applyStyle();
 }

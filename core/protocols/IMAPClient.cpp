@@ -3,6 +3,7 @@
 #include "domain/MailError.h"
 #include "domain/Text.h"
 #include "platform/Tasks.h"
+#include "protocols/TransportCloser.h"
 
 #include <QCoreApplication>
 
@@ -41,25 +42,6 @@ QList<IMAPArg> command(const Pieces&... pieces)
     return {piece(pieces)...};
 }
 
-/// Closes the transport unless it is dismissed.
-class CloseOnFailure {
-public:
-    explicit CloseOnFailure(MailTransport& transport)
-        : m_transport(&transport)
-    {}
-    ~CloseOnFailure()
-    {
-        if (m_transport)
-            m_transport->close();
-    }
-    CloseOnFailure(const CloseOnFailure&) = delete;
-    CloseOnFailure& operator=(const CloseOnFailure&) = delete;
-    void dismiss() { m_transport = nullptr; }
-
-private:
-    MailTransport* m_transport;
-};
-
 /// The number in "[UIDVALIDITY 123]"; absent if it is no number.
 std::optional<qint64> uidValidityIn(const QString& code)
 {
@@ -96,23 +78,13 @@ void readStatus(const QList<IMAPValue>& pairs, IMAPClient::Status& status)
 
 } // namespace
 
-QByteArray xoauth2Payload(const QString& username, const QString& token)
-{
-    return u"user=%1\x01"_s.arg(username)
-        .append(u"auth=Bearer "_s)
-        .append(token)
-        .append(u"\x01\x01"_s)
-        .toUtf8()
-        .toBase64();
-}
-
 Task<std::shared_ptr<IMAPClient>> IMAPClient::connect(ServerSettings settings, MailAuth auth,
                                                       TransportFactory factory)
 {
     const bool implicitTLS = settings.imapSecurity == ConnectionSecurity::tls;
     std::shared_ptr<MailTransport> transport =
         co_await factory(settings.imapHost, settings.imapPort, implicitTLS);
-    CloseOnFailure guard(*transport);
+    TransportCloser guard(*transport);
     const std::shared_ptr<IMAPClient> client(new IMAPClient(transport));
     co_await client->open(settings, auth);
     guard.dismiss();
@@ -202,7 +174,7 @@ Task<QList<IMAPResponse>> IMAPClient::execute(QList<IMAPArg> args, std::optional
 Task<> IMAPClient::sendCommand(QString tag, QList<IMAPArg> args)
 {
     QByteArray pending = tag.toUtf8() + ' ';
-    std::optional<CloseOnFailure> unfinishedLiteral;
+    std::optional<TransportCloser> unfinishedLiteral;
     for (const IMAPArg& arg : std::as_const(args)) {
         if (const QString* plain = arg.text()) {
             pending += plain->toUtf8();
@@ -254,7 +226,7 @@ Task<QList<IMAPResponse>> IMAPClient::collectResponses(QString tag,
 
 Task<IMAPResponse> IMAPClient::readResponse()
 {
-    CloseOnFailure guard(m_reader.transport());
+    TransportCloser guard(m_reader.transport());
     QList<QByteArray> pieces;
     qsizetype size = 0;
     for (;;) {

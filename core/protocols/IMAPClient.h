@@ -123,7 +123,4 @@ private:
     QString m_delimiter = QStringLiteral("/");
 };
 
-/// The XOAUTH2 response, base64-encoded without a line end.
-QByteArray xoauth2Payload(const QString& username, const QString& token);
-
 } // namespace Larkhaven

@@ -2,6 +2,7 @@
 
 #include "domain/TokenSource.h"
 
+#include <QByteArray>
 #include <QString>
 
 #include <memory>
@@ -33,5 +34,8 @@ private:
 
     std::variant<QString, std::shared_ptr<TokenSource>> m_value;
 };
+
+/// What the SASL mechanism XOAUTH2 sends: user and token, base64-encoded without a line end.
+QByteArray xoauth2Payload(const QString& username, const QString& token);
 
 } // namespace Larkhaven

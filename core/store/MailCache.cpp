@@ -148,6 +148,8 @@ public:
             writeAtomically(snapshotPath(name), *box);
     }
 
+    void removeSnapshot(const QString& name) const { QFile::remove(snapshotPath(name)); }
+
     void removeAll()
     {
         QDir(m_directory).removeRecursively();
@@ -256,6 +258,11 @@ Task<> MailCache::writeSnapshot(QString name, QByteArray data)
     return runOn(&m_worker, [files = m_files, name = std::move(name), data = std::move(data)] {
         files->writeSnapshot(name, data);
     });
+}
+
+Task<> MailCache::removeSnapshot(QString name)
+{
+    return runOn(&m_worker, [files = m_files, name = std::move(name)] { files->removeSnapshot(name); });
 }
 
 Task<> MailCache::removeAll()

@@ -39,6 +39,7 @@ public:
     Task<qint64> usedBytes();
     Task<std::optional<QByteArray>> readSnapshot(QString name);
     Task<> writeSnapshot(QString name, QByteArray data);
+    Task<> removeSnapshot(QString name);
     /// Deletes everything of the account.
     Task<> removeAll();
 

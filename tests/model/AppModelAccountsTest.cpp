@@ -2,11 +2,11 @@
 #include "domain/MailError.h"
 #include "model/AccountStore.h"
 #include "model/AppModel.h"
+#include "support/Await.h"
 #include "support/ModelFixture.h"
 #include "support/QtPrinters.h"
 #include "support/WaitUntil.h"
 
-#include <QCoroTask>
 #include <QDir>
 
 #include <gtest/gtest.h>
@@ -56,7 +56,7 @@ TEST(AppModelAccounts, HasNoProviderForAGoogleAccountWithoutClientIDAndShowsAnEm
     ModelFixture fixture({ModelFixture::googleAccount()});
     fixture.restartWithoutProviders();
     EXPECT_EQ(fixture.model().provider(fixture.account().id), nullptr);
-    QCoro::waitFor(fixture.model().load(0, true));
+    await(fixture.model().load(0, true));
     EXPECT_TRUE(fixture.model().messages().isEmpty());
     EXPECT_FALSE(fixture.model().isLoading());
     EXPECT_FALSE(fixture.model().errorMessage());
@@ -92,7 +92,7 @@ TEST(AppModelAccounts, BuildsTheProviderOfAnIMAPAccountOnceFromItsPassword)
     ASSERT_NE(provider, nullptr);
     EXPECT_EQ(fixture.model().provider(fixture.account().id), provider);
     EXPECT_EQ(provider->account(), fixture.account());
-    QCoro::waitFor(fixture.model().load(0, true));
+    await(fixture.model().load(0, true));
     EXPECT_EQ(fixture.connections(), QStringList(u"imap.example.org:993"_s));
 }
 
@@ -117,9 +117,9 @@ TEST(AppModelAccounts, ThrowsTheCacheAwayWhereItsKeyIsLost)
 TEST(AppModelAccounts, ReadsWithTheKeyOfTheLaunchBefore)
 {
     ModelFixture fixture;
-    QCoro::waitFor(fixture.model().cache(fixture.account().id)->write(u"key"_s, "bytes"));
+    await(fixture.model().cache(fixture.account().id)->write(u"key"_s, "bytes"));
     fixture.restart();
-    const auto bytes = QCoro::waitFor(fixture.model().cache(fixture.account().id)->read(u"key"_s));
+    const auto bytes = await(fixture.model().cache(fixture.account().id)->read(u"key"_s));
     EXPECT_EQ(bytes, QByteArray("bytes"));
 }
 
@@ -179,7 +179,7 @@ TEST(AppModelAccounts, NeedsNoNewSignInAnyMoreAfterAPageHasLoaded)
 {
     ModelFixture fixture;
     fixture.model().report(thrown(MailError::notSignedIn()), fixture.account().id);
-    QCoro::waitFor(fixture.model().load(0, true));
+    await(fixture.model().load(0, true));
     EXPECT_TRUE(fixture.model().needsReauth().isEmpty());
 }
 

@@ -1,10 +1,9 @@
 #include "domain/MailError.h"
 #include "model/AppModel.h"
+#include "support/Await.h"
 #include "support/ModelFixture.h"
 #include "support/QtPrinters.h"
 #include "support/WaitUntil.h"
-
-#include <QCoroTask>
 
 #include <gtest/gtest.h>
 
@@ -83,12 +82,12 @@ TEST_F(AppModelMailbox, NeverShowsTheRowsOfTheMailboxThatWasLeftWhicheverAnswerC
 TEST_F(AppModelMailbox, ShowsAKeptPageWithoutTheNetworkAndKeepsTheTotal)
 {
     list(Mailbox::inbox, 60);
-    QCoro::waitFor(model.load(2, true));
-    QCoro::waitFor(model.load(0, false));
+    await(model.load(2, true));
+    await(model.load(0, false));
     fixture.provider().forgetCalls();
     bool wasLoading = false;
     QObject::connect(&model, &AppModel::isLoadingChanged, [&wasLoading] { wasLoading = true; });
-    QCoro::waitFor(model.load(2, false));
+    await(model.load(2, false));
     EXPECT_EQ(model.pageIndex(), 2);
     EXPECT_EQ(model.messages().size(), 10);
     EXPECT_EQ(model.total(), 60);
@@ -100,7 +99,7 @@ TEST_F(AppModelMailbox, TellsWhichRowsOfHowManyAreShown)
 {
     EXPECT_EQ(model.pagerText(), u"");
     list(Mailbox::inbox, 60);
-    QCoro::waitFor(model.load(2, true));
+    await(model.load(2, true));
     EXPECT_EQ(model.pagerText(), u"51–60 of 60");
 }
 
@@ -108,18 +107,18 @@ TEST_F(AppModelMailbox, TellsOfManyWhereTheTotalIsUnknownAndAPageFollows)
 {
     fixture.provider().setTotalIsKnown(false);
     list(Mailbox::inbox, 100);
-    QCoro::waitFor(model.load(2, true));
+    await(model.load(2, true));
     EXPECT_EQ(model.pagerText(), u"51–75 of many");
-    QCoro::waitFor(model.load(3, true));
+    await(model.load(3, true));
     EXPECT_EQ(model.pagerText(), u"76–100 of 100");
 }
 
 TEST_F(AppModelMailbox, KeepsTheTotalOfTheLastAnswerThatHadOne)
 {
     list(Mailbox::inbox, 60);
-    QCoro::waitFor(model.load(0, true));
+    await(model.load(0, true));
     fixture.provider().setTotalIsKnown(false);
-    QCoro::waitFor(model.load(1, true));
+    await(model.load(1, true));
     EXPECT_EQ(model.total(), 60);
 }
 
@@ -127,13 +126,13 @@ TEST_F(AppModelMailbox, ShowsUpTo9999UnreadMessagesAndAPlusBeyond)
 {
     const QString inbox = system(Mailbox::inbox).id();
     fixture.provider().setCounts({{inbox, 9999}});
-    QCoro::waitFor(model.loadCounts(fixture.account().id));
+    await(model.loadCounts(fixture.account().id));
     EXPECT_EQ(model.badgeText(), u"9999");
     fixture.provider().setCounts({{inbox, 10000}});
-    QCoro::waitFor(model.loadCounts(fixture.account().id));
+    await(model.loadCounts(fixture.account().id));
     EXPECT_EQ(model.badgeText(), u"9999+");
     fixture.provider().setCounts({});
-    QCoro::waitFor(model.loadCounts(fixture.account().id));
+    await(model.loadCounts(fixture.account().id));
     EXPECT_EQ(model.badgeText(), u"");
     EXPECT_EQ(fixture.badges(), (QList<qint64>{9999, 9999, 0}));
 }
@@ -142,7 +141,7 @@ TEST_F(AppModelMailbox, ShowsNoBadgeWhereTheUserWantsNone)
 {
     fixture.provider().setCounts({{system(Mailbox::inbox).id(), 3}});
     fixture.defaults().set(DefaultsKey::showDockBadge, false);
-    QCoro::waitFor(model.loadCounts(fixture.account().id));
+    await(model.loadCounts(fixture.account().id));
     EXPECT_EQ(model.badgeText(), u"");
     EXPECT_EQ(fixture.badges().last(), 0);
 }
@@ -187,19 +186,19 @@ TEST_F(AppModelMailbox, TakesAPageSizeThatIsNotOfferedFor25)
 TEST_F(AppModelMailbox, KeepsTheSelectedRowsThatAreStillListedAndNoOthers)
 {
     list(Mailbox::inbox, 3);
-    QCoro::waitFor(model.load(0, true));
+    await(model.load(0, true));
     model.setSelection({u"1"_s, u"3"_s});
     list(Mailbox::inbox, 2);
-    QCoro::waitFor(model.load(0, true));
+    await(model.load(0, true));
     EXPECT_EQ(model.selection(), QSet<QString>{u"1"_s});
 }
 
 TEST_F(AppModelMailbox, KeepsTheRowsAndTellsWhyWhereALoadFails)
 {
     list(Mailbox::inbox, 3);
-    QCoro::waitFor(model.load(0, true));
+    await(model.load(0, true));
     fixture.provider().failNext(listMessages, MailError::protocolError(u"no"_s));
-    QCoro::waitFor(model.load(0, true));
+    await(model.load(0, true));
     EXPECT_EQ(model.messages().size(), 3);
     EXPECT_EQ(model.errorMessage(), u"Mail protocol error: no"_s);
     EXPECT_FALSE(model.isLoading());
@@ -219,7 +218,7 @@ TEST_F(AppModelMailbox, CarriesTheSearchInForceOverToTheNextMailbox)
 TEST_F(AppModelMailbox, DoesNothingWhereTheSelectedMailboxIsSelectedAgain)
 {
     list(Mailbox::inbox, 3);
-    QCoro::waitFor(model.load(0, true));
+    await(model.load(0, true));
     fixture.provider().forgetCalls();
     model.select(model.sidebarSelection());
     model.select(std::nullopt);
@@ -231,24 +230,24 @@ TEST_F(AppModelMailbox, DoesNothingWhereTheSelectedMailboxIsSelectedAgain)
 TEST_F(AppModelMailbox, TurnsPagesOnlyWhereThereAreSomeAndNothingLoads)
 {
     list(Mailbox::inbox, 60);
-    QCoro::waitFor(model.previousPage());
+    await(model.previousPage());
     EXPECT_EQ(model.pageIndex(), 0);
-    QCoro::waitFor(model.load(0, true));
-    QCoro::waitFor(model.nextPage());
+    await(model.load(0, true));
+    await(model.nextPage());
     EXPECT_EQ(model.pageIndex(), 1);
-    QCoro::waitFor(model.lastPage());
+    await(model.lastPage());
     EXPECT_EQ(model.pageIndex(), 2);
-    QCoro::waitFor(model.nextPage());
+    await(model.nextPage());
     EXPECT_EQ(model.pageIndex(), 2);
-    QCoro::waitFor(model.firstPage());
+    await(model.firstPage());
     EXPECT_EQ(model.pageIndex(), 0);
 
     fixture.provider().hold(listMessages);
     model.start(model.load(0, true));
     fixture.provider().forgetCalls();
-    QCoro::waitFor(model.nextPage());
-    QCoro::waitFor(model.firstPage());
-    QCoro::waitFor(model.lastPage());
+    await(model.nextPage());
+    await(model.firstPage());
+    await(model.lastPage());
     EXPECT_TRUE(fixture.provider().calls().isEmpty());
 }
 
@@ -269,7 +268,7 @@ TEST_F(AppModelMailbox, RefreshesThePageOnScreenAndTheLabelsAndCountsOfAllAccoun
     ModelFixture two({ModelFixture::imapAccount(u"a@x"_s), ModelFixture::imapAccount(u"b@x"_s)});
     two.provider(1).setLabels({{u"Work"_s, u"Work"_s}});
     two.provider(1).setCounts({{u"label:Work"_s, 2}});
-    QCoro::waitFor(two.model().refresh());
+    await(two.model().refresh());
     settle();
     EXPECT_EQ(two.provider(0).calls(listMessages).size(), 1);
     EXPECT_TRUE(two.provider(1).calls(listMessages).isEmpty());
@@ -280,11 +279,11 @@ TEST_F(AppModelMailbox, RefreshesThePageOnScreenAndTheLabelsAndCountsOfAllAccoun
 TEST_F(AppModelMailbox, ShowsNothingWhereLabelsOrCountsCannotBeHad)
 {
     fixture.provider().setLabels({{u"Work"_s, u"Work"_s}});
-    QCoro::waitFor(model.loadLabels(fixture.account().id));
+    await(model.loadLabels(fixture.account().id));
     fixture.provider().failAlways(u"listLabels"_s, MailError::protocolError(u"no"_s));
     fixture.provider().failAlways(u"counts"_s, MailError::notSignedIn());
-    QCoro::waitFor(model.loadLabels(fixture.account().id));
-    QCoro::waitFor(model.loadCounts(fixture.account().id));
+    await(model.loadLabels(fixture.account().id));
+    await(model.loadCounts(fixture.account().id));
     EXPECT_FALSE(model.errorMessage());
     EXPECT_TRUE(model.needsReauth().isEmpty());
     EXPECT_EQ(model.labels(fixture.account().id).size(), 1);

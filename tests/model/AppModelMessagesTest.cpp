@@ -1,10 +1,9 @@
 #include "domain/MailError.h"
 #include "model/AppModel.h"
+#include "support/Await.h"
 #include "support/ModelFixture.h"
 #include "support/QtPrinters.h"
 #include "support/WaitUntil.h"
-
-#include <QCoroTask>
 
 #include <gtest/gtest.h>
 
@@ -20,7 +19,7 @@ protected:
         QList<MessageSummary> rows = ModelFixture::rows(fixture.account(), 3);
         rows[1].isRead = false;
         fixture.provider().setListing(MailboxRef::system(Mailbox::inbox), rows);
-        QCoro::waitFor(model.load(0, true));
+        await(model.load(0, true));
         fixture.provider().forgetCalls();
     }
 
@@ -48,7 +47,7 @@ TEST_F(AppModelMessages, MarksAnUnreadMessageAsReadAtOnceAndTellsTheServerAfterw
     fixture.provider().completeAll();
     settle();
     EXPECT_EQ(fixture.provider().calls(u"counts"_s).size(), 1);
-    QCoro::waitFor(model.load(0, false));
+    await(model.load(0, false));
     EXPECT_TRUE(model.messages()[1].isRead);
 }
 
@@ -59,7 +58,7 @@ TEST_F(AppModelMessages, TakesTheMarkBackWhereTheServerRefusesItAndTellsWhy)
     settle();
     EXPECT_FALSE(model.messages()[1].isRead);
     EXPECT_EQ(model.errorMessage(), u"Mail protocol error: read-only"_s);
-    QCoro::waitFor(model.load(0, false));
+    await(model.load(0, false));
     EXPECT_FALSE(model.messages()[1].isRead);
     EXPECT_EQ(model.path(), QStringList(u"2"_s));
 }
@@ -80,7 +79,7 @@ TEST_F(AppModelMessages, KeepsAnOpenedMessageThatHasLeftTheList)
 {
     model.open(model.messages()[2]);
     fixture.provider().setListing(MailboxRef::system(Mailbox::inbox), {});
-    QCoro::waitFor(model.load(0, true));
+    await(model.load(0, true));
     EXPECT_TRUE(model.messages().isEmpty());
     EXPECT_EQ(model.path(), QStringList(u"3"_s));
     ASSERT_TRUE(model.message(u"3"_s));
@@ -91,10 +90,12 @@ TEST_F(AppModelMessages, AsksForAComposeWindowToAnAddress)
 {
     model.newMessage(u"a@x"_s);
     ASSERT_TRUE(model.pendingCompose());
-    const std::optional<ComposeDraft> seed = model.takeComposeSeed(*model.pendingCompose());
+    const std::optional<ComposeDraft> seed = model.takeSeed(*model.pendingCompose());
     ASSERT_TRUE(seed);
     EXPECT_EQ(seed->to, u"a@x");
-    EXPECT_FALSE(model.takeComposeSeed(*model.pendingCompose()));
+    EXPECT_TRUE(model.takeSeed(seed->id));
+    model.closeCompose(seed->id);
+    EXPECT_FALSE(model.takeSeed(seed->id));
     model.clearPendingCompose();
     EXPECT_FALSE(model.pendingCompose());
 }

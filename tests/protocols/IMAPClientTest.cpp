@@ -4,6 +4,7 @@
 #include "support/IMAPScripts.h"
 #include "support/QtPrinters.h"
 #include "support/ScriptedTransport.h"
+#include "support/TokensInTurn.h"
 
 #include <gtest/gtest.h>
 
@@ -28,26 +29,6 @@ MailAuth secret()
 {
     return MailAuth::password(u"secret"_s);
 }
-
-/// Gives tokens in turn and notes how it was asked.
-class Tokens final : public TokenSource {
-public:
-    explicit Tokens(QStringList tokens)
-        : m_tokens(std::move(tokens))
-    {}
-    Task<QString> validToken(bool forceRefresh) override
-    {
-        asked.append(forceRefresh);
-        if (m_tokens.isEmpty())
-            throw MailError::notSignedIn();
-        co_return m_tokens.takeFirst();
-    }
-
-    QList<bool> asked;
-
-private:
-    QStringList m_tokens;
-};
 
 /// A client that is ready, and its connection.
 struct Connected {
@@ -323,7 +304,7 @@ TEST(IMAPClient, SignsInWithAToken)
                                .client(xoauth2Payload(u"ann"_s, u"one"_s) + "\r\n")
                                .then("S: P2 OK")
                                .then(afterSignIn)});
-    const auto tokens = std::make_shared<Tokens>(QStringList(u"one"_s));
+    const auto tokens = std::make_shared<TokensInTurn>(QStringList(u"one"_s));
     await(connecting(server, MailAuth::oauth(tokens)));
     server.expectUsedUp();
     EXPECT_EQ(tokens->asked, QList<bool>({false}));
@@ -338,7 +319,7 @@ TEST(IMAPClient, TriesAFreshTokenOnTheSameConnectionAfterARefusal)
                                .then("C: P3 AUTHENTICATE XOAUTH2\nS: +")
                                .client(xoauth2Payload(u"ann"_s, u"new"_s) + "\r\n")
                                .then("S: P3 OK\nC: P4 CAPABILITY\nS: P4 OK")});
-    const auto tokens = std::make_shared<Tokens>(QStringList({u"old"_s, u"new"_s}));
+    const auto tokens = std::make_shared<TokensInTurn>(QStringList({u"old"_s, u"new"_s}));
     await(connecting(server, MailAuth::oauth(tokens)));
     server.expectUsedUp();
     EXPECT_EQ(tokens->asked, QList<bool>({false, true}));
@@ -349,7 +330,7 @@ TEST(IMAPClient, TakesTwoRefusedTokensForALostSignIn)
     ScriptedServer server(
         {greeted("AUTH=XOAUTH2")
              .then("C: P2 AUTHENTICATE XOAUTH2\nS: P2 NO\nC: P3 AUTHENTICATE XOAUTH2\nS: P3 NO")});
-    const auto tokens = std::make_shared<Tokens>(QStringList({u"old"_s, u"new"_s}));
+    const auto tokens = std::make_shared<TokensInTurn>(QStringList({u"old"_s, u"new"_s}));
     expectMailError(connecting(server, MailAuth::oauth(tokens)), MailError::Kind::notSignedIn);
     server.expectUsedUp();
     EXPECT_TRUE(server.connection(0).isClosed());
@@ -358,7 +339,7 @@ TEST(IMAPClient, TakesTwoRefusedTokensForALostSignIn)
 TEST(IMAPClient, RefusesToSignInWhereTheServerTakesNoToken)
 {
     ScriptedServer server({greeted("AUTH=PLAIN")});
-    const auto tokens = std::make_shared<Tokens>(QStringList(u"one"_s));
+    const auto tokens = std::make_shared<TokensInTurn>(QStringList(u"one"_s));
     expectUnsupported(connecting(server, MailAuth::oauth(tokens)),
                       u"The server doesn't accept OAuth sign-in."_s);
     EXPECT_TRUE(tokens->asked.isEmpty());
@@ -367,7 +348,7 @@ TEST(IMAPClient, RefusesToSignInWhereTheServerTakesNoToken)
 TEST(IMAPClient, PassesAFailureOfTheTokensOnAndCloses)
 {
     ScriptedServer server({greeted("AUTH=XOAUTH2")});
-    expectMailError(connecting(server, MailAuth::oauth(std::make_shared<Tokens>(QStringList()))),
+    expectMailError(connecting(server, MailAuth::oauth(std::make_shared<TokensInTurn>(QStringList()))),
                     MailError::Kind::notSignedIn);
     EXPECT_TRUE(server.connection(0).isClosed());
 }

@@ -454,7 +454,7 @@ TEST_F(ReaderViewTest, WritesToTheAddressOfAMailLink)
     const auto composedTo = [this](const QString& url) {
         reader().followLink(link(url));
         const std::optional<QUuid> id = mail->model().pendingCompose();
-        const auto draft = id ? mail->model().takeComposeSeed(*id) : std::nullopt;
+        const auto draft = id ? mail->model().takeSeed(*id) : std::nullopt;
         mail->model().clearPendingCompose();
         return draft ? draft->to : u"none"_s;
     };

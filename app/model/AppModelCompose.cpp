@@ -1,0 +1,360 @@
+#include "domain/MailError.h"
+#include "domain/Text.h"
+#include "format/AddressParser.h"
+#include "format/MailEncoding.h"
+#include "format/MessageComposer.h"
+#include "model/AppModel.h"
+#include "platform/Tasks.h"
+#include "providers/FetchParsed.h"
+#include "safety/HTMLSanitizer.h"
+
+#include <QRegularExpression>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+// How messages come to be written, and how they leave.
+
+namespace Larkhaven {
+
+size_t qHash(const ComposeDraft& draft, size_t seed)
+{
+    return qHash(draft.id, seed);
+}
+
+namespace {
+
+/// An address as the user edits it: as in a header, but a name that isn't ASCII stays readable.
+QString fieldText(const EmailAddress& address)
+{
+    const QString name = MailEncoding::headerSafe(address.name.value_or(QString()));
+    if (std::ranges::all_of(name, [](QChar character) { return character.unicode() < 0x80; }))
+        return MessageComposer::formatAddress(address);
+    QString escaped = name;
+    escaped.replace(u'\\', u"\\\\"_s).replace(u'"', u"\\\""_s);
+    const QString bare = MessageComposer::formatAddress(EmailAddress(std::nullopt, address.address));
+    return u"\"%1\" <%2>"_s.arg(escaped, bare);
+}
+
+QString fieldText(const QList<EmailAddress>& addresses)
+{
+    QStringList texts;
+    for (const EmailAddress& address : addresses)
+        texts.append(fieldText(address));
+    return texts.join(u", "_s);
+}
+
+/// The attachments of a message that came, to go out again.
+QList<OutgoingAttachment> outgoingAttachments(const ParsedMessage& message)
+{
+    QList<OutgoingAttachment> attachments;
+    for (const MailAttachment& attachment : message.attachments)
+        attachments.append({QUuid::createUuid(), attachment.filename, attachment.mimeType, attachment.data});
+    return attachments;
+}
+
+std::optional<QString> trimmedHeader(const MIMEHeaders& headers, QStringView name)
+{
+    const std::optional<QString> value = headers.value(name);
+    return value ? std::optional(Text::trimmedSpace(*value).toString()) : std::nullopt;
+}
+
+QList<EmailAddress> replyRecipients(const MIMEHeaders& headers)
+{
+    const QList<EmailAddress> wanted = headers.replyTo();
+    return wanted.isEmpty() ? headers.from() : wanted;
+}
+
+/// Everybody else who has the message.
+QList<EmailAddress> otherRecipients(const MIMEHeaders& headers, const QString& ownAddress)
+{
+    QSet<QString> known{ownAddress.toLower()};
+    const QList<EmailAddress> recipients = replyRecipients(headers);
+    for (const EmailAddress& address : recipients)
+        known.insert(address.address.toLower());
+    QList<EmailAddress> others;
+    const QList<EmailAddress> all = headers.to() + headers.cc();
+    for (const EmailAddress& address : all) {
+        const qsizetype before = known.size();
+        known.insert(address.address.toLower());
+        if (known.size() > before)
+            others.append(address);
+    }
+    return others;
+}
+
+/// What a reply quotes.
+QString quoted(const ParsedMessage& message, const QString& snippet)
+{
+    const QList<EmailAddress> from = message.headers.from();
+    const std::optional<EmailAddress> sender = from.isEmpty() ? std::nullopt : std::optional(from.first());
+    return MessageComposer::quotedReply(
+        message.textBody.value_or(snippet), sender ? sender->name : std::nullopt,
+        sender ? std::optional(sender->address) : std::nullopt, message.headers.date());
+}
+
+/// A stored draft's HTML as the editor may load it: nothing in it loads anything.
+std::optional<QString> harmlessHTML(const ParsedMessage& message)
+{
+    if (!message.htmlBody)
+        return std::nullopt;
+    return HTMLSanitizer::sanitize(*message.htmlBody, {}).document;
+}
+
+[[noreturn]] void refuseAddress(const QString& text)
+{
+    throw MailError::unsupported(AppModel::tr("“%1” isn’t a valid email address.").arg(text));
+}
+
+void expectRecipients(const OutgoingMessage& message)
+{
+    static const QRegularExpression valid(uR"(\A[^@\s<>,;"]+@[^@\s<>,;"]+\z)"_s,
+                                          QRegularExpression::UseUnicodePropertiesOption);
+    const QList<EmailAddress> recipients = message.to + message.cc + message.bcc;
+    if (recipients.isEmpty())
+        throw MailError::unsupported(AppModel::tr("Please specify at least one recipient."));
+    for (const EmailAddress& recipient : recipients) {
+        if (!valid.match(recipient.address).hasMatch())
+            refuseAddress(recipient.address);
+    }
+}
+
+} // namespace
+
+std::optional<Account> AppModel::composeAccount() const
+{
+    const QUuid chosen(defaults().text(DefaultsKey::defaultAccountID));
+    const auto found = std::ranges::find(m_accounts, chosen, &Account::id);
+    if (!chosen.isNull() && found != m_accounts.end())
+        return *found;
+    std::optional<Account> selected = selectedAccount();
+    if (!selected && !m_accounts.isEmpty())
+        selected = m_accounts.first();
+    return selected;
+}
+
+QString AppModel::signatureBlock() const
+{
+    const QString signature = defaults().text(DefaultsKey::signature);
+    const QStringView trimmed = Text::trimmedSpaceAndLineEnds(signature);
+    return trimmed.isEmpty() ? QString() : u"\n\n-- \n"_s + trimmed.toString();
+}
+
+ComposeDraft AppModel::emptyDraft(const QUuid& accountID) const
+{
+    ComposeDraft draft;
+    draft.id = QUuid::createUuid();
+    draft.accountID = accountID;
+    draft.isRichText = defaults().boolean(DefaultsKey::composeRichText);
+    return draft;
+}
+
+void AppModel::openCompose(const ComposeDraft& draft)
+{
+    m_composeSeeds.insert(draft.id, draft);
+    assign(m_pendingCompose, std::optional(draft.id), &AppModel::pendingComposeChanged);
+}
+
+std::optional<ComposeDraft> AppModel::takeSeed(const QUuid& id) const
+{
+    const auto seed = m_composeSeeds.constFind(id);
+    return seed == m_composeSeeds.cend() ? std::nullopt : std::optional(*seed);
+}
+
+void AppModel::closeCompose(const QUuid& id)
+{
+    m_composeSeeds.remove(id);
+    m_recoveredDrafts.remove(id);
+    m_recovery->forget(id);
+}
+
+void AppModel::newMessage(const QString& to)
+{
+    const std::optional<Account> account = composeAccount();
+    if (!account)
+        return;
+    ComposeDraft draft = emptyDraft(account->id);
+    draft.to = to;
+    draft.body = signatureBlock();
+    openCompose(draft);
+}
+
+Task<ParsedMessage> AppModel::parsed(MessageSummary row)
+{
+    if (m_openParsed && !m_path.isEmpty() && m_path.last() == row.id)
+        co_return *m_openParsed;
+    const std::shared_ptr<MailProvider> source = provider(row.accountID);
+    if (!source)
+        throw MailError::notSignedIn();
+    ParsedMessage message = co_await fetchParsed(source, row.id);
+    co_return message;
+}
+
+Task<std::optional<QString>> AppModel::threadID(MessageSummary row)
+{
+    const std::shared_ptr<MailProvider> source = provider(row.accountID);
+    std::optional<QString> thread;
+    try {
+        if (source)
+            thread = co_await source->threadID(row.id);
+    } catch (const LocalizedError&) {
+        // The reply begins a conversation of its own.
+    }
+    co_return thread;
+}
+
+Task<> AppModel::prepare(MessageSummary row, bool isOfThread, Writing writing)
+{
+    const QPointer<AppModel> self(this);
+    std::exception_ptr failure;
+    try {
+        const ParsedMessage message = co_await parsed(row);
+        ComposeDraft draft;
+        if (self)
+            draft = emptyDraft(row.accountID);
+        if (self && isOfThread)
+            draft.threadID = co_await threadID(row);
+        // The texts of strangers may be long.
+        const auto work = [message, draft, writing] {
+            ComposeDraft written = draft;
+            writing(written, message);
+            return written;
+        };
+        draft = co_await runOnWorker(work);
+        if (self)
+            openCompose(draft);
+    } catch (...) {
+        failure = std::current_exception();
+    }
+    if (self && failure)
+        report(failure, row.accountID);
+}
+
+Task<> AppModel::reply(MessageSummary row, bool all)
+{
+    const auto account = std::ranges::find(m_accounts, row.accountID, &Account::id);
+    const QString ownAddress = account == m_accounts.end() ? QString() : account->email;
+    const Writing writing = [row, all, ownAddress, signature = signatureBlock()](
+                                ComposeDraft& draft, const ParsedMessage& message) {
+        draft.to = fieldText(replyRecipients(message.headers));
+        if (all)
+            draft.cc = fieldText(otherRecipients(message.headers, ownAddress));
+        draft.subject = MessageComposer::replySubject(message.headers.subject());
+        draft.body = signature + quoted(message, row.snippet);
+        draft.inReplyTo = message.headers.messageID();
+        draft.references = message.headers.references();
+        if (draft.inReplyTo)
+            draft.references.append(*draft.inReplyTo);
+    };
+    return prepare(row, true, writing);
+}
+
+Task<> AppModel::forward(MessageSummary row)
+{
+    const Writing writing = [row, signature = signatureBlock()](ComposeDraft& draft,
+                                                                const ParsedMessage& message) {
+        draft.subject = MessageComposer::forwardSubject(message.headers.subject());
+        draft.body =
+            signature + MessageComposer::forwardBody(message.headers, message.textBody.value_or(row.snippet));
+        draft.attachments = outgoingAttachments(message);
+    };
+    return prepare(row, false, writing);
+}
+
+Task<> AppModel::editDraft(MessageSummary row)
+{
+    const Writing writing = [row](ComposeDraft& draft, const ParsedMessage& message) {
+        draft.to = fieldText(message.headers.to());
+        draft.cc = fieldText(message.headers.cc());
+        draft.bcc = fieldText(AddressParser::parseList(message.headers.decoded(u"Bcc").value_or(QString())));
+        draft.subject = message.headers.subject();
+        draft.body = message.textBody.value_or(QString());
+        draft.initialHTML = harmlessHTML(message);
+        draft.isRichText = draft.isRichText || draft.initialHTML;
+        draft.inReplyTo = trimmedHeader(message.headers, u"In-Reply-To");
+        draft.references = message.headers.references();
+        draft.draftMessageID = row.id;
+        draft.attachments = outgoingAttachments(message);
+    };
+    return prepare(row, true, writing);
+}
+
+// --- Leaving
+
+OutgoingMessage AppModel::outgoing(const ComposeDraft& draft, bool forSending)
+{
+    const auto account = std::ranges::find(m_accounts, draft.accountID, &Account::id);
+    if (account == m_accounts.end() || !provider(draft.accountID))
+        throw MailError::notSignedIn();
+    OutgoingMessage message;
+    message.to = AddressParser::parseList(draft.to);
+    message.cc = AddressParser::parseList(draft.cc);
+    message.bcc = AddressParser::parseList(draft.bcc);
+    if (forSending)
+        expectRecipients(message);
+    message.from = EmailAddress(account->displayName, account->email);
+    message.subject = draft.subject;
+    message.body = draft.body;
+    if (draft.isRichText)
+        message.htmlBody = draft.initialHTML;
+    message.attachments = draft.attachments;
+    message.inReplyTo = draft.inReplyTo;
+    message.references = draft.references;
+    message.threadID = draft.threadID;
+    return message;
+}
+
+Task<> AppModel::send(ComposeDraft draft)
+{
+    const QPointer<AppModel> self(this);
+    OutgoingMessage message = outgoing(draft, true);
+    const std::shared_ptr<MailProvider> source = provider(draft.accountID);
+    co_await source->send(std::move(message), draft.draftMessageID);
+    if (!self)
+        co_return;
+    const bool isShown = shows(draft.accountID, Mailbox::sent) ||
+                         (draft.draftMessageID && shows(draft.accountID, Mailbox::drafts));
+    if (isShown)
+        start(refresh());
+    start(loadCounts(draft.accountID));
+}
+
+Task<> AppModel::saveDraft(ComposeDraft draft)
+{
+    const QPointer<AppModel> self(this);
+    OutgoingMessage message = outgoing(draft, false);
+    const std::shared_ptr<MailProvider> source = provider(draft.accountID);
+    co_await source->saveDraft(std::move(message), draft.draftMessageID);
+    if (self && shows(draft.accountID, Mailbox::drafts))
+        start(refresh());
+}
+
+bool AppModel::shows(const QUuid& accountID, Mailbox role) const
+{
+    return m_sidebarSelection == SidebarItem{accountID, MailboxRef::system(role)};
+}
+
+// --- Recovery
+
+void AppModel::keepForRecovery(const ComposeDraft& draft)
+{
+    m_recovery->keep(draft);
+}
+
+Task<> AppModel::recoverDrafts()
+{
+    const QPointer<AppModel> self(this);
+    const QList<Account> accounts = m_accounts;
+    for (const Account& account : accounts) {
+        const QList<ComposeDraft> drafts = co_await m_recovery->recovered(account.id);
+        if (!self)
+            co_return;
+        for (const ComposeDraft& draft : drafts) {
+            m_recoveredDrafts.insert(draft.id);
+            openCompose(draft);
+        }
+    }
+}
+
+} // namespace Larkhaven

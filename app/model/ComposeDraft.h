@@ -1,0 +1,37 @@
+#pragma once
+
+#include "domain/Message.h"
+
+#include <QList>
+#include <QString>
+#include <QUuid>
+
+#include <optional>
+
+namespace Larkhaven {
+
+/// The state of one message that is being written; `id` is the identity of its window.
+struct ComposeDraft {
+    QUuid id;
+    QUuid accountID; ///< the account that sends
+    // Addresses as the user edits them, joined by ", ".
+    QString to;
+    QString cc;
+    QString bcc;
+    QString subject;
+    QString body;                     ///< plain text; for rich text the editor's text
+    std::optional<QString> inReplyTo; ///< Message-ID of the original
+    QList<QString> references;
+    std::optional<QString> threadID;
+    bool isRichText = false;
+    std::optional<QString> draftMessageID; ///< the provider's id of the stored draft that this replaces
+    /// The rich body: what the editor loads at first, and what it holds when the draft is sent, stored or
+    /// kept.
+    std::optional<QString> initialHTML;
+    QList<OutgoingAttachment> attachments;
+
+    bool operator==(const ComposeDraft& other) const { return id == other.id; }
+};
+size_t qHash(const ComposeDraft& draft, size_t seed = 0);
+
+} // namespace Larkhaven

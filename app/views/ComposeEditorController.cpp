@@ -1,0 +1,592 @@
+#include "views/ComposeEditorController.h"
+
+#include "app/platform/SpellChecker.h"
+#include "views/ComposeHTML.h"
+#include "views/ComposeHighlighter.h"
+#include "views/Style.h"
+
+#include <QActionGroup>
+#include <QColorDialog>
+#include <QFontDatabase>
+#include <QFontDialog>
+#include <QGuiApplication>
+#include <QInputMethod>
+#include <QLocale>
+#include <QMenu>
+#include <QRegularExpression>
+#include <QTextBlock>
+#include <QTextDocumentFragment>
+#include <QTextFrame>
+#include <QTextList>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven {
+
+namespace {
+
+/// Longer addresses are not made links while they are typed.
+constexpr qsizetype longestAddress = 2'000;
+
+/// A run of text of one format.
+struct Run {
+    int start;
+    int end;
+    QTextCharFormat format;
+};
+
+QList<Run> runsIn(const QTextCursor& selection)
+{
+    QList<Run> runs;
+    const int start = selection.selectionStart();
+    const int end = selection.selectionEnd();
+    for (QTextBlock block = selection.document()->findBlock(start);
+         block.isValid() && block.position() < end; block = block.next()) {
+        for (auto place = block.begin(); !place.atEnd(); ++place) {
+            const QTextFragment fragment = place.fragment();
+            const int first = std::max(start, fragment.position());
+            const int last = std::min(end, fragment.position() + fragment.length());
+            if (first < last)
+                runs.append({first, last, fragment.charFormat()});
+        }
+    }
+    return runs;
+}
+
+QTextCursor selected(QTextDocument* document, int start, int end)
+{
+    QTextCursor cursor(document);
+    cursor.setPosition(start);
+    cursor.setPosition(end, QTextCursor::KeepAnchor);
+    return cursor;
+}
+
+bool isBoldFormat(const QTextCharFormat& format)
+{
+    return format.hasProperty(QTextFormat::FontWeight) && format.fontWeight() >= QFont::DemiBold;
+}
+
+/// Colours that come with pasted text are those of another page: black on ours may be black on black. Only
+/// what is clearly a colour is kept.
+void dropGroundColors(QTextCharFormat& format)
+{
+    constexpr int leastSaturation = 60;
+    format.clearProperty(QTextFormat::BackgroundBrush);
+    if (format.hasProperty(QTextFormat::ForegroundBrush) &&
+        format.foreground().color().hsvSaturation() < leastSaturation)
+        format.clearProperty(QTextFormat::ForegroundBrush);
+}
+
+/// The address that a link to the typed text has; empty where it is none.
+QString addressOf(const QString& text)
+{
+    static const QRegularExpression email(
+        uR"(^[^@\s<>,;"]+@[^@\s<>,;".]+(\.[^@\s<>,;".]+)+$)"_s);
+    if (text.startsWith("http://"_L1) || text.startsWith("https://"_L1) || text.startsWith("mailto:"_L1))
+        return text;
+    if (text.startsWith("www."_L1) && text.count(u'.') > 1)
+        return u"https://"_s + text;
+    if (email.match(text).hasMatch())
+        return u"mailto:"_s + text;
+    return {};
+}
+
+} // namespace
+
+ComposeEditorController::ComposeEditorController(QObject* parent)
+    : QObject(parent)
+    , m_checker(std::make_unique<SpellChecker>())
+{
+    setBaseFont({}, m_sizes.base);
+    connect(QGuiApplication::inputMethod(), &QInputMethod::localeChanged, this,
+            &ComposeEditorController::chooseLanguage);
+    connect(&Style::shared(), &Style::changed, this, [this] {
+        setBaseFont(m_baseFont.family(), m_sizes.base);
+        if (textView)
+            textView->setFont(m_baseFont);
+    });
+    chooseLanguage();
+}
+
+ComposeEditorController::~ComposeEditorController() = default;
+
+void ComposeEditorController::setBaseFont(const QString& family, double size)
+{
+    m_sizes.base = std::clamp(size, ComposeFormat::smallestSize, ComposeFormat::largestSize);
+    m_sizes.scale = static_cast<double>(Style::shared().textSize()) / Style::standardTextSize;
+    m_baseFont = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
+    if (!family.isEmpty())
+        m_baseFont.setFamilies({family});
+    m_baseFont.setPixelSize(m_sizes.pixels(m_sizes.base));
+}
+
+void ComposeEditorController::attach(ComposeTextView& view, const QString& initialText,
+                                     const std::optional<QString>& initialHTML, bool richText)
+{
+    textView = &view;
+    view.controller = this;
+    view.setFont(m_baseFont);
+    QTextDocument* const document = view.document();
+    document->setDefaultFont(m_baseFont);
+    if (richText && initialHTML)
+        ComposeHTML::read(*initialHTML, *document, m_sizes);
+    document->setUndoRedoEnabled(false);
+    if (!richText || !initialHTML)
+        QTextCursor(document).insertText(initialText);
+    QTextFrameFormat frame = document->rootFrame()->frameFormat();
+    frame.setLeftMargin(ComposeTextView::horizontalInset);
+    frame.setRightMargin(ComposeTextView::horizontalInset);
+    frame.setTopMargin(ComposeTextView::verticalInset);
+    frame.setBottomMargin(ComposeTextView::verticalInset);
+    document->rootFrame()->setFrameFormat(frame);
+    ComposeFormat::setPlain(*document, !richText);
+    document->setUndoRedoEnabled(true);
+    document->setModified(false);
+    m_isRichText = richText;
+    view.moveCursor(QTextCursor::Start);
+    m_highlighter = new ComposeHighlighter(document, *m_checker);
+    connect(document, &QTextDocument::contentsChanged, this, &ComposeEditorController::followDocument);
+    connect(&view, &QTextEdit::cursorPositionChanged, this, &ComposeEditorController::followCursor);
+    connect(&view, &QTextEdit::currentCharFormatChanged, this, &ComposeEditorController::selectionChanged);
+    connect(&view, &QTextEdit::selectionChanged, this, &ComposeEditorController::selectionChanged);
+}
+
+void ComposeEditorController::followDocument()
+{
+    const bool isRich = textView && !ComposeFormat::isPlain(*textView->document());
+    if (isRich != m_isRichText) {
+        m_isRichText = isRich;
+        Q_EMIT richTextChanged();
+    }
+    if (textView)
+        m_highlighter->setTypingPosition(textView->textCursor().position());
+    Q_EMIT textChanged();
+    Q_EMIT selectionChanged();
+}
+
+void ComposeEditorController::followCursor()
+{
+    const QTextCursor cursor = textView->textCursor();
+    m_highlighter->setTypingPosition(cursor.hasSelection() ? -1 : cursor.position());
+    Q_EMIT selectionChanged();
+}
+
+// --- The text as a whole
+
+void ComposeEditorController::setRichText(bool richText)
+{
+    if (!textView || richText == m_isRichText)
+        return;
+    QTextDocument* const document = textView->document();
+    QTextCursor cursor(document);
+    const int place = textView->textCursor().position();
+    cursor.beginEditBlock();
+    if (!richText) {
+        const QString plain = ComposeHTML::plainText(*document);
+        cursor.select(QTextCursor::Document);
+        cursor.removeSelectedText();
+        cursor.setBlockFormat(QTextBlockFormat());
+        cursor.setBlockCharFormat(QTextCharFormat());
+        cursor.insertText(plain, QTextCharFormat());
+    }
+    ComposeFormat::setPlain(*document, !richText);
+    cursor.endEditBlock();
+    cursor.setPosition(std::min(place, document->characterCount() - 1));
+    textView->setTextCursor(cursor);
+    if (!richText)
+        textView->setCurrentCharFormat(QTextCharFormat());
+    // The switch alone changes no text, of which a document would tell.
+    followDocument();
+}
+
+QString ComposeEditorController::text() const
+{
+    return textView ? ComposeHTML::plainText(*textView->document()) : QString();
+}
+
+std::optional<QString> ComposeEditorController::html() const
+{
+    if (!textView || !m_isRichText)
+        return std::nullopt;
+    return ComposeHTML::write(*textView->document());
+}
+
+// --- Commands
+
+void ComposeEditorController::changeText(const Change& change)
+{
+    if (!textView || !m_isRichText || textView->isReadOnly())
+        return;
+    textView->setFocus();
+    QTextCursor cursor = textView->textCursor();
+    if (!cursor.hasSelection()) {
+        QTextCharFormat format = textView->currentCharFormat();
+        change(format);
+        textView->setCurrentCharFormat(format);
+        Q_EMIT selectionChanged();
+        return;
+    }
+    QTextDocument* const document = textView->document();
+    const QList<Run> runs = runsIn(cursor);
+    cursor.beginEditBlock();
+    for (const Run& run : runs) {
+        QTextCharFormat format = run.format;
+        change(format);
+        selected(document, run.start, run.end).setCharFormat(format);
+    }
+    // What is typed into an empty paragraph, and the markers of lists, have the format of the paragraph.
+    for (QTextBlock block = document->findBlock(cursor.selectionStart());
+         block.isValid() && block.position() < cursor.selectionEnd(); block = block.next()) {
+        if (block.position() < cursor.selectionStart())
+            continue;
+        QTextCharFormat format = block.charFormat();
+        change(format);
+        QTextCursor(block).setBlockCharFormat(format);
+    }
+    cursor.endEditBlock();
+}
+
+void ComposeEditorController::changeSize(const std::function<double(double)>& change)
+{
+    const ComposeFormat::Sizes sizes = m_sizes;
+    changeText([&change, sizes](QTextCharFormat& format) {
+        const double now = ComposeFormat::size(format).value_or(sizes.base);
+        ComposeFormat::setSize(format, change(now), sizes);
+    });
+}
+
+bool ComposeEditorController::allText(const Test& test) const
+{
+    if (!textView)
+        return false;
+    const QTextCursor cursor = textView->textCursor();
+    const QList<Run> runs = cursor.hasSelection() ? runsIn(cursor) : QList<Run>();
+    if (runs.isEmpty())
+        return test(textView->currentCharFormat());
+    return std::ranges::all_of(runs, [&test](const Run& run) { return test(run.format); });
+}
+
+void ComposeEditorController::toggle(const Test& test,
+                                     const std::function<void(QTextCharFormat&, bool)>& set)
+{
+    const bool isOn = !allText(test);
+    changeText([&set, isOn](QTextCharFormat& format) { set(format, isOn); });
+}
+
+void ComposeEditorController::makeSmaller()
+{
+    changeSize([](double size) { return size - 1; });
+}
+
+void ComposeEditorController::makeDefaultSize()
+{
+    changeSize([this](double) { return m_sizes.base; });
+}
+
+void ComposeEditorController::makeBigger()
+{
+    changeSize([](double size) { return size + 1; });
+}
+
+void ComposeEditorController::toggleBold()
+{
+    toggle(isBoldFormat, [](QTextCharFormat& format, bool isOn) {
+        if (isOn)
+            format.setFontWeight(QFont::Bold);
+        else
+            format.clearProperty(QTextFormat::FontWeight);
+    });
+}
+
+void ComposeEditorController::toggleItalic()
+{
+    toggle([](const QTextCharFormat& format) { return format.fontItalic(); },
+           [](QTextCharFormat& format, bool isOn) { format.setFontItalic(isOn); });
+}
+
+void ComposeEditorController::toggleUnderline()
+{
+    toggle([](const QTextCharFormat& format) { return format.fontUnderline(); },
+           [](QTextCharFormat& format, bool isOn) { format.setFontUnderline(isOn); });
+}
+
+void ComposeEditorController::toggleStrikethrough()
+{
+    toggle([](const QTextCharFormat& format) { return format.fontStrikeOut(); },
+           [](QTextCharFormat& format, bool isOn) { format.setFontStrikeOut(isOn); });
+}
+
+/// The whole paragraphs that the selection touches. One that it only ends before isn't touched.
+QTextCursor ComposeEditorController::paragraphs() const
+{
+    QTextCursor cursor = textView->textCursor();
+    const int start = cursor.selectionStart();
+    int end = cursor.selectionEnd();
+    if (end > start && textView->document()->findBlock(end).position() == end)
+        --end;
+    return selected(textView->document(), start, end);
+}
+
+void ComposeEditorController::align(Qt::Alignment alignment)
+{
+    if (!textView || !m_isRichText || textView->isReadOnly())
+        return;
+    textView->setFocus();
+    QTextBlockFormat change;
+    change.setAlignment(alignment.testFlag(Qt::AlignHCenter) ? alignment : alignment | Qt::AlignAbsolute);
+    paragraphs().mergeBlockFormat(change);
+    Q_EMIT selectionChanged();
+}
+
+void ComposeEditorController::toggleList(QTextListFormat::Style style)
+{
+    if (!textView || !m_isRichText || textView->isReadOnly())
+        return;
+    textView->setFocus();
+    QTextCursor cursor = paragraphs();
+    const bool isOn = isList(style);
+    cursor.beginEditBlock();
+    if (isOn) {
+        QTextBlock block = textView->document()->findBlock(cursor.selectionStart());
+        for (; block.isValid() && block.position() <= cursor.selectionEnd(); block = block.next()) {
+            if (QTextList* const list = block.textList())
+                list->remove(block);
+            QTextBlockFormat plain;
+            plain.setIndent(0);
+            plain.setTextIndent(0);
+            QTextCursor(block).mergeBlockFormat(plain);
+        }
+    } else {
+        QTextListFormat format;
+        format.setStyle(style);
+        format.setIndent(1);
+        cursor.createList(format);
+    }
+    cursor.endEditBlock();
+    Q_EMIT selectionChanged();
+}
+
+bool ComposeEditorController::leaveEmptyListItem()
+{
+    const QTextCursor cursor = textView->textCursor();
+    QTextList* const list = cursor.currentList();
+    if (!list || cursor.hasSelection() || cursor.block().length() > 1)
+        return false;
+    QTextCursor step(cursor);
+    step.beginEditBlock();
+    list->remove(cursor.block());
+    QTextBlockFormat plain;
+    plain.setIndent(0);
+    step.mergeBlockFormat(plain);
+    step.endEditBlock();
+    Q_EMIT selectionChanged();
+    return true;
+}
+
+// --- Panels
+
+void ComposeEditorController::showFonts()
+{
+    if (!textView || !m_isRichText)
+        return;
+    textView->setFocus();
+    const QTextCharFormat format = textView->currentCharFormat();
+    QFont font = format.font().resolve(m_baseFont);
+    font.setPointSizeF(ComposeFormat::size(format).value_or(m_sizes.base));
+    auto* const panel = new QFontDialog(font, textView->window());
+    panel->setAttribute(Qt::WA_DeleteOnClose);
+    connect(panel, &QFontDialog::fontSelected, this, &ComposeEditorController::setFont);
+    panel->open();
+}
+
+void ComposeEditorController::showColors()
+{
+    if (!textView || !m_isRichText)
+        return;
+    textView->setFocus();
+    const QTextCharFormat format = textView->currentCharFormat();
+    const bool isColored = format.hasProperty(QTextFormat::ForegroundBrush);
+    auto* const panel = new QColorDialog(
+        isColored ? format.foreground().color() : Style::shared().colors().text, textView->window());
+    panel->setAttribute(Qt::WA_DeleteOnClose);
+    connect(panel, &QColorDialog::colorSelected, this, &ComposeEditorController::setColor);
+    panel->open();
+}
+
+void ComposeEditorController::setFont(const QFont& font)
+{
+    const ComposeFormat::Sizes sizes = m_sizes;
+    changeText([font, sizes](QTextCharFormat& format) {
+        format.setFontFamilies({font.family()});
+        format.setFontItalic(font.italic());
+        format.setFontUnderline(font.underline());
+        format.setFontStrikeOut(font.strikeOut());
+        if (font.weight() >= QFont::DemiBold)
+            format.setFontWeight(QFont::Bold);
+        else
+            format.clearProperty(QTextFormat::FontWeight);
+        ComposeFormat::setSize(format, font.pointSizeF(), sizes);
+    });
+}
+
+void ComposeEditorController::setColor(const QColor& color)
+{
+    changeText([color](QTextCharFormat& format) { format.setForeground(color); });
+}
+
+// --- What the selection has
+
+bool ComposeEditorController::isBold() const
+{
+    return allText(isBoldFormat);
+}
+
+bool ComposeEditorController::isItalic() const
+{
+    return allText([](const QTextCharFormat& format) { return format.fontItalic(); });
+}
+
+bool ComposeEditorController::isUnderlined() const
+{
+    return allText([](const QTextCharFormat& format) { return format.fontUnderline(); });
+}
+
+bool ComposeEditorController::isStruckOut() const
+{
+    return allText([](const QTextCharFormat& format) { return format.fontStrikeOut(); });
+}
+
+Qt::Alignment ComposeEditorController::alignment() const
+{
+    if (!textView)
+        return Qt::AlignLeft;
+    const QTextBlockFormat format = textView->textCursor().blockFormat();
+    if (!format.hasProperty(QTextFormat::BlockAlignment))
+        return Qt::AlignLeft;
+    return format.alignment() & (Qt::AlignLeft | Qt::AlignHCenter | Qt::AlignRight);
+}
+
+bool ComposeEditorController::isList(QTextListFormat::Style style) const
+{
+    if (!textView)
+        return false;
+    const QTextCursor cursor = paragraphs();
+    QTextBlock block = textView->document()->findBlock(cursor.selectionStart());
+    for (; block.isValid() && block.position() <= cursor.selectionEnd(); block = block.next()) {
+        if (!block.textList() || block.textList()->format().style() != style)
+            return false;
+    }
+    return true;
+}
+
+// --- For the text view
+
+void ComposeEditorController::detectLink()
+{
+    const QTextCursor cursor = textView->textCursor();
+    if (!m_isRichText || cursor.hasSelection())
+        return;
+    const QTextBlock block = cursor.block();
+    const QString before = block.text().first(cursor.positionInBlock());
+    qsizetype start = before.size();
+    while (start > 0 && !before[start - 1].isSpace())
+        --start;
+    QString word = before.sliced(start);
+    while (!word.isEmpty() && u".,;:!?)]}'\"»”"_s.contains(word.back()))
+        word.chop(1);
+    while (!word.isEmpty() && u"([{'\"«“<"_s.contains(word.front())) {
+        word.remove(0, 1);
+        ++start;
+    }
+    const QString address = word.size() > longestAddress ? QString() : addressOf(word);
+    if (address.isEmpty())
+        return;
+    const int first = block.position() + static_cast<int>(start);
+    QTextCursor range = selected(textView->document(), first, first + static_cast<int>(word.size()));
+    QTextCharFormat link;
+    if (ComposeFormat::link(range.charFormat()).isEmpty() && ComposeFormat::setLink(link, address))
+        range.mergeCharFormat(link);
+}
+
+void ComposeEditorController::insertHTML(const QString& html)
+{
+    QTextDocument pasted;
+    pasted.setDefaultFont(m_baseFont);
+    ComposeHTML::read(html, pasted, m_sizes);
+    QTextCursor everything(&pasted);
+    everything.select(QTextCursor::Document);
+    for (const Run& run : runsIn(everything)) {
+        QTextCharFormat format = run.format;
+        dropGroundColors(format);
+        selected(&pasted, run.start, run.end).setCharFormat(format);
+    }
+    if (!pasted.isEmpty())
+        textView->textCursor().insertFragment(QTextDocumentFragment(&pasted));
+}
+
+// --- Spelling
+
+void ComposeEditorController::chooseLanguage()
+{
+    const QStringList wanted{QGuiApplication::inputMethod()->locale().name(), QLocale().name()};
+    const QString language = usesChosenLanguage()
+                                 ? m_chosenLanguage
+                                 : SpellChecker::bestLanguage(m_checker->languages(), wanted);
+    if (language == m_checker->language())
+        return;
+    m_checker->setLanguage(language);
+    if (m_highlighter)
+        m_highlighter->restart();
+}
+
+void ComposeEditorController::addSpelling(QMenu& menu, int position)
+{
+    QAction* const before = menu.actions().value(0);
+    const auto add = [&menu, before](const QString& text, const std::function<void()>& action) {
+        auto* const item = new QAction(QString(text).replace(u'&', u"&&"_s), &menu);
+        connect(item, &QAction::triggered, &menu, action);
+        menu.insertAction(before, item);
+    };
+    const ComposeHighlighter::Word word =
+        m_highlighter ? m_highlighter->misspelledAt(position) : ComposeHighlighter::Word();
+    if (!word.text.isEmpty()) {
+        const int end = word.position + static_cast<int>(word.text.size());
+        for (const QString& suggestion : m_checker->suggestions(word.text)) {
+            add(suggestion, [this, word, end, suggestion] {
+                QTextCursor range = selected(textView->document(), word.position, end);
+                if (range.selectedText() == word.text)
+                    range.insertText(suggestion, range.charFormat());
+            });
+        }
+        const auto settle = [this](const std::function<void()>& accept) {
+            accept();
+            m_highlighter->restart();
+        };
+        add(tr("Add to Dictionary"),
+            [this, word, settle] { settle([this, word] { m_checker->add(word.text); }); });
+        add(tr("Ignore"), [this, word, settle] { settle([this, word] { m_checker->ignore(word.text); }); });
+        menu.insertSeparator(before);
+    }
+    if (m_checker->languages().isEmpty())
+        return;
+    menu.addSeparator();
+    QMenu* const languages = menu.addMenu(tr("Spelling Language"));
+    auto* const group = new QActionGroup(languages);
+    for (const QString& tag : m_checker->languages()) {
+        const QLocale locale(tag);
+        const QString name = locale.language() == QLocale::C
+                                 ? tag
+                                 : u"%1 (%2)"_s.arg(QLocale::languageToString(locale.language()),
+                                                    QLocale::territoryToString(locale.territory()));
+        QAction* const item = languages->addAction(name);
+        item->setCheckable(true);
+        item->setChecked(tag == m_checker->language());
+        group->addAction(item);
+        connect(item, &QAction::triggered, this, [this, tag] {
+            m_chosenLanguage = tag;
+            chooseLanguage();
+        });
+    }
+}
+
+} // namespace Larkhaven

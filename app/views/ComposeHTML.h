@@ -1,0 +1,41 @@
+#pragma once
+
+#include "views/ComposeFormat.h"
+
+#include <QString>
+
+#include <optional>
+
+class QTextDocument;
+
+/// The rich text of a message as HTML, and back. Pure functions; a document may be of any thread. Linear in
+/// their input.
+///
+/// What is written is small and plain, for the mail programs of the last fifteen years: one `div` for each
+/// paragraph, lists, quotes and links, and styles only where a text differs from the default. What is read
+/// may be hostile: it goes through the sanitizer, and nothing but text, formatting and links comes out of it.
+/// Nothing is ever fetched.
+namespace Larkhaven::ComposeHTML {
+
+/// The document as an HTML document in which no byte needs a charset other than UTF-8; absent where it has no
+/// text.
+std::optional<QString> write(const QTextDocument& document);
+
+/// The text as it is sent beside the HTML: a list item has its marker between two tabs, a quoted line begins
+/// with "> " for each level.
+QString plainText(const QTextDocument& document);
+
+/// Replaces the document by what the HTML shows, and forgets its undo steps. Images, rules and the layout of
+/// tables are left out.
+void read(const QString& html, QTextDocument& document, const ComposeFormat::Sizes& sizes);
+
+/// The most lines that one paragraph keeps together. Longer ones go on in another.
+inline constexpr int maximumLinesOfParagraph = 200;
+/// The most items that one list keeps together. Longer ones go on in another.
+inline constexpr int maximumItemsOfList = 5'000;
+/// Lists deeper than this look like the last level.
+inline constexpr int maximumListDepth = 12;
+/// The most kinds of named character references that one text may use.
+inline constexpr int maximumNames = 300;
+
+} // namespace Larkhaven::ComposeHTML

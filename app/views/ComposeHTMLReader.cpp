@@ -1,0 +1,713 @@
+#include "safety/HTMLSanitizer.h"
+#include "safety/SanitizerOptions.h"
+#include "views/ComposeHTML.h"
+
+#include <QBrush>
+#include <QColor>
+#include <QFont>
+#include <QHash>
+#include <QTextCursor>
+#include <QTextDocument>
+#include <QTextDocumentFragment>
+#include <QTextList>
+
+#include <algorithm>
+#include <array>
+#include <vector>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven::ComposeHTML {
+
+namespace {
+
+constexpr char16_t noBreakSpace = 0xa0;
+constexpr qsizetype longestReference = 32;
+constexpr qsizetype mostFamilies = 4;
+constexpr qsizetype longestFamily = 64;
+
+template <std::size_t size>
+bool isOneOf(const std::array<QLatin1StringView, size>& names, QStringView name)
+{
+    return std::ranges::any_of(names, [name](QLatin1StringView known) { return name == known; });
+}
+
+constexpr std::array blockTags{
+    "address"_L1, "article"_L1, "aside"_L1, "blockquote"_L1, "caption"_L1, "center"_L1,     "dd"_L1,
+    "details"_L1, "div"_L1,     "dl"_L1,    "dt"_L1,         "figure"_L1,  "figcaption"_L1, "footer"_L1,
+    "h1"_L1,      "h2"_L1,      "h3"_L1,    "h4"_L1,         "h5"_L1,      "h6"_L1,         "header"_L1,
+    "li"_L1,      "main"_L1,    "nav"_L1,   "ol"_L1,         "p"_L1,       "pre"_L1,        "section"_L1,
+    "summary"_L1, "table"_L1,   "tbody"_L1, "tfoot"_L1,      "thead"_L1,   "tr"_L1,         "ul"_L1};
+/// Those with an empty line before and behind them.
+constexpr std::array spacedTags{"p"_L1,  "h1"_L1, "h2"_L1, "h3"_L1, "h4"_L1,
+                                "h5"_L1, "h6"_L1, "dl"_L1, "pre"_L1};
+constexpr std::array boldTags{"b"_L1,  "strong"_L1, "th"_L1, "h1"_L1, "h2"_L1,
+                              "h3"_L1, "h4"_L1,     "h5"_L1, "h6"_L1};
+constexpr std::array italicTags{"i"_L1, "em"_L1, "cite"_L1, "var"_L1, "dfn"_L1, "address"_L1};
+constexpr std::array strikeTags{"s"_L1, "strike"_L1, "del"_L1};
+constexpr std::array fixedTags{"code"_L1, "tt"_L1, "kbd"_L1, "samp"_L1, "pre"_L1};
+
+/// The character references of a text. Names that the table of the sanitizer doesn't hold are asked of Qt,
+/// each once.
+class References {
+public:
+    QString decoded(QStringView text)
+    {
+        QString result;
+        result.reserve(text.size());
+        qsizetype position = 0;
+        while (position < text.size()) {
+            const qsizetype ampersand = text.indexOf(u'&', position);
+            if (ampersand < 0)
+                break;
+            result += text.sliced(position, ampersand - position);
+            position = ampersand + takeReference(text.sliced(ampersand), result);
+        }
+        return result += text.sliced(position);
+    }
+
+private:
+    /// Adds what stands for the reference at the start of the text; gives its length.
+    qsizetype takeReference(QStringView text, QString& result)
+    {
+        qsizetype end = 1;
+        const auto isPart = [](QChar character) {
+            return character == u'#' || (character.unicode() < 128 && character.isLetterOrNumber());
+        };
+        while (end < text.size() && end <= longestReference && isPart(text[end]))
+            ++end;
+        const QString reference = text.first(end).toString();
+        const QString character = value(reference);
+        if (character.isEmpty()) {
+            result += u'&';
+            return 1;
+        }
+        result += character;
+        return end < text.size() && text[end] == u';' ? end + 1 : end;
+    }
+
+    QString value(const QString& reference)
+    {
+        if (const auto known = m_known.constFind(reference); known != m_known.constEnd())
+            return *known;
+        if (m_known.size() >= maximumNames)
+            return {};
+        const QString terminated = reference + u';';
+        QString found = HTMLSanitizer::decodeEntities(terminated);
+        if (found == terminated)
+            found = QTextDocumentFragment::fromHtml(terminated).toPlainText();
+        if (found == terminated || found.contains(QChar::Null))
+            found.clear();
+        m_known.insert(reference, found);
+        return found;
+    }
+
+    QHash<QString, QString> m_known;
+};
+
+/// The declarations of a style attribute, names in lower case; of several of one name the last.
+QHash<QString, QString> declarations(QStringView style)
+{
+    QHash<QString, QString> found;
+    for (const QStringView declaration : style.tokenize(u';')) {
+        const qsizetype colon = declaration.indexOf(u':');
+        if (colon > 0)
+            found.insert(declaration.first(colon).trimmed().toString().toLower(),
+                         declaration.sliced(colon + 1).trimmed().toString());
+    }
+    return found;
+}
+
+std::optional<QColor> color(const QString& text)
+{
+    const QString lowered = text.toLower();
+    QColor result;
+    if (lowered.startsWith("rgb"_L1)) {
+        const qsizetype open = lowered.indexOf(u'(');
+        const qsizetype close = lowered.indexOf(u')');
+        if (open < 0 || close < open)
+            return std::nullopt;
+        QString inner = lowered.sliced(open + 1, close - open - 1);
+        const QStringList parts =
+            inner.replace(u'/', u' ').replace(u',', u' ').split(u' ', Qt::SkipEmptyParts);
+        if (parts.size() < 3 || (parts.size() > 3 && parts[3].toDouble() <= 0))
+            return std::nullopt;
+        result.setRgb(std::clamp(static_cast<int>(parts[0].toDouble()), 0, 255),
+                      std::clamp(static_cast<int>(parts[1].toDouble()), 0, 255),
+                      std::clamp(static_cast<int>(parts[2].toDouble()), 0, 255));
+    } else {
+        // Only names and hexadecimal digits of this shape are for Qt to read.
+        constexpr qsizetype longestName = 24;
+        if (lowered.isEmpty() || lowered.size() > longestName)
+            return std::nullopt;
+        result.setNamedColor(lowered);
+    }
+    if (!result.isValid() || result.alpha() == 0)
+        return std::nullopt;
+    return result;
+}
+
+/// A length or a share of `parent`, in points of the message.
+std::optional<double> fontSize(const QString& text, double parent, double base)
+{
+    static const QHash<QString, double> names{{u"xx-small"_s, 0.6}, {u"x-small"_s, 0.75}, {u"small"_s, 0.89},
+                                              {u"medium"_s, 1},     {u"large"_s, 1.2},    {u"x-large"_s, 1.5},
+                                              {u"xx-large"_s, 2}};
+    static const QHash<QString, double> units{{u"px"_s, 1}, {u"pt"_s, 4.0 / 3.0}};
+    const QString value = text.toLower();
+    if (const auto name = names.constFind(value); name != names.constEnd())
+        return base * *name;
+    if (value == "smaller"_L1)
+        return parent / 1.2;
+    if (value == "larger"_L1)
+        return parent * 1.2;
+    qsizetype digits = 0;
+    while (digits < value.size() && (value[digits].isDigit() || value[digits] == u'.'))
+        ++digits;
+    bool isNumber = false;
+    const double number = value.first(digits).toDouble(&isNumber);
+    const QString unit = value.sliced(digits).trimmed();
+    if (!isNumber || !(number > 0))
+        return std::nullopt;
+    if (const auto known = units.constFind(unit); known != units.constEnd())
+        return number * *known;
+    if (unit == "em"_L1)
+        return number * parent;
+    if (unit == "rem"_L1)
+        return number * base;
+    if (unit == "%"_L1)
+        return number / 100 * parent;
+    return std::nullopt;
+}
+
+QStringList families(const QString& text)
+{
+    QStringList found;
+    for (const QStringView piece : QStringView(text).tokenize(u',')) {
+        QString name = piece.trimmed().toString();
+        name.remove(u'\'').remove(u'"');
+        if (!name.isEmpty() && name.size() <= longestFamily && found.size() < mostFamilies)
+            found.append(name);
+    }
+    return found;
+}
+
+QTextListFormat::Style listStyle(bool isOrdered, const QString& type)
+{
+    if (type == "a"_L1 || type == "lower-alpha"_L1 || type == "lower-latin"_L1)
+        return QTextListFormat::ListLowerAlpha;
+    if (type == "A"_L1 || type == "upper-alpha"_L1 || type == "upper-latin"_L1)
+        return QTextListFormat::ListUpperAlpha;
+    if (type == "i"_L1 || type == "lower-roman"_L1)
+        return QTextListFormat::ListLowerRoman;
+    if (type == "I"_L1 || type == "upper-roman"_L1)
+        return QTextListFormat::ListUpperRoman;
+    return isOrdered ? QTextListFormat::ListDecimal : QTextListFormat::ListDisc;
+}
+
+struct Tag {
+    QStringView name;
+    QHash<QString, QString> attributes;
+    bool isEnd = false;
+};
+
+/// An element that is open, with what holds within it.
+struct Element {
+    QStringView name;
+    QTextCharFormat text;
+    double size = 0; ///< in points
+    QTextBlockFormat paragraph;
+    bool keepsSpace = false;
+    bool isHidden = false;
+    int list = -1; ///< the innermost list, as an index of the open ones
+};
+
+/// A list that is open.
+struct List {
+    QTextListFormat format;
+    QTextList* made = nullptr; ///< none before its first item
+    int firstNumber = 1;
+};
+
+/// Reads what the sanitizer has written: every tag is well formed, but tags need not nest.
+class Reader {
+public:
+    Reader(QStringView html, QTextDocument& document, const ComposeFormat::Sizes& sizes)
+        : m_html(html)
+        , m_cursor(&document)
+        , m_sizes(sizes)
+    {
+        Element root;
+        root.size = sizes.base;
+        m_open.push_back(root);
+    }
+
+    void run();
+
+private:
+    Tag readTag();
+    void skipStyle();
+    void startTag(const Tag& tag);
+    void endTag(QStringView name);
+    void leave();
+    void applyTag(const Tag& tag, Element& element);
+    void applyStyle(const Tag& tag, Element& element);
+    void applyParagraphStyle(const QHash<QString, QString>& style, Element& element);
+    void openList(const Tag& tag, Element& element);
+    void setSize(Element& element, double size) const;
+
+    void addText(QStringView raw);
+    void addCollapsed(const QString& text);
+    void addKept(const QString& text);
+    void insert(const QString& text);
+    void flushSpace();
+    void flushBreaks();
+    void lineBreak();
+    void beginParagraph();
+    void endParagraph();
+    void joinList();
+
+    Element& current() { return m_open.back(); }
+
+    QStringView m_html;
+    qsizetype m_position = 0;
+    QTextCursor m_cursor;
+    ComposeFormat::Sizes m_sizes;
+    References m_references;
+    std::vector<Element> m_open;
+    std::vector<List> m_lists;
+    QTextList* m_lastList = nullptr; ///< the list that was added to last
+    bool m_isItemDue = false;        ///< the next paragraph is the first one of a list item
+    bool m_hasText = false;          ///< there is a paragraph already
+    bool m_isInParagraph = false;
+    bool m_isGapDue = false; ///< an empty line comes before the next paragraph
+    bool m_isLineStart = true;
+    std::optional<QTextCharFormat> m_space; ///< a space that counts if text follows
+    int m_breaks = 0;                       ///< line breaks that count if text follows
+    int m_lines = 0;                        ///< of the paragraph
+};
+
+void Reader::run()
+{
+    const qsizetype body = m_html.indexOf("<body>"_L1);
+    m_position = body < 0 ? 0 : body + 6;
+    m_cursor.beginEditBlock();
+    while (m_position < m_html.size()) {
+        if (m_html[m_position] == u'<') {
+            const Tag tag = readTag();
+            if (tag.isEnd)
+                endTag(tag.name);
+            else
+                startTag(tag);
+            continue;
+        }
+        qsizetype end = m_html.indexOf(u'<', m_position);
+        end = end < 0 ? m_html.size() : end;
+        addText(m_html.sliced(m_position, end - m_position));
+        m_position = end;
+    }
+    endParagraph();
+    m_cursor.endEditBlock();
+}
+
+Tag Reader::readTag()
+{
+    qsizetype end = m_html.indexOf(u'>', m_position);
+    end = end < 0 ? m_html.size() : end;
+    QStringView inner = m_html.sliced(m_position + 1, end - m_position - 1);
+    m_position = std::min(end + 1, m_html.size());
+    Tag tag;
+    tag.isEnd = inner.startsWith(u'/');
+    if (tag.isEnd)
+        inner = inner.sliced(1);
+    qsizetype nameEnd = inner.indexOf(u' ');
+    nameEnd = nameEnd < 0 ? inner.size() : nameEnd;
+    tag.name = inner.first(nameEnd);
+    inner = inner.sliced(nameEnd);
+    for (qsizetype equals = inner.indexOf("=\""_L1); equals >= 0; equals = inner.indexOf("=\""_L1)) {
+        qsizetype valueEnd = inner.indexOf(u'"', equals + 2);
+        valueEnd = valueEnd < 0 ? inner.size() : valueEnd;
+        const QString value = inner.sliced(equals + 2, valueEnd - equals - 2).toString();
+        tag.attributes.insert(inner.first(equals).trimmed().toString(), HTMLSanitizer::decodeEntities(value));
+        inner = inner.sliced(std::min(valueEnd + 1, inner.size()));
+    }
+    return tag;
+}
+
+void Reader::skipStyle()
+{
+    const qsizetype end = m_html.indexOf("</style>"_L1, m_position);
+    m_position = end < 0 ? m_html.size() : end + 8;
+}
+
+void Reader::startTag(const Tag& tag)
+{
+    if (tag.name == "style"_L1) {
+        skipStyle();
+        return;
+    }
+    if (tag.name == "br"_L1) {
+        if (!current().isHidden)
+            lineBreak();
+        return;
+    }
+    if (tag.name == "hr"_L1) {
+        endParagraph();
+        m_isGapDue = true;
+        return;
+    }
+    static constexpr std::array otherVoidTags{"img"_L1, "col"_L1, "wbr"_L1};
+    if (isOneOf(otherVoidTags, tag.name))
+        return;
+    const bool isBlock = isOneOf(blockTags, tag.name);
+    if (isBlock)
+        endParagraph();
+    if (isOneOf(spacedTags, tag.name) && m_lists.empty())
+        m_isGapDue = true;
+    Element element = current();
+    element.name = tag.name;
+    applyTag(tag, element);
+    applyStyle(tag, element);
+    m_open.push_back(element);
+    const bool isCell = tag.name == "td"_L1 || tag.name == "th"_L1;
+    if (isCell && m_isInParagraph) {
+        // A row of a table is a paragraph, its cells stand apart by tabs.
+        m_space.reset();
+        insert(u"\t"_s);
+    }
+}
+
+void Reader::endTag(QStringView name)
+{
+    const auto isIt = [name](const Element& element) { return element.name == name; };
+    const auto found = std::find_if(m_open.rbegin(), m_open.rend() - 1, isIt);
+    if (found == m_open.rend() - 1)
+        return;
+    for (auto count = found - m_open.rbegin(); count >= 0; --count)
+        leave();
+}
+
+void Reader::leave()
+{
+    const QStringView name = current().name;
+    const bool isList = name == "ul"_L1 || name == "ol"_L1;
+    if (name == "li"_L1 && m_isItemDue)
+        beginParagraph();
+    if (isOneOf(blockTags, name))
+        endParagraph();
+    m_open.pop_back();
+    if (isList && !m_lists.empty()) {
+        m_lists.pop_back();
+        m_isItemDue = false;
+    }
+    if (isOneOf(spacedTags, name) && m_lists.empty())
+        m_isGapDue = true;
+}
+
+void Reader::setSize(Element& element, double size) const
+{
+    element.size = std::clamp(size, ComposeFormat::smallestSize, ComposeFormat::largestSize);
+    ComposeFormat::setSize(element.text, element.size, m_sizes);
+}
+
+void Reader::openList(const Tag& tag, Element& element)
+{
+    const bool isOrdered = tag.name == "ol"_L1;
+    List list;
+    list.format.setStyle(listStyle(isOrdered, tag.attributes.value(u"type"_s)));
+    list.format.setIndent(std::min(static_cast<int>(m_lists.size()) + 1, maximumListDepth));
+    list.firstNumber = tag.attributes.value(u"start"_s).toInt();
+    m_lists.push_back(list);
+    element.list = static_cast<int>(m_lists.size()) - 1;
+    // What stands in a list is an item, even where its tag is missing.
+    m_isItemDue = false;
+    m_isGapDue = false;
+}
+
+void Reader::applyTag(const Tag& tag, Element& element)
+{
+    const QStringView name = tag.name;
+    if (isOneOf(boldTags, name))
+        element.text.setFontWeight(QFont::Bold);
+    if (isOneOf(italicTags, name))
+        element.text.setFontItalic(true);
+    if (isOneOf(strikeTags, name))
+        element.text.setFontStrikeOut(true);
+    if (name == "u"_L1 || name == "ins"_L1)
+        element.text.setFontUnderline(true);
+    if (isOneOf(fixedTags, name))
+        element.text.setFontFamilies({u"monospace"_s});
+    if (name == "sub"_L1)
+        element.text.setVerticalAlignment(QTextCharFormat::AlignSubScript);
+    if (name == "sup"_L1)
+        element.text.setVerticalAlignment(QTextCharFormat::AlignSuperScript);
+    if (name == "pre"_L1)
+        element.keepsSpace = true;
+    if (name == "center"_L1)
+        element.paragraph.setAlignment(Qt::AlignHCenter);
+    if (name == "blockquote"_L1)
+        ComposeFormat::setQuoteLevel(element.paragraph, ComposeFormat::quoteLevel(element.paragraph) + 1);
+    if (name == "ul"_L1 || name == "ol"_L1)
+        openList(tag, element);
+    if (name == "li"_L1 && !m_lists.empty()) {
+        m_isItemDue = true;
+        m_isGapDue = false;
+    }
+    if (name == "a"_L1)
+        ComposeFormat::setLink(element.text, tag.attributes.value(u"href"_s));
+    static const QHash<QString, double> factors{{u"h1"_s, 2},    {u"h2"_s, 1.5},  {u"h3"_s, 1.17},
+                                                {u"h5"_s, 0.83}, {u"h6"_s, 0.75}, {u"small"_s, 0.83},
+                                                {u"big"_s, 1.2}};
+    if (const auto factor = factors.constFind(name.toString()); factor != factors.constEnd())
+        setSize(element, element.size * *factor);
+}
+
+void Reader::applyStyle(const Tag& tag, Element& element)
+{
+    QHash<QString, QString> style = declarations(tag.attributes.value(u"style"_s));
+    // The older attributes say the same as a style, which wins.
+    static const QHash<QString, QString> older{
+        {u"color"_s, u"color"_s}, {u"face"_s, u"font-family"_s}, {u"align"_s, u"text-align"_s}};
+    for (auto name = older.cbegin(); name != older.cend(); ++name) {
+        const QString value = tag.attributes.value(name.key());
+        if (!value.isEmpty() && !style.contains(name.value()))
+            style.insert(name.value(), value);
+    }
+    if (tag.name == "font"_L1) {
+        static constexpr std::array sizes{10.0, 10.0, 11.0, 13.0, 16.0, 19.0, 26.0, 36.0};
+        const int step = tag.attributes.value(u"size"_s).toInt();
+        if (step >= 1 && step <= 7)
+            setSize(element, sizes[static_cast<std::size_t>(step)] / 13 * m_sizes.base);
+    }
+    if (style.isEmpty())
+        return;
+    if (style.value(u"display"_s).compare("none"_L1, Qt::CaseInsensitive) == 0)
+        element.isHidden = true;
+    const QString weight = style.value(u"font-weight"_s).toLower();
+    if (weight.startsWith("bold"_L1) || weight.toInt() >= QFont::DemiBold)
+        element.text.setFontWeight(QFont::Bold);
+    else if (weight == "normal"_L1 || weight.toInt() > 0)
+        element.text.clearProperty(QTextFormat::FontWeight);
+    const QString slant = style.value(u"font-style"_s).toLower();
+    if (slant == "italic"_L1 || slant == "oblique"_L1)
+        element.text.setFontItalic(true);
+    else if (slant == "normal"_L1)
+        element.text.clearProperty(QTextFormat::FontItalic);
+    const QString decoration =
+        (style.value(u"text-decoration"_s) + u' ' + style.value(u"text-decoration-line"_s)).toLower();
+    if (decoration.contains("underline"_L1) && ComposeFormat::link(element.text).isEmpty())
+        element.text.setFontUnderline(true);
+    if (decoration.contains("line-through"_L1))
+        element.text.setFontStrikeOut(true);
+    if (const QStringList names = families(style.value(u"font-family"_s)); !names.isEmpty())
+        element.text.setFontFamilies(names);
+    if (const auto size = fontSize(style.value(u"font-size"_s), element.size, m_sizes.base))
+        setSize(element, *size);
+    if (const auto ink = color(style.value(u"color"_s)))
+        element.text.setForeground(*ink);
+    if (const auto ground = color(style.value(u"background-color"_s)))
+        element.text.setBackground(*ground);
+    applyParagraphStyle(style, element);
+}
+
+void Reader::applyParagraphStyle(const QHash<QString, QString>& style, Element& element)
+{
+    const QString alignment = style.value(u"text-align"_s).toLower();
+    if (alignment == "center"_L1)
+        element.paragraph.setAlignment(Qt::AlignHCenter);
+    else if (alignment == "right"_L1 || alignment == "end"_L1)
+        element.paragraph.setAlignment(Qt::AlignRight | Qt::AlignAbsolute);
+    else if (alignment == "left"_L1)
+        element.paragraph.setAlignment(Qt::AlignLeft | Qt::AlignAbsolute);
+    const QString space = style.value(u"white-space"_s).toLower();
+    if (space.startsWith("pre"_L1) || space == "break-spaces"_L1)
+        element.keepsSpace = true;
+    else if (!space.isEmpty())
+        element.keepsSpace = false;
+    if (!m_lists.empty() && element.list == static_cast<int>(m_lists.size()) - 1) {
+        const QString type = style.value(u"list-style-type"_s).toLower();
+        QTextListFormat& format = m_lists.back().format;
+        if (!type.isEmpty() && !m_lists.back().made)
+            format.setStyle(listStyle(format.style() != QTextListFormat::ListDisc, type));
+    }
+}
+
+// --- Text
+
+void Reader::addText(QStringView raw)
+{
+    if (current().isHidden)
+        return;
+    const QString text = m_references.decoded(raw);
+    if (current().keepsSpace)
+        addKept(text);
+    else
+        addCollapsed(text);
+}
+
+bool isCollapsible(QChar character)
+{
+    return character == u' ' || character == u'\n' || character == u'\t' || character == u'\r' ||
+           character == u'\f';
+}
+
+/// Spaces that only don't break in order not to be joined become plain ones.
+QString withPlainSpaces(const QString& text)
+{
+    QString result = text;
+    const auto isSpace = [&text](qsizetype index) {
+        return index < 0 || index >= text.size() || isCollapsible(text[index]) || text[index] == noBreakSpace;
+    };
+    for (qsizetype index = 0; index < text.size(); ++index) {
+        if (text[index] == noBreakSpace && (isSpace(index - 1) || isSpace(index + 1)))
+            result[index] = u' ';
+    }
+    return result;
+}
+
+void Reader::addCollapsed(const QString& text)
+{
+    // The words are told by the text as it came, where spaces that don't break are part of them.
+    const QString plain = withPlainSpaces(text);
+    qsizetype position = 0;
+    while (position < text.size()) {
+        qsizetype end = position;
+        if (isCollapsible(text[position])) {
+            while (end < text.size() && isCollapsible(text[end]))
+                ++end;
+            if (!m_isLineStart && !m_space)
+                m_space = current().text;
+        } else {
+            while (end < text.size() && !isCollapsible(text[end]))
+                ++end;
+            insert(plain.sliced(position, end - position));
+        }
+        position = end;
+    }
+}
+
+void Reader::addKept(const QString& text)
+{
+    QString line;
+    for (const QChar character : text) {
+        if (character == u'\r')
+            continue;
+        if (character != u'\n') {
+            line += character;
+            continue;
+        }
+        if (!line.isEmpty())
+            insert(std::exchange(line, QString()));
+        lineBreak();
+    }
+    if (!line.isEmpty())
+        insert(line);
+}
+
+void Reader::insert(const QString& text)
+{
+    beginParagraph();
+    flushBreaks();
+    flushSpace();
+    QString clean = text;
+    clean.removeIf([](QChar character) {
+        return character == QChar::ObjectReplacementCharacter || character == QChar::ParagraphSeparator ||
+               character == QChar::LineSeparator ||
+               (character.category() == QChar::Other_Control && character != u'\t') ||
+               (character.unicode() >= 0xfdd0 && character.unicode() <= 0xfdef);
+    });
+    m_cursor.insertText(clean, current().text);
+    m_isLineStart = false;
+}
+
+void Reader::flushSpace()
+{
+    if (m_space && !m_isLineStart)
+        m_cursor.insertText(u" "_s, *m_space);
+    m_space.reset();
+}
+
+void Reader::flushBreaks()
+{
+    for (; m_breaks > 0; --m_breaks) {
+        if (++m_lines < maximumLinesOfParagraph) {
+            m_cursor.insertText(QString(QChar(QChar::LineSeparator)), current().text);
+            continue;
+        }
+        m_lines = 0;
+        m_cursor.insertBlock(current().paragraph, current().text);
+    }
+}
+
+void Reader::lineBreak()
+{
+    beginParagraph();
+    m_space.reset();
+    ++m_breaks;
+    m_isLineStart = true;
+}
+
+void Reader::beginParagraph()
+{
+    if (m_isInParagraph)
+        return;
+    m_isInParagraph = true;
+    if (m_hasText && std::exchange(m_isGapDue, false))
+        m_cursor.insertBlock(current().paragraph, QTextCharFormat());
+    if (std::exchange(m_hasText, true)) {
+        m_cursor.insertBlock(current().paragraph, current().text);
+    } else {
+        m_cursor.setBlockFormat(current().paragraph);
+        m_cursor.setBlockCharFormat(current().text);
+    }
+    m_isGapDue = false;
+    m_isLineStart = true;
+    if (std::exchange(m_isItemDue, false))
+        joinList();
+}
+
+void Reader::joinList()
+{
+    if (m_lists.empty())
+        return;
+    List& list = m_lists.back();
+    const bool goesOn = !list.made && list.firstNumber > 1 && m_lastList &&
+                        m_lastList->count() == list.firstNumber - 1 && m_lastList->format() == list.format;
+    if (goesOn)
+        list.made = m_lastList;
+    if (list.made && list.made->count() < maximumItemsOfList)
+        list.made->add(m_cursor.block());
+    else
+        list.made = m_cursor.createList(list.format);
+    m_lastList = list.made;
+}
+
+void Reader::endParagraph()
+{
+    if (!m_isInParagraph)
+        return;
+    // The last break of a paragraph makes no line by itself.
+    m_breaks = std::max(0, m_breaks - 1);
+    flushBreaks();
+    m_space.reset();
+    m_isInParagraph = false;
+    m_lines = 0;
+    m_isLineStart = true;
+}
+
+} // namespace
+
+void read(const QString& html, QTextDocument& document, const ComposeFormat::Sizes& sizes)
+{
+    const SanitizedHTML clean = HTMLSanitizer::sanitize(html, SanitizerOptions());
+    document.setUndoRedoEnabled(false);
+    QTextCursor everything(&document);
+    everything.select(QTextCursor::Document);
+    everything.removeSelectedText();
+    everything.setBlockFormat(QTextBlockFormat());
+    everything.setBlockCharFormat(QTextCharFormat());
+    Reader(clean.document, document, sizes).run();
+    document.setUndoRedoEnabled(true);
+}
+
+} // namespace Larkhaven::ComposeHTML

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "app/platform/SpellChecker.h"
+
+#include <QSyntaxHighlighter>
+#include <QTimer>
+
+namespace Larkhaven {
+
+/// Marks links, and misspelled words while the text is written. The marks are on screen only, never in the
+/// document.
+///
+/// Only paragraphs that change are looked at, and of those at most so much text in one turn of the event
+/// loop; the rest follows in later turns.
+class ComposeHighlighter : public QSyntaxHighlighter {
+    Q_OBJECT
+
+public:
+    /// In characters; the paragraph that passes it is looked at to its end.
+    static constexpr qsizetype textPerTurn = 4'000;
+    /// Of a longer paragraph only the beginning is checked.
+    static constexpr qsizetype longestParagraph = 10'000;
+
+    ComposeHighlighter(QTextDocument* document, SpellChecker& checker);
+
+    /// A place in the text, with the misspelled word that is there.
+    struct Word {
+        int position = 0;
+        QString text;
+    };
+    /// The misspelled word at the position; its text is empty where there is none.
+    Word misspelledAt(int position) const;
+    /// Whether no text waits for its turn.
+    bool isDone() const { return !m_turn.isActive(); }
+
+    /// The word that ends here is still being typed, and not marked; -1 for none.
+    void setTypingPosition(int position);
+    /// Looks at all anew: dictionary or looks are others than before.
+    void restart();
+
+protected:
+    void highlightBlock(const QString& text) override;
+
+private:
+    void markLinks();
+    void markSpelling(const QString& text);
+    /// Calls `visit` with the start and the length of each word that is to be checked.
+    template <typename Visit>
+    static void visitWords(const QString& text, Visit visit);
+    void takeTurn();
+
+    SpellChecker& m_checker;
+    QTimer m_turn;
+    qsizetype m_budget = textPerTurn;
+    int m_firstWaiting = -1; ///< the first paragraph that waits for its turn
+    int m_typingPosition = -1;
+    int m_unmarkedBlock = -1; ///< holds a word that is still being typed
+};
+
+} // namespace Larkhaven

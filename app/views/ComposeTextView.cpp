@@ -1,0 +1,236 @@
+#include "views/ComposeTextView.h"
+
+#include "views/ComposeEditorController.h"
+#include "views/ComposeHTML.h"
+#include "views/Style.h"
+
+#include <QContextMenuEvent>
+#include <QMenu>
+#include <QMimeData>
+#include <QPainter>
+#include <QTextBlock>
+#include <QTextDocumentFragment>
+
+#include <memory>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven {
+
+namespace {
+
+bool holdsFiles(const QMimeData& data)
+{
+    return std::ranges::any_of(data.urls(), [](const QUrl& url) { return url.isLocalFile(); });
+}
+
+} // namespace
+
+ComposeTextView::ComposeTextView(QWidget* parent)
+    : QTextEdit(parent)
+{
+    setObjectName("composeText"_L1);
+    setAccessibleName(tr("Message"));
+    setFrameShape(NoFrame);
+    setAcceptDrops(true);
+    setAutoFormatting(AutoNone);
+    setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    connect(&Style::shared(), &Style::changed, this, &ComposeTextView::applyStyle);
+    applyStyle();
+}
+
+void ComposeTextView::applyStyle()
+{
+    QPalette own = palette();
+    own.setColor(QPalette::Base, Style::shared().colors().surface);
+    own.setColor(QPalette::Text, Style::shared().colors().text);
+    setPalette(own);
+}
+
+QVariant ComposeTextView::loadResource(int, const QUrl&)
+{
+    return {};
+}
+
+bool ComposeTextView::isRich() const
+{
+    return controller && controller->isRichText();
+}
+
+// --- Clipboard and drops
+
+bool ComposeTextView::canInsertFromMimeData(const QMimeData* source) const
+{
+    return source->hasText() || source->hasHtml() || holdsFiles(*source);
+}
+
+void ComposeTextView::insertFromMimeData(const QMimeData* source)
+{
+    if (isReadOnly())
+        return;
+    if (isRich() && source->hasHtml()) {
+        const QString html = source->html();
+        if (html.size() <= longestPastedHTML) {
+            controller->insertHTML(html);
+            ensureCursorVisible();
+            return;
+        }
+    }
+    if (!source->hasText())
+        return;
+    endLinkBeforeTyping();
+    textCursor().insertText(source->text(), isRich() ? currentCharFormat() : QTextCharFormat());
+    ensureCursorVisible();
+}
+
+QMimeData* ComposeTextView::createMimeDataFromSelection() const
+{
+    QTextDocument selected;
+    QTextCursor(&selected).insertFragment(textCursor().selection());
+    auto data = std::make_unique<QMimeData>();
+    data->setText(ComposeHTML::plainText(selected));
+    if (isRich()) {
+        if (const std::optional<QString> html = ComposeHTML::write(selected))
+            data->setHtml(*html);
+    }
+    return data.release();
+}
+
+void ComposeTextView::dragEnterEvent(QDragEnterEvent* event)
+{
+    if (holdsFiles(*event->mimeData()))
+        event->acceptProposedAction();
+    else
+        QTextEdit::dragEnterEvent(event);
+}
+
+void ComposeTextView::dragMoveEvent(QDragMoveEvent* event)
+{
+    if (holdsFiles(*event->mimeData()))
+        event->acceptProposedAction();
+    else
+        QTextEdit::dragMoveEvent(event);
+}
+
+void ComposeTextView::dropEvent(QDropEvent* event)
+{
+    if (!holdsFiles(*event->mimeData())) {
+        QTextEdit::dropEvent(event);
+        return;
+    }
+    // Never a move: the file stays where it is.
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+    QList<QUrl> files = event->mimeData()->urls();
+    files.removeIf([](const QUrl& url) { return !url.isLocalFile(); });
+    if (controller && controller->onDropFiles && !isReadOnly())
+        controller->onDropFiles(files);
+}
+
+// --- Keys
+
+bool ComposeTextView::handleFormatKey(const QKeyEvent& event)
+{
+    if (!isRich() || event.modifiers() != Qt::ControlModifier)
+        return false;
+    switch (event.key()) {
+    case Qt::Key_B:
+        controller->toggleBold();
+        return true;
+    case Qt::Key_I:
+        controller->toggleItalic();
+        return true;
+    case Qt::Key_U:
+        controller->toggleUnderline();
+        return true;
+    case Qt::Key_T:
+        controller->showFonts();
+        return true;
+    default:
+        return false;
+    }
+}
+
+void ComposeTextView::endLinkBeforeTyping()
+{
+    const QTextCursor cursor = textCursor();
+    const QString link = ComposeFormat::link(currentCharFormat());
+    if (link.isEmpty())
+        return;
+    QTextCursor next(cursor);
+    next.setPosition(cursor.selectionEnd());
+    const bool goesOn = !next.atBlockEnd() && next.movePosition(QTextCursor::NextCharacter) &&
+                        ComposeFormat::link(next.charFormat()) == link;
+    if (goesOn && !cursor.hasSelection())
+        return;
+    QTextCharFormat format = currentCharFormat();
+    ComposeFormat::removeLink(format);
+    // With a selection the format of what replaces it can't be told ahead.
+    if (!cursor.hasSelection())
+        setCurrentCharFormat(format);
+}
+
+void ComposeTextView::keyPressEvent(QKeyEvent* event)
+{
+    if (isReadOnly() || handleFormatKey(*event))
+        return;
+    if (event->key() == Qt::Key_Backtab) {
+        focusPreviousChild();
+        return;
+    }
+    const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (isReturn && event->modifiers() == Qt::NoModifier && controller && controller->leaveEmptyListItem())
+        return;
+    const bool isSpace = event->text() == " "_L1 || event->text() == "\t"_L1;
+    const bool isText = !event->text().isEmpty() && event->text().front().isPrint();
+    if (isRich() && (isReturn || isSpace))
+        controller->detectLink();
+    if (isText || isReturn)
+        endLinkBeforeTyping();
+    QTextEdit::keyPressEvent(event);
+}
+
+void ComposeTextView::inputMethodEvent(QInputMethodEvent* event)
+{
+    if (!event->commitString().isEmpty())
+        endLinkBeforeTyping();
+    QTextEdit::inputMethodEvent(event);
+}
+
+void ComposeTextView::contextMenuEvent(QContextMenuEvent* event)
+{
+    const std::unique_ptr<QMenu> menu(createStandardContextMenu(event->pos()));
+    if (controller && !isReadOnly())
+        controller->addSpelling(*menu, cursorForPosition(event->pos()).position());
+    menu->exec(event->globalPos());
+}
+
+// --- Drawing
+
+void ComposeTextView::paintEvent(QPaintEvent* event)
+{
+    QTextEdit::paintEvent(event);
+    // A bar for each level of quoting, beside the text.
+    QPainter painter(viewport());
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(Style::shared().colors().secondary);
+    const QPoint top = QPoint(0, 0);
+    for (QTextBlock block = cursorForPosition(top).block(); block.isValid(); block = block.next()) {
+        QTextCursor place(block);
+        const QRect first = cursorRect(place);
+        if (first.top() > viewport()->height())
+            break;
+        const int level = ComposeFormat::quoteLevel(block.blockFormat());
+        if (level == 0)
+            continue;
+        place.movePosition(QTextCursor::EndOfBlock);
+        const QRect last = cursorRect(place);
+        const int indent =
+            static_cast<int>(block.blockFormat().leftMargin()) / std::max(1, std::min(level, 8));
+        for (int bar = 0; bar < std::min(level, 8); ++bar)
+            painter.drawRect(QRect(first.left() - indent * (bar + 1) + indent / 2, first.top(), 2,
+                                   last.bottom() - first.top() + 1));
+    }
+}
+
+} // namespace Larkhaven

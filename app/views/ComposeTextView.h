@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QPointer>
+#include <QTextEdit>
+
+namespace Larkhaven {
+
+class ComposeEditorController;
+
+/// The text of a message that is being written. It takes text, formatting and links, and never an image; it
+/// loads nothing, from wherever it may come.
+class ComposeTextView : public QTextEdit {
+    Q_OBJECT
+
+public:
+    static constexpr int horizontalInset = 12;
+    static constexpr int verticalInset = 10;
+    /// Longer HTML of the clipboard is taken as its text.
+    static constexpr qsizetype longestPastedHTML = 5'000'000;
+
+    explicit ComposeTextView(QWidget* parent = nullptr);
+
+    QPointer<ComposeEditorController> controller;
+
+    QVariant loadResource(int type, const QUrl& name) override;
+
+protected:
+    bool canInsertFromMimeData(const QMimeData* source) const override;
+    void insertFromMimeData(const QMimeData* source) override;
+    QMimeData* createMimeDataFromSelection() const override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dragMoveEvent(QDragMoveEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void inputMethodEvent(QInputMethodEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    bool isRich() const;
+    bool handleFormatKey(const QKeyEvent& event);
+    void endLinkBeforeTyping();
+    void applyStyle();
+};
+
+} // namespace Larkhaven

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "model/AppModel.h"
+
+#include <QFrame>
+
+class QLabel;
+class QPushButton;
+
+namespace Larkhaven {
+
+/// Stands above the table while the selected account needs to sign in again.
+class SignInBanner : public QFrame {
+    Q_OBJECT
+
+public:
+    explicit SignInBanner(AppModel& model, QWidget* parent = nullptr);
+
+Q_SIGNALS:
+    /// The window for setting up an account is asked for.
+    void setupRequested();
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    void update();
+    void signIn();
+    void applyStyle();
+
+    AppModel& m_model;
+    QLabel* m_symbol;
+    QLabel* m_title;
+    QLabel* m_text;
+    QPushButton* m_button;
+};
+
+} // namespace Larkhaven

@@ -1,0 +1,353 @@
+#include "format/MessageComposer.h"
+
+#include "format/MIMEParser.h"
+#include "format/MailDate.h"
+#include "format/MailEncoding.h"
+
+#include <QCoreApplication>
+#include <QLocale>
+#include <QUuid>
+
+#include <algorithm>
+#include <memory>
+#include <unicode/udat.h>
+#include <unicode/uloc.h>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven::MessageComposer {
+
+namespace {
+
+QString tr(const char* text)
+{
+    return QCoreApplication::translate("MessageComposer", text);
+}
+
+// --- Replies and forwards
+
+/// The date in its medium and the time in its short form, as the user's language has them.
+QString mediumDate(const QDateTime& date)
+{
+    // QLocale has no medium form. ICU is given the wall clock as if it were UTC, so that the time zone is the
+    // one that everything else in the program sees.
+    const QDateTime local = date.toLocalTime();
+    const qint64 wallClock = QDateTime(local.date(), local.time(), Qt::UTC).toMSecsSinceEpoch();
+    const QByteArray tag = QLocale().bcp47Name().toLatin1();
+    QByteArray locale(ULOC_FULLNAME_CAPACITY, '\0');
+    UErrorCode status = U_ZERO_ERROR;
+    uloc_forLanguageTag(tag.constData(), locale.data(), ULOC_FULLNAME_CAPACITY, nullptr, &status);
+    constexpr QStringView utc(u"UTC");
+    const std::unique_ptr<UDateFormat, decltype(&udat_close)> formatter(
+        udat_open(UDAT_SHORT, UDAT_MEDIUM, locale.constData(), utc.utf16(), static_cast<int32_t>(utc.size()),
+                  nullptr, 0, &status),
+        udat_close);
+    constexpr int32_t longest = 256;
+    QString text(longest, Qt::Uninitialized);
+    const int32_t length = udat_format(formatter.get(), static_cast<UDate>(wallClock),
+                                       reinterpret_cast<char16_t*>(text.data()), longest, nullptr, &status);
+    return U_FAILURE(status) ? QString() : text.first(std::min(length, longest));
+}
+
+QString shownAddress(const std::optional<QString>& name, const QString& address)
+{
+    return name ? *name + " <"_L1 + address + u'>' : address;
+}
+
+QString shownAddresses(const QList<EmailAddress>& addresses)
+{
+    QStringList shown;
+    for (const EmailAddress& address : addresses)
+        shown.append(shownAddress(address.name, address.address));
+    return shown.join(", "_L1);
+}
+
+} // namespace
+
+QString replySubject(const QString& subject)
+{
+    return subject.startsWith("re:"_L1, Qt::CaseInsensitive) ? subject : "Re: "_L1 + subject;
+}
+
+QString forwardSubject(const QString& subject)
+{
+    const bool isForward = subject.startsWith("fwd:"_L1, Qt::CaseInsensitive) ||
+                           subject.startsWith("fw:"_L1, Qt::CaseInsensitive);
+    return isForward ? subject : "Fwd: "_L1 + subject;
+}
+
+QString quotedReply(const QString& body, const std::optional<QString>& senderName,
+                    const std::optional<QString>& senderAddress, const std::optional<QDateTime>& date)
+{
+    const QString writer = senderAddress ? shownAddress(senderName, *senderAddress) : tr("someone");
+    const QString dateText = date && date->isValid() ? mediumDate(*date) : QString();
+    QString reply = "\n\n"_L1 + tr("On %1, %2 wrote:").arg(dateText, writer);
+    reply.reserve(reply.size() + body.size() + 3 * (body.count(u'\n') + 1));
+    for (const QStringView line : QStringView(body).tokenize(u'\n')) {
+        reply += "\n> "_L1;
+        reply += line;
+    }
+    return reply;
+}
+
+QString forwardBody(const MIMEHeaders& headers, const QString& body)
+{
+    QString head = "\n\n"_L1 + tr("---------- Forwarded message ---------") + u'\n';
+    head += tr("From: %1").arg(shownAddresses(headers.from())) + u'\n';
+    if (const std::optional<QDateTime> date = headers.date())
+        head += tr("Date: %1").arg(MailDate::format(*date)) + u'\n';
+    head += tr("Subject: %1").arg(headers.subject()) + u'\n';
+    head += tr("To: %1").arg(shownAddresses(headers.to())) + "\n\n"_L1;
+    return head + body;
+}
+
+// --- Header fields
+
+namespace {
+
+bool isASCII(QStringView text)
+{
+    return std::ranges::all_of(text, [](QChar character) { return character.unicode() < 0x80; });
+}
+
+/// What ends an address or begins something else in a list of them.
+bool isForbiddenInAddress(QChar character)
+{
+    return QStringView(u" <>,;\"()[]\\").contains(character);
+}
+
+} // namespace
+
+QString formatAddress(const EmailAddress& address)
+{
+    const QString bare = MailEncoding::headerSafe(address.address).removeIf(isForbiddenInAddress);
+    QString name = MailEncoding::headerSafe(address.name.value_or(QString()));
+    if (name.isEmpty())
+        return bare;
+    if (isASCII(name)) {
+        name.replace(u'\\', "\\\\"_L1).replace(u'"', "\\\""_L1);
+        name = u'"' + name + u'"';
+    } else {
+        name = MailEncoding::encodeHeader(name);
+    }
+    return name + " <"_L1 + bare + u'>';
+}
+
+QString formatAddressList(const QList<EmailAddress>& addresses)
+{
+    QStringList formatted;
+    for (const EmailAddress& address : addresses)
+        formatted.append(formatAddress(address));
+    return formatted.join(", "_L1);
+}
+
+namespace {
+
+QString messageID(const QString& senderAddress, const std::optional<QString>& givenDomain)
+{
+    const QStringList pieces = senderAddress.split(u'@', Qt::SkipEmptyParts);
+    const QString domain = givenDomain.value_or(pieces.isEmpty() ? u"localhost"_s : pieces.last());
+    return u'<' + QUuid::createUuid().toString(QUuid::WithoutBraces) + u'@' +
+           MailEncoding::headerSafe(domain) + u'>';
+}
+
+QString referenceList(const QList<QString>& references)
+{
+    QStringList safe;
+    for (const QString& reference : references)
+        safe.append(MailEncoding::headerSafe(reference));
+    safe.removeAll(QString());
+    return safe.join(u' ');
+}
+
+/// All fields of the message but those of its content.
+QStringList messageFields(const OutgoingMessage& message, const QDateTime& date,
+                          const std::optional<QString>& domain)
+{
+    QStringList fields{"From: "_L1 + formatAddress(message.from)};
+    const auto addList = [&fields](QLatin1StringView name, const QList<EmailAddress>& addresses) {
+        if (!addresses.isEmpty())
+            fields.append(name + ": "_L1 + formatAddressList(addresses));
+    };
+    addList("To"_L1, message.to);
+    addList("Cc"_L1, message.cc);
+    addList("Bcc"_L1, message.bcc);
+    fields.append("Subject: "_L1 + MailEncoding::encodeHeader(MailEncoding::headerSafe(message.subject)));
+    fields.append("Date: "_L1 + MailDate::format(date));
+    fields.append("Message-ID: "_L1 + messageID(message.from.address, domain));
+    const QString inReplyTo = MailEncoding::headerSafe(message.inReplyTo.value_or(QString()));
+    if (!inReplyTo.isEmpty())
+        fields.append("In-Reply-To: "_L1 + inReplyTo);
+    const QString references = referenceList(message.references);
+    if (!references.isEmpty())
+        fields.append("References: "_L1 + references);
+    fields.append(u"MIME-Version: 1.0"_s);
+    return fields;
+}
+
+// --- Entities
+
+/// A stretch of an entity's body. Large ones are encoded only when the message is written, at their place.
+struct Piece {
+    enum class Form { verbatim, base64Lines };
+
+    QByteArray bytes;
+    Form form = Form::verbatim;
+
+    qsizetype writtenSize() const;
+    void appendTo(QByteArray& message) const;
+};
+
+/// RFC 2045, 6.8: a line of 76 characters holds 57 bytes.
+constexpr qsizetype bytesOfLine = 57;
+constexpr qsizetype charactersOfLine = 76;
+/// Lines that are encoded at once.
+constexpr qsizetype linesOfBlock = 1024;
+
+qsizetype Piece::writtenSize() const
+{
+    if (form == Form::verbatim)
+        return bytes.size();
+    const qsizetype lineEnds = std::max<qsizetype>((bytes.size() - 1) / bytesOfLine, 0);
+    return (bytes.size() + 2) / 3 * 4 + 2 * lineEnds;
+}
+
+void Piece::appendTo(QByteArray& message) const
+{
+    if (form == Form::verbatim) {
+        message += bytes;
+        return;
+    }
+    constexpr qsizetype blockSize = linesOfBlock * bytesOfLine;
+    for (qsizetype start = 0; start < bytes.size(); start += blockSize) {
+        if (start > 0)
+            message += "\r\n";
+        const QByteArrayView block =
+            QByteArrayView(bytes).sliced(start, std::min(blockSize, bytes.size() - start));
+        message += MailEncoding::encodeBase64Lines(block).toLatin1();
+    }
+}
+
+struct Entity {
+    QByteArray headers; ///< without a line end behind the last one
+    QList<Piece> body;
+};
+
+/// The UTF-8 bytes of the text, each line end of whatever kind (LF or CRLF) written as CRLF.
+QByteArray withNetworkLineEnds(const QString& text)
+{
+    const QByteArray utf8 = text.toUtf8();
+    QByteArray result;
+    result.reserve(utf8.size() + utf8.count('\n'));
+    qsizetype start = 0;
+    for (qsizetype end = utf8.indexOf('\n'); end >= 0; end = utf8.indexOf('\n', start)) {
+        const bool hasReturn = end > start && utf8[end - 1] == '\r';
+        result.append(QByteArrayView(utf8).sliced(start, end - start - (hasReturn ? 1 : 0)));
+        result += "\r\n";
+        start = end + 1;
+    }
+    return result.append(QByteArrayView(utf8).sliced(start));
+}
+
+Entity textPart(const QByteArray& type, const QString& text)
+{
+    const QByteArray headers =
+        "Content-Type: " + type + "; charset=UTF-8\r\nContent-Transfer-Encoding: base64";
+    return {headers, {{withNetworkLineEnds(text), Piece::Form::base64Lines}}};
+}
+
+Entity multipart(const QByteArray& subtype, const QList<Entity>& parts)
+{
+    const QByteArray boundary = "=_lh_" + QUuid::createUuid().toString(QUuid::Id128).toUpper().toLatin1();
+    Entity entity{"Content-Type: multipart/" + subtype + "; boundary=\"" + boundary + '"', {}};
+    for (const Entity& part : parts) {
+        entity.body.append({"--" + boundary + "\r\n" + part.headers + "\r\n\r\n"});
+        entity.body.append(part.body);
+        entity.body.append({"\r\n"});
+    }
+    entity.body.append({"--" + boundary + "--"});
+    return entity;
+}
+
+bool isTypeLetterOrDigit(QChar character)
+{
+    const char16_t unit = character.unicode();
+    return (unit >= u'A' && unit <= u'Z') || (unit >= u'a' && unit <= u'z') || (unit >= u'0' && unit <= u'9');
+}
+
+/// RFC 6838, 4.2: `restricted-name`.
+bool isTypeName(QStringView name)
+{
+    return !name.isEmpty() && isTypeLetterOrDigit(name.front()) &&
+           std::ranges::all_of(name, [](QChar character) {
+               return isTypeLetterOrDigit(character) || QStringView(u"!#$&^_.+-").contains(character);
+           });
+}
+
+QByteArray checkedType(const QString& mimeType)
+{
+    const qsizetype slash = mimeType.indexOf(u'/');
+    const QStringView type(mimeType);
+    if (slash < 0 || !isTypeName(type.first(slash)) || !isTypeName(type.sliced(slash + 1)))
+        return "application/octet-stream";
+    return mimeType.toLatin1().toLower();
+}
+
+/// The file name for readers that know ASCII only, one "_" for each character that they don't.
+QByteArray asciiName(const QString& filename)
+{
+    QByteArray name;
+    for (const char32_t scalar : filename.toUcs4())
+        name += scalar > 0x7f || scalar == U'\\' || scalar == U'"' ? '_' : static_cast<char>(scalar);
+    return name;
+}
+
+Entity attachmentPart(const OutgoingAttachment& attachment)
+{
+    const QString filename = MIMEParser::safeFilename(MailEncoding::headerSafe(attachment.filename));
+    const QByteArray ascii = asciiName(filename);
+    QByteArray disposition = "attachment; filename=\"" + ascii + '"';
+    // Half a surrogate pair has no percent-encoding.
+    if (ascii != filename.toUtf8() && filename.isValidUtf16()) {
+        // RFC 5987, 3.2.1: `attr-char`, of which those that are no `unreserved` need to be named.
+        disposition += "; filename*=UTF-8''" + filename.toUtf8().toPercentEncoding("!#$&+^`|");
+    }
+    const QByteArray headers = "Content-Type: " + checkedType(attachment.mimeType) + "; name=\"" + ascii +
+                               "\"\r\nContent-Disposition: " + disposition +
+                               "\r\nContent-Transfer-Encoding: base64";
+    return {headers, {{attachment.data, Piece::Form::base64Lines}}};
+}
+
+Entity content(const OutgoingMessage& message)
+{
+    Entity entity = textPart("text/plain", message.body);
+    if (message.htmlBody && !message.htmlBody->isEmpty())
+        entity = multipart("alternative", {entity, textPart("text/html", *message.htmlBody)});
+    if (message.attachments.isEmpty())
+        return entity;
+    QList<Entity> parts{entity};
+    for (const OutgoingAttachment& attachment : message.attachments)
+        parts.append(attachmentPart(attachment));
+    return multipart("mixed", parts);
+}
+
+} // namespace
+
+QByteArray build(const OutgoingMessage& message, const QDateTime& date, const std::optional<QString>& domain)
+{
+    Entity entity = content(message);
+    const QByteArray fields = messageFields(message, date, domain).join("\r\n"_L1).toUtf8();
+    entity.body.prepend({fields + "\r\n" + entity.headers + "\r\n\r\n"});
+    entity.body.append({"\r\n"});
+
+    qsizetype size = 0;
+    for (const Piece& piece : std::as_const(entity.body))
+        size += piece.writtenSize();
+    QByteArray bytes;
+    bytes.reserve(size);
+    for (const Piece& piece : std::as_const(entity.body))
+        piece.appendTo(bytes);
+    return bytes;
+}
+
+} // namespace Larkhaven::MessageComposer
