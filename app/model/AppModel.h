@@ -346,10 +346,11 @@ private:
     static Task<> refreshLoop(QPointer<AppModel> model, std::stop_token stop);
 
     /// Changes the rows at once and tells the server in a task.
-    void change(const QList<MessageSummary>& rows, const Change& change, const Request& request);
+    /// (The rows may be those of a field that changes.)
+    void change(QList<MessageSummary> rows, const Change& change, const Request& request);
     Task<> tellChange(QUuid accountID, QList<QString> ids, Request request, KeptRows kept, quint64 pending);
     /// Takes the rows off the list at once and tells the server in a task.
-    void removeRows(const QList<MessageSummary>& rows, const Request& request);
+    void removeRows(QList<MessageSummary> rows, const Request& request);
     Task<> tellRemoval(QUuid accountID, QList<QString> ids, Request request, KeptRows kept, quint64 pending);
     quint64 beginChange(const QSet<QString>& ids, const Change& change);
     void endChange(quint64 number);

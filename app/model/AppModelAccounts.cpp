@@ -108,7 +108,7 @@ Task<> prove(ServerSettings settings, QString password, TransportFactory transpo
 {
     try {
         const MailAuth auth = MailAuth::password(password);
-        co_await IMAPClient::connect(settings, auth, transports);
+        co_await IMAPProvider::testConnection(settings, auth, transports);
     } catch (const MailError& error) {
         if (error.kind() != MailError::Kind::notSignedIn)
             throw;

@@ -84,13 +84,20 @@ QList<EmailAddress> otherRecipients(const MIMEHeaders& headers, const QString& o
     return others;
 }
 
+/// The text of a message, or what else is known of it, with the line ends of an editor.
+QString plainText(const ParsedMessage& message, const QString& snippet)
+{
+    QString text = message.textBody.value_or(snippet);
+    return text.replace(u"\r\n"_s, u"\n"_s);
+}
+
 /// What a reply quotes.
 QString quoted(const ParsedMessage& message, const QString& snippet)
 {
     const QList<EmailAddress> from = message.headers.from();
     const std::optional<EmailAddress> sender = from.isEmpty() ? std::nullopt : std::optional(from.first());
     return MessageComposer::quotedReply(
-        message.textBody.value_or(snippet), sender ? sender->name : std::nullopt,
+        plainText(message, snippet), sender ? sender->name : std::nullopt,
         sender ? std::optional(sender->address) : std::nullopt, message.headers.date());
 }
 
@@ -256,7 +263,7 @@ Task<> AppModel::forward(MessageSummary row)
                                                                 const ParsedMessage& message) {
         draft.subject = MessageComposer::forwardSubject(message.headers.subject());
         draft.body =
-            signature + MessageComposer::forwardBody(message.headers, message.textBody.value_or(row.snippet));
+            signature + MessageComposer::forwardBody(message.headers, plainText(message, row.snippet));
         draft.attachments = outgoingAttachments(message);
     };
     return prepare(row, false, writing);
@@ -269,7 +276,7 @@ Task<> AppModel::editDraft(MessageSummary row)
         draft.cc = fieldText(message.headers.cc());
         draft.bcc = fieldText(AddressParser::parseList(message.headers.decoded(u"Bcc").value_or(QString())));
         draft.subject = message.headers.subject();
-        draft.body = message.textBody.value_or(QString());
+        draft.body = plainText(message, QString());
         draft.initialHTML = harmlessHTML(message);
         draft.isRichText = draft.isRichText || draft.initialHTML;
         draft.inReplyTo = trimmedHeader(message.headers, u"In-Reply-To");

@@ -88,7 +88,7 @@ void AppModel::applyPendingChanges(QList<MessageSummary>& rows) const
     }
 }
 
-void AppModel::change(const QList<MessageSummary>& rows, const Change& change, const Request& request)
+void AppModel::change(QList<MessageSummary> rows, const Change& change, const Request& request)
 {
     if (rows.isEmpty() || !provider(rows.first().accountID))
         return;
@@ -131,7 +131,7 @@ Task<> AppModel::tellChange(QUuid accountID, QList<QString> ids, Request request
     report(failure, accountID);
 }
 
-void AppModel::removeRows(const QList<MessageSummary>& rows, const Request& request)
+void AppModel::removeRows(QList<MessageSummary> rows, const Request& request)
 {
     if (rows.isEmpty() || !provider(rows.first().accountID))
         return;

@@ -6,6 +6,7 @@
 #include "support/WaitUntil.h"
 
 #include <gtest/gtest.h>
+#include <limits>
 
 using namespace Qt::StringLiterals;
 
@@ -294,6 +295,56 @@ TEST_F(AppModelMailbox, CallsLabelsLabelsOnGoogleAccountsOnly)
     EXPECT_EQ(model.labelNoun(), u"Folder");
     ModelFixture google({ModelFixture::googleAccount()});
     EXPECT_EQ(google.model().labelNoun(), u"Label");
+}
+
+TEST(AppModelMailboxes, NeverShowTheRowsOfTheOneThatWasLeftForOneThatHasNoProvider)
+{
+    ModelFixture fixture({ModelFixture::imapAccount(), ModelFixture::googleAccount()});
+    AppModel& model = fixture.model();
+    fixture.provider().setListing(MailboxRef::system(Mailbox::inbox),
+                                  ModelFixture::rows(fixture.account(), 3));
+    model.useProvider(fixture.account(1).id, nullptr);
+    fixture.provider().hold(u"listMessages"_s);
+    model.start(model.load(0, true));
+    model.select(SidebarItem{fixture.account(1).id, MailboxRef::system(Mailbox::inbox)});
+    fixture.provider().completeAll();
+    settle();
+    EXPECT_TRUE(model.messages().isEmpty());
+    EXPECT_FALSE(model.hasCachedPage(0));
+    EXPECT_FALSE(model.isLoading());
+}
+
+TEST(AppModelMailboxes, ForgetTheWayToTheLastPageOfTheOneThatWasLeft)
+{
+    ModelFixture fixture;
+    AppModel& model = fixture.model();
+    fixture.provider().setListing(MailboxRef::system(Mailbox::inbox),
+                                  ModelFixture::rows(fixture.account(), 60));
+    fixture.provider().setListing(MailboxRef::system(Mailbox::sent),
+                                  ModelFixture::rows(fixture.account(), 30));
+    await(model.load(0, true));
+    fixture.provider().hold(u"lastPageOffset"_s);
+    fixture.provider().hold(u"listMessages"_s);
+    model.start(model.lastPage());
+    model.selectMailbox(MailboxRef::system(Mailbox::sent));
+    fixture.provider().complete(0);
+    settle();
+    EXPECT_TRUE(model.isLoading()) << "of the mailbox on screen";
+    fixture.provider().completeAll();
+    settle();
+    EXPECT_EQ(model.pageIndex(), 0);
+    EXPECT_EQ(model.messages().size(), 25);
+    EXPECT_FALSE(model.isLoading());
+}
+
+TEST(AppModelBadge, CountsNoFurtherThanItShows)
+{
+    ModelFixture fixture({ModelFixture::imapAccount(), ModelFixture::googleAccount()});
+    for (const int index : {0, 1}) {
+        fixture.provider(index).setCounts({{u"system:inbox"_s, std::numeric_limits<qint64>::max()}});
+        await(fixture.model().loadCounts(fixture.account(index).id));
+    }
+    EXPECT_EQ(fixture.model().badgeText(), u"9999+");
 }
 
 } // namespace

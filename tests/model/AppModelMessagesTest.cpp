@@ -100,5 +100,15 @@ TEST_F(AppModelMessages, AsksForAComposeWindowToAnAddress)
     EXPECT_FALSE(model.pendingCompose());
 }
 
+TEST_F(AppModelMessages, KeepTheTextOfTheMessageOnScreenWhereItIsOpenedAgain)
+{
+    model.open(model.messages()[0]);
+    model.setOpenParsed(ParsedMessage());
+    model.open(model.messages()[0]);
+    EXPECT_TRUE(model.openParsed());
+    model.open(model.messages()[2]);
+    EXPECT_FALSE(model.openParsed());
+}
+
 } // namespace
 } // namespace Larkhaven

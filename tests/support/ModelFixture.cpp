@@ -91,8 +91,9 @@ ModelFixture::ModelFixture(const QList<Account>& accounts)
     m_services.cacheKeys = std::make_shared<KeychainStore>(
         u"test.cache-keys"_s, QList<std::shared_ptr<KeychainBackend>>{std::make_shared<InMemoryKeychain>()});
     m_services.cachesDirectory = m_folder.filePath(u"caches"_s);
-    m_services.transports = [connections = m_connections](const QString& host, int port, bool) {
-        return refuseConnection(connections, host, port);
+    m_services.transports = [connections = m_connections, given = m_transports](const QString& host, int port,
+                                                                                bool implicitTLS) {
+        return *given ? (*given)(host, port, implicitTLS) : refuseConnection(connections, host, port);
     };
     m_services.sleep = [clock = m_clock](std::chrono::milliseconds duration, const std::stop_token& stop) {
         return sleepOn(clock, duration, stop);

@@ -11,7 +11,7 @@
 namespace Larkhaven {
 
 /// An application model over temporary files, secrets in memory, a clock that stands still and providers in
-/// memory. It has no network: opening a connection fails and is counted.
+/// memory. It has no network unless it is given one: opening a connection fails and is counted.
 ///
 /// The providers are in place before the model is handed out; a model that starts loads nothing by itself.
 class ModelFixture {
@@ -37,6 +37,7 @@ public:
     AppModel& model() { return *m_model; }
     UserDefaults& defaults() { return *m_services.defaults; }
     InMemorySecretStore& secrets() { return *m_secrets; }
+    KeychainStore& cacheKeys() { return *m_services.cacheKeys; }
     /// The provider of the account at the place in the list of the accounts.
     FakeMailProvider& provider(qsizetype index = 0) { return *m_providers[index]; }
     const Account& account(qsizetype index = 0) const { return m_accounts[index]; }
@@ -45,6 +46,8 @@ public:
     void restart();
     /// As `restart`, but the new model has no providers given and must build its own.
     void restartWithoutProviders();
+    /// What opens connections from now on.
+    void setTransports(TransportFactory transports) { *m_transports = std::move(transports); }
 
     // --- What the model did to the system
     /// How long the refresh loop has asked to sleep, each time.
@@ -74,6 +77,7 @@ private:
     std::shared_ptr<Clock> m_clock = std::make_shared<Clock>();
     std::shared_ptr<QList<qint64>> m_badges = std::make_shared<QList<qint64>>();
     std::shared_ptr<QStringList> m_connections = std::make_shared<QStringList>();
+    std::shared_ptr<TransportFactory> m_transports = std::make_shared<TransportFactory>();
     AppModel::Services m_services;
     QList<std::shared_ptr<FakeMailProvider>> m_providers;
     std::unique_ptr<AppModel> m_model;

@@ -96,7 +96,12 @@ void Script::addLine(const QByteArray& indented)
         return;
     constexpr qsizetype markSize = 3;
     const QByteArray bytes = line.sliced(std::min(markSize, line.size()));
-    if (line.startsWith("C: "))
+    constexpr QByteArrayView literalMark("[LITERAL]");
+    if (line.startsWith("C: ") && line.endsWith(literalMark))
+        add(Turn::announcement, bytes.chopped(literalMark.size()))
+            .add(Turn::server, "+ go on\r\n")
+            .add(Turn::literal, {});
+    else if (line.startsWith("C: "))
         add(Turn::client, bytes + "\r\n");
     else if (line.startsWith("S: "))
         add(Turn::server, bytes + "\r\n");
@@ -104,6 +109,8 @@ void Script::addLine(const QByteArray& indented)
         add(Turn::client, unescaped(bytes));
     else if (line.startsWith("S= "))
         add(Turn::server, unescaped(bytes));
+    else if (line == "[MESSAGE]")
+        add(Turn::message, {});
     else if (line == "[STARTTLS]")
         add(Turn::startTLS, {});
     else if (line == "[CLOSE]")
@@ -141,10 +148,14 @@ QByteArray ScriptedTransport::remaining() const
 void ScriptedTransport::advance(qsizetype count)
 {
     m_offset += count;
-    if (m_offset == m_script.m_steps[m_step].bytes.size()) {
-        ++m_step;
-        m_offset = 0;
-    }
+    if (m_offset == m_script.m_steps[m_step].bytes.size())
+        nextStep();
+}
+
+void ScriptedTransport::nextStep()
+{
+    ++m_step;
+    m_offset = 0;
 }
 
 void ScriptedTransport::leaveScript(const QString& what) const
@@ -179,6 +190,16 @@ Task<> ScriptedTransport::send(QByteArray data)
 
 void ScriptedTransport::takeFromClient(QByteArrayView data)
 {
+    switch (turn()) {
+    case Script::Turn::announcement:
+        return takeAnnouncement(data);
+    case Script::Turn::literal:
+        return takeLiteral(data);
+    case Script::Turn::message:
+        return takeMessage(data);
+    default:
+        break;
+    }
     while (!data.isEmpty()) {
         const QByteArray expected = remaining();
         if (turn() != Script::Turn::client || expected.isEmpty())
@@ -191,6 +212,46 @@ void ScriptedTransport::takeFromClient(QByteArrayView data)
         advance(count);
         data = data.sliced(count);
     }
+}
+
+void ScriptedTransport::takeAnnouncement(QByteArrayView data)
+{
+    const QByteArray expected = remaining();
+    QByteArray size = data.toByteArray();
+    const bool isAnnouncement = size.startsWith(expected + '{') && size.endsWith("}\r\n");
+    bool isNumber = false;
+    if (isAnnouncement) {
+        size.chop(3);
+        m_literalSize = size.sliced(expected.size() + 1).toLongLong(&isNumber);
+    }
+    if (!isNumber)
+        leaveScript(QString::fromStdString("the client says " + shown(data) +
+                                           " in place of a literal behind " + shown(expected)));
+    nextStep();
+}
+
+void ScriptedTransport::takeLiteral(QByteArrayView data)
+{
+    m_keeping += data;
+    if (m_keeping.size() < m_literalSize + 2)
+        return;
+    if (m_keeping.size() > m_literalSize + 2 || !m_keeping.endsWith("\r\n"))
+        leaveScript(u"the client says more or less than the literal that it announced"_s);
+    m_kept.append(std::exchange(m_keeping, {}).chopped(2));
+    nextStep();
+}
+
+void ScriptedTransport::takeMessage(QByteArrayView data)
+{
+    constexpr QByteArrayView end("\r\n.\r\n");
+    m_keeping += data;
+    const qsizetype found = m_keeping.indexOf(end);
+    if (found < 0)
+        return;
+    if (found + end.size() < m_keeping.size())
+        leaveScript(u"the client goes on behind the end of its message"_s);
+    m_kept.append(std::exchange(m_keeping, {}).chopped(3));
+    nextStep();
 }
 
 Task<QByteArray> ScriptedTransport::receive()

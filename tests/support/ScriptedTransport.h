@@ -26,12 +26,17 @@ enum class Chunks {
 ///     C: P1 CAPABILITY         the client must say the line and CRLF
 ///     S= + \r                  raw bytes without a line end; \r \n \t \\ and \xHH are escapes
 ///     C= abc\x00
+///     C: P4 APPEND x [LITERAL] the client must announce a literal; it is told to go on, and
+///                              must say the literal and CRLF
+///     [MESSAGE]                the client must say what ends with a line of one dot
 ///     [STARTTLS]               the client must begin TLS here
 ///     [CLOSE]                  the server ends the connection
 ///     [TIMEOUT]                the server says nothing for too long
 ///     [REFUSED]                there is no server: as the first line only
 ///
-/// Blank lines and lines that begin with "#" are skipped, as is the white space that a line begins with.
+/// Literals and messages so named are those that no script can know, as they hold random numbers and the
+/// present time; they are kept for the test to look at. Blank lines and lines that begin with "#" are
+/// skipped, as is the white space that a line begins with.
 class Script {
 public:
     // A script is written where it is read; `where` is what failures point to.
@@ -45,7 +50,7 @@ public:
 
 private:
     friend class ScriptedTransport;
-    enum class Turn { client, server, startTLS, close, timeOut, refuse };
+    enum class Turn { client, announcement, literal, message, server, startTLS, close, timeOut, refuse };
     struct Step {
         Turn turn;
         QByteArray bytes;
@@ -82,6 +87,8 @@ public:
     void expectUsedUp() const;
     /// Whether the client closed the connection.
     bool isClosed() const { return m_isClosed; }
+    /// The literals and messages that were kept, without the line ends and dots that end them.
+    const QList<QByteArray>& kept() const { return m_kept; }
     qsizetype sendCount() const { return m_sendCount; }
     qsizetype receiveCount() const { return m_receiveCount; }
 
@@ -95,12 +102,19 @@ private:
     void advance(qsizetype count);
     void checkConnected();
     void takeFromClient(QByteArrayView data);
+    void takeAnnouncement(QByteArrayView data);
+    void takeLiteral(QByteArrayView data);
+    void takeMessage(QByteArrayView data);
+    void nextStep();
     QByteArray nextChunk();
     [[noreturn]] void leaveScript(const QString& what) const;
 
     Script m_script;
     qsizetype m_step = 0;
     qsizetype m_offset = 0; ///< within the bytes of the step
+    qsizetype m_literalSize = 0;
+    QByteArray m_keeping; ///< the part of a literal or message that has come
+    QList<QByteArray> m_kept;
     bool m_isClosed = false;
     bool m_isDead = false;
     qsizetype m_sendCount = 0;

@@ -1,0 +1,493 @@
+#include "domain/MailError.h"
+#include "model/AppModel.h"
+#include "support/Await.h"
+#include "support/ModelFixture.h"
+#include "support/QtPrinters.h"
+#include "support/WaitUntil.h"
+
+#include <QDirIterator>
+#include <QFile>
+
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven {
+namespace {
+
+class AppModelCompose : public testing::Test {
+protected:
+    /// The draft of the window that was asked for last.
+    ComposeDraft opened()
+    {
+        const std::optional<QUuid> id = model().pendingCompose();
+        const std::optional<ComposeDraft> seed = id ? model().takeSeed(*id) : std::nullopt;
+        EXPECT_TRUE(seed) << "no window was asked for";
+        return seed.value_or(ComposeDraft());
+    }
+    MessageSummary message(const QByteArray& raw)
+    {
+        const MessageSummary row = ModelFixture::row(fixture.account(), u"7"_s);
+        fixture.provider().setRaw(row.id, raw);
+        return row;
+    }
+    ComposeDraft draftTo(const QString& to) const
+    {
+        ComposeDraft draft;
+        draft.id = QUuid::createUuid();
+        draft.accountID = fixture.account().id;
+        draft.to = to;
+        return draft;
+    }
+    QString refusal(const ComposeDraft& draft, bool forSending)
+    {
+        try {
+            model().outgoing(draft, forSending);
+        } catch (const MailError& error) {
+            return error.text();
+        }
+        return u"accepted"_s;
+    }
+
+    AppModel& model() { return fixture.model(); }
+
+    ModelFixture fixture{{ModelFixture::imapAccount(), ModelFixture::imapAccount(u"second@example.org"_s)}};
+};
+
+const QByteArray original = "From: Ada <ada@example.com>\r\n"
+                            "To: mia@example.org, Bo <bo@example.com>\r\n"
+                            "Cc: CARL@example.com, ADA@example.com, Mia <MIA@Example.ORG>\r\n"
+                            "Subject: Plans\r\n"
+                            "Date: Fri, 15 Mar 2024 11:00:00 +0000\r\n"
+                            "Message-ID:  <m3@example.com> \r\n"
+                            "References: <m1@example.com> <m2@example.com>\r\n"
+                            "Content-Type: multipart/mixed; boundary=b\r\n\r\n"
+                            "--b\r\n\r\nFirst line\r\nSecond\r\n"
+                            "--b\r\nContent-Type: application/pdf; name=a.pdf\r\n"
+                            "Content-Disposition: attachment\r\n\r\nPDF\r\n--b--\r\n";
+
+// --- New messages
+
+TEST_F(AppModelCompose, WritesFromTheAccountThatTheUserChose)
+{
+    model().defaults().set(DefaultsKey::defaultAccountID,
+                           fixture.account(1).id.toString(QUuid::WithoutBraces).toUpper());
+    model().newMessage(u"a@x"_s);
+    EXPECT_EQ(opened().accountID, fixture.account(1).id);
+    EXPECT_EQ(opened().to, u"a@x");
+}
+
+TEST_F(AppModelCompose, WritesFromTheSelectedAccountWhereTheChosenOneIsGone)
+{
+    model().defaults().set(DefaultsKey::defaultAccountID,
+                           QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper());
+    model().select(SidebarItem{fixture.account(1).id, MailboxRef::system(Mailbox::inbox)});
+    model().newMessage({});
+    EXPECT_EQ(opened().accountID, fixture.account(1).id);
+}
+
+TEST_F(AppModelCompose, WritesFromTheFirstAccountWhereNoneIsSelected)
+{
+    await(model().removeAccount(fixture.account(1).id));
+    EXPECT_EQ(model().composeAccount()->id, fixture.account(0).id);
+}
+
+TEST(AppModelComposeWithoutAccounts, OpensNoWindow)
+{
+    ModelFixture fixture(QList<Account>{});
+    fixture.model().newMessage(u"a@x"_s);
+    EXPECT_FALSE(fixture.model().pendingCompose());
+}
+
+TEST_F(AppModelCompose, AddsNothingForAnEmptySignature)
+{
+    model().defaults().set(DefaultsKey::signature, u" \n "_s);
+    EXPECT_EQ(model().signatureBlock(), u"");
+}
+
+TEST_F(AppModelCompose, SetsASignatureOffByTwoDashesAfterOneEmptyLine)
+{
+    model().defaults().set(DefaultsKey::signature, u"\n Mia\nBerlin \n"_s);
+    model().newMessage({});
+    EXPECT_EQ(opened().body, u"\n\n-- \nMia\nBerlin");
+}
+
+TEST_F(AppModelCompose, KeepsASeedUntilItsWindowCloses)
+{
+    model().newMessage({});
+    const QUuid id = opened().id;
+    model().clearPendingCompose();
+    EXPECT_TRUE(model().takeSeed(id));
+    EXPECT_TRUE(model().takeSeed(id));
+    model().closeCompose(id);
+    EXPECT_FALSE(model().takeSeed(id));
+}
+
+// --- Replies
+
+TEST_F(AppModelCompose, RepliesToTheSenderAndQuotesTheText)
+{
+    await(model().reply(message(original), false));
+    const ComposeDraft draft = opened();
+    EXPECT_EQ(draft.to, u"\"Ada\" <ada@example.com>");
+    EXPECT_EQ(draft.cc, u"");
+    EXPECT_EQ(draft.subject, u"Re: Plans");
+    EXPECT_TRUE(draft.body.startsWith(u"\n\nOn "_s));
+    EXPECT_TRUE(draft.body.endsWith(u"Ada <ada@example.com> wrote:\n> First line\n> Second"_s))
+        << draft.body.toStdString();
+    EXPECT_TRUE(draft.attachments.isEmpty());
+}
+
+TEST_F(AppModelCompose, RepliesWhereTheMessageAsksForReplies)
+{
+    await(model().reply(message("From: a@x\r\nReply-To: list@x, b@x\r\n\r\nHi"), false));
+    EXPECT_EQ(opened().to, u"list@x, b@x");
+}
+
+TEST_F(AppModelCompose, LeavesTheOwnAddressInWhateverCaseOutOfAReplyToAll)
+{
+    await(model().reply(message(original), true));
+    EXPECT_EQ(opened().to, u"\"Ada\" <ada@example.com>");
+    EXPECT_EQ(opened().cc, u"\"Bo\" <bo@example.com>, CARL@example.com");
+}
+
+TEST_F(AppModelCompose, KeepsTheWholeChainOfReferencesWithTheAnsweredMessageAtItsEnd)
+{
+    await(model().reply(message(original), false));
+    EXPECT_EQ(opened().inReplyTo, u"<m3@example.com>"_s);
+    EXPECT_EQ(opened().references,
+              QStringList({u"<m1@example.com>"_s, u"<m2@example.com>"_s, u"<m3@example.com>"_s}));
+}
+
+TEST_F(AppModelCompose, QuotesThePreviewWhereAMessageHasNoPlainText)
+{
+    await(model().reply(message("From: a@x\r\nContent-Type: text/html\r\n\r\n<p>Hi</p>"), false));
+    EXPECT_TRUE(opened().body.endsWith(u"> Preview of 7"_s)) << opened().body.toStdString();
+}
+
+TEST_F(AppModelCompose, TakesTheOpenMessageWithoutAskingForItAgain)
+{
+    const MessageSummary row = message("From: x@x\r\n\r\nOther");
+    model().open(row);
+    ParsedMessage shown;
+    shown.textBody = u"Shown"_s;
+    model().setOpenParsed(shown);
+    await(model().reply(row, false));
+    EXPECT_TRUE(opened().body.endsWith(u"> Shown"_s));
+    EXPECT_TRUE(fixture.provider().calls(u"fetchRaw"_s).isEmpty());
+}
+
+TEST_F(AppModelCompose, TellsTheConversationOfAReplyAndDoesWithoutItWhereItCannotBeHad)
+{
+    fixture.provider().setThreadID(u"7"_s, u"t1"_s);
+    await(model().reply(message(original), false));
+    EXPECT_EQ(opened().threadID, u"t1"_s);
+    fixture.provider().failNext(u"threadID"_s, MailError::rateLimited());
+    await(model().reply(message(original), false));
+    EXPECT_FALSE(opened().threadID);
+}
+
+TEST_F(AppModelCompose, OpensNoWindowWhereTheMessageCannotBeHad)
+{
+    fixture.provider().failNext(u"fetchRaw"_s, MailError::unsupported(u"Gone."_s));
+    await(model().reply(message(original), false));
+    EXPECT_FALSE(model().pendingCompose());
+    EXPECT_EQ(model().errorMessage(), u"Gone."_s);
+}
+
+TEST_F(AppModelCompose, KeepsANameThatIsNotASCIIReadableInTheField)
+{
+    await(model().reply(message("From: =?UTF-8?Q?J=C3=B6rg_M=C3=BCller?= <j@x>\r\n\r\nHi"), false));
+    EXPECT_EQ(opened().to, u"\"Jörg Müller\" <j@x>");
+    const OutgoingMessage out = model().outgoing(opened(), true);
+    ASSERT_EQ(out.to.size(), 1);
+    EXPECT_EQ(out.to.first(), EmailAddress(u"Jörg Müller"_s, u"j@x"_s));
+}
+
+// --- Forwards and drafts
+
+TEST_F(AppModelCompose, ForwardsTheAttachmentsUnderNewIdentities)
+{
+    await(model().forward(message(original)));
+    const ComposeDraft first = opened();
+    EXPECT_EQ(first.subject, u"Fwd: Plans");
+    EXPECT_EQ(first.to, u"");
+    EXPECT_FALSE(first.inReplyTo || first.threadID);
+    EXPECT_TRUE(first.references.isEmpty());
+    EXPECT_TRUE(
+        first.body.contains(u"---------- Forwarded message ---------\nFrom: Ada <ada@example.com>\n"_s));
+    ASSERT_EQ(first.attachments.size(), 1);
+    EXPECT_EQ(first.attachments[0].filename, u"a.pdf");
+    EXPECT_EQ(first.attachments[0].data, "PDF");
+    await(model().forward(message(original)));
+    EXPECT_NE(opened().attachments[0].id, first.attachments[0].id);
+}
+
+TEST_F(AppModelCompose, ResumesADraftAsItWasStored)
+{
+    await(model().editDraft(message("From: mia@example.org\r\nTo: a@x\r\nCc: b@x\r\nBcc: Cy <c@x>\r\n"
+                                    "Subject: =?UTF-8?Q?caf=C3=A9?=\r\nIn-Reply-To: <m1@x> \r\n"
+                                    "References: <m0@x> <m1@x>\r\n\r\nSo far")));
+    const ComposeDraft draft = opened();
+    EXPECT_EQ(draft.to, u"a@x");
+    EXPECT_EQ(draft.cc, u"b@x");
+    EXPECT_EQ(draft.bcc, u"\"Cy\" <c@x>");
+    EXPECT_EQ(draft.subject, u"café");
+    EXPECT_EQ(draft.body, u"So far");
+    EXPECT_EQ(draft.inReplyTo, u"<m1@x>"_s);
+    EXPECT_EQ(draft.references, QStringList({u"<m0@x>"_s, u"<m1@x>"_s}));
+    EXPECT_EQ(draft.draftMessageID, u"7"_s);
+    EXPECT_FALSE(draft.isRichText);
+}
+
+TEST_F(AppModelCompose, ResumesARichDraftWithNothingThatLoads)
+{
+    await(model().editDraft(message("To: a@x\r\nContent-Type: text/html\r\n\r\n"
+                                    "<b>Hi</b><img src=\"https://t.example/x.png\"><script>x()</script>")));
+    ASSERT_TRUE(opened().initialHTML);
+    EXPECT_TRUE(opened().isRichText);
+    EXPECT_TRUE(opened().initialHTML->contains(u"<b>Hi</b>"_s));
+    EXPECT_FALSE(opened().initialHTML->contains(u"t.example"_s));
+    EXPECT_FALSE(opened().initialHTML->contains(u"x()"_s));
+}
+
+// --- Leaving
+
+TEST_F(AppModelCompose, SendsNothingWithoutRecipientsButSavesIt)
+{
+    EXPECT_EQ(refusal(draftTo({}), true), u"Please specify at least one recipient.");
+    EXPECT_EQ(refusal(draftTo({}), false), u"accepted");
+    await(model().saveDraft(draftTo({})));
+    EXPECT_EQ(fixture.provider().savedDrafts().size(), 1);
+}
+
+TEST_F(AppModelCompose, NamesTheWholeAddressThatHoldsASpace)
+{
+    EXPECT_EQ(refusal(draftTo(u"ok@x, Ann <an n@x>"_s), true), u"“an n@x” isn’t a valid email address.");
+}
+
+TEST_F(AppModelCompose, RefusesEveryAddressThatIsNone)
+{
+    for (const QString& bad : {u"a@b@c"_s, u"Ann <a>"_s, u"Ann <a@>"_s, u"Ann <@x>"_s, u"a;b@x"_s}) {
+        EXPECT_TRUE(refusal(draftTo(bad), true).endsWith(u"isn’t a valid email address."_s))
+            << bad.toStdString();
+    }
+    EXPECT_EQ(refusal(draftTo(u"a@host-without-dot"_s), true), u"accepted");
+}
+
+TEST_F(AppModelCompose, BuildsTheMessageOfADraft)
+{
+    ComposeDraft draft = draftTo(u"Ann <a@x>, b@x"_s);
+    draft.cc = u"c@x"_s;
+    draft.bcc = u"d@x"_s;
+    draft.subject = u"S"_s;
+    draft.body = u"B"_s;
+    draft.initialHTML = u"<p>B</p>"_s;
+    draft.attachments = {{QUuid::createUuid(), u"f"_s, u"text/plain"_s, "x"}};
+    draft.inReplyTo = u"<1>"_s;
+    draft.references = {u"<1>"_s};
+    draft.threadID = u"t"_s;
+    OutgoingMessage out = model().outgoing(draft, true);
+    EXPECT_EQ(out.from, EmailAddress(std::nullopt, u"mia@example.org"_s));
+    EXPECT_EQ(out.to.size(), 2);
+    EXPECT_EQ(out.cc.size() + out.bcc.size(), 2);
+    EXPECT_FALSE(out.htmlBody) << "a plain draft has none";
+    EXPECT_EQ(out.attachments, draft.attachments);
+    EXPECT_EQ(out.inReplyTo, draft.inReplyTo);
+    EXPECT_EQ(out.references, draft.references);
+    EXPECT_EQ(out.threadID, draft.threadID);
+    draft.isRichText = true;
+    EXPECT_EQ(model().outgoing(draft, true).htmlBody, u"<p>B</p>"_s);
+}
+
+TEST_F(AppModelCompose, ReplacesTheStoredDraftThatIsSent)
+{
+    ComposeDraft draft = draftTo(u"a@x"_s);
+    draft.draftMessageID = u"9:Drafts"_s;
+    await(model().send(draft));
+    ASSERT_EQ(fixture.provider().sent().size(), 1);
+    EXPECT_EQ(fixture.provider().sent()[0].draftID, u"9:Drafts"_s);
+    settle();
+    EXPECT_EQ(fixture.provider().calls(u"counts"_s).size(), 1);
+    EXPECT_TRUE(fixture.provider().calls(u"listMessages"_s).isEmpty());
+}
+
+TEST_F(AppModelCompose, RefreshesTheMailboxOnScreenThatASentMessageChanges)
+{
+    const auto listingsAfterSending = [this](Mailbox role, const std::optional<QString>& draftID) {
+        model().selectMailbox(MailboxRef::system(role));
+        settle();
+        fixture.provider().forgetCalls();
+        ComposeDraft draft = draftTo(u"a@x"_s);
+        draft.draftMessageID = draftID;
+        await(model().send(draft));
+        settle();
+        return fixture.provider().calls(u"listMessages"_s).size();
+    };
+    EXPECT_EQ(listingsAfterSending(Mailbox::sent, std::nullopt), 1);
+    EXPECT_EQ(listingsAfterSending(Mailbox::drafts, std::nullopt), 0);
+    EXPECT_EQ(listingsAfterSending(Mailbox::drafts, u"9:Drafts"_s), 1);
+    fixture.provider().forgetCalls();
+    await(model().saveDraft(draftTo({})));
+    settle();
+    EXPECT_EQ(fixture.provider().calls(u"listMessages"_s).size(), 1);
+}
+
+TEST_F(AppModelCompose, GivesAFailureOfSendingToTheWindow)
+{
+    fixture.provider().failNext(u"send"_s, MailError::protocolError(u"no"_s));
+    expectProtocolError(model().send(draftTo(u"a@x"_s)), u"no"_s);
+    EXPECT_FALSE(model().errorMessage());
+}
+
+TEST_F(AppModelCompose, SendsNothingFromAnAccountThatIsGone)
+{
+    const ComposeDraft draft = draftTo(u"a@x"_s);
+    await(model().removeAccount(fixture.account().id));
+    expectMailError(model().send(draft), MailError::Kind::notSignedIn);
+}
+
+// --- Recovery
+
+class ComposeRecoveryTest : public AppModelCompose {
+protected:
+    ComposeDraft kept(const QString& body)
+    {
+        ComposeDraft draft = draftTo(u"secret-recipient@x"_s);
+        draft.subject = u"Secret subject"_s;
+        draft.body = body;
+        draft.bcc = u"b@x"_s;
+        draft.isRichText = true;
+        draft.initialHTML = u"<b>x</b>"_s;
+        draft.inReplyTo = u"<1@x>"_s;
+        draft.references = {u"<0@x>"_s, u"<1@x>"_s};
+        draft.draftMessageID = u"3:Drafts"_s;
+        draft.attachments = {{QUuid::createUuid(), u"plan.txt"_s, u"text/plain"_s, "attached bytes"}};
+        model().keepForRecovery(draft);
+        return draft;
+    }
+    /// What the next start of the program offers.
+    QList<ComposeDraft> recovered()
+    {
+        waitForFiles();
+        fixture.restart();
+        QList<ComposeDraft> drafts;
+        QObject::connect(&model(), &AppModel::pendingComposeChanged, &model(), [this, &drafts] {
+            if (model().pendingCompose())
+                drafts.append(*model().takeSeed(*model().pendingCompose()));
+            model().clearPendingCompose();
+        });
+        await(model().recoverDrafts());
+        return drafts;
+    }
+    void waitForFiles()
+    {
+        // The cache does its work in order: an answer comes after all that was asked before.
+        await(model().cache(fixture.account(0).id)->usedBytes());
+        await(model().cache(fixture.account(1).id)->usedBytes());
+    }
+};
+
+TEST_F(ComposeRecoveryTest, BringsBackATextWhoseWindowWasNeverClosed)
+{
+    const ComposeDraft draft = kept(u"first"_s);
+    ComposeDraft later = draft;
+    later.body = u"second"_s;
+    model().keepForRecovery(later);
+    const QList<ComposeDraft> drafts = recovered();
+    ASSERT_EQ(drafts.size(), 1);
+    EXPECT_EQ(drafts[0].id, draft.id);
+    EXPECT_EQ(drafts[0].accountID, draft.accountID);
+    EXPECT_EQ(drafts[0].to, draft.to);
+    EXPECT_EQ(drafts[0].bcc, draft.bcc);
+    EXPECT_EQ(drafts[0].subject, draft.subject);
+    EXPECT_EQ(drafts[0].body, u"second");
+    EXPECT_EQ(drafts[0].isRichText, true);
+    EXPECT_EQ(drafts[0].initialHTML, draft.initialHTML);
+    EXPECT_EQ(drafts[0].inReplyTo, draft.inReplyTo);
+    EXPECT_EQ(drafts[0].references, draft.references);
+    EXPECT_EQ(drafts[0].draftMessageID, draft.draftMessageID);
+    ASSERT_EQ(drafts[0].attachments.size(), 1);
+    EXPECT_EQ(drafts[0].attachments[0].filename, u"plan.txt");
+    EXPECT_EQ(drafts[0].attachments[0].data, "attached bytes");
+    EXPECT_TRUE(model().isRecovered(draft.id));
+}
+
+TEST_F(ComposeRecoveryTest, BringsItBackAgainAndAgainUntilItsWindowCloses)
+{
+    const ComposeDraft draft = kept(u"x"_s);
+    EXPECT_EQ(recovered().size(), 1);
+    EXPECT_EQ(recovered().size(), 1);
+    model().closeCompose(draft.id);
+    EXPECT_TRUE(recovered().isEmpty());
+}
+
+TEST_F(ComposeRecoveryTest, KeepsWhatCameBackWhereAnotherTextIsKeptAfterwards)
+{
+    kept(u"one"_s);
+    ASSERT_EQ(recovered().size(), 1);
+    kept(u"two"_s);
+    EXPECT_EQ(recovered().size(), 2);
+}
+
+TEST_F(ComposeRecoveryTest, ForgetsATextWhoseWindowWasClosed)
+{
+    model().closeCompose(kept(u"x"_s).id);
+    EXPECT_TRUE(recovered().isEmpty());
+}
+
+TEST_F(ComposeRecoveryTest, KeepsNoWordInTheClear)
+{
+    kept(u"Secret body"_s);
+    waitForFiles();
+    int files = 0;
+    QDirIterator tree(fixture.cachesDirectory(), QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+    while (tree.hasNext()) {
+        QFile file(tree.next());
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        const QByteArray bytes = file.readAll() + tree.fileName().toUtf8();
+        for (const char* word : {"ecret", "attached", "plan.txt", "3:Drafts"})
+            EXPECT_FALSE(bytes.contains(word)) << tree.fileName().toStdString();
+        ++files;
+    }
+    EXPECT_GE(files, 3);
+}
+
+TEST_F(ComposeRecoveryTest, MovesWithTheAccountThatSends)
+{
+    ComposeDraft draft = kept(u"x"_s);
+    draft.accountID = fixture.account(1).id;
+    model().keepForRecovery(draft);
+    const QList<ComposeDraft> drafts = recovered();
+    ASSERT_EQ(drafts.size(), 1);
+    EXPECT_EQ(drafts[0].accountID, fixture.account(1).id);
+}
+
+TEST_F(ComposeRecoveryTest, OutlivesTheClearingOfTheCaches)
+{
+    kept(u"x"_s);
+    await(model().clearCaches());
+    EXPECT_EQ(recovered().size(), 1);
+}
+
+TEST_F(ComposeRecoveryTest, GoesWithItsAccount)
+{
+    kept(u"x"_s);
+    await(model().removeAccount(fixture.account(0).id));
+    EXPECT_TRUE(recovered().isEmpty());
+}
+
+TEST_F(ComposeRecoveryTest, SurvivesFilesThatCannotBeRead)
+{
+    kept(u"x"_s);
+    waitForFiles();
+    QDirIterator tree(fixture.cachesDirectory(), QDir::Files, QDirIterator::Subdirectories);
+    while (tree.hasNext()) {
+        QFile file(tree.next());
+        ASSERT_TRUE(file.resize(file.size() / 2));
+    }
+    EXPECT_TRUE(recovered().isEmpty());
+}
+
+} // namespace
+} // namespace Larkhaven
