@@ -139,6 +139,7 @@ void IMAPSetupView::makeLayout()
 
     m_disclosure->setObjectName("setupDisclosure"_L1);
     m_disclosure->setProperty("flat", true);
+    m_disclosure->setProperty("disclosure", true);
     m_disclosure->setText(tr("Server Settings"));
     m_disclosure->setCheckable(true);
     m_disclosure->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
@@ -200,6 +201,27 @@ void IMAPSetupView::applyStyle()
     m_disclosure->setIcon(style.icon(m_disclosure->isChecked() ? Symbol::chevronDown : Symbol::chevronRight,
                                      style.colors().secondary));
     m_progress->setFixedWidth(style.scaled(10));
+    alignLabels();
+}
+
+void IMAPSetupView::alignLabels()
+{
+    // Two forms, one column.
+    const QList<QFormLayout*> forms = findChildren<QFormLayout*>();
+    QList<QWidget*> labels;
+    int width = 0;
+    for (const QFormLayout* const form : forms) {
+        for (int row = 0; row < form->rowCount(); ++row) {
+            const QLayoutItem* const item = form->itemAt(row, QFormLayout::LabelRole);
+            if (item && item->widget()) {
+                labels.append(item->widget());
+                width = std::max(width, QFontMetrics(font()).horizontalAdvance(
+                                            static_cast<QLabel*>(item->widget())->text()));
+            }
+        }
+    }
+    for (QWidget* const label : labels)
+        label->setMinimumWidth(width);
 }
 
 // --- Filling

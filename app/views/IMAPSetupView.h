@@ -54,6 +54,7 @@ private:
     Task<> save();
     void leave();
     void applyStyle();
+    void alignLabels();
 
     AppModel& m_model;
     QLabel* m_title;

@@ -6,7 +6,7 @@
 #include "views/Style.h"
 
 #include <QDialog>
-#include <QDialogButtonBox>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -67,10 +67,13 @@ QDialog* LabelDialogs::makeSheet(const AppModel::LabelEdit& edit)
     quiet.setColor(QPalette::WindowText, style.colors().secondary);
     hint->setPalette(quiet);
 
-    auto* const buttons = new QDialogButtonBox;
-    buttons->addButton(tr("Cancel"), QDialogButtonBox::RejectRole);
-    QPushButton* const apply =
-        buttons->addButton(rename ? tr("Rename") : tr("Create"), QDialogButtonBox::AcceptRole);
+    auto* const cancel = new QPushButton(tr("Cancel"));
+    auto* const apply = new QPushButton(rename ? tr("Rename") : tr("Create"));
+    auto* const buttons = new QHBoxLayout;
+    buttons->addStretch();
+    buttons->addWidget(cancel);
+    buttons->addWidget(apply);
+    cancel->setAutoDefault(false);
     apply->setObjectName("labelApply"_L1);
     apply->setDefault(true);
     const auto followName = [apply](const QString& text) {
@@ -78,8 +81,8 @@ QDialog* LabelDialogs::makeSheet(const AppModel::LabelEdit& edit)
     };
     followName(name->text());
     connect(name, &QLineEdit::textChanged, apply, followName);
-    connect(buttons, &QDialogButtonBox::accepted, sheet, &QDialog::accept);
-    connect(buttons, &QDialogButtonBox::rejected, sheet, &QDialog::reject);
+    connect(apply, &QPushButton::clicked, sheet, &QDialog::accept);
+    connect(cancel, &QPushButton::clicked, sheet, &QDialog::reject);
     connect(sheet, &QDialog::accepted, this, [this, edit, name] {
         m_model.start(m_model.applyLabelEdit(edit, name->text()), edit.accountID);
     });
@@ -97,7 +100,7 @@ QDialog* LabelDialogs::makeSheet(const AppModel::LabelEdit& edit)
     layout->addWidget(name);
     layout->addWidget(hint);
     layout->addSpacing(Style::smallPadding);
-    layout->addWidget(buttons);
+    layout->addLayout(buttons);
     return sheet;
 }
 

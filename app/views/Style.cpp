@@ -95,6 +95,7 @@ QString themeName(Symbol symbol)
     case Symbol::paperclip:
         return u"mail-attachment"_s;
     case Symbol::circleFill:
+    case Symbol::xmarkCircleFill:
         return {};
     case Symbol::magnifier:
         return u"edit-find"_s;
@@ -128,8 +129,50 @@ QString themeName(Symbol symbol)
         return u"mail-forward"_s;
     case Symbol::plus:
         return u"list-add"_s;
+    case Symbol::textFormat:
+        return u"dialog-text-and-font"_s;
+    case Symbol::textSmaller:
+        return u"format-font-size-less"_s;
+    case Symbol::textSize:
+        return u"format-text-capitalize"_s;
+    case Symbol::textLarger:
+        return u"format-font-size-more"_s;
+    case Symbol::paintPalette:
+        return u"color-management"_s;
+    case Symbol::bold:
+        return u"format-text-bold"_s;
+    case Symbol::italic:
+        return u"format-text-italic"_s;
+    case Symbol::underline:
+        return u"format-text-underline"_s;
+    case Symbol::strikethrough:
+        return u"format-text-strikethrough"_s;
+    case Symbol::alignLeft:
+        return u"format-justify-left"_s;
+    case Symbol::alignCenter:
+        return u"format-justify-center"_s;
+    case Symbol::alignRight:
+        return u"format-justify-right"_s;
+    case Symbol::listBullet:
+        return u"format-list-unordered"_s;
+    case Symbol::listNumber:
+        return u"format-list-ordered"_s;
     }
     Q_UNREACHABLE();
+}
+
+/// A filled circle out of which a cross is cut.
+void paintCrossedCircle(QPainter& painter, int pixels, const QColor& color)
+{
+    painter.setBrush(color);
+    painter.setPen(Qt::NoPen);
+    painter.drawEllipse(QRectF(0, 0, pixels, pixels).marginsRemoved(QMarginsF(1, 1, 1, 1)));
+    painter.setCompositionMode(QPainter::CompositionMode_Clear);
+    painter.setPen(QPen(Qt::black, pixels / 10.0, Qt::SolidLine, Qt::RoundCap));
+    const double near = pixels * 0.35;
+    const double far = pixels * 0.65;
+    painter.drawLine(QPointF(near, near), QPointF(far, far));
+    painter.drawLine(QPointF(near, far), QPointF(far, near));
 }
 
 } // namespace
@@ -186,6 +229,8 @@ QPixmap Style::pixmap(Symbol symbol, int size, const QColor& color, double pixel
             painter.setBrush(color);
             painter.setPen(Qt::NoPen);
             painter.drawEllipse(QRectF(0, 0, pixels, pixels).marginsRemoved(QMarginsF(1, 1, 1, 1)));
+        } else if (symbol == Symbol::xmarkCircleFill) {
+            paintCrossedCircle(painter, pixels, color);
         } else {
             // Of the theme's drawings for several sizes always the same one, as those of one size fit
             // together.
@@ -305,7 +350,7 @@ QString Style::styleSheet() const
         QToolTip { color: @text; background: @surface; border: 1px solid @hairline; padding: 4px 8px; }
         QToolButton[flat="true"] { border: none; border-radius: 6px; background: transparent; color: @text; padding: 0 6px; }
         QToolButton[flat="true"]:hover { background: @hover; }
-        QToolButton[flat="true"]:pressed { background: @selected; }
+        QToolButton[flat="true"]:pressed, QToolButton[flat="true"]:checked { background: @selected; }
         QToolButton[flat="true"]:focus { border: 1px solid @accent; }
         QToolButton[flat="true"]::menu-indicator { image: none; }
         QPushButton { border: 1px solid @hairline; border-radius: 6px; background: @surface; color: @text; padding: 5px 14px; }
@@ -317,6 +362,13 @@ QString Style::styleSheet() const
         QLineEdit { border: 1px solid @hairline; border-radius: 6px; background: @surface; color: @text; padding: 4px 8px;
                     selection-background-color: @accent; selection-color: @onAccent; }
         QLineEdit:focus { border-color: @accent; }
+        QToolButton[disclosure="true"], QToolButton[disclosure="true"]:checked { background: transparent; padding: 0; }
+        QSpinBox, QComboBox { border: 1px solid @hairline; border-radius: 6px; background: @surface; color: @text;
+                              padding: 4px 8px; selection-background-color: @accent; selection-color: @onAccent; }
+        QSpinBox:focus, QComboBox:focus { border-color: @accent; }
+        QComboBox::drop-down { border: none; width: 20px; }
+        QComboBox QAbstractItemView { background: @surface; color: @text; border: 1px solid @hairline;
+                                      selection-background-color: @accent; selection-color: @onAccent; }
         QMenu { background: @surface; color: @text; border: 1px solid @hairline; padding: 4px; }
         QMenu::item { padding: 5px 24px 5px 12px; border-radius: 4px; }
         QMenu::item:selected { background: @accent; color: @onAccent; }

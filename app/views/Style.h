@@ -43,6 +43,21 @@ enum class Symbol {
     replyAll,
     forwardMessage,
     plus,
+    textFormat,
+    textSmaller,
+    textSize,
+    textLarger,
+    paintPalette,
+    bold,
+    italic,
+    underline,
+    strikethrough,
+    alignLeft,
+    alignCenter,
+    alignRight,
+    listBullet,
+    listNumber,
+    xmarkCircleFill,
 };
 
 /// The looks of the program: one set of tokens for colours, type and measures, which widgets ask for by name.

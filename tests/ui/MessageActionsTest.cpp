@@ -1,0 +1,523 @@
+#include "views/MessageActions.h"
+
+#include "UITestSupport.h"
+#include "domain/MailError.h"
+#include "support/QtPrinters.h"
+#include "views/DraggedMessages.h"
+#include "views/MessageTable.h"
+#include "views/SidebarView.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QContextMenuEvent>
+#include <QDialog>
+#include <QDropEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMessageBox>
+#include <QPointer>
+#include <QPushButton>
+#include <QTest>
+#include <QToolButton>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven {
+namespace {
+
+const QList<MailLabel> folders{{u"P"_s, u"Projects"_s}, {u"P/A"_s, u"Projects/A & B"_s}};
+
+class ActionsTest : public testing::Test {
+protected:
+    explicit ActionsTest(const Account& account = ModelFixture::imapAccount())
+        : mail(QList{account})
+    {}
+
+    void SetUp() override
+    {
+        provider().setLabels(folders);
+        QList<MessageSummary> rows = ModelFixture::rows(mail.fixture.account(), 4);
+        rows[1].isRead = false;
+        mail.fill(rows);
+        mail.open();
+        ASSERT_TRUE(waitUntil([this] { return !mail.model().labels(mail.fixture.account().id).isEmpty(); }));
+        provider().forgetCalls();
+    }
+
+    FakeMailProvider& provider() { return mail.fixture.provider(); }
+    AppModel& model() { return mail.model(); }
+    void select(const QStringList& ids) { model().setSelection(QSet<QString>(ids.cbegin(), ids.cend())); }
+    void press(const QString& key)
+    {
+        mail.table().setFocus();
+        QTest::keyClicks(&mail.table(), key);
+    }
+    /// Clicks with the right button on a row and gives the menu that opens.
+    QMenu* menuOn(int row)
+    {
+        MessageTable& table = mail.table();
+        const QPoint place = table.visualRect(table.model()->index(row, 4)).center();
+        QContextMenuEvent event(QContextMenuEvent::Mouse, place, table.viewport()->mapToGlobal(place));
+        QApplication::sendEvent(table.viewport(), &event);
+        QMenu* const menu = table.findChild<QMenu*>(u"messageMenu"_s);
+        EXPECT_TRUE(menu && waitUntil([menu] { return menu->isVisible(); }));
+        return menu;
+    }
+    /// Titles of a menu, "-" for a line.
+    static QStringList titles(const QMenu& menu)
+    {
+        QStringList texts;
+        for (const QAction* const action : menu.actions())
+            texts.append(action->isSeparator() ? u"-"_s : action->text());
+        return texts;
+    }
+    static void choose(QMenu* menu, const QString& name)
+    {
+        auto* const action = menu->findChild<QAction*>(name);
+        ASSERT_TRUE(action) << name.toStdString();
+        action->trigger();
+        const QPointer<QMenu> closing(menu);
+        menu->close();
+        ASSERT_TRUE(waitUntil([&closing] { return !closing; }));
+    }
+    QModelIndex sidebarRow(const QString& text, int section = 0)
+    {
+        const QAbstractItemModel& rows = *mail.window->sidebar().model();
+        const QModelIndex heading = rows.index(section, 0);
+        if (heading.data().toString() == text)
+            return heading;
+        for (int row = 0; row < rows.rowCount(heading); ++row) {
+            if (rows.index(row, 0, heading).data().toString() == text)
+                return rows.index(row, 0, heading);
+        }
+        return {};
+    }
+    QMenu* sidebarMenu(const QString& text)
+    {
+        SidebarView& sidebar = mail.window->sidebar();
+        const QPoint place = sidebar.visualRect(sidebarRow(text)).center();
+        QContextMenuEvent event(QContextMenuEvent::Mouse, place, sidebar.viewport()->mapToGlobal(place));
+        QApplication::sendEvent(sidebar.viewport(), &event);
+        return sidebar.findChild<QMenu*>(u"sidebarMenu"_s);
+    }
+    /// Drops rows on a mailbox of the sidebar; whether it took them.
+    bool drop(const QList<MessageSummary>& rows, const QString& mailbox)
+    {
+        SidebarView& sidebar = mail.window->sidebar();
+        const QPoint place = sidebar.visualRect(sidebarRow(mailbox)).center();
+        DraggedMessages data(rows);
+        QDragEnterEvent enter(place, Qt::MoveAction, &data, Qt::LeftButton, {});
+        QApplication::sendEvent(sidebar.viewport(), &enter);
+        QDragMoveEvent move(place, Qt::MoveAction, &data, Qt::LeftButton, {});
+        QApplication::sendEvent(sidebar.viewport(), &move);
+        if (!move.isAccepted())
+            return false;
+        QDropEvent event(place, Qt::MoveAction, &data, Qt::LeftButton, {});
+        QApplication::sendEvent(sidebar.viewport(), &event);
+        return event.isAccepted();
+    }
+    QDialog* sheet() { return mail.window->findChild<QDialog*>(u"labelSheet"_s); }
+
+    MailWindow mail;
+};
+
+class GoogleActionsTest : public ActionsTest {
+protected:
+    GoogleActionsTest()
+        : ActionsTest(ModelFixture::googleAccount())
+    {}
+};
+
+// --- The context menu
+
+TEST_F(ActionsTest, OffersWhatCanBeDoneToOneMessage)
+{
+    select({u"2"_s});
+    QMenu* const menu = menuOn(1);
+    EXPECT_EQ(
+        titles(*menu),
+        QStringList({u"Open"_s, u"-"_s, u"Reply"_s, u"Reply All"_s, u"Forward"_s, u"-"_s, u"Mark as Read"_s,
+                     u"Add Star"_s, u"-"_s, u"Archive"_s, u"Move To"_s, u"Mark as Junk"_s, u"Delete"_s,
+                     u"-"_s, u"Show Messages from Sender"_s, u"Copy Sender Address"_s, u"Save As…"_s}));
+    const auto* const targets = menu->findChild<QMenu*>(u"moveTo"_s);
+    EXPECT_EQ(titles(*targets), QStringList({u"Inbox"_s, u"Archive"_s, u"Junk"_s, u"Trash"_s, u"-"_s,
+                                             u"Projects"_s, u"Projects/A && B"_s}));
+    takeScreenshot(*menu, u"message-menu"_s);
+}
+
+TEST_F(ActionsTest, OffersWhatCanBeDoneToSeveralMessages)
+{
+    select({u"1"_s, u"3"_s});
+    EXPECT_EQ(titles(*menuOn(0)), QStringList({u"Mark as Unread"_s, u"Add Star"_s, u"-"_s, u"Archive"_s,
+                                               u"Move To"_s, u"Mark as Junk"_s, u"Delete"_s}));
+}
+
+TEST_F(ActionsTest, ActsOnTheClickedRowAloneWhereItIsOutsideTheSelectionAndLeavesTheSelection)
+{
+    select({u"1"_s, u"2"_s});
+    choose(menuOn(3), u"archive"_s);
+    settle();
+    EXPECT_EQ(provider().calls(u"archive"_s), QStringList(u"archive 4"_s));
+    EXPECT_EQ(model().selection(), (QSet<QString>{u"1"_s, u"2"_s}));
+}
+
+TEST_F(ActionsTest, ActsOnTheWholeSelectionFromOneOfItsRows)
+{
+    select({u"1"_s, u"3"_s});
+    choose(menuOn(2), u"delete"_s);
+    settle();
+    ASSERT_EQ(provider().calls(u"trash"_s).size(), 1);
+    EXPECT_EQ(provider().calls(u"trash"_s)[0].size(), u"trash 1 3"_s.size());
+}
+
+TEST_F(ActionsTest, OffersNotSpamInTheJunkMailbox)
+{
+    provider().setListing(MailboxRef::system(Mailbox::spam), ModelFixture::rows(mail.fixture.account(), 1));
+    model().selectMailbox(MailboxRef::system(Mailbox::spam));
+    ASSERT_TRUE(waitUntil([this] { return !model().messages().isEmpty(); }));
+    QMenu* const menu = menuOn(0);
+    EXPECT_TRUE(titles(*menu).contains(u"Not Spam"_s));
+    EXPECT_FALSE(titles(*menu).contains(u"Mark as Junk"_s));
+    choose(menu, u"notSpam"_s);
+    settle();
+    EXPECT_EQ(provider().calls(u"moveToInbox"_s).size(), 1);
+}
+
+TEST_F(ActionsTest, OffersToEditADraftWhichOEdits)
+{
+    provider().setListing(MailboxRef::system(Mailbox::drafts), ModelFixture::rows(mail.fixture.account(), 1));
+    provider().setRaw(u"1"_s, "To: a@x\r\nSubject: Half\r\n\r\nText");
+    model().selectMailbox(MailboxRef::system(Mailbox::drafts));
+    ASSERT_TRUE(waitUntil([this] { return !model().messages().isEmpty(); }));
+    QMenu* const menu = menuOn(0);
+    EXPECT_EQ(titles(*menu).first(), u"Edit Draft");
+    menu->close();
+    QList<QUuid> windows;
+    QObject::connect(&model(), &AppModel::pendingComposeChanged, &model(), [this, &windows] {
+        if (model().pendingCompose())
+            windows.append(*model().pendingCompose());
+    });
+    select({u"1"_s});
+    press(u"o"_s);
+    ASSERT_TRUE(waitUntil([&windows] { return !windows.isEmpty(); }));
+    EXPECT_EQ(model().takeSeed(windows.first())->subject, u"Half");
+    EXPECT_TRUE(model().path().isEmpty()) << "the reader stays closed";
+}
+
+TEST_F(ActionsTest, CopiesTheAddressOfTheSenderAndSearchesForIt)
+{
+    choose(menuOn(0), u"copySender"_s);
+    EXPECT_EQ(QApplication::clipboard()->text(), u"ada@example.com");
+    choose(menuOn(0), u"fromSender"_s);
+    EXPECT_EQ(model().searchText(), u"from:ada@example.com");
+}
+
+TEST_F(ActionsTest, SavesAMessageWhereTheUserSays)
+{
+    QTemporaryDir folder;
+    mail.savePath = folder.filePath(u"x.eml"_s);
+    provider().setRaw(u"1"_s, "Subject: x\r\n\r\nBody");
+    choose(menuOn(0), u"saveAs"_s);
+    EXPECT_TRUE(waitUntil([this] { return QFile::exists(mail.savePath); }));
+    EXPECT_EQ(mail.suggestedNames, QStringList(u"Subject 1.eml"_s));
+}
+
+TEST_F(ActionsTest, MovesToAFolderOfTheMenu)
+{
+    select({u"1"_s});
+    QMenu* const menu = menuOn(0);
+    menu->findChild<QMenu*>(u"moveTo"_s)->actions().last()->trigger();
+    menu->close();
+    settle();
+    ASSERT_EQ(provider().calls(u"moveToLabel"_s).size(), 1);
+    EXPECT_TRUE(provider().calls(u"moveToLabel"_s)[0].contains(u"P/A"_s));
+}
+
+TEST_F(GoogleActionsTest, OffersLabelsWhichAreOnWhereAllMessagesCarryThem)
+{
+    QList<MessageSummary> rows = ModelFixture::rows(mail.fixture.account(), 2);
+    rows[0].labelIDs = {u"P"_s};
+    rows[1].labelIDs = {u"P"_s, u"P/A"_s};
+    mail.fill(rows);
+    model().start(model().load(0, true));
+    ASSERT_TRUE(waitUntil([this] { return model().messages().size() == 2; }));
+    select({u"1"_s, u"2"_s});
+    QMenu* menu = menuOn(0);
+    EXPECT_TRUE(titles(*menu).contains(u"Report Spam"_s));
+    auto* const marks = menu->findChild<QMenu*>(u"labelAs"_s);
+    ASSERT_TRUE(marks);
+    EXPECT_EQ(titles(*marks), QStringList({u"Projects"_s, u"Projects/A && B"_s, u"-"_s, u"New Label…"_s}));
+    EXPECT_TRUE(marks->actions()[0]->isChecked());
+    EXPECT_FALSE(marks->actions()[1]->isChecked());
+    marks->actions()[1]->trigger();
+    settle();
+    EXPECT_TRUE(provider().calls(u"setLabel"_s).first().contains(u"true"_s));
+    choose(menu, u"newLabel"_s);
+    ASSERT_TRUE(model().labelEdit());
+    EXPECT_EQ(std::get<AppModel::LabelEdit::Create>(model().labelEdit()->kind).applyTo.size(), 2);
+}
+
+// --- Single keys
+
+TEST_F(ActionsTest, GoesToTheNextRowWithJWhichStaysOnTheLast)
+{
+    press(u"j"_s);
+    EXPECT_EQ(model().selection(), QSet<QString>{u"1"_s});
+    press(u"jjj"_s);
+    EXPECT_EQ(model().selection(), QSet<QString>{u"4"_s});
+    press(u"j"_s);
+    EXPECT_EQ(model().selection(), QSet<QString>{u"4"_s});
+}
+
+TEST_F(ActionsTest, GoesToTheRowBeforeWithKWhichStaysOnTheFirst)
+{
+    select({u"2"_s});
+    press(u"k"_s);
+    EXPECT_EQ(model().selection(), QSet<QString>{u"1"_s});
+    press(u"k"_s);
+    EXPECT_EQ(model().selection(), QSet<QString>{u"1"_s});
+}
+
+TEST_F(ActionsTest, ActsOnTheSelectionWithSingleKeys)
+{
+    select({u"1"_s, u"2"_s});
+    press(u"s"_s);
+    press(u"U"_s);
+    EXPECT_TRUE(model().messages()[0].isStarred && model().messages()[1].isStarred);
+    EXPECT_TRUE(model().messages()[1].isRead);
+    press(u"e"_s);
+    settle();
+    EXPECT_EQ(provider().calls(u"archive"_s).size(), 1);
+    select({u"3"_s});
+    press(u"#"_s);
+    settle();
+    EXPECT_EQ(provider().calls(u"trash"_s), QStringList(u"trash 3"_s));
+    select({u"4"_s});
+    press(u"o"_s);
+    EXPECT_EQ(model().path(), QStringList(u"4"_s));
+}
+
+TEST_F(ActionsTest, BeginsAMessageWithC)
+{
+    int windows = 0;
+    QObject::connect(&model(), &AppModel::pendingComposeChanged, &model(),
+                     [this, &windows] { windows += model().pendingCompose() ? 1 : 0; });
+    press(u"c"_s);
+    EXPECT_EQ(windows, 1);
+}
+
+TEST_F(ActionsTest, LeavesSingleKeysAloneWhereTheyAreOff)
+{
+    model().defaults().set(DefaultsKey::gmailShortcuts, false);
+    select({u"1"_s});
+    press(u"e#sUc"_s);
+    settle();
+    EXPECT_TRUE(provider().calls(u"archive"_s).isEmpty());
+    EXPECT_TRUE(provider().calls(u"trash"_s).isEmpty());
+    EXPECT_FALSE(model().messages()[0].isStarred);
+}
+
+TEST_F(ActionsTest, LeavesLettersWithAModifierAlone)
+{
+    select({u"1"_s});
+    mail.table().setFocus();
+    QTest::keyClick(&mail.table(), Qt::Key_E, Qt::AltModifier);
+    settle();
+    EXPECT_TRUE(provider().calls(u"archive"_s).isEmpty());
+}
+
+TEST_F(ActionsTest, GoesOnFromTheSamePlaceAfterARemoval)
+{
+    QTest::mouseClick(mail.table().viewport(), Qt::LeftButton, {},
+                      mail.table().visualRect(mail.table().model()->index(1, 4)).center());
+    press(u"e"_s);
+    settle();
+    QTest::keyClick(&mail.table(), Qt::Key_Down);
+    EXPECT_EQ(model().selection(), QSet<QString>{u"4"_s});
+}
+
+// --- The toolbar
+
+TEST_F(ActionsTest, EnablesTheToolbarForWhatIsSelected)
+{
+    const auto isEnabled = [this](const char* name) { return mail.child<QToolButton>(name).isEnabled(); };
+    for (const char* name : {"archive", "delete", "junk", "star", "reply", "replyAll", "forward"})
+        EXPECT_FALSE(isEnabled(name)) << name;
+    select({u"1"_s, u"2"_s});
+    for (const char* name : {"archive", "delete", "junk", "star"})
+        EXPECT_TRUE(isEnabled(name)) << name;
+    for (const char* name : {"reply", "replyAll", "forward"})
+        EXPECT_FALSE(isEnabled(name)) << name;
+    select({u"1"_s});
+    EXPECT_TRUE(isEnabled("reply"));
+    EXPECT_EQ(mail.child<QToolButton>("junk").toolTip(), u"Mark as Junk");
+}
+
+TEST_F(ActionsTest, ActsOnTheOpenMessageFromTheToolbar)
+{
+    provider().setRaw(u"3"_s, htmlMessage(u"<p>Hi</p>"_s));
+    mail.read(u"3"_s);
+    QTest::mouseClick(&mail.child<QToolButton>("archive"), Qt::LeftButton);
+    EXPECT_TRUE(model().path().isEmpty());
+    settle();
+    EXPECT_EQ(provider().calls(u"archive"_s), QStringList(u"archive 3"_s));
+}
+
+// --- Dragging onto the sidebar
+
+TEST_F(ActionsTest, MovesDroppedMessagesIntoAFolder)
+{
+    EXPECT_TRUE(drop(model().messages().first(2), u"Projects"_s));
+    settle();
+    ASSERT_EQ(provider().calls(u"moveToLabel"_s).size(), 1);
+    EXPECT_EQ(model().messages().size(), 2);
+}
+
+TEST_F(ActionsTest, MovesDroppedMessagesIntoARole)
+{
+    EXPECT_TRUE(drop(model().messages().first(1), u"Trash"_s));
+    settle();
+    EXPECT_EQ(provider().calls(u"trash"_s), QStringList(u"trash 1"_s));
+}
+
+TEST_F(ActionsTest, TakesNoDropOnTheMailboxOnScreenOrOnAHeadingOrOfAnotherAccount)
+{
+    EXPECT_FALSE(drop(model().messages().first(1), u"Inbox"_s));
+    EXPECT_FALSE(drop(model().messages().first(1), mail.fixture.account().title()));
+    QList<MessageSummary> foreign = model().messages().first(1);
+    foreign[0].accountID = QUuid::createUuid();
+    EXPECT_FALSE(drop(foreign, u"Trash"_s));
+}
+
+TEST_F(ActionsTest, GivesOtherProgramsNothingOfADraggedMessage)
+{
+    const DraggedMessages data(model().messages());
+    EXPECT_EQ(data.formats(), QStringList(u"application/x-larkhaven-messages"_s));
+    EXPECT_FALSE(data.hasText() || data.hasHtml() || data.hasUrls());
+    EXPECT_TRUE(data.data(u"application/x-larkhaven-messages"_s).isEmpty());
+}
+
+// --- Folders
+
+TEST_F(ActionsTest, OffersNewRenameAndDeleteOnAFolder)
+{
+    QMenu* const menu = sidebarMenu(u"A & B"_s);
+    ASSERT_TRUE(menu);
+    EXPECT_EQ(titles(*menu), QStringList({u"New Folder…"_s, u"New Folder Inside “A && B”…"_s,
+                                          u"Rename “A && B”…"_s, u"Delete “A && B”…"_s}));
+    menu->close();
+}
+
+TEST_F(ActionsTest, OffersOnlyANewFolderOnAnAccount)
+{
+    QMenu* const menu = sidebarMenu(mail.fixture.account().title());
+    ASSERT_TRUE(menu);
+    EXPECT_EQ(titles(*menu), QStringList(u"New Folder…"_s));
+}
+
+TEST_F(ActionsTest, OffersNothingOnARole)
+{
+    EXPECT_FALSE(sidebarMenu(u"Inbox"_s));
+}
+
+TEST_F(ActionsTest, MakesAFolderInsideAnother)
+{
+    choose(sidebarMenu(u"Projects"_s), u"newLabelInside"_s);
+    QDialog* const dialog = sheet();
+    ASSERT_TRUE(dialog && waitUntil([dialog] { return dialog->isVisible(); }));
+    EXPECT_EQ(dialog->windowTitle(), u"New Folder in “Projects”");
+    auto* const name = dialog->findChild<QLineEdit*>(u"labelName"_s);
+    auto* const create = dialog->findChild<QPushButton*>(u"labelApply"_s);
+    EXPECT_EQ(create->text(), u"Create");
+    EXPECT_FALSE(create->isEnabled());
+    QTest::keyClicks(name, u"  "_s);
+    EXPECT_FALSE(create->isEnabled()) << "only blanks";
+    QTest::keyClicks(name, u"2026"_s);
+    EXPECT_TRUE(create->isEnabled());
+    takeScreenshot(*dialog, u"label-sheet"_s);
+    QTest::keyClick(name, Qt::Key_Return);
+    EXPECT_TRUE(waitUntil([this] { return !provider().calls(u"createLabel"_s).isEmpty(); }));
+    EXPECT_TRUE(provider().calls(u"createLabel"_s)[0].contains(u"Projects/"_s));
+    EXPECT_FALSE(model().labelEdit());
+}
+
+TEST_F(ActionsTest, RenamesAFolderFromItsPresentName)
+{
+    choose(sidebarMenu(u"A & B"_s), u"renameLabel"_s);
+    QDialog* const dialog = sheet();
+    ASSERT_TRUE(dialog);
+    EXPECT_EQ(dialog->windowTitle(), u"Rename “A & B”");
+    auto* const name = dialog->findChild<QLineEdit*>(u"labelName"_s);
+    EXPECT_EQ(name->text(), u"A & B");
+    EXPECT_EQ(dialog->findChild<QPushButton*>(u"labelApply"_s)->text(), u"Rename");
+    name->setText(u"C"_s);
+    dialog->findChild<QPushButton*>(u"labelApply"_s)->click();
+    EXPECT_TRUE(waitUntil([this] { return !provider().calls(u"renameLabel"_s).isEmpty(); }));
+    EXPECT_TRUE(provider().calls(u"renameLabel"_s)[0].endsWith(u"Projects/C"_s));
+}
+
+TEST_F(ActionsTest, ForgetsALabelDialogThatIsCancelled)
+{
+    choose(sidebarMenu(u"Projects"_s), u"newLabel"_s);
+    ASSERT_TRUE(sheet());
+    sheet()->reject();
+    EXPECT_FALSE(model().labelEdit());
+    settle();
+    EXPECT_TRUE(provider().calls(u"createLabel"_s).isEmpty());
+}
+
+TEST_F(ActionsTest, AsksBeforeAFolderIsDeleted)
+{
+    choose(sidebarMenu(u"Projects"_s), u"deleteLabel"_s);
+    auto* const question = mail.window->findChild<QMessageBox*>(u"labelDeletion"_s);
+    ASSERT_TRUE(question && waitUntil([question] { return question->isVisible(); }));
+    EXPECT_EQ(question->text(), u"Delete Folder “Projects”?");
+    EXPECT_EQ(question->informativeText(),
+              u"The folder and every message in it are deleted from the server. This can’t be undone.");
+    takeScreenshot(*question, u"label-deletion"_s);
+    question->findChild<QPushButton*>(u"confirmDeletion"_s)->click();
+    EXPECT_TRUE(waitUntil([this] { return !provider().calls(u"deleteLabel"_s).isEmpty(); }));
+}
+
+TEST_F(ActionsTest, DeletesNoFolderWhereTheUserSaysNo)
+{
+    choose(sidebarMenu(u"Projects"_s), u"deleteLabel"_s);
+    auto* const question = mail.window->findChild<QMessageBox*>(u"labelDeletion"_s);
+    ASSERT_TRUE(question);
+    question->button(QMessageBox::Cancel)->click();
+    EXPECT_FALSE(model().labelDeletion());
+    settle();
+    EXPECT_TRUE(provider().calls(u"deleteLabel"_s).isEmpty());
+}
+
+TEST_F(GoogleActionsTest, TellsThatADeletedLabelLeavesItsMessages)
+{
+    QMenu* const menu = sidebarMenu(u"Projects"_s);
+    EXPECT_EQ(titles(*menu).first(), u"New Label…");
+    choose(menu, u"deleteLabel"_s);
+    auto* const question = mail.window->findChild<QMessageBox*>(u"labelDeletion"_s);
+    ASSERT_TRUE(question);
+    EXPECT_EQ(question->text(), u"Delete Label “Projects”?");
+    EXPECT_EQ(
+        question->informativeText(),
+        u"The label is removed from its messages; the messages stay in All Mail. Labels nested inside it "
+        "are kept.");
+}
+
+// --- Words of strangers
+
+TEST_F(ActionsTest, SurvivesASubjectOfEighteenMillionCharacters)
+{
+    provider().setRaw(u"1"_s, "From: \"" + QByteArray(2'000'000, 'n') +
+                                  "\" <a@x>\r\nSubject: " + QByteArray(18'000'000, 's') + "\r\n\r\nBody");
+    mail.read(u"1"_s);
+    EXPECT_LT(mail.window->windowTitle().size(), 2000);
+    model().report(std::make_exception_ptr(MailError::unsupported(QString(1'000'000, u'x'))));
+    const auto* const alert = mail.window->findChild<QMessageBox*>(u"errorAlert"_s);
+    ASSERT_TRUE(alert && waitUntil([alert] { return alert->isVisible(); }));
+    EXPECT_LT(alert->informativeText().size(), 2000);
+}
+
+} // namespace
+} // namespace Larkhaven
