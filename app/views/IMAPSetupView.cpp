@@ -2,6 +2,7 @@
 
 #include "domain/LocalizedError.h"
 #include "domain/Text.h"
+#include "views/Picker.h"
 #include "views/PlainAlert.h"
 #include "views/Style.h"
 
@@ -94,7 +95,7 @@ IMAPSetupView::ServerFields IMAPSetupView::addServer(QFormLayout& form, const QS
 {
     constexpr int largestPort = 65535;
     const QString prefix = QString::fromLatin1(name);
-    const ServerFields fields{new QLineEdit, new QSpinBox, new QComboBox};
+    const ServerFields fields{new QLineEdit, new QSpinBox, new Picker};
     fields.host->setObjectName(prefix + u"Host"_s);
     fields.host->setPlaceholderText(tr("Server"));
     fields.host->setAccessibleName(title + u' ' + tr("Server"));
@@ -208,20 +209,22 @@ void IMAPSetupView::alignLabels()
 {
     // Two forms, one column.
     const QList<QFormLayout*> forms = findChildren<QFormLayout*>();
-    QList<QWidget*> labels;
+    QList<QLabel*> labels;
     int width = 0;
     for (const QFormLayout* const form : forms) {
         for (int row = 0; row < form->rowCount(); ++row) {
             const QLayoutItem* const item = form->itemAt(row, QFormLayout::LabelRole);
-            if (item && item->widget()) {
-                labels.append(item->widget());
-                width = std::max(width, QFontMetrics(font()).horizontalAdvance(
-                                            static_cast<QLabel*>(item->widget())->text()));
-            }
+            auto* const text = item ? qobject_cast<QLabel*>(item->widget()) : nullptr;
+            if (!text)
+                continue;
+            labels.append(text);
+            width = std::max(width, text->fontMetrics().horizontalAdvance(text->text()));
         }
     }
-    for (QWidget* const label : labels)
-        label->setMinimumWidth(width);
+    for (QLabel* const text : std::as_const(labels)) {
+        text->setMinimumWidth(width);
+        text->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    }
 }
 
 // --- Filling

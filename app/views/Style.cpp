@@ -363,10 +363,9 @@ QString Style::styleSheet() const
                     selection-background-color: @accent; selection-color: @onAccent; }
         QLineEdit:focus { border-color: @accent; }
         QToolButton[disclosure="true"], QToolButton[disclosure="true"]:checked { background: transparent; padding: 0; }
-        QSpinBox, QComboBox { border: 1px solid @hairline; border-radius: 6px; background: @surface; color: @text;
+        QSpinBox { border: 1px solid @hairline; border-radius: 6px; background: @surface; color: @text;
                               padding: 4px 8px; selection-background-color: @accent; selection-color: @onAccent; }
-        QSpinBox:focus, QComboBox:focus { border-color: @accent; }
-        QComboBox::drop-down { border: none; width: 20px; }
+        QSpinBox:focus { border-color: @accent; }
         QComboBox QAbstractItemView { background: @surface; color: @text; border: 1px solid @hairline;
                                       selection-background-color: @accent; selection-color: @onAccent; }
         QMenu { background: @surface; color: @text; border: 1px solid @hairline; padding: 4px; }
