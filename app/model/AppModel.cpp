@@ -375,6 +375,28 @@ Task<> AppModel::load(int page, bool refresh)
     setLoading(false);
 }
 
+Task<> AppModel::begin()
+{
+    const QPointer<AppModel> self(this);
+    const auto unlock = [secrets = m_services.secrets, keys = m_services.cacheKeys, accounts = m_accounts] {
+        for (const Account& account : accounts) {
+            try {
+                secrets->load(account.id);
+                keys->loadData(account.id);
+            } catch (const LocalizedError&) {
+                // Whoever needs the item will see.
+            }
+        }
+    };
+    setLoading(true);
+    co_await runOnWorker(unlock);
+    if (!self)
+        co_return;
+    setLoading(false);
+    start(recoverDrafts());
+    co_await refresh();
+}
+
 Task<> AppModel::refresh()
 {
     m_pageCache.clear();

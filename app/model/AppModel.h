@@ -194,6 +194,9 @@ public:
     void selectMailbox(const MailboxRef& ref);
     void resetPaging();
     Task<> load(int page, bool refresh);
+    /// What the main window asks for when it appears: unlocks the keychain, which may ask the user and so is
+    /// not waited for on this thread, then refreshes, and offers the texts that an earlier run left behind.
+    Task<> begin();
     /// Checks all accounts for news.
     Task<> refresh();
     Task<> nextPage();

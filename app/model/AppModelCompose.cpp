@@ -96,9 +96,9 @@ QString quoted(const ParsedMessage& message, const QString& snippet)
 {
     const QList<EmailAddress> from = message.headers.from();
     const std::optional<EmailAddress> sender = from.isEmpty() ? std::nullopt : std::optional(from.first());
-    return MessageComposer::quotedReply(
-        plainText(message, snippet), sender ? sender->name : std::nullopt,
-        sender ? std::optional(sender->address) : std::nullopt, message.headers.date());
+    return MessageComposer::quotedReply(plainText(message, snippet), sender ? sender->name : std::nullopt,
+                                        sender ? std::optional(sender->address) : std::nullopt,
+                                        message.headers.date());
 }
 
 /// A stored draft's HTML as the editor may load it: nothing in it loads anything.

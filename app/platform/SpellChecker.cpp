@@ -111,8 +111,7 @@ QStringList SpellChecker::suggestions(const QString& word) const
     if (!canBeLookedUp(bytes))
         return {};
     std::size_t count = 0;
-    char** const found =
-        enchant_dict_suggest(m_broker->dictionary, bytes.constData(), bytes.size(), &count);
+    char** const found = enchant_dict_suggest(m_broker->dictionary, bytes.constData(), bytes.size(), &count);
     if (!found)
         return {};
     QStringList suggestions;

@@ -40,8 +40,8 @@ QList<Run> runsIn(const QTextCursor& selection)
     QList<Run> runs;
     const int start = selection.selectionStart();
     const int end = selection.selectionEnd();
-    for (QTextBlock block = selection.document()->findBlock(start);
-         block.isValid() && block.position() < end; block = block.next()) {
+    for (QTextBlock block = selection.document()->findBlock(start); block.isValid() && block.position() < end;
+         block = block.next()) {
         for (auto place = block.begin(); !place.atEnd(); ++place) {
             const QTextFragment fragment = place.fragment();
             const int first = std::max(start, fragment.position());
@@ -80,8 +80,7 @@ void dropGroundColors(QTextCharFormat& format)
 /// The address that a link to the typed text has; empty where it is none.
 QString addressOf(const QString& text)
 {
-    static const QRegularExpression email(
-        uR"(^[^@\s<>,;"]+@[^@\s<>,;".]+(\.[^@\s<>,;".]+)+$)"_s);
+    static const QRegularExpression email(uR"(^[^@\s<>,;"]+@[^@\s<>,;".]+(\.[^@\s<>,;".]+)+$)"_s);
     if (text.startsWith("http://"_L1) || text.startsWith("https://"_L1) || text.startsWith("mailto:"_L1))
         return text;
     if (text.startsWith("www."_L1) && text.count(u'.') > 1)
@@ -144,7 +143,11 @@ void ComposeEditorController::attach(ComposeTextView& view, const QString& initi
     document->setModified(false);
     m_isRichText = richText;
     view.moveCursor(QTextCursor::Start);
-    m_highlighter = new ComposeHighlighter(document, *m_checker);
+    const auto typingPosition = [this] {
+        const bool isTyping = textView && textView->hasFocus() && !textView->textCursor().hasSelection();
+        return isTyping ? textView->textCursor().position() : -1;
+    };
+    m_highlighter = new ComposeHighlighter(document, *m_checker, typingPosition);
     connect(document, &QTextDocument::contentsChanged, this, &ComposeEditorController::followDocument);
     connect(&view, &QTextEdit::cursorPositionChanged, this, &ComposeEditorController::followCursor);
     connect(&view, &QTextEdit::currentCharFormatChanged, this, &ComposeEditorController::selectionChanged);
@@ -158,16 +161,13 @@ void ComposeEditorController::followDocument()
         m_isRichText = isRich;
         Q_EMIT richTextChanged();
     }
-    if (textView)
-        m_highlighter->setTypingPosition(textView->textCursor().position());
     Q_EMIT textChanged();
     Q_EMIT selectionChanged();
 }
 
 void ComposeEditorController::followCursor()
 {
-    const QTextCursor cursor = textView->textCursor();
-    m_highlighter->setTypingPosition(cursor.hasSelection() ? -1 : cursor.position());
+    m_highlighter->followCursor();
     Q_EMIT selectionChanged();
 }
 
@@ -266,8 +266,7 @@ bool ComposeEditorController::allText(const Test& test) const
     return std::ranges::all_of(runs, [&test](const Run& run) { return test(run.format); });
 }
 
-void ComposeEditorController::toggle(const Test& test,
-                                     const std::function<void(QTextCharFormat&, bool)>& set)
+void ComposeEditorController::toggle(const Test& test, const std::function<void(QTextCharFormat&, bool)>& set)
 {
     const bool isOn = !allText(test);
     changeText([&set, isOn](QTextCharFormat& format) { set(format, isOn); });
@@ -529,9 +528,8 @@ void ComposeEditorController::insertHTML(const QString& html)
 void ComposeEditorController::chooseLanguage()
 {
     const QStringList wanted{QGuiApplication::inputMethod()->locale().name(), QLocale().name()};
-    const QString language = usesChosenLanguage()
-                                 ? m_chosenLanguage
-                                 : SpellChecker::bestLanguage(m_checker->languages(), wanted);
+    const QString language =
+        usesChosenLanguage() ? m_chosenLanguage : SpellChecker::bestLanguage(m_checker->languages(), wanted);
     if (language == m_checker->language())
         return;
     m_checker->setLanguage(language);

@@ -366,6 +366,8 @@ std::optional<QString> write(const QTextDocument& document)
 
 QString plainText(const QTextDocument& document)
 {
+    if (document.isEmpty())
+        return {};
     QHash<const QTextList*, int> counts;
     QString result;
     for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {

@@ -32,7 +32,7 @@ void read(const QString& html, QTextDocument& document, const ComposeFormat::Siz
 /// The most lines that one paragraph keeps together. Longer ones go on in another.
 inline constexpr int maximumLinesOfParagraph = 200;
 /// The most items that one list keeps together. Longer ones go on in another.
-inline constexpr int maximumItemsOfList = 5'000;
+inline constexpr int maximumItemsOfList = 1'000;
 /// Lists deeper than this look like the last level.
 inline constexpr int maximumListDepth = 12;
 /// The most kinds of named character references that one text may use.

@@ -34,9 +34,11 @@ bool isChecked(QStringView word)
 
 } // namespace
 
-ComposeHighlighter::ComposeHighlighter(QTextDocument* document, SpellChecker& checker)
+ComposeHighlighter::ComposeHighlighter(QTextDocument* document, SpellChecker& checker,
+                                       std::function<int()> typingPosition)
     : QSyntaxHighlighter(document)
     , m_checker(checker)
+    , m_typingPosition(std::move(typingPosition))
 {
     m_turn.setInterval(0);
     m_turn.setSingleShot(true);
@@ -114,13 +116,14 @@ void ComposeHighlighter::markLinks()
 void ComposeHighlighter::markSpelling(const QString& text)
 {
     const int base = currentBlock().position();
+    const int typingPosition = m_typingPosition();
     visitWords(text, [&](qsizetype start, qsizetype length) {
         const QString word = text.sliced(start, length);
         if (m_checker.isCorrect(word))
             return;
         const int first = static_cast<int>(start);
         const int count = static_cast<int>(length);
-        if (m_typingPosition == base + first + count) {
+        if (typingPosition == base + first + count) {
             m_unmarkedBlock = currentBlock().blockNumber();
             return;
         }
@@ -167,9 +170,8 @@ ComposeHighlighter::Word ComposeHighlighter::misspelledAt(int position) const
     return found;
 }
 
-void ComposeHighlighter::setTypingPosition(int position)
+void ComposeHighlighter::followCursor()
 {
-    m_typingPosition = position;
     if (m_unmarkedBlock < 0)
         return;
     const QTextBlock block = document()->findBlockByNumber(std::exchange(m_unmarkedBlock, -1));

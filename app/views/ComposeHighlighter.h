@@ -5,6 +5,8 @@
 #include <QSyntaxHighlighter>
 #include <QTimer>
 
+#include <functional>
+
 namespace Larkhaven {
 
 /// Marks links, and misspelled words while the text is written. The marks are on screen only, never in the
@@ -21,7 +23,9 @@ public:
     /// Of a longer paragraph only the beginning is checked.
     static constexpr qsizetype longestParagraph = 10'000;
 
-    ComposeHighlighter(QTextDocument* document, SpellChecker& checker);
+    /// `typingPosition` gives the place of the text cursor, or -1: the word that ends there is still being
+    /// typed, and not marked.
+    ComposeHighlighter(QTextDocument* document, SpellChecker& checker, std::function<int()> typingPosition);
 
     /// A place in the text, with the misspelled word that is there.
     struct Word {
@@ -33,8 +37,8 @@ public:
     /// Whether no text waits for its turn.
     bool isDone() const { return !m_turn.isActive(); }
 
-    /// The word that ends here is still being typed, and not marked; -1 for none.
-    void setTypingPosition(int position);
+    /// The text cursor is at another place than before.
+    void followCursor();
     /// Looks at all anew: dictionary or looks are others than before.
     void restart();
 
@@ -53,7 +57,7 @@ private:
     QTimer m_turn;
     qsizetype m_budget = textPerTurn;
     int m_firstWaiting = -1; ///< the first paragraph that waits for its turn
-    int m_typingPosition = -1;
+    std::function<int()> m_typingPosition;
     int m_unmarkedBlock = -1; ///< holds a word that is still being typed
 };
 

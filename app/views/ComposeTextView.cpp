@@ -87,13 +87,13 @@ QMimeData* ComposeTextView::createMimeDataFromSelection() const
 {
     QTextDocument selected;
     QTextCursor(&selected).insertFragment(textCursor().selection());
-    auto data = std::make_unique<QMimeData>();
-    data->setText(ComposeHTML::plainText(selected));
+    auto mime = std::make_unique<QMimeData>();
+    mime->setText(ComposeHTML::plainText(selected));
     if (isRich()) {
         if (const std::optional<QString> html = ComposeHTML::write(selected))
-            data->setHtml(*html);
+            mime->setHtml(*html);
     }
-    return data.release();
+    return mime.release();
 }
 
 void ComposeTextView::dragEnterEvent(QDragEnterEvent* event)

@@ -113,7 +113,7 @@ void ContentView::showEvent(QShowEvent* event)
     QMainWindow::showEvent(event);
     if (std::exchange(m_hasAppeared, true))
         return;
-    m_model.start(m_model.refresh());
+    m_model.start(m_model.begin());
     m_listing->setFocus();
     // The first message opens faster when the engine is up by then.
     constexpr int idleTime = 400;

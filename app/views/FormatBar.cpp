@@ -4,6 +4,7 @@
 #include "views/FlatButton.h"
 #include "views/FlowLayout.h"
 
+#include <QHBoxLayout>
 #include <QPainter>
 
 using namespace Qt::StringLiterals;
@@ -12,63 +13,73 @@ namespace Larkhaven {
 
 FormatBar::FormatBar(ComposeEditorController& editor, QWidget* parent)
     : QWidget(parent)
+    , m_buttons(new QWidget)
 {
     setObjectName("formatBar"_L1);
-    auto* const layout = new FlowLayout(Style::grid / 2, this);
-    layout->setContentsMargins(Style::smallPadding, Style::grid, Style::smallPadding, Style::grid);
-    QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Fixed);
-    policy.setHeightForWidth(true);
-    setSizePolicy(policy);
+    new FlowLayout(Style::grid / 2, m_buttons);
+    auto* const layout = new QHBoxLayout(this);
+    layout->setContentsMargins(Style::smallPadding, Style::grid, Style::smallPadding, Style::grid + 1);
+    layout->addWidget(m_buttons);
 
     ComposeEditorController* const e = &editor;
-    add("Fonts", tr("Show Fonts (%1)").arg(u"Ctrl+T"_s), Symbol::textFormat, [e] { e->showFonts(); });
-    add("Smaller", tr("Smaller"), Symbol::textSmaller, [e] { e->makeSmaller(); });
-    add("Default Size", tr("Default Size (100%)"), Symbol::textSize, [e] { e->makeDefaultSize(); });
-    add("Bigger", tr("Bigger"), Symbol::textLarger, [e] { e->makeBigger(); });
-    add("Colors", tr("Show Colors"), Symbol::paintPalette, [e] { e->showColors(); });
+    add("fonts"_L1, tr("Fonts"), tr("Show Fonts (%1)").arg(u"Ctrl+T"_s), Symbol::textFormat,
+        [e] { e->showFonts(); });
+    add("smaller"_L1, tr("Smaller"), tr("Smaller"), Symbol::textSmaller, [e] { e->makeSmaller(); });
+    add("defaultSize"_L1, tr("Default Size"), tr("Default Size (100%)"), Symbol::textSize,
+        [e] { e->makeDefaultSize(); });
+    add("bigger"_L1, tr("Bigger"), tr("Bigger"), Symbol::textLarger, [e] { e->makeBigger(); });
+    add("colors"_L1, tr("Colors"), tr("Show Colors"), Symbol::paintPalette, [e] { e->showColors(); });
     addGap();
-    addToggle("Bold", tr("Bold (%1)").arg(u"Ctrl+B"_s), Symbol::bold, [e] { e->toggleBold(); },
-              [e] { return e->isBold(); });
-    addToggle("Italic", tr("Italic (%1)").arg(u"Ctrl+I"_s), Symbol::italic, [e] { e->toggleItalic(); },
-              [e] { return e->isItalic(); });
-    addToggle("Underline", tr("Underline (%1)").arg(u"Ctrl+U"_s), Symbol::underline,
-              [e] { e->toggleUnderline(); }, [e] { return e->isUnderlined(); });
-    addToggle("Strikethrough", tr("Strikethrough"), Symbol::strikethrough, [e] { e->toggleStrikethrough(); },
-              [e] { return e->isStruckOut(); });
+    addToggle(
+        "bold"_L1, tr("Bold"), tr("Bold (%1)").arg(u"Ctrl+B"_s), Symbol::bold, [e] { e->toggleBold(); },
+        [e] { return e->isBold(); });
+    addToggle(
+        "italic"_L1, tr("Italic"), tr("Italic (%1)").arg(u"Ctrl+I"_s), Symbol::italic,
+        [e] { e->toggleItalic(); }, [e] { return e->isItalic(); });
+    addToggle(
+        "underline"_L1, tr("Underline"), tr("Underline (%1)").arg(u"Ctrl+U"_s), Symbol::underline,
+        [e] { e->toggleUnderline(); }, [e] { return e->isUnderlined(); });
+    addToggle(
+        "strikethrough"_L1, tr("Strikethrough"), tr("Strikethrough"), Symbol::strikethrough,
+        [e] { e->toggleStrikethrough(); }, [e] { return e->isStruckOut(); });
     addGap();
-    addToggle("Align Left", tr("Align Left"), Symbol::alignLeft, [e] { e->align(Qt::AlignLeft); },
-              [e] { return e->alignment() == Qt::AlignLeft; });
-    addToggle("Center", tr("Center"), Symbol::alignCenter, [e] { e->align(Qt::AlignHCenter); },
-              [e] { return e->alignment() == Qt::AlignHCenter; });
-    addToggle("Align Right", tr("Align Right"), Symbol::alignRight, [e] { e->align(Qt::AlignRight); },
-              [e] { return e->alignment() == Qt::AlignRight; });
+    addToggle(
+        "alignLeft"_L1, tr("Align Left"), tr("Align Left"), Symbol::alignLeft,
+        [e] { e->align(Qt::AlignLeft); }, [e] { return e->alignment() == Qt::AlignLeft; });
+    addToggle(
+        "center"_L1, tr("Center"), tr("Center"), Symbol::alignCenter, [e] { e->align(Qt::AlignHCenter); },
+        [e] { return e->alignment() == Qt::AlignHCenter; });
+    addToggle(
+        "alignRight"_L1, tr("Align Right"), tr("Align Right"), Symbol::alignRight,
+        [e] { e->align(Qt::AlignRight); }, [e] { return e->alignment() == Qt::AlignRight; });
     addGap();
-    addToggle("Bulleted List", tr("Bulleted List"), Symbol::listBullet,
-              [e] { e->toggleList(QTextListFormat::ListDisc); },
-              [e] { return e->isList(QTextListFormat::ListDisc); });
-    addToggle("Numbered List", tr("Numbered List"), Symbol::listNumber,
-              [e] { e->toggleList(QTextListFormat::ListDecimal); },
-              [e] { return e->isList(QTextListFormat::ListDecimal); });
+    addToggle(
+        "bulletedList"_L1, tr("Bulleted List"), tr("Bulleted List"), Symbol::listBullet,
+        [e] { e->toggleList(QTextListFormat::ListDisc); },
+        [e] { return e->isList(QTextListFormat::ListDisc); });
+    addToggle(
+        "numberedList"_L1, tr("Numbered List"), tr("Numbered List"), Symbol::listNumber,
+        [e] { e->toggleList(QTextListFormat::ListDecimal); },
+        [e] { return e->isList(QTextListFormat::ListDecimal); });
     connect(&editor, &ComposeEditorController::selectionChanged, this, &FormatBar::updateToggles);
-    connect(&Style::shared(), &Style::changed, this, &QWidget::updateGeometry);
     updateToggles();
 }
 
-FlatButton& FormatBar::add(const char* label, const QString& help, Symbol symbol,
+FlatButton& FormatBar::add(QLatin1StringView name, const QString& label, const QString& help, Symbol symbol,
                            const std::function<void()>& act)
 {
     auto* const button = new FlatButton(symbol, help);
-    button->setObjectName(QString::fromLatin1(label));
-    button->setAccessibleName(tr(label));
+    button->setObjectName(name);
+    button->setAccessibleName(label);
     connect(button, &QToolButton::clicked, this, act);
-    layout()->addWidget(button);
+    m_buttons->layout()->addWidget(button);
     return *button;
 }
 
-void FormatBar::addToggle(const char* label, const QString& help, Symbol symbol,
+void FormatBar::addToggle(QLatin1StringView name, const QString& label, const QString& help, Symbol symbol,
                           const std::function<void()>& act, const std::function<bool()>& isOn)
 {
-    FlatButton& button = add(label, help, symbol, act);
+    FlatButton& button = add(name, label, help, symbol, act);
     button.setCheckable(true);
     m_toggles.append({&button, isOn});
 }
@@ -77,7 +88,7 @@ void FormatBar::addGap()
 {
     auto* const gap = new QWidget;
     gap->setFixedSize(Style::smallPadding, 1);
-    layout()->addWidget(gap);
+    m_buttons->layout()->addWidget(gap);
 }
 
 void FormatBar::updateToggles()

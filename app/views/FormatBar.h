@@ -27,12 +27,14 @@ private:
         std::function<bool()> isOn;
     };
 
-    FlatButton& add(const char* label, const QString& help, Symbol symbol, const std::function<void()>& act);
-    void addToggle(const char* label, const QString& help, Symbol symbol, const std::function<void()>& act,
-                   const std::function<bool()>& isOn);
+    FlatButton& add(QLatin1StringView name, const QString& label, const QString& help, Symbol symbol,
+                    const std::function<void()>& act);
+    void addToggle(QLatin1StringView name, const QString& label, const QString& help, Symbol symbol,
+                   const std::function<void()>& act, const std::function<bool()>& isOn);
     void addGap();
     void updateToggles();
 
+    QWidget* m_buttons;
     QList<Toggle> m_toggles;
 };
 

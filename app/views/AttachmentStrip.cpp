@@ -1,0 +1,105 @@
+#include "views/AttachmentStrip.h"
+
+#include "format/MessageComposer.h"
+#include "views/AttachmentChip.h"
+#include "views/ComposeFiles.h"
+#include "views/FlatButton.h"
+#include "views/FlowLayout.h"
+#include "views/Style.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPainter>
+#include <QVBoxLayout>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven {
+
+AttachmentStrip::AttachmentStrip(QWidget* parent)
+    : QWidget(parent)
+    , m_chips(new QWidget)
+    , m_total(new QLabel)
+{
+    setObjectName("attachmentStrip"_L1);
+    m_total->setObjectName("attachmentTotal"_L1);
+    m_total->setTextFormat(Qt::PlainText);
+    new FlowLayout(Style::smallPadding, m_chips);
+    auto* const layout = new QVBoxLayout(this);
+    layout->setContentsMargins(Style::padding, Style::smallPadding + 1, Style::padding, Style::smallPadding);
+    layout->setSpacing(Style::grid);
+    layout->addWidget(m_chips);
+    layout->addWidget(m_total);
+    connect(&Style::shared(), &Style::changed, this, &AttachmentStrip::applyStyle);
+    applyStyle();
+    setAttachments({});
+}
+
+QWidget* AttachmentStrip::makeItem(const OutgoingAttachment& attachment)
+{
+    auto* const item = new QWidget;
+    auto* const chip = new AttachmentChip(attachment.filename, attachment.mimeType, attachment.data.size());
+    chip->setToolTip(attachment.filename.toHtmlEscaped());
+    chip->setFocusPolicy(Qt::NoFocus);
+    chip->setCursor(Qt::ArrowCursor);
+    chip->setAttribute(Qt::WA_TransparentForMouseEvents);
+    auto* const remove = new FlatButton(Symbol::xmarkCircleFill, tr("Remove Attachment"));
+    remove->setObjectName("removeAttachment"_L1);
+    connect(remove, &QToolButton::clicked, this, [this, id = attachment.id] { this->remove(id); });
+    auto* const layout = new QHBoxLayout(item);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(chip);
+    layout->addWidget(remove);
+    return item;
+}
+
+void AttachmentStrip::setAttachments(const QList<OutgoingAttachment>& attachments)
+{
+    m_attachments = attachments;
+    while (QLayoutItem* const item = m_chips->layout()->takeAt(0)) {
+        // A button that was clicked may still be at work.
+        item->widget()->hide();
+        item->widget()->deleteLater();
+        delete item;
+    }
+    for (const OutgoingAttachment& attachment : attachments)
+        m_chips->layout()->addWidget(makeItem(attachment));
+    const qint64 limit = MessageComposer::maxAttachmentBytes;
+    m_total->setText(tr("%1 of %2").arg(ComposeFiles::size(total()), ComposeFiles::size(limit)));
+    m_total->setVisible(total() > limit / 2);
+    setVisible(!attachments.isEmpty());
+    Q_EMIT attachmentsChanged();
+}
+
+qint64 AttachmentStrip::total() const
+{
+    qint64 total = 0;
+    for (const OutgoingAttachment& attachment : m_attachments)
+        total += attachment.data.size();
+    return total;
+}
+
+void AttachmentStrip::remove(const QUuid& id)
+{
+    QList<OutgoingAttachment> kept = m_attachments;
+    kept.removeIf([&id](const OutgoingAttachment& attachment) { return attachment.id == id; });
+    setAttachments(kept);
+}
+
+void AttachmentStrip::applyStyle()
+{
+    const Style& style = Style::shared();
+    m_total->setFont(style.font(Style::Type::caption));
+    QPalette palette = m_total->palette();
+    palette.setColor(QPalette::WindowText, style.colors().secondary);
+    m_total->setPalette(palette);
+}
+
+void AttachmentStrip::paintEvent(QPaintEvent*)
+{
+    QPainter painter(this);
+    painter.fillRect(QRect(0, 0, width(), 1), Style::shared().colors().hairline);
+}
+
+} // namespace Larkhaven

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "domain/Message.h"
+
+#include <QList>
+#include <QWidget>
+
+class QLabel;
+
+namespace Larkhaven {
+
+/// The files of a message that is being written, with their sizes; each can be removed. Hidden where there
+/// are none. Once they take half of what a message may hold, their total is told.
+class AttachmentStrip : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit AttachmentStrip(QWidget* parent = nullptr);
+
+    const QList<OutgoingAttachment>& attachments() const { return m_attachments; }
+    void setAttachments(const QList<OutgoingAttachment>& attachments);
+    /// In bytes.
+    qint64 total() const;
+
+Q_SIGNALS:
+    void attachmentsChanged();
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    QWidget* makeItem(const OutgoingAttachment& attachment);
+    void remove(const QUuid& id);
+    void applyStyle();
+
+    QList<OutgoingAttachment> m_attachments;
+    QWidget* m_chips;
+    QLabel* m_total;
+};
+
+} // namespace Larkhaven

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <QWidget>
+
+class QLabel;
+class QProgressBar;
+class QToolButton;
+
+namespace Larkhaven {
+
+class FlatButton;
+
+/// The commands of the compose window, and what is under way in it.
+class ComposeToolbar : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit ComposeToolbar(QWidget* parent = nullptr);
+
+    void setRichText(bool richText);
+    void setShowsBcc(bool isShown);
+    /// Shows that something is under way; nothing with an empty text.
+    void setProgress(const QString& text);
+    /// While a message is being sent no command works.
+    void setCommandsEnabled(bool isEnabled);
+
+Q_SIGNALS:
+    void sendRequested();
+    void attachRequested();
+    void richTextRequested(bool richText);
+    void bccRequested(bool isShown);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    QToolButton* makeSegment(const QString& text);
+    void applyStyle();
+
+    FlatButton* m_send;
+    FlatButton* m_attach;
+    QWidget* m_format;
+    QToolButton* m_plain;
+    QToolButton* m_rich;
+    FlatButton* m_bcc;
+    QLabel* m_progressText;
+    QProgressBar* m_progress;
+};
+
+} // namespace Larkhaven

@@ -1,0 +1,490 @@
+#include "views/ComposeView.h"
+
+#include "domain/LocalizedError.h"
+#include "format/MessageComposer.h"
+#include "platform/Tasks.h"
+#include "views/AddressField.h"
+#include "views/AttachmentStrip.h"
+#include "views/ComposeEditor.h"
+#include "views/ComposeFiles.h"
+#include "views/ComposeRow.h"
+#include "views/ComposeToolbar.h"
+#include "views/FormatBar.h"
+#include "views/PlainAlert.h"
+#include "views/Style.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QFileDialog>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven {
+
+namespace {
+
+QList<QUuid> idsOf(const QList<OutgoingAttachment>& attachments)
+{
+    QList<QUuid> ids;
+    for (const OutgoingAttachment& attachment : attachments)
+        ids.append(attachment.id);
+    return ids;
+}
+
+void call(const std::function<void(bool)>& told, bool value)
+{
+    if (told)
+        told(value);
+}
+
+} // namespace
+
+ComposeView::Desktop ComposeView::systemDesktop()
+{
+    return {[](QWidget* parent, std::function<void(QList<QUrl>)> chosen) {
+        auto* const panel = new QFileDialog(parent);
+        panel->setAttribute(Qt::WA_DeleteOnClose);
+        panel->setFileMode(QFileDialog::ExistingFiles);
+        QObject::connect(panel, &QFileDialog::finished, parent,
+                         [panel, chosen = std::move(chosen)](int result) {
+                             chosen(result == QDialog::Accepted ? panel->selectedUrls() : QList<QUrl>());
+                         });
+        panel->open();
+    }};
+}
+
+ComposeView::ComposeView(AppModel& model, const ComposeDraft& draft, bool isUnsaved,
+                         std::shared_ptr<ComposeCloseState> closeState, Desktop desktop,
+                         ContactsService& contacts, Hooks hooks, QWidget* parent)
+    : QWidget(parent)
+    , m_model(model)
+    , m_draft(draft)
+    , m_isUnsaved(isUnsaved)
+    , m_showBcc(!draft.bcc.isEmpty())
+    , m_closeState(std::move(closeState))
+    , m_desktop(std::move(desktop))
+    , m_contacts(contacts)
+    , m_hooks(std::move(hooks))
+{
+    setObjectName("compose"_L1);
+    buildForm(draft);
+    connectForm();
+    m_original = this->draft();
+    if (m_isUnsaved)
+        followChange();
+}
+
+ComposeView::~ComposeView() = default;
+
+// --- The form
+
+void ComposeView::buildForm(const ComposeDraft& draft)
+{
+    UserDefaults& defaults = m_model.defaults();
+    m_editor.setBaseFont(defaults.text(DefaultsKey::composeFontFamily),
+                         defaults.real(DefaultsKey::composeFontSize));
+    m_toolbar = new ComposeToolbar;
+    m_note = new QLabel(tr("Recovered after Larkhaven ended unexpectedly."));
+    m_note->setObjectName("recoveredNote"_L1);
+    m_note->setVisible(m_model.isRecovered(draft.id));
+    m_form = new QWidget;
+    m_form->setObjectName("form"_L1);
+    m_accounts = new QComboBox;
+    m_from = new ComposeRow(tr("From:"), m_accounts);
+    m_to = new AddressField(tr("To:"), defaults, m_contacts);
+    m_cc = new AddressField(tr("Cc:"), defaults, m_contacts);
+    m_bcc = new AddressField(tr("Bcc:"), defaults, m_contacts);
+    m_subject = new QLineEdit;
+    auto* const subjectRow = new ComposeRow(tr("Subject:"), m_subject);
+    m_from->setObjectName("from"_L1);
+    m_to->setObjectName("to"_L1);
+    m_cc->setObjectName("cc"_L1);
+    m_bcc->setObjectName("bcc"_L1);
+    m_subject->setObjectName("subject"_L1);
+    m_to->setText(draft.to);
+    m_cc->setText(draft.cc);
+    m_bcc->setText(draft.bcc);
+    m_subject->setText(draft.subject);
+    m_formatBar = new FormatBar(m_editor);
+    m_text = new ComposeEditor(draft.body, draft.initialHTML, draft.isRichText, m_editor);
+    m_attachments = new AttachmentStrip;
+    m_attachments->setAttachments(draft.attachments);
+
+    auto* const form = new QVBoxLayout(m_form);
+    form->setContentsMargins(0, 0, 0, 0);
+    form->setSpacing(0);
+    for (QWidget* const row :
+         std::initializer_list<QWidget*>{m_from, m_to, m_cc, m_bcc, subjectRow, m_formatBar})
+        form->addWidget(row);
+    form->addWidget(m_text, 1);
+    form->addWidget(m_attachments);
+    auto* const layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(m_toolbar);
+    layout->addWidget(m_note);
+    layout->addWidget(m_form, 1);
+    fillAccounts();
+    setShowsBcc(m_showBcc);
+    followRichText();
+    setInitialFocus();
+    connect(&Style::shared(), &Style::changed, this, &ComposeView::applyStyle);
+    applyStyle();
+}
+
+void ComposeView::connectForm()
+{
+    connect(m_toolbar, &ComposeToolbar::sendRequested, this, &ComposeView::send);
+    connect(m_toolbar, &ComposeToolbar::attachRequested, this, &ComposeView::attach);
+    connect(m_toolbar, &ComposeToolbar::bccRequested, this, &ComposeView::setShowsBcc);
+    connect(m_toolbar, &ComposeToolbar::richTextRequested, this, [this](bool richText) {
+        m_editor.setRichText(richText);
+        followRichText();
+    });
+    connect(&m_model, &AppModel::accountsChanged, this, &ComposeView::fillAccounts);
+    connect(m_accounts, &QComboBox::activated, this, [this] {
+        m_draft.accountID = m_accounts->currentData().toUuid();
+        followChange();
+    });
+    for (const AddressField* const field : {m_to, m_cc, m_bcc})
+        connect(field, &AddressField::textChanged, this, &ComposeView::followChange);
+    connect(m_to, &AddressField::focused, this, [this] { m_focus = Field::to; });
+    connect(m_cc, &AddressField::focused, this, [this] { m_focus = Field::cc; });
+    connect(m_bcc, &AddressField::focused, this, [this] { m_focus = Field::bcc; });
+    m_subject->installEventFilter(this);
+    m_text->textView().installEventFilter(this);
+    connect(m_subject, &QLineEdit::textChanged, this, [this] {
+        followChange();
+        Q_EMIT titleChanged();
+    });
+    connect(&m_editor, &ComposeEditorController::textChanged, this, &ComposeView::followChange);
+    connect(&m_editor, &ComposeEditorController::richTextChanged, this, &ComposeView::followRichText);
+    connect(m_attachments, &AttachmentStrip::attachmentsChanged, this, &ComposeView::followChange);
+    m_editor.onDropFiles = [this](const QList<QUrl>& files) { addFiles(files); };
+    m_keepSoon.setSingleShot(true);
+    m_keepAtLast.setSingleShot(true);
+    connect(&m_keepSoon, &QTimer::timeout, this, &ComposeView::keep);
+    connect(&m_keepAtLast, &QTimer::timeout, this, &ComposeView::keep);
+}
+
+void ComposeView::fillAccounts()
+{
+    m_accounts->clear();
+    for (const Account& account : m_model.accounts()) {
+        const QString name = account.displayName.value_or(QString());
+        m_accounts->addItem(name.isEmpty() ? account.email : u"%1 <%2>"_s.arg(name, account.email),
+                            account.id);
+    }
+    m_accounts->setCurrentIndex(m_accounts->findData(m_draft.accountID));
+    m_from->setVisible(m_model.accounts().size() > 1);
+}
+
+void ComposeView::setInitialFocus()
+{
+    if (m_to->text().isEmpty())
+        m_to->setFocus();
+    else if (m_subject->text().isEmpty())
+        m_subject->setFocus();
+    else
+        m_text->setFocus();
+}
+
+void ComposeView::followRichText()
+{
+    m_toolbar->setRichText(m_editor.isRichText());
+    m_formatBar->setVisible(m_editor.isRichText());
+}
+
+void ComposeView::setShowsBcc(bool isShown)
+{
+    // Recipients that can't be seen must not stay.
+    m_showBcc = isShown || !m_bcc->text().trimmed().isEmpty();
+    m_bcc->setVisible(m_showBcc);
+    m_toolbar->setShowsBcc(m_showBcc);
+}
+
+bool ComposeView::eventFilter(QObject* watched, QEvent* event)
+{
+    if (event->type() == QEvent::FocusIn)
+        m_focus = watched == m_subject ? std::optional(Field::subject) : std::nullopt;
+    return QWidget::eventFilter(watched, event);
+}
+
+void ComposeView::applyStyle()
+{
+    const Style& style = Style::shared();
+    const Style::Colors& colors = style.colors();
+    QPalette surface = m_form->palette();
+    surface.setColor(QPalette::Window, colors.surface);
+    m_form->setPalette(surface);
+    m_form->setAutoFillBackground(true);
+    QPalette note = m_note->palette();
+    note.setColor(QPalette::Window, colors.warningBackground);
+    note.setColor(QPalette::WindowText, colors.warningText);
+    m_note->setPalette(note);
+    m_note->setAutoFillBackground(true);
+    m_note->setFont(style.font(Style::Type::body));
+    m_note->setContentsMargins(Style::largePadding, Style::smallPadding, Style::largePadding,
+                               Style::smallPadding);
+    m_note->setWordWrap(true);
+    m_accounts->setStyleSheet(
+        u"QComboBox { border: none; background: transparent; color: %1; padding: 0; }"
+        "QComboBox:focus { color: %2; }"
+        "QComboBox::drop-down { border: none; }"_s.arg(colors.text.name(), colors.accent.name()));
+}
+
+// --- The draft
+
+ComposeDraft ComposeView::draft() const
+{
+    ComposeDraft draft = m_draft;
+    draft.to = m_to->text();
+    draft.cc = m_cc->text();
+    draft.bcc = m_bcc->text();
+    draft.subject = m_subject->text();
+    draft.body = m_editor.text();
+    draft.isRichText = m_editor.isRichText();
+    draft.initialHTML = m_editor.html();
+    draft.attachments = m_attachments->attachments();
+    return draft;
+}
+
+QString ComposeView::title() const
+{
+    return m_subject->text().isEmpty() ? tr("New Message") : m_subject->text();
+}
+
+bool ComposeView::hasUnsavedChanges() const
+{
+    if (!m_original)
+        return false;
+    return m_isUnsaved || m_isReading || m_to->text() != m_original->to || m_cc->text() != m_original->cc ||
+           m_bcc->text() != m_original->bcc || m_subject->text() != m_original->subject ||
+           m_editor.text() != m_original->body ||
+           idsOf(m_attachments->attachments()) != idsOf(m_original->attachments);
+}
+
+void ComposeView::followChange()
+{
+    m_keepSoon.start(keepingDelay);
+    if (!m_keepAtLast.isActive())
+        m_keepAtLast.start(keepingInterval);
+}
+
+void ComposeView::keep()
+{
+    m_keepSoon.stop();
+    m_keepAtLast.stop();
+    if (!m_closeState->finished && hasUnsavedChanges())
+        m_model.keepForRecovery(draft());
+}
+
+// --- Sending and saving
+
+void ComposeView::send()
+{
+    deliver(Delivery::send, {});
+}
+
+void ComposeView::save(const std::function<void(bool)>& ended)
+{
+    deliver(Delivery::save, ended);
+}
+
+void ComposeView::deliver(Delivery delivery, const std::function<void(bool)>& ended)
+{
+    if (m_sending || m_closeState->finished)
+        return call(ended, false);
+    if (m_isReading) {
+        m_afterReading = [this, delivery, ended](bool isComplete) {
+            // A message doesn't go out without a file that the user meant to be in it.
+            if (isComplete)
+                deliver(delivery, ended);
+            else
+                call(ended, false);
+        };
+        return;
+    }
+    const ComposeDraft draft = this->draft();
+    // It may end with the process.
+    m_model.keepForRecovery(draft);
+    setSending(true, delivery == Delivery::send ? tr("Sending…") : tr("Saving…"));
+    if (m_hooks.deliveryBegan)
+        m_hooks.deliveryBegan(draft.id);
+    spawn(runDelivery(this, &m_model, draft, delivery, m_hooks, ended), dropFailure);
+}
+
+Task<> ComposeView::runDelivery(QPointer<ComposeView> view, QPointer<AppModel> model, ComposeDraft draft,
+                                Delivery delivery, Hooks hooks, std::function<void(bool)> ended)
+{
+    std::exception_ptr error;
+    try {
+        if (delivery == Delivery::send)
+            co_await model->send(draft);
+        else
+            co_await model->saveDraft(draft);
+    } catch (...) {
+        error = std::current_exception();
+    }
+    if (!model)
+        co_return;
+    if (!error) {
+        model->closeCompose(draft.id);
+        if (view)
+            view->finish();
+    } else {
+        const QString title = delivery == Delivery::send ? tr("Message Not Sent") : tr("Draft Not Saved");
+        const Failure failure{title, localizedText(error)};
+        if (view) {
+            view->setSending(false, {});
+            view->showError(failure);
+        } else if (hooks.lateFailure) {
+            hooks.lateFailure(draft, failure);
+        }
+    }
+    if (hooks.deliveryEnded)
+        hooks.deliveryEnded(draft.id, !error);
+    call(ended, !error);
+}
+
+void ComposeView::finish()
+{
+    m_closeState->finished = true;
+    if (m_closeState->window)
+        m_closeState->window->close();
+}
+
+void ComposeView::discard()
+{
+    m_closeState->finished = true;
+    m_keepSoon.stop();
+    m_keepAtLast.stop();
+    if (m_closeState->window)
+        m_closeState->window->close();
+}
+
+void ComposeView::setSending(bool sending, const QString& progress)
+{
+    if (sending)
+        m_lastFocus =
+            m_form->isAncestorOf(QApplication::focusWidget()) ? QApplication::focusWidget() : nullptr;
+    m_sending = sending;
+    m_form->setEnabled(!sending);
+    m_toolbar->setCommandsEnabled(!sending);
+    m_toolbar->setProgress(progress);
+    if (!sending && m_lastFocus)
+        m_lastFocus->setFocus();
+}
+
+void ComposeView::showError(const Failure& failure)
+{
+    m_error = failure;
+    if (m_alert)
+        m_alert->close();
+    m_alert = makePlainAlert(failure.title, failure.text, QMessageBox::Ok, window());
+    m_alert->setObjectName("composeAlert"_L1);
+    connect(m_alert, &QMessageBox::finished, this, [this] { m_error.reset(); });
+    m_alert->open();
+}
+
+// --- Closing
+
+bool ComposeView::shouldClose(QWidget& window)
+{
+    if (m_closeState->finished || m_sending || !hasUnsavedChanges())
+        return true;
+    askToSave(window);
+    return false;
+}
+
+void ComposeView::askToSave(QWidget& window, const std::function<void(bool)>& decided)
+{
+    if (m_sheet) {
+        m_sheet->raise();
+        return call(decided, false);
+    }
+    m_sheet =
+        makePlainAlert(tr("Do you want to save this message as a draft?"),
+                       tr("If you don't save, your changes will be lost."), QMessageBox::NoButton, &window);
+    m_sheet->setObjectName("saveSheet"_L1);
+    // Buttons of one role stand in the order in which they are added, whatever the desktop's own order is.
+    QPushButton* const save = m_sheet->addButton(tr("Save"), QMessageBox::ActionRole);
+    QPushButton* const discard = m_sheet->addButton(tr("Don't Save"), QMessageBox::ActionRole);
+    QPushButton* const cancel = m_sheet->addButton(tr("Cancel"), QMessageBox::ActionRole);
+    discard->setProperty("destructive", true);
+    discard->setStyleSheet(u"color: %1"_s.arg(Style::shared().colors().danger.name()));
+    m_sheet->setDefaultButton(save);
+    m_sheet->setEscapeButton(cancel);
+    connect(m_sheet, &QMessageBox::finished, this, [this, sheet = m_sheet.data(), save, discard, decided] {
+        m_sheet.clear();
+        if (sheet->clickedButton() == save)
+            return this->save(decided);
+        if (sheet->clickedButton() == discard)
+            this->discard();
+        call(decided, sheet->clickedButton() == discard);
+    });
+    m_sheet->open();
+}
+
+// --- Files
+
+void ComposeView::attach()
+{
+    if (std::exchange(m_choosingFiles, true))
+        return;
+    const QPointer<ComposeView> self(this);
+    m_desktop.chooseFiles(window(), [self](const QList<QUrl>& files) {
+        if (!self)
+            return;
+        self->m_choosingFiles = false;
+        self->addFiles(files);
+    });
+}
+
+void ComposeView::addFiles(const QList<QUrl>& files)
+{
+    if (files.isEmpty() || m_sending)
+        return;
+    m_waitingFiles.append(files);
+    if (!m_isReading)
+        spawn(readFiles(m_waitingFiles.takeFirst()), dropFailure);
+}
+
+/// Reads one list of files after the other, so that each knows the total of those before it.
+Task<> ComposeView::readFiles(QList<QUrl> files)
+{
+    const QPointer<ComposeView> self(this);
+    m_isReading = true;
+    m_toolbar->setProgress(tr("Attaching…"));
+    QStringList refused;
+    while (true) {
+        const qint64 total = m_attachments->total();
+        const auto work = [files, total] {
+            return ComposeFiles::read(files, total, MessageComposer::maxAttachmentBytes);
+        };
+        const ComposeFiles::Files added = co_await runOnWorker(work);
+        if (!self)
+            co_return;
+        if (!added.attachments.isEmpty())
+            m_attachments->setAttachments(m_attachments->attachments() + added.attachments);
+        refused += added.refused;
+        if (m_waitingFiles.isEmpty())
+            break;
+        files = m_waitingFiles.takeFirst();
+    }
+    m_isReading = false;
+    m_toolbar->setProgress({});
+    if (!refused.isEmpty())
+        showError({tr("Some Files Weren’t Attached"),
+                   ComposeFiles::refusal(refused, MessageComposer::maxAttachmentBytes)});
+    if (const auto next = std::exchange(m_afterReading, nullptr))
+        next(refused.isEmpty());
+}
+
+} // namespace Larkhaven

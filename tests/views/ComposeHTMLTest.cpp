@@ -1,0 +1,500 @@
+#include "views/ComposeHTML.h"
+
+#include "format/MIMEParser.h"
+#include "safety/HTMLSanitizer.h"
+#include "support/QtPrinters.h"
+
+#include <QTextBlock>
+#include <QTextCursor>
+#include <QTextDocument>
+#include <QTextFrame>
+#include <QTextList>
+
+#include <gtest/gtest.h>
+#include <random>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven {
+namespace {
+
+const ComposeFormat::Sizes sizes;
+
+std::unique_ptr<QTextDocument> documentOf(const QString& html)
+{
+    auto document = std::make_unique<QTextDocument>();
+    ComposeHTML::read(html, *document, sizes);
+    return document;
+}
+
+QString textOf(const QString& html)
+{
+    return ComposeHTML::plainText(*documentOf(html));
+}
+
+QTextCharFormat formatOf(const QTextDocument& document, const QString& text)
+{
+    const QTextCursor found = document.find(text);
+    EXPECT_FALSE(found.isNull()) << text.toStdString();
+    return found.charFormat();
+}
+
+/// What is between the tags of the body, without line ends.
+QString bodyOf(const QTextDocument& document)
+{
+    QString html = ComposeHTML::write(document).value_or(QString());
+    EXPECT_TRUE(html.startsWith("<!DOCTYPE html><html><head><meta charset=\"utf-8\"></head><body>"_L1));
+    html = html.section(u"<body>"_s, 1).section(u"</body>"_s, 0, 0);
+    return html.remove(u'\n');
+}
+
+/// The document as another mail program gets it and as ours opens it again.
+std::unique_ptr<QTextDocument> sentAndRead(const QTextDocument& document)
+{
+    const QString html = ComposeHTML::write(document).value_or(QString());
+    const QByteArray message = "MIME-Version: 1.0\r\nContent-Type: text/html; charset=utf-8\r\n"
+                               "Content-Transfer-Encoding: base64\r\n\r\n" +
+                               html.toUtf8().toBase64() + "\r\n";
+    const ParsedMessage parsed = MIMEParser::parse(message);
+    return documentOf(HTMLSanitizer::sanitize(parsed.htmlBody.value_or(QString()), {}).document);
+}
+
+/// Each character with all that is told of how it looks.
+QStringList appearance(const QTextDocument& document)
+{
+    QStringList lines;
+    for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
+        QString line = u"quote %1 list %2/%3 align %4:"_s.arg(ComposeFormat::quoteLevel(block.blockFormat()))
+                           .arg(block.textList() ? block.textList()->format().style() : 0)
+                           .arg(block.textList() ? block.textList()->format().indent() : 0)
+                           .arg(static_cast<int>(block.blockFormat().alignment()));
+        for (auto place = block.begin(); !place.atEnd(); ++place) {
+            const QTextCharFormat format = place.fragment().charFormat();
+            const QString look = u"{%1%2%3%4 %5 %6 %7 %8}"_s.arg(
+                format.fontWeight() >= QFont::DemiBold ? u"b"_s : QString(),
+                format.fontItalic() ? u"i"_s : QString(), format.fontUnderline() ? u"u"_s : QString(),
+                format.fontStrikeOut() ? u"s"_s : QString(), ComposeFormat::link(format),
+                format.hasProperty(QTextFormat::ForegroundBrush) ? format.foreground().color().name()
+                                                                 : QString(),
+                QString::number(ComposeFormat::size(format).value_or(0)),
+                format.fontFamilies().toStringList().join(u','));
+            for (const QChar character : place.fragment().text())
+                line += look + character;
+        }
+        lines.append(line);
+    }
+    return lines;
+}
+
+// --- Writing
+
+TEST(ComposeHTML, AnEmptyTextHasNone)
+{
+    const QTextDocument document;
+    EXPECT_EQ(ComposeHTML::write(document), std::nullopt);
+    EXPECT_EQ(ComposeHTML::plainText(document), u""_s);
+}
+
+TEST(ComposeHTML, WritesAParagraphAsADivWithoutStyles)
+{
+    const QTextDocument document(u"One\nTwo\n\nThree"_s);
+    EXPECT_EQ(bodyOf(document), u"<div>One</div><div>Two</div><div><br></div><div>Three</div>"_s);
+}
+
+TEST(ComposeHTML, EscapesWhatTheUserTyped)
+{
+    const QTextDocument document(u"<script>alert(1)</script> & \"x\" &amp;"_s);
+    EXPECT_EQ(bodyOf(document), u"<div>&lt;script&gt;alert(1)&lt;/script&gt; &amp; \"x\" &amp;amp;</div>"_s);
+}
+
+TEST(ComposeHTML, WritesFormattingAsElementsThatNest)
+{
+    QTextDocument document(u"abcd"_s);
+    QTextCursor cursor(&document);
+    cursor.setPosition(0);
+    cursor.setPosition(3, QTextCursor::KeepAnchor);
+    QTextCharFormat bold;
+    bold.setFontWeight(QFont::Bold);
+    cursor.mergeCharFormat(bold);
+    cursor.setPosition(1);
+    cursor.setPosition(4, QTextCursor::KeepAnchor);
+    QTextCharFormat italic;
+    italic.setFontItalic(true);
+    cursor.mergeCharFormat(italic);
+    EXPECT_EQ(bodyOf(document), u"<div><b>a<i>bc</i></b><i>d</i></div>"_s);
+}
+
+TEST(ComposeHTML, WritesStylesOnlyWhereTheyDiffer)
+{
+    QTextDocument document(u"ab"_s);
+    QTextCursor cursor(&document);
+    cursor.setPosition(0);
+    cursor.setPosition(1, QTextCursor::KeepAnchor);
+    QTextCharFormat format;
+    ComposeFormat::setSize(format, 18, sizes);
+    format.setForeground(QColor(u"#c00000"_s));
+    format.setFontFamilies({u"Noto Serif"_s});
+    cursor.mergeCharFormat(format);
+    EXPECT_EQ(
+        bodyOf(document),
+        u"<div><span style=\"font-family:'Noto Serif';font-size:18px;color:#c00000\">a</span>b</div>"_s);
+}
+
+TEST(ComposeHTML, WritesNestedLists)
+{
+    const auto document =
+        documentOf(u"<ul><li>a<ul><li>b</li></ul></li><li>c</li></ul><ol><li>d</li></ol>"_s);
+    EXPECT_EQ(bodyOf(*document), u"<ul><li>a<ul><li>b</li></ul></li><li>c</li></ul><ol><li>d</li></ol>"_s);
+}
+
+TEST(ComposeHTML, AnInterruptedListGoesOnCounting)
+{
+    const auto document =
+        documentOf(u"<ol><li>a</li><li>b</li></ol><div>x</div><ol start=\"3\"><li>c</li></ol>"_s);
+    EXPECT_EQ(ComposeHTML::plainText(*document), u"\t1.\ta\n\t2.\tb\nx\n\t3.\tc"_s);
+    EXPECT_EQ(bodyOf(*document),
+              u"<ol><li>a</li><li>b</li></ol><div>x</div><ol start=\"3\"><li>c</li></ol>"_s);
+}
+
+TEST(ComposeHTML, WritesOnlyLinksThatAreSafe)
+{
+    QTextDocument document(u"ab"_s);
+    QTextCursor cursor(&document);
+    cursor.setPosition(1, QTextCursor::KeepAnchor);
+    QTextCharFormat format;
+    format.setAnchor(true);
+    format.setAnchorHref(u"javascript:alert(1)"_s);
+    cursor.mergeCharFormat(format);
+    EXPECT_EQ(bodyOf(document), u"<div>ab</div>"_s);
+    format.setAnchorHref(u"https://a.example/?x=\"1\"&y=2"_s);
+    cursor.mergeCharFormat(format);
+    EXPECT_EQ(bodyOf(document), u"<div><a href=\"https://a.example/?x=%221%22&amp;y=2\">a</a>b</div>"_s);
+}
+
+TEST(ComposeHTML, WritesNothingThatOnlyOneEngineKnows)
+{
+    const auto document =
+        documentOf(u"<p align=\"right\">x <b>y</b></p><ul><li>z</li></ul><blockquote>q</blockquote>"_s);
+    const QString html = *ComposeHTML::write(*document);
+    EXPECT_FALSE(html.contains("-qt-"_L1)) << html.toStdString();
+    EXPECT_FALSE(html.contains("DTD"_L1));
+    EXPECT_FALSE(html.contains("<style"_L1));
+    EXPECT_FALSE(html.contains("margin-top"_L1));
+}
+
+TEST(ComposeHTML, KeepsSpacesTabsAndLineBreaks)
+{
+    for (const QString& text : {u" a"_s, u"a "_s, u"a  b"_s, u"a   b"_s, u"  "_s, u"a\tb"_s, u"\ta  "_s,
+                                u"a\u2028b"_s, u"a\u2028"_s, u"\u2028"_s, u" \u2028 a \u2028"_s}) {
+        QTextDocument document;
+        QTextCursor(&document).insertText(text);
+        const auto read = sentAndRead(document);
+        EXPECT_EQ(ComposeHTML::plainText(*read), ComposeHTML::plainText(document));
+        EXPECT_EQ(read->begin().text(), document.begin().text());
+    }
+}
+
+TEST(ComposeHTML, KeepsASpaceThatDoesNotBreakBetweenLetters)
+{
+    QTextDocument document;
+    QTextCursor(&document).insertText(u"100\u00a0km"_s);
+    EXPECT_EQ(sentAndRead(document)->begin().text(), u"100\u00a0km"_s);
+}
+
+TEST(ComposeHTML, ThePlainCopyShowsListsAndQuotes)
+{
+    EXPECT_EQ(textOf(u"<div>x</div><ul><li>a</li><li>b</li></ul><ol><li>c</li></ol>"
+                     "<blockquote><div>q<br>r</div><blockquote><div>s</div></blockquote></blockquote>"_s),
+              u"x\n\t•\ta\n\t•\tb\n\t1.\tc\n> q\n> r\n> > s"_s);
+}
+
+// --- Round trip
+
+TEST(ComposeHTML, ComesBackAsItWasSent)
+{
+    const auto document = documentOf(
+        u"<div>Dear <b>Ada</b>, <i>see</i> <a href=\"https://a.example/b\">this</a>.</div>"
+        "<div style=\"text-align:center\"><span style=\"font-size:20px;color:#123456\">big</span></div>"
+        "<ol><li>one</li><li><s>two</s><ul><li><u>three</u></li></ul></li></ol>"
+        "<blockquote><div>old</div><blockquote><div>older</div></blockquote><div>old again</div></blockquote>"
+        "<div><br></div><div>Bye</div>"_s);
+    const auto read = sentAndRead(*document);
+    EXPECT_EQ(appearance(*read), appearance(*document));
+    EXPECT_EQ(ComposeHTML::write(*read), ComposeHTML::write(*document));
+    EXPECT_EQ(ComposeHTML::plainText(*read), ComposeHTML::plainText(*document));
+}
+
+TEST(ComposeHTML, TextFromRightToLeftKeepsItsDirection)
+{
+    QTextDocument document(u"שלום"_s);
+    EXPECT_EQ(bodyOf(document), u"<div dir=\"rtl\">שלום</div>"_s);
+    EXPECT_EQ(sentAndRead(document)->toPlainText(), u"שלום"_s);
+}
+
+/// Documents of all formats that the editor can make, in any order.
+class RandomDocument {
+public:
+    explicit RandomDocument(unsigned seed)
+        : m_random(seed)
+    {
+        QTextCursor cursor(&document);
+        const int paragraphs = below(8) + 1;
+        for (int number = 0; number < paragraphs; ++number) {
+            if (number > 0)
+                cursor.insertBlock(QTextBlockFormat(), QTextCharFormat());
+            addParagraph(cursor);
+        }
+    }
+
+    QTextDocument document;
+
+private:
+    int below(int bound) { return static_cast<int>(m_random() % static_cast<unsigned>(bound)); }
+
+    void addParagraph(QTextCursor& cursor)
+    {
+        QTextBlockFormat block;
+        if (below(4) == 0)
+            block.setAlignment(below(2) == 0 ? Qt::AlignHCenter : Qt::AlignRight | Qt::AlignAbsolute);
+        ComposeFormat::setQuoteLevel(block, std::max(0, below(5) - 2));
+        cursor.setBlockFormat(block);
+        if (below(3) == 0) {
+            QTextListFormat list;
+            list.setStyle(below(2) == 0 ? QTextListFormat::ListDisc : QTextListFormat::ListDecimal);
+            list.setIndent(below(3) + 1);
+            cursor.createList(list);
+        }
+        const int runs = below(5);
+        for (int run = 0; run < runs; ++run)
+            cursor.insertText(text(), format());
+    }
+
+    QString text()
+    {
+        static const QStringList pieces{u"a"_s,      u" "_s,         u"  "_s,      u"\t"_s,
+                                        u"\u2028"_s, u"word word"_s, u"<b>&lt;"_s, u"é"_s,
+                                        u"😀"_s,      u"\u00a0"_s,    u"x y"_s};
+        QString result;
+        const int count = below(4) + 1;
+        for (int piece = 0; piece < count; ++piece)
+            result += pieces[below(static_cast<int>(pieces.size()))];
+        return result;
+    }
+
+    QTextCharFormat format()
+    {
+        QTextCharFormat format;
+        if (below(3) == 0)
+            format.setFontWeight(QFont::Bold);
+        if (below(3) == 0)
+            format.setFontItalic(true);
+        if (below(4) == 0)
+            format.setFontUnderline(true);
+        if (below(4) == 0)
+            format.setFontStrikeOut(true);
+        if (below(4) == 0)
+            ComposeFormat::setSize(format, below(64) + 8, sizes);
+        if (below(5) == 0)
+            format.setForeground(QColor(below(256), below(256), below(256)));
+        if (below(6) == 0)
+            ComposeFormat::setLink(format, u"https://a.example/?a=1&b=%1"_s.arg(below(9)));
+        return format;
+    }
+
+    std::mt19937 m_random;
+};
+
+TEST(ComposeHTML, AnyDocumentKeepsItsTextAndWritesTheSameAgain)
+{
+    for (unsigned seed = 0; seed < 1'500; ++seed) {
+        const RandomDocument random(seed);
+        const auto read = sentAndRead(random.document);
+        ASSERT_EQ(ComposeHTML::plainText(*read), ComposeHTML::plainText(random.document))
+            << seed << ' ' << ComposeHTML::write(random.document).value_or(QString()).toStdString();
+        const auto again = sentAndRead(*read);
+        ASSERT_EQ(appearance(*again), appearance(*read)) << seed;
+    }
+}
+
+// --- Reading
+
+TEST(ComposeHTML, ReadsTheFormattingOfOtherPrograms)
+{
+    const auto document = documentOf(
+        u"<p>a <strong>b</strong> <em>c</em> <span style='text-decoration: underline'>d</span> "
+        "<del>e</del> <font color=red size=5>f</font> <span style='font-size:14pt'>g</span></p>"_s);
+    EXPECT_EQ(ComposeHTML::plainText(*document), u"a b c d e f g"_s);
+    EXPECT_GE(formatOf(*document, u"b"_s).fontWeight(), QFont::Bold);
+    EXPECT_TRUE(formatOf(*document, u"c"_s).fontItalic());
+    EXPECT_TRUE(formatOf(*document, u"d"_s).fontUnderline());
+    EXPECT_TRUE(formatOf(*document, u"e"_s).fontStrikeOut());
+    EXPECT_EQ(formatOf(*document, u"f"_s).foreground().color(), QColor(Qt::red));
+    EXPECT_NEAR(ComposeFormat::size(formatOf(*document, u"g"_s)).value_or(0), 18.67, 0.1);
+}
+
+TEST(ComposeHTML, ParagraphsStandApartByAnEmptyLine)
+{
+    EXPECT_EQ(textOf(u"<p>a</p>\n  <p>b</p><div>c</div><div>d</div>"_s), u"a\n\nb\n\nc\nd"_s);
+}
+
+TEST(ComposeHTML, WhiteSpaceIsJoinedAndKeptInPre)
+{
+    EXPECT_EQ(textOf(u"<div>  a \n b  </div><pre>x  y\n z</pre>"_s), u"a b\n\nx  y\n z"_s);
+}
+
+TEST(ComposeHTML, CellsOfATableStandApartByTabs)
+{
+    EXPECT_EQ(textOf(u"<table><tr><td>a</td><td>b</td></tr><tr><td>c</td><td>d</td></tr></table>"_s),
+              u"a\tb\nc\td"_s);
+}
+
+TEST(ComposeHTML, ReadsNamedAndNumberedCharacters)
+{
+    EXPECT_EQ(textOf(u"<div>&eacute;&hellip;&#8364;&#x41;&lt;&amp;amp;&nosuchname; &</div>"_s),
+              u"é…€A<&amp;&nosuchname; &"_s);
+}
+
+TEST(ComposeHTML, TheSizeOfAnyTextStaysWithinTheBounds)
+{
+    const auto document =
+        documentOf(u"<span style='font-size:900px'>a</span><span style='font-size:1px'>b</span>"_s);
+    EXPECT_EQ(ComposeFormat::size(formatOf(*document, u"a"_s)), ComposeFormat::largestSize);
+    EXPECT_EQ(ComposeFormat::size(formatOf(*document, u"b"_s)), ComposeFormat::smallestSize);
+}
+
+TEST(ComposeHTML, SizesOnScreenFollowTheScale)
+{
+    QTextDocument document;
+    ComposeHTML::read(u"<span style='font-size:20px'>a</span>"_s, document, {13, 2});
+    const QTextCharFormat format = formatOf(document, u"a"_s);
+    EXPECT_EQ(ComposeFormat::size(format), 20);
+    EXPECT_EQ(format.intProperty(QTextFormat::FontPixelSize), 40);
+    EXPECT_TRUE(ComposeHTML::write(document)->contains("font-size:20px"_L1));
+}
+
+// --- Hostile text
+
+/// Fails where anything would be loaded.
+class GuardedDocument : public QTextDocument {
+public:
+    using QTextDocument::QTextDocument;
+    int loads = 0;
+
+protected:
+    QVariant loadResource(int, const QUrl&) override
+    {
+        ++loads;
+        return {};
+    }
+};
+
+TEST(ComposeHTML, FetchesNothingAndTakesNoImages)
+{
+    GuardedDocument document;
+    ComposeHTML::read(
+        u"<link rel=stylesheet href='https://t.example/a.css'><style>@import url(https://t.example/b.css);"
+        "div{background:url(https://t.example/c.png)}</style>"
+        "<div style=\"background-image:url(https://t.example/d.png)\">a<img src='https://t.example/e.png'>"
+        "<img src='file:///etc/passwd'><img src='data:image/png;base64,iVBORw0KGgo='>"
+        "<img src=':/x.png'><img src='cid:1'>b</div>"
+        "<ul style=\"list-style-image:url(https://t.example/f.png)\"><li>c</li></ul>"
+        "<table background='https://t.example/g.png'><tr><td>d</td></tr></table>"
+        "<iframe src='https://t.example/h'></iframe><object data='https://t.example/i'></object>"_s,
+        document, sizes);
+    document.documentLayout();
+    document.setTextWidth(300);
+    EXPECT_GT(document.size().height(), 0);
+    EXPECT_EQ(document.loads, 0);
+    EXPECT_EQ(ComposeHTML::plainText(document), u"ab\n\t•\tc\nd"_s);
+    EXPECT_FALSE(document.toPlainText().contains(QChar::ObjectReplacementCharacter));
+    EXPECT_FALSE(ComposeHTML::write(document)->contains("t.example"_L1));
+}
+
+TEST(ComposeHTML, ScriptsAndTheirTextVanish)
+{
+    const auto document = documentOf(u"<script>x</script><div onclick='y()'>a</div><noscript>z</noscript>"
+                                     "<a href='javascript:alert(1)'>b</a><a href='data:text/html,x'>c</a>"
+                                     "<a href='file:///etc/passwd'>d</a><a href='larkhaven-link:0'>e</a>"_s);
+    EXPECT_EQ(ComposeHTML::plainText(*document), u"a\nbcde"_s);
+    EXPECT_FALSE(ComposeHTML::write(*document)->contains("<a"_L1));
+}
+
+TEST(ComposeHTML, HiddenTextIsNotBroughtToLight)
+{
+    EXPECT_EQ(textOf(u"<div>a<span style='display:none'>hidden</span>b</div>"_s), u"ab"_s);
+}
+
+TEST(ComposeHTML, FamiliesCannotBreakOutOfTheirStyle)
+{
+    QTextDocument document(u"a"_s);
+    QTextCursor cursor(&document);
+    cursor.select(QTextCursor::Document);
+    QTextCharFormat format;
+    format.setFontFamilies({u"x\";background:url(https://t.example/)<'>"_s});
+    cursor.mergeCharFormat(format);
+    EXPECT_EQ(bodyOf(document),
+              u"<div><span style=\"font-family:xbackgroundurlhttpstexample\">a</span></div>"_s);
+}
+
+TEST(ComposeHTML, DeepNestingIsReadInItsOrder)
+{
+    constexpr int depth = 50'000;
+    for (const QString& tag : {u"div"_s, u"blockquote"_s, u"ul"_s, u"b"_s, u"a href='https://a.example'"_s}) {
+        const QString html = (u'<' + tag + u'>').repeated(depth) + u"a"_s +
+                             (u"</"_s + tag.section(u' ', 0, 0) + u'>').repeated(depth) + u"b"_s;
+        QString text = textOf(html);
+        text.remove(u'>').remove(u' ').remove(u'\n').remove(u'\t').remove(u'•');
+        EXPECT_EQ(text, u"ab"_s);
+    }
+}
+
+TEST(ComposeHTML, QuotesDeeperThanTheBoundLookLikeTheLast)
+{
+    const auto document =
+        documentOf(u"<blockquote>"_s.repeated(ComposeFormat::maximumQuoteLevel + 1) + u"a"_s);
+    EXPECT_EQ(ComposeFormat::quoteLevel(document->begin().blockFormat()), ComposeFormat::maximumQuoteLevel);
+}
+
+TEST(ComposeHTML, AListLongerThanTheBoundGoesOnInAnother)
+{
+    const auto document =
+        documentOf(u"<ul>"_s + u"<li>x</li>"_s.repeated(ComposeHTML::maximumItemsOfList + 1) + u"</ul>"_s);
+    EXPECT_EQ(document->blockCount(), ComposeHTML::maximumItemsOfList + 1);
+    EXPECT_EQ(document->begin().textList()->count(), ComposeHTML::maximumItemsOfList);
+    EXPECT_NE(document->lastBlock().textList(), document->begin().textList());
+}
+
+TEST(ComposeHTML, AParagraphWithMoreLinesThanTheBoundGoesOnInAnother)
+{
+    const int lines = ComposeHTML::maximumLinesOfParagraph + 1;
+    const auto document = documentOf(u"<div>"_s + u"x<br>"_s.repeated(lines) + u"</div>"_s);
+    EXPECT_EQ(document->blockCount(), 2);
+    EXPECT_EQ(ComposeHTML::plainText(*document).count(u'x'), lines);
+    EXPECT_EQ(ComposeHTML::plainText(*document).count(u'\n'), lines - 1);
+}
+
+TEST(ComposeHTML, ReadsAndWritesLongHostileTextWithoutEnd)
+{
+    constexpr int count = 50'000;
+    const QStringList hostile{u"<b>x"_s,
+                              u"</b>"_s,
+                              u"<i><b>x</i>"_s,
+                              u"&nbsp; "_s,
+                              u"&a%1;"_s,
+                              u"<br>"_s,
+                              u"<p>"_s,
+                              u"<ol start=\"2\"><li>x</ol>"_s,
+                              u"<span style=\"font-size:%1px;;;\">x</span>"_s,
+                              u"<a href=\"https://a.example/%1\">x"_s,
+                              u"<td>x"_s};
+    for (const QString& piece : hostile) {
+        QString html;
+        for (int number = 0; number < count; ++number)
+            html += piece.contains(u'%') ? piece.arg(number) : piece;
+        const auto document = documentOf(html);
+        EXPECT_LE(ComposeHTML::write(*document).value_or(QString()).size(), 200 * html.size());
+    }
+}
+
+} // namespace
+} // namespace Larkhaven
