@@ -4,6 +4,7 @@
 #include <QJsonDocument>
 
 #include <cmath>
+#include <limits>
 
 namespace Larkhaven::Coding {
 
@@ -73,15 +74,11 @@ std::optional<QString> optionalString(const QJsonObject& object, QLatin1StringVi
 
 qint64 integer(const QJsonObject& object, QLatin1StringView key)
 {
-    // The limits of the range of exactly representable integers keep the two conversions below defined.
-    constexpr double limit = 9'007'199'254'740'992.0;
-    const QJsonValue value = required(object, key);
-    if (!value.isDouble())
+    constexpr qint64 none = std::numeric_limits<qint64>::min();
+    const qint64 number = required(object, key).toInteger(none);
+    if (number == none)
         throw mismatch(key);
-    const double number = value.toDouble();
-    if (std::abs(number) > limit || std::trunc(number) != number)
-        throw mismatch(key);
-    return static_cast<qint64>(number);
+    return number;
 }
 
 bool boolean(const QJsonObject& object, QLatin1StringView key)
@@ -94,8 +91,8 @@ bool boolean(const QJsonObject& object, QLatin1StringView key)
 
 QDateTime time(const QJsonObject& object, QLatin1StringView key)
 {
-    // 200,000 years to either side: what QDateTime can hold by far.
-    constexpr double limit = 6.3e12;
+    // Seconds: what QDateTime can hold, so that every date that was written is read again.
+    constexpr double limit = 9.0e15;
     const QJsonValue value = required(object, key);
     if (!value.isDouble() || std::abs(value.toDouble()) > limit)
         throw mismatch(key);

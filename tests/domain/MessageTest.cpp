@@ -132,7 +132,7 @@ TEST(MessageSummary, IsRefusedWhereAFieldIsOfAnotherKind)
         {u"date"_s, 1e300},
         {u"isRead"_s, 1},
         {u"size"_s, 1.5},
-        {u"size"_s, 1e18},
+        {u"size"_s, 1e19},
         {u"labelIDs"_s, QJsonArray{1}},
         {u"labelIDs"_s, u"a"_s},
         {u"accountID"_s, u"0123-4567"_s},

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 using namespace Qt::StringLiterals;
 
 namespace Larkhaven {
@@ -98,6 +100,19 @@ TEST(IMAPSnapshot, WritesAndReadsALargeBoxInProportionToItsSize)
     IMAPBoxes boxes;
     boxes.insert(u"a"_s, boxOf(1, 60'000, 0));
     EXPECT_TRUE(IMAPSnapshot::decode(IMAPSnapshot::encode(boxes)) == boxes);
+}
+
+TEST(IMAPSnapshot, ReadsBackWhateverDateAndSizeAMessageClaims)
+{
+    IMAPBoxes boxes;
+    MessageSummary summary;
+    summary.id = u"1:INBOX"_s;
+    summary.date = QDateTime(QDate(250'000, 1, 1), QTime(0, 0), Qt::UTC);
+    summary.size = std::numeric_limits<qint64>::max();
+    boxes[u"INBOX"_s].messages.insert(1, summary);
+    summary.date = QDateTime(QDate(-4'000, 1, 1), QTime(0, 0), Qt::UTC);
+    boxes[u"INBOX"_s].messages.insert(2, summary);
+    EXPECT_EQ(IMAPSnapshot::decode(IMAPSnapshot::encode(boxes)), boxes);
 }
 
 } // namespace
