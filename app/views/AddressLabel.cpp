@@ -61,7 +61,7 @@ void AddressLabel::copy()
     }
     QStringList texts;
     for (const EmailAddress& address : m_addresses)
-        texts.append(mailbox(address));
+        texts.append(address.address);
     QGuiApplication::clipboard()->setText(texts.join(u", "_s));
 }
 

@@ -63,6 +63,8 @@ void Application::followAppearance()
 
 int Application::run()
 {
+    QObject::connect(m_window.get(), &ContentView::quitApproved, &m_application, &QApplication::quit,
+                     Qt::QueuedConnection);
     m_window->show();
     return QApplication::exec();
 }

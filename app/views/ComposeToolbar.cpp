@@ -37,7 +37,7 @@ ComposeToolbar::ComposeToolbar(QWidget* parent)
     m_format->setAccessibleName(tr("Format"));
     m_plain->setObjectName("plainText"_L1);
     m_rich->setObjectName("richText"_L1);
-    m_bcc->setObjectName("bcc"_L1);
+    m_bcc->setObjectName("showBcc"_L1);
     m_bcc->setText(tr("Bcc"));
     m_bcc->setAccessibleName(tr("Bcc"));
     m_bcc->setToolButtonStyle(Qt::ToolButtonTextOnly);

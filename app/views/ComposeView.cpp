@@ -133,7 +133,6 @@ void ComposeView::buildForm(const ComposeDraft& draft)
     fillAccounts();
     setShowsBcc(m_showBcc);
     followRichText();
-    setInitialFocus();
     connect(&Style::shared(), &Style::changed, this, &ComposeView::applyStyle);
     applyStyle();
 }
@@ -193,6 +192,13 @@ void ComposeView::setInitialFocus()
         m_subject->setFocus();
     else
         m_text->setFocus();
+}
+
+void ComposeView::showEvent(QShowEvent* event)
+{
+    QWidget::showEvent(event);
+    if (!std::exchange(m_hasAppeared, true))
+        setInitialFocus();
 }
 
 void ComposeView::followRichText()

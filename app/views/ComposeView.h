@@ -106,6 +106,7 @@ Q_SIGNALS:
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
+    void showEvent(QShowEvent* event) override;
 
 private:
     void buildForm(const ComposeDraft& draft);
@@ -131,6 +132,7 @@ private:
     bool m_showBcc = false;
     bool m_sending = false;
     bool m_choosingFiles = false;
+    bool m_hasAppeared = false;
     std::shared_ptr<ComposeCloseState> m_closeState;
     std::optional<Failure> m_error;
     std::optional<Field> m_focus;

@@ -1,5 +1,6 @@
 #include "views/ContentView.h"
 
+#include "views/ComposeWindows.h"
 #include "views/DisplayText.h"
 #include "views/IMAPSetupView.h"
 #include "views/LabelDialogs.h"
@@ -13,6 +14,7 @@
 #include "views/Style.h"
 #include "views/WelcomeView.h"
 
+#include <QCloseEvent>
 #include <QMessageBox>
 #include <QQuickWidget>
 #include <QShortcut>
@@ -37,6 +39,7 @@ ContentView::ContentView(AppModel& model, ReaderView::Desktop desktop, QWidget* 
     , m_sidebar(new SidebarPane(model))
     , m_detail(new QStackedWidget)
     , m_listing(new MessageTableView(model))
+    , m_compose(new ComposeWindows(model, ComposeView::systemDesktop(), ContactsService::shared(), this))
 {
     setObjectName("main"_L1);
     resize(defaultSize);
@@ -61,6 +64,7 @@ ContentView::ContentView(AppModel& model, ReaderView::Desktop desktop, QWidget* 
     (new QQuickWidget(this))->hide();
 
     new LabelDialogs(model, this);
+    connect(m_compose, &ComposeWindows::quitRequested, this, &QWidget::close);
     m_listing->table().setSavePanel(
         [this](const QString& name) { return m_desktop.chooseSavePath(this, name); });
     connect(m_welcome, &WelcomeView::setupRequested, this, [this] {
@@ -118,6 +122,20 @@ void ContentView::showEvent(QShowEvent* event)
     // The first message opens faster when the engine is up by then.
     constexpr int idleTime = 400;
     QTimer::singleShot(idleTime, this, [this] { reader(); });
+}
+
+void ContentView::closeEvent(QCloseEvent* event)
+{
+    if (m_isQuitting || !m_compose->holdsQuit()) {
+        event->accept();
+        Q_EMIT quitApproved();
+        return;
+    }
+    event->ignore();
+    m_compose->confirmQuit(this, [this] {
+        m_isQuitting = true;
+        close();
+    });
 }
 
 void ContentView::followAccounts()

@@ -12,6 +12,7 @@ class QStackedWidget;
 
 namespace Larkhaven {
 
+class ComposeWindows;
 class IMAPSetupView;
 class MailToolbar;
 class MessageTableView;
@@ -38,8 +39,14 @@ public:
     ReaderView& reader();
     /// Opens the window that sets up an account, or raises it.
     void openSetup();
+    ComposeWindows& composeWindows() const { return *m_compose; }
+
+Q_SIGNALS:
+    /// The window has closed, and nothing that was written is lost by the end of the program.
+    void quitApproved();
 
 protected:
+    void closeEvent(QCloseEvent* event) override;
     void showEvent(QShowEvent* event) override;
 
 private:
@@ -61,6 +68,8 @@ private:
     ReaderView* m_reader = nullptr;
     QPointer<QMessageBox> m_alert;
     std::unique_ptr<IMAPSetupView> m_setup; ///< made on the first use
+    ComposeWindows* m_compose;
+    bool m_isQuitting = false; ///< the user has been asked
     bool m_hasAppeared = false;
 };
 

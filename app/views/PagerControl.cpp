@@ -24,6 +24,8 @@ PagerControl::PagerControl(AppModel& model, QWidget* parent)
     m_back->setObjectName("pagerBack"_L1);
     m_forward->setObjectName("pagerForward"_L1);
     m_jump->setObjectName("pagerJump"_L1);
+    m_back->setShortcut(QKeySequence(u"Ctrl+Alt+["_s));
+    m_forward->setShortcut(QKeySequence(u"Ctrl+Alt+]"_s));
 
     auto* const menu = new QMenu(m_jump);
     menu->addAction(tr("Newest"), this, [this] { m_model.start(m_model.firstPage()); });

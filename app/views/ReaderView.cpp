@@ -1,5 +1,6 @@
 #include "views/ReaderView.h"
 
+#include "format/MailEncoding.h"
 #include "platform/Tasks.h"
 #include "providers/FetchParsed.h"
 #include "safety/HTMLSanitizer.h"
@@ -276,7 +277,9 @@ void ReaderView::followLink(const LinkRecord& link)
     if (link.url.scheme() == "mailto"_L1) {
         const QString target = link.url.absoluteString().mid("mailto:"_L1.size()).section(u'?', 0, 0);
         const QByteArray decoded = QByteArray::fromPercentEncoding(target.toUtf8());
-        m_model.newMessage(decoded.isValidUtf8() ? QString::fromUtf8(decoded) : target);
+        // What the sender wrote goes into a field of one line.
+        m_model.newMessage(
+            MailEncoding::headerSafe(decoded.isValidUtf8() ? QString::fromUtf8(decoded) : target));
         return;
     }
     const QList<LinkCleaner::Warning> warnings = LinkCleaner::warnings(link);

@@ -151,7 +151,10 @@ void SidebarView::updateHeadings()
     for (int section = 0; section < m_items->rowCount(); ++section) {
         QStandardItem* const heading = m_items->item(section);
         const QUuid accountID = QUuid::fromString(heading->data(AccountRole).toString());
-        heading->setData(m_model.needsReauth().contains(accountID), NeedsSignInRole);
+        const bool isNeeded = m_model.needsReauth().contains(accountID);
+        heading->setData(isNeeded, NeedsSignInRole);
+        heading->setAccessibleText(isNeeded ? heading->text() + u", "_s + tr("Sign-in required")
+                                            : heading->text());
     }
     scheduleDelayedItemsLayout();
 }

@@ -50,7 +50,10 @@ Attributes attributes(const QString& service, const QString& account)
                                               account.toUtf8().constData(), nullptr));
 }
 
-KeychainStatus statusOf(const GError* error)
+/// Whether the service had answered before the call.
+enum class Phase { connecting, connected };
+
+KeychainStatus statusOf(const GError* error, Phase phase)
 {
     if (g_error_matches(error, SECRET_ERROR, SECRET_ERROR_IS_LOCKED))
         return KeychainStatus::interactionNotAllowed;
@@ -58,11 +61,14 @@ KeychainStatus statusOf(const GError* error)
     if (g_error_matches(error, G_IO_ERROR, G_IO_ERROR_TIMED_OUT) ||
         g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CANCELLED))
         return KeychainStatus::failed;
-    const bool absent = g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_SERVICE_UNKNOWN) ||
-                        g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_NAME_HAS_NO_OWNER) ||
-                        g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_SPAWN_EXEC_FAILED) ||
-                        g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_SPAWN_CHILD_EXITED) ||
-                        error->domain == G_IO_ERROR || error->domain == G_SPAWN_ERROR;
+    const bool absent =
+        g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_SERVICE_UNKNOWN) ||
+        g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_NAME_HAS_NO_OWNER) ||
+        g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_SPAWN_EXEC_FAILED) ||
+        g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_SPAWN_CHILD_EXITED) ||
+        error->domain == G_SPAWN_ERROR ||
+        // No bus at all. A service that breaks off in mid-call is there, and may hold the item.
+        (error->domain == G_IO_ERROR && phase == Phase::connecting);
     return absent ? KeychainStatus::notAvailable : KeychainStatus::failed;
 }
 
@@ -78,14 +84,14 @@ Search search(const QString& service, const QString& account)
     const Service connection(secret_service_get_sync(SECRET_SERVICE_OPEN_SESSION, nullptr, &error));
     if (!connection) {
         const Error owned(error);
-        return {statusOf(owned.get()), nullptr};
+        return {statusOf(owned.get(), Phase::connecting), nullptr};
     }
     constexpr auto flags = static_cast<SecretSearchFlags>(SECRET_SEARCH_UNLOCK | SECRET_SEARCH_LOAD_SECRETS);
     Items items(secret_service_search_sync(connection.get(), schema(), attributes(service, account).get(),
                                            flags, nullptr, &error));
     if (error) {
         const Error owned(error);
-        return {statusOf(owned.get()), nullptr};
+        return {statusOf(owned.get(), Phase::connected), nullptr};
     }
     if (!items)
         return {KeychainStatus::itemNotFound, nullptr};
@@ -105,7 +111,7 @@ KeychainStatus finish(GError* error)
     if (!error)
         return KeychainStatus::success;
     const Error owned(error);
-    return statusOf(owned.get());
+    return statusOf(owned.get(), Phase::connected);
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "UITestSupport.h"
 #include "domain/MailError.h"
 #include "support/QtPrinters.h"
+#include "views/ComposeWindows.h"
 #include "views/DraggedMessages.h"
 #include "views/MessageTable.h"
 #include "views/SidebarView.h"
@@ -117,6 +118,7 @@ protected:
         QApplication::sendEvent(sidebar.viewport(), &event);
         return event.isAccepted();
     }
+    QList<ComposeWindow*> windows() { return mail.window->composeWindows().windows(); }
     QDialog* sheet() { return mail.window->findChild<QDialog*>(u"labelSheet"_s); }
 
     MailWindow mail;
@@ -193,15 +195,10 @@ TEST_F(ActionsTest, OffersToEditADraftWhichOEdits)
     QMenu* const menu = menuOn(0);
     EXPECT_EQ(titles(*menu).first(), u"Edit Draft");
     menu->close();
-    QList<QUuid> windows;
-    QObject::connect(&model(), &AppModel::pendingComposeChanged, &model(), [this, &windows] {
-        if (model().pendingCompose())
-            windows.append(*model().pendingCompose());
-    });
     select({u"1"_s});
     press(u"o"_s);
-    ASSERT_TRUE(waitUntil([&windows] { return !windows.isEmpty(); }));
-    EXPECT_EQ(model().takeSeed(windows.first())->subject, u"Half");
+    ASSERT_TRUE(waitUntil([this] { return windows().size() == 1; }));
+    EXPECT_EQ(windows().first()->view().draft().subject, u"Half");
     EXPECT_TRUE(model().path().isEmpty()) << "the reader stays closed";
 }
 
@@ -300,11 +297,8 @@ TEST_F(ActionsTest, ActsOnTheSelectionWithSingleKeys)
 
 TEST_F(ActionsTest, BeginsAMessageWithC)
 {
-    int windows = 0;
-    QObject::connect(&model(), &AppModel::pendingComposeChanged, &model(),
-                     [this, &windows] { windows += model().pendingCompose() ? 1 : 0; });
     press(u"c"_s);
-    EXPECT_EQ(windows, 1);
+    EXPECT_EQ(windows().size(), 1);
 }
 
 TEST_F(ActionsTest, LeavesSingleKeysAloneWhereTheyAreOff)

@@ -6,6 +6,7 @@
 #include "support/QtPrinters.h"
 #include "views/AddressLabel.h"
 #include "views/AttachmentChip.h"
+#include "views/ComposeWindows.h"
 #include "views/EmptyStateView.h"
 
 #include <QApplication>
@@ -108,7 +109,7 @@ TEST_F(ReaderViewTest, ShowsAddressesInTheTooltipAndCopiesThem)
     EXPECT_EQ(to.text(), u"Mia, carl");
     EXPECT_EQ(to.toolTip(), u"Mia <mia@example.org>, carl@example.org");
     QTest::keySequence(&to, QKeySequence::Copy);
-    EXPECT_EQ(QApplication::clipboard()->text(), u"Mia <mia@example.org>, carl@example.org");
+    EXPECT_EQ(QApplication::clipboard()->text(), u"mia@example.org, carl@example.org");
     QApplication::clipboard()->clear();
     QTimer::singleShot(0, [] {
         auto* const menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
@@ -120,7 +121,7 @@ TEST_F(ReaderViewTest, ShowsAddressesInTheTooltipAndCopiesThem)
     });
     QContextMenuEvent event(QContextMenuEvent::Mouse, QPoint(4, 4), to.mapToGlobal(QPoint(4, 4)));
     QApplication::sendEvent(&to, &event);
-    EXPECT_EQ(QApplication::clipboard()->text(), u"Mia <mia@example.org>, carl@example.org");
+    EXPECT_EQ(QApplication::clipboard()->text(), u"mia@example.org, carl@example.org");
 }
 
 TEST_F(ReaderViewTest, ShowsAnEmptyPageWithItsAttachmentsWhereAMessageHasNoBody)
@@ -453,14 +454,13 @@ TEST_F(ReaderViewTest, WritesToTheAddressOfAMailLink)
     open("Subject: x\r\n\r\nHello");
     const auto composedTo = [this](const QString& url) {
         reader().followLink(link(url));
-        const std::optional<QUuid> id = mail->model().pendingCompose();
-        const auto draft = id ? mail->model().takeSeed(*id) : std::nullopt;
-        mail->model().clearPendingCompose();
-        return draft ? draft->to : u"none"_s;
+        const QList<ComposeWindow*> windows = mail->window->composeWindows().windows();
+        return windows.isEmpty() ? u"none"_s : windows.last()->view().draft().to;
     };
     EXPECT_EQ(composedTo(u"mailto:a@x?subject=y"_s), u"a@x");
     EXPECT_EQ(composedTo(u"MAILTO:a%2Bb@x"_s), u"a+b@x");
     EXPECT_EQ(composedTo(u"mailto:%FF@x"_s), u"%FF@x");
+    EXPECT_EQ(composedTo(u"mailto:a%0D%0ABcc:b@x"_s), u"a  Bcc:b@x");
     EXPECT_EQ(mail->openedURLs.size(), 0);
 }
 

@@ -1,0 +1,91 @@
+#include "ComposeSupport.h"
+
+#include <QFile>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven {
+
+Task<AddressBook::Authorization> FakeAddressBook::authorization()
+{
+    ++questions;
+    co_return Authorization::authorized;
+}
+
+Task<bool> FakeAddressBook::requestAuthorization()
+{
+    co_return true;
+}
+
+Task<> FakeAddressBook::enumerate(std::function<void(QList<Contact>)> found)
+{
+    found(contacts);
+    co_return;
+}
+
+ComposeTest::ComposeTest(const QList<Account>& accounts)
+    : fixture(accounts)
+{
+    Style::shared().setTextSize(Style::standardTextSize);
+    Style::shared().setScheme(Style::Scheme::light);
+    Style::shared().applyToApplication();
+    ComposeView::Desktop desktop;
+    desktop.chooseFiles = [this](QWidget*, const std::function<void(QList<QUrl>)>& chosen) {
+        chosen(chosenFiles);
+    };
+    windows = std::make_unique<ComposeWindows>(fixture.model(), desktop, contacts);
+}
+
+ComposeTest::~ComposeTest()
+{
+    windows.reset();
+    settle();
+}
+
+ComposeDraft ComposeTest::draft() const
+{
+    ComposeDraft draft;
+    draft.id = QUuid::createUuid();
+    draft.accountID = fixture.account().id;
+    return draft;
+}
+
+ComposeWindow& ComposeTest::open(const ComposeDraft& draft)
+{
+    model().openCompose(draft);
+    ComposeWindow* const window = windows->window(draft.id);
+    if (!window)
+        throw std::runtime_error("no window opened");
+    show(*window);
+    return *window;
+}
+
+QMessageBox* ComposeTest::alert(const QWidget& window, const char* name)
+{
+    for (auto* const found : window.findChildren<QMessageBox*>(QString::fromLatin1(name))) {
+        if (found->isVisible())
+            return found;
+    }
+    return nullptr;
+}
+
+void ComposeTest::press(QMessageBox& alert, const QString& button)
+{
+    for (QAbstractButton* const candidate : alert.buttons()) {
+        if (candidate->text() == button) {
+            candidate->click();
+            return;
+        }
+    }
+    throw std::runtime_error(button.toStdString());
+}
+
+QString ComposeTest::makeFile(const QString& name, qint64 size)
+{
+    QFile file(folder.filePath(name));
+    EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+    EXPECT_TRUE(file.resize(size));
+    return file.fileName();
+}
+
+} // namespace Larkhaven
