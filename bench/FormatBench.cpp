@@ -3,6 +3,7 @@
 #include "format/MIMEParser.h"
 #include "format/MailDate.h"
 #include "format/MailEncoding.h"
+#include "format/MessageComposer.h"
 
 #include <QByteArray>
 #include <QString>
@@ -11,7 +12,8 @@
 #include <cstddef>
 #include <cstdint>
 
-// The reading of messages: what happens between the bytes of a server and a message on the screen.
+// The reading of messages, which is what happens between the bytes of a server and a message on the screen,
+// and their writing.
 
 using namespace Qt::StringLiterals;
 
@@ -203,6 +205,41 @@ void parseParameters(benchmark::State& state)
         benchmark::DoNotOptimize(HeaderParameters::parse(text));
 }
 BENCHMARK(parseParameters);
+
+OutgoingMessage outgoingMessage(qsizetype attachmentSize)
+{
+    OutgoingMessage message;
+    message.from = EmailAddress(u"Jürgen Groß"_s, u"juergen@mail.example"_s);
+    message.to = {EmailAddress(u"Ann Example"_s, u"ann@mail.example"_s)};
+    message.subject = u"Grüße aus Köln"_s;
+    message.body = u"Schöne Grüße aus Köln, wo es seit drei Tagen regnet.\n"_s.repeated(80);
+    message.htmlBody = u"<p>Schöne Grüße aus Köln, wo es seit drei Tagen regnet.</p>\n"_s.repeated(200);
+    if (attachmentSize > 0)
+        message.attachments = {{QUuid(), u"Übersicht.pdf"_s, u"application/pdf"_s, noise(attachmentSize)}};
+    return message;
+}
+
+void composeMessage(benchmark::State& state)
+{
+    const OutgoingMessage message = outgoingMessage(state.range(0) * mebibyte);
+    const QDateTime now(QDate(2026, 3, 3), QTime(10, 11, 12), Qt::UTC);
+    qsizetype size = 0;
+    for ([[maybe_unused]] auto _ : state) {
+        const QByteArray bytes = MessageComposer::build(message, now);
+        size = bytes.size();
+    }
+    countBytes(state, size);
+}
+BENCHMARK(composeMessage)->Arg(0)->Arg(1)->Arg(25)->Unit(benchmark::kMicrosecond);
+
+void quoteReply(benchmark::State& state)
+{
+    const QString body = u"> Schöne Grüße aus Köln, wo es seit drei Tagen regnet.\n"_s.repeated(20'000);
+    for ([[maybe_unused]] auto _ : state)
+        benchmark::DoNotOptimize(MessageComposer::quotedReply(body, u"Ann"_s, u"ann@x"_s, std::nullopt));
+    countBytes(state, body.size());
+}
+BENCHMARK(quoteReply)->Unit(benchmark::kMicrosecond);
 
 } // namespace
 } // namespace Larkhaven

@@ -2,6 +2,7 @@
 #include "protocols/IMAPMailboxName.h"
 #include "protocols/IMAPResponse.h"
 #include "protocols/LineReader.h"
+#include "protocols/SMTPClient.h"
 
 #include <QByteArray>
 #include <QString>
@@ -93,7 +94,7 @@ Task<qsizetype> readFrames(LineReader* reader, int count)
 void searchOfAHundredThousandUIDs(benchmark::State& state)
 {
     const QByteArray response = searchResponse(100'000);
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         const IMAPResponse parsed = IMAPResponse::parse(response);
         qint64 sum = 0;
         for (const IMAPValue& value : parsed.values)
@@ -112,7 +113,7 @@ void fetchOfAThousandHeaders(benchmark::State& state)
         responses.append(fetchResponse(uid, header(uid)));
         size += responses.last().size();
     }
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         for (const QByteArray& response : responses) {
             const IMAPResponse parsed = IMAPResponse::parse(response);
             IMAPFetch fetch(*parsed.values.at(2).list());
@@ -126,7 +127,7 @@ BENCHMARK(fetchOfAThousandHeaders)->Unit(benchmark::kMillisecond);
 void literalOfTwentyFiveMegabytes(benchmark::State& state)
 {
     const QByteArray response = fetchResponse(1, QByteArray(25 * mebibyte, 'x'));
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         const IMAPResponse parsed = IMAPResponse::parse(response);
         benchmark::DoNotOptimize(parsed.values.size());
     }
@@ -137,7 +138,7 @@ BENCHMARK(literalOfTwentyFiveMegabytes)->Unit(benchmark::kMillisecond);
 void framingOfALiteralOfTwentyFiveMegabytes(benchmark::State& state)
 {
     const QByteArray response = fetchResponse(1, QByteArray(25 * mebibyte, 'x'));
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         LineReader reader(std::make_shared<CannedTransport>(response));
         const Task<qsizetype> frames = readFrames(&reader, 1);
         benchmark::DoNotOptimize(frames.isReady());
@@ -151,7 +152,7 @@ void framingOfAThousandHeaders(benchmark::State& state)
     QByteArray bytes;
     for (int uid = 1; uid <= 1000; ++uid)
         bytes += fetchResponse(uid, header(uid));
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         LineReader reader(std::make_shared<CannedTransport>(bytes));
         const Task<qsizetype> frames = readFrames(&reader, 1000);
         benchmark::DoNotOptimize(frames.isReady());
@@ -163,7 +164,7 @@ BENCHMARK(framingOfAThousandHeaders)->Unit(benchmark::kMillisecond);
 void hostileParentheses(benchmark::State& state)
 {
     const QByteArray response = "* " + QByteArray("(x)((").repeated(mebibyte / 5);
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         const IMAPResponse parsed = IMAPResponse::parse(response);
         benchmark::DoNotOptimize(parsed.values.size());
     }
@@ -174,12 +175,34 @@ BENCHMARK(hostileParentheses)->Unit(benchmark::kMillisecond);
 void mailboxNames(benchmark::State& state)
 {
     const QString name = u"Projekte/Entwürfe/台北 & 日本語"_s;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         const QString decoded = decodeMailboxName(encodeMailboxName(name));
         benchmark::DoNotOptimize(decoded.size());
     }
 }
 BENCHMARK(mailboxNames);
+
+void stuffingOfAComposedMessage(benchmark::State& state)
+{
+    const QByteArray message = QByteArray(76, 'x').append("\r\n").repeated(25 * mebibyte / 78);
+    for ([[maybe_unused]] auto _ : state) {
+        const QByteArray stuffed = SMTPClient::stuffedMessage(message);
+        benchmark::DoNotOptimize(stuffed.size());
+    }
+    countBytes(state, message.size());
+}
+BENCHMARK(stuffingOfAComposedMessage)->Unit(benchmark::kMillisecond);
+
+void stuffingOfNothingButDots(benchmark::State& state)
+{
+    const QByteArray message = QByteArray(".\n").repeated(mebibyte / 2);
+    for ([[maybe_unused]] auto _ : state) {
+        const QByteArray stuffed = SMTPClient::stuffedMessage(message);
+        benchmark::DoNotOptimize(stuffed.size());
+    }
+    countBytes(state, message.size());
+}
+BENCHMARK(stuffingOfNothingButDots)->Unit(benchmark::kMillisecond);
 
 } // namespace
 } // namespace Larkhaven

@@ -31,7 +31,7 @@ QList<Account> load(const UserDefaults& defaults)
     QList<Account> accounts;
     try {
         const QJsonArray list = Coding::array(Coding::parse(defaults.data(DefaultsKey::accounts)));
-        for (const QJsonValue& element : list) {
+        for (const auto& element : list) {
             if (const Lenient stored = Lenient::fromJSON(element); stored.account)
                 accounts.append(*stored.account);
         }

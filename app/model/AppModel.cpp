@@ -224,9 +224,9 @@ QString AppModel::badgeText() const
 
 // --- Accounts
 
-void AppModel::useProvider(const QUuid& accountID, std::shared_ptr<MailProvider> provider)
+void AppModel::useProvider(const QUuid& accountID, const std::shared_ptr<MailProvider>& provider)
 {
-    m_providers.insert(accountID, std::move(provider));
+    m_providers.insert(accountID, provider);
 }
 
 void AppModel::setNickname(const QUuid& accountID, const QString& text)

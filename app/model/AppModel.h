@@ -179,7 +179,7 @@ public:
     /// The account's cache, built on the first use; null where it can't be.
     std::shared_ptr<MailCache> cache(const QUuid& accountID);
     /// Puts a provider in place of the one that would be built.
-    void useProvider(const QUuid& accountID, std::shared_ptr<MailProvider> provider);
+    void useProvider(const QUuid& accountID, const std::shared_ptr<MailProvider>& provider);
     void setNickname(const QUuid& accountID, const QString& text);
     /// Moves the accounts at the offsets, in their order, before the one at `destination` (as counted before
     /// the move).
@@ -313,7 +313,7 @@ Q_SIGNALS:
 
 private:
     using Change = std::function<void(MessageSummary&)>;
-    using Request = std::function<Task<>(std::shared_ptr<MailProvider>, QList<QString>)>;
+    using Request = std::function<Task<>(MailProvider&, QList<QString>)>;
     /// The rows of a page before a change, to go back to if the server refuses it.
     struct PendingChange {
         quint64 number;

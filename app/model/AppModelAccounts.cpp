@@ -22,7 +22,7 @@ namespace Larkhaven {
 
 std::shared_ptr<MailProvider> AppModel::provider(const QUuid& accountID)
 {
-    if (const std::shared_ptr<MailProvider> known = m_providers.value(accountID))
+    if (std::shared_ptr<MailProvider> known = m_providers.value(accountID))
         return known;
     const auto account = std::ranges::find(m_accounts, accountID, &Account::id);
     std::shared_ptr<MailProvider> made = account == m_accounts.end() ? nullptr : makeProvider(*account);
@@ -56,7 +56,7 @@ std::shared_ptr<MailProvider> AppModel::makeProvider(const Account& account)
 
 std::shared_ptr<MailCache> AppModel::cache(const QUuid& accountID)
 {
-    if (const std::shared_ptr<MailCache> known = m_caches.value(accountID))
+    if (std::shared_ptr<MailCache> known = m_caches.value(accountID))
         return known;
     std::shared_ptr<MailCache> made = makeCache(accountID);
     if (made)
@@ -249,7 +249,7 @@ void AppModel::leaveAccount(const QUuid& accountID)
 
 std::shared_ptr<MailCache> AppModel::cacheOnDisk(const QUuid& accountID)
 {
-    if (const std::shared_ptr<MailCache> known = m_caches.value(accountID))
+    if (std::shared_ptr<MailCache> known = m_caches.value(accountID))
         return known;
     // Only to delete what lies there: no key is made for it.
     const QString directory = cacheDirectory(accountID);

@@ -116,7 +116,7 @@ Task<> AppModel::tellChange(QUuid accountID, QList<QString> ids, Request request
     const std::shared_ptr<MailProvider> source = provider(accountID);
     std::exception_ptr failure;
     try {
-        co_await request(source, ids);
+        co_await request(*source, ids);
     } catch (...) {
         failure = std::current_exception();
     }
@@ -160,7 +160,7 @@ Task<> AppModel::tellRemoval(QUuid accountID, QList<QString> ids, Request reques
     const std::shared_ptr<MailProvider> source = provider(accountID);
     std::exception_ptr failure;
     try {
-        co_await request(source, ids);
+        co_await request(*source, ids);
     } catch (...) {
         failure = std::current_exception();
     }
@@ -197,9 +197,8 @@ auto setting(bool MessageSummary::*flag, bool value)
 
 auto requestRead(bool value)
 {
-    return [value](std::shared_ptr<MailProvider> source, QList<QString> ids) {
-        return source->setRead(value, std::move(ids));
-    };
+    return
+        [value](MailProvider& source, QList<QString> ids) { return source.setRead(value, std::move(ids)); };
 }
 
 } // namespace
@@ -226,43 +225,37 @@ void AppModel::toggleStarred(const Rows& rows)
 {
     const bool isStarred = std::ranges::any_of(rows, std::logical_not(), &MessageSummary::isStarred);
     change(rows, setting(&MessageSummary::isStarred, isStarred),
-           [isStarred](std::shared_ptr<MailProvider> source, QList<QString> ids) {
-               return source->setStarred(isStarred, std::move(ids));
+           [isStarred](MailProvider& source, QList<QString> ids) {
+               return source.setStarred(isStarred, std::move(ids));
            });
 }
 
 void AppModel::archive(const Rows& rows)
 {
-    removeRows(rows, [](std::shared_ptr<MailProvider> source, QList<QString> ids) {
-        return source->archive(std::move(ids));
-    });
+    removeRows(rows, [](MailProvider& source, QList<QString> ids) { return source.archive(std::move(ids)); });
 }
 
 void AppModel::trash(const Rows& rows)
 {
-    removeRows(rows, [](std::shared_ptr<MailProvider> source, QList<QString> ids) {
-        return source->trash(std::move(ids));
-    });
+    removeRows(rows, [](MailProvider& source, QList<QString> ids) { return source.trash(std::move(ids)); });
 }
 
 void AppModel::moveToInbox(const Rows& rows)
 {
-    removeRows(rows, [](std::shared_ptr<MailProvider> source, QList<QString> ids) {
-        return source->moveToInbox(std::move(ids));
-    });
+    removeRows(rows,
+               [](MailProvider& source, QList<QString> ids) { return source.moveToInbox(std::move(ids)); });
 }
 
 void AppModel::reportSpam(const Rows& rows)
 {
-    removeRows(rows, [](std::shared_ptr<MailProvider> source, QList<QString> ids) {
-        return source->markSpam(std::move(ids));
-    });
+    removeRows(rows,
+               [](MailProvider& source, QList<QString> ids) { return source.markSpam(std::move(ids)); });
 }
 
 void AppModel::move(const Rows& rows, const MailboxRef& target)
 {
-    removeRows(rows, [target](std::shared_ptr<MailProvider> source, QList<QString> ids) {
-        return source->move(std::move(ids), target);
+    removeRows(rows, [target](MailProvider& source, QList<QString> ids) {
+        return source.move(std::move(ids), target);
     });
 }
 
@@ -274,8 +267,8 @@ void AppModel::setLabel(const Rows& rows, const MailLabel& label, bool applied)
         else if (!row.labelIDs.contains(id))
             row.labelIDs.append(id);
     };
-    change(rows, mark, [label, applied](std::shared_ptr<MailProvider> source, QList<QString> ids) {
-        return source->setLabel(label, applied, std::move(ids));
+    change(rows, mark, [label, applied](MailProvider& source, QList<QString> ids) {
+        return source.setLabel(label, applied, std::move(ids));
     });
 }
 

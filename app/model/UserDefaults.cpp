@@ -63,7 +63,7 @@ Value UserDefaults::value(QLatin1StringView key, Value (*read)(const QVariant&, 
 {
     for (const QVariant& candidate : {m_settings.value(key), m_registered.value(key)}) {
         bool isReadable = false;
-        const Value result = candidate.isValid() ? read(candidate, &isReadable) : Value();
+        Value result = candidate.isValid() ? read(candidate, &isReadable) : Value();
         if (isReadable)
             return result;
     }

@@ -10,7 +10,10 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPainter>
+#include <QScrollArea>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -19,6 +22,7 @@ namespace Larkhaven {
 AttachmentStrip::AttachmentStrip(QWidget* parent)
     : QWidget(parent)
     , m_chips(new QWidget)
+    , m_scroll(new QScrollArea)
     , m_total(new QLabel)
 {
     setObjectName("attachmentStrip"_L1);
@@ -28,7 +32,13 @@ AttachmentStrip::AttachmentStrip(QWidget* parent)
     auto* const layout = new QVBoxLayout(this);
     layout->setContentsMargins(Style::padding, Style::smallPadding + 1, Style::padding, Style::smallPadding);
     layout->setSpacing(Style::grid);
-    layout->addWidget(m_chips);
+    m_scroll->setFrameShape(QFrame::NoFrame);
+    m_scroll->setWidgetResizable(true);
+    m_scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_scroll->setWidget(m_chips);
+    m_scroll->viewport()->setAutoFillBackground(false);
+    m_chips->setAutoFillBackground(false);
+    layout->addWidget(m_scroll);
     layout->addWidget(m_total);
     connect(&Style::shared(), &Style::changed, this, &AttachmentStrip::applyStyle);
     applyStyle();
@@ -69,6 +79,7 @@ void AttachmentStrip::setAttachments(const QList<OutgoingAttachment>& attachment
     m_total->setText(tr("%1 of %2").arg(ComposeFiles::size(total()), ComposeFiles::size(limit)));
     m_total->setVisible(total() > limit / 2);
     setVisible(!attachments.isEmpty());
+    fit();
     Q_EMIT attachmentsChanged();
 }
 
@@ -87,6 +98,21 @@ void AttachmentStrip::remove(const QUuid& id)
     setAttachments(kept);
 }
 
+void AttachmentStrip::fit()
+{
+    const int line = Style::shared().scaled(2.4);
+    // More would leave too little room for the text.
+    const int most = std::clamp(window()->height() / 4, line, 2 * line + Style::smallPadding);
+    const int wanted = m_chips->layout()->heightForWidth(width() - 2 * Style::padding);
+    m_scroll->setFixedHeight(std::clamp(wanted, line, most));
+}
+
+void AttachmentStrip::resizeEvent(QResizeEvent* event)
+{
+    QWidget::resizeEvent(event);
+    fit();
+}
+
 void AttachmentStrip::applyStyle()
 {
     const Style& style = Style::shared();
@@ -94,6 +120,7 @@ void AttachmentStrip::applyStyle()
     QPalette palette = m_total->palette();
     palette.setColor(QPalette::WindowText, style.colors().secondary);
     m_total->setPalette(palette);
+    fit();
 }
 
 void AttachmentStrip::paintEvent(QPaintEvent*)

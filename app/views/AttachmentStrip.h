@@ -6,6 +6,7 @@
 #include <QWidget>
 
 class QLabel;
+class QScrollArea;
 
 namespace Larkhaven {
 
@@ -27,14 +28,17 @@ Q_SIGNALS:
 
 protected:
     void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
+    void fit();
     QWidget* makeItem(const OutgoingAttachment& attachment);
     void remove(const QUuid& id);
     void applyStyle();
 
     QList<OutgoingAttachment> m_attachments;
     QWidget* m_chips;
+    QScrollArea* m_scroll; ///< more than two lines of chips would leave no room for the text
     QLabel* m_total;
 };
 

@@ -35,6 +35,7 @@ ComposeToolbar::ComposeToolbar(QWidget* parent)
     m_attach->setShortcut(QKeySequence(u"Ctrl+Shift+A"_s));
     m_format->setObjectName("format"_L1);
     m_format->setAccessibleName(tr("Format"));
+    m_format->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     m_plain->setObjectName("plainText"_L1);
     m_rich->setObjectName("richText"_L1);
     m_bcc->setObjectName("showBcc"_L1);
@@ -100,8 +101,36 @@ void ComposeToolbar::setShowsBcc(bool isShown)
 void ComposeToolbar::setProgress(const QString& text)
 {
     m_progressText->setText(text);
-    m_progressText->setVisible(!text.isEmpty());
+    m_progressText->setVisible(!text.isEmpty() && !m_isCompact);
     m_progress->setVisible(!text.isEmpty());
+    m_progress->setToolTip(text);
+    m_progress->setAccessibleName(text);
+}
+
+QSize ComposeToolbar::minimumSizeHint() const
+{
+    return {1, QWidget::minimumSizeHint().height()};
+}
+
+void ComposeToolbar::setCompact(bool isCompact)
+{
+    if (m_isCompact == isCompact)
+        return;
+    m_isCompact = isCompact;
+    const auto look = isCompact ? Qt::ToolButtonIconOnly : Qt::ToolButtonTextBesideIcon;
+    m_send->setToolButtonStyle(look);
+    m_attach->setToolButtonStyle(look);
+    setProgress(m_progressText->text());
+}
+
+void ComposeToolbar::resizeEvent(QResizeEvent* event)
+{
+    QWidget::resizeEvent(event);
+    // Words give way to icons where they have no room.
+    const int words = fontMetrics().horizontalAdvance(m_send->text() + m_attach->text());
+    const int progress = m_progress->width() + fontMetrics().horizontalAdvance(tr("Attaching…"));
+    const int commands = 2 * m_send->iconSize().width() + m_format->sizeHint().width() + m_bcc->sizeHint().width();
+    setCompact(width() < words + progress + commands + 6 * Style::largePadding);
 }
 
 void ComposeToolbar::setCommandsEnabled(bool isEnabled)

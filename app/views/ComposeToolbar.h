@@ -17,6 +17,8 @@ class ComposeToolbar : public QWidget {
 public:
     explicit ComposeToolbar(QWidget* parent = nullptr);
 
+    QSize minimumSizeHint() const override;
+
     void setRichText(bool richText);
     void setShowsBcc(bool isShown);
     /// Shows that something is under way; nothing with an empty text.
@@ -32,8 +34,10 @@ Q_SIGNALS:
 
 protected:
     void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
+    void setCompact(bool isCompact);
     QToolButton* makeSegment(const QString& text);
     void applyStyle();
 
@@ -45,6 +49,7 @@ private:
     FlatButton* m_bcc;
     QLabel* m_progressText;
     QProgressBar* m_progress;
+    bool m_isCompact = false;
 };
 
 } // namespace Larkhaven

@@ -18,7 +18,9 @@
 #include <QFileDialog>
 #include <QLabel>
 #include <QMessageBox>
+#include <QPainter>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -36,6 +38,31 @@ QList<QUuid> idsOf(const QList<OutgoingAttachment>& attachments)
         ids.append(attachment.id);
     return ids;
 }
+
+/// The choice of the sending account, as text with an arrow behind it.
+class AccountPicker : public QComboBox {
+public:
+    using QComboBox::QComboBox;
+
+protected:
+    void paintEvent(QPaintEvent*) override
+    {
+        const Style& style = Style::shared();
+        QPainter painter(this);
+        const int arrow = style.scaled(1);
+        const int room = width() - arrow - Style::grid;
+        const QString name = fontMetrics().elidedText(currentText(), Qt::ElideMiddle, room);
+        const bool isLit = hasFocus() && isEnabled();
+        painter.setPen(isLit ? style.colors().accent : style.colors().text);
+        painter.drawText(QRect(textMargin, 0, room, height()), Qt::AlignVCenter | Qt::TextSingleLine, name);
+        painter.drawPixmap(
+            textMargin + fontMetrics().horizontalAdvance(name) + Style::grid, (height() - arrow) / 2,
+            style.pixmap(Symbol::chevronDown, arrow, style.colors().secondary, devicePixelRatioF()));
+    }
+
+private:
+    static constexpr int textMargin = 2; ///< as line edits have it
+};
 
 void call(const std::function<void(bool)>& told, bool value)
 {
@@ -95,7 +122,7 @@ void ComposeView::buildForm(const ComposeDraft& draft)
     m_note->setVisible(m_model.isRecovered(draft.id));
     m_form = new QWidget;
     m_form->setObjectName("form"_L1);
-    m_accounts = new QComboBox;
+    m_accounts = new AccountPicker;
     m_from = new ComposeRow(tr("From:"), m_accounts);
     m_to = new AddressField(tr("To:"), defaults, m_contacts);
     m_cc = new AddressField(tr("Cc:"), defaults, m_contacts);
@@ -116,13 +143,27 @@ void ComposeView::buildForm(const ComposeDraft& draft)
     m_attachments = new AttachmentStrip;
     m_attachments->setAttachments(draft.attachments);
 
+    // A window that is too small for large text scrolls.
+    auto* const page = new QWidget;
+    auto* const rows = new QVBoxLayout(page);
+    rows->setContentsMargins(0, 0, 0, 0);
+    rows->setSpacing(0);
+    for (QWidget* const row :
+         std::initializer_list<QWidget*>{m_from, m_to, m_cc, m_bcc, subjectRow, m_formatBar})
+        rows->addWidget(row);
+    rows->addWidget(m_text, 1);
+    auto* const scroll = new QScrollArea;
+    scroll->setFrameShape(QFrame::NoFrame);
+    scroll->setWidgetResizable(true);
+    scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    scroll->setFocusPolicy(Qt::NoFocus);
+    scroll->setWidget(page);
+    scroll->viewport()->setAutoFillBackground(false);
+    page->setAutoFillBackground(false);
     auto* const form = new QVBoxLayout(m_form);
     form->setContentsMargins(0, 0, 0, 0);
     form->setSpacing(0);
-    for (QWidget* const row :
-         std::initializer_list<QWidget*>{m_from, m_to, m_cc, m_bcc, subjectRow, m_formatBar})
-        form->addWidget(row);
-    form->addWidget(m_text, 1);
+    form->addWidget(scroll, 1);
     form->addWidget(m_attachments);
     auto* const layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -239,10 +280,7 @@ void ComposeView::applyStyle()
     m_note->setContentsMargins(Style::largePadding, Style::smallPadding, Style::largePadding,
                                Style::smallPadding);
     m_note->setWordWrap(true);
-    m_accounts->setStyleSheet(
-        u"QComboBox { border: none; background: transparent; color: %1; padding: 0; }"
-        "QComboBox:focus { color: %2; }"
-        "QComboBox::drop-down { border: none; }"_s.arg(colors.text.name(), colors.accent.name()));
+    m_text->setMinimumHeight(style.scaled(6));
 }
 
 // --- The draft

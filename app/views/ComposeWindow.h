@@ -14,7 +14,7 @@ class ComposeWindow : public QMainWindow {
 
 public:
     static constexpr QSize defaultSize{680, 560};
-    static constexpr QSize smallestSize{480, 360};
+    static constexpr QSize smallestSize{520, 400};
 
     ComposeWindow(AppModel& model, const ComposeDraft& draft, bool isUnsaved, ComposeView::Desktop desktop,
                   ContactsService& contacts, ComposeView::Hooks hooks, QWidget* parent = nullptr);

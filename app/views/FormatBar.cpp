@@ -16,9 +16,9 @@ FormatBar::FormatBar(ComposeEditorController& editor, QWidget* parent)
     , m_buttons(new QWidget)
 {
     setObjectName("formatBar"_L1);
-    new FlowLayout(Style::grid / 2, m_buttons);
+    new FlowLayout(0, m_buttons);
     auto* const layout = new QHBoxLayout(this);
-    layout->setContentsMargins(Style::smallPadding, Style::grid, Style::smallPadding, Style::grid + 1);
+    layout->setContentsMargins(Style::grid, Style::grid, Style::grid, Style::grid + 1);
     layout->addWidget(m_buttons);
 
     ComposeEditorController* const e = &editor;
@@ -87,7 +87,7 @@ void FormatBar::addToggle(QLatin1StringView name, const QString& label, const QS
 void FormatBar::addGap()
 {
     auto* const gap = new QWidget;
-    gap->setFixedSize(Style::smallPadding, 1);
+    gap->setFixedSize(Style::padding, 1);
     m_buttons->layout()->addWidget(gap);
 }
 

@@ -96,6 +96,13 @@ QString themeName(Symbol symbol)
         return u"mail-attachment"_s;
     case Symbol::circleFill:
     case Symbol::xmarkCircleFill:
+    case Symbol::textSize:
+    case Symbol::paintPalette:
+    case Symbol::alignLeft:
+    case Symbol::alignCenter:
+    case Symbol::alignRight:
+    case Symbol::listBullet:
+    case Symbol::listNumber:
         return {};
     case Symbol::magnifier:
         return u"edit-find"_s;
@@ -133,12 +140,8 @@ QString themeName(Symbol symbol)
         return u"dialog-text-and-font"_s;
     case Symbol::textSmaller:
         return u"format-font-size-less"_s;
-    case Symbol::textSize:
-        return u"format-text-capitalize"_s;
     case Symbol::textLarger:
         return u"format-font-size-more"_s;
-    case Symbol::paintPalette:
-        return u"color-management"_s;
     case Symbol::bold:
         return u"format-text-bold"_s;
     case Symbol::italic:
@@ -147,32 +150,88 @@ QString themeName(Symbol symbol)
         return u"format-text-underline"_s;
     case Symbol::strikethrough:
         return u"format-text-strikethrough"_s;
-    case Symbol::alignLeft:
-        return u"format-justify-left"_s;
-    case Symbol::alignCenter:
-        return u"format-justify-center"_s;
-    case Symbol::alignRight:
-        return u"format-justify-right"_s;
-    case Symbol::listBullet:
-        return u"format-list-unordered"_s;
-    case Symbol::listNumber:
-        return u"format-list-ordered"_s;
     }
     Q_UNREACHABLE();
 }
 
 /// A filled circle out of which a cross is cut.
-void paintCrossedCircle(QPainter& painter, int pixels, const QColor& color)
+void paintCrossedCircle(QPainter& painter, const QColor& color)
 {
     painter.setBrush(color);
     painter.setPen(Qt::NoPen);
-    painter.drawEllipse(QRectF(0, 0, pixels, pixels).marginsRemoved(QMarginsF(1, 1, 1, 1)));
+    painter.drawEllipse(QRectF(1, 1, 14, 14));
     painter.setCompositionMode(QPainter::CompositionMode_Clear);
-    painter.setPen(QPen(Qt::black, pixels / 10.0, Qt::SolidLine, Qt::RoundCap));
-    const double near = pixels * 0.35;
-    const double far = pixels * 0.65;
-    painter.drawLine(QPointF(near, near), QPointF(far, far));
-    painter.drawLine(QPointF(near, far), QPointF(far, near));
+    painter.setPen(QPen(Qt::black, 1.6, Qt::SolidLine, Qt::RoundCap));
+    painter.drawLine(QPointF(5.6, 5.6), QPointF(10.4, 10.4));
+    painter.drawLine(QPointF(5.6, 10.4), QPointF(10.4, 5.6));
+}
+
+/// Four lines of text, every second one shorter; `shift` tells on which side.
+void paintLines(QPainter& painter, double shift)
+{
+    for (int line = 0; line < 4; ++line) {
+        const double left = line % 2 == 0 ? 2 : 2 + shift;
+        painter.drawLine(QPointF(left, 3 + line * 3.4),
+                         QPointF(left + (line % 2 == 0 ? 12 : 7), 3 + line * 3.4));
+    }
+}
+
+/// Three items with markers before them.
+void paintList(QPainter& painter, const QColor& color, bool isNumbered)
+{
+    QFont digits = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
+    digits.setPixelSize(5);
+    digits.setBold(true);
+    painter.setFont(digits);
+    for (int item = 0; item < 3; ++item) {
+        const double middle = 3.2 + item * 4.8;
+        painter.drawLine(QPointF(6.5, middle), QPointF(14, middle));
+        if (isNumbered)
+            painter.drawText(QRectF(0, middle - 4, 5, 8), Qt::AlignCenter, QString::number(item + 1));
+        else
+            painter.fillRect(QRectF(2, middle - 1.1, 2.2, 2.2), color);
+    }
+}
+
+/// Draws what the icon theme has no fitting image for, on a field of 16 by 16; false where it has one.
+bool paintOwn(QPainter& painter, Symbol symbol, const QColor& color)
+{
+    painter.setPen(QPen(color, 1.2));
+    switch (symbol) {
+    case Symbol::circleFill:
+        painter.setBrush(color);
+        painter.setPen(Qt::NoPen);
+        painter.drawEllipse(QRectF(1, 1, 14, 14));
+        return true;
+    case Symbol::xmarkCircleFill:
+        paintCrossedCircle(painter, color);
+        return true;
+    case Symbol::textSize:
+        painter.drawPolyline(QPolygonF({{3, 13.5}, {8, 2.5}, {13, 13.5}}));
+        painter.drawLine(QPointF(5, 9.5), QPointF(11, 9.5));
+        return true;
+    case Symbol::paintPalette:
+        painter.drawEllipse(QRectF(2, 2, 12, 12));
+        painter.setBrush(color);
+        for (const QPointF& dot : {QPointF(4.8, 8.6), QPointF(6.2, 5.2), QPointF(9.8, 4.9), QPointF(11.6, 8)})
+            painter.drawEllipse(dot, 0.9, 0.9);
+        return true;
+    case Symbol::alignLeft:
+        paintLines(painter, 0);
+        return true;
+    case Symbol::alignCenter:
+        paintLines(painter, 2.5);
+        return true;
+    case Symbol::alignRight:
+        paintLines(painter, 5);
+        return true;
+    case Symbol::listBullet:
+    case Symbol::listNumber:
+        paintList(painter, color, symbol == Symbol::listNumber);
+        return true;
+    default:
+        return false;
+    }
 }
 
 } // namespace
@@ -225,13 +284,12 @@ QPixmap Style::pixmap(Symbol symbol, int size, const QColor& color, double pixel
         pixmap.fill(Qt::transparent);
         QPainter painter(&pixmap);
         painter.setRenderHint(QPainter::Antialiasing);
-        if (symbol == Symbol::circleFill) {
-            painter.setBrush(color);
-            painter.setPen(Qt::NoPen);
-            painter.drawEllipse(QRectF(0, 0, pixels, pixels).marginsRemoved(QMarginsF(1, 1, 1, 1)));
-        } else if (symbol == Symbol::xmarkCircleFill) {
-            paintCrossedCircle(painter, pixels, color);
-        } else {
+        const double unit = pixels / static_cast<double>(smallIcon);
+        painter.save();
+        painter.scale(unit, unit);
+        const bool isOwn = paintOwn(painter, symbol, color);
+        painter.restore();
+        if (!isOwn) {
             // Of the theme's drawings for several sizes always the same one, as those of one size fit
             // together.
             const int drawn = size >= emptyStateIcon ? 22 : smallIcon;
@@ -253,7 +311,9 @@ QPixmap Style::pixmap(Symbol symbol, int size, const QColor& color, double pixel
 QIcon Style::icon(Symbol symbol, const QColor& color) const
 {
     QIcon icon;
-    for (const int size : {smallIcon, largeIcon}) {
+    // Large text has icons beyond the usual sizes.
+    const int scaledIcon = std::max(largeIcon, scaled(static_cast<double>(largeIcon) / standardTextSize));
+    for (const int size : {smallIcon, largeIcon, scaledIcon}) {
         for (const double ratio : {1.0, 2.0}) {
             icon.addPixmap(pixmap(symbol, size, color, ratio));
             icon.addPixmap(pixmap(symbol, size, withAlpha(color, color.alphaF() * 0.4), ratio),

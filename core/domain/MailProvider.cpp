@@ -16,19 +16,7 @@ Task<> fail(MailError error)
 
 } // namespace
 
-Task<> MailProvider::send(OutgoingMessage, std::optional<QString>)
-{
-    return fail(MailError::unsupported(
-        QCoreApplication::translate("MailProvider", "This account can't send messages.")));
-}
-
-Task<> MailProvider::saveDraft(OutgoingMessage, std::optional<QString>)
-{
-    return fail(MailError::unsupported(
-        QCoreApplication::translate("MailProvider", "This account can't store drafts.")));
-}
-
-Task<> MailProvider::move(QList<QString> ids, MailboxRef target)
+Task<> MailProvider::move(QList<QString> ids, const MailboxRef& target)
 {
     if (const MailLabel* label = target.label())
         return moveToLabel(std::move(ids), *label);

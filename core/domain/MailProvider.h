@@ -68,12 +68,12 @@ public:
     virtual Task<> markSpam(QList<QString> ids) = 0;
     virtual Task<> moveToLabel(QList<QString> ids, MailLabel label) = 0;
 
-    /// Submits the message. The draft `draftID`, if there is one, is replaced by the sent message. A provider
-    /// that only reads leaves this as it is: `unsupported`.
-    virtual Task<> send(OutgoingMessage message, std::optional<QString> draftID);
-    /// Stores the message as a draft, replacing the draft `draftID` if one is given. As with `send`, a
-    /// provider may not offer it.
-    virtual Task<> saveDraft(OutgoingMessage message, std::optional<QString> draftID);
+    /// Submits the message, blind copies included, which no recipient sees. The draft `draftID`, if there is
+    /// one, is replaced by the sent message. Whatever fails after the service has taken the message is not
+    /// told: a failure means that the user may try again.
+    virtual Task<> send(OutgoingMessage message, std::optional<QString> draftID) = 0;
+    /// Stores the message as a draft, replacing the draft `draftID` if one is given.
+    virtual Task<> saveDraft(OutgoingMessage message, std::optional<QString> draftID) = 0;
 
     /// Number of unread messages in the Inbox.
     virtual Task<qint64> inboxUnreadCount() = 0;
@@ -96,7 +96,7 @@ public:
 
     /// Moves messages to a role or label. Fails with "Messages can't be moved to {name}." for the roles that
     /// take none.
-    Task<> move(QList<QString> ids, MailboxRef target);
+    Task<> move(QList<QString> ids, const MailboxRef& target);
     Task<> send(OutgoingMessage message) { return send(std::move(message), std::nullopt); }
     Task<> saveDraft(OutgoingMessage message) { return saveDraft(std::move(message), std::nullopt); }
 };

@@ -120,7 +120,8 @@ bool isForbiddenInAddress(QChar character)
 
 QString formatAddress(const EmailAddress& address)
 {
-    const QString bare = MailEncoding::headerSafe(address.address).removeIf(isForbiddenInAddress);
+    QString bare = MailEncoding::headerSafe(address.address);
+    bare.removeIf(isForbiddenInAddress);
     QString name = MailEncoding::headerSafe(address.name.value_or(QString()));
     if (name.isEmpty())
         return bare;

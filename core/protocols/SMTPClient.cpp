@@ -45,7 +45,7 @@ bool isSeparator(QChar character)
 QString mechanismsIn(const QList<QString>& offers)
 {
     for (const QString& offer : offers) {
-        const QString line = Text::asciiUppered(offer);
+        QString line = Text::asciiUppered(offer);
         if (line == "AUTH"_L1 || line.startsWith("AUTH "_L1))
             return line;
     }

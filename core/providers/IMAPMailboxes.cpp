@@ -38,6 +38,11 @@ bool canHoldMessages(const IMAPClient::ListedMailbox& mailbox)
     return !mailbox.attributes.contains(u"\\noselect"_s);
 }
 
+bool exists(const IMAPClient::ListedMailbox& mailbox)
+{
+    return !mailbox.attributes.contains(u"\\nonexistent"_s);
+}
+
 /// The last level of the mailbox's name, lower-case.
 QString leaf(const IMAPClient::ListedMailbox& mailbox)
 {
@@ -67,6 +72,21 @@ QString commonPrefix(const Listing& mailboxes, const QString& delimiter)
 bool isInbox(const QString& wireName)
 {
     return Text::asciiUppered(wireName) == "INBOX"_L1;
+}
+
+bool contains(const Listing& mailboxes, const QString& wireName)
+{
+    return std::ranges::any_of(mailboxes, [&wireName](const IMAPClient::ListedMailbox& mailbox) {
+        return mailbox.name == wireName && canHoldMessages(mailbox) && exists(mailbox);
+    });
+}
+
+std::optional<QString> delimiter(const Listing& mailboxes)
+{
+    const auto last =
+        std::find_if(mailboxes.crbegin(), mailboxes.crend(),
+                     [](const IMAPClient::ListedMailbox& mailbox) { return mailbox.delimiter; });
+    return last == mailboxes.crend() ? std::nullopt : last->delimiter;
 }
 
 std::optional<QString> find(Mailbox role, const Listing& mailboxes)
@@ -129,8 +149,8 @@ QList<MailLabel> labels(const Listing& mailboxes)
     }
     QList<MailLabel> result;
     for (const IMAPClient::ListedMailbox& mailbox : mailboxes) {
-        if (canHoldMessages(mailbox) && !mailbox.attributes.contains(u"\\nonexistent"_s) &&
-            !excluded.contains(mailbox.name) && !isInbox(mailbox.name))
+        if (canHoldMessages(mailbox) && exists(mailbox) && !excluded.contains(mailbox.name) &&
+            !isInbox(mailbox.name))
             result.append({mailbox.name, displayPath(mailbox.name, mailbox.delimiter)});
     }
     std::ranges::sort(result, isOrderedBefore);

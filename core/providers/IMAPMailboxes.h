@@ -18,6 +18,12 @@ using Listing = QList<IMAPClient::ListedMailbox>;
 /// Whether the wire name is that of the Inbox, which servers spell in any case (RFC 3501, 5.1).
 bool isInbox(const QString& wireName);
 
+/// Whether a mailbox of that wire name is there, and not merely a node above others.
+bool contains(const Listing& mailboxes, const QString& wireName);
+
+/// The hierarchy delimiter that the server told last; absent where it told none.
+std::optional<QString> delimiter(const Listing& mailboxes);
+
 /// The mailbox of a role: by its special-use attribute (RFC 6154), which beats any name, then by the names
 /// that are in use. Inbox and starred are "INBOX".
 std::optional<QString> find(Mailbox role, const Listing& mailboxes);

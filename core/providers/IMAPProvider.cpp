@@ -5,12 +5,15 @@
 #include "format/AddressParser.h"
 #include "format/MIMEParser.h"
 #include "format/MailDate.h"
+#include "format/MessageComposer.h"
 #include "platform/Tasks.h"
+#include "protocols/SMTPClient.h"
 
 #include <QCoreApplication>
 #include <QSet>
 
 #include <algorithm>
+#include <array>
 #include <limits>
 #include <utility>
 
@@ -61,6 +64,27 @@ QSet<QString> lowerCased(const QList<QString>& flags)
     for (const QString& flag : flags)
         result.insert(Text::asciiLowered(flag));
     return result;
+}
+
+/// Servers of these put a copy of what they send into the Sent mailbox by themselves.
+constexpr std::array<QLatin1StringView, 4> filingSuffixes = {".gmail.com"_L1, ".googlemail.com"_L1,
+                                                             ".office365.com"_L1, ".outlook.com"_L1};
+
+bool filesSentMail(const QString& smtpHost)
+{
+    const QString host = smtpHost.toLower();
+    return std::ranges::any_of(filingSuffixes,
+                               [&host](QLatin1StringView suffix) { return host.endsWith(suffix); });
+}
+
+/// The bytes of the message under the present date.
+Task<QByteArray> composed(OutgoingMessage message)
+{
+    const auto compose = [message, now = QDateTime::currentDateTimeUtc()] {
+        return MessageComposer::build(message, now);
+    };
+    QByteArray bytes = co_await runOnWorker(compose);
+    co_return bytes;
 }
 
 QString cacheKey(qint64 uidValidity, qint64 uid, const QString& mailbox)
@@ -156,6 +180,7 @@ std::invoke_result_t<Body, IMAPProvider::Client> IMAPProvider::withClient(Body b
     const auto self = shared_from_this();
     const Turnstile::Turn turn = co_await m_clientTurn.enter();
     for (bool canRetry = true;; canRetry = false) {
+        m_isSecondTry = !canRetry;
         try {
             if (!m_client)
                 m_client = co_await IMAPClient::connect(m_settings, m_auth, m_factory);
@@ -193,8 +218,10 @@ Task<std::optional<QString>> IMAPProvider::resolveMailbox(Mailbox role, Client c
     if (found || !create)
         co_return found;
     const QString name = IMAPMailboxes::nameToCreate(role);
-    co_await client->create(name);
-    m_mailboxes.reset();
+    const IsDone isDone = [name](const IMAPMailboxes::Listing& mailboxes) {
+        return IMAPMailboxes::contains(mailboxes, name);
+    };
+    co_await finishChange(client, client->create(name), isDone);
     co_return name;
 }
 
@@ -225,7 +252,9 @@ Task<QString> IMAPProvider::wireName(Client client, QString path)
     if (!IMAPMailboxes::wireName(path, {}, client->delimiter()))
         throw MailError::unsupported(tr("Please enter a name."));
     co_await knowMailboxes(client);
-    co_return *IMAPMailboxes::wireName(path, *m_mailboxes, client->delimiter());
+    // A connection that is newer than the list has seen no delimiter yet.
+    const QString delimiter = IMAPMailboxes::delimiter(*m_mailboxes).value_or(client->delimiter());
+    co_return *IMAPMailboxes::wireName(path, *m_mailboxes, delimiter);
 }
 
 // --- Listing
@@ -544,13 +573,21 @@ Task<> IMAPProvider::setFlag(QList<QString> ids, bool add, QString flag, bool Me
     co_await persistBoxes();
 }
 
-Task<> IMAPProvider::storeFlag(Client client, QList<QString> ids, bool add, QString flag)
+Task<> IMAPProvider::forEachGroup(QList<QString> ids, Client client, GroupBody body)
 {
     const QMap<QString, QList<qint64>> groups = groupIDs(ids);
     for (auto group = groups.cbegin(); group != groups.cend(); ++group) {
         co_await selectForIDs(client, group.key());
-        co_await client->store(*group, add, flag);
+        co_await body(group.key(), *group);
     }
+}
+
+Task<> IMAPProvider::storeFlag(Client client, QList<QString> ids, bool add, QString flag)
+{
+    const GroupBody body = [client, add, flag](const QString&, const QList<qint64>& uids) {
+        return client->store(uids, add, flag);
+    };
+    co_await forEachGroup(ids, client, body);
 }
 
 // --- Moving
@@ -570,13 +607,17 @@ Task<> IMAPProvider::moveMessages(QList<QString> ids, Destination destination)
 
 Task<> IMAPProvider::moveGroups(Client client, QList<QString> ids, Destination destination)
 {
-    const QMap<QString, QList<qint64>> groups = groupIDs(ids);
-    for (auto group = groups.cbegin(); group != groups.cend(); ++group) {
-        co_await selectForIDs(client, group.key());
-        const QString target = co_await destination(client);
-        if (target != group.key())
-            co_await client->move(*group, target);
-    }
+    const GroupBody body = [this, client, destination](const QString& mailbox, const QList<qint64>& uids) {
+        return moveGroup(client, mailbox, uids, destination);
+    };
+    co_await forEachGroup(ids, client, body);
+}
+
+Task<> IMAPProvider::moveGroup(Client client, QString mailbox, QList<qint64> uids, Destination destination)
+{
+    const QString target = co_await destination(client);
+    if (target != mailbox)
+        co_await client->move(uids, target);
 }
 
 Task<> IMAPProvider::archive(QList<QString> ids)
@@ -608,6 +649,96 @@ Task<> IMAPProvider::moveToLabel(QList<QString> ids, MailLabel label)
     return moveMessages(ids, [label](const Client&) { return given(label.id); });
 }
 
+// --- Sending and drafts
+
+Task<> IMAPProvider::testConnection(ServerSettings settings, MailAuth auth, TransportFactory factory)
+{
+    const Client client = co_await IMAPClient::connect(settings, auth, factory);
+    client->close();
+    co_await SMTPClient::verify(settings, auth, factory);
+}
+
+Task<> IMAPProvider::send(OutgoingMessage message, std::optional<QString> draftID)
+{
+    const auto self = shared_from_this();
+    QList<QString> recipients;
+    for (const EmailAddress& recipient : message.to + message.cc + message.bcc)
+        recipients.append(recipient.address);
+    {
+        // Of the blind copies no byte leaves for the other recipients.
+        OutgoingMessage open = message;
+        open.bcc.clear();
+        const QByteArray data = co_await composed(open);
+        co_await SMTPClient::send(m_settings, m_auth, m_factory, message.from.address, recipients, data);
+    }
+    // The message has gone out. A failure told from here on would make the user send it a second time.
+    try {
+        const auto body = [this, message](Client client) {
+            return appendSentCopy(std::move(client), message);
+        };
+        if (!filesSentMail(m_settings.smtpHost))
+            co_await withClient(body);
+    } catch (const std::exception&) {
+        // The recipients have it; the user's own copy is missing.
+    }
+    co_await replaceDraft(draftID);
+    m_listings.clear();
+}
+
+Task<> IMAPProvider::appendSentCopy(Client client, OutgoingMessage message)
+{
+    const std::optional<QString> sent = co_await resolveMailbox(Mailbox::sent, client, false);
+    if (!sent)
+        co_return;
+    const QByteArray data = co_await composed(message);
+    co_await client->append(*sent, u"\\Seen"_s, data);
+}
+
+Task<> IMAPProvider::saveDraft(OutgoingMessage message, std::optional<QString> draftID)
+{
+    const auto self = shared_from_this();
+    const auto body = [this, message](Client client) { return appendDraft(std::move(client), message); };
+    co_await withClient(body);
+    co_await replaceDraft(draftID);
+    m_listings.clear();
+}
+
+Task<> IMAPProvider::appendDraft(Client client, OutgoingMessage message)
+{
+    const QString drafts = co_await requireMailbox(Mailbox::drafts, client, true);
+    const QByteArray data = co_await composed(message);
+    co_await client->append(drafts, u"\\Draft \\Seen"_s, data);
+}
+
+Task<> IMAPProvider::replaceDraft(std::optional<QString> draftID)
+{
+    if (!draftID)
+        co_return;
+    try {
+        co_await deleteDraft(*draftID);
+    } catch (const std::exception&) {
+        // The draft exists twice, or next to the sent message. Nothing is lost.
+    }
+}
+
+Task<> IMAPProvider::deleteDraft(QString id)
+{
+    co_await loadBoxes();
+    const QList<QString> ids(1, id);
+    const auto body = [this, ids](Client client) { return deleteGroups(std::move(client), ids); };
+    co_await withClient(body);
+    m_listings.clear();
+    co_await persistBoxes();
+}
+
+Task<> IMAPProvider::deleteGroups(Client client, QList<QString> ids)
+{
+    const GroupBody body = [client](const QString&, const QList<qint64>& uids) {
+        return client->deleteMessages(uids);
+    };
+    co_await forEachGroup(ids, client, body);
+}
+
 // --- Folders
 
 Task<MailLabel> IMAPProvider::createLabel(QString name)
@@ -615,11 +746,32 @@ Task<MailLabel> IMAPProvider::createLabel(QString name)
     return withClient([this, name](Client client) { return createMailbox(std::move(client), name); });
 }
 
+Task<> IMAPProvider::finishChange(Client client, Task<> change, IsDone isDone)
+{
+    std::optional<MailError> refusal;
+    try {
+        co_await change;
+    } catch (const MailError& error) {
+        // The first try may have done it, and only the answer to that was lost.
+        if (!m_isSecondTry || error.kind() != MailError::Kind::protocolError || isDeadConnection(error))
+            throw;
+        refusal = error;
+    }
+    m_mailboxes.reset();
+    if (!refusal)
+        co_return;
+    co_await knowMailboxes(client);
+    if (!isDone(*m_mailboxes))
+        throw *refusal;
+}
+
 Task<MailLabel> IMAPProvider::createMailbox(Client client, QString name)
 {
     const QString wire = co_await wireName(client, name);
-    co_await client->create(wire);
-    m_mailboxes.reset();
+    const IsDone isDone = [wire](const IMAPMailboxes::Listing& mailboxes) {
+        return IMAPMailboxes::contains(mailboxes, wire);
+    };
+    co_await finishChange(client, client->create(wire), isDone);
     co_await knowMailboxes(client);
     const auto listed = std::ranges::find(*m_mailboxes, wire, &IMAPClient::ListedMailbox::name);
     const std::optional<QString> delimiter = listed == m_mailboxes->end() ? std::nullopt : listed->delimiter;
@@ -642,9 +794,12 @@ Task<MailLabel> IMAPProvider::renameLabel(MailLabel label, QString newName)
 Task<MailLabel> IMAPProvider::renameMailbox(Client client, MailLabel label, QString newName)
 {
     const QString wire = co_await wireName(client, newName);
-    co_await client->rename(label.id, wire);
-    m_mailboxes.reset();
-    co_return MailLabel{wire, IMAPMailboxes::displayPath(wire, client->delimiter())};
+    const QString delimiter = IMAPMailboxes::delimiter(*m_mailboxes).value_or(client->delimiter());
+    const IsDone isDone = [old = label.id, wire](const IMAPMailboxes::Listing& mailboxes) {
+        return IMAPMailboxes::contains(mailboxes, wire) && !IMAPMailboxes::contains(mailboxes, old);
+    };
+    co_await finishChange(client, client->rename(label.id, wire), isDone);
+    co_return MailLabel{wire, IMAPMailboxes::displayPath(wire, delimiter)};
 }
 
 Task<> IMAPProvider::deleteLabel(MailLabel label)
@@ -659,8 +814,10 @@ Task<> IMAPProvider::deleteLabel(MailLabel label)
 
 Task<> IMAPProvider::deleteMailbox(Client client, MailLabel label)
 {
-    co_await client->deleteMailbox(label.id);
-    m_mailboxes.reset();
+    const IsDone isDone = [name = label.id](const IMAPMailboxes::Listing& mailboxes) {
+        return !IMAPMailboxes::contains(mailboxes, name);
+    };
+    co_await finishChange(client, client->deleteMailbox(label.id), isDone);
 }
 
 Task<> IMAPProvider::setLabel(MailLabel, bool, QList<QString>)

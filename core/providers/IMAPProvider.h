@@ -24,6 +24,10 @@ namespace Larkhaven {
 /// unnoticed. Each listing asks the server for the UIDs of the whole view and fetches only what its page
 /// lacks; summaries are kept across launches in a sealed snapshot.
 ///
+/// Messages go out over SMTP, on a connection of their own that nothing else waits for, and are copied to the
+/// Sent mailbox where the server doesn't do so itself. An operation on the IMAP connection is repeated once
+/// where that dies; the sending of a message never is.
+///
 /// A message id is "{uid}:{wire name of the mailbox}". Ids are good only under the UIDVALIDITY that their
 /// mailbox had when it was listed: under another, operations on them fail with "This message is no longer on
 /// the server." and touch nothing, since the same number may mean another message by now.
@@ -36,6 +40,11 @@ public:
     static std::shared_ptr<IMAPProvider> create(Account account, MailAuth auth,
                                                 std::shared_ptr<MailCache> cache, TransportFactory factory);
 
+    /// Proves that both servers take the settings and the credential. A failure of either passes on as it is.
+    static Task<> testConnection(ServerSettings settings, MailAuth auth, TransportFactory factory);
+
+    using MailProvider::saveDraft;
+    using MailProvider::send;
     const Account& account() const override { return m_account; }
     Task<MessagePage> listMessages(MailboxRef ref, std::optional<QString> query, qint64 offset, qint64 limit,
                                    bool refresh) override;
@@ -50,6 +59,8 @@ public:
     Task<> moveToInbox(QList<QString> ids) override;
     Task<> markSpam(QList<QString> ids) override;
     Task<> moveToLabel(QList<QString> ids, MailLabel label) override;
+    Task<> send(OutgoingMessage message, std::optional<QString> draftID) override;
+    Task<> saveDraft(OutgoingMessage message, std::optional<QString> draftID) override;
     Task<qint64> inboxUnreadCount() override;
     Task<QHash<QString, qint64>> counts(QList<MailLabel> labels) override;
     bool supportsLabels() const override { return false; }
@@ -67,6 +78,10 @@ private:
     using Client = std::shared_ptr<IMAPClient>;
     /// Gives a wire name, within a body.
     using Destination = std::function<Task<QString>(Client)>;
+    /// Acts on messages of the mailbox that is selected.
+    using GroupBody = std::function<Task<>(QString mailbox, QList<qint64> uids)>;
+    /// Whether the mailboxes are as a change wants them.
+    using IsDone = std::function<bool(const IMAPMailboxes::Listing&)>;
     struct Listing {
         QString mailbox;
         QList<qint64> uids; ///< descending: newest first by arrival
@@ -103,8 +118,18 @@ private:
     Task<QList<MailLabel>> listedLabels(Client client);
     Task<qint64> unseen(Client client);
     Task<QHash<QString, qint64>> countAll(Client client, QList<MailLabel> labels);
+    /// Selects each mailbox of the ids, and lets the body act on its messages. A failure leaves the mailboxes
+    /// that were done before as they are.
+    Task<> forEachGroup(QList<QString> ids, Client client, GroupBody body);
     Task<> storeFlag(Client client, QList<QString> ids, bool add, QString flag);
     Task<> moveGroups(Client client, QList<QString> ids, Destination destination);
+    Task<> moveGroup(Client client, QString mailbox, QList<qint64> uids, Destination destination);
+    Task<> appendSentCopy(Client client, OutgoingMessage message);
+    Task<> appendDraft(Client client, OutgoingMessage message);
+    Task<> deleteGroups(Client client, QList<QString> ids);
+    /// Lets a CREATE, RENAME or DELETE come to its end. The list of mailboxes is forgotten, unless it was
+    /// needed to learn whether the change was done by the first try.
+    Task<> finishChange(Client client, Task<> change, IsDone isDone);
     Task<MailLabel> createMailbox(Client client, QString name);
     Task<MailLabel> renameMailbox(Client client, MailLabel label, QString newName);
     Task<> deleteMailbox(Client client, MailLabel label);
@@ -114,6 +139,8 @@ private:
 
     // Everything that changes the boxes or relies on them loads them first.
     Task<> moveMessages(QList<QString> ids, Destination destination);
+    Task<> deleteDraft(QString id);
+    Task<> replaceDraft(std::optional<QString> draftID);
     Task<> setFlag(QList<QString> ids, bool add, QString flag, bool MessageSummary::*field);
     Task<> loadBoxes();
     Task<> persistBoxes();
@@ -131,6 +158,7 @@ private:
 
     Client m_client;
     Turnstile m_clientTurn;
+    bool m_isSecondTry = false;                        ///< of the body that owns the client
     std::optional<IMAPMailboxes::Listing> m_mailboxes; ///< the last LIST
     QHash<QString, Listing> m_listings;                ///< by "{MailboxRef::id}|{query}"
     IMAPBoxes m_boxes;

@@ -9,7 +9,7 @@ import smtplib
 import sys
 
 from demo.mailbox import bulk, catalogue, maildir
-from demo.server import authority, dovecot, privileges, statefolder
+from demo.server import authority, dovecot, loopback, privileges, statefolder, submission
 
 OWNER = "mara@larkhaven.example"
 SECOND_USER = "theo@larkhaven.example"
@@ -19,13 +19,18 @@ _DELIVERY_SECONDS = 20
 _MAX_BULK = 1_000_000
 
 _DESCRIPTION = """\
-A throwaway IMAP server on loopback with a sample mailbox: a real Dovecot that runs as an ordinary user and keeps all that
+A throwaway mail server on loopback with a sample mailbox: a real Dovecot that runs as an ordinary user and keeps all that
 it has in one state folder. Called by root, it gives up root first and runs as the user LARKHAVEN_DEMO_USER ("nobody").
+
+Beside it a real Postfix takes mail from those who sign in and delivers it into the mailboxes; none leaves the machine. It
+needs root, directly or by a sudo that asks for nothing, and leaves no trace on the disk: it lives in namespaces of its own.
+Where root can't be had there is a line about it, and mail can be read but not sent.
 
   start        makes what is missing, starts the server, prints the ports; does nothing but print when it runs already
   restart      stop and start, on the same ports
   stop         ends exactly the server of this folder, and waits for it
-  kill         ends it at once with every session, as a crash or a power cut would
+  kill         ends it at once with every session, as a crash or a power cut would (both with --submission-only for
+               Postfix alone; a later start brings it back)
   status       prints the ports and exits with 0 while it runs, with 3 otherwise
   deliver      delivers a message (a file, or standard input) through LMTP
   doveadm      runs doveadm with the configuration of this server: mailserver doveadm FOLDER -- ARGUMENTS
@@ -44,15 +49,33 @@ def main(arguments):
         message = _read_message(options) if options.command == "deliver" else None
         if options.command in ("start", "restart"):
             folder.prepare(account)
+            options.root = _root_part(options)
         elif not folder.exists():
             return _absent(options, folder)
         privileges.give_up_root(account)
         folder.check_reachable()
         os.chdir(folder.path)
         return _COMMANDS[options.command](options, folder, dovecot.Dovecot(folder, account), message)
-    except (privileges.NoSuchUser, statefolder.Refused, dovecot.Failed, OSError, RuntimeError) as error:
+    except (privileges.NoSuchUser, statefolder.Refused, dovecot.Failed, loopback.NoFreePort, submission.Unavailable, OSError,
+            RuntimeError) as error:
         print(f"mailserver: {error}", file=sys.stderr)
         return 1
+
+
+def _root_part(options):
+    """What starts the submission server, while root is still there; or nothing, said in a line."""
+    if options.submission == "no":
+        return None
+    try:
+        return submission.RootPart()
+    except submission.Unavailable as error:
+        return _without_submission(options, error)
+
+
+def _without_submission(options, error):
+    if options.submission == "yes":
+        raise submission.Unavailable(f"no submission server: {error}")
+    print(f"mailserver: there is no submission server, so mail can be read but not sent: {error}", file=sys.stderr)
 
 
 def _absent(options, folder):
@@ -64,34 +87,61 @@ def _absent(options, folder):
 
 
 def _start(options, folder, server, _message):
-    with folder.lock(_LOCK_SECONDS):
-        if options.command == "restart":
-            server.stop()
-        if server.answers():
-            if options.foreground:
-                raise dovecot.Failed("the server runs already, in the hands of another process")
-            print(folder.read("ports"), end="", flush=True)
-            return 0
-        server.stop()  # what a crash has left behind
-        known = authority.Authority(folder)
-        known.prepare()
-        certificate, key = known.certificate(options.cert)
-        password = folder.password(options.password or os.environ.get("LARKHAVEN_DEMO_PASSWORD"))
-        options.users = {OWNER: password, SECOND_USER: password}
-        for user in options.user:
-            name, _, own = user.partition(":")
-            options.users[name.lower()] = own or password
-        _fill_mailbox(options, folder)
-        _let_terminating_signals_raise()
-        try:
-            server.start(options, certificate, key, options.timeout, own_child=options.foreground)
-        except _Ended:
-            server.kill()
-            return 1
+    try:
+        with folder.lock(_LOCK_SECONDS):
+            posting = submission.Submission(folder)
+            known = authority.Authority(folder)
+            if options.command == "restart":
+                _end(server, posting)
+            _let_terminating_signals_raise()
+            try:
+                if not server.answers():
+                    _end(server, posting)  # what a crash has left behind
+                    _start_dovecot(options, folder, server, known)
+                elif options.foreground:
+                    raise dovecot.Failed("the server runs already, in the hands of another process")
+                if options.root and not posting.is_running():
+                    _start_submission(options, posting, server, known)
+            except _Ended:
+                _end(server, posting, at_once=True)
+                return 1
+    finally:
+        if options.root:
+            options.root.close()
     if not options.foreground:
         print(folder.read("ports"), end="", flush=True)
         return 0
     return _stay(folder, server)
+
+
+def _end(server, posting, at_once=False):
+    for each in (posting, server):
+        if at_once:
+            each.kill()
+        else:
+            each.stop()
+
+
+def _start_dovecot(options, folder, server, known):
+    known.prepare()
+    certificate, key = known.certificate(options.cert)
+    password = folder.password(options.password or os.environ.get("LARKHAVEN_DEMO_PASSWORD"))
+    options.special_folders = [name for name in catalogue.SPECIAL_FOLDERS if name not in options.without]
+    options.users = {OWNER: password, SECOND_USER: password}
+    for user in options.user:
+        name, _, own = user.partition(":")
+        options.users[name.lower()] = own or password
+    _fill_mailbox(options, folder)
+    server.start(options, certificate, key, options.timeout, own_child=options.foreground)
+
+
+def _start_submission(options, posting, server, known):
+    certificate, key = known.certificate(options.smtp_cert or options.cert)
+    wanted = {"SMTP_PORT": options.smtp_port, "SMTPS_PORT": options.smtps_port, "SMTP_PLAIN_PORT": 0}
+    try:
+        posting.start(options.root, wanted, certificate, key, server.running_pid(), options.smtp_settings, options.timeout)
+    except submission.Unavailable as error:
+        _without_submission(options, error)
 
 
 def _fill_mailbox(options, folder):
@@ -110,7 +160,7 @@ def _fill_mailbox(options, folder):
         maildir.write(unfinished, messages)
         folder.write("index.json", catalogue.index(messages))
     else:
-        maildir.write(unfinished, bulk.messages(count, options.now), folders=catalogue.SPECIAL_FOLDERS)
+        maildir.write(unfinished, bulk.messages(count, options.now), folders=options.special_folders)
         folder.remove("index.json")
     os.rename(unfinished, os.path.join(home, "Maildir"))
 
@@ -135,7 +185,7 @@ def _stay(folder, server):
         for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):
             signal.signal(number, signal.SIG_IGN)
         with folder.lock(_LOCK_SECONDS):
-            server.stop()
+            _end(server, submission.Submission(folder))
         return 0
     with folder.lock(_LOCK_SECONDS):
         if not os.path.exists(folder.file("dovecot.pid")):
@@ -146,10 +196,13 @@ def _stay(folder, server):
 
 def _stop(options, folder, server, _message):
     with folder.lock(_LOCK_SECONDS):
-        if options.command == "kill":
-            server.kill()
+        posting = submission.Submission(folder)
+        if not options.submission_only:
+            _end(server, posting, at_once=options.command == "kill")
+        elif options.command == "kill":
+            posting.kill()
         else:
-            server.stop()
+            posting.stop()
     return 0
 
 
@@ -157,7 +210,10 @@ def _status(_options, folder, server, _message):
     if server.running_pid() is None:
         print("stopped")
         return 3
-    print(folder.read("ports"), end="")
+    lines = folder.read("ports").splitlines(keepends=True)
+    if not submission.Submission(folder).is_running():
+        lines = [line for line in lines if not line.startswith("SMTP")]
+    print("".join(lines), end="")
     return 0
 
 
@@ -209,6 +265,8 @@ def _parser():
                                    help="who runs the server when root calls (default: LARKHAVEN_DEMO_USER, or nobody)")
     for name in ("start", "restart"):
         _add_start_options(parsers[name])
+    for name in ("stop", "kill"):
+        parsers[name].add_argument("--submission-only", action="store_true", help="end Postfix and leave Dovecot running")
     deliver = parsers["deliver"]
     deliver.add_argument("file", nargs="?", default="-")
     deliver.add_argument("--to", action="append", metavar="ADDRESS", help=f"a receiver (default: {OWNER})")
@@ -224,18 +282,28 @@ def _add_start_options(parser):
     parser.add_argument("--imap-port", type=_port, default=0, metavar="N", help="IMAP with STARTTLS; 0: the last one, or a free one")
     parser.add_argument("--imaps-port", type=_port, default=0, metavar="N", help="IMAP over TLS; 0: the last one, or a free one")
     parser.add_argument("--lmtp-port", type=_port, metavar="N", help="LMTP over TCP beside its socket (default: none)")
+    parser.add_argument("--submission", choices=("auto", "yes", "no"), default="auto",
+                        help="whether to start Postfix: where it can be had, or else fail, or not (default: auto)")
+    parser.add_argument("--smtp-port", type=_port, default=0, metavar="N", help="submission with STARTTLS; 0: the last one, or a free one")
+    parser.add_argument("--smtps-port", type=_port, default=0, metavar="N", help="submission over TLS; 0: the last one, or a free one")
     parser.add_argument("--messages", type=_messages, default=("demo", 0), metavar="demo|empty|bulk=N",
                         help="what a new mailbox holds")
     parser.add_argument("--fresh", action="store_true", help="throw away all mail of earlier starts first")
     parser.add_argument("--now", type=maildir.moment, default=datetime.datetime.now(datetime.timezone.utc),
                         metavar="TIME", help="the moment that the sample mailbox is about (ISO 8601; default: the present)")
     parser.add_argument("--cert", choices=sorted(authority.KINDS), default="good", help="which certificate the server shows")
+    parser.add_argument("--smtp-cert", choices=sorted(authority.KINDS), help="the same for Postfix (default: as --cert)")
+    parser.add_argument("--introspection", metavar="URL", help="accept OAuth tokens that this address knows (RFC 7662)")
     parser.add_argument("--hierarchy", choices=("top", "inbox"), default="top",
                         help='folders named "Sent" and "A/B", or "INBOX.Sent" and "INBOX.A.B"')
+    parser.add_argument("--without", action="append", default=[], choices=catalogue.SPECIAL_FOLDERS, metavar="NAME",
+                        help="leave out the folder of a role, such as Archive")
     parser.add_argument("--password", help="of all accounts (default: LARKHAVEN_DEMO_PASSWORD, or that of last time, or a new one)")
     parser.add_argument("--user", action="append", default=[], metavar="ADDRESS[:PASSWORD]", help="a further account")
     parser.add_argument("--set", action="append", default=[], type=_setting, dest="settings", metavar="NAME=VALUE",
                         help="a further Dovecot setting, such as imap_capability")
+    parser.add_argument("--smtp-set", action="append", default=[], type=_setting, dest="smtp_settings", metavar="NAME=VALUE",
+                        help="a further Postfix setting, such as smtpd_sasl_mechanism_filter")
     parser.add_argument("--foreground", action="store_true", help="stay until the server ends; it ends with this process")
     parser.add_argument("--timeout", type=float, default=20, metavar="SECONDS", help="how long the server may take to answer")
 

@@ -4,23 +4,14 @@ import base64
 import contextlib
 import grp
 import os
-import random
 import shutil
 import signal
 import socket
 import subprocess
 import time
 
-from demo.server import privileges
+from demo.server import loopback, privileges
 
-# Dovecot takes a client whose address equals the server's own for safe, whatever the settings. On the first two hosts the
-# user database is what refuses a login without TLS; on the third one clients count as strangers, and get LOGINDISABLED.
-HOSTS = ("127.0.0.1", "::1", "127.0.0.2")
-STRANGER_HOST = "127.0.0.2"
-
-# Below the range from which the kernel takes the ports of outgoing connections, so that none of those is in the way.
-_PORT_RANGE = (20000, 32000)
-_PORT_ATTEMPTS = 200
 _START_ATTEMPTS = 5
 _POLL = 0.01
 _STOP_TIMEOUT = 5
@@ -57,6 +48,11 @@ service anvil {{
     mode = 0
   }}
 }}
+service auth {{
+  unix_listener submission-auth {{
+    mode = 0666
+  }}
+}}
 service lmtp {{
   unix_listener lmtp {{
     mode = 0666
@@ -68,7 +64,7 @@ ssl_min_protocol = TLSv1.2
 ssl_cert = <{run}/server.pem
 ssl_key = <{run}/server.key
 disable_plaintext_auth = yes
-auth_mechanisms = plain login
+auth_mechanisms = plain login{token_mechanisms}
 auth_failure_delay = 0
 auth_username_format = %Lu
 mail_max_userip_connections = 100
@@ -78,9 +74,10 @@ hostname = localhost
 
 passdb {{
   driver = passwd-file
-  args = username_format=%u/%c {run}/accounts
+  mechanisms = plain login
+  args = username_format=%u/%s/%c {run}/accounts
 }}
-userdb {{
+{token_database}userdb {{
   driver = passwd-file
   args = username_format=%u {run}/homes
 }}
@@ -94,27 +91,29 @@ namespace inbox {{
   inbox = yes
   separator = {separator}
   prefix = {prefix}
-  mailbox Sent {{
+{mailboxes}}}
+"""
+
+_MAILBOX = """\
+  mailbox {name} {{
     auto = subscribe
-    special_use = \\Sent
+    special_use = \\{name}
   }}
-  mailbox Drafts {{
-    auto = subscribe
-    special_use = \\Drafts
-  }}
-  mailbox Archive {{
-    auto = subscribe
-    special_use = \\Archive
-  }}
-  mailbox Junk {{
-    auto = subscribe
-    special_use = \\Junk
-  }}
-  mailbox Trash {{
-    auto = subscribe
-    special_use = \\Trash
-  }}
+"""
+# Tokens are good when their server says so (RFC 7662).
+_TOKEN_DATABASE = """\
+passdb {{
+  driver = oauth2
+  mechanisms = xoauth2 oauthbearer
+  args = {run}/tokens
 }}
+"""
+_TOKENS = """\
+introspection_mode = post
+introspection_url = {url}
+active_attribute = active
+active_value = true
+username_attribute = username
 """
 
 
@@ -135,16 +134,16 @@ class Dovecot:
 
         Ports of 0 are those of the last start, or free ones; when somebody took a chosen port meanwhile, another is chosen.
         """
-        listen = _usable_hosts()
+        listen = loopback.usable_hosts()
         former = self.folder.ports()
         for attempt in range(_START_ATTEMPTS):
             if attempt:
                 former = {}
             ports = {
-                "imap_port": _choose(options.imap_port, former.get("IMAP_PORT"), listen),
-                "imaps_port": _choose(options.imaps_port, former.get("IMAPS_PORT"), listen),
+                "imap_port": loopback.choose(options.imap_port, former.get("IMAP_PORT"), listen),
+                "imaps_port": loopback.choose(options.imaps_port, former.get("IMAPS_PORT"), listen),
                 "lmtp_port": None if options.lmtp_port is None
-                             else _choose(options.lmtp_port, former.get("LMTP_PORT"), listen),
+                             else loopback.choose(options.lmtp_port, former.get("LMTP_PORT"), listen),
             }
             self._configure(options, certificate, key, listen, ports)
             if self._launch(ports, timeout, own_child):
@@ -157,6 +156,11 @@ class Dovecot:
         shutil.copy(certificate, os.path.join(run, "server.pem"))
         shutil.copy(key, os.path.join(run, "server.key"))
         self._write_accounts(run, options.users)
+        token_database = ""
+        if options.introspection:
+            token_database = _TOKEN_DATABASE.format(run=run)
+            with open(os.path.join(run, "tokens"), "x", encoding="utf-8") as handle:
+                handle.write(_TOKENS.format(url=options.introspection))
         lmtp_listener = ""
         if ports["lmtp_port"] is not None:
             lmtp_listener = f"  inet_listener lmtp {{\n    port = {ports['lmtp_port']}\n  }}\n"
@@ -164,21 +168,25 @@ class Dovecot:
             run=run, log=_quoted(self.folder.file("dovecot.log")), homes=_quoted(self.folder.file("users").replace("%", "%%") + "/%u"),
             listen=", ".join(listen), user=self.account.pw_name, group=_group_name(os.getgid()),
             uid=os.getuid(), gid=os.getgid(), imap_port=ports["imap_port"], imaps_port=ports["imaps_port"],
-            lmtp_listener=lmtp_listener, separator="/" if options.hierarchy == "top" else ".",
+            mailboxes="".join(_MAILBOX.format(name=name) for name in options.special_folders),
+            lmtp_listener=lmtp_listener, token_database=token_database,
+            token_mechanisms=" xoauth2 oauthbearer" if token_database else "", separator="/" if options.hierarchy == "top" else ".",
             prefix="" if options.hierarchy == "top" else "INBOX.")
         text += "".join(f"{setting}\n" for setting in options.settings)
         self.folder.write("dovecot.conf", text)
         written = {"IMAP_HOST": "localhost", "IMAP_PORT": ports["imap_port"], "IMAPS_PORT": ports["imaps_port"]}
-        if STRANGER_HOST in listen:
-            written["STRANGER_HOST"] = STRANGER_HOST
+        if loopback.STRANGER_HOST in listen:
+            written["STRANGER_HOST"] = loopback.STRANGER_HOST
         if ports["lmtp_port"] is not None:
             written["LMTP_PORT"] = ports["lmtp_port"]
         written["LMTP_SOCKET"] = os.path.join(run, "lmtp")
         self.folder.write_ports(written)
 
     def _write_accounts(self, run, users):
-        # A name with "/TLS" behind it is found only for a client that speaks TLS.
-        lines = {"accounts": "{name}/TLS:{{PLAIN.b64}}{password}\n", "homes": "{name}::{uid}:{gid}:::\n"}
+        # A name with "/imap/TLS" behind it is found only for a mail client that speaks TLS. The submission server, which lets
+        # nobody sign in without, counts as "secured".
+        account = "{name}/imap/TLS:{{PLAIN.b64}}{password}\n{name}/smtp/secured:{{PLAIN.b64}}{password}\n"
+        lines = {"accounts": account, "homes": "{name}::{uid}:{gid}:::\n"}
         for file, line in lines.items():
             with open(os.path.join(run, file), "x", encoding="utf-8", opener=_private) as handle:
                 for name, password in users.items():
@@ -301,41 +309,9 @@ def _quoted(value):
     return '"' + value.replace("\\", "\\\\").replace('"', '\\"') + '"'
 
 
-def _family(host):
-    return socket.AF_INET6 if ":" in host else socket.AF_INET
-
-
-def _can_bind(host, port):
-    try:
-        with socket.socket(_family(host), socket.SOCK_STREAM) as probe:
-            probe.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
-            probe.bind((host, port))
-    except OSError:
-        return False
-    return True
-
-
-def _usable_hosts():
-    """Some machines and containers have no IPv6, and some systems only one address of loopback."""
-    return [host for host in HOSTS if _can_bind(host, 0)]
-
-
-def _choose(wanted, former, hosts):
-    if wanted:
-        return wanted
-    if former and all(_can_bind(host, int(former)) for host in hosts):
-        return int(former)
-    generator = random.SystemRandom()
-    for _ in range(_PORT_ATTEMPTS):
-        port = generator.randrange(*_PORT_RANGE)
-        if all(_can_bind(host, port) for host in hosts):
-            return port
-    raise Failed("no free ports were found")
-
-
 def _greets(port):
     try:
-        with socket.create_connection((HOSTS[0], port), timeout=1) as connection:
+        with socket.create_connection((loopback.HOSTS[0], port), timeout=1) as connection:
             return connection.recv(4096).startswith(b"* OK")
     except OSError:
         return False

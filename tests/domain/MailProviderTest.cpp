@@ -10,7 +10,7 @@ using namespace Qt::StringLiterals;
 namespace Larkhaven {
 namespace {
 
-/// Notes the operations that `move` calls.
+/// Notes the operations that are called.
 class NotingProvider final : public MailProvider {
 public:
     explicit NotingProvider(ProviderKind kind) { m_account.provider = kind; }
@@ -33,6 +33,16 @@ public:
     Task<> moveToLabel(QList<QString> ids, MailLabel label) override
     {
         return noted(u"moveToLabel "_s + label.id, ids);
+    }
+    using MailProvider::saveDraft;
+    using MailProvider::send;
+    Task<> send(OutgoingMessage message, std::optional<QString> draftID) override
+    {
+        return noted(u"send "_s + draftID.value_or(u"without a draft"_s), {message.subject});
+    }
+    Task<> saveDraft(OutgoingMessage message, std::optional<QString> draftID) override
+    {
+        return noted(u"saveDraft "_s + draftID.value_or(u"without a draft"_s), {message.subject});
     }
     Task<qint64> inboxUnreadCount() override { co_return 0; }
     Task<QHash<QString, qint64>> counts(QList<MailLabel>) override { co_return QHash<QString, qint64>(); }
@@ -96,6 +106,17 @@ TEST(MailProvider, NamesTheRefusedRoleInTheWordsOfTheService)
                       u"Messages can't be moved to Flagged."_s);
     expectUnsupported(imap.move(ids(), MailboxRef::system(Mailbox::drafts)),
                       u"Messages can't be moved to Drafts."_s);
+}
+
+TEST(MailProvider, SendsAndSavesWithoutADraftToReplace)
+{
+    NotingProvider provider(ProviderKind::imap);
+    OutgoingMessage message;
+    message.subject = u"Hello"_s;
+    await(provider.send(message));
+    await(provider.saveDraft(message));
+    EXPECT_EQ(provider.calls,
+              QStringList({u"send without a draft(Hello)"_s, u"saveDraft without a draft(Hello)"_s}));
 }
 
 } // namespace

@@ -15,7 +15,6 @@ namespace Larkhaven {
 
 namespace {
 
-constexpr auto password = "correct horse battery staple";
 constexpr int patience = 120'000;
 
 /// One folder for the process, since its authority is what the process trusts. In memory where there is some:
@@ -29,8 +28,9 @@ QString stateFolder()
 
 } // namespace
 
-MailServer::MailServer(const QStringList& options)
+MailServer::MailServer(const QStringList& options, Submission submission)
     : m_state(stateFolder())
+    , m_submission(submission)
 {
     start(options +
           QStringList{u"--fresh"_s, u"--cert"_s, u"good"_s, u"--password"_s, QString::fromLatin1(password)});
@@ -56,14 +56,19 @@ QByteArray MailServer::run(const QStringList& arguments, const QByteArray& input
     return process.readAllStandardOutput();
 }
 
+QStringList MailServer::submissionOption() const
+{
+    return {u"--submission"_s, m_submission == Submission::none ? u"no"_s : u"yes"_s};
+}
+
 void MailServer::start(const QStringList& options)
 {
-    run(QStringList{u"start"_s, m_state} + options);
+    run(QStringList{u"start"_s, m_state} + submissionOption() + options);
 }
 
 void MailServer::restart(const QStringList& options)
 {
-    run(QStringList{u"restart"_s, m_state} + options);
+    run(QStringList{u"restart"_s, m_state} + submissionOption() + options);
 }
 
 void MailServer::stop()
@@ -76,14 +81,24 @@ void MailServer::kill()
     run({u"kill"_s, m_state});
 }
 
+void MailServer::stopSubmission()
+{
+    run({u"stop"_s, m_state, u"--submission-only"_s});
+}
+
+void MailServer::killSubmission()
+{
+    run({u"kill"_s, m_state, u"--submission-only"_s});
+}
+
 void MailServer::deliver(const QByteArray& message)
 {
     run({u"deliver"_s, m_state, u"-"_s}, message);
 }
 
-void MailServer::doveadm(const QStringList& arguments)
+QByteArray MailServer::doveadm(const QStringList& arguments)
 {
-    run(QStringList{u"doveadm"_s, m_state, u"--"_s} + arguments);
+    return run(QStringList{u"doveadm"_s, m_state, u"--"_s} + arguments);
 }
 
 int MailServer::port(const QString& name) const
@@ -99,17 +114,39 @@ int MailServer::port(const QString& name) const
     throw std::runtime_error("the server has told no such port");
 }
 
-Account MailServer::account(ConnectionSecurity security) const
+int MailServer::plainSubmissionPort() const
+{
+    return port(u"SMTP_PLAIN_PORT"_s);
+}
+
+Account MailServer::account(ConnectionSecurity security, const char* user) const
 {
     const bool isImplicit = security == ConnectionSecurity::tls;
     Account account;
-    account.id = QUuid::createUuidV5(QUuid(), QString::fromLatin1(address));
-    account.email = QString::fromLatin1(address);
+    account.email = QString::fromLatin1(user);
+    account.id = QUuid::createUuidV5(QUuid(), account.email);
     account.server = ServerSettings::preset(account.email);
     account.server->imapHost = u"localhost"_s;
     account.server->imapPort = port(isImplicit ? u"IMAPS_PORT"_s : u"IMAP_PORT"_s);
     account.server->imapSecurity = security;
+    if (m_submission == Submission::postfix) {
+        account.server->smtpHost = u"localhost"_s;
+        account.server->smtpPort = port(isImplicit ? u"SMTPS_PORT"_s : u"SMTP_PORT"_s);
+        account.server->smtpSecurity = security;
+    }
     return account;
+}
+
+std::shared_ptr<IMAPProvider> MailServer::providerOf(const Account& account,
+                                                     TransportFactory transports) const
+{
+    return IMAPProvider::create(account, MailAuth::password(QString::fromLatin1(password)), nullptr,
+                                transports ? std::move(transports) : MailTransports::open);
+}
+
+std::shared_ptr<IMAPProvider> MailServer::providerOf(const char* user) const
+{
+    return providerOf(account(ConnectionSecurity::tls, user));
 }
 
 std::shared_ptr<IMAPProvider> MailServer::provider(ConnectionSecurity security,

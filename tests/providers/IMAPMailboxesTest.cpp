@@ -167,6 +167,25 @@ TEST(IMAPMailboxes, SortsLabelsByTheirPaths)
               QStringList({u"a"_s, u"a/c"_s, u"b"_s}));
 }
 
+TEST(IMAPMailboxes, HoldsAMailboxThatIsNoMereNode)
+{
+    const Listing listing{listed(u"a"_s), listed(u"b"_s, {u"\\noselect"_s}),
+                          listed(u"c"_s, {u"\\nonexistent"_s})};
+    EXPECT_TRUE(IMAPMailboxes::contains(listing, u"a"_s));
+    EXPECT_FALSE(IMAPMailboxes::contains(listing, u"A"_s));
+    EXPECT_FALSE(IMAPMailboxes::contains(listing, u"b"_s));
+    EXPECT_FALSE(IMAPMailboxes::contains(listing, u"c"_s));
+}
+
+TEST(IMAPMailboxes, KnowsTheDelimiterThatWasToldLast)
+{
+    EXPECT_EQ(IMAPMailboxes::delimiter({}), std::nullopt);
+    EXPECT_EQ(IMAPMailboxes::delimiter({listed(u"a"_s, {}, std::nullopt)}), std::nullopt);
+    EXPECT_EQ(IMAPMailboxes::delimiter(
+                  {listed(u"a"_s, {}, u"/"_s), listed(u"b"_s, {}, u"."_s), listed(u"c"_s, {}, std::nullopt)}),
+              u"."_s);
+}
+
 // --- New names
 
 TEST(IMAPMailboxes, PutsANewFolderBelowTheInboxWhereAllOthersAre)

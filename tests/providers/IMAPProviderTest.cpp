@@ -1,11 +1,9 @@
 #include "providers/IMAPProvider.h"
 
-#include "store/AESGCMCipher.h"
+#include "Providing.h"
 #include "support/Await.h"
 #include "support/IMAPScripts.h"
 #include "support/QtPrinters.h"
-
-#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
@@ -18,49 +16,6 @@ const MailboxRef inbox = MailboxRef::system(Mailbox::inbox);
 const MailboxRef starred = MailboxRef::system(Mailbox::starred);
 const QString goneText = u"This message is no longer on the server."_s;
 
-Account someAccount()
-{
-    Account account;
-    account.id = QUuid(u"{01234567-89ab-cdef-0123-456789abcdef}"_s);
-    account.provider = ProviderKind::imap;
-    account.email = u"ann@x.example"_s;
-    account.server =
-        ServerSettings{u"ann"_s, u"imap.x.example"_s,    993, ConnectionSecurity::tls, u"smtp.x.example"_s,
-                       465,      ConnectionSecurity::tls};
-    return account;
-}
-
-/// A provider over scripted connections, with a cache if there is one.
-struct Providing {
-    explicit Providing(const QList<Script>& scripts, const std::shared_ptr<MailCache>& cache = nullptr,
-                       const Place& where = Place::current())
-        : server(scripts, where)
-        , provider(
-              IMAPProvider::create(someAccount(), MailAuth::password(u"secret"_s), cache, server.factory()))
-    {}
-    ~Providing() { server.expectUsedUp(); }
-    Providing(const Providing&) = delete;
-    Providing& operator=(const Providing&) = delete;
-
-    IMAPProvider* operator->() const { return provider.get(); }
-
-    MessagePage list(const MailboxRef& ref = inbox, qint64 offset = 0, qint64 limit = 50, bool refresh = true,
-                     const std::optional<QString>& query = std::nullopt)
-    {
-        return await(provider->listMessages(ref, query, offset, limit, refresh));
-    }
-
-    ScriptedServer server;
-    std::shared_ptr<IMAPProvider> provider;
-};
-
-/// One connection on which these lines follow the sign-in.
-QList<Script> session(std::string_view lines, const QByteArray& capabilities = "MOVE UIDPLUS",
-                      const Place& where = Place::current())
-{
-    return {signedIn(capabilities, Chunks::whole, where).then(lines)};
-}
-
 QStringList idsOf(const MessagePage& page)
 {
     QStringList ids;
@@ -68,18 +23,6 @@ QStringList idsOf(const MessagePage& page)
         ids.append(summary.id);
     return ids;
 }
-
-/// A cache below a folder of its own.
-class CachedIMAPProvider : public testing::Test {
-protected:
-    std::shared_ptr<MailCache> cache() const
-    {
-        return std::make_shared<MailCache>(temporary.path() + u"/cache"_s,
-                                           std::make_shared<AESGCMCipher>(QByteArray(32, 'k')),
-                                           1'000'000'000);
-    }
-    QTemporaryDir temporary;
-};
 
 /// The first listing of an Inbox with the messages 3 and 5, from the tag P4 on.
 constexpr std::string_view firstListing = R"(
@@ -342,6 +285,84 @@ TEST(IMAPProvider, DeletesALabel)
 {
     Providing providing(session("C: P4 DELETE \"Work\"\nS: P4 OK"));
     await(providing->deleteLabel({u"Work"_s, u"Work"_s}));
+}
+
+TEST(IMAPProvider, TakesACreatedMailboxWhoseAnswerWasLostForDone)
+{
+    Providing providing({signedIn().then("C: P4 LIST \"\" \"*\"\nS: * LIST () \"/\" INBOX\nS: P4 OK\n"
+                                         "C: P5 CREATE \"Work\"\n[CLOSE]"),
+                         signedIn().then("C: P4 CREATE \"Work\"\nS: P4 NO [ALREADYEXISTS] there is one\n"
+                                         "C: P5 LIST \"\" \"*\"\nS: * LIST () \"/\" Work\nS: P5 OK")});
+    EXPECT_EQ(await(providing->createLabel(u"Work"_s)), (MailLabel{u"Work"_s, u"Work"_s}));
+}
+
+TEST(IMAPProvider, TakesARenamedMailboxWhoseAnswerWasLostForDone)
+{
+    Providing providing({signedIn().then("C: P4 LIST \"\" \"*\"\nS: * LIST () \"/\" a\nS: P4 OK\n"
+                                         "C: P5 RENAME \"a\" \"b\"\n[CLOSE]"),
+                         signedIn().then("C: P4 RENAME \"a\" \"b\"\nS: P4 NO [NONEXISTENT] no a\n"
+                                         "C: P5 LIST \"\" \"*\"\nS: * LIST () \"/\" b\nS: P5 OK")});
+    EXPECT_EQ(await(providing->renameLabel({u"a"_s, u"a"_s}, u"b"_s)), (MailLabel{u"b"_s, u"b"_s}));
+}
+
+TEST(IMAPProvider, TakesADeletedMailboxWhoseAnswerWasLostForDone)
+{
+    for (const std::string_view list : {"S: * LIST () \"/\" b", "S: * LIST (\\Noselect) \"/\" a"}) {
+        Providing providing(
+            {signedIn().then("C: P4 DELETE \"a\"\n[CLOSE]"),
+             signedIn()
+                 .then("C: P4 DELETE \"a\"\nS: P4 NO [NONEXISTENT] no a\nC: P5 LIST \"\" \"*\"")
+                 .then(list)
+                 .then("S: P5 OK")});
+        await(providing->deleteLabel({u"a"_s, u"a"_s}));
+    }
+}
+
+TEST(IMAPProvider, TakesAnArchiveWhoseCreationWasDoneBeforeForDone)
+{
+    Providing providing({signedIn().then("C: P4 SELECT \"INBOX\"\nS: P4 OK\nC: P5 LIST \"\" \"*\"\nS: P5 OK\n"
+                                         "C: P6 CREATE \"Archive\"\n[TIMEOUT]"),
+                         signedIn().then("C: P4 SELECT \"INBOX\"\nS: P4 OK\n"
+                                         "C: P5 CREATE \"Archive\"\nS: P5 NO there is one\n"
+                                         "C: P6 LIST \"\" \"*\"\nS: * LIST () \"/\" Archive\nS: P6 OK\n"
+                                         "C: P7 UID MOVE 3 \"Archive\"\nS: P7 OK")});
+    await(providing->archive({u"3:INBOX"_s}));
+}
+
+TEST(IMAPProvider, PassesTheRefusalOfASecondTryOnWhereTheListDoesNotShowTheChange)
+{
+    const std::string_view unchanged =
+        "C: P5 LIST \"\" \"*\"\nS: * LIST () \"/\" a\nS: * LIST (\\Noselect) \"/\" n\nS: P5 OK";
+    Providing created({signedIn().then("C: P4 LIST \"\" \"*\"\nS: P4 OK\nC: P5 CREATE \"n\"\n[CLOSE]"),
+                       signedIn().then("C: P4 CREATE \"n\"\nS: P4 NO over quota").then(unchanged)});
+    expectProtocolError(created->createLabel(u"n"_s), u"over quota"_s);
+    Providing renamed({signedIn().then("C: P4 LIST \"\" \"*\"\nS: P4 OK\nC: P5 RENAME \"a\" \"b\"\n[CLOSE]"),
+                       signedIn().then("C: P4 RENAME \"a\" \"b\"\nS: P4 NO no").then(unchanged)});
+    expectProtocolError(renamed->renameLabel({u"a"_s, u"a"_s}, u"b"_s), u"no"_s);
+    Providing deleted({signedIn().then("C: P4 DELETE \"a\"\n[CLOSE]"),
+                       signedIn().then("C: P4 DELETE \"a\"\nS: P4 NO no").then(unchanged)});
+    expectProtocolError(deleted->deleteLabel({u"a"_s, u"a"_s}), u"no"_s);
+}
+
+TEST(IMAPProvider, PassesARefusalOfTheFirstTryOnAtOnce)
+{
+    Providing providing(session("C: P4 LIST \"\" \"*\"\nS: * LIST () \"/\" Work\nS: P4 OK\n"
+                                "C: P5 CREATE \"Work\"\nS: P5 NO [ALREADYEXISTS] there is one\n"
+                                "C: P6 RENAME \"gone\" \"Work\"\nS: P6 NO none\n"
+                                "C: P7 DELETE \"gone\"\nS: P7 NO none"));
+    expectProtocolError(providing->createLabel(u"Work"_s), u"[ALREADYEXISTS] there is one"_s);
+    expectProtocolError(providing->renameLabel({u"gone"_s, u"gone"_s}, u"Work"_s), u"none"_s);
+    expectProtocolError(providing->deleteLabel({u"gone"_s, u"gone"_s}), u"none"_s);
+}
+
+TEST(IMAPProvider, KeepsTheServersDelimiterAcrossConnections)
+{
+    Providing providing({signedIn().then("C: P4 LIST \"\" \"*\"\nS: * LIST () \".\" INBOX\n"
+                                         "S: * LIST () \".\" INBOX.a\nS: P4 OK\n[CLOSE]"),
+                         signedIn().then("C: P4 RENAME \"INBOX.a\" \"INBOX.b.c\"\nS: P4 OK")});
+    await(providing->listLabels());
+    EXPECT_EQ(await(providing->renameLabel({u"INBOX.a"_s, u"a"_s}, u"b/c"_s)),
+              (MailLabel{u"INBOX.b.c"_s, u"b/c"_s}));
 }
 
 TEST(IMAPProvider, PutsNoLabelsOnMessages)
@@ -1002,6 +1023,30 @@ TEST(IMAPProvider, CreatesAnArchiveAndUsesItAfterwards)
     )"));
     await(providing->archive({u"3:INBOX"_s}));
     await(providing->archive({u"4:INBOX"_s}));
+}
+
+TEST(IMAPProvider, ArchivesAThousandMessagesWithOneCommand)
+{
+    Providing providing(session(R"(
+        C: P4 SELECT "INBOX"
+        S: P4 OK
+        C: P5 LIST "" "*"
+        S: * LIST (\Archive) "/" All
+        S: P5 OK
+        C: P6 UID MOVE 1:999,2000 "All"
+        S: P6 OK
+    )"));
+    QList<QString> ids{u"2000:INBOX"_s};
+    for (int uid = 999; uid >= 1; --uid)
+        ids.append(QString::number(uid) + u":INBOX"_s);
+    await(providing->archive(ids));
+}
+
+TEST(IMAPProvider, SendsNoMoveForWhatIsInTheArchiveAlready)
+{
+    Providing providing(session("C: P4 SELECT \"Archive\"\nS: P4 OK\n"
+                                "C: P5 LIST \"\" \"*\"\nS: * LIST () \"/\" Archive\nS: P5 OK"));
+    await(providing->archive({u"7:Archive"_s}));
 }
 
 TEST(IMAPProvider, SendsNothingForMessagesThatAreInTheTrashAlready)

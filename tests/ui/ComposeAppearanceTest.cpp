@@ -120,7 +120,8 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(Look{Style::Scheme::light, 10, standard}, Look{Style::Scheme::light, 13, standard},
                     Look{Style::Scheme::light, 28, QSize(1000, 800)}, Look{Style::Scheme::dark, 13, standard},
                     Look{Style::Scheme::dark, 28, QSize(1000, 800)},
-                    Look{Style::Scheme::light, 13, ComposeWindow::smallestSize}),
+                    Look{Style::Scheme::light, 13, ComposeWindow::smallestSize},
+                    Look{Style::Scheme::light, 28, QSize(720, 480)}),
     [](const auto& look) { return nameOf(look.param).replace(u'-', u'_').toStdString(); });
 
 } // namespace

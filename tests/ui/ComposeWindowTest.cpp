@@ -3,6 +3,7 @@
 #include "ComposeSupport.h"
 #include "domain/MailError.h"
 #include "format/MessageComposer.h"
+#include "support/Await.h"
 #include "support/QtPrinters.h"
 #include "support/WaitUntil.h"
 #include "views/FlatButton.h"
@@ -12,6 +13,7 @@
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QDir>
+#include <QDirIterator>
 #include <QDropEvent>
 #include <QLabel>
 #include <QLineEdit>
@@ -644,6 +646,91 @@ TEST_F(ComposeAccountsTest, TheChoiceOfTheAccountSetsWhoSends)
     ASSERT_TRUE(waitUntil([&] { return !window; }));
     EXPECT_EQ(fixture.provider(1).sent().size(), 1);
     EXPECT_TRUE(fixture.provider(0).sent().isEmpty());
+}
+
+// --- Recovery
+
+class ComposeRecoveryTest : public ComposeWindowTest {
+protected:
+    /// How often something was written to the cache.
+    QString cacheState() const
+    {
+        QString state;
+        QDirIterator files(fixture.cachesDirectory(), QDir::Files, QDirIterator::Subdirectories);
+        while (files.hasNext()) {
+            const QFileInfo file(files.next());
+            state += u"%1 %2 %3;"_s.arg(file.fileName())
+                         .arg(file.size())
+                         .arg(file.lastModified().toMSecsSinceEpoch());
+        }
+        return state;
+    }
+
+    /// What happens when the process is killed and starts again.
+    void crashAndRestart()
+    {
+        windows.reset();
+        fixture.restart();
+        windows = std::make_unique<ComposeWindows>(fixture.model(), ComposeView::Desktop{}, contacts);
+        await(model().recoverDrafts());
+    }
+};
+
+TEST_F(ComposeRecoveryTest, ATextThatWasBeingWrittenComesBackAfterACrash)
+{
+    ComposeWindow& window = open(addressed());
+    const QUuid id = window.view().draftID();
+    EXPECT_FALSE(child<QLabel>(window, "recoveredNote").isVisible());
+    const QString before = cacheState();
+    QTest::keyClicks(&text(window), u"More. "_s);
+    ASSERT_TRUE(waitUntil([&] { return cacheState() != before; }));
+    crashAndRestart();
+    ASSERT_TRUE(windows->window(id));
+    ComposeWindow& back = *windows->window(id);
+    EXPECT_EQ(text(back).toPlainText(), u"More. The text"_s);
+    EXPECT_EQ(field(back, "to").text(), u"ada@example.com"_s);
+    EXPECT_TRUE(back.view().hasUnsavedChanges());
+    QLabel& note = child<QLabel>(back, "recoveredNote");
+    EXPECT_TRUE(note.isVisible());
+    EXPECT_EQ(note.text(), u"Recovered after Larkhaven ended unexpectedly."_s);
+    back.close();
+    EXPECT_TRUE(alert(back, "saveSheet"));
+}
+
+TEST_F(ComposeRecoveryTest, TypingWithoutAPauseIsKeptAsWell)
+{
+    ComposeWindow& window = open(addressed());
+    const QString before = cacheState();
+    EXPECT_TRUE(waitUntil(
+        [&] {
+            QTest::keyClicks(&text(window), u"x"_s, Qt::NoModifier, 50);
+            return cacheState() != before;
+        },
+        std::chrono::seconds(30)));
+}
+
+TEST_F(ComposeRecoveryTest, WhatWasClosedOnPurposeStaysAway)
+{
+    ComposeWindow& window = open(addressed());
+    const QString before = cacheState();
+    QTest::keyClicks(&text(window), u"x"_s);
+    ASSERT_TRUE(waitUntil([&] { return cacheState() != before; }));
+    window.view().discard();
+    settle();
+    crashAndRestart();
+    EXPECT_TRUE(windows->windows().isEmpty());
+}
+
+TEST_F(ComposeRecoveryTest, AMessageOnItsWayComesBackIfTheProcessEndsFirst)
+{
+    fixture.provider().hold(u"send"_s);
+    ComposeWindow& window = open(addressed());
+    const QUuid id = window.view().draftID();
+    const QString before = cacheState();
+    child<FlatButton>(window, "send").click();
+    ASSERT_TRUE(waitUntil([&] { return cacheState() != before; }));
+    crashAndRestart();
+    EXPECT_TRUE(windows->window(id));
 }
 
 // --- All windows
