@@ -353,6 +353,7 @@ Task<MessagePage> IMAPProvider::fetchPage(Client client, PageRequest request, Li
         m_boxesDirty = m_boxesDirty || !fetched.isEmpty();
         known.insert(fetched);
     }
+    noteHandedOut(listing.mailbox, uidValidity, page);
     m_boxes.insert(listing.mailbox, {uidValidity, known});
 
     MessagePage result;
@@ -500,12 +501,39 @@ QMap<QString, QList<qint64>> IMAPProvider::groupIDs(const QList<QString>& ids)
     return groups;
 }
 
-Task<> IMAPProvider::selectForIDs(Client client, QString mailbox)
+Task<> IMAPProvider::selectForIDs(Client client, QString mailbox, QList<qint64> uids)
 {
+    expectCurrent(mailbox, uids);
     co_await client->select(mailbox, false);
     const auto box = m_boxes.constFind(mailbox);
     if (box != m_boxes.cend() && box->uidValidity != client->uidValidity().value_or(0))
         throw goneFromServer();
+}
+
+void IMAPProvider::expectCurrent(const QString& mailbox, const QList<qint64>& uids) const
+{
+    const QSet<qint64> stale = m_staleUIDs.value(mailbox);
+    if (std::ranges::any_of(uids, [&stale](qint64 uid) { return stale.contains(uid); }))
+        throw goneFromServer();
+}
+
+void IMAPProvider::expectCurrent(const QList<QString>& ids) const
+{
+    const QMap<QString, QList<qint64>> groups = groupIDs(ids);
+    for (auto group = groups.cbegin(); group != groups.cend(); ++group)
+        expectCurrent(group.key(), *group);
+}
+
+void IMAPProvider::noteHandedOut(const QString& mailbox, qint64 uidValidity, const QList<qint64>& page)
+{
+    QSet<qint64>& stale = m_staleUIDs[mailbox];
+    const auto before = m_boxes.constFind(mailbox);
+    if (before != m_boxes.cend() && before->uidValidity != uidValidity) {
+        for (auto entry = before->messages.keyBegin(); entry != before->messages.keyEnd(); ++entry)
+            stale.insert(*entry);
+    }
+    for (const qint64 uid : page)
+        stale.remove(uid);
 }
 
 Task<QByteArray> IMAPProvider::fetchRaw(QString id)
@@ -518,6 +546,7 @@ Task<QByteArray> IMAPProvider::fetchRaw(QString id)
     const qint64 uid = groups.first().first();
 
     co_await loadBoxes();
+    expectCurrent(mailbox, {uid});
     const auto box = m_boxes.constFind(mailbox);
     if (box != m_boxes.cend() && m_cache) {
         const std::optional<QByteArray> stored =
@@ -536,7 +565,8 @@ Task<QByteArray> IMAPProvider::fetchRaw(QString id)
 
 Task<IMAPProvider::FetchedBody> IMAPProvider::fetchBody(Client client, QString mailbox, qint64 uid)
 {
-    co_await selectForIDs(client, mailbox);
+    const QList<qint64> uids(1, uid);
+    co_await selectForIDs(client, mailbox, uids);
     const QList<IMAPFetch> fetches = co_await client->fetch(QList<qint64>(1, uid), u"BODY.PEEK[]"_s);
     const auto answer = std::ranges::find_if(
         fetches, [uid](const IMAPFetch& fetch) { return fetch.uid.value_or(uid) == uid && fetch.body; });
@@ -564,6 +594,7 @@ Task<> IMAPProvider::setFlag(QList<QString> ids, bool add, QString flag, bool Me
 {
     const auto self = shared_from_this();
     co_await loadBoxes();
+    expectCurrent(ids);
     updateCached(ids, [add, field](MessageSummary& summary) { summary.*field = add; });
     const auto body = [this, ids, add, flag](Client client) {
         return storeFlag(std::move(client), ids, add, flag);
@@ -577,7 +608,7 @@ Task<> IMAPProvider::forEachGroup(QList<QString> ids, Client client, GroupBody b
 {
     const QMap<QString, QList<qint64>> groups = groupIDs(ids);
     for (auto group = groups.cbegin(); group != groups.cend(); ++group) {
-        co_await selectForIDs(client, group.key());
+        co_await selectForIDs(client, group.key(), *group);
         co_await body(group.key(), *group);
     }
 }
@@ -596,6 +627,7 @@ Task<> IMAPProvider::moveMessages(QList<QString> ids, Destination destination)
 {
     const auto self = shared_from_this();
     co_await loadBoxes();
+    expectCurrent(ids);
     removeCached(ids);
     const auto body = [this, ids, destination](Client client) {
         return moveGroups(std::move(client), ids, destination);

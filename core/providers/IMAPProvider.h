@@ -135,7 +135,7 @@ private:
     Task<> deleteMailbox(Client client, MailLabel label);
     Task<QString> wireName(Client client, QString path);
     /// Selects the mailbox and makes sure that ids of it still mean the same messages.
-    Task<> selectForIDs(Client client, QString mailbox);
+    Task<> selectForIDs(Client client, QString mailbox, QList<qint64> uids);
 
     // Everything that changes the boxes or relies on them loads them first.
     Task<> moveMessages(QList<QString> ids, Destination destination);
@@ -149,6 +149,11 @@ private:
     void updateCached(const QList<QString>& ids, const std::function<void(MessageSummary&)>& change);
     void removeCached(const QList<QString>& ids);
     void forgetMailbox(const QString& wireName);
+    /// Fails where a UID was last handed out under another UIDVALIDITY than that of the box.
+    void expectCurrent(const QString& mailbox, const QList<qint64>& uids) const;
+    void expectCurrent(const QList<QString>& ids) const;
+    /// To be called before the box of the mailbox is replaced by one with the page.
+    void noteHandedOut(const QString& mailbox, qint64 uidValidity, const QList<qint64>& page);
 
     Account m_account;
     ServerSettings m_settings;
@@ -162,6 +167,7 @@ private:
     std::optional<IMAPMailboxes::Listing> m_mailboxes; ///< the last LIST
     QHash<QString, Listing> m_listings;                ///< by "{MailboxRef::id}|{query}"
     IMAPBoxes m_boxes;
+    QHash<QString, QSet<qint64>> m_staleUIDs; ///< of ids that views may still hold, by mailbox
     Turnstile m_boxesTurn;
     bool m_boxesLoaded = false;
     bool m_boxesDirty = false;

@@ -1001,6 +1001,27 @@ TEST_F(CachedIMAPProvider, KeepsALocalChangeThatTheServerRefused)
     EXPECT_TRUE(boxes.value(u"INBOX"_s).messages.value(5).isRead);
 }
 
+TEST(IMAPProvider, TouchesNothingForAnIDOfAListingBeforeUIDVALIDITYChanged)
+{
+    // The open message 3:INBOX was listed under one UIDVALIDITY; a refresh lists the mailbox under another.
+    Providing providing({listedOnce("[CLOSE]"), signedIn().then(R"(
+        C: P4 SELECT "INBOX"
+        S: * OK [UIDVALIDITY 8] ok
+        S: P4 OK
+        C: P5 UID SEARCH ALL
+        S: * SEARCH
+        S: P5 OK
+    )")});
+    providing.list();
+    providing.list();
+    const QString gone = u"This message is no longer on the server."_s;
+    const QStringList ids(u"5:INBOX"_s);
+    expectUnsupported(providing->moveToLabel(ids, {u"Work"_s, u"Work"_s}), gone);
+    expectUnsupported(providing->setRead(true, ids), gone);
+    expectUnsupported(providing->trash(ids), gone);
+    expectUnsupported(providing->fetchRaw(ids.first()), gone);
+}
+
 // --- Moving
 
 TEST(IMAPProvider, CreatesAnArchiveAndUsesItAfterwards)
