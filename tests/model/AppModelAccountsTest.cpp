@@ -183,5 +183,70 @@ TEST(AppModelAccounts, NeedsNoNewSignInAnyMoreAfterAPageHasLoaded)
     EXPECT_TRUE(fixture.model().needsReauth().isEmpty());
 }
 
+// --- Keychains that fail
+
+class FailingSecretStore final : public SecretStore {
+public:
+    std::optional<Credential> load(const QUuid&) override { throw DecodingError(u"no"_s); }
+    void save(const Credential&, const QUuid&) override { throw DecodingError(u"no"_s); }
+    void remove(const QUuid&) override { throw DecodingError(u"no"_s); }
+};
+
+TEST(AppModelKeychain, AsksForANewSignInWhereTheCredentialCannotBeRead)
+{
+    ModelFixture fixture;
+    fixture.setSecrets(std::make_shared<FailingSecretStore>());
+    fixture.restartWithoutProviders();
+    EXPECT_FALSE(fixture.model().provider(fixture.account().id));
+    EXPECT_TRUE(fixture.model().needsReauth().contains(fixture.account().id));
+    EXPECT_FALSE(fixture.model().errorMessage());
+}
+
+TEST(AppModelKeychain, RemovesAnAccountWhoseCredentialCannotBeRemoved)
+{
+    ModelFixture fixture;
+    fixture.setSecrets(std::make_shared<FailingSecretStore>());
+    fixture.restart();
+    await(fixture.model().removeAccount(fixture.account().id));
+    EXPECT_TRUE(fixture.model().accounts().isEmpty());
+}
+
+TEST(AppModelKeychain, MakesANewKeyAndEmptiesTheCacheWhereTheKeyCannotBeRead)
+{
+    ModelFixture fixture;
+    await(fixture.model().cache(fixture.account().id)->write(u"a"_s, "b"));
+    fixture.keychain().readFailure = KeychainStatus::failed;
+    fixture.restart();
+    ASSERT_TRUE(fixture.model().cache(fixture.account().id));
+    EXPECT_FALSE(await(fixture.model().cache(fixture.account().id)->read(u"a"_s)));
+    EXPECT_EQ(await(fixture.model().cache(fixture.account().id)->usedBytes()), 0);
+}
+
+TEST(AppModelKeychain, HasNoCacheWhereANewKeyCannotBeStored)
+{
+    ModelFixture fixture;
+    fixture.keychain().writeFailure = KeychainStatus::failed;
+    EXPECT_FALSE(fixture.model().cache(fixture.account().id));
+    EXPECT_TRUE(fixture.model().provider(fixture.account().id)) << "the account works without";
+}
+
+TEST(AppModelKeychain, HasNoCacheWithAKeyOfAnotherLengthAndLeavesIt)
+{
+    ModelFixture fixture;
+    fixture.cacheKeys().saveData("short", fixture.account().id);
+    EXPECT_FALSE(fixture.model().cache(fixture.account().id));
+    EXPECT_EQ(fixture.cacheKeys().loadData(fixture.account().id), "short");
+}
+
+TEST(AppModelStart, UnlocksTheKeychainAndListsTheMailboxOnScreen)
+{
+    ModelFixture fixture;
+    Begun<void> beginning(fixture.model().begin());
+    EXPECT_TRUE(fixture.model().isLoading());
+    beginning.get();
+    EXPECT_EQ(fixture.provider().calls(u"listMessages"_s).size(), 1);
+    EXPECT_FALSE(fixture.model().isLoading());
+}
+
 } // namespace
 } // namespace Larkhaven

@@ -89,7 +89,7 @@ ModelFixture::ModelFixture(const QList<Account>& accounts)
     m_services.defaults = std::make_shared<UserDefaults>(m_folder.filePath(u"settings.ini"_s));
     m_services.secrets = m_secrets;
     m_services.cacheKeys = std::make_shared<KeychainStore>(
-        u"test.cache-keys"_s, QList<std::shared_ptr<KeychainBackend>>{std::make_shared<InMemoryKeychain>()});
+        u"test.cache-keys"_s, QList<std::shared_ptr<KeychainBackend>>{m_keychain});
     m_services.cachesDirectory = m_folder.filePath(u"caches"_s);
     m_services.transports = [connections = m_connections, given = m_transports](const QString& host, int port,
                                                                                 bool implicitTLS) {
@@ -162,6 +162,8 @@ QString keyOf(const QString& service, const QString& account)
 
 KeychainBackend::ReadResult InMemoryKeychain::read(const QString& service, const QString& account)
 {
+    if (readFailure != KeychainStatus::success)
+        return {readFailure, std::nullopt};
     const auto item = m_items.constFind(keyOf(service, account));
     if (item == m_items.cend())
         return {KeychainStatus::itemNotFound, std::nullopt};
@@ -171,6 +173,8 @@ KeychainBackend::ReadResult InMemoryKeychain::read(const QString& service, const
 KeychainStatus InMemoryKeychain::update(const QString& service, const QString& account,
                                         const QByteArray& data)
 {
+    if (writeFailure != KeychainStatus::success)
+        return writeFailure;
     const auto item = m_items.find(keyOf(service, account));
     if (item == m_items.end())
         return KeychainStatus::itemNotFound;

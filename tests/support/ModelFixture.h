@@ -10,6 +10,22 @@
 
 namespace Larkhaven {
 
+/// A keychain that forgets everything with the process.
+class InMemoryKeychain final : public KeychainBackend {
+public:
+    ReadResult read(const QString& service, const QString& account) override;
+    KeychainStatus update(const QString& service, const QString& account, const QByteArray& data) override;
+    KeychainStatus add(const QString& service, const QString& account, const QByteArray& data,
+                       const QString& label) override;
+    KeychainStatus remove(const QString& service, const QString& account) override;
+
+    KeychainStatus readFailure = KeychainStatus::success;  ///< what every reading ends in
+    KeychainStatus writeFailure = KeychainStatus::success; ///< what every writing ends in
+
+private:
+    QHash<QString, QByteArray> m_items; ///< by service and account
+};
+
 /// An application model over temporary files, secrets in memory, a clock that stands still and providers in
 /// memory. It has no network unless it is given one: opening a connection fails and is counted.
 ///
@@ -38,6 +54,10 @@ public:
     UserDefaults& defaults() { return *m_services.defaults; }
     InMemorySecretStore& secrets() { return *m_secrets; }
     KeychainStore& cacheKeys() { return *m_services.cacheKeys; }
+    /// Where the cache keys lie.
+    InMemoryKeychain& keychain() { return *m_keychain; }
+    /// Replaces where the credentials lie, from the next model on.
+    void setSecrets(const std::shared_ptr<SecretStore>& secrets) { m_services.secrets = secrets; }
     /// The provider of the account at the place in the list of the accounts.
     FakeMailProvider& provider(qsizetype index = 0) { return *m_providers[index]; }
     const Account& account(qsizetype index = 0) const { return m_accounts[index]; }
@@ -73,6 +93,7 @@ private:
 
     QTemporaryDir m_folder;
     QList<Account> m_accounts;
+    std::shared_ptr<InMemoryKeychain> m_keychain = std::make_shared<InMemoryKeychain>();
     std::shared_ptr<InMemorySecretStore> m_secrets = std::make_shared<InMemorySecretStore>();
     std::shared_ptr<Clock> m_clock = std::make_shared<Clock>();
     std::shared_ptr<QList<qint64>> m_badges = std::make_shared<QList<qint64>>();
@@ -81,19 +102,6 @@ private:
     AppModel::Services m_services;
     QList<std::shared_ptr<FakeMailProvider>> m_providers;
     std::unique_ptr<AppModel> m_model;
-};
-
-/// A keychain that forgets everything with the process.
-class InMemoryKeychain final : public KeychainBackend {
-public:
-    ReadResult read(const QString& service, const QString& account) override;
-    KeychainStatus update(const QString& service, const QString& account, const QByteArray& data) override;
-    KeychainStatus add(const QString& service, const QString& account, const QByteArray& data,
-                       const QString& label) override;
-    KeychainStatus remove(const QString& service, const QString& account) override;
-
-private:
-    QHash<QString, QByteArray> m_items; ///< by service and account
 };
 
 } // namespace Larkhaven
