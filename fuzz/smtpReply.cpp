@@ -111,7 +111,7 @@ Task<> attempt(ConnectionSecurity security, std::shared_ptr<CannedTransport> tra
     settings.username = QStringLiteral("ann");
     settings.smtpHost = QStringLiteral("x");
     settings.smtpSecurity = security;
-    const TransportFactory factory = [transport](QString, int, bool) {
+    const TransportFactory factory = [transport](const QString&, int, bool) {
         return [](std::shared_ptr<MailTransport> opened) -> Task<std::shared_ptr<MailTransport>> {
             co_return opened;
         }(transport);

@@ -1,4 +1,5 @@
-// Whatever an address book holds, reading it ends, and what comes out is within its bounds and fit for one line.
+// Whatever an address book holds, reading it ends, and what comes out is within its bounds and fit for one
+// line.
 
 #include "app/platform/VCard.h"
 
@@ -26,8 +27,7 @@ void check(const QString& text)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    const QString text =
-        QString::fromUtf8(reinterpret_cast<const char*>(data), static_cast<qsizetype>(size));
+    const QString text = QString::fromUtf8(reinterpret_cast<const char*>(data), static_cast<qsizetype>(size));
     const std::optional<Contact> contact = VCard::parse(text);
     if (!contact)
         return 0;

@@ -74,12 +74,12 @@ void SpellChecker::setLanguage(const QString& tag)
 QString SpellChecker::bestLanguage(const QStringList& installed, const QStringList& wanted)
 {
     for (const QString& locale : wanted) {
-        const QString language = languageOf(locale);
-        const QString tag = QString(locale).replace(u'-', u'_');
+        QString language = languageOf(locale);
+        QString tag = QString(locale).replace(u'-', u'_');
         if (installed.contains(tag))
             return tag;
         // "de_DE" is what most mean by "de".
-        const QString home = language + u'_' + language.toUpper();
+        QString home = language + u'_' + language.toUpper();
         if (installed.contains(home))
             return home;
         if (installed.contains(language))

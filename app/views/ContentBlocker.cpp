@@ -78,7 +78,7 @@ std::optional<RuleList> RuleList::compile(const QByteArray& json)
     const QJsonDocument document = QJsonDocument::fromJson(json);
     const QJsonArray array = document.array();
     RuleList list;
-    for (const QJsonValue& value : array) {
+    for (const auto& value : array) {
         const std::optional<Rule> rule = compileRule(value);
         if (!rule)
             return std::nullopt;

@@ -213,7 +213,7 @@ void SidebarView::fillMenu(QMenu& menu, const QModelIndex& index)
     if (!account || (item && !label))
         return;
     const QString noun = AppModel::labelNoun(account->provider);
-    const auto add = [&](const char* name, QString title, const auto& action) {
+    const auto add = [&](const char* name, const QString& title, const auto& action) {
         menu.addAction(DisplayText::bounded(title).replace(u'&', u"&&"_s), this, action)
             ->setObjectName(QLatin1StringView(name));
     };

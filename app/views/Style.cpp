@@ -6,6 +6,7 @@
 #include <QGuiApplication>
 #include <QPainter>
 #include <QPixmapCache>
+#include <QStyle>
 #include <QStyleFactory>
 #include <QToolTip>
 

@@ -201,7 +201,6 @@ struct Piece {
 
 /// RFC 2045, 6.8: a line of 76 characters holds 57 bytes.
 constexpr qsizetype bytesOfLine = 57;
-constexpr qsizetype charactersOfLine = 76;
 /// Lines that are encoded at once.
 constexpr qsizetype linesOfBlock = 1024;
 

@@ -127,6 +127,15 @@ SOMMERFEST = (
     (OLE, "Strom", 27 * 24, "Zwei Verlängerungen reichen nicht, drei auch nicht. Ich habe jetzt fünf. Fragen Sie nicht, woher."),
 )
 
+PROJEKTE = (
+    (INES, "Was zuerst?", 26 * 24, "Liebe Mara,\n\nSommerfest, Lesewand, Vorlesen am Telefon: Wir haben drei Projekte und anderthalb Leute. Ich schlage vor, wir fangen mit dem Kuchen an."),
+)
+
+RUDERCLUB = (
+    (TOBIAS, "Boathouse keys", 410, "Whoever has the third key: the second one is in the canal. Please hang the first one back where it was, which is not your jacket."),
+    (SAOIRSE, "Rowing on Sunday", 330, "Nine o'clock, the long boat. We are seven, and the boat wants eight. Bring somebody, or a bag of sand."),
+)
+
 IDEEN = (
     (THEO, "Idee: Nacht der Karten", 35 * 24, "Eine Nacht lang liegen alle alten Seekarten offen auf den Tischen, mit Handschuhen und Lupen. Wer eine Untiefe findet, die es nicht mehr gibt, bekommt eine Brezel."),
     (WILMA, "Idee: Vorlesen am Telefon", 33 * 24, "Für alle, die nicht mehr kommen können. Montags von vier bis fünf, eine Nummer, eine Stimme, ein Kapitel. Ich würde anfangen."),
@@ -155,7 +164,8 @@ def add(post):
         _plain(post, "letter", MARA, subject, age, words, folder="Sent", to=(receiver,), flags="S")
     for receiver, subject, age, words in DRAFTS:
         _plain(post, "letter", MARA, subject, age, words, folder="Drafts", to=(receiver,), flags="DS")
-    for folder, rows in (("Projekte/Sommerfest", SOMMERFEST), ("Projekte/Entwürfe & Ideen", IDEEN), ("Trash", TRASH)):
+    for folder, rows in (("Projekte", PROJEKTE), ("Projekte/Sommerfest", SOMMERFEST), ("Projekte/Entwürfe & Ideen", IDEEN),
+                         ("Vereine/Ruderclub", RUDERCLUB), ("Trash", TRASH)):
         for sender, subject, age, words in rows:
             _plain(post, "letter", sender, subject, age, words, folder=folder, flags="S")
     _with_pictures(post)

@@ -229,7 +229,7 @@ def _digests(post):
     for number, (subject, author, words) in enumerate(singles):
         sender = MARA if author == MARA.name else Person(author, f"{author.split()[0].lower()}@example.org")
         post.add("list", sender, f"[binders] {subject}", mime.text(mime.wrapped(words) + "\n\n_______________\nBookbinders mailing list\n"), 60 + number * 31,
-                 folder="Lists/Bookbinders", to=(Person("Bookbinders", "binders@lists.example.org"),), flags="S" if sender == MARA else None,
+                 folder="Lists" if subject.endswith("Meeting in spring") else "Lists/Bookbinders", to=(Person("Bookbinders", "binders@lists.example.org"),), flags="S" if sender == MARA else None,
                  extra=(("List-Id", "Bookbinders <binders.lists.example.org>"), ("List-Post", "<mailto:binders@lists.example.org>")))
 
 

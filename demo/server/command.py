@@ -147,8 +147,9 @@ def _start_submission(options, posting, server, known):
 def _fill_mailbox(options, folder):
     """Writes the owner's messages on the first start only: later ones find the mailbox as the last session left it."""
     home = folder.file("users", OWNER)
-    if options.fresh and os.path.exists(folder.file("users")):
-        shutil.rmtree(folder.file("users"))
+    if options.fresh:
+        shutil.rmtree(folder.file("users"), ignore_errors=True)
+        folder.remove("submission.log")
     if os.path.exists(os.path.join(home, "Maildir")):
         return
     os.makedirs(home, mode=0o700, exist_ok=True)

@@ -1,5 +1,6 @@
-"""The sample mail server, spoken to by Python's own IMAP client."""
+"""The sample mail server, spoken to by Python's own IMAP and SMTP clients."""
 
+import base64
 import contextlib
 import imaplib
 import json
@@ -7,6 +8,7 @@ import os
 import pwd
 import re
 import signal
+import smtplib
 import socket
 import ssl
 import subprocess
@@ -21,7 +23,24 @@ from demo.mailbox import maildir  # noqa: E402  (support has set the path)
 PASSWORD = 'p:ä "s\\s%&'
 OWNER = "mara@larkhaven.example"
 SPECIAL = {"Sent": "\\Sent", "Drafts": "\\Drafts", "Archive": "\\Archive", "Junk": "\\Junk", "Trash": "\\Trash"}
+THEO = "theo@larkhaven.example"
 NETWORK_TIMEOUT = 20
+POSTFIX = "/usr/sbin/postfix"
+
+
+def why_no_submission():
+    """Where root can't be had, or nothing to start with it, there is nothing to test. Says why, or nothing."""
+    if not os.access(POSTFIX, os.X_OK):
+        return "Postfix is not installed"
+    root = [] if os.getuid() == 0 else ["sudo", "-n"]
+    try:
+        outcome = subprocess.run([*root, "unshare", "--mount", "--pid", "--fork", "true"], capture_output=True, timeout=20, check=False)
+    except FileNotFoundError:
+        return "there is no sudo"
+    return "" if outcome.returncode == 0 else "neither root nor namespaces are to be had"
+
+
+needs_submission = unittest.skipIf(why_no_submission(), why_no_submission())
 
 
 class ServerTest(unittest.TestCase):
@@ -32,8 +51,9 @@ class ServerTest(unittest.TestCase):
     def server(self, command, *arguments, **options):
         return support.run("mailserver", command, self.folder, *arguments, **options)
 
-    def start(self, *arguments, messages="empty"):
-        self.server("start", "--messages", messages, *arguments, env={**os.environ, "LARKHAVEN_DEMO_PASSWORD": PASSWORD})
+    def start(self, *arguments, messages="empty", submission="no"):
+        return self.server("start", "--messages", messages, "--submission", submission, *arguments,
+                           env={**os.environ, "LARKHAVEN_DEMO_PASSWORD": PASSWORD})
 
     def read(self, name):
         with open(os.path.join(self.folder, name), encoding="utf-8") as handle:
@@ -79,6 +99,20 @@ class ServerTest(unittest.TestCase):
         self.assertFalse(os.path.lexists(os.path.join(self.folder, "run")))
         with self.assertRaises(OSError):
             socket.create_connection(("127.0.0.1", self.port("IMAP_PORT")), timeout=2)
+
+
+    def assert_on_loopback(self, ports):
+        loopback = {"0100007F", "0200007F", "00000000000000000000000001000000"}
+        found = set()
+        for table in ("tcp", "tcp6"):
+            with contextlib.suppress(FileNotFoundError), open(f"/proc/net/{table}", encoding="ascii") as handle:
+                for line in handle.readlines()[1:]:
+                    fields = line.split()
+                    host, port = fields[1].split(":")
+                    if fields[3] == "0A" and int(port, 16) in ports:
+                        self.assertIn(host, loopback)
+                        found.add(int(port, 16))
+        self.assertEqual(found, ports)
 
 
 class ConnectionTest(ServerTest):
@@ -127,12 +161,12 @@ class ConnectionTest(ServerTest):
         self.start()
         for kind, words in (("expired", "certificate has expired"), ("otherhost", "not valid for 'localhost'|[Hh]ostname mismatch"),
                             ("unknown", "unable to get local issuer|unable to verify"), ("selfsigned", "self.signed certificate")):
-            self.server("restart", "--cert", kind)
+            self.server("restart", "--submission", "no", "--cert", kind)
             with self.assertRaisesRegex(ssl.SSLCertVerificationError, words):
                 self.connect()
             with self.assertRaisesRegex(ssl.SSLCertVerificationError, words):
                 self.plain().starttls(self.trust())
-        self.server("restart", "--cert", "good")
+        self.server("restart", "--submission", "no", "--cert", "good")
         self.connect()
 
     def test_old_tls_is_refused(self):
@@ -150,18 +184,7 @@ class ConnectionTest(ServerTest):
 
     def test_listens_on_loopback_only(self):
         self.start("--lmtp-port", "0")
-        ports = {self.port(name) for name in ("IMAP_PORT", "IMAPS_PORT", "LMTP_PORT")}
-        loopback = {"0100007F", "0200007F", "00000000000000000000000001000000"}
-        found = set()
-        for table in ("tcp", "tcp6"):
-            with contextlib.suppress(FileNotFoundError), open(f"/proc/net/{table}", encoding="ascii") as handle:
-                for line in handle.readlines()[1:]:
-                    fields = line.split()
-                    host, port = fields[1].split(":")
-                    if fields[3] == "0A" and int(port, 16) in ports:
-                        self.assertIn(host, loopback)
-                        found.add(int(port, 16))
-        self.assertEqual(found, ports)
+        self.assert_on_loopback({self.port(name) for name in ("IMAP_PORT", "IMAPS_PORT", "LMTP_PORT")})
 
 
 class MailboxTest(ServerTest):
@@ -171,7 +194,9 @@ class MailboxTest(ServerTest):
         folders = self.listed(client)
         for name, role in SPECIAL.items():
             self.assertIn(role, folders[name])
-        self.assertIn("\\Noselect", folders["Projekte"])
+        self.assertIn("\\Noselect", folders["Vereine"])
+        for parent in ("Projekte", "旅行", "Lists"):
+            self.assertNotIn("\\Noselect", folders[maildir.wire_name(parent)])
         expected = {}
         for entry in json.loads(self.read("index.json")):
             expected[entry["folder"]] = expected.get(entry["folder"], 0) + 1
@@ -198,14 +223,14 @@ class MailboxTest(ServerTest):
         client.store("3", "+FLAGS", "(\\Flagged \\Deleted)")
         client.expunge()
         validity = client.response("UIDVALIDITY")[1]
-        self.server("restart", "--messages", "bulk=20")
+        self.server("restart", "--submission", "no", "--messages", "bulk=20")
         client = self.signed_in()
         self.assertEqual(client.select("INBOX"), ("OK", [b"19"]))
         self.assertEqual(client.response("UIDVALIDITY")[1], validity)
 
     def test_fresh_throws_everything_away(self):
         self.start(messages="bulk=20")
-        self.server("restart", "--messages", "bulk=5", "--fresh")
+        self.server("restart", "--submission", "no", "--messages", "bulk=5", "--fresh")
         self.assertEqual(self.signed_in().select("INBOX"), ("OK", [b"5"]))
 
     def test_a_large_mailbox_is_served_at_once(self):
@@ -245,6 +270,200 @@ class MailboxTest(ServerTest):
         self.assertIn("INBOX messages=4", outcome.stdout)
 
 
+@needs_submission
+class SubmissionTest(ServerTest):
+    MESSAGE = "From: mara@larkhaven.example\r\nTo: theo@larkhaven.example\r\nSubject: from me to you\r\n\r\nHello.\r\n"
+
+    def start(self, *arguments, messages="empty", submission="yes"):
+        return super().start(*arguments, messages=messages, submission=submission)
+
+    def over_tls(self, host="localhost"):
+        client = smtplib.SMTP_SSL(host, self.port("SMTPS_PORT"), context=self.trust(), timeout=NETWORK_TIMEOUT)
+        self.addCleanup(client.close)
+        return client
+
+    def over_starttls(self, host="localhost"):
+        client = self.without_tls("SMTP_PORT", host)
+        client.starttls(context=self.trust())
+        return client
+
+    def without_tls(self, port, host="localhost"):
+        client = smtplib.SMTP(host, self.port(port), timeout=NETWORK_TIMEOUT)
+        self.addCleanup(client.close)
+        return client
+
+    @staticmethod
+    def log_in(client, user=OWNER, password=PASSWORD):
+        """As smtplib's own "login" does, but with any password."""
+        client.ehlo_or_helo_if_needed()
+        code, text = client.docmd("AUTH", "PLAIN " + base64.b64encode(f"\0{user}\0{password}".encode()).decode())
+        if code != 235:
+            raise smtplib.SMTPAuthenticationError(code, text)
+
+    def inbox(self, user):
+        client = self.connect()
+        self.sign_in(client, user)
+        client.select("INBOX")
+        return client
+
+    def wait_for_mail(self, user, count):
+        end = time.monotonic() + NETWORK_TIMEOUT
+        client = self.inbox(user)
+        while (found := int(client.select("INBOX")[1][0])) < count and time.monotonic() < end:
+            time.sleep(0.05)
+        self.assertEqual(found, count)
+        return client
+
+    def test_what_is_sent_arrives_unchanged_on_both_ports_and_hosts(self):
+        self.start()
+        for connect in (self.over_tls, self.over_starttls):
+            for host in ("localhost", "127.0.0.1"):
+                client = connect(host)
+                self.log_in(client)
+                client.sendmail(OWNER, [THEO], self.MESSAGE)
+                client.quit()
+        client = self.wait_for_mail(THEO, 4)
+        self.assertTrue(client.fetch("1", "(BODY[])")[1][0][1].endswith(self.MESSAGE.encode()))
+
+    def test_offers_plain_and_login_only_under_tls(self):
+        self.start()
+        client = self.without_tls("SMTP_PORT")
+        client.ehlo()
+        self.assertTrue(client.has_extn("starttls"))
+        self.assertFalse(client.has_extn("auth"))
+        self.assertNotEqual(client.docmd("AUTH PLAIN AGEAYg==")[0], 235)
+        client.starttls(context=self.trust())
+        client.ehlo()
+        self.assertEqual(set(client.esmtp_features["auth"].split()), {"PLAIN", "LOGIN"})
+
+    def test_a_wrong_password_and_no_password_are_refused(self):
+        self.start()
+        client = self.over_tls()
+        with self.assertRaises(smtplib.SMTPAuthenticationError):
+            self.log_in(client, password="wrong")
+        for client in (self.over_tls(), self.without_tls("SMTP_PLAIN_PORT")):
+            with self.assertRaises(smtplib.SMTPRecipientsRefused):
+                client.sendmail(OWNER, [THEO], self.MESSAGE)
+
+    def test_one_port_offers_neither_tls_nor_login(self):
+        self.start()
+        client = self.without_tls("SMTP_PLAIN_PORT")
+        client.ehlo()
+        self.assertFalse(client.has_extn("starttls") or client.has_extn("auth"))
+
+    def test_nothing_is_taken_for_other_domains_or_for_nobody(self):
+        self.start()
+        client = self.over_tls()
+        self.log_in(client)
+        client.mail(OWNER)
+        for receiver in ("someone@example.org", "root@localhost", "root", "@example.org:theo@larkhaven.example", "someone%example.org@localhost",
+                         "nobody@larkhaven.example"):
+            self.assertGreaterEqual(client.rcpt(receiver)[0], 500, receiver)
+
+    def test_a_report_to_another_domain_stays_here(self):
+        # Dovecot refuses a receiver whom Postfix has taken: the report about that goes to the sender.
+        self.start("--smtp-set", "virtual_mailbox_maps=static:known")
+        client = self.over_tls()
+        self.log_in(client)
+        client.sendmail("someone@example.org", ["nobody@larkhaven.example"], self.MESSAGE)
+        fate = r"to=<someone@example.org>, relay=none, .*status=bounced \(no mail leaves this machine\)"
+        end = time.monotonic() + NETWORK_TIMEOUT
+        while not re.search(fate, self.read("submission.log")) and time.monotonic() < end:
+            time.sleep(0.05)
+        self.assertRegex(self.read("submission.log"), fate)
+
+    def test_further_accounts_have_mailboxes_and_passwords(self):
+        self.start("--user", "New@larkhaven.example:secret", "--user", "far@elsewhere.example:other")
+        client = self.over_tls()
+        self.log_in(client, "new@larkhaven.example", "secret")
+        client.sendmail("new@larkhaven.example", ["far@elsewhere.example"], self.MESSAGE)
+        reader = self.connect()
+        self.sign_in(reader, "far@elsewhere.example", "other")
+        end = time.monotonic() + NETWORK_TIMEOUT
+        while reader.select("INBOX")[1] == [b"0"] and time.monotonic() < end:
+            time.sleep(0.05)
+        self.assertEqual(reader.select("INBOX")[1], [b"1"])
+
+    def test_faulty_certificates_can_be_shown_by_it_alone(self):
+        self.start("--smtp-cert", "expired")
+        self.signed_in()
+        with self.assertRaisesRegex(ssl.SSLCertVerificationError, "certificate has expired"):
+            self.over_tls()
+        with self.assertRaisesRegex(ssl.SSLCertVerificationError, "certificate has expired"):
+            self.over_starttls()
+
+    def test_listens_on_loopback_only(self):
+        self.start()
+        ports = {self.port(name) for name in ("SMTP_PORT", "SMTPS_PORT", "SMTP_PLAIN_PORT")}
+        self.assert_on_loopback(ports)
+
+    def test_it_can_be_ended_and_started_alone_on_the_same_ports(self):
+        self.start()
+        ports, pid = self.read("ports"), self.read("dovecot.pid")
+        for command in ("stop", "kill"):
+            self.server(command, "--submission-only")
+            self.assertNotIn("SMTP", self.server("status").stdout)
+            with self.assertRaises(OSError):
+                self.over_tls()
+            self.signed_in()
+            self.start()
+            self.assertEqual(self.server("status").stdout, ports)
+            self.log_in(self.over_tls())
+        self.assertEqual(self.read("dovecot.pid"), pid)
+
+    def test_it_ends_with_dovecot_however_that_ends(self):
+        for end in (lambda: self.server("stop"), lambda: self.server("kill"), lambda: os.kill(int(self.read("dovecot.pid")), signal.SIGKILL)):
+            self.start()
+            end()
+            deadline = time.monotonic() + NETWORK_TIMEOUT
+            while time.monotonic() < deadline:
+                try:
+                    self.over_tls().close()
+                except OSError:
+                    break
+                time.sleep(0.05)
+            with self.assertRaises(ConnectionRefusedError):
+                self.over_tls()
+
+    def test_several_run_side_by_side_and_touch_no_place_of_the_system(self):
+        def places():
+            return sorted(os.listdir("/var/spool/postfix") if os.path.isdir("/var/spool/postfix") else [])
+        before = places()
+        self.start()
+        first = self.folder
+        self.folder = os.path.join(support.temporary_folder(self), "second")
+        self.addCleanup(support.run, "mailserver", "kill", self.folder, check=False)
+        self.start()
+        self.log_in(self.over_tls())
+        self.server("stop")
+        self.folder = first
+        self.log_in(self.over_tls())
+        self.assertEqual(places(), before)
+        self.assertFalse(os.path.exists("/var/spool/postfix/configuration"))
+
+    def test_settings_can_be_changed(self):
+        self.start("--smtp-set", "smtpd_sasl_mechanism_filter=login")
+        client = self.over_tls()
+        client.ehlo()
+        self.assertEqual(client.esmtp_features["auth"].split(), ["LOGIN"])
+
+    @unittest.skipUnless(os.getuid() == 0, "only root can become another user")
+    def test_where_root_cannot_be_had_a_line_says_so_and_mail_can_be_read(self):
+        os.mkdir(self.folder)
+        os.chown(self.folder, pwd.getpwnam("nobody").pw_uid, -1)
+        command = ["setpriv", "--reuid=nobody", f"--regid={pwd.getpwnam('nobody').pw_gid}", "--clear-groups", "--no-new-privs", "/usr/bin/python3",
+                   os.path.join(support.DEMO, "mailserver"), "start", self.folder, "--messages", "empty", "--password", PASSWORD]
+        outcome = subprocess.run(command, timeout=support.TIMEOUT, capture_output=True, text=True, check=False)
+        self.assertEqual(outcome.returncode, 0, outcome.stderr)
+        self.assertRegex(outcome.stderr, r"\Amailserver: there is no submission server, so mail can be read but not sent: [^\n]+\n\Z")
+        self.assertNotIn("SMTP", outcome.stdout)
+        self.signed_in()
+        self.server("stop")
+        outcome = subprocess.run([*command, "--submission", "yes"], timeout=support.TIMEOUT, capture_output=True, text=True, check=False)
+        self.assertEqual(outcome.returncode, 1)
+        self.assertIn("no submission server", outcome.stderr)
+
+
 class LifeTest(ServerTest):
     def test_never_runs_as_root(self):
         self.start()
@@ -256,7 +475,7 @@ class LifeTest(ServerTest):
     def test_a_second_start_changes_nothing(self):
         self.start()
         pid, ports = self.read("dovecot.pid"), self.read("ports")
-        self.assertEqual(self.server("start").stdout, ports)
+        self.assertEqual(self.server("start", "--submission", "no").stdout, ports)
         self.assertEqual((self.read("dovecot.pid"), self.read("ports")), (pid, ports))
 
     def test_stops_cleanly_and_twice(self):
@@ -285,7 +504,7 @@ class LifeTest(ServerTest):
     def test_a_restart_keeps_ports_and_password(self):
         self.start()
         ports = self.read("ports")
-        self.server("restart")
+        self.server("restart", "--submission", "no")
         self.assertEqual(self.read("ports"), ports)
         self.signed_in()
 
@@ -319,7 +538,7 @@ class LifeTest(ServerTest):
     def test_starts_again_after_a_crash_that_left_everything_behind(self):
         self.start()
         os.kill(int(self.read("dovecot.pid")), signal.SIGKILL)
-        self.server("start")
+        self.server("start", "--submission", "no")
         self.signed_in()
 
     def test_several_servers_run_side_by_side(self):
@@ -382,7 +601,7 @@ class LifeTest(ServerTest):
 
 class ForegroundTest(ServerTest):
     def run_in_foreground(self):
-        process = subprocess.Popen([os.path.join(support.DEMO, "mailserver"), "start", self.folder, "--messages", "empty", "--foreground"],
+        process = subprocess.Popen([os.path.join(support.DEMO, "mailserver"), "start", self.folder, "--messages", "empty", "--submission", "no", "--foreground"],
                                    stdout=subprocess.PIPE, text=True)
         self.addCleanup(process.stdout.close)
         self.addCleanup(process.wait)

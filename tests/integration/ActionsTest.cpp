@@ -118,9 +118,10 @@ TEST(Actions, SetFlagsOnManyMessagesByOneCommand)
     const Watched watched(server);
     const QList<QString> all = ids(Mailboxes::list(*watched.provider, Mailbox::inbox));
     await(watched.provider->setRead(true, all));
+    await(watched.provider->setStarred(false, all));
     await(watched.provider->setStarred(true, all.first(250)));
     await(watched.provider->setRead(false, all.last(100)));
-    EXPECT_EQ(watched.record->commands("UID STORE "), 3);
+    EXPECT_EQ(watched.record->commands("UID STORE "), 4);
     const std::shared_ptr<IMAPProvider> other = server.provider();
     EXPECT_EQ(await(other->counts({})).value(inbox.id()), 100);
     EXPECT_EQ(Mailboxes::list(*other, Mailbox::starred).messages.size(), 250);

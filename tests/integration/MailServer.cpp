@@ -96,6 +96,14 @@ void MailServer::deliver(const QByteArray& message)
     run({u"deliver"_s, m_state, u"-"_s}, message);
 }
 
+QByteArray MailServer::submissionLog() const
+{
+    QFile log(m_state + u"/submission.log"_s);
+    if (!log.open(QIODevice::ReadOnly))
+        throw std::runtime_error("the submission server keeps no log");
+    return log.readAll();
+}
+
 QByteArray MailServer::doveadm(const QStringList& arguments)
 {
     return run(QStringList{u"doveadm"_s, m_state, u"--"_s} + arguments);

@@ -48,6 +48,7 @@ public:
     void start(const QStringList& options = {});
     void restart(const QStringList& options = {});
     void deliver(const QByteArray& message);
+    QByteArray submissionLog() const;
     QByteArray doveadm(const QStringList& arguments);
 
 private:

@@ -75,7 +75,7 @@ protected:
             const QByteArray raw = Mailboxes::onlyMessage(*server().providerOf(receiver), Mailbox::inbox);
             expectEqual(MIMEParser::parse(raw), message);
             EXPECT_FALSE(raw.contains("\nBcc:"));
-            EXPECT_EQ(raw.contains("ole@"), receiver == thirdAddress) << "only in what its own server adds";
+            EXPECT_FALSE(raw.contains("ole@"));
         }
         const MessagePage sent = Mailboxes::list(*provider, Mailbox::sent);
         ASSERT_EQ(sent.messages.size(), 1);
@@ -89,15 +89,19 @@ protected:
 TEST_P(Sending, WithAUTHPLAINArrivesAsWrittenAndLeavesACopyThatKnowsTheBlindCopies)
 {
     start(thirdAccount);
-    if (!IsSkipped())
-        sendsTheLetter();
+    if (IsSkipped())
+        return;
+    sendsTheLetter();
+    EXPECT_TRUE(server().submissionLog().contains("sasl_method=PLAIN"));
 }
 
 TEST_P(Sending, WithAUTHLOGINWhereTheServerOffersNothingElseArrivesAsWritten)
 {
     start(thirdAccount + QStringList{u"--smtp-set"_s, u"smtpd_sasl_mechanism_filter=login"_s});
-    if (!IsSkipped())
-        sendsTheLetter();
+    if (IsSkipped())
+        return;
+    sendsTheLetter();
+    EXPECT_TRUE(server().submissionLog().contains("sasl_method=LOGIN"));
 }
 
 INSTANTIATE_TEST_SUITE_P(OverTLSAndSTARTTLS, Sending,
@@ -121,7 +125,7 @@ TEST_F(Drafts, AreStoredAsReadDraftsAndGoWhenTheirMessageIsSent)
     OutgoingMessage message = letter();
     message.subject = u"first thoughts"_s;
     await(provider->saveDraft(message));
-    EXPECT_EQ(draftFlags().trimmed(), "flags: \\Seen \\Draft");
+    EXPECT_EQ(draftFlags().trimmed(), "flags: \\Seen \\Draft \\Recent");
 
     // Resumed: the window writes another draft in its place.
     const QString first = Mailboxes::list(*provider, Mailbox::drafts).messages.first().id;

@@ -179,9 +179,12 @@ TEST_F(AppModelMailbox, ReplacesTheRefreshLoopWhereItIsStartedAgain)
 TEST_F(AppModelMailbox, TakesAPageSizeThatIsNotOfferedFor25)
 {
     fixture.defaults().set(DefaultsKey::pageSize, 30);
-    EXPECT_EQ(model.pageSize(), 25);
+    list(Mailbox::inbox, 60);
+    await(model.load(0, true));
+    EXPECT_EQ(model.messages().size(), 25);
     fixture.defaults().set(DefaultsKey::pageSize, 100);
-    EXPECT_EQ(model.pageSize(), 100);
+    await(model.load(0, true));
+    EXPECT_EQ(model.messages().size(), 60);
 }
 
 TEST_F(AppModelMailbox, KeepsTheSelectedRowsThatAreStillListedAndNoOthers)

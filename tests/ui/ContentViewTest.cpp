@@ -306,6 +306,7 @@ TEST_F(ContentViewTest, SaysThatAnAccountMustSignIn)
     const int before = mail.window->sidebar().visualRect(row(mail, u"Inbox"_s)).top();
     mail.model().report(std::make_exception_ptr(MailError::notSignedIn()), mail.fixture.account().id);
     EXPECT_TRUE(heading(mail).data(SidebarView::NeedsSignInRole).toBool());
+    EXPECT_EQ(heading(mail).data(Qt::AccessibleTextRole), u"mia@example.org, Sign-in required"_s);
     EXPECT_FALSE(alert(mail));
     EXPECT_TRUE(
         waitUntil([&] { return mail.window->sidebar().visualRect(row(mail, u"Inbox"_s)).top() > before; }));
