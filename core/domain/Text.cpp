@@ -1,8 +1,7 @@
 #include "domain/Text.h"
 
-#include <QTextBoundaryFinder>
-
 #include <algorithm>
+#include <unicode/ubrk.h>
 #include <unicode/ustring.h>
 
 namespace Larkhaven::Text {
@@ -105,35 +104,36 @@ std::optional<QString> fromStrictUTF8(QByteArrayView bytes)
     return fromUTF8(bytes, U_SENTINEL);
 }
 
-namespace {
-
-/// Where the first `count` clusters end, or the text.
-qsizetype clustersEnd(QStringView text, qsizetype count)
+void CharacterWalk::Closer::operator()(UBreakIterator* iterator) const
 {
-    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text.data(), text.size());
-    qsizetype end = 0;
-    for (qsizetype seen = 0; seen < count && end < text.size(); ++seen)
-        end = finder.toNextBoundary();
-    return end;
+    ubrk_close(iterator);
 }
 
-} // namespace
+CharacterWalk::CharacterWalk(QStringView text)
+{
+    UErrorCode status = U_ZERO_ERROR;
+    m_iterator.reset(ubrk_open(UBRK_CHARACTER, "", text.utf16(), static_cast<int32_t>(text.size()), &status));
+    Q_ASSERT(U_SUCCESS(status));
+}
+
+std::optional<qsizetype> CharacterWalk::next()
+{
+    const int32_t end = ubrk_next(m_iterator.get());
+    return end == UBRK_DONE ? std::nullopt : std::optional<qsizetype>(end);
+}
 
 QString prefix(const QString& text, qsizetype count)
 {
     if (count <= 0)
         return {};
-    // No cluster is shorter than one code unit, so a text this short needs no look at its clusters.
+    // No character is shorter than one code unit, so a text this short needs no look at its characters.
     if (text.size() <= count)
         return text;
-    // The finder looks at all of its text at once, so it is given no more than the clusters need, mostly.
-    for (qsizetype window = 4 * count;; window *= 2) {
-        const qsizetype size = std::min(window, text.size());
-        const qsizetype end = clustersEnd(QStringView(text).first(size), count);
-        // The last cluster of a window may go on behind it, and its last unit may be half of a pair.
-        if (end < size - 1 || size == text.size())
-            return text.first(end);
-    }
+    CharacterWalk walk(text);
+    qsizetype end = 0;
+    for (qsizetype seen = 0; seen < count && end < text.size(); ++seen)
+        end = walk.next().value_or(text.size());
+    return text.first(end);
 }
 
 } // namespace Larkhaven::Text

@@ -4,7 +4,10 @@
 #include <QString>
 #include <QStringView>
 
+#include <memory>
 #include <optional>
+
+struct UBreakIterator;
 
 /// Small rules about text that many modules share. Pure functions, callable from any thread.
 namespace Larkhaven::Text {
@@ -36,6 +39,24 @@ QString fromRepairedUTF8(QByteArrayView bytes);
 
 /// Decodes UTF-8; absent where anything in it is invalid.
 std::optional<QString> fromStrictUTF8(QByteArrayView bytes);
+
+/// Walks a text by its user-perceived characters (extended grapheme clusters, UAX #29), looking no further
+/// than it has to. The text must outlive it.
+///
+/// NB: not QTextBoundaryFinder, which cuts surrogate pairs in halves behind Indic letters (Qt 6.4).
+class CharacterWalk {
+public:
+    explicit CharacterWalk(QStringView text);
+
+    /// Where the next character ends; absent behind the last one.
+    std::optional<qsizetype> next();
+
+private:
+    struct Closer {
+        void operator()(UBreakIterator* iterator) const;
+    };
+    std::unique_ptr<UBreakIterator, Closer> m_iterator;
+};
 
 /// At most the first `count` user-perceived characters (extended grapheme clusters, UAX #29) of the text.
 QString prefix(const QString& text, qsizetype count);

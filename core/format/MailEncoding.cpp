@@ -2,8 +2,6 @@
 
 #include "domain/Text.h"
 
-#include <QTextBoundaryFinder>
-
 #include <algorithm>
 #include <array>
 #include <cstdint>
@@ -411,19 +409,19 @@ QString encodeHeader(const QString& text)
     };
 
     const QStringView whole(text);
-    QTextBoundaryFinder characters(QTextBoundaryFinder::Grapheme, text);
+    Text::CharacterWalk characters(whole);
     qsizetype chunkStart = 0;
     qsizetype chunkBytes = 0;
     qsizetype start = 0;
-    for (qsizetype end = characters.toNextBoundary(); end > 0; end = characters.toNextBoundary()) {
-        const qsizetype characterBytes = utf8Length(whole.sliced(start, end - start));
+    while (const std::optional<qsizetype> end = characters.next()) {
+        const qsizetype characterBytes = utf8Length(whole.sliced(start, *end - start));
         if (base64Length(chunkBytes + characterBytes) > maxWordBase64) {
             appendWord(whole.sliced(chunkStart, start - chunkStart));
             chunkStart = start;
             chunkBytes = 0;
         }
         chunkBytes += characterBytes;
-        start = end;
+        start = *end;
     }
     appendWord(whole.sliced(chunkStart));
     return result;

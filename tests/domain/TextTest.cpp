@@ -37,6 +37,15 @@ TEST(Text, FindsTheEndOfClustersThatAreMuchLongerThanUsual)
     EXPECT_EQ(Text::prefix(QStringLiteral("abc"), -1), u"");
 }
 
+TEST(Text, CutsNoCharacterOfAnotherScriptBehindIndicLetters)
+{
+    const QString text = QStringLiteral("\u0BA4\u0BAE\u0BBF\U0001F44D\U0001F3FD\U0001F1E9\U0001F1EAx");
+    EXPECT_EQ(Text::prefix(text, 3), text.first(7));
+    EXPECT_EQ(Text::prefix(text, 4), text.first(11));
+    for (qsizetype count = 1; count < text.size(); ++count)
+        EXPECT_TRUE(Text::prefix(text, count).isValidUtf16()) << count;
+}
+
 TEST(Text, CutsAHugeTextWithoutLookingAtAllOfIt)
 {
     const QString huge(20'000'000, u'x');

@@ -391,6 +391,16 @@ TEST(EncodeHeader, PutsAtMost33BytesIntoAWord)
                       u"?=\r\n =?UTF-8?B?Yg==?="_s));
 }
 
+TEST(EncodeHeader, NeverSplitsASurrogatePairBehindIndicLetters)
+{
+    for (int padding = 0; padding < 12; ++padding) {
+        const QString text =
+            QString(padding, u'a') +
+            u"\u0928\u092E\u0938\u094D\u0924\u0947 \U0001F468\u200D\U0001F469 "_s.repeated(5);
+        EXPECT_EQ(decodeHeader(encodeHeader(text)), text);
+    }
+}
+
 TEST(EncodeHeader, NeverSplitsAUserPerceivedCharacter)
 {
     const QString accented = u"e\u0301"_s;
