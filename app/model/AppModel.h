@@ -351,6 +351,12 @@ private:
     /// Changes the rows at once and tells the server in a task.
     /// (The rows may be those of a field that changes.)
     void change(QList<MessageSummary> rows, const Change& change, const Request& request);
+    /// What became of a request; a task can't give a bare exception.
+    struct Answer {
+        std::exception_ptr failure; ///< null for success
+    };
+    /// Tells the service. The change is no longer pending afterwards.
+    Task<Answer> tell(QUuid accountID, QList<QString> ids, Request request, quint64 pending);
     Task<> tellChange(QUuid accountID, QList<QString> ids, Request request, KeptRows kept, quint64 pending);
     /// Takes the rows off the list at once and tells the server in a task.
     void removeRows(QList<MessageSummary> rows, const Request& request);

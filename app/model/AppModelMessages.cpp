@@ -109,8 +109,7 @@ void AppModel::change(QList<MessageSummary> rows, const Change& change, const Re
     start(tellChange(rows.first().accountID, ids.values(), request, kept, beginChange(ids, change)));
 }
 
-Task<> AppModel::tellChange(QUuid accountID, QList<QString> ids, Request request, KeptRows kept,
-                            quint64 pending)
+Task<AppModel::Answer> AppModel::tell(QUuid accountID, QList<QString> ids, Request request, quint64 pending)
 {
     const QPointer<AppModel> self(this);
     const std::shared_ptr<MailProvider> source = provider(accountID);
@@ -120,15 +119,24 @@ Task<> AppModel::tellChange(QUuid accountID, QList<QString> ids, Request request
     } catch (...) {
         failure = std::current_exception();
     }
+    if (self)
+        endChange(pending);
+    co_return Answer{failure};
+}
+
+Task<> AppModel::tellChange(QUuid accountID, QList<QString> ids, Request request, KeptRows kept,
+                            quint64 pending)
+{
+    const QPointer<AppModel> self(this);
+    const Answer answer = co_await tell(accountID, ids, request, pending);
     if (!self)
         co_return;
-    endChange(pending);
-    if (!failure) {
+    if (!answer.failure) {
         co_await loadCounts(accountID);
         co_return;
     }
     restoreRows(kept);
-    report(failure, accountID);
+    report(answer.failure, accountID);
 }
 
 void AppModel::removeRows(QList<MessageSummary> rows, const Request& request)
@@ -157,19 +165,12 @@ Task<> AppModel::tellRemoval(QUuid accountID, QList<QString> ids, Request reques
                              quint64 pending)
 {
     const QPointer<AppModel> self(this);
-    const std::shared_ptr<MailProvider> source = provider(accountID);
-    std::exception_ptr failure;
-    try {
-        co_await request(*source, ids);
-    } catch (...) {
-        failure = std::current_exception();
-    }
+    const Answer answer = co_await tell(accountID, ids, request, pending);
     if (!self)
         co_return;
-    endChange(pending);
-    if (failure) {
+    if (answer.failure) {
         restoreRows(kept);
-        report(failure, accountID);
+        report(answer.failure, accountID);
         // The service may have acted on some of them.
         co_await refresh();
         co_return;

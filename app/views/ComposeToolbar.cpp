@@ -129,7 +129,8 @@ void ComposeToolbar::resizeEvent(QResizeEvent* event)
     // Words give way to icons where they have no room.
     const int words = fontMetrics().horizontalAdvance(m_send->text() + m_attach->text());
     const int progress = m_progress->width() + fontMetrics().horizontalAdvance(tr("Attaching…"));
-    const int commands = 2 * m_send->iconSize().width() + m_format->sizeHint().width() + m_bcc->sizeHint().width();
+    const int commands =
+        2 * m_send->iconSize().width() + m_format->sizeHint().width() + m_bcc->sizeHint().width();
     setCompact(width() < words + progress + commands + 6 * Style::largePadding);
 }
 

@@ -4,7 +4,6 @@
 
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QPainter>
 #include <QPushButton>
 
 using namespace Qt::StringLiterals;
@@ -12,7 +11,7 @@ using namespace Qt::StringLiterals;
 namespace Larkhaven {
 
 ReaderBanner::ReaderBanner(QWidget* parent)
-    : QFrame(parent)
+    : WarningCard(parent)
     , m_shield(new QLabel)
     , m_remote(new QLabel(tr("This message contains remote content.")))
     , m_trackers(new QLabel)
@@ -62,39 +61,22 @@ void ReaderBanner::applyStyle()
     const Style::Colors& colors = style.colors();
     const int icon = style.scaled(static_cast<double>(Style::largeIcon) / Style::standardTextSize);
     m_shield->setPixmap(style.pixmap(Symbol::shield, icon, colors.warningText, devicePixelRatioF()));
-    for (QLabel* const label : {m_remote, m_trackers}) {
-        QPalette palette = label->palette();
-        palette.setColor(QPalette::WindowText, colors.warningText);
-        label->setPalette(palette);
-    }
+    applyColors({m_remote, m_trackers}, *m_load);
     m_remote->setFont(style.font(Style::Type::body, Style::Weight::semibold));
     m_trackers->setFont(style.font(Style::Type::caption));
-    m_load->setStyleSheet(u"QPushButton { background: transparent; color: %1; border: 1px solid %1; }"
-                          "QPushButton:hover { background: %1; color: %2; }"_s.arg(
-                              colors.warningText.name(), colors.warningBackground.name()));
-    update();
 }
 
 QSize ReaderBanner::minimumSizeHint() const
 {
-    return {m_load->minimumSizeHint().width() + 2 * Style::padding, QFrame::minimumSizeHint().height()};
+    return {m_load->minimumSizeHint().width() + 2 * Style::padding, WarningCard::minimumSizeHint().height()};
 }
 
 void ReaderBanner::resizeEvent(QResizeEvent* event)
 {
-    QFrame::resizeEvent(event);
+    WarningCard::resizeEvent(event);
     // The button goes below the texts where they would have too little room beside it.
     const bool isNarrow = width() < 2 * m_load->sizeHint().width();
     m_layout->setDirection(isNarrow ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
-}
-
-void ReaderBanner::paintEvent(QPaintEvent*)
-{
-    QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(Style::shared().colors().warningBackground);
-    painter.drawRoundedRect(rect(), Style::cardRadius, Style::cardRadius);
 }
 
 } // namespace Larkhaven

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QFrame>
+#include "views/WarningCard.h"
 
 class QBoxLayout;
 class QLabel;
@@ -10,7 +10,7 @@ namespace Larkhaven {
 
 /// Tells what of a message was held back, and offers to load its remote content. Hidden where there is
 /// nothing to tell.
-class ReaderBanner : public QFrame {
+class ReaderBanner : public WarningCard {
     Q_OBJECT
 
 public:
@@ -24,7 +24,6 @@ Q_SIGNALS:
     void loadRequested();
 
 protected:
-    void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
 
 private:

@@ -4,7 +4,6 @@
 
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QPainter>
 #include <QPushButton>
 #include <QVBoxLayout>
 
@@ -13,7 +12,7 @@ using namespace Qt::StringLiterals;
 namespace Larkhaven {
 
 SignInBanner::SignInBanner(AppModel& model, QWidget* parent)
-    : QFrame(parent)
+    : WarningCard(parent)
     , m_model(model)
     , m_symbol(new QLabel)
     , m_title(new QLabel(tr("Sign-In Required")))
@@ -70,24 +69,7 @@ void SignInBanner::applyStyle()
     m_symbol->setPixmap(style.pixmap(Symbol::warning, icon, color, devicePixelRatioF()));
     m_title->setFont(style.font(Style::Type::body, Style::Weight::semibold));
     m_text->setFont(style.font(Style::Type::body));
-    for (QLabel* const label : {m_title, m_text}) {
-        QPalette palette = label->palette();
-        palette.setColor(QPalette::WindowText, color);
-        label->setPalette(palette);
-    }
-    m_button->setStyleSheet(u"QPushButton { background: transparent; color: %1; border: 1px solid %1; }"
-                            "QPushButton:hover { background: %1; color: %2; }"_s.arg(
-                                color.name(), style.colors().warningBackground.name()));
-    QFrame::update();
-}
-
-void SignInBanner::paintEvent(QPaintEvent*)
-{
-    QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(Style::shared().colors().warningBackground);
-    painter.drawRoundedRect(rect(), Style::cardRadius, Style::cardRadius);
+    applyColors({m_title, m_text}, *m_button);
 }
 
 } // namespace Larkhaven

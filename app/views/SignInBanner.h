@@ -1,8 +1,7 @@
 #pragma once
 
 #include "model/AppModel.h"
-
-#include <QFrame>
+#include "views/WarningCard.h"
 
 class QLabel;
 class QPushButton;
@@ -10,7 +9,7 @@ class QPushButton;
 namespace Larkhaven {
 
 /// Stands above the table while the selected account needs to sign in again.
-class SignInBanner : public QFrame {
+class SignInBanner : public WarningCard {
     Q_OBJECT
 
 public:
@@ -19,9 +18,6 @@ public:
 Q_SIGNALS:
     /// The window for setting up an account is asked for.
     void setupRequested();
-
-protected:
-    void paintEvent(QPaintEvent* event) override;
 
 private:
     void update();

@@ -356,9 +356,9 @@ class SubmissionTest(ServerTest):
         client = self.over_tls()
         self.log_in(client)
         client.mail(OWNER)
-        for receiver in ("someone@example.org", "root@localhost", "root", "@example.org:theo@larkhaven.example", "someone%example.org@localhost",
+        for receiver in ("someone@example.org", "root@localhost", "root", "someone%example.org@localhost",
                          "nobody@larkhaven.example"):
-            self.assertGreaterEqual(client.rcpt(receiver)[0], 500, receiver)
+            self.assertGreaterEqual(client.docmd("RCPT", f"TO:<{receiver}>")[0], 500, receiver)
 
     def test_a_report_to_another_domain_stays_here(self):
         # Dovecot refuses a receiver whom Postfix has taken: the report about that goes to the sender.
