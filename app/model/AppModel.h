@@ -317,6 +317,7 @@ private:
     /// The rows of a page before a change, to go back to if the server refuses it.
     struct PendingChange {
         quint64 number;
+        QUuid accountID;
         QSet<QString> ids;
         Change change; ///< empty for a removal
     };
@@ -361,7 +362,7 @@ private:
     /// Takes the rows off the list at once and tells the server in a task.
     void removeRows(QList<MessageSummary> rows, const Request& request);
     Task<> tellRemoval(QUuid accountID, QList<QString> ids, Request request, KeptRows kept, quint64 pending);
-    quint64 beginChange(const QSet<QString>& ids, const Change& change);
+    quint64 beginChange(const QUuid& accountID, const QSet<QString>& ids, const Change& change);
     void endChange(quint64 number);
     /// The rows as they will be once the service knows of the changes that it is being told.
     void applyPendingChanges(QList<MessageSummary>& rows) const;
@@ -374,6 +375,10 @@ private:
     using Writing = std::function<void(ComposeDraft&, const ParsedMessage&)>;
     Task<> prepare(MessageSummary row, bool isOfThread, Writing writing);
     ComposeDraft emptyDraft(const QUuid& accountID) const;
+    /// The stored draft that the provider of the sending account is to replace.
+    static std::optional<QString> replacedDraft(const ComposeDraft& draft);
+    /// The stored draft of a message that another account has sent or stored goes to the trash.
+    void removeForeignDraft(const ComposeDraft& draft);
     /// Whether the mailbox is on screen.
     bool shows(const QUuid& accountID, Mailbox role) const;
 

@@ -58,7 +58,8 @@ std::shared_ptr<MailCache> AppModel::cache(const QUuid& accountID)
 {
     if (std::shared_ptr<MailCache> known = m_caches.value(accountID))
         return known;
-    std::shared_ptr<MailCache> made = makeCache(accountID);
+    const bool isAccount = std::ranges::find(m_accounts, accountID, &Account::id) != m_accounts.end();
+    std::shared_ptr<MailCache> made = isAccount ? makeCache(accountID) : nullptr;
     if (made)
         m_caches.insert(accountID, made);
     return made;
@@ -86,13 +87,13 @@ std::shared_ptr<MailCache> AppModel::makeCache(const QUuid& accountID)
         key = randomBytes(AESGCMCipher::keySize);
         if (!key)
             return nullptr;
-        // Whatever was sealed with the lost key can't be read any more.
-        QDir(directory).removeRecursively();
         try {
             m_services.cacheKeys->saveData(*key, accountID);
         } catch (const KeychainError&) {
             return nullptr;
         }
+        // Whatever was sealed with the lost key can't be read any more.
+        QDir(directory).removeRecursively();
     }
     if (key->size() != AESGCMCipher::keySize)
         return nullptr;
@@ -129,6 +130,9 @@ Task<> AppModel::saveIMAPAccount(QString name, QString email, ServerSettings set
                                  std::stop_token stop)
 {
     const QPointer<AppModel> self(this);
+    // What is being repaired may change while the servers are asked.
+    Account account = accountToChange(email);
+    const bool isKnown = m_accounts.contains(account);
     setSigningIn(true);
     std::exception_ptr failure;
     try {
@@ -141,10 +145,11 @@ Task<> AppModel::saveIMAPAccount(QString name, QString email, ServerSettings set
     setSigningIn(false);
     if (failure)
         std::rethrow_exception(failure);
-    if (stop.stop_requested())
+    const bool isGone =
+        isKnown && std::ranges::find(m_accounts, account.id, &Account::id) == m_accounts.end();
+    if (stop.stop_requested() || isGone)
         throw MailError::cancelled();
 
-    Account account = accountToChange(email);
     account.email = email;
     account.displayName = name.isEmpty() ? std::nullopt : std::optional(name);
     account.server = settings;

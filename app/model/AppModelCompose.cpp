@@ -1,7 +1,6 @@
 #include "domain/MailError.h"
 #include "domain/Text.h"
 #include "format/AddressParser.h"
-#include "format/MailEncoding.h"
 #include "format/MessageComposer.h"
 #include "model/AppModel.h"
 #include "platform/Tasks.h"
@@ -25,23 +24,11 @@ size_t qHash(const ComposeDraft& draft, size_t seed)
 
 namespace {
 
-/// An address as the user edits it: as in a header, but a name that isn't ASCII stays readable.
-QString fieldText(const EmailAddress& address)
-{
-    const QString name = MailEncoding::headerSafe(address.name.value_or(QString()));
-    if (std::ranges::all_of(name, [](QChar character) { return character.unicode() < 0x80; }))
-        return MessageComposer::formatAddress(address);
-    QString escaped = name;
-    escaped.replace(u'\\', u"\\\\"_s).replace(u'"', u"\\\""_s);
-    const QString bare = MessageComposer::formatAddress(EmailAddress(std::nullopt, address.address));
-    return u"\"%1\" <%2>"_s.arg(escaped, bare);
-}
-
 QString fieldText(const QList<EmailAddress>& addresses)
 {
     QStringList texts;
     for (const EmailAddress& address : addresses)
-        texts.append(fieldText(address));
+        texts.append(MessageComposer::editableAddress(address));
     return texts.join(u", "_s);
 }
 
@@ -84,6 +71,11 @@ QList<EmailAddress> otherRecipients(const MIMEHeaders& headers, const QString& o
     return others;
 }
 
+// An editor lays out what it is given at once: what a stranger wrote must not stop the program.
+constexpr qsizetype mostQuotedCharacters = 250'000; ///< in UTF-16 units
+constexpr qsizetype mostQuotedLines = 10'000;
+constexpr qsizetype mostDraftCharacters = 4'000'000; ///< of the text and of the HTML each
+
 /// The text of a message, or what else is known of it, with the line ends of an editor.
 QString plainText(const ParsedMessage& message, const QString& snippet)
 {
@@ -91,14 +83,39 @@ QString plainText(const ParsedMessage& message, const QString& snippet)
     return text.replace(u"\r\n"_s, u"\n"_s);
 }
 
+/// As much of the text as an answer takes up.
+QString quotable(const QString& text)
+{
+    qsizetype end = std::min(text.size(), mostQuotedCharacters);
+    qsizetype lines = 0;
+    for (qsizetype index = 0; index < end; ++index) {
+        if (text[index] == u'\n' && ++lines == mostQuotedLines)
+            end = index;
+    }
+    if (end == text.size())
+        return text;
+    if (end > 0 && text[end - 1].isHighSurrogate())
+        --end;
+    return text.first(end) + u'\n' + AppModel::tr("[The rest of the message is left out.]");
+}
+
+/// A stored draft is never cut: what is stored in its place would be all that is left.
+void expectEditable(const ParsedMessage& message)
+{
+    const QString text = message.textBody.value_or(QString());
+    if (text.size() > mostDraftCharacters ||
+        message.htmlBody.value_or(QString()).size() > mostDraftCharacters)
+        throw MailError::unsupported(AppModel::tr("This draft is too long to be edited here."));
+}
+
 /// What a reply quotes.
 QString quoted(const ParsedMessage& message, const QString& snippet)
 {
     const QList<EmailAddress> from = message.headers.from();
     const std::optional<EmailAddress> sender = from.isEmpty() ? std::nullopt : std::optional(from.first());
-    return MessageComposer::quotedReply(plainText(message, snippet), sender ? sender->name : std::nullopt,
-                                        sender ? std::optional(sender->address) : std::nullopt,
-                                        message.headers.date());
+    return MessageComposer::quotedReply(
+        quotable(plainText(message, snippet)), sender ? sender->name : std::nullopt,
+        sender ? std::optional(sender->address) : std::nullopt, message.headers.date());
 }
 
 /// A stored draft's HTML as the editor may load it: nothing in it loads anything.
@@ -124,6 +141,22 @@ void expectRecipients(const OutgoingMessage& message)
     for (const EmailAddress& recipient : recipients) {
         if (!valid.match(recipient.address).hasMatch())
             refuseAddress(recipient.address);
+    }
+}
+
+/// Whether another account sends than the one that the draft came from.
+bool isForeign(const ComposeDraft& draft)
+{
+    return !draft.originAccountID.isNull() && draft.originAccountID != draft.accountID;
+}
+
+/// Nobody that the user named is left out without a word.
+void expectNothingDropped(const ComposeDraft& draft)
+{
+    for (const QString& field : {draft.to, draft.cc, draft.bcc}) {
+        const QStringList dropped = AddressParser::unreadablePieces(field);
+        if (!dropped.isEmpty())
+            refuseAddress(dropped.first());
     }
 }
 
@@ -153,6 +186,7 @@ ComposeDraft AppModel::emptyDraft(const QUuid& accountID) const
     ComposeDraft draft;
     draft.id = QUuid::createUuid();
     draft.accountID = accountID;
+    draft.originAccountID = accountID;
     draft.isRichText = defaults().boolean(DefaultsKey::composeRichText);
     return draft;
 }
@@ -262,8 +296,8 @@ Task<> AppModel::forward(MessageSummary row)
     const Writing writing = [row, signature = signatureBlock()](ComposeDraft& draft,
                                                                 const ParsedMessage& message) {
         draft.subject = MessageComposer::forwardSubject(message.headers.subject());
-        draft.body =
-            signature + MessageComposer::forwardBody(message.headers, plainText(message, row.snippet));
+        draft.body = signature +
+                     MessageComposer::forwardBody(message.headers, quotable(plainText(message, row.snippet)));
         draft.attachments = outgoingAttachments(message);
     };
     return prepare(row, false, writing);
@@ -272,6 +306,7 @@ Task<> AppModel::forward(MessageSummary row)
 Task<> AppModel::editDraft(MessageSummary row)
 {
     const Writing writing = [row](ComposeDraft& draft, const ParsedMessage& message) {
+        expectEditable(message);
         draft.to = fieldText(message.headers.to());
         draft.cc = fieldText(message.headers.cc());
         draft.bcc = fieldText(AddressParser::parseList(message.headers.decoded(u"Bcc").value_or(QString())));
@@ -298,8 +333,10 @@ OutgoingMessage AppModel::outgoing(const ComposeDraft& draft, bool forSending)
     message.to = AddressParser::parseList(draft.to);
     message.cc = AddressParser::parseList(draft.cc);
     message.bcc = AddressParser::parseList(draft.bcc);
-    if (forSending)
+    if (forSending) {
         expectRecipients(message);
+        expectNothingDropped(draft);
+    }
     message.from = EmailAddress(account->displayName, account->email);
     message.subject = draft.subject;
     message.body = draft.body;
@@ -308,8 +345,23 @@ OutgoingMessage AppModel::outgoing(const ComposeDraft& draft, bool forSending)
     message.attachments = draft.attachments;
     message.inReplyTo = draft.inReplyTo;
     message.references = draft.references;
-    message.threadID = draft.threadID;
+    if (!isForeign(draft))
+        message.threadID = draft.threadID;
     return message;
+}
+
+std::optional<QString> AppModel::replacedDraft(const ComposeDraft& draft)
+{
+    // The same identifier means another message to another service.
+    return isForeign(draft) ? std::nullopt : draft.draftMessageID;
+}
+
+void AppModel::removeForeignDraft(const ComposeDraft& draft)
+{
+    const bool isToGo = draft.draftMessageID && isForeign(draft);
+    const std::shared_ptr<MailProvider> origin = isToGo ? provider(draft.originAccountID) : nullptr;
+    if (origin)
+        spawn(origin->trash({*draft.draftMessageID}), dropFailure);
 }
 
 Task<> AppModel::send(ComposeDraft draft)
@@ -317,9 +369,10 @@ Task<> AppModel::send(ComposeDraft draft)
     const QPointer<AppModel> self(this);
     OutgoingMessage message = outgoing(draft, true);
     const std::shared_ptr<MailProvider> source = provider(draft.accountID);
-    co_await source->send(std::move(message), draft.draftMessageID);
+    co_await source->send(std::move(message), replacedDraft(draft));
     if (!self)
         co_return;
+    removeForeignDraft(draft);
     const bool isShown = shows(draft.accountID, Mailbox::sent) ||
                          (draft.draftMessageID && shows(draft.accountID, Mailbox::drafts));
     if (isShown)
@@ -332,7 +385,9 @@ Task<> AppModel::saveDraft(ComposeDraft draft)
     const QPointer<AppModel> self(this);
     OutgoingMessage message = outgoing(draft, false);
     const std::shared_ptr<MailProvider> source = provider(draft.accountID);
-    co_await source->saveDraft(std::move(message), draft.draftMessageID);
+    co_await source->saveDraft(std::move(message), replacedDraft(draft));
+    if (self)
+        removeForeignDraft(draft);
     if (self && shows(draft.accountID, Mailbox::drafts))
         start(refresh());
 }

@@ -62,9 +62,9 @@ void AppModel::restoreRows(const KeptRows& kept)
         assign(m_messages, kept.rows, &AppModel::messagesChanged);
 }
 
-quint64 AppModel::beginChange(const QSet<QString>& ids, const Change& change)
+quint64 AppModel::beginChange(const QUuid& accountID, const QSet<QString>& ids, const Change& change)
 {
-    m_pendingChanges.append({++m_lastChange, ids, change});
+    m_pendingChanges.append({++m_lastChange, accountID, ids, change});
     return m_lastChange;
 }
 
@@ -76,7 +76,9 @@ void AppModel::endChange(quint64 number)
 void AppModel::applyPendingChanges(QList<MessageSummary>& rows) const
 {
     for (const PendingChange& pending : m_pendingChanges) {
-        const auto isMeant = [&pending](const MessageSummary& row) { return pending.ids.contains(row.id); };
+        const auto isMeant = [&pending](const MessageSummary& row) {
+            return pending.accountID == row.accountID && pending.ids.contains(row.id);
+        };
         if (!pending.change) {
             rows.removeIf(isMeant);
             continue;
@@ -100,13 +102,15 @@ void AppModel::change(QList<MessageSummary> rows, const Change& change, const Re
             change(row);
     }
     for (const QString& id : ids) {
-        if (const auto opened = m_opened.find(id); opened != m_opened.end())
+        const auto opened = m_opened.find(id);
+        if (opened != m_opened.end() && opened->accountID == rows.first().accountID)
             change(*opened);
     }
     if (const auto page = m_pageCache.find(m_pageIndex); page != m_pageCache.end())
         page->messages = changed;
     assign(m_messages, changed, &AppModel::messagesChanged);
-    start(tellChange(rows.first().accountID, ids.values(), request, kept, beginChange(ids, change)));
+    start(tellChange(rows.first().accountID, ids.values(), request, kept,
+                     beginChange(rows.first().accountID, ids, change)));
 }
 
 Task<AppModel::Answer> AppModel::tell(QUuid accountID, QList<QString> ids, Request request, quint64 pending)
@@ -158,7 +162,8 @@ void AppModel::removeRows(QList<MessageSummary> rows, const Request& request)
     setSelection(QSet<QString>(m_selection).subtract(ids));
     if (!m_path.isEmpty() && ids.contains(m_path.last()))
         setPath({});
-    start(tellRemoval(rows.first().accountID, ids.values(), request, kept, beginChange(ids, {})));
+    start(tellRemoval(rows.first().accountID, ids.values(), request, kept,
+                      beginChange(rows.first().accountID, ids, {})));
 }
 
 Task<> AppModel::tellRemoval(QUuid accountID, QList<QString> ids, Request request, KeptRows kept,

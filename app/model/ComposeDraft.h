@@ -14,6 +14,9 @@ namespace Larkhaven {
 struct ComposeDraft {
     QUuid id;
     QUuid accountID; ///< the account that sends
+    /// The account that `threadID` and `draftMessageID` mean something to, where another one sends than the
+    /// one that the window opened with; null for the one that sends.
+    QUuid originAccountID;
     // Addresses as the user edits them, joined by ", ".
     QString to;
     QString cc;
@@ -29,6 +32,8 @@ struct ComposeDraft {
     /// kept.
     std::optional<QString> initialHTML;
     QList<OutgoingAttachment> attachments;
+    /// The program ended while this was being sent: it may have gone out.
+    bool wasSending = false;
 
     bool operator==(const ComposeDraft& other) const { return id == other.id; }
 };

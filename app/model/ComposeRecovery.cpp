@@ -44,6 +44,8 @@ QByteArray encodedText(const ComposeDraft& draft)
     insert(map, "inReplyTo"_L1, draft.inReplyTo);
     insert(map, "threadID"_L1, draft.threadID);
     insert(map, "draftMessageID"_L1, draft.draftMessageID);
+    map.insert("wasSending"_L1, draft.wasSending);
+    map.insert("originAccountID"_L1, QCborValue(draft.originAccountID));
     insert(map, "initialHTML"_L1, draft.initialHTML);
     map.insert("references"_L1, QCborArray::fromStringList(draft.references));
     return map.toCborValue().toCbor();
@@ -79,12 +81,14 @@ ComposeDraft decoded(const QUuid& id, const QUuid& accountID, const QByteArray& 
     ComposeDraft draft;
     draft.id = id;
     draft.accountID = accountID;
+    draft.originAccountID = map.value("originAccountID"_L1).toUuid(accountID);
     draft.to = map.value("to"_L1).toString();
     draft.cc = map.value("cc"_L1).toString();
     draft.bcc = map.value("bcc"_L1).toString();
     draft.subject = map.value("subject"_L1).toString();
     draft.body = map.value("body"_L1).toString();
     draft.isRichText = map.value("isRichText"_L1).toBool();
+    draft.wasSending = map.value("wasSending"_L1).toBool();
     draft.inReplyTo = text(map, "inReplyTo"_L1);
     draft.threadID = text(map, "threadID"_L1);
     draft.draftMessageID = text(map, "draftMessageID"_L1);
@@ -123,12 +127,15 @@ void ComposeRecovery::keep(const ComposeDraft& draft)
     const bool isNew = known == m_kept.cend();
     const bool hasMoved = !isNew && known->accountID != draft.accountID;
     const bool hasOtherFiles = isNew || hasMoved || !hasSameFiles(*known, draft);
-    if (hasMoved)
-        forget(draft.id);
+    const std::optional<ComposeDraft> before = hasMoved ? std::optional(*known) : std::nullopt;
     m_kept.insert(draft.id, draft);
     write(draft, hasOtherFiles);
     if (isNew || hasMoved)
         writeList(draft.accountID);
+    if (before) {
+        writeList(before->accountID);
+        erase(*before);
+    }
 }
 
 void ComposeRecovery::forget(const QUuid& draftID)

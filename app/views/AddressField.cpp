@@ -7,6 +7,7 @@
 #include <QKeyEvent>
 
 #include <algorithm>
+#include <limits>
 
 using namespace Qt::StringLiterals;
 
@@ -24,6 +25,8 @@ AddressField::AddressField(const QString& label, QLineEdit* line, UserDefaults& 
     , m_contacts(contacts)
     , m_line(line)
 {
+    // A field that cuts its text would lose recipients without a word.
+    line->setMaxLength(std::numeric_limits<int>::max());
     line->installEventFilter(this);
     connect(line, &QLineEdit::textChanged, this, [this] {
         m_highlighted = 0;

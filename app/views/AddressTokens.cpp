@@ -1,5 +1,8 @@
 #include "views/AddressTokens.h"
 
+#include "format/MailEncoding.h"
+#include "format/MessageComposer.h"
+
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
@@ -64,15 +67,13 @@ QSet<QString> addresses(const QString& text)
 
 QString written(const ContactSuggestion& suggestion)
 {
-    if (suggestion.name.isEmpty())
-        return suggestion.email;
-    QString name = suggestion.name;
     const auto isSpecial = [](QChar character) { return uR"(()<>[]:;@\,.")"_s.contains(character); };
-    if (std::ranges::any_of(name, isSpecial)) {
-        name.replace(u'\\', u"\\\\"_s).replace(u'"', u"\\\""_s);
-        name = u'"' + name + u'"';
-    }
-    return u"%1 <%2>"_s.arg(name, suggestion.email);
+    const bool needsQuotes = std::ranges::any_of(suggestion.name, isSpecial);
+    const EmailAddress address(suggestion.name, suggestion.email);
+    const QString bare = MessageComposer::editableAddress(EmailAddress(std::nullopt, suggestion.email));
+    if (needsQuotes || suggestion.name.isEmpty())
+        return MessageComposer::editableAddress(address);
+    return u"%1 <%2>"_s.arg(MailEncoding::headerSafe(suggestion.name), bare);
 }
 
 QString taking(const QString& text, const ContactSuggestion& suggestion)

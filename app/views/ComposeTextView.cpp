@@ -199,10 +199,12 @@ void ComposeTextView::inputMethodEvent(QInputMethodEvent* event)
 
 void ComposeTextView::contextMenuEvent(QContextMenuEvent* event)
 {
-    const std::unique_ptr<QMenu> menu(createStandardContextMenu(event->pos()));
+    // The window may close while the menu is open.
+    QMenu* const menu = createStandardContextMenu(event->pos());
+    menu->setAttribute(Qt::WA_DeleteOnClose);
     if (controller && !isReadOnly())
         controller->addSpelling(*menu, cursorForPosition(event->pos()).position());
-    menu->exec(event->globalPos());
+    menu->popup(event->globalPos());
 }
 
 // --- Drawing

@@ -24,6 +24,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <limits>
 
 using namespace Qt::StringLiterals;
 
@@ -117,7 +118,10 @@ void ComposeView::buildForm(const ComposeDraft& draft)
     m_editor.setBaseFont(defaults.text(DefaultsKey::composeFontFamily),
                          defaults.real(DefaultsKey::composeFontSize));
     m_toolbar = new ComposeToolbar;
-    m_note = new QLabel(tr("Recovered after Larkhaven ended unexpectedly."));
+    m_note = new QLabel(
+        draft.wasSending
+            ? tr("This was being sent when Larkhaven ended. Look in Sent before you send it again.")
+            : tr("Recovered after Larkhaven ended unexpectedly."));
     m_note->setObjectName("recoveredNote"_L1);
     m_note->setVisible(m_model.isRecovered(draft.id));
     m_form = new QWidget;
@@ -128,6 +132,7 @@ void ComposeView::buildForm(const ComposeDraft& draft)
     m_cc = new AddressField(tr("Cc:"), defaults, m_contacts);
     m_bcc = new AddressField(tr("Bcc:"), defaults, m_contacts);
     m_subject = new QLineEdit;
+    m_subject->setMaxLength(std::numeric_limits<int>::max());
     auto* const subjectRow = new ComposeRow(tr("Subject:"), m_subject);
     m_from->setObjectName("from"_L1);
     m_to->setObjectName("to"_L1);
@@ -221,8 +226,16 @@ void ComposeView::fillAccounts()
         m_accounts->addItem(name.isEmpty() ? account.email : u"%1 <%2>"_s.arg(name, account.email),
                             account.id);
     }
+    const bool isLost = m_accounts->findData(m_draft.accountID) < 0 && m_accounts->count() > 0;
+    if (isLost) {
+        // The account is gone, and the text must be able to leave by another.
+        m_draft.accountID = m_model.accounts().first().id;
+        m_isUnsaved = true;
+        if (m_original)
+            followChange();
+    }
     m_accounts->setCurrentIndex(m_accounts->findData(m_draft.accountID));
-    m_from->setVisible(m_model.accounts().size() > 1);
+    m_from->setVisible(m_model.accounts().size() > 1 || isLost);
 }
 
 void ComposeView::setInitialFocus()
@@ -345,6 +358,8 @@ void ComposeView::deliver(Delivery delivery, const std::function<void(bool)>& en
 {
     if (m_sending || m_closeState->finished)
         return call(ended, false);
+    if (m_isReading && m_afterReading)
+        return call(ended, false);
     if (m_isReading) {
         m_afterReading = [this, delivery, ended](bool isComplete) {
             // A message doesn't go out without a file that the user meant to be in it.
@@ -355,8 +370,9 @@ void ComposeView::deliver(Delivery delivery, const std::function<void(bool)>& en
         };
         return;
     }
-    const ComposeDraft draft = this->draft();
+    ComposeDraft draft = this->draft();
     // It may end with the process.
+    draft.wasSending = draft.wasSending || delivery == Delivery::send;
     m_model.keepForRecovery(draft);
     setSending(true, delivery == Delivery::send ? tr("Sending…") : tr("Saving…"));
     if (m_hooks.deliveryBegan)
@@ -380,12 +396,12 @@ Task<> ComposeView::runDelivery(QPointer<ComposeView> view, QPointer<AppModel> m
         co_return;
     if (!error) {
         model->closeCompose(draft.id);
-        if (view)
+        if (view && !view->m_isClosed)
             view->finish();
     } else {
         const QString title = delivery == Delivery::send ? tr("Message Not Sent") : tr("Draft Not Saved");
         const Failure failure{title, localizedText(error)};
-        if (view) {
+        if (view && !view->m_isClosed) {
             view->setSending(false, {});
             view->showError(failure);
         } else if (hooks.lateFailure) {
@@ -428,9 +444,9 @@ void ComposeView::setSending(bool sending, const QString& progress)
 
 void ComposeView::showError(const Failure& failure)
 {
-    m_error = failure;
     if (m_alert)
         m_alert->close();
+    m_error = failure;
     m_alert = makePlainAlert(failure.title, failure.text, QMessageBox::Ok, window());
     m_alert->setObjectName("composeAlert"_L1);
     connect(m_alert, &QMessageBox::finished, this, [this] { m_error.reset(); });

@@ -98,6 +98,8 @@ public:
     void addFiles(const QList<QUrl>& files);
     void setShowsBcc(bool isShown);
     void showError(const Failure& failure);
+    /// The window has closed; what is told from now on must not be told to it.
+    void noteClosed() { m_isClosed = true; }
     /// Asks whether to save; `decided` is called with whether the window closed, or will.
     void askToSave(QWidget& window, const std::function<void(bool)>& decided = {});
 
@@ -133,6 +135,7 @@ private:
     bool m_sending = false;
     bool m_choosingFiles = false;
     bool m_hasAppeared = false;
+    bool m_isClosed = false;
     std::shared_ptr<ComposeCloseState> m_closeState;
     std::optional<Failure> m_error;
     std::optional<Field> m_focus;

@@ -34,6 +34,7 @@ ComposeWindow::ComposeWindow(AppModel& model, const ComposeDraft& draft, bool is
 void ComposeWindow::closeEvent(QCloseEvent* event)
 {
     QMainWindow::closeEvent(event);
+    m_view->noteClosed();
     // What is on its way is kept until it has arrived.
     if (!m_view->isSending() || m_closeState->finished)
         m_model.closeCompose(m_view->draftID());

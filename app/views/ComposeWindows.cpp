@@ -113,7 +113,9 @@ ComposeView::Hooks ComposeWindows::hooks()
 void ComposeWindows::reopen(const ComposeDraft& draft, const ComposeView::Failure& failure)
 {
     m_lateFailures.insert(draft.id, failure);
-    m_model.openCompose(draft);
+    ComposeDraft failed = draft;
+    failed.wasSending = false;
+    m_model.openCompose(failed);
 }
 
 // --- Quitting
@@ -201,8 +203,19 @@ void ComposeWindows::askAboutAll(QWidget* parent, const QList<ComposeWindow*>& u
 /// What can't be saved keeps its window, with the reason, and the program goes on.
 void ComposeWindows::saveAll(const QList<ComposeWindow*>& unsaved)
 {
-    for (ComposeWindow* const window : unsaved)
-        window->view().save();
+    const QPointer<ComposeWindows> self(this);
+    m_saves += static_cast<int>(unsaved.size());
+    for (ComposeWindow* const window : unsaved) {
+        window->view().save([self](bool isSaved) {
+            if (!self)
+                return;
+            --self->m_saves;
+            if (isSaved)
+                self->goOnQuitting();
+            else
+                self->stopQuitting();
+        });
+    }
     goOnQuitting();
 }
 
@@ -210,7 +223,7 @@ void ComposeWindows::goOnQuitting()
 {
     if (!m_quit)
         return;
-    if (!m_deliveries.isEmpty()) {
+    if (!m_deliveries.isEmpty() || m_saves > 0) {
         if (!m_alert)
             waitForDeliveries();
         return;
@@ -218,7 +231,11 @@ void ComposeWindows::goOnQuitting()
     const std::function<void()> quit = std::exchange(m_quit, nullptr);
     if (m_alert)
         m_alert->close();
-    quit();
+    // Texts may have been begun, or changed, while the others were on their way.
+    if (unsavedWindows().isEmpty())
+        quit();
+    else
+        confirmQuit(m_quitParent, quit);
 }
 
 void ComposeWindows::waitForDeliveries()

@@ -58,6 +58,7 @@ private:
     QHash<QUuid, ComposeView::Failure> m_lateFailures;
     std::function<void()> m_quit; ///< what waits for the answers; null while nobody quits
     QPointer<QWidget> m_quitParent;
+    int m_saves = 0; ///< begun by quitting, and not yet ended
     QPointer<QMessageBox> m_alert;
 };
 

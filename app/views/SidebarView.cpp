@@ -311,7 +311,7 @@ void SidebarView::mousePressEvent(QMouseEvent* event)
             return;
         if (!isOnSignIn(index, event->position().toPoint()))
             toggle(index);
-        else if (const std::optional<Account> account = accountOf(index))
+        else if (const std::optional<Account> account = accountOf(index); account && !m_model.isSigningIn())
             m_model.signInAgain(*account, [this] { Q_EMIT setupRequested(); });
         return;
     }

@@ -46,6 +46,21 @@ QList<EmailAddress> parseList(QStringView text)
     return addresses;
 }
 
+QStringList unreadablePieces(QStringView text)
+{
+    QStringList pieces;
+    while (pieces.size() < maxAddresses) {
+        const qsizetype end = pieceEnd(text);
+        const QStringView piece = Text::trimmedSpaceAndLineEnds(text.first(end));
+        if (!piece.isEmpty() && !parseOne(piece))
+            pieces.append(piece.toString());
+        if (end == text.size())
+            break;
+        text = text.sliced(end + 1);
+    }
+    return pieces;
+}
+
 std::optional<EmailAddress> parseOne(QStringView text)
 {
     text = Text::trimmedSpaceAndLineEnds(text);

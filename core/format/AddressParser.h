@@ -22,6 +22,9 @@ inline constexpr qsizetype maxAddresses = 1'000'000;
 /// quotes or angle brackets don't separate. Pieces without an address are dropped.
 QList<EmailAddress> parseList(QStringView text);
 
+/// The pieces of such a text that `parseList` drops, without space around them.
+QStringList unreadablePieces(QStringView text);
+
 /// One address; absent where there is none.
 ///
 ///     address = [ name ] "<" text ">"  /  text "(" name ")"  /  text with "@"

@@ -1,5 +1,6 @@
 #include "format/MessageComposer.h"
 
+#include "format/AddressParser.h"
 #include "format/MIMEParser.h"
 #include "format/MailDate.h"
 #include "format/MailEncoding.h"
@@ -51,7 +52,8 @@ QString mediumDate(const QDateTime& date)
 
 QString shownAddress(const std::optional<QString>& name, const QString& address)
 {
-    return name ? *name + " <"_L1 + address + u'>' : address;
+    // Whoever wrote the name must not put lines of their own into what the user answers.
+    return MailEncoding::headerSafe(name ? *name + " <"_L1 + address + u'>' : address);
 }
 
 QString shownAddresses(const QList<EmailAddress>& addresses)
@@ -96,7 +98,7 @@ QString forwardBody(const MIMEHeaders& headers, const QString& body)
     head += tr("From: %1").arg(shownAddresses(headers.from())) + u'\n';
     if (const std::optional<QDateTime> date = headers.date())
         head += tr("Date: %1").arg(MailDate::format(*date)) + u'\n';
-    head += tr("Subject: %1").arg(headers.subject()) + u'\n';
+    head += tr("Subject: %1").arg(MailEncoding::headerSafe(headers.subject())) + u'\n';
     head += tr("To: %1").arg(shownAddresses(headers.to())) + "\n\n"_L1;
     return head + body;
 }
@@ -132,6 +134,23 @@ QString formatAddress(const EmailAddress& address)
         name = MailEncoding::encodeHeader(name);
     }
     return name + " <"_L1 + bare + u'>';
+}
+
+QString editableAddress(const EmailAddress& address)
+{
+    const QString bare = formatAddress(EmailAddress(std::nullopt, address.address));
+    QString name = MailEncoding::headerSafe(address.name.value_or(QString()));
+    if (name.isEmpty())
+        return bare;
+    const auto quoted = [&bare](const QString& inner) { return u'"' + inner + "\" <"_L1 + bare + u'>'; };
+    QString escaped = name;
+    escaped.replace(u'\\', "\\\\"_L1).replace(u'"', "\\\""_L1);
+    const QString usual = quoted(escaped);
+    const QList<EmailAddress> read = AddressParser::parseList(usual);
+    if (read.size() == 1 && read.first().address == bare)
+        return usual;
+    // The parser knows no escapes: a quote and a comma of the name could make recipients of its rest.
+    return quoted(name.replace(u'"', u'\'').remove(u'\\'));
 }
 
 QString formatAddressList(const QList<EmailAddress>& addresses)

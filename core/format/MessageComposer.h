@@ -42,6 +42,9 @@ QString forwardBody(const MIMEHeaders& headers, const QString& body);
 /// address alone where there is no name. The address loses every character that means something between
 /// addresses, and may come out empty.
 QString formatAddress(const EmailAddress& address);
+/// An address for a field that the user edits and `AddressParser::parseList` reads: as in a header, but the
+/// name as it reads. Whatever the name holds, this one address is what is read again.
+QString editableAddress(const EmailAddress& address);
 QString formatAddressList(const QList<EmailAddress>& addresses);
 
 /// The message as bytes with CRLF as line ends, under a fresh Message-ID, Bcc included: who must not reveal

@@ -145,7 +145,12 @@ KeychainStatus SecretServiceBackend::add(const QString& service, const QString& 
                                          const QByteArray& data, const QString& label)
 {
     GError* error = nullptr;
-    secret_service_store_sync(nullptr, schema(), attributes(service, account).get(),
+    const Service connection(secret_service_get_sync(SECRET_SERVICE_OPEN_SESSION, nullptr, &error));
+    if (!connection) {
+        const Error owned(error);
+        return statusOf(owned.get(), Phase::connecting);
+    }
+    secret_service_store_sync(connection.get(), schema(), attributes(service, account).get(),
                               SECRET_COLLECTION_DEFAULT, label.toUtf8().constData(), secretValue(data).get(),
                               nullptr, &error);
     return finish(error);

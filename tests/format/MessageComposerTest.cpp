@@ -1,5 +1,6 @@
 #include "format/MessageComposer.h"
 
+#include "format/AddressParser.h"
 #include "format/MIMEParser.h"
 #include "format/MailDate.h"
 #include "format/MailEncoding.h"
@@ -773,6 +774,21 @@ TEST(MessageComposer, WritesTenThousandRecipientsAndReferences)
     const ParsedMessage read = MIMEParser::parse(built(message));
     EXPECT_EQ(read.headers.value(u"To"), MessageComposer::formatAddressList(message.to));
     EXPECT_EQ(read.headers.references(), message.references);
+}
+
+TEST(MessageComposer, WritesAnAddressForAFieldSoThatItAloneIsReadAgain)
+{
+    for (const QString& name :
+         {u"Ann"_s, uR"(Ann "A" O\Brien)"_s, uR"(Bob", v@evil.example, ")"_s, u"a, b"_s, u"\\\", x@y, \""_s,
+          u"<z@z>, \"q"_s, u"Jörg, \"v@evil.example\", \""_s, u"(c), @"_s}) {
+        const QString written = MessageComposer::editableAddress({name, u"bob@x.example"_s});
+        const QList<EmailAddress> read = AddressParser::parseList(written);
+        ASSERT_EQ(read.size(), 1) << written.toStdString();
+        EXPECT_EQ(read.first().address, u"bob@x.example") << written.toStdString();
+    }
+    EXPECT_EQ(MessageComposer::editableAddress({uR"(Ann "A")"_s, u"a@x"_s}), uR"("Ann \"A\"" <a@x>)");
+    EXPECT_EQ(MessageComposer::editableAddress({u"Jörg"_s, u"a@x"_s}), u"\"Jörg\" <a@x>");
+    EXPECT_EQ(MessageComposer::editableAddress({std::nullopt, u"a@x, b@y"_s}), u"a@xb@y");
 }
 
 } // namespace

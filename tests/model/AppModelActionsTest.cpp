@@ -304,6 +304,23 @@ TEST_F(AppModelActions, EndQuietlyWhereTheModelGoesWhileTheServiceIsTold)
     EXPECT_EQ(fixture.provider().calls(u"archive"_s).size(), 1);
 }
 
+TEST(AppModelActionsOfTwoAccounts, ChangeNoRowOfTheOtherThatHasTheSameID)
+{
+    ModelFixture fixture({ModelFixture::imapAccount(), ModelFixture::imapAccount(u"second@example.org"_s)});
+    AppModel& model = fixture.model();
+    for (const int index : {0, 1})
+        fixture.provider(index).setListing(inbox, ModelFixture::rows(fixture.account(index), 3));
+    await(model.load(0, true));
+    fixture.provider(0).hold(u"archive"_s);
+    fixture.provider(0).hold(u"setStarred"_s);
+    model.toggleStarred({model.messages()[1]});
+    model.archive({model.messages()[0]});
+    model.select(SidebarItem{fixture.account(1).id, inbox});
+    settle();
+    EXPECT_EQ(model.messages().size(), 3);
+    EXPECT_FALSE(model.messages()[1].isStarred);
+}
+
 // --- Labels
 
 TEST_F(AppModelActions, PutALabelOnRowsOnceAndTakeItOff)

@@ -86,8 +86,9 @@ TEST_F(AppModelCompose, WritesFromTheSelectedAccountWhereTheChosenOneIsGone)
     EXPECT_EQ(opened().accountID, fixture.account(1).id);
 }
 
-TEST_F(AppModelCompose, WritesFromTheFirstAccountWhereNoneIsSelected)
+TEST_F(AppModelCompose, WritesFromTheFirstAccountOnceTheSelectedOneIsGone)
 {
+    model().select(SidebarItem{fixture.account(1).id, MailboxRef::system(Mailbox::inbox)});
     await(model().removeAccount(fixture.account(1).id));
     EXPECT_EQ(model().composeAccount()->id, fixture.account(0).id);
 }
@@ -347,6 +348,62 @@ TEST_F(AppModelCompose, SendsNothingFromAnAccountThatIsGone)
     expectMailError(model().send(draft), MailError::Kind::notSignedIn);
 }
 
+TEST_F(AppModelCompose, SendsToNobodyWhomANameOfTheSenderHides)
+{
+    for (const QByteArray& name : {QByteArray("=?UTF-8?Q?Bob=22,_victim@evil.example,_=22?="),
+                                   QByteArray("=?UTF-8?Q?B=5C=22,_v@evil.example,_=22?="),
+                                   QByteArray("=?UTF-8?Q?J=C3=B6=22,_v@evil.example,_=22?=")}) {
+        await(model().reply(message("From: " + name + " <bob@x.example>\r\n\r\nHi"), false));
+        const QList<EmailAddress> to = model().outgoing(opened(), true).to;
+        for (const EmailAddress& recipient : to)
+            EXPECT_FALSE(recipient.address.contains(u"evil"_s)) << name.toStdString();
+    }
+}
+
+TEST_F(AppModelCompose, LeavesNobodyOutWithoutAWord)
+{
+    EXPECT_EQ(refusal(draftTo(u"ann@x, bob"_s), true), u"“bob” isn’t a valid email address.");
+    EXPECT_EQ(refusal(draftTo(u"ann@x, , "_s), true), u"accepted");
+    EXPECT_EQ(refusal(draftTo(u"bob"_s), true), u"Please specify at least one recipient.");
+}
+
+TEST_F(AppModelCompose, QuotesOnlyAsMuchAsAWindowCanTake)
+{
+    const QByteArray rest = "[The rest of the message is left out.]";
+    await(model().reply(message("From: a@x\r\n\r\n" + QByteArray(10'000'000, 'x')), false));
+    EXPECT_LT(opened().body.size(), 300'000);
+    EXPECT_TRUE(opened().body.endsWith(QString::fromUtf8(rest)));
+    await(model().forward(message("From: a@x\r\n\r\n" + QByteArray(5'000'000, '\n'))));
+    EXPECT_LT(opened().body.count(u'\n'), 11'000);
+    await(model().reply(message("From: a@x\r\n\r\nShort"), false));
+    EXPECT_FALSE(opened().body.contains(QString::fromUtf8(rest)));
+}
+
+TEST_F(AppModelCompose, OpensNoDraftThatItWouldHaveToCut)
+{
+    await(model().editDraft(message("To: a@x\r\n\r\n" + QByteArray(5'000'000, 'x'))));
+    EXPECT_FALSE(model().pendingCompose());
+    EXPECT_EQ(model().errorMessage(), u"This draft is too long to be edited here."_s);
+}
+
+TEST_F(AppModelCompose, TouchesNoMessageOfAnotherAccountThatHasTheIDOfTheDraft)
+{
+    await(model().editDraft(message("To: a@x\r\n\r\nText")));
+    ComposeDraft draft = opened();
+    fixture.provider(0).setThreadID(u"7"_s, u"t"_s);
+    draft.threadID = u"t"_s;
+    draft.accountID = fixture.account(1).id;
+    await(model().send(draft));
+    await(model().saveDraft(draft));
+    settle();
+    ASSERT_EQ(fixture.provider(1).sent().size(), 1);
+    EXPECT_FALSE(fixture.provider(1).sent()[0].draftID);
+    EXPECT_FALSE(fixture.provider(1).sent()[0].message.threadID);
+    EXPECT_FALSE(fixture.provider(1).savedDrafts()[0].draftID);
+    EXPECT_EQ(fixture.provider(0).calls(u"trash"_s).first(), u"trash 7")
+        << "the stored draft has been replaced";
+}
+
 // --- Recovery
 
 class ComposeRecoveryTest : public AppModelCompose {
@@ -383,8 +440,8 @@ protected:
     void waitForFiles()
     {
         // The cache does its work in order: an answer comes after all that was asked before.
-        await(model().cache(fixture.account(0).id)->usedBytes());
-        await(model().cache(fixture.account(1).id)->usedBytes());
+        for (const Account& account : model().accounts())
+            await(model().cache(account.id)->usedBytes());
     }
 };
 

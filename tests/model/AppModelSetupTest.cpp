@@ -267,5 +267,33 @@ TEST_F(TwoAccounts, BuildTheirProvidersAnewOnceTheCachesAreEmptied)
     EXPECT_NE(model.provider(first).get(), &fixture.provider(0));
 }
 
+TEST_F(TwoAccounts, KeepTheRepairOfOneFromChangingTheOther)
+{
+    model.signInAgain(fixture.account(0), [] {});
+    connectTo({signedIn(), submission()});
+    Begun<void> saving(save(u"new@mail.example"_s));
+    model.setImapSetupAccountID(second);
+    saving.get();
+    EXPECT_EQ(model.accounts()[0].email, u"new@mail.example");
+    EXPECT_EQ(model.accounts()[1].email, u"second@example.org");
+}
+
+TEST_F(TwoAccounts, BringNoAccountBackThatIsRemovedWhileItIsRepaired)
+{
+    model.signInAgain(fixture.account(0), [] {});
+    connectTo({signedIn(), submission()});
+    Begun<void> saving(save(u"new@mail.example"_s));
+    model.start(model.removeAccount(first));
+    EXPECT_THROW(saving.get(), MailError);
+    EXPECT_EQ(model.accounts().size(), 1);
+}
+
+TEST_F(TwoAccounts, MakeNoCacheForAnAccountThatIsGone)
+{
+    await(model.removeAccount(second));
+    EXPECT_FALSE(model.cache(second));
+    EXPECT_FALSE(fixture.cacheKeys().loadData(second));
+}
+
 } // namespace
 } // namespace Larkhaven

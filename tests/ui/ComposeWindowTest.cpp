@@ -648,6 +648,32 @@ TEST_F(ComposeAccountsTest, TheChoiceOfTheAccountSetsWhoSends)
     EXPECT_TRUE(fixture.provider(0).sent().isEmpty());
 }
 
+TEST_F(ComposeAccountsTest, ATextOfAnAccountThatIsRemovedLeavesByAnother)
+{
+    ComposeDraft written = draft();
+    written.to = u"ada@example.com"_s;
+    QPointer<ComposeWindow> window = &open(written);
+    model().start(model().removeAccount(fixture.account(0).id));
+    ASSERT_TRUE(waitUntil([&] { return model().accounts().size() == 1; }));
+    EXPECT_TRUE(child<QWidget>(*window, "from").isVisible());
+    EXPECT_TRUE(window->view().hasUnsavedChanges());
+    child<FlatButton>(*window, "send").click();
+    ASSERT_TRUE(waitUntil([&] { return !window; }));
+    EXPECT_EQ(fixture.provider(1).sent().size(), 1);
+}
+
+TEST_F(ComposeWindowTest, NoRecipientIsCutOffALongList)
+{
+    ComposeDraft written = draft();
+    QStringList many;
+    for (int index = 0; index < 5'000; ++index)
+        many.append(u"person%1@example.com"_s.arg(index));
+    written.to = many.join(u", "_s);
+    ComposeWindow& window = open(written);
+    EXPECT_EQ(window.view().draft().to, written.to);
+    EXPECT_FALSE(window.view().hasUnsavedChanges());
+}
+
 // --- Recovery
 
 class ComposeRecoveryTest : public ComposeWindowTest {
