@@ -46,8 +46,6 @@ QString title(SortField field)
     Q_UNREACHABLE();
 }
 
-namespace {
-
 int compareTexts(const QString& left, const QString& right)
 {
     static const QCollator collator = [] {
@@ -58,6 +56,8 @@ int compareTexts(const QString& left, const QString& right)
     }();
     return collator.compare(left, right);
 }
+
+namespace {
 
 /// The preferred state sorts first.
 int compareStates(bool left, bool right)

@@ -23,6 +23,8 @@ struct SortComparator {
     bool operator==(const SortComparator&) const = default;
 };
 
+/// The order of two texts as the user's locale sorts words.
+int compareTexts(const QString& left, const QString& right);
 /// The order of two rows in the field, ascending: negative, 0 or positive. Unread, starred and rows with
 /// attachments come before others. Texts are compared as the user's locale sorts words.
 int compare(const MessageSummary& left, const MessageSummary& right, SortField field);

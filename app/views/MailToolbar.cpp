@@ -55,10 +55,13 @@ MailToolbar::MailToolbar(AppModel& model, QWidget* parent)
     update();
 }
 
-void MailToolbar::addAction(FlatButton* button, const char* name, Action action)
+void MailToolbar::addAction(FlatButton* button, const char* name, const Action& action)
 {
     button->setObjectName(QLatin1StringView(name));
-    connect(button, &QToolButton::clicked, this, [this, action] { (m_model.*action)(m_model.actedOn()); });
+    connect(button, &QToolButton::clicked, this, [this, action] {
+        const QList<MessageSummary> rows = m_model.actedOn();
+        action(m_model, rows);
+    });
 }
 
 void MailToolbar::addAnswer(FlatButton* button, const char* name, const Answer& answer)

@@ -4,7 +4,7 @@
 
 #include <QWidget>
 
-#include <optional>
+#include <functional>
 
 namespace Larkhaven {
 
@@ -28,10 +28,10 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    using Action = void (AppModel::*)(const QList<MessageSummary>&);
+    using Action = std::function<void(AppModel&, const QList<MessageSummary>&)>;
     using Answer = std::function<Task<>(AppModel&, const MessageSummary&)>;
 
-    void addAction(FlatButton* button, const char* name, Action action);
+    void addAction(FlatButton* button, const char* name, const Action& action);
     void addAnswer(FlatButton* button, const char* name, const Answer& answer);
     void makeLayout();
     void update();

@@ -147,7 +147,14 @@ int SortedMessages::indexOf(const QString& id) const
 bool SortedMessages::lessThan(const QModelIndex& left, const QModelIndex& right) const
 {
     for (const SortComparator& comparator : m_model.sortOrder()) {
-        const int order = compare(source().row(left.row()), source().row(right.row()), comparator.field);
+        // What the column shows is what it is sorted by: in Sent that is whom a message went to.
+        const auto sender = [this](const QModelIndex& index) {
+            return source().text(index.row(), MessageColumn::from);
+        };
+        const int order =
+            comparator.field == SortField::from
+                ? compareTexts(sender(left), sender(right))
+                : compare(source().row(left.row()), source().row(right.row()), comparator.field);
         if (order != 0)
             return comparator.order == Qt::AscendingOrder ? order < 0 : order > 0;
     }

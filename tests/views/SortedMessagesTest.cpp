@@ -135,5 +135,17 @@ TEST_F(SortedMessagesTest, FindsTheRowOfAMessage)
     EXPECT_EQ(sorted.indexOf(u"9"_s), -1);
 }
 
+TEST_F(SortedMessagesTest, SortsSentMessagesByWhomTheyWentTo)
+{
+    QList<MessageSummary> rows = ModelFixture::rows(fixture.account(), 3);
+    const QStringList names{u"Cleo"_s, u"Ada"_s, u"Bo"_s};
+    for (int row = 0; row < 3; ++row)
+        rows[row].to = {EmailAddress(names[row], u"x@x"_s)};
+    fixture.provider().setListing(MailboxRef::system(Mailbox::sent), rows);
+    fixture.model().selectMailbox(MailboxRef::system(Mailbox::sent));
+    ASSERT_TRUE(waitUntil([this] { return fixture.model().messages().size() == 3; }));
+    EXPECT_EQ(order(SortField::from, Qt::AscendingOrder), u"2 3 1");
+}
+
 } // namespace
 } // namespace Larkhaven
