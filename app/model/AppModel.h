@@ -248,9 +248,9 @@ public:
     QString signatureBlock() const;
     /// Opens a compose window to the addresses, which may be empty.
     void newMessage(const QString& to);
-    Task<> reply(MessageSummary row, bool all);
-    Task<> forward(MessageSummary row);
-    Task<> editDraft(MessageSummary row);
+    Task<> reply(const MessageSummary& row, bool all);
+    Task<> forward(const MessageSummary& row);
+    Task<> editDraft(const MessageSummary& row);
     /// Asks for the window of the draft through `pendingCompose`.
     void openCompose(const ComposeDraft& draft);
     /// What the window with the id begins with; it stays until `closeCompose`.

@@ -272,7 +272,7 @@ Task<> AppModel::prepare(MessageSummary row, bool isOfThread, Writing writing)
         report(failure, row.accountID);
 }
 
-Task<> AppModel::reply(MessageSummary row, bool all)
+Task<> AppModel::reply(const MessageSummary& row, bool all)
 {
     const auto account = std::ranges::find(m_accounts, row.accountID, &Account::id);
     const QString ownAddress = account == m_accounts.end() ? QString() : account->email;
@@ -291,7 +291,7 @@ Task<> AppModel::reply(MessageSummary row, bool all)
     return prepare(row, true, writing);
 }
 
-Task<> AppModel::forward(MessageSummary row)
+Task<> AppModel::forward(const MessageSummary& row)
 {
     const Writing writing = [row, signature = signatureBlock()](ComposeDraft& draft,
                                                                 const ParsedMessage& message) {
@@ -303,7 +303,7 @@ Task<> AppModel::forward(MessageSummary row)
     return prepare(row, false, writing);
 }
 
-Task<> AppModel::editDraft(MessageSummary row)
+Task<> AppModel::editDraft(const MessageSummary& row)
 {
     const Writing writing = [row](ComposeDraft& draft, const ParsedMessage& message) {
         expectEditable(message);

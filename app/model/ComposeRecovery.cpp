@@ -66,7 +66,7 @@ QList<OutgoingAttachment> decodedFiles(const QByteArray& bytes)
 {
     QList<OutgoingAttachment> attachments;
     const QCborArray array = QCborValue::fromCbor(bytes).toArray();
-    for (const QCborValue& value : array) {
+    for (const auto& value : array) {
         const QCborMap map = value.toMap();
         attachments.append({QUuid::createUuid(), map.value("filename"_L1).toString(),
                             map.value("mimeType"_L1).toString(), map.value("data"_L1).toByteArray()});
@@ -94,7 +94,7 @@ ComposeDraft decoded(const QUuid& id, const QUuid& accountID, const QByteArray& 
     draft.draftMessageID = text(map, "draftMessageID"_L1);
     draft.initialHTML = text(map, "initialHTML"_L1);
     const QCborArray references = map.value("references"_L1).toArray();
-    for (const QCborValue& reference : references)
+    for (const auto& reference : references)
         draft.references.append(reference.toString());
     draft.attachments = decodedFiles(files);
     return draft;
@@ -104,7 +104,7 @@ QList<QUuid> decodedList(const QByteArray& bytes)
 {
     QList<QUuid> ids;
     const QCborArray array = QCborValue::fromCbor(bytes).toArray();
-    for (const QCborValue& value : array) {
+    for (const auto& value : array) {
         const QUuid id = value.toUuid();
         if (!id.isNull() && ids.size() < ComposeRecovery::maxDrafts)
             ids.append(id);
@@ -140,11 +140,9 @@ void ComposeRecovery::keep(const ComposeDraft& draft)
 
 void ComposeRecovery::forget(const QUuid& draftID)
 {
-    const auto known = m_kept.constFind(draftID);
-    if (known == m_kept.cend())
+    if (!m_kept.contains(draftID))
         return;
-    const ComposeDraft draft = *known;
-    m_kept.erase(known);
+    const ComposeDraft draft = m_kept.take(draftID);
     writeList(draft.accountID);
     erase(draft);
 }
