@@ -21,34 +21,6 @@ const QString refusedLogin =
     u"The server didn't accept the user name or password. Some providers (iCloud, Yahoo, Gmail) need an "
     "app-specific password."_s;
 
-Script refusedAtLogin()
-{
-    return Script(R"(
-        S: * OK ready
-        C: P1 CAPABILITY
-        S: * CAPABILITY IMAP4rev1 AUTH=PLAIN
-        S: P1 OK done
-        C: P2 AUTHENTICATE PLAIN
-        S: +
-        C: AGFubgBzZWNyZXQ=
-        S: P2 NO [AUTHENTICATIONFAILED] no
-    )");
-}
-
-Script submission()
-{
-    return Script(R"(
-        S: 220 mail.example ready
-        C: EHLO [127.0.0.1]
-        S: 250-mail.example
-        S: 250 AUTH PLAIN
-        C: AUTH PLAIN AGFubgBzZWNyZXQ=
-        S: 235 ok
-        C: QUIT
-        S: 221 bye
-    )");
-}
-
 ServerSettings settings()
 {
     ServerSettings settings;
@@ -96,7 +68,7 @@ protected:
 
 TEST_F(AppModelSetup, AddsAnAccountWhoseServersHaveAnswered)
 {
-    connectTo({signedIn(), submission()});
+    connectTo({signedIn(), verifiedSubmission()});
     Begun<void> saving(save(u"ann@mail.example"_s));
     EXPECT_TRUE(model.isSigningIn());
     saving.get();
@@ -116,7 +88,7 @@ TEST_F(AppModelSetup, AddsAnAccountWhoseServersHaveAnswered)
 
 TEST_F(AppModelSetup, StoresNothingWhereThePasswordIsRefused)
 {
-    connectTo({refusedAtLogin()});
+    connectTo({refusedSignIn()});
     expectMailError(save(u"ann@mail.example"_s), MailError::Kind::authFailed, refusedLogin);
     EXPECT_FALSE(model.isSigningIn());
     EXPECT_EQ(model.accounts().size(), 1);
@@ -133,7 +105,7 @@ TEST_F(AppModelSetup, StoresNothingWhereTheSubmissionServerRefuses)
 
 TEST_F(AppModelSetup, StoresNothingWhereTheUserGivesUpMeanwhile)
 {
-    connectTo({signedIn(), submission()});
+    connectTo({signedIn(), verifiedSubmission()});
     std::stop_source attempt;
     Begun<void> saving(save(u"ann@mail.example"_s, attempt.get_token()));
     attempt.request_stop();
@@ -148,7 +120,7 @@ TEST_F(AppModelSetup, ChangesTheAccountThatIsBeingRepaired)
     await(model.loadCounts(repaired));
     model.signInAgain(fixture.account(), [] {});
     EXPECT_EQ(model.imapSetupAccountID(), repaired);
-    connectTo({signedIn(), submission()});
+    connectTo({signedIn(), verifiedSubmission()});
     await(save(u"new@mail.example"_s));
     ASSERT_EQ(model.accounts().size(), 1);
     EXPECT_EQ(model.accounts()[0].id, repaired);
@@ -158,7 +130,7 @@ TEST_F(AppModelSetup, ChangesTheAccountThatIsBeingRepaired)
 
 TEST_F(AppModelSetup, ChangesTheAccountOfTheSameAddressInWhateverCase)
 {
-    connectTo({signedIn(), submission()});
+    connectTo({signedIn(), verifiedSubmission()});
     await(save(u"MIA@Example.ORG"_s));
     ASSERT_EQ(model.accounts().size(), 1);
     EXPECT_EQ(model.accounts()[0].id, fixture.account().id);
@@ -169,7 +141,7 @@ TEST_F(AppModelSetup, EndsTheNeedToSignInAndAsksTheServersAnew)
     fixture.provider().failNext(u"listMessages"_s, MailError::notSignedIn());
     await(model.load(0, true));
     ASSERT_TRUE(model.needsReauth().contains(fixture.account().id));
-    connectTo({signedIn(), submission()});
+    connectTo({signedIn(), verifiedSubmission()});
     await(save(fixture.account().email));
     EXPECT_FALSE(model.needsReauth().contains(fixture.account().id));
     EXPECT_NE(model.provider(fixture.account().id).get(), &fixture.provider()) << "a provider of its own";
@@ -270,7 +242,7 @@ TEST_F(TwoAccounts, BuildTheirProvidersAnewOnceTheCachesAreEmptied)
 TEST_F(TwoAccounts, KeepTheRepairOfOneFromChangingTheOther)
 {
     model.signInAgain(fixture.account(0), [] {});
-    connectTo({signedIn(), submission()});
+    connectTo({signedIn(), verifiedSubmission()});
     Begun<void> saving(save(u"new@mail.example"_s));
     model.setImapSetupAccountID(second);
     saving.get();
@@ -281,7 +253,7 @@ TEST_F(TwoAccounts, KeepTheRepairOfOneFromChangingTheOther)
 TEST_F(TwoAccounts, BringNoAccountBackThatIsRemovedWhileItIsRepaired)
 {
     model.signInAgain(fixture.account(0), [] {});
-    connectTo({signedIn(), submission()});
+    connectTo({signedIn(), verifiedSubmission()});
     Begun<void> saving(save(u"new@mail.example"_s));
     model.start(model.removeAccount(first));
     EXPECT_THROW(saving.get(), MailError);

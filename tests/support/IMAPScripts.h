@@ -25,4 +25,36 @@ inline Script signedIn(const QByteArray& capabilities = "MOVE UIDPLUS", Chunks c
     return script;
 }
 
+/// The same up to the password, which is refused.
+inline Script refusedSignIn(const Place& where = Place::current())
+{
+    return Script(R"(
+        S: * OK ready
+        C: P1 CAPABILITY
+        S: * CAPABILITY IMAP4rev1 AUTH=PLAIN
+        S: P1 OK done
+        C: P2 AUTHENTICATE PLAIN
+        S: +
+        C: AGFubgBzZWNyZXQ=
+        S: P2 NO [AUTHENTICATIONFAILED] no
+    )",
+                  Chunks::whole, where);
+}
+
+/// A submission server that takes the same name and password, and is asked for nothing more.
+inline Script verifiedSubmission(const Place& where = Place::current())
+{
+    return Script(R"(
+        S: 220 mail.example ready
+        C: EHLO [127.0.0.1]
+        S: 250-mail.example
+        S: 250 AUTH PLAIN
+        C: AUTH PLAIN AGFubgBzZWNyZXQ=
+        S: 235 ok
+        C: QUIT
+        S: 221 bye
+    )",
+                  Chunks::whole, where);
+}
+
 } // namespace Larkhaven

@@ -184,16 +184,7 @@ TEST_F(AccountSetupTest, TellsEachFailureInItsOwnWords)
     openForm();
     fill(u"ann@x.example"_s, u"secret"_s);
     field("setupUsername").setText(u"ann"_s);
-    EXPECT_EQ(refusal({Script(R"(
-                  S: * OK ready
-                  C: P1 CAPABILITY
-                  S: * CAPABILITY IMAP4rev1 AUTH=PLAIN
-                  S: P1 OK done
-                  C: P2 AUTHENTICATE PLAIN
-                  S: +
-                  C: AGFubgBzZWNyZXQ=
-                  S: P2 NO no
-              )")}),
+    EXPECT_EQ(refusal({refusedSignIn()}),
               u"Sign-in failed: The server didn't accept the user name or password. Some providers (iCloud, "
               "Yahoo, Gmail) need an app-specific password.");
     EXPECT_EQ(refusal({signedIn(), Script(R"(
@@ -251,15 +242,7 @@ TEST_F(AccountSetupTest, AddsTheAccountAndShowsItsInbox)
     fill(u"ann@x.example"_s, u"secret"_s);
     QTest::keyClicks(&field("setupName"), u" Ann "_s);
     field("setupUsername").setText(u"ann"_s);
-    connectTo({signedIn(), Script(R"(
-        S: 220 ready
-        C: EHLO [127.0.0.1]
-        S: 250 AUTH PLAIN
-        C: AUTH PLAIN AGFubgBzZWNyZXQ=
-        S: 235 ok
-        C: QUIT
-        S: 221 bye
-    )")});
+    connectTo({signedIn(), verifiedSubmission()});
     QTest::keyClick(&field("setupPassword"), Qt::Key_Return);
     ASSERT_TRUE(waitUntil([this] { return !form(); }));
     ASSERT_EQ(mail.model().accounts().size(), 1);

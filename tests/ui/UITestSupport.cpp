@@ -17,6 +17,17 @@ using namespace Qt::StringLiterals;
 
 namespace Larkhaven {
 
+QString nameOf(const Look& look)
+{
+    const QString scheme = look.scheme == Style::Scheme::light ? u"light"_s : u"dark"_s;
+    const bool isDouble = qEnvironmentVariable("QT_SCALE_FACTOR") == u"2";
+    return u"%1-%2-%3x%4%5"_s.arg(scheme)
+        .arg(look.textSize)
+        .arg(look.size.width())
+        .arg(look.size.height())
+        .arg(isDouble ? u"-double"_s : QString());
+}
+
 QImage grab(const QWidget& widget)
 {
     const QPoint place = widget.mapToGlobal(QPoint(0, 0));

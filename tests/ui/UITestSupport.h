@@ -16,6 +16,15 @@
 
 namespace Larkhaven {
 
+/// How a window is to look when it is drawn.
+struct Look {
+    Style::Scheme scheme;
+    int textSize;
+    QSize size;
+};
+/// A name for a screenshot of it, which tells the scale of the screen as well.
+QString nameOf(const Look& look);
+
 /// What is on the screen where the widget is.
 QImage grab(const QWidget& widget);
 /// Writes what is on the screen where the widget is into the folder of screenshots, as "{name}.png".
