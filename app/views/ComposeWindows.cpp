@@ -11,17 +11,6 @@ using namespace Qt::StringLiterals;
 
 namespace Larkhaven {
 
-namespace {
-
-QPushButton* addDestructive(QMessageBox& alert, const QString& text)
-{
-    QPushButton* const button = alert.addButton(text, QMessageBox::ActionRole);
-    button->setStyleSheet(u"color: %1"_s.arg(Style::shared().colors().danger.name()));
-    return button;
-}
-
-} // namespace
-
 ComposeWindows::ComposeWindows(AppModel& model, ComposeView::Desktop desktop, ContactsService& contacts,
                                QObject* parent)
     : QObject(parent)
@@ -176,7 +165,7 @@ void ComposeWindows::askAboutAll(QWidget* parent, const QList<ComposeWindow*>& u
                        tr("If you don't save, your changes will be lost."), QMessageBox::NoButton, parent);
     m_alert->setObjectName("quitAlert"_L1);
     QPushButton* const save = m_alert->addButton(tr("Save All"), QMessageBox::ActionRole);
-    QPushButton* const discard = addDestructive(*m_alert, tr("Discard All"));
+    QPushButton* const discard = addDestructiveButton(*m_alert, tr("Discard All"), QMessageBox::ActionRole);
     QPushButton* const cancel = m_alert->addButton(tr("Cancel"), QMessageBox::ActionRole);
     m_alert->setDefaultButton(save);
     m_alert->setEscapeButton(cancel);
@@ -244,7 +233,7 @@ void ComposeWindows::waitForDeliveries()
                              tr("Larkhaven quits as soon as they have been sent or saved."),
                              QMessageBox::NoButton, m_quitParent);
     m_alert->setObjectName("deliveryAlert"_L1);
-    QPushButton* const insist = addDestructive(*m_alert, tr("Quit Anyway"));
+    QPushButton* const insist = addDestructiveButton(*m_alert, tr("Quit Anyway"), QMessageBox::ActionRole);
     QPushButton* const cancel = m_alert->addButton(tr("Cancel"), QMessageBox::ActionRole);
     m_alert->setDefaultButton(cancel);
     m_alert->setEscapeButton(cancel);

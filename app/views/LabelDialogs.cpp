@@ -133,10 +133,8 @@ void LabelDialogs::followDeletion()
     m_question = makePlainAlert(tr("Delete %1 “%2”?").arg(noun(deletion->accountID), deletion->label.name()),
                                 text, QMessageBox::Cancel, m_window);
     m_question->setObjectName("labelDeletion"_L1);
-    auto* const remove = new QPushButton(tr("Delete"));
+    QPushButton* const remove = addDestructiveButton(*m_question, tr("Delete"), QMessageBox::DestructiveRole);
     remove->setObjectName("confirmDeletion"_L1);
-    remove->setProperty("destructive", true);
-    m_question->addButton(remove, QMessageBox::DestructiveRole);
     m_question->setDefaultButton(QMessageBox::Cancel);
     connect(m_question, &QMessageBox::finished, this, [this, remove, asked = *deletion, box = m_question] {
         if (box && box->clickedButton() == remove)

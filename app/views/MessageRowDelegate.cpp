@@ -1,5 +1,6 @@
 #include "views/MessageRowDelegate.h"
 
+#include "views/DisplayText.h"
 #include "views/RowText.h"
 #include "views/Style.h"
 
@@ -14,8 +15,7 @@ constexpr int edgeWidth = 3;
 /// One line of a text of a stranger, so long as anything of it can be seen.
 QString singleLine(const QString& text)
 {
-    constexpr qsizetype visible = 1000;
-    return text.left(visible).simplified();
+    return DisplayText::bounded(text).simplified();
 }
 
 } // namespace

@@ -10,6 +10,7 @@ namespace {
 
 constexpr int textPadding = 9;
 constexpr int arrowSize = 12;
+constexpr int bareMargin = 2; ///< as line edits without a frame have it
 
 } // namespace
 
@@ -24,19 +25,25 @@ QSize Picker::sizeHint() const
 void Picker::paintEvent(QPaintEvent*)
 {
     const Style::Colors& colors = Style::shared().colors();
+    const bool isFramed = m_frame == Frame::field;
+    const bool isLit = hasFocus() && isEnabled();
+    const int arrow = isFramed ? arrowSize : Style::shared().scaled(1);
+    const int margin = isFramed ? textPadding : bareMargin;
+    const int room = width() - margin - arrow - (isFramed ? 2 * textPadding : Style::grid);
+    const QString text = fontMetrics().elidedText(currentText(), Qt::ElideMiddle, room);
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(hasFocus() ? colors.accent : colors.hairline);
-    painter.setBrush(colors.surface);
-    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), Style::radius, Style::radius);
-    const QRect text = rect().adjusted(textPadding, 0, -2 * textPadding - arrowSize, 0);
-    QColor ink = isEnabled() ? colors.text : colors.secondary;
-    painter.setPen(ink);
-    painter.drawText(text, Qt::AlignVCenter | Qt::TextSingleLine,
-                     fontMetrics().elidedText(currentText(), Qt::ElideMiddle, text.width()));
-    const QRect arrow(width() - textPadding - arrowSize, (height() - arrowSize) / 2, arrowSize, arrowSize);
+    if (isFramed) {
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(isLit ? colors.accent : colors.hairline);
+        painter.setBrush(colors.surface);
+        painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), Style::radius, Style::radius);
+    }
+    painter.setPen(!isEnabled() ? colors.secondary : isLit && !isFramed ? colors.accent : colors.text);
+    painter.drawText(QRect(margin, 0, room, height()), Qt::AlignVCenter | Qt::TextSingleLine, text);
+    const int behindText = margin + fontMetrics().horizontalAdvance(text) + Style::grid;
+    const QPoint place(isFramed ? width() - textPadding - arrow : behindText, (height() - arrow) / 2);
     painter.drawPixmap(
-        arrow, Style::shared().pixmap(Symbol::chevronDown, arrowSize, colors.secondary, devicePixelRatioF()));
+        place, Style::shared().pixmap(Symbol::chevronDown, arrow, colors.secondary, devicePixelRatioF()));
 }
 
 } // namespace Larkhaven

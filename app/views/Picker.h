@@ -4,18 +4,26 @@
 
 namespace Larkhaven {
 
-/// A choice of one among few, drawn like the fields beside it.
+/// A choice of one among few, drawn like the fields beside it: with a frame, or as text with an arrow.
 class Picker : public QComboBox {
     Q_OBJECT
 
 public:
-    using QComboBox::QComboBox;
+    enum class Frame { field, none };
+
+    explicit Picker(Frame frame = Frame::field, QWidget* parent = nullptr)
+        : QComboBox(parent)
+        , m_frame(frame)
+    {}
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return sizeHint(); }
 
 protected:
     void paintEvent(QPaintEvent* event) override;
+
+private:
+    Frame m_frame;
 };
 
 } // namespace Larkhaven

@@ -4,6 +4,7 @@
 #include "views/Style.h"
 
 #include <QLabel>
+#include <QPushButton>
 
 using namespace Qt::StringLiterals;
 
@@ -21,6 +22,14 @@ QMessageBox* makePlainAlert(const QString& title, const QString& text, QMessageB
                                       parent ? parent->devicePixelRatioF() : 1));
     setPlainText(*alert, text);
     return alert;
+}
+
+QPushButton* addDestructiveButton(QMessageBox& alert, const QString& text, QMessageBox::ButtonRole role)
+{
+    auto* const button = new QPushButton(text);
+    button->setProperty("destructive", true);
+    alert.addButton(button, role);
+    return button;
 }
 
 void setPlainText(QMessageBox& alert, const QString& text)

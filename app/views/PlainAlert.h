@@ -2,12 +2,17 @@
 
 #include <QMessageBox>
 
+class QPushButton;
+
 namespace Larkhaven {
 
 /// An alert whose text may hold words of strangers: nothing in it is formatting. It goes when it is closed;
 /// the caller adds what it needs and opens it.
 QMessageBox* makePlainAlert(const QString& title, const QString& text, QMessageBox::StandardButton button,
                             QWidget* parent);
+
+/// Adds a button for what can't be taken back.
+QPushButton* addDestructiveButton(QMessageBox& alert, const QString& text, QMessageBox::ButtonRole role);
 
 /// Replaces the text of such an alert.
 void setPlainText(QMessageBox& alert, const QString& text);
