@@ -383,8 +383,6 @@ private:
     bool shows(const QUuid& accountID, Mailbox role) const;
 
     QString cacheDirectory(const QUuid& accountID) const;
-    /// The account's cache if it is built or its files are there; null otherwise.
-    std::shared_ptr<MailCache> cacheOnDisk(const QUuid& accountID);
     /// The account that the set-up form changes, or a new one.
     Account accountToChange(const QString& email) const;
     void storeAccount(const Account& account);
@@ -410,6 +408,7 @@ private:
     std::optional<LabelDeletion> m_labelDeletion;
     bool m_isSigningIn = false;
     std::optional<QUuid> m_imapSetupAccountID;
+    QSet<QUuid> m_leavingAccounts; ///< whose removal is under way
     std::optional<ParsedMessage> m_openParsed;
     std::optional<QString> m_errorMessage;
     QSet<QUuid> m_needsReauth;

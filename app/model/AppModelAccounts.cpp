@@ -4,11 +4,11 @@
 #include "model/AccountStore.h"
 #include "model/AppModel.h"
 #include "platform/RandomBytes.h"
+#include "platform/Tasks.h"
 #include "providers/IMAPProvider.h"
 #include "store/AESGCMCipher.h"
 
 #include <QDir>
-#include <QFileInfo>
 
 #include <algorithm>
 
@@ -205,17 +205,23 @@ void AppModel::signInAgain(const Account& account, const std::function<void()>& 
 Task<> AppModel::removeAccount(QUuid accountID)
 {
     const QPointer<AppModel> self(this);
+    m_leavingAccounts.insert(accountID);
     try {
         m_services.secrets->remove(accountID);
     } catch (const LocalizedError&) {
         // The account goes all the same.
     }
     m_recovery->forgetAccount(accountID);
-    if (const std::shared_ptr<MailCache> sealed = cacheOnDisk(accountID))
+    if (const std::shared_ptr<MailCache> sealed = m_caches.value(accountID)) {
         co_await sealed->removeAll();
+    } else if (const QString directory = cacheDirectory(accountID); !directory.isEmpty()) {
+        const auto remove = [directory] { QDir(directory).removeRecursively(); };
+        co_await runOnWorker(remove);
+    }
     if (!self)
         co_return;
     m_caches.remove(accountID);
+    m_leavingAccounts.remove(accountID);
     try {
         m_services.cacheKeys->remove(accountID);
     } catch (const LocalizedError&) {
@@ -250,18 +256,6 @@ void AppModel::leaveAccount(const QUuid& accountID)
     assign(m_messages, {}, &AppModel::messagesChanged);
     if (!m_accounts.isEmpty())
         select(SidebarItem{m_accounts.first().id, MailboxRef::system(Mailbox::inbox)});
-}
-
-std::shared_ptr<MailCache> AppModel::cacheOnDisk(const QUuid& accountID)
-{
-    if (std::shared_ptr<MailCache> known = m_caches.value(accountID))
-        return known;
-    // Only to delete what lies there: no key is made for it.
-    const QString directory = cacheDirectory(accountID);
-    if (directory.isEmpty() || !QFileInfo(directory).isDir())
-        return nullptr;
-    const QByteArray noKey(AESGCMCipher::keySize, '\0');
-    return std::make_shared<MailCache>(directory, std::make_shared<AESGCMCipher>(noKey), cacheLimit);
 }
 
 Task<qint64> AppModel::cacheSize()

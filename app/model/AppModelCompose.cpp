@@ -24,11 +24,22 @@ size_t qHash(const ComposeDraft& draft, size_t seed)
 
 namespace {
 
+// Editors and fields lay out what they are given at once: what a stranger wrote must not stop the program.
+constexpr qsizetype mostQuotedCharacters = 250'000; ///< in UTF-16 units
+constexpr qsizetype mostQuotedLines = 10'000;
+constexpr qsizetype mostDraftCharacters = 4'000'000; ///< of the text and of the HTML each
+constexpr qsizetype longestField = 300'000;          ///< of addresses
+constexpr qsizetype longestName = 1'000;             ///< of an address in a field; a longer one is left out
+constexpr qsizetype longestSubject = 10'000;
+
 QString fieldText(const QList<EmailAddress>& addresses)
 {
     QStringList texts;
-    for (const EmailAddress& address : addresses)
-        texts.append(MessageComposer::editableAddress(address));
+    for (const EmailAddress& address : addresses) {
+        const bool isNamed = address.name && address.name->size() <= longestName;
+        const EmailAddress shown = isNamed ? address : EmailAddress(std::nullopt, address.address);
+        texts.append(MessageComposer::editableAddress(shown));
+    }
     return texts.join(u", "_s);
 }
 
@@ -71,11 +82,6 @@ QList<EmailAddress> otherRecipients(const MIMEHeaders& headers, const QString& o
     return others;
 }
 
-// An editor lays out what it is given at once: what a stranger wrote must not stop the program.
-constexpr qsizetype mostQuotedCharacters = 250'000; ///< in UTF-16 units
-constexpr qsizetype mostQuotedLines = 10'000;
-constexpr qsizetype mostDraftCharacters = 4'000'000; ///< of the text and of the HTML each
-
 /// The text of a message, or what else is known of it, with the line ends of an editor.
 QString plainText(const ParsedMessage& message, const QString& snippet)
 {
@@ -102,10 +108,29 @@ QString quotable(const QString& text)
 /// A stored draft is never cut: what is stored in its place would be all that is left.
 void expectEditable(const ParsedMessage& message)
 {
-    const QString text = message.textBody.value_or(QString());
-    if (text.size() > mostDraftCharacters ||
-        message.htmlBody.value_or(QString()).size() > mostDraftCharacters)
+    const bool isTooLong = message.textBody.value_or(QString()).size() > mostDraftCharacters ||
+                           message.htmlBody.value_or(QString()).size() > mostDraftCharacters ||
+                           message.headers.subject().size() > longestSubject;
+    if (isTooLong)
         throw MailError::unsupported(AppModel::tr("This draft is too long to be edited here."));
+}
+
+/// Nobody is cut off: what has more recipients than a window can take opens none.
+void expectRoomForRecipients(const ComposeDraft& draft)
+{
+    for (const QString& field : {draft.to, draft.cc, draft.bcc}) {
+        if (field.size() > longestField)
+            throw MailError::unsupported(
+                AppModel::tr("This message has more recipients than a window can take."));
+    }
+}
+
+/// As much of the subject as an answer takes up.
+QString subjectOf(const ParsedMessage& message)
+{
+    const QString subject = message.headers.subject();
+    const bool splitsPair = subject.size() > longestSubject && subject[longestSubject - 1].isHighSurrogate();
+    return subject.first(std::min(subject.size(), longestSubject - (splitsPair ? 1 : 0)));
 }
 
 /// What a reply quotes.
@@ -216,7 +241,9 @@ void AppModel::newMessage(const QString& to)
     if (!account)
         return;
     ComposeDraft draft = emptyDraft(account->id);
-    draft.to = to;
+    // It may come from a link.
+    if (to.size() <= longestField)
+        draft.to = to;
     draft.body = signatureBlock();
     openCompose(draft);
 }
@@ -260,6 +287,7 @@ Task<> AppModel::prepare(MessageSummary row, bool isOfThread, Writing writing)
         const auto work = [message, draft, writing] {
             ComposeDraft written = draft;
             writing(written, message);
+            expectRoomForRecipients(written);
             return written;
         };
         draft = co_await runOnWorker(work);
@@ -281,7 +309,7 @@ Task<> AppModel::reply(const MessageSummary& row, bool all)
         draft.to = fieldText(replyRecipients(message.headers));
         if (all)
             draft.cc = fieldText(otherRecipients(message.headers, ownAddress));
-        draft.subject = MessageComposer::replySubject(message.headers.subject());
+        draft.subject = MessageComposer::replySubject(subjectOf(message));
         draft.body = signature + quoted(message, row.snippet);
         draft.inReplyTo = message.headers.messageID();
         draft.references = message.headers.references();
@@ -295,7 +323,7 @@ Task<> AppModel::forward(const MessageSummary& row)
 {
     const Writing writing = [row, signature = signatureBlock()](ComposeDraft& draft,
                                                                 const ParsedMessage& message) {
-        draft.subject = MessageComposer::forwardSubject(message.headers.subject());
+        draft.subject = MessageComposer::forwardSubject(subjectOf(message));
         draft.body = signature +
                      MessageComposer::forwardBody(message.headers, quotable(plainText(message, row.snippet)));
         draft.attachments = outgoingAttachments(message);

@@ -10,6 +10,7 @@
 #include "views/ComposeRow.h"
 #include "views/ComposeToolbar.h"
 #include "views/FormatBar.h"
+#include "views/Picker.h"
 #include "views/PlainAlert.h"
 #include "views/Style.h"
 
@@ -18,7 +19,6 @@
 #include <QFileDialog>
 #include <QLabel>
 #include <QMessageBox>
-#include <QPainter>
 #include <QPushButton>
 #include <QScrollArea>
 #include <QVBoxLayout>
@@ -39,31 +39,6 @@ QList<QUuid> idsOf(const QList<OutgoingAttachment>& attachments)
         ids.append(attachment.id);
     return ids;
 }
-
-/// The choice of the sending account, as text with an arrow behind it.
-class AccountPicker : public QComboBox {
-public:
-    using QComboBox::QComboBox;
-
-protected:
-    void paintEvent(QPaintEvent*) override
-    {
-        const Style& style = Style::shared();
-        QPainter painter(this);
-        const int arrow = style.scaled(1);
-        const int room = width() - arrow - Style::grid;
-        const QString name = fontMetrics().elidedText(currentText(), Qt::ElideMiddle, room);
-        const bool isLit = hasFocus() && isEnabled();
-        painter.setPen(isLit ? style.colors().accent : style.colors().text);
-        painter.drawText(QRect(textMargin, 0, room, height()), Qt::AlignVCenter | Qt::TextSingleLine, name);
-        painter.drawPixmap(
-            textMargin + fontMetrics().horizontalAdvance(name) + Style::grid, (height() - arrow) / 2,
-            style.pixmap(Symbol::chevronDown, arrow, style.colors().secondary, devicePixelRatioF()));
-    }
-
-private:
-    static constexpr int textMargin = 2; ///< as line edits have it
-};
 
 void call(const std::function<void(bool)>& told, bool value)
 {
@@ -126,7 +101,7 @@ void ComposeView::buildForm(const ComposeDraft& draft)
     m_note->setVisible(m_model.isRecovered(draft.id));
     m_form = new QWidget;
     m_form->setObjectName("form"_L1);
-    m_accounts = new AccountPicker;
+    m_accounts = new Picker(Picker::Frame::none);
     m_from = new ComposeRow(tr("From:"), m_accounts);
     m_to = new AddressField(tr("To:"), defaults, m_contacts);
     m_cc = new AddressField(tr("Cc:"), defaults, m_contacts);
@@ -475,10 +450,8 @@ void ComposeView::askToSave(QWidget& window, const std::function<void(bool)>& de
     m_sheet->setObjectName("saveSheet"_L1);
     // Buttons of one role stand in the order in which they are added, whatever the desktop's own order is.
     QPushButton* const save = m_sheet->addButton(tr("Save"), QMessageBox::ActionRole);
-    QPushButton* const discard = m_sheet->addButton(tr("Don't Save"), QMessageBox::ActionRole);
+    QPushButton* const discard = addDestructiveButton(*m_sheet, tr("Don't Save"), QMessageBox::ActionRole);
     QPushButton* const cancel = m_sheet->addButton(tr("Cancel"), QMessageBox::ActionRole);
-    discard->setProperty("destructive", true);
-    discard->setStyleSheet(u"color: %1"_s.arg(Style::shared().colors().danger.name()));
     m_sheet->setDefaultButton(save);
     m_sheet->setEscapeButton(cancel);
     connect(m_sheet, &QMessageBox::finished, this, [this, sheet = m_sheet.data(), save, discard, decided] {

@@ -1,5 +1,7 @@
 #include "views/ComposeWindow.h"
 
+#include "views/DisplayText.h"
+
 #include <QCloseEvent>
 #include <QShortcut>
 
@@ -24,8 +26,9 @@ ComposeWindow::ComposeWindow(AppModel& model, const ComposeDraft& draft, bool is
     resize(defaultSize);
     new WindowCloseGuard(
         m_closeState, [this](QWidget& window) { return m_view->shouldClose(window); }, this);
-    connect(m_view, &ComposeView::titleChanged, this, [this] { setWindowTitle(m_view->title()); });
-    setWindowTitle(m_view->title());
+    const auto followTitle = [this] { setWindowTitle(DisplayText::bounded(m_view->title())); };
+    connect(m_view, &ComposeView::titleChanged, this, followTitle);
+    followTitle();
     connect(new QShortcut(QKeySequence::Close, this), &QShortcut::activated, this, &QWidget::close);
     connect(new QShortcut(QKeySequence::Quit, this), &QShortcut::activated, this,
             &ComposeWindow::quitRequested);

@@ -379,6 +379,28 @@ TEST_F(AppModelCompose, QuotesOnlyAsMuchAsAWindowCanTake)
     EXPECT_FALSE(opened().body.contains(QString::fromUtf8(rest)));
 }
 
+TEST_F(AppModelCompose, TakesUpOnlyAsMuchOfASubjectAndANameAsAFieldCanShow)
+{
+    const QByteArray endless(2'000'000, 'x');
+    await(model().reply(message("From: " + endless + " <a@x>\r\nSubject: " + endless + "\r\n\r\nHi"), false));
+    EXPECT_EQ(opened().to, u"a@x");
+    EXPECT_LT(opened().subject.size(), 11'000);
+    await(model().forward(message("From: a@x\r\nSubject: " + endless + "\r\n\r\nHi")));
+    EXPECT_LT(opened().subject.size(), 11'000);
+    model().newMessage(QString::fromLatin1(endless));
+    EXPECT_EQ(opened().to, u"");
+}
+
+TEST_F(AppModelCompose, OpensNoWindowForMoreRecipientsThanItCanTake)
+{
+    QByteArray many("z@x");
+    for (int index = 0; index < 20'000; ++index)
+        many += ", person" + QByteArray::number(index) + "@example.com";
+    await(model().reply(message("From: a@x\r\nTo: " + many + "\r\n\r\nHi"), true));
+    EXPECT_FALSE(model().pendingCompose());
+    EXPECT_EQ(model().errorMessage(), u"This message has more recipients than a window can take."_s);
+}
+
 TEST_F(AppModelCompose, OpensNoDraftThatItWouldHaveToCut)
 {
     await(model().editDraft(message("To: a@x\r\n\r\n" + QByteArray(5'000'000, 'x'))));

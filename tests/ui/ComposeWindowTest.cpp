@@ -662,6 +662,15 @@ TEST_F(ComposeAccountsTest, ATextOfAnAccountThatIsRemovedLeavesByAnother)
     EXPECT_EQ(fixture.provider(1).sent().size(), 1);
 }
 
+TEST_F(ComposeWindowTest, AnEndlessSubjectEndsNoDisplay)
+{
+    ComposeDraft written = draft();
+    written.subject = QString(1'000'000, u'x');
+    ComposeWindow& window = open(written);
+    EXPECT_LT(window.windowTitle().size(), 2'000);
+    EXPECT_EQ(window.view().draft().subject, written.subject);
+}
+
 TEST_F(ComposeWindowTest, NoRecipientIsCutOffALongList)
 {
     ComposeDraft written = draft();
