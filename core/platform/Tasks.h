@@ -62,6 +62,34 @@ Task<std::invoke_result_t<Work>> runOnWorker(Work work)
     return runOn(QThreadPool::globalInstance(), std::move(work));
 }
 
+/// What became of a task: its result, or its failure.
+template <typename T>
+struct Outcome {
+    using Value = std::conditional_t<std::is_void_v<T>, std::monostate, T>;
+
+    std::optional<Value> value;
+    std::exception_ptr failure; ///< null where there is a value
+};
+
+/// Waits for the task and never fails, for flows that go on differently after a failure.
+template <typename T>
+Task<Outcome<T>> settled(Task<T> task)
+{
+    Outcome<T> outcome;
+    try {
+        if constexpr (std::is_void_v<T>) {
+            co_await task;
+            outcome.value.emplace();
+        } else {
+            auto value = co_await task;
+            outcome.value.emplace(std::move(value));
+        }
+    } catch (...) {
+        outcome.failure = std::current_exception();
+    }
+    co_return outcome;
+}
+
 /// Where the failure of a detached task goes.
 using FailureGate = std::function<void(std::exception_ptr)>;
 
