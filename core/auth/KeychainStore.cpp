@@ -41,17 +41,35 @@ void KeychainStore::save(const Credential& credential, const QUuid& accountID)
     saveData(credential.toJSON(), accountID);
 }
 
-std::optional<QByteArray> KeychainStore::loadData(const QUuid& accountID)
+KeychainStore::Lookup KeychainStore::lookUp(const QUuid& accountID)
 {
+    Lookup lookup;
     for (const auto& backend : m_backends) {
         const KeychainBackend::ReadResult result = backend->read(m_service, Coding::fromUuid(accountID));
-        if (result.status == KeychainStatus::itemNotFound || result.status == KeychainStatus::notAvailable)
+        if (result.status == KeychainStatus::notAvailable)
+            continue;
+        lookup.isAnswered = true;
+        if (result.status == KeychainStatus::itemNotFound)
             continue;
         if (result.status != KeychainStatus::success || !result.data)
             fail(*backend, result.status);
-        return result.data;
+        lookup.data = result.data;
+        break;
     }
-    return std::nullopt;
+    return lookup;
+}
+
+std::optional<QByteArray> KeychainStore::loadData(const QUuid& accountID)
+{
+    return lookUp(accountID).data;
+}
+
+std::optional<QByteArray> KeychainStore::findData(const QUuid& accountID)
+{
+    Lookup lookup = lookUp(accountID);
+    if (!lookup.isAnswered)
+        fail(*m_backends.last(), KeychainStatus::notAvailable);
+    return std::move(lookup.data);
 }
 
 void KeychainStore::saveData(const QByteArray& data, const QUuid& accountID)

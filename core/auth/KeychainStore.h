@@ -47,10 +47,19 @@ public:
 
     /// The raw bytes of the account's item, or nothing. Fails with `KeychainError`.
     std::optional<QByteArray> loadData(const QUuid& accountID);
+    /// As `loadData`, but fails with `KeychainError` "not available" where no keychain is there to state that
+    /// the item is absent.
+    std::optional<QByteArray> findData(const QUuid& accountID);
     /// Stores raw bytes. Fails with `KeychainError`.
     void saveData(const QByteArray& data, const QUuid& accountID);
 
 private:
+    struct Lookup {
+        std::optional<QByteArray> data;
+        bool isAnswered = false; ///< a keychain was there
+    };
+    Lookup lookUp(const QUuid& accountID);
+
     QString m_service;
     QList<std::shared_ptr<KeychainBackend>> m_backends;
 };
