@@ -5,7 +5,6 @@
 #include "app/platform/WakeMonitor.h"
 #include "domain/MailError.h"
 #include "domain/Text.h"
-#include "model/AccountStore.h"
 #include "platform/Tasks.h"
 #include "protocols/StreamTransport.h"
 
@@ -35,31 +34,71 @@ AppModel::Services AppModel::systemServices()
     services.defaults = std::make_shared<UserDefaults>(UserDefaults::defaultFile());
     services.secrets = std::make_shared<KeychainStore>(bundleIdentifier() + u".credentials"_s);
     services.cacheKeys = std::make_shared<KeychainStore>(bundleIdentifier() + u".cache-keys"_s);
+    services.textKeys = std::make_shared<KeychainStore>(bundleIdentifier() + u".text-keys"_s);
     services.cachesDirectory = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation);
+    const QString data = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
+    services.keptTextsDirectory = data.isEmpty() ? QString() : data + u"/larkhaven/texts"_s;
     services.transports = MailTransports::open;
     services.sleep = ContinuousClock::sleepFor;
     services.showBadge = LauncherBadge::show;
     return services;
 }
 
+namespace {
+
+/// The settings have their defaults before anything reads them.
+AppModel::Services registered(AppModel::Services services)
+{
+    registerUserSettings(*services.defaults);
+    return services;
+}
+
+Task<> nothing()
+{
+    co_return;
+}
+
+} // namespace
+
 AppModel::AppModel(Services services, QObject* parent)
     : QObject(parent)
-    , m_services(std::move(services))
-    , m_recovery(std::make_shared<ComposeRecovery>([self = QPointer(this)](const QUuid& accountID) {
-        return self ? self->cache(accountID) : nullptr;
-    }))
+    , m_services(registered(std::move(services)))
+    , m_accounts({m_services.defaults, m_services.secrets, m_services.cacheKeys, m_services.cachesDirectory,
+                  m_services.transports})
+    , m_sidebar(m_accounts)
+    , m_texts(std::make_shared<KeptTexts>(m_services.keptTextsDirectory, m_services.textKeys))
 {
-    registerUserSettings(defaults());
-    m_accounts = AccountStore::load(defaults());
-    if (!m_accounts.isEmpty())
-        m_sidebarSelection = SidebarItem{m_accounts.first().id, MailboxRef::system(Mailbox::inbox)};
+    connectParts();
+    if (!accounts().isEmpty())
+        m_sidebarSelection = SidebarItem{accounts().first().id, MailboxRef::system(Mailbox::inbox)};
     startRefreshLoop();
-    connect(new WakeMonitor(this), &WakeMonitor::woke, this, [this] { start(refresh()); });
 }
 
 AppModel::~AppModel()
 {
     m_refreshLoop.request_stop();
+    m_texts->flush();
+}
+
+void AppModel::connectParts()
+{
+    const QPointer<AppModel> self(this);
+    m_pageReloads = Coalescer::create([self] { return self ? self->reloadPage() : nothing(); });
+    m_refreshes = Coalescer::create([self] { return self ? self->checkForNews() : nothing(); });
+    connect(&m_accounts, &Accounts::listChanged, this, &AppModel::accountsChanged);
+    connect(&m_accounts, &Accounts::needsReauthChanged, this, &AppModel::needsReauthChanged);
+    connect(&m_sidebar, &LabelsAndCounts::countsChanged, this, &AppModel::countsChanged);
+    connect(&m_sidebar, &LabelsAndCounts::labelsChanged, this,
+            [this](const QUuid& accountID, const QList<MailLabel>& before) {
+                followLabels(accountID, before);
+                Q_EMIT labelsChanged();
+            });
+    connect(m_texts.get(), &KeptTexts::troubleChanged, this, &AppModel::lockedTextsChanged);
+    connect(new WakeMonitor(this), &WakeMonitor::woke, this, [this] { start(checkForNews()); });
+    connect(&defaults(), &UserDefaults::changed, this, [this](const QString& key) {
+        if (key == DefaultsKey::pageSize && m_sidebarSelection)
+            start(load(0, true));
+    });
 }
 
 // --- Fields
@@ -76,16 +115,31 @@ void AppModel::setSortOrder(const QList<SortComparator>& order)
 
 void AppModel::setSelection(const QSet<QString>& selection)
 {
-    assign(m_selection, selection, &AppModel::selectionChanged);
+    m_restoredSelection.clear();
+    selectRows(selection);
+}
+
+void AppModel::selectRows(const QSet<QString>& selection)
+{
+    QSet<QString> listed;
+    for (const MessageSummary& row : m_messages)
+        listed.insert(row.id);
+    assign(m_selection, listed.intersect(selection), &AppModel::selectionChanged);
 }
 
 void AppModel::setPath(const QList<QString>& path)
 {
+    // What is on screen already stays, and so does its text.
+    if (path.isEmpty() || m_path.isEmpty() || path.last() != m_path.last())
+        setOpenParsed(std::nullopt);
+    m_opened.removeIf([&path](const auto& row) { return !path.contains(row.key()); });
     assign(m_path, path, &AppModel::pathChanged);
 }
 
 void AppModel::setOpenParsed(const std::optional<ParsedMessage>& message)
 {
+    if (!message && !m_openParsed)
+        return;
     // Comparing messages would compare their attachments byte by byte.
     m_openParsed = message;
     Q_EMIT openParsedChanged();
@@ -121,39 +175,19 @@ void AppModel::setLoading(bool isLoading)
     assign(m_isLoading, isLoading, &AppModel::isLoadingChanged);
 }
 
-void AppModel::setSigningIn(bool isSigningIn)
+void AppModel::noteSignIn(int change)
 {
-    assign(m_isSigningIn, isSigningIn, &AppModel::signingInChanged);
-}
-
-void AppModel::setNeedsReauth(const QUuid& accountID, bool isNeeded)
-{
-    QSet<QUuid> accounts = m_needsReauth;
-    if (isNeeded)
-        accounts.insert(accountID);
-    else
-        accounts.remove(accountID);
-    assign(m_needsReauth, accounts, &AppModel::needsReauthChanged);
-}
-
-void AppModel::setPaging(int pageIndex, bool hasNextPage, const std::optional<qint64>& total)
-{
-    if (m_pageIndex == pageIndex && m_hasNextPage == hasNextPage && m_total == total)
-        return;
-    m_pageIndex = pageIndex;
-    m_hasNextPage = hasNextPage;
-    m_total = total;
-    Q_EMIT pagingChanged();
+    const bool before = isSigningIn();
+    m_signIns += change;
+    if (isSigningIn() != before)
+        Q_EMIT signingInChanged();
 }
 
 // --- Derived values
 
 std::optional<Account> AppModel::selectedAccount() const
 {
-    if (!m_sidebarSelection)
-        return std::nullopt;
-    const auto found = std::ranges::find(m_accounts, m_sidebarSelection->accountID, &Account::id);
-    return found == m_accounts.end() ? std::nullopt : std::optional(*found);
+    return m_sidebarSelection ? m_accounts.find(m_sidebarSelection->accountID) : std::nullopt;
 }
 
 std::optional<MessageSummary> AppModel::message(const QString& id) const
@@ -185,22 +219,23 @@ int AppModel::pageSize() const
 
 QString AppModel::pagerText() const
 {
-    if (m_messages.isEmpty())
+    // Rows that wait for the first page of another listing have no place in it.
+    if (m_messages.isEmpty() || !m_listing.showsOwnRows())
         return {};
     const QLocale locale;
-    const qint64 start = static_cast<qint64>(m_pageIndex) * pageSize();
+    const qint64 start = static_cast<qint64>(m_paging.index) * m_listing.pageSize();
     const qint64 last = start + m_messages.size();
-    const QString all = m_total         ? locale.toString(*m_total)
-                        : m_hasNextPage ? tr("many")
-                                        : locale.toString(last);
+    const QString all = m_paging.total     ? locale.toString(*m_paging.total)
+                        : m_paging.hasNext ? tr("many")
+                                           : locale.toString(last);
     return tr("%1–%2 of %3").arg(locale.toString(start + 1), locale.toString(last), all);
 }
 
 QString AppModel::labelNoun() const
 {
     std::optional<Account> account = selectedAccount();
-    if (!account && !m_accounts.isEmpty())
-        account = m_accounts.first();
+    if (!account && !accounts().isEmpty())
+        account = accounts().first();
     return labelNoun(account ? account->provider : ProviderKind::imap);
 }
 
@@ -215,44 +250,21 @@ QString AppModel::badgeText() const
     const QString inbox = MailboxRef::system(Mailbox::inbox).id();
     qint64 sum = 0;
     // Counts are what servers say.
-    for (const Account& account : m_accounts)
-        sum += std::clamp(m_counts.value(account.id).value(inbox), qint64{0}, largest + 1);
+    for (const Account& account : accounts())
+        sum += std::clamp(counts(account.id).value(inbox), qint64{0}, largest + 1);
     if (!defaults().boolean(DefaultsKey::showDockBadge) || sum <= 0)
         return {};
     return sum > largest ? u"%1+"_s.arg(largest) : QString::number(sum);
 }
 
-// --- Accounts
-
-void AppModel::useProvider(const QUuid& accountID, const std::shared_ptr<MailProvider>& provider)
+QList<QUuid> AppModel::accountsWithLockedTexts() const
 {
-    m_providers.insert(accountID, provider);
+    QList<QUuid> locked = m_accounts.ids();
+    locked.removeIf([this](const QUuid& accountID) { return !m_texts->hasTrouble(accountID); });
+    return locked;
 }
 
-void AppModel::setNickname(const QUuid& accountID, const QString& text)
-{
-    QList<Account> accounts = m_accounts;
-    const auto account = std::ranges::find(accounts, accountID, &Account::id);
-    if (account == accounts.end())
-        return;
-    const QString trimmed = Text::trimmedSpaceAndLineEnds(text).toString();
-    account->nickname = trimmed.isEmpty() ? std::nullopt : std::optional(trimmed);
-    assign(m_accounts, accounts, &AppModel::accountsChanged);
-    AccountStore::save(m_accounts, defaults());
-}
-
-void AppModel::moveAccounts(const QList<int>& sources, int destination)
-{
-    QList<Account> before;
-    QList<Account> moved;
-    QList<Account> after;
-    for (int index = 0; index < m_accounts.size(); ++index) {
-        QList<Account>& place = sources.contains(index) ? moved : index < destination ? before : after;
-        place.append(m_accounts[index]);
-    }
-    assign(m_accounts, before + moved + after, &AppModel::accountsChanged);
-    AccountStore::save(m_accounts, defaults());
-}
+// --- Failures
 
 void AppModel::report(const std::exception_ptr& failure, const std::optional<QUuid>& accountID)
 {
@@ -262,13 +274,27 @@ void AppModel::report(const std::exception_ptr& failure, const std::optional<QUu
         if (error.kind() == MailError::Kind::cancelled)
             return;
         if (error.kind() == MailError::Kind::notSignedIn && accountID) {
-            setNeedsReauth(*accountID, true);
+            m_accounts.setNeedsReauth(*accountID, true);
             return;
         }
     } catch (...) {
         // Every other failure has words for the user.
     }
     assign(m_errorMessage, std::optional(localizedText(failure)), &AppModel::errorMessageChanged);
+}
+
+void AppModel::reportTo(const Session& session, const std::exception_ptr& failure)
+{
+    if (m_accounts.isCurrent(session))
+        report(failure, session.accountID);
+}
+
+Task<> AppModel::reporting(Task<> flow, QUuid accountID)
+{
+    const QPointer<AppModel> self(this);
+    const Outcome<void> outcome = co_await settled(std::move(flow));
+    if (self && outcome.failure)
+        report(outcome.failure, accountID);
 }
 
 void AppModel::start(Task<> flow, const std::optional<QUuid>& accountID)
@@ -287,28 +313,33 @@ void AppModel::select(const std::optional<SidebarItem>& item)
         return;
     assign(m_sidebarSelection, item, &AppModel::sidebarSelectionChanged);
     setPath({});
-    assign(m_messages, {}, &AppModel::messagesChanged);
-    setSelection({});
+    m_listing.clearRows();
     resetPaging();
-    if (!m_labels.contains(item->accountID))
-        start(loadLabelsAndCounts(item->accountID));
     start(load(0, true));
+    if (!m_sidebar.hasLabels(item->accountID))
+        start(loadLabelsAndCounts(item->accountID));
 }
 
 void AppModel::selectMailbox(const MailboxRef& ref)
 {
     std::optional<Account> account = selectedAccount();
-    if (!account && !m_accounts.isEmpty())
-        account = m_accounts.first();
+    if (!account && !accounts().isEmpty())
+        account = accounts().first();
     if (account)
         select(SidebarItem{account->id, ref});
 }
 
+void AppModel::showInstead(const SidebarItem& item)
+{
+    assign(m_sidebarSelection, std::optional(item), &AppModel::sidebarSelectionChanged);
+    resetPaging();
+    start(load(0, true));
+}
+
 void AppModel::resetPaging()
 {
-    ++m_listing;
-    m_pageCache.clear();
-    setPaging(0, false, std::nullopt);
+    m_listing.restart();
+    publish();
 }
 
 std::optional<QString> AppModel::query() const
@@ -321,114 +352,118 @@ std::optional<QString> AppModel::query() const
     return text.isEmpty() ? std::nullopt : std::optional(text.toString());
 }
 
-void AppModel::applyPage(int page, const MessagePage& answer)
+Listing::Key AppModel::listingKey(const SidebarItem& item) const
 {
-    setPaging(page, answer.hasMore, m_total);
-    assign(m_messages, answer.messages, &AppModel::messagesChanged);
-    QSet<QString> listed;
-    for (const MessageSummary& row : answer.messages)
-        listed.insert(row.id);
-    setSelection(QSet<QString>(m_selection).intersect(listed));
+    return {item.accountID, item.ref, query(), pageSize()};
+}
+
+void AppModel::publish()
+{
+    const Paging paging{m_listing.pageIndex(), m_listing.hasMore(), m_listing.total()};
+    assign(m_paging, paging, &AppModel::pagingChanged);
+    assign(m_messages, m_listing.rows(), &AppModel::messagesChanged);
+    selectRows(m_selection);
 }
 
 Task<> AppModel::load(int page, bool refresh)
 {
     const QPointer<AppModel> self(this);
     const std::optional<SidebarItem> item = m_sidebarSelection;
-    const std::shared_ptr<MailProvider> source = item ? provider(item->accountID) : nullptr;
+    const Session source = item ? session(item->accountID) : Session();
     if (!source) {
-        assign(m_messages, {}, &AppModel::messagesChanged);
+        m_listing.clearRows();
+        publish();
         co_return;
     }
-    if (!refresh && m_pageCache.contains(page)) {
-        applyPage(page, m_pageCache.value(page));
+    const Listing::Key key = listingKey(*item);
+    // A page of another listing than the one that it was meant for is the first one.
+    if (m_listing.begin(key))
+        page = 0;
+    if (!refresh && m_listing.show(page)) {
+        publish();
         co_return;
     }
-    const quint64 generation = ++m_loadGeneration;
-    const quint64 listing = m_listing;
+    const Listing::Load asked = m_listing.beginLoad(page);
     setLoading(true);
-    const qint64 limit = pageSize();
-    MessagePage answer;
-    std::exception_ptr failure;
-    try {
-        answer = co_await source->listMessages(item->ref, query(), page * limit, limit, refresh);
-    } catch (...) {
-        failure = std::current_exception();
-    }
-    if (!self || m_loadGeneration != generation)
+    const qint64 limit = key.pageSize;
+    const Outcome<MessagePage> answer =
+        co_await settled(source->listMessages(key.ref, key.query, page * limit, limit, refresh));
+    if (!self || !m_listing.isNewest(asked))
         co_return;
-    if (m_listing != listing) {
+    if (!m_listing.isOfThisListing(asked) || !m_accounts.isCurrent(source)) {
         // Another listing has come, and nothing could be asked for it.
         setLoading(false);
         co_return;
     }
-    if (failure) {
-        report(failure, item->accountID);
+    if (answer.failure) {
+        report(answer.failure, item->accountID);
     } else {
-        applyPendingChanges(answer.messages);
-        m_pageCache.insert(page, answer);
-        if (answer.total)
-            setPaging(m_pageIndex, m_hasNextPage, answer.total);
-        applyPage(page, answer);
-        setNeedsReauth(item->accountID, false);
+        m_listing.take(asked, *answer.value);
+        publish();
+        m_accounts.setNeedsReauth(item->accountID, false);
     }
     setLoading(false);
+}
+
+int AppModel::wantedPage() const
+{
+    const Listing::Load& newest = m_listing.newest();
+    return m_isLoading && m_listing.isOfThisListing(newest) ? newest.page : m_listing.pageIndex();
 }
 
 Task<> AppModel::begin()
 {
     const QPointer<AppModel> self(this);
-    const auto unlock = [secrets = m_services.secrets, keys = m_services.cacheKeys, accounts = m_accounts] {
-        for (const Account& account : accounts) {
-            try {
-                secrets->load(account.id);
-                keys->loadData(account.id);
-            } catch (const LocalizedError&) {
-                // Whoever needs the item will see.
-            }
-        }
-    };
     setLoading(true);
-    co_await runOnWorker(unlock);
+    co_await m_accounts.unlock();
     if (!self)
         co_return;
     setLoading(false);
     start(recoverDrafts());
-    co_await refresh();
+    co_await checkForNews();
 }
 
 Task<> AppModel::refresh()
 {
-    m_pageCache.clear();
-    for (const Account& account : std::as_const(m_accounts))
-        start(loadLabelsAndCounts(account.id));
-    return load(m_pageIndex, true);
+    const bool isLocked = m_accounts.wasRefused() || !accountsWithLockedTexts().isEmpty();
+    return isLocked ? unlockAndCheck() : checkForNews();
 }
 
-namespace {
-
-Task<> nothing()
+Task<> AppModel::unlockAndCheck()
 {
-    co_return;
+    const QPointer<AppModel> self(this);
+    co_await m_accounts.unlock();
+    if (!self)
+        co_return;
+    start(recoverDrafts());
+    co_await checkForNews();
 }
 
-} // namespace
+Task<> AppModel::checkForNews()
+{
+    m_listing.forgetPages();
+    // What the user looks at goes before what is counted.
+    Task<> loading = load(wantedPage(), true);
+    for (const QUuid& accountID : m_accounts.ids())
+        start(loadLabelsAndCounts(accountID));
+    return loading;
+}
 
 Task<> AppModel::nextPage()
 {
-    return m_hasNextPage && !m_isLoading ? load(m_pageIndex + 1, false) : nothing();
+    return m_paging.hasNext && !m_isLoading ? load(m_paging.index + 1, false) : nothing();
 }
 
 Task<> AppModel::previousPage()
 {
-    return m_pageIndex >= 1 && !m_isLoading ? load(m_pageIndex - 1, false) : nothing();
+    return m_paging.index >= 1 && !m_isLoading ? load(m_paging.index - 1, false) : nothing();
 }
 
 Task<> AppModel::firstPage()
 {
     if (m_isLoading)
         return nothing();
-    m_pageCache.clear();
+    m_listing.forgetPages();
     return load(0, true);
 }
 
@@ -436,29 +471,23 @@ Task<> AppModel::lastPage()
 {
     const QPointer<AppModel> self(this);
     const std::optional<SidebarItem> item = m_sidebarSelection;
-    const std::shared_ptr<MailProvider> source = item && !m_isLoading ? provider(item->accountID) : nullptr;
+    const Session source = item && !m_isLoading ? session(item->accountID) : Session();
     if (!source)
         co_return;
-    const qint64 size = pageSize();
-    const quint64 generation = ++m_loadGeneration;
-    const quint64 listing = m_listing;
+    const Listing::Key key = listingKey(*item);
+    m_listing.begin(key);
+    const Listing::Load asked = m_listing.beginLoad(m_listing.pageIndex());
     setLoading(true);
-    qint64 offset = 0;
-    std::exception_ptr failure;
-    try {
-        offset = co_await source->lastPageOffset(item->ref, query(), size);
-    } catch (...) {
-        failure = std::current_exception();
-    }
-    if (!self || m_loadGeneration != generation)
+    const Outcome<qint64> offset = co_await settled(source->lastPageOffset(key.ref, key.query, key.pageSize));
+    if (!self || !m_listing.isNewest(asked))
         co_return;
     setLoading(false);
-    if (m_listing != listing)
+    if (!m_listing.isOfThisListing(asked) || !m_accounts.isCurrent(source))
         co_return;
-    if (failure)
-        report(failure, item->accountID);
+    if (offset.failure)
+        report(offset.failure, item->accountID);
     else
-        co_await load(static_cast<int>(offset / size), false);
+        co_await load(static_cast<int>(*offset.value / key.pageSize), false);
 }
 
 Task<> AppModel::applySearch()
@@ -476,42 +505,12 @@ void AppModel::search(const MessageSummary& sender)
     start(applySearch());
 }
 
-Task<> AppModel::loadLabels(QUuid accountID)
-{
-    const QPointer<AppModel> self(this);
-    const std::shared_ptr<MailProvider> source = provider(accountID);
-    if (!source)
-        co_return;
-    QList<MailLabel> listed;
-    try {
-        listed = co_await source->listLabels();
-    } catch (const std::exception&) {
-        co_return; // The sidebar keeps what it had.
-    }
-    if (!self || (m_labels.contains(accountID) && m_labels.value(accountID) == listed))
-        co_return;
-    m_labels.insert(accountID, listed);
-    Q_EMIT labelsChanged();
-}
-
 Task<> AppModel::loadCounts(QUuid accountID)
 {
     const QPointer<AppModel> self(this);
-    const std::shared_ptr<MailProvider> source = provider(accountID);
-    std::optional<QHash<QString, qint64>> counted;
-    try {
-        if (source)
-            counted = co_await source->counts(labels(accountID));
-    } catch (const std::exception&) {
-        // The sidebar keeps what it had.
-    }
-    if (!self)
-        co_return;
-    if (counted && m_counts.value(accountID) != *counted) {
-        m_counts.insert(accountID, *counted);
-        Q_EMIT countsChanged();
-    }
-    updateBadge();
+    co_await m_sidebar.loadCounts(accountID);
+    if (self)
+        updateBadge();
 }
 
 Task<> AppModel::loadLabelsAndCounts(QUuid accountID)
@@ -547,7 +546,7 @@ Task<> AppModel::refreshLoop(QPointer<AppModel> model, std::stop_token stop)
         co_await model->m_services.sleep(std::chrono::minutes(std::min(minutes, longest)), stop);
         if (!model || stop.stop_requested())
             co_return;
-        co_await model->refresh();
+        co_await model->checkForNews();
     }
 }
 

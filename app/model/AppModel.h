@@ -6,10 +6,14 @@
 #include "domain/Mailbox.h"
 #include "domain/Message.h"
 #include "format/ParsedMessage.h"
+#include "model/Accounts.h"
 #include "model/ComposeDraft.h"
-#include "model/ComposeRecovery.h"
+#include "model/KeptTexts.h"
+#include "model/LabelsAndCounts.h"
+#include "model/Listing.h"
 #include "model/SortField.h"
 #include "model/UserDefaults.h"
+#include "platform/Coalescer.h"
 #include "protocols/MailTransport.h"
 #include "store/MailCache.h"
 
@@ -38,8 +42,10 @@ struct SidebarItem {
 };
 size_t qHash(const SidebarItem& item, size_t seed = 0);
 
-/// The single state object of the running application: accounts, mailboxes, the rows on screen, and all flows
-/// over them.
+/// The single state object of the running application, and the orchestration of its parts: accounts and what
+/// belongs to them (`Accounts`), their labels and counts (`LabelsAndCounts`), the listing on screen with the
+/// changes laid over it (`Listing`), and the texts that are being written (`KeptTexts`). Each of these holds
+/// one truth; the flows here connect them.
 ///
 /// Lives on the main thread; views read its fields, watch its signals and call its operations. A field's
 /// signal comes only when the value is another than before. Every failure of the mail logic that concerns the
@@ -55,7 +61,9 @@ public:
         std::shared_ptr<UserDefaults> defaults;
         std::shared_ptr<SecretStore> secrets;     ///< credentials by account
         std::shared_ptr<KeychainStore> cacheKeys; ///< cache keys by account
+        std::shared_ptr<KeychainStore> textKeys;  ///< keys of kept texts by account
         QString cachesDirectory;                  ///< the user's; empty where there is none
+        QString keptTextsDirectory; ///< where texts outlive the process; empty where there is no place
         TransportFactory transports;
         /// Sleeps for the refresh loop on a clock that counts while the machine sleeps; false when it was
         /// stopped.
@@ -100,8 +108,7 @@ public:
     /// The name of the application in the system, and the first part of the names of its keychain services.
     static const QString& bundleIdentifier();
 
-    /// The limit of an account's cached messages, in bytes (500 MiB).
-    static constexpr qint64 cacheLimit = 524'288'000;
+    static constexpr qint64 cacheLimit = Accounts::cacheLimit;
     static constexpr int defaultPageSize = 25;
 
     /// Reads the account list, selects the first account's Inbox and starts the refresh loop. Loads nothing.
@@ -111,7 +118,7 @@ public:
     UserDefaults& defaults() const { return *m_services.defaults; }
 
     // --- Fields
-    const QList<Account>& accounts() const { return m_accounts; }
+    const QList<Account>& accounts() const { return m_accounts.list(); }
     const std::optional<SidebarItem>& sidebarSelection() const { return m_sidebarSelection; }
     /// The rows on screen, one page.
     const QList<MessageSummary>& messages() const { return m_messages; }
@@ -128,20 +135,22 @@ public:
     /// The alert to show.
     const std::optional<QString>& errorMessage() const { return m_errorMessage; }
     /// Accounts whose credential no longer works.
-    const QSet<QUuid>& needsReauth() const { return m_needsReauth; }
-    QList<MailLabel> labels(const QUuid& accountID) const { return m_labels.value(accountID); }
+    const QSet<QUuid>& needsReauth() const { return m_accounts.needsReauth(); }
+    QList<MailLabel> labels(const QUuid& accountID) const { return m_sidebar.labels(accountID); }
     /// The page on screen, from 0.
-    int pageIndex() const { return m_pageIndex; }
-    bool hasNextPage() const { return m_hasNextPage; }
-    const std::optional<qint64>& total() const { return m_total; }
+    int pageIndex() const { return m_paging.index; }
+    bool hasNextPage() const { return m_paging.hasNext; }
+    const std::optional<qint64>& total() const { return m_paging.total; }
     /// Unread counts of an account by `MailboxRef::id`.
-    QHash<QString, qint64> counts(const QUuid& accountID) const { return m_counts.value(accountID); }
+    QHash<QString, qint64> counts(const QUuid& accountID) const { return m_sidebar.counts(accountID); }
     /// Whether the page is kept, so that it shows without the network.
-    bool hasCachedPage(int page) const { return m_pageCache.contains(page); }
+    bool hasCachedPage(int page) const { return m_listing.hasPage(page); }
     const std::optional<LabelEdit>& labelEdit() const { return m_labelEdit; }
     const std::optional<LabelDeletion>& labelDeletion() const { return m_labelDeletion; }
     /// Whether a sign-in or a test of server settings is under way.
-    bool isSigningIn() const { return m_isSigningIn; }
+    bool isSigningIn() const { return m_signIns > 0; }
+    /// Accounts whose kept texts can't be read at present, and whose new ones can't be kept.
+    QList<QUuid> accountsWithLockedTexts() const;
     /// The account that the set-up window repairs; absent when it adds one.
     const std::optional<QUuid>& imapSetupAccountID() const { return m_imapSetupAccountID; }
 
@@ -175,15 +184,21 @@ public:
 
     // --- Accounts
     /// The account's provider, built on the first use; null where it can't be.
-    std::shared_ptr<MailProvider> provider(const QUuid& accountID);
+    std::shared_ptr<MailProvider> provider(const QUuid& accountID)
+    {
+        return m_accounts.session(accountID).provider;
+    }
     /// The account's cache, built on the first use; null where it can't be.
-    std::shared_ptr<MailCache> cache(const QUuid& accountID);
+    std::shared_ptr<MailCache> cache(const QUuid& accountID) { return m_accounts.cache(accountID); }
     /// Puts a provider in place of the one that would be built.
-    void useProvider(const QUuid& accountID, const std::shared_ptr<MailProvider>& provider);
-    void setNickname(const QUuid& accountID, const QString& text);
+    void useProvider(const QUuid& accountID, const std::shared_ptr<MailProvider>& provider)
+    {
+        m_accounts.useProvider(accountID, provider);
+    }
+    void setNickname(const QUuid& accountID, const QString& text) { m_accounts.setNickname(accountID, text); }
     /// Moves the accounts at the offsets, in their order, before the one at `destination` (as counted before
     /// the move).
-    void moveAccounts(const QList<int>& sources, int destination);
+    void moveAccounts(const QList<int>& sources, int destination) { m_accounts.move(sources, destination); }
     /// The one gate through which failures reach the user.
     void report(const std::exception_ptr& failure, const std::optional<QUuid>& accountID = std::nullopt);
 
@@ -197,7 +212,8 @@ public:
     /// What the main window asks for when it appears: unlocks the keychain, which may ask the user and so is
     /// not waited for on this thread, then refreshes, and offers the texts that an earlier run left behind.
     Task<> begin();
-    /// Checks all accounts for news.
+    /// Checks all accounts for news, as the user asks for it: what the keyring refused before is asked for
+    /// again.
     Task<> refresh();
     Task<> nextPage();
     Task<> previousPage();
@@ -206,7 +222,7 @@ public:
     Task<> applySearch();
     /// Shows the messages from the row's sender.
     void search(const MessageSummary& sender);
-    Task<> loadLabels(QUuid accountID);
+    Task<> loadLabels(QUuid accountID) { return m_sidebar.loadLabels(accountID); }
     Task<> loadCounts(QUuid accountID);
     /// Starts the loop that checks for news every "refreshMinutes", in place of one that runs.
     void startRefreshLoop();
@@ -267,7 +283,10 @@ public:
     /// Keeps a text that is being written, sealed, in case the process ends before its window is closed. The
     /// newest kept state of each window counts.
     void keepForRecovery(const ComposeDraft& draft);
-    /// Opens a window again for each text that was kept when the program last ended.
+    /// Ends when all that can be kept is on the disk.
+    Task<> settleKeptTexts() { return m_texts->settle(); }
+    /// Opens a window again for each text that was kept when the program last ended. Those that can't be read
+    /// stay; a later call offers them.
     Task<> recoverDrafts();
     /// Whether the draft comes out of `recoverDrafts`: what it holds is stored nowhere else.
     bool isRecovered(const QUuid& draftID) const { return m_recoveredDrafts.contains(draftID); }
@@ -303,6 +322,7 @@ Q_SIGNALS:
     void errorMessageChanged();
     void needsReauthChanged();
     void labelsChanged();
+    void lockedTextsChanged();
     /// `pageIndex`, `hasNextPage` or `total`.
     void pagingChanged();
     void countsChanged();
@@ -312,19 +332,21 @@ Q_SIGNALS:
     void imapSetupAccountIDChanged();
 
 private:
-    using Change = std::function<void(MessageSummary&)>;
+    using Session = Accounts::Session;
+    using Edit = std::function<void(MessageSummary&)>;
     using Request = std::function<Task<>(MailProvider&, QList<QString>)>;
-    /// The rows of a page before a change, to go back to if the server refuses it.
-    struct PendingChange {
-        quint64 number;
-        QUuid accountID;
-        QSet<QString> ids;
-        Change change; ///< empty for a removal
+    struct Paging {
+        int index = 0;
+        bool hasNext = false;
+        std::optional<qint64> total;
+
+        bool operator==(const Paging&) const = default;
     };
-    struct KeptRows {
-        quint64 listing;
-        int page;
-        QList<MessageSummary> rows;
+    /// A removal that the service is being told of.
+    struct Removal {
+        quint64 listing;        ///< on screen when it was made
+        int page;               ///< likewise
+        QSet<QString> selected; ///< which of its rows were selected
     };
 
     template <typename Value>
@@ -336,38 +358,49 @@ private:
         Q_EMIT(this->*changed)();
     }
 
-    std::shared_ptr<MailProvider> makeProvider(const Account& account);
-    std::shared_ptr<MailCache> makeCache(const QUuid& accountID);
+    void connectParts();
+    Session session(const QUuid& accountID) { return m_accounts.session(accountID); }
+    /// Waits for a flow, and reports its failure.
+    Task<> reporting(Task<> flow, QUuid accountID);
+    /// As `report`, where the account is still as the session found it.
+    void reportTo(const Session& session, const std::exception_ptr& failure);
+
     std::optional<QString> query() const;
-    KeptRows keepRows() const;
-    void restoreRows(const KeptRows& kept);
-    void applyPage(int page, const MessagePage& answer);
+    Listing::Key listingKey(const SidebarItem& item) const;
+    /// Tells of what the listing has become.
+    void publish();
     void setLoading(bool isLoading);
-    void setNeedsReauth(const QUuid& accountID, bool isNeeded);
-    void setPaging(int pageIndex, bool hasNextPage, const std::optional<qint64>& total);
+    /// As `refresh`, but asks the keyring for nothing.
+    Task<> checkForNews();
     Task<> loadLabelsAndCounts(QUuid accountID);
+    Task<> unlockAndCheck();
     void updateBadge();
     static Task<> refreshLoop(QPointer<AppModel> model, std::stop_token stop);
 
     /// Changes the rows at once and tells the server in a task.
     /// (The rows may be those of a field that changes.)
-    void change(QList<MessageSummary> rows, const Change& change, const Request& request);
-    /// What became of a request; a task can't give a bare exception.
-    struct Answer {
-        std::exception_ptr failure; ///< null for success
-    };
-    /// Tells the service. The change is no longer pending afterwards.
-    Task<Answer> tell(QUuid accountID, QList<QString> ids, Request request, quint64 pending);
-    Task<> tellChange(QUuid accountID, QList<QString> ids, Request request, KeptRows kept, quint64 pending);
+    void change(QList<MessageSummary> rows, const Edit& edit, const Request& request);
+    Task<> tellChange(Session session, QList<QString> ids, Request request, quint64 change);
     /// Takes the rows off the list at once and tells the server in a task.
     void removeRows(QList<MessageSummary> rows, const Request& request);
-    Task<> tellRemoval(QUuid accountID, QList<QString> ids, Request request, KeptRows kept, quint64 pending);
-    quint64 beginChange(const QUuid& accountID, const QSet<QString>& ids, const Change& change);
-    void endChange(quint64 number);
-    /// The rows as they will be once the service knows of the changes that it is being told.
-    void applyPendingChanges(QList<MessageSummary>& rows) const;
-    Task<> createLabel(LabelEdit edit, LabelEdit::Create create, QString name);
-    Task<> renameLabel(LabelEdit edit, MailLabel label, QString name);
+    Task<> tellRemoval(Session session, QList<QString> ids, Request request, quint64 change);
+    /// Fills the page again from which rows have gone.
+    Task<> reloadPage();
+    /// The page that is on screen, or will be once the load under way has ended.
+    int wantedPage() const;
+    /// Selects the rows that have come back, as they were selected before.
+    void restoreSelection(const QSet<QString>& ids);
+    /// Selects those of the rows that are on screen.
+    void selectRows(const QSet<QString>& selection);
+    Task<> saveFetched(Session session, MessageSummary row, SavePanel choose);
+    Task<> changeLabel(Session session, LabelEdit edit, QString name);
+    Task<> createLabel(Session session, LabelEdit::Create create, QString name);
+    Task<> renameLabel(Session session, MailLabel label, QString name);
+    Task<> deleteLabel(Session session, MailLabel label);
+    /// Shows the label that the one on screen has become, or the Inbox where it is gone.
+    void followLabels(const QUuid& accountID, const QList<MailLabel>& before);
+    /// Puts another mailbox in the place of the selected one, which it was before.
+    void showInstead(const SidebarItem& item);
 
     Task<ParsedMessage> parsed(MessageSummary row);
     Task<std::optional<QString>> threadID(MessageSummary row);
@@ -382,49 +415,43 @@ private:
     /// Whether the mailbox is on screen.
     bool shows(const QUuid& accountID, Mailbox role) const;
 
-    QString cacheDirectory(const QUuid& accountID) const;
     /// The account that the set-up form changes, or a new one.
-    Account accountToChange(const QString& email) const;
-    void storeAccount(const Account& account);
+    Account accountToChange(const std::optional<QUuid>& repaired, const QString& email) const;
+    /// Nothing of the account's servers is shown any more.
+    void forgetServers(const QUuid& accountID);
     /// Shows another account, if there is one, in place of one that is gone.
     void leaveAccount(const QUuid& accountID);
-    void setSigningIn(bool isSigningIn);
+    void noteSignIn(int change);
 
     Services m_services;
-    QList<Account> m_accounts;
+    Accounts m_accounts;
+    LabelsAndCounts m_sidebar;
+    Listing m_listing;
+    std::shared_ptr<KeptTexts> m_texts;
+
     std::optional<SidebarItem> m_sidebarSelection;
-    QList<MessageSummary> m_messages;
+    QList<MessageSummary> m_messages; ///< the listing's rows, as the views were told of them last
+    Paging m_paging;                  ///< likewise
     bool m_isLoading = false;
     QString m_searchText;
     QList<SortComparator> m_sortOrder{SortComparator{}};
     QSet<QString> m_selection;
+    QSet<QString> m_restoredSelection;  ///< what of it came back with refused removals
+    QHash<quint64, Removal> m_removals; ///< by the number of the change
     QList<QString> m_path;
     QHash<QString, MessageSummary> m_opened; ///< rows kept for what `path` holds
     std::optional<QUuid> m_pendingCompose;
     QHash<QUuid, ComposeDraft> m_composeSeeds;
     QSet<QUuid> m_recoveredDrafts;
-    std::shared_ptr<ComposeRecovery> m_recovery;
     std::optional<LabelEdit> m_labelEdit;
     std::optional<LabelDeletion> m_labelDeletion;
-    bool m_isSigningIn = false;
+    int m_signIns = 0; ///< how many are under way
     std::optional<QUuid> m_imapSetupAccountID;
-    QSet<QUuid> m_leavingAccounts; ///< whose removal is under way
     std::optional<ParsedMessage> m_openParsed;
     std::optional<QString> m_errorMessage;
-    QSet<QUuid> m_needsReauth;
-    QHash<QUuid, std::shared_ptr<MailCache>> m_caches;
-    QHash<QUuid, std::shared_ptr<MailProvider>> m_providers;
-    quint64 m_loadGeneration = 0; ///< of several loads in flight the newest wins
-    quint64 m_listing = 0;        ///< tells one listing (mailbox and search) from the next
     std::stop_source m_refreshLoop;
-    QHash<QUuid, QList<MailLabel>> m_labels;
-    QHash<int, MessagePage> m_pageCache; ///< of the listing on screen
-    int m_pageIndex = 0;
-    bool m_hasNextPage = false;
-    std::optional<qint64> m_total;
-    QHash<QUuid, QHash<QString, qint64>> m_counts;
-    QList<PendingChange> m_pendingChanges; ///< what the services are being told
-    quint64 m_lastChange = 0;
+    std::shared_ptr<Coalescer> m_pageReloads;
+    std::shared_ptr<Coalescer> m_refreshes; ///< after refused removals
 };
 
 } // namespace Larkhaven

@@ -1,14 +1,8 @@
 #include "domain/Coding.h"
 #include "domain/MailError.h"
-#include "domain/Text.h"
-#include "model/AccountStore.h"
 #include "model/AppModel.h"
-#include "platform/RandomBytes.h"
 #include "platform/Tasks.h"
 #include "providers/IMAPProvider.h"
-#include "store/AESGCMCipher.h"
-
-#include <QDir>
 
 #include <algorithm>
 
@@ -18,94 +12,12 @@ using namespace Qt::StringLiterals;
 
 namespace Larkhaven {
 
-// --- What an account needs
-
-std::shared_ptr<MailProvider> AppModel::provider(const QUuid& accountID)
-{
-    if (std::shared_ptr<MailProvider> known = m_providers.value(accountID))
-        return known;
-    const auto account = std::ranges::find(m_accounts, accountID, &Account::id);
-    std::shared_ptr<MailProvider> made = account == m_accounts.end() ? nullptr : makeProvider(*account);
-    if (made)
-        m_providers.insert(accountID, made);
-    return made;
-}
-
-std::shared_ptr<MailProvider> AppModel::makeProvider(const Account& account)
-{
-    // The services that sign in with OAuth need a client identifier, which this build has not.
-    if (account.provider != ProviderKind::imap)
-        return nullptr;
-    std::optional<Credential> credential;
-    try {
-        credential = m_services.secrets->load(account.id);
-    } catch (const LocalizedError&) {
-        // Told through `needsReauth`, like a credential that isn't there.
-    }
-    if (!credential || !credential->password()) {
-        setNeedsReauth(account.id, true);
-        return nullptr;
-    }
-    try {
-        return IMAPProvider::create(account, MailAuth::password(*credential->password()), cache(account.id),
-                                    m_services.transports);
-    } catch (const MailError&) {
-        return nullptr;
-    }
-}
-
-std::shared_ptr<MailCache> AppModel::cache(const QUuid& accountID)
-{
-    if (std::shared_ptr<MailCache> known = m_caches.value(accountID))
-        return known;
-    const bool isAccount = std::ranges::find(m_accounts, accountID, &Account::id) != m_accounts.end();
-    std::shared_ptr<MailCache> made = isAccount ? makeCache(accountID) : nullptr;
-    if (made)
-        m_caches.insert(accountID, made);
-    return made;
-}
-
-QString AppModel::cacheDirectory(const QUuid& accountID) const
-{
-    return m_services.cachesDirectory.isEmpty()
-               ? QString()
-               : u"%1/Larkhaven/%2"_s.arg(m_services.cachesDirectory, Coding::fromUuid(accountID));
-}
-
-std::shared_ptr<MailCache> AppModel::makeCache(const QUuid& accountID)
-{
-    const QString directory = cacheDirectory(accountID);
-    if (directory.isEmpty())
-        return nullptr;
-    std::optional<QByteArray> key;
-    try {
-        key = m_services.cacheKeys->loadData(accountID);
-    } catch (const KeychainError&) {
-        // A key that can't be read is a key that is lost.
-    }
-    if (!key) {
-        key = randomBytes(AESGCMCipher::keySize);
-        if (!key)
-            return nullptr;
-        try {
-            m_services.cacheKeys->saveData(*key, accountID);
-        } catch (const KeychainError&) {
-            return nullptr;
-        }
-        // Whatever was sealed with the lost key can't be read any more.
-        QDir(directory).removeRecursively();
-    }
-    if (key->size() != AESGCMCipher::keySize)
-        return nullptr;
-    return std::make_shared<MailCache>(directory, std::make_shared<AESGCMCipher>(*key), cacheLimit);
-}
-
 // --- Set-up
 
 namespace {
 
 /// The connection test, in whose failure a refused login has words for the form.
-Task<> prove(ServerSettings settings, QString password, TransportFactory transports)
+Task<> prove(ServerSettings settings, QString password, TransportFactory transports, std::stop_token)
 {
     try {
         const MailAuth auth = MailAuth::password(password);
@@ -124,6 +36,13 @@ bool isSameAddress(const QString& left, const QString& right)
     return left.toLower() == right.toLower();
 }
 
+/// Whether both lead to the same messages.
+bool isSameMailbox(const ServerSettings& left, const ServerSettings& right)
+{
+    return left.username == right.username && isSameAddress(left.imapHost, right.imapHost) &&
+           left.imapPort == right.imapPort;
+}
+
 } // namespace
 
 Task<> AppModel::saveIMAPAccount(QString name, QString email, ServerSettings settings, QString password,
@@ -131,47 +50,43 @@ Task<> AppModel::saveIMAPAccount(QString name, QString email, ServerSettings set
 {
     const QPointer<AppModel> self(this);
     // What is being repaired may change while the servers are asked.
-    Account account = accountToChange(email);
-    const bool isKnown = m_accounts.contains(account);
-    setSigningIn(true);
-    std::exception_ptr failure;
-    try {
-        co_await prove(settings, password, m_services.transports);
-    } catch (...) {
-        failure = std::current_exception();
-    }
+    const std::optional<QUuid> repaired = m_imapSetupAccountID;
+    noteSignIn(+1);
+    const Outcome<void> proof = co_await settled(prove(settings, password, m_services.transports, stop));
     if (!self)
         co_return;
-    setSigningIn(false);
-    if (failure)
-        std::rethrow_exception(failure);
-    const bool isGone =
-        isKnown && std::ranges::find(m_accounts, account.id, &Account::id) == m_accounts.end();
+    noteSignIn(-1);
+    if (proof.failure)
+        std::rethrow_exception(proof.failure);
+    const bool isGone = repaired && (!m_accounts.find(*repaired) || m_accounts.isLeaving(*repaired));
     if (stop.stop_requested() || isGone)
         throw MailError::cancelled();
 
+    Account account = accountToChange(repaired, email);
+    // What was listed and read came from other servers, where the same number means another message.
+    const bool hasMoved =
+        account.server && (!isSameMailbox(*account.server, settings) || account.email != email);
     account.email = email;
     account.displayName = name.isEmpty() ? std::nullopt : std::optional(name);
     account.server = settings;
-    m_services.secrets->save(Credential::password(password), account.id);
-    storeAccount(account);
-    m_providers.remove(account.id);
-    setNeedsReauth(account.id, false);
-    setImapSetupAccountID(std::nullopt);
-    const SidebarItem inbox{account.id, MailboxRef::system(Mailbox::inbox)};
+    co_await m_accounts.store(account, Credential::password(password), hasMoved);
+    if (!self)
+        co_return;
+    if (hasMoved)
+        forgetServers(account.id);
+    if (m_imapSetupAccountID == repaired)
+        setImapSetupAccountID(std::nullopt);
     if (m_sidebarSelection && m_sidebarSelection->accountID == account.id)
-        start(refresh());
+        start(checkForNews());
     else
-        select(inbox);
+        select(SidebarItem{account.id, MailboxRef::system(Mailbox::inbox)});
 }
 
-Account AppModel::accountToChange(const QString& email) const
+Account AppModel::accountToChange(const std::optional<QUuid>& repaired, const QString& email) const
 {
-    for (const Account& account : m_accounts) {
-        if (m_imapSetupAccountID == account.id)
-            return account;
-    }
-    for (const Account& account : m_accounts) {
+    if (const std::optional<Account> known = repaired ? m_accounts.find(*repaired) : std::nullopt)
+        return *known;
+    for (const Account& account : accounts()) {
         if (account.provider == ProviderKind::imap && isSameAddress(account.email, email))
             return account;
     }
@@ -181,16 +96,18 @@ Account AppModel::accountToChange(const QString& email) const
     return account;
 }
 
-void AppModel::storeAccount(const Account& account)
+void AppModel::forgetServers(const QUuid& accountID)
 {
-    QList<Account> accounts = m_accounts;
-    const auto known = std::ranges::find(accounts, account.id, &Account::id);
-    if (known == accounts.end())
-        accounts.append(account);
-    else
-        *known = account;
-    assign(m_accounts, accounts, &AppModel::accountsChanged);
-    AccountStore::save(m_accounts, defaults());
+    m_sidebar.forget(accountID);
+    if (m_sidebarSelection && m_sidebarSelection->accountID == accountID) {
+        setPath({});
+        // Its folders may be others as well.
+        const SidebarItem inbox{accountID, MailboxRef::system(Mailbox::inbox)};
+        assign(m_sidebarSelection, std::optional(inbox), &AppModel::sidebarSelectionChanged);
+    }
+    m_listing.forgetAccount(accountID);
+    publish();
+    updateBadge();
 }
 
 void AppModel::signInAgain(const Account& account, const std::function<void()>& openSetup)
@@ -205,41 +122,26 @@ void AppModel::signInAgain(const Account& account, const std::function<void()>& 
 Task<> AppModel::removeAccount(QUuid accountID)
 {
     const QPointer<AppModel> self(this);
-    m_leavingAccounts.insert(accountID);
-    try {
-        m_services.secrets->remove(accountID);
-    } catch (const LocalizedError&) {
-        // The account goes all the same.
-    }
-    m_recovery->forgetAccount(accountID);
-    if (const std::shared_ptr<MailCache> sealed = m_caches.value(accountID)) {
-        co_await sealed->removeAll();
-    } else if (const QString directory = cacheDirectory(accountID); !directory.isEmpty()) {
-        const auto remove = [directory] { QDir(directory).removeRecursively(); };
-        co_await runOnWorker(remove);
-    }
+    if (!m_accounts.beginRemoval(accountID))
+        co_return;
+    const auto heir = std::ranges::find_if(
+        accounts(), [&accountID](const Account& account) { return account.id != accountID; });
+    const std::optional<QUuid> heirID = heir == accounts().end() ? std::nullopt : std::optional(heir->id);
+    // A text whose window is open can still leave by another account.
+    const QSet<QUuid> open(m_composeSeeds.keyBegin(), m_composeSeeds.keyEnd());
+    co_await m_texts->removeAccount(accountID, heirID, open);
     if (!self)
         co_return;
-    m_caches.remove(accountID);
-    m_leavingAccounts.remove(accountID);
-    try {
-        m_services.cacheKeys->remove(accountID);
-    } catch (const LocalizedError&) {
-        // A key without files opens nothing.
-    }
-    m_providers.remove(accountID);
-    m_labels.remove(accountID);
-    if (m_counts.remove(accountID))
-        Q_EMIT countsChanged();
-    setNeedsReauth(accountID, false);
-    QList<Account> accounts = m_accounts;
-    accounts.removeIf([&accountID](const Account& account) { return account.id == accountID; });
-    assign(m_accounts, accounts, &AppModel::accountsChanged);
-    AccountStore::save(m_accounts, defaults());
+    co_await m_accounts.endRemoval(accountID);
+    if (!self)
+        co_return;
     if (defaults().text(DefaultsKey::defaultAccountID) == Coding::fromUuid(accountID))
         defaults().set(DefaultsKey::defaultAccountID, QString());
+    m_sidebar.forget(accountID);
+    m_listing.forgetAccount(accountID);
     updateBadge();
     leaveAccount(accountID);
+    publish();
 }
 
 void AppModel::leaveAccount(const QUuid& accountID)
@@ -248,45 +150,26 @@ void AppModel::leaveAccount(const QUuid& accountID)
         return;
     assign(m_sidebarSelection, std::optional<SidebarItem>(), &AppModel::sidebarSelectionChanged);
     setPath({});
-    setSelection({});
-    resetPaging();
     // A page that is still on its way must not fill an empty list.
-    ++m_loadGeneration;
+    m_listing.dropLoads();
+    m_listing.clearRows();
+    resetPaging();
     setLoading(false);
-    assign(m_messages, {}, &AppModel::messagesChanged);
-    if (!m_accounts.isEmpty())
-        select(SidebarItem{m_accounts.first().id, MailboxRef::system(Mailbox::inbox)});
+    if (!accounts().isEmpty())
+        select(SidebarItem{accounts().first().id, MailboxRef::system(Mailbox::inbox)});
 }
 
 Task<qint64> AppModel::cacheSize()
 {
-    const QPointer<AppModel> self(this);
-    const QList<Account> accounts = m_accounts;
-    qint64 sum = 0;
-    for (const Account& account : accounts) {
-        const std::shared_ptr<MailCache> sealed = self ? self->cache(account.id) : nullptr;
-        if (sealed) {
-            const qint64 used = co_await sealed->usedBytes();
-            sum += used;
-        }
-    }
-    co_return sum;
+    return m_accounts.cacheSize();
 }
 
 Task<> AppModel::clearCaches()
 {
     const QPointer<AppModel> self(this);
-    const QList<Account> accounts = m_accounts;
-    for (const Account& account : accounts) {
-        const std::shared_ptr<MailCache> sealed = self ? self->cache(account.id) : nullptr;
-        if (sealed)
-            co_await sealed->removeAll();
-    }
-    if (!self)
-        co_return;
-    m_recovery->rewrite();
-    m_providers.clear();
-    co_await refresh();
+    co_await m_accounts.clearCaches();
+    if (self)
+        co_await refresh();
 }
 
 } // namespace Larkhaven

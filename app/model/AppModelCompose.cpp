@@ -190,12 +190,11 @@ void expectNothingDropped(const ComposeDraft& draft)
 std::optional<Account> AppModel::composeAccount() const
 {
     const QUuid chosen(defaults().text(DefaultsKey::defaultAccountID));
-    const auto found = std::ranges::find(m_accounts, chosen, &Account::id);
-    if (!chosen.isNull() && found != m_accounts.end())
-        return *found;
+    if (const std::optional<Account> found = m_accounts.find(chosen))
+        return found;
     std::optional<Account> selected = selectedAccount();
-    if (!selected && !m_accounts.isEmpty())
-        selected = m_accounts.first();
+    if (!selected && !accounts().isEmpty())
+        selected = accounts().first();
     return selected;
 }
 
@@ -232,7 +231,7 @@ void AppModel::closeCompose(const QUuid& id)
 {
     m_composeSeeds.remove(id);
     m_recoveredDrafts.remove(id);
-    m_recovery->forget(id);
+    m_texts->forget(id);
 }
 
 void AppModel::newMessage(const QString& to)
@@ -250,8 +249,10 @@ void AppModel::newMessage(const QString& to)
 
 Task<ParsedMessage> AppModel::parsed(MessageSummary row)
 {
-    if (m_openParsed && !m_path.isEmpty() && m_path.last() == row.id)
-        co_return *m_openParsed;
+    const std::optional<MessageSummary> open = m_path.isEmpty() ? std::nullopt : message(m_path.last());
+    // A copy: the open message is answered more than once.
+    if (m_openParsed && open && open->id == row.id && open->accountID == row.accountID)
+        co_return ParsedMessage(*m_openParsed);
     const std::shared_ptr<MailProvider> source = provider(row.accountID);
     if (!source)
         throw MailError::notSignedIn();
@@ -302,8 +303,8 @@ Task<> AppModel::prepare(MessageSummary row, bool isOfThread, Writing writing)
 
 Task<> AppModel::reply(const MessageSummary& row, bool all)
 {
-    const auto account = std::ranges::find(m_accounts, row.accountID, &Account::id);
-    const QString ownAddress = account == m_accounts.end() ? QString() : account->email;
+    const std::optional<Account> account = m_accounts.find(row.accountID);
+    const QString ownAddress = account ? account->email : QString();
     const Writing writing = [row, all, ownAddress, signature = signatureBlock()](
                                 ComposeDraft& draft, const ParsedMessage& message) {
         draft.to = fieldText(replyRecipients(message.headers));
@@ -354,8 +355,8 @@ Task<> AppModel::editDraft(const MessageSummary& row)
 
 OutgoingMessage AppModel::outgoing(const ComposeDraft& draft, bool forSending)
 {
-    const auto account = std::ranges::find(m_accounts, draft.accountID, &Account::id);
-    if (account == m_accounts.end() || !provider(draft.accountID))
+    const std::optional<Account> account = m_accounts.find(draft.accountID);
+    if (!account || !provider(draft.accountID))
         throw MailError::notSignedIn();
     OutgoingMessage message;
     message.to = AddressParser::parseList(draft.to);
@@ -429,15 +430,20 @@ bool AppModel::shows(const QUuid& accountID, Mailbox role) const
 
 void AppModel::keepForRecovery(const ComposeDraft& draft)
 {
-    m_recovery->keep(draft);
+    // Of an account that is gone nothing is kept.
+    if (m_accounts.find(draft.accountID))
+        m_texts->keep(draft);
 }
 
 Task<> AppModel::recoverDrafts()
 {
     const QPointer<AppModel> self(this);
-    const QList<Account> accounts = m_accounts;
-    for (const Account& account : accounts) {
-        const QList<ComposeDraft> drafts = co_await m_recovery->recovered(account.id);
+    const QList<QUuid> accounts = m_accounts.ids();
+    co_await m_texts->unlock(accounts);
+    for (const QUuid& accountID : accounts) {
+        if (!self)
+            co_return;
+        const QList<ComposeDraft> drafts = co_await m_texts->recover(accountID);
         if (!self)
             co_return;
         for (const ComposeDraft& draft : drafts) {

@@ -42,151 +42,120 @@ void writeFile(const QString& path, const QByteArray& bytes)
         throw SaveError(file.errorString());
 }
 
+Task<> nothing()
+{
+    co_return;
+}
+
+/// What a label is called once the other one has been renamed; nothing where that isn't the label itself or
+/// one above it.
+std::optional<MailLabel> afterRenaming(const MailLabel& label, const MailLabel& old, const MailLabel& renamed)
+{
+    if (label.id == old.id)
+        return renamed;
+    if (!label.path.startsWith(old.path + u'/'))
+        return std::nullopt;
+    // Where names are identifiers, the nested one's begins with that of the outer one.
+    const QString id = label.id.startsWith(old.id) ? renamed.id + label.id.sliced(old.id.size()) : label.id;
+    return MailLabel{id, renamed.path + label.path.sliced(old.path.size())};
+}
+
 } // namespace
 
 // --- Optimistic changes
 
-AppModel::KeptRows AppModel::keepRows() const
+void AppModel::change(QList<MessageSummary> rows, const Edit& edit, const Request& request)
 {
-    return {m_listing, m_pageIndex, m_messages};
-}
-
-void AppModel::restoreRows(const KeptRows& kept)
-{
-    // The rows of one mailbox never appear in another.
-    if (kept.listing != m_listing)
+    const Session source = rows.isEmpty() ? Session() : session(rows.first().accountID);
+    if (!source)
         return;
-    if (const auto page = m_pageCache.find(kept.page); page != m_pageCache.end())
-        page->messages = kept.rows;
-    if (kept.page == m_pageIndex)
-        assign(m_messages, kept.rows, &AppModel::messagesChanged);
-}
-
-quint64 AppModel::beginChange(const QUuid& accountID, const QSet<QString>& ids, const Change& change)
-{
-    m_pendingChanges.append({++m_lastChange, accountID, ids, change});
-    return m_lastChange;
-}
-
-void AppModel::endChange(quint64 number)
-{
-    m_pendingChanges.removeIf([number](const PendingChange& pending) { return pending.number == number; });
-}
-
-void AppModel::applyPendingChanges(QList<MessageSummary>& rows) const
-{
-    for (const PendingChange& pending : m_pendingChanges) {
-        const auto isMeant = [&pending](const MessageSummary& row) {
-            return pending.accountID == row.accountID && pending.ids.contains(row.id);
-        };
-        if (!pending.change) {
-            rows.removeIf(isMeant);
-            continue;
-        }
-        for (MessageSummary& row : rows) {
-            if (isMeant(row))
-                pending.change(row);
-        }
-    }
-}
-
-void AppModel::change(QList<MessageSummary> rows, const Change& change, const Request& request)
-{
-    if (rows.isEmpty() || !provider(rows.first().accountID))
-        return;
-    const KeptRows kept = keepRows();
     const QSet<QString> ids = idsOf(rows);
-    QList<MessageSummary> changed = m_messages;
-    for (MessageSummary& row : changed) {
-        if (ids.contains(row.id))
-            change(row);
-    }
+    const quint64 number = m_listing.lay({source.accountID, ids, edit, std::nullopt});
+    // The reader keeps what the user did, also where the service refuses it.
     for (const QString& id : ids) {
         const auto opened = m_opened.find(id);
-        if (opened != m_opened.end() && opened->accountID == rows.first().accountID)
-            change(*opened);
+        if (opened != m_opened.end() && opened->accountID == source.accountID)
+            edit(*opened);
     }
-    if (const auto page = m_pageCache.find(m_pageIndex); page != m_pageCache.end())
-        page->messages = changed;
-    assign(m_messages, changed, &AppModel::messagesChanged);
-    start(tellChange(rows.first().accountID, ids.values(), request, kept,
-                     beginChange(rows.first().accountID, ids, change)));
+    publish();
+    start(tellChange(source, ids.values(), request, number));
 }
 
-Task<AppModel::Answer> AppModel::tell(QUuid accountID, QList<QString> ids, Request request, quint64 pending)
+Task<> AppModel::tellChange(Session session, QList<QString> ids, Request request, quint64 change)
 {
     const QPointer<AppModel> self(this);
-    const std::shared_ptr<MailProvider> source = provider(accountID);
-    std::exception_ptr failure;
-    try {
-        co_await request(*source, ids);
-    } catch (...) {
-        failure = std::current_exception();
-    }
-    if (self)
-        endChange(pending);
-    co_return Answer{failure};
-}
-
-Task<> AppModel::tellChange(QUuid accountID, QList<QString> ids, Request request, KeptRows kept,
-                            quint64 pending)
-{
-    const QPointer<AppModel> self(this);
-    const Answer answer = co_await tell(accountID, ids, request, pending);
+    const Outcome<void> answer = co_await settled(request(*session.provider, ids));
     if (!self)
         co_return;
-    if (!answer.failure) {
-        co_await loadCounts(accountID);
+    if (answer.failure) {
+        m_listing.refuse(change);
+        publish();
+        reportTo(session, answer.failure);
         co_return;
     }
-    restoreRows(kept);
-    report(answer.failure, accountID);
+    m_listing.accept(change);
+    co_await loadCounts(session.accountID);
 }
 
 void AppModel::removeRows(QList<MessageSummary> rows, const Request& request)
 {
-    if (rows.isEmpty() || !provider(rows.first().accountID))
+    const Session source = rows.isEmpty() ? Session() : session(rows.first().accountID);
+    if (!source)
         return;
-    const KeptRows kept = keepRows();
     const QSet<QString> ids = idsOf(rows);
-    QList<MessageSummary> left = m_messages;
-    left.removeIf([&ids](const MessageSummary& row) { return ids.contains(row.id); });
-    // With rows gone, every other page has shifted.
-    MessagePage page = m_pageCache.value(m_pageIndex);
-    page.messages = left;
-    m_pageCache = {{m_pageIndex, page}};
-    const std::optional<qint64> total =
-        m_total ? std::optional(std::max(*m_total - rows.size(), qint64{0})) : std::nullopt;
-    setPaging(m_pageIndex, m_hasNextPage, total);
-    assign(m_messages, left, &AppModel::messagesChanged);
-    setSelection(QSet<QString>(m_selection).subtract(ids));
+    // With labels a message can be in several mailboxes under one id, and leaves this one.
+    std::optional<MailboxRef> from;
+    if (source->supportsLabels() && m_sidebarSelection)
+        from = m_sidebarSelection->ref;
+    const Removal removal{m_listing.number(), m_listing.pageIndex(),
+                          QSet<QString>(m_selection).intersect(ids)};
+    const quint64 number = m_listing.lay({source.accountID, ids, {}, from});
+    m_removals.insert(number, removal);
+    publish();
     if (!m_path.isEmpty() && ids.contains(m_path.last()))
         setPath({});
-    start(tellRemoval(rows.first().accountID, ids.values(), request, kept,
-                      beginChange(rows.first().accountID, ids, {})));
+    start(tellRemoval(source, ids.values(), request, number));
 }
 
-Task<> AppModel::tellRemoval(QUuid accountID, QList<QString> ids, Request request, KeptRows kept,
-                             quint64 pending)
+Task<> AppModel::tellRemoval(Session session, QList<QString> ids, Request request, quint64 change)
 {
     const QPointer<AppModel> self(this);
-    const Answer answer = co_await tell(accountID, ids, request, pending);
+    const Outcome<void> answer = co_await settled(request(*session.provider, ids));
     if (!self)
         co_return;
+    const Removal removal = m_removals.take(change);
     if (answer.failure) {
-        restoreRows(kept);
-        report(answer.failure, accountID);
+        m_listing.refuse(change);
+        publish();
+        restoreSelection(removal.selected);
+        reportTo(session, answer.failure);
         // The service may have acted on some of them.
-        co_await refresh();
+        co_await m_refreshes->request();
         co_return;
     }
-    co_await loadCounts(accountID);
-    if (!self || m_listing != kept.listing || m_pageIndex != kept.page)
-        co_return;
-    co_await load(m_pageIndex, true);
+    m_listing.accept(change);
+    const bool isOnScreen = m_listing.number() == removal.listing && m_listing.pageIndex() == removal.page;
+    if (isOnScreen)
+        start(m_pageReloads->request());
+    co_await loadCounts(session.accountID);
+}
+
+Task<> AppModel::reloadPage()
+{
+    const QPointer<AppModel> self(this);
+    co_await load(wantedPage(), true);
     // Nobody is left on a page that has ceased to exist.
-    if (self && m_messages.isEmpty() && m_pageIndex >= 1)
-        co_await load(m_pageIndex - 1, true);
+    if (self && m_messages.isEmpty() && m_listing.showsOwnRows() && m_paging.index >= 1)
+        co_await load(m_paging.index - 1, true);
+}
+
+void AppModel::restoreSelection(const QSet<QString>& ids)
+{
+    // What the user has selected since is what the next command acts on, and nothing else.
+    if (!m_restoredSelection.contains(m_selection))
+        return;
+    m_restoredSelection = QSet<QString>(m_selection).unite(ids);
+    selectRows(m_restoredSelection);
 }
 
 // --- Actions
@@ -212,9 +181,6 @@ auto requestRead(bool value)
 void AppModel::open(const MessageSummary& row)
 {
     m_opened.insert(row.id, row);
-    // What is on screen already stays, and so does its text.
-    if (m_path != QList{row.id})
-        setOpenParsed(std::nullopt);
     setPath({row.id});
     setSelection({row.id});
     if (!row.isRead)
@@ -280,27 +246,23 @@ void AppModel::setLabel(const Rows& rows, const MailLabel& label, bool applied)
 
 Task<> AppModel::saveMessage(MessageSummary row, SavePanel choose)
 {
+    const Session source = session(row.accountID);
+    return source ? reporting(saveFetched(source, row, std::move(choose)), row.accountID) : nothing();
+}
+
+Task<> AppModel::saveFetched(Session session, MessageSummary row, SavePanel choose)
+{
     const QPointer<AppModel> self(this);
-    const std::shared_ptr<MailProvider> source = provider(row.accountID);
-    if (!source)
-        co_return;
     constexpr qsizetype longestName = 80;
-    std::exception_ptr failure;
-    try {
-        const QByteArray raw = co_await source->fetchRaw(row.id);
-        if (!self)
-            co_return;
-        const QString name = MIMEParser::safeFilename(row.subject.isEmpty() ? tr("Message") : row.subject);
-        const QString path = choose(Text::prefix(name, longestName) + u".eml"_s);
-        if (path.isEmpty())
-            co_return;
-        const auto work = [path, raw] { writeFile(path, raw); };
-        co_await runOnWorker(work);
-    } catch (...) {
-        failure = std::current_exception();
-    }
-    if (self && failure)
-        report(failure, row.accountID);
+    const QByteArray raw = co_await session->fetchRaw(row.id);
+    if (!self)
+        co_return;
+    const QString name = MIMEParser::safeFilename(row.subject.isEmpty() ? tr("Message") : row.subject);
+    const QString path = choose(Text::prefix(name, longestName) + u".eml"_s);
+    if (path.isEmpty())
+        co_return;
+    const auto work = [path, raw] { writeFile(path, raw); };
+    co_await runOnWorker(work);
 }
 
 // --- Labels
@@ -334,77 +296,77 @@ void AppModel::beginDeleteLabel(const MailLabel& label, const QUuid& accountID)
 
 Task<> AppModel::applyLabelEdit(LabelEdit edit, QString name)
 {
-    const QPointer<AppModel> self(this);
     clearLabelEdit();
+    const Session source = session(edit.accountID);
     const QString trimmed = Text::trimmedSpaceAndLineEnds(name).toString();
-    if (!provider(edit.accountID))
-        co_return;
-    std::exception_ptr failure;
-    try {
-        if (const auto* const rename = std::get_if<LabelEdit::Rename>(&edit.kind))
-            co_await renameLabel(edit, rename->label, trimmed);
-        else
-            co_await createLabel(edit, std::get<LabelEdit::Create>(edit.kind), trimmed);
-    } catch (...) {
-        failure = std::current_exception();
-    }
-    if (self && failure)
-        report(failure, edit.accountID);
+    return source ? reporting(changeLabel(source, edit, trimmed), edit.accountID) : nothing();
 }
 
-Task<> AppModel::renameLabel(LabelEdit edit, MailLabel label, QString name)
+Task<> AppModel::changeLabel(Session session, LabelEdit edit, QString name)
+{
+    if (const auto* const rename = std::get_if<LabelEdit::Rename>(&edit.kind))
+        return renameLabel(std::move(session), rename->label, std::move(name));
+    return createLabel(std::move(session), std::get<LabelEdit::Create>(edit.kind), std::move(name));
+}
+
+Task<> AppModel::renameLabel(Session session, MailLabel label, QString name)
 {
     const QPointer<AppModel> self(this);
     const qsizetype slash = label.path.lastIndexOf(u'/');
     const QString path = label.path.first(slash + 1) + name;
-    const std::shared_ptr<MailProvider> source = provider(edit.accountID);
-    const MailLabel renamed = co_await source->renameLabel(label, path);
-    if (!self)
+    const MailLabel renamed = co_await session->renameLabel(label, path);
+    if (!self || !m_accounts.isCurrent(session))
         co_return;
-    co_await loadLabels(edit.accountID);
-    if (!self || m_sidebarSelection != SidebarItem{edit.accountID, MailboxRef::label(label)})
-        co_return;
-    const SidebarItem item{edit.accountID, MailboxRef::label(renamed)};
-    assign(m_sidebarSelection, std::optional(item), &AppModel::sidebarSelectionChanged);
-    resetPaging();
-    co_await load(0, true);
+    const bool isShown = m_sidebarSelection && m_sidebarSelection->accountID == session.accountID;
+    const MailLabel* const shown = isShown ? m_sidebarSelection->ref.label() : nullptr;
+    const std::optional<MailLabel> moved = shown ? afterRenaming(*shown, label, renamed) : std::nullopt;
+    if (moved)
+        showInstead({session.accountID, MailboxRef::label(*moved)});
+    co_await loadLabels(session.accountID);
 }
 
-Task<> AppModel::createLabel(LabelEdit edit, LabelEdit::Create create, QString name)
+Task<> AppModel::createLabel(Session session, LabelEdit::Create create, QString name)
 {
     const QPointer<AppModel> self(this);
     const QString path = create.parent ? create.parent->path + u'/' + name : name;
-    const std::shared_ptr<MailProvider> source = provider(edit.accountID);
-    const MailLabel created = co_await source->createLabel(path);
-    if (!self)
+    const MailLabel created = co_await session->createLabel(path);
+    if (!self || !m_accounts.isCurrent(session))
         co_return;
-    co_await loadLabels(edit.accountID);
+    co_await loadLabels(session.accountID);
     if (self && !create.applyTo.isEmpty())
         setLabel(create.applyTo, created, true);
 }
 
 Task<> AppModel::confirmLabelDeletion(LabelDeletion deletion)
 {
-    const QPointer<AppModel> self(this);
     clearLabelDeletion();
-    const std::shared_ptr<MailProvider> source = provider(deletion.accountID);
-    if (!source)
+    const Session source = session(deletion.accountID);
+    return source ? reporting(deleteLabel(source, deletion.label), deletion.accountID) : nothing();
+}
+
+Task<> AppModel::deleteLabel(Session session, MailLabel label)
+{
+    const QPointer<AppModel> self(this);
+    co_await session->deleteLabel(label);
+    if (!self || !m_accounts.isCurrent(session))
         co_return;
-    std::exception_ptr failure;
-    try {
-        co_await source->deleteLabel(deletion.label);
-    } catch (...) {
-        failure = std::current_exception();
-    }
-    if (!self)
-        co_return;
-    if (failure) {
-        report(failure, deletion.accountID);
-        co_return;
-    }
-    if (m_sidebarSelection == SidebarItem{deletion.accountID, MailboxRef::label(deletion.label)})
-        select(SidebarItem{deletion.accountID, MailboxRef::system(Mailbox::inbox)});
-    co_await loadLabels(deletion.accountID);
+    if (m_sidebarSelection == SidebarItem{session.accountID, MailboxRef::label(label)})
+        select(SidebarItem{session.accountID, MailboxRef::system(Mailbox::inbox)});
+    co_await loadLabels(session.accountID);
+}
+
+void AppModel::followLabels(const QUuid& accountID, const QList<MailLabel>& before)
+{
+    const bool isShown = m_sidebarSelection && m_sidebarSelection->accountID == accountID;
+    const MailLabel* const shown = isShown ? m_sidebarSelection->ref.label() : nullptr;
+    if (!shown || !before.contains(*shown))
+        return;
+    const QList<MailLabel> now = labels(accountID);
+    const auto same = std::ranges::find(now, shown->id, &MailLabel::id);
+    if (same == now.end())
+        select(SidebarItem{accountID, MailboxRef::system(Mailbox::inbox)});
+    else if (*same != *shown)
+        showInstead({accountID, MailboxRef::label(*same)});
 }
 
 } // namespace Larkhaven

@@ -255,8 +255,10 @@ TEST_F(TwoAccounts, BringNoAccountBackThatIsRemovedWhileItIsRepaired)
     model.signInAgain(fixture.account(0), [] {});
     connectTo({signedIn(), verifiedSubmission()});
     Begun<void> saving(save(u"new@mail.example"_s));
-    model.start(model.removeAccount(first));
+    Begun<void> removal(model.removeAccount(first));
     EXPECT_THROW(saving.get(), MailError);
+    removal.get();
+    EXPECT_FALSE(fixture.secrets().load(first));
     EXPECT_EQ(model.accounts().size(), 1);
 }
 

@@ -90,7 +90,10 @@ ModelFixture::ModelFixture(const QList<Account>& accounts)
     m_services.secrets = m_secrets;
     m_services.cacheKeys = std::make_shared<KeychainStore>(
         u"test.cache-keys"_s, QList<std::shared_ptr<KeychainBackend>>{m_keychain});
+    m_services.textKeys = std::make_shared<KeychainStore>(
+        u"test.text-keys"_s, QList<std::shared_ptr<KeychainBackend>>{m_textKeychain});
     m_services.cachesDirectory = m_folder.filePath(u"caches"_s);
+    m_services.keptTextsDirectory = m_folder.filePath(u"texts"_s);
     m_services.transports = [connections = m_connections, given = m_transports](const QString& host, int port,
                                                                                 bool implicitTLS) {
         return *given ? (*given)(host, port, implicitTLS) : refuseConnection(connections, host, port);
@@ -162,6 +165,8 @@ QString keyOf(const QString& service, const QString& account)
 
 KeychainBackend::ReadResult InMemoryKeychain::read(const QString& service, const QString& account)
 {
+    const std::scoped_lock lock(m_lock);
+    ++reads;
     if (readFailure != KeychainStatus::success)
         return {readFailure, std::nullopt};
     const auto item = m_items.constFind(keyOf(service, account));
@@ -173,6 +178,7 @@ KeychainBackend::ReadResult InMemoryKeychain::read(const QString& service, const
 KeychainStatus InMemoryKeychain::update(const QString& service, const QString& account,
                                         const QByteArray& data)
 {
+    const std::scoped_lock lock(m_lock);
     if (writeFailure != KeychainStatus::success)
         return writeFailure;
     const auto item = m_items.find(keyOf(service, account));
@@ -185,12 +191,14 @@ KeychainStatus InMemoryKeychain::update(const QString& service, const QString& a
 KeychainStatus InMemoryKeychain::add(const QString& service, const QString& account, const QByteArray& data,
                                      const QString&)
 {
+    const std::scoped_lock lock(m_lock);
     m_items.insert(keyOf(service, account), data);
     return KeychainStatus::success;
 }
 
 KeychainStatus InMemoryKeychain::remove(const QString& service, const QString& account)
 {
+    const std::scoped_lock lock(m_lock);
     return m_items.remove(keyOf(service, account)) ? KeychainStatus::success : KeychainStatus::itemNotFound;
 }
 

@@ -5,8 +5,10 @@
 
 #include <QTemporaryDir>
 
+#include <atomic>
 #include <chrono>
 #include <memory>
+#include <mutex>
 
 namespace Larkhaven {
 
@@ -19,10 +21,12 @@ public:
                        const QString& label) override;
     KeychainStatus remove(const QString& service, const QString& account) override;
 
-    KeychainStatus readFailure = KeychainStatus::success;  ///< what every reading ends in
-    KeychainStatus writeFailure = KeychainStatus::success; ///< what every writing ends in
+    std::atomic<KeychainStatus> readFailure = KeychainStatus::success;  ///< what every reading ends in
+    std::atomic<KeychainStatus> writeFailure = KeychainStatus::success; ///< what every writing ends in
+    std::atomic<int> reads = 0;                                         ///< how often anything was read
 
 private:
+    std::mutex m_lock;                  ///< workers read as well
     QHash<QString, QByteArray> m_items; ///< by service and account
 };
 
@@ -54,14 +58,18 @@ public:
     UserDefaults& defaults() { return *m_services.defaults; }
     InMemorySecretStore& secrets() { return *m_secrets; }
     KeychainStore& cacheKeys() { return *m_services.cacheKeys; }
+    KeychainStore& textKeys() { return *m_services.textKeys; }
     /// Where the cache keys lie.
     InMemoryKeychain& keychain() { return *m_keychain; }
+    /// Where the keys of kept texts lie.
+    InMemoryKeychain& textKeychain() { return *m_textKeychain; }
     /// Replaces where the credentials lie, from the next model on.
     void setSecrets(const std::shared_ptr<SecretStore>& secrets) { m_services.secrets = secrets; }
     /// The provider of the account at the place in the list of the accounts.
     FakeMailProvider& provider(qsizetype index = 0) { return *m_providers[index]; }
     const Account& account(qsizetype index = 0) const { return m_accounts[index]; }
     QString cachesDirectory() const { return m_services.cachesDirectory; }
+    QString keptTextsDirectory() const { return m_services.keptTextsDirectory; }
     /// Replaces the model by one that starts over the same files, secrets and providers.
     void restart();
     /// As `restart`, but the new model has no providers given and must build its own.
@@ -94,6 +102,7 @@ private:
     QTemporaryDir m_folder;
     QList<Account> m_accounts;
     std::shared_ptr<InMemoryKeychain> m_keychain = std::make_shared<InMemoryKeychain>();
+    std::shared_ptr<InMemoryKeychain> m_textKeychain = std::make_shared<InMemoryKeychain>();
     std::shared_ptr<InMemorySecretStore> m_secrets = std::make_shared<InMemorySecretStore>();
     std::shared_ptr<Clock> m_clock = std::make_shared<Clock>();
     std::shared_ptr<QList<qint64>> m_badges = std::make_shared<QList<qint64>>();

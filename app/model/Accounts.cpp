@@ -1,0 +1,376 @@
+#include "model/Accounts.h"
+
+#include "domain/Coding.h"
+#include "domain/MailError.h"
+#include "domain/Text.h"
+#include "model/AccountStore.h"
+#include "platform/RandomBytes.h"
+#include "platform/Tasks.h"
+#include "providers/IMAPProvider.h"
+#include "store/AESGCMCipher.h"
+
+#include <QDir>
+#include <QPointer>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven {
+
+Accounts::Accounts(Services services, QObject* parent)
+    : QObject(parent)
+    , m_services(std::move(services))
+    , m_list(AccountStore::load(*m_services.defaults))
+{}
+
+// --- The list
+
+QList<QUuid> Accounts::ids() const
+{
+    QList<QUuid> ids;
+    for (const Account& account : m_list)
+        ids.append(account.id);
+    return ids;
+}
+
+std::optional<Account> Accounts::find(const QUuid& accountID) const
+{
+    const auto found = std::ranges::find(m_list, accountID, &Account::id);
+    return found == m_list.end() ? std::nullopt : std::optional(*found);
+}
+
+void Accounts::setList(const QList<Account>& list)
+{
+    if (m_list == list)
+        return;
+    m_list = list;
+    AccountStore::save(m_list, *m_services.defaults);
+    Q_EMIT listChanged();
+}
+
+void Accounts::setNickname(const QUuid& accountID, const QString& text)
+{
+    QList<Account> list = m_list;
+    const auto account = std::ranges::find(list, accountID, &Account::id);
+    if (account == list.end())
+        return;
+    const QString trimmed = Text::trimmedSpaceAndLineEnds(text).toString();
+    account->nickname = trimmed.isEmpty() ? std::nullopt : std::optional(trimmed);
+    setList(list);
+}
+
+void Accounts::move(const QList<int>& sources, int destination)
+{
+    QList<Account> before;
+    QList<Account> moved;
+    QList<Account> after;
+    for (int index = 0; index < m_list.size(); ++index) {
+        QList<Account>& place = sources.contains(index) ? moved : index < destination ? before : after;
+        place.append(m_list[index]);
+    }
+    setList(before + moved + after);
+}
+
+// --- The keyring
+
+Accounts::Keys Accounts::readKeys(SecretStore& secrets, KeychainStore& cacheKeys, const QString& directory,
+                                  const QUuid& accountID)
+{
+    Keys keys;
+    try {
+        keys.credential = secrets.load(accountID);
+    } catch (const LocalizedError&) {
+        keys.wasRefused = true;
+    }
+    if (directory.isEmpty())
+        return keys;
+    try {
+        keys.cacheKey = cacheKeys.loadData(accountID);
+    } catch (const KeychainError&) {
+        // A key that can't be read is a key that is lost: what is in the cache can be had again.
+        keys.wasRefused = true;
+    }
+    if (!keys.cacheKey) {
+        keys.cacheKey = randomBytes(AESGCMCipher::keySize);
+        try {
+            if (keys.cacheKey)
+                cacheKeys.saveData(*keys.cacheKey, accountID);
+        } catch (const KeychainError&) {
+            keys.cacheKey.reset();
+        }
+        // Whatever was sealed with the lost key can't be read any more.
+        if (keys.cacheKey)
+            QDir(directory).removeRecursively();
+    }
+    if (keys.cacheKey && keys.cacheKey->size() != AESGCMCipher::keySize)
+        keys.cacheKey.reset();
+    return keys;
+}
+
+const Accounts::Keys& Accounts::keys(const QUuid& accountID)
+{
+    const auto known = m_keys.constFind(accountID);
+    if (known != m_keys.cend())
+        return *known;
+    return *m_keys.insert(accountID, readKeys(*m_services.secrets, *m_services.cacheKeys,
+                                              cacheDirectory(accountID), accountID));
+}
+
+Task<> Accounts::unlock()
+{
+    const QPointer<Accounts> self(this);
+    const QList<QUuid> accounts = ids();
+    ++m_unlocking;
+    for (const QUuid& accountID : accounts) {
+        if (!self)
+            co_return;
+        const auto isKnown = [this, &accountID] {
+            const auto known = m_keys.constFind(accountID);
+            return known != m_keys.cend() && !known->wasRefused;
+        };
+        if (isKnown())
+            continue;
+        const quint64 epoch = m_epochs.value(accountID);
+        const auto read = [secrets = m_services.secrets, cacheKeys = m_services.cacheKeys,
+                           directory = cacheDirectory(accountID),
+                           accountID] { return readKeys(*secrets, *cacheKeys, directory, accountID); };
+        const Keys found = co_await runOnWorker(read);
+        if (!self)
+            co_return;
+        // A sign-in meanwhile has brought newer ones.
+        if (m_epochs.value(accountID) != epoch || isKnown())
+            continue;
+        m_keys.insert(accountID, found);
+        m_caches.remove(accountID);
+        if (found.credential)
+            setNeedsReauth(accountID, false);
+    }
+    if (self)
+        --m_unlocking;
+}
+
+bool Accounts::wasRefused() const
+{
+    return std::ranges::any_of(m_keys, &Keys::wasRefused);
+}
+
+// --- What belongs to an account
+
+bool Accounts::isUsable(const QUuid& accountID) const
+{
+    const bool isBeingRead = m_unlocking > 0 && !m_keys.contains(accountID);
+    return !m_leaving.contains(accountID) && !m_wiping.contains(accountID) && !isBeingRead &&
+           find(accountID).has_value();
+}
+
+Accounts::Session Accounts::session(const QUuid& accountID)
+{
+    return {accountID, m_epochs.value(accountID), provider(accountID)};
+}
+
+bool Accounts::isCurrent(const Session& session) const
+{
+    return m_epochs.value(session.accountID) == session.epoch && find(session.accountID).has_value();
+}
+
+void Accounts::useProvider(const QUuid& accountID, const std::shared_ptr<MailProvider>& provider)
+{
+    m_providers.insert(accountID, provider);
+}
+
+std::shared_ptr<MailProvider> Accounts::provider(const QUuid& accountID)
+{
+    if (m_leaving.contains(accountID) || m_wiping.contains(accountID))
+        return nullptr;
+    if (std::shared_ptr<MailProvider> known = m_providers.value(accountID))
+        return known;
+    std::shared_ptr<MailProvider> made = isUsable(accountID) ? makeProvider(*find(accountID)) : nullptr;
+    if (made)
+        m_providers.insert(accountID, made);
+    return made;
+}
+
+std::shared_ptr<MailProvider> Accounts::makeProvider(const Account& account)
+{
+    // The services that sign in with OAuth need a client identifier, which this build has not.
+    if (account.provider != ProviderKind::imap)
+        return nullptr;
+    const std::optional<Credential> credential = keys(account.id).credential;
+    if (!credential || !credential->password()) {
+        setNeedsReauth(account.id, true);
+        return nullptr;
+    }
+    try {
+        return IMAPProvider::create(account, MailAuth::password(*credential->password()), cache(account.id),
+                                    m_services.transports);
+    } catch (const MailError&) {
+        return nullptr;
+    }
+}
+
+QString Accounts::cacheDirectory(const QUuid& accountID) const
+{
+    return m_services.cachesDirectory.isEmpty()
+               ? QString()
+               : u"%1/Larkhaven/%2"_s.arg(m_services.cachesDirectory, Coding::fromUuid(accountID));
+}
+
+std::shared_ptr<MailCache> Accounts::cache(const QUuid& accountID)
+{
+    if (std::shared_ptr<MailCache> known = m_caches.value(accountID))
+        return known;
+    const QString directory = cacheDirectory(accountID);
+    if (directory.isEmpty() || !isUsable(accountID))
+        return nullptr;
+    const std::optional<QByteArray> key = keys(accountID).cacheKey;
+    if (!key)
+        return nullptr;
+    auto made = std::make_shared<MailCache>(directory, std::make_shared<AESGCMCipher>(*key), cacheLimit);
+    m_caches.insert(accountID, made);
+    return made;
+}
+
+void Accounts::setNeedsReauth(const QUuid& accountID, bool isNeeded)
+{
+    const bool isWanted = isNeeded && find(accountID).has_value();
+    if (m_needsReauth.contains(accountID) == isWanted)
+        return;
+    if (isWanted)
+        m_needsReauth.insert(accountID);
+    else
+        m_needsReauth.remove(accountID);
+    Q_EMIT needsReauthChanged();
+}
+
+// --- Changes
+
+void Accounts::endEpoch(const QUuid& accountID)
+{
+    ++m_epochs[accountID];
+    m_providers.remove(accountID);
+}
+
+Task<> Accounts::wipeCache(QUuid accountID)
+{
+    // The files of a cache that is in use are removed by the cache itself, behind the writes under way.
+    if (const std::shared_ptr<MailCache> sealed = m_caches.take(accountID)) {
+        co_await sealed->removeAll();
+    } else if (const QString directory = cacheDirectory(accountID); !directory.isEmpty()) {
+        const auto remove = [directory] { QDir(directory).removeRecursively(); };
+        co_await runOnWorker(remove);
+    }
+}
+
+namespace {
+
+/// Removes the account's item; what can't be removed is left.
+Task<> removeItem(std::shared_ptr<SecretStore> store, QUuid accountID)
+{
+    const auto remove = [store, accountID] {
+        try {
+            store->remove(accountID);
+        } catch (const LocalizedError&) {
+            // The account goes all the same.
+        }
+    };
+    co_await runOnWorker(remove);
+}
+
+} // namespace
+
+Task<> Accounts::store(Account account, Credential credential, bool emptiesCache)
+{
+    const QPointer<Accounts> self(this);
+    const bool isKnown = find(account.id).has_value();
+    const auto save = [secrets = m_services.secrets, credential, id = account.id] {
+        secrets->save(credential, id);
+    };
+    co_await runOnWorker(save);
+    if (!self)
+        co_return;
+    if (isKnown && (!find(account.id) || isLeaving(account.id))) {
+        co_await removeItem(m_services.secrets, account.id);
+        throw MailError::cancelled();
+    }
+    endEpoch(account.id);
+    if (emptiesCache) {
+        m_wiping.insert(account.id);
+        co_await wipeCache(account.id);
+        if (!self)
+            co_return;
+        m_wiping.remove(account.id);
+    }
+    if (m_keys.contains(account.id))
+        m_keys[account.id].credential = credential;
+    QList<Account> list = m_list;
+    const auto known = std::ranges::find(list, account.id, &Account::id);
+    if (known == list.end()) {
+        list.append(account);
+    } else {
+        // A name that the user has given it meanwhile stays.
+        account.nickname = known->nickname;
+        *known = account;
+    }
+    setList(list);
+    setNeedsReauth(account.id, false);
+}
+
+bool Accounts::beginRemoval(const QUuid& accountID)
+{
+    if (!find(accountID) || isLeaving(accountID))
+        return false;
+    m_leaving.insert(accountID);
+    endEpoch(accountID);
+    return true;
+}
+
+Task<> Accounts::endRemoval(QUuid accountID)
+{
+    const QPointer<Accounts> self(this);
+    co_await removeItem(m_services.secrets, accountID);
+    if (!self)
+        co_return;
+    co_await wipeCache(accountID);
+    if (!self)
+        co_return;
+    co_await removeItem(m_services.cacheKeys, accountID);
+    if (!self)
+        co_return;
+    m_keys.remove(accountID);
+    m_leaving.remove(accountID);
+    setNeedsReauth(accountID, false);
+    QList<Account> list = m_list;
+    list.removeIf([&accountID](const Account& account) { return account.id == accountID; });
+    setList(list);
+}
+
+Task<qint64> Accounts::cacheSize()
+{
+    const QPointer<Accounts> self(this);
+    const QList<QUuid> accounts = ids();
+    qint64 sum = 0;
+    for (const QUuid& accountID : accounts) {
+        const std::shared_ptr<MailCache> sealed = self ? cache(accountID) : nullptr;
+        if (sealed) {
+            const qint64 used = co_await sealed->usedBytes();
+            sum += used;
+        }
+    }
+    co_return qint64{sum};
+}
+
+Task<> Accounts::clearCaches()
+{
+    const QPointer<Accounts> self(this);
+    const QList<QUuid> accounts = ids();
+    for (const QUuid& accountID : accounts) {
+        const std::shared_ptr<MailCache> sealed = self ? cache(accountID) : nullptr;
+        if (sealed)
+            co_await sealed->removeAll();
+    }
+    if (self)
+        m_providers.clear();
+}
+
+} // namespace Larkhaven

@@ -1,0 +1,141 @@
+#pragma once
+
+#include "auth/KeychainStore.h"
+#include "domain/Account.h"
+#include "domain/MailProvider.h"
+#include "model/UserDefaults.h"
+#include "protocols/MailTransport.h"
+#include "store/MailCache.h"
+
+#include <QHash>
+#include <QList>
+#include <QObject>
+#include <QSet>
+
+#include <memory>
+#include <optional>
+
+namespace Larkhaven {
+
+/// The accounts and what belongs to each: its credential, its cache and the key of that, its provider, and
+/// whether it needs a new sign-in.
+///
+/// Each account has an epoch that its repair and its removal raise. A flow takes a `Session`, which holds
+/// provider and epoch together, and asks `isCurrent` after each wait: an answer of an earlier epoch is about
+/// servers, or an account, that are no longer meant.
+///
+/// The keyring is read once for each account, by `unlock` on a worker. Where something is needed before that,
+/// it is read at once. What was read is remembered, a miss as well, until a sign-in or a later `unlock`: a
+/// keyring may ask the user each time, and only the start of the program and what the user asks for may do
+/// so.
+///
+/// Main thread. Operations that wait hold the object weakly.
+class Accounts : public QObject {
+    Q_OBJECT
+
+public:
+    struct Services {
+        std::shared_ptr<UserDefaults> defaults;
+        std::shared_ptr<SecretStore> secrets;
+        std::shared_ptr<KeychainStore> cacheKeys;
+        QString cachesDirectory; ///< the user's; empty where there is none
+        TransportFactory transports;
+    };
+    /// An account's provider as a flow found it; null where there was none.
+    struct Session {
+        QUuid accountID;
+        quint64 epoch = 0;
+        std::shared_ptr<MailProvider> provider;
+
+        explicit operator bool() const { return provider != nullptr; }
+        MailProvider* operator->() const { return provider.get(); }
+    };
+
+    /// The limit of an account's cached messages, in bytes (500 MiB).
+    static constexpr qint64 cacheLimit = 524'288'000;
+
+    /// Reads the stored list, and nothing of the keyring.
+    explicit Accounts(Services services, QObject* parent = nullptr);
+
+    // --- The list
+    const QList<Account>& list() const { return m_list; }
+    QList<QUuid> ids() const;
+    std::optional<Account> find(const QUuid& accountID) const;
+    void setNickname(const QUuid& accountID, const QString& text);
+    /// Moves the accounts at the offsets, in their order, before the one at `destination` (as counted before
+    /// the move).
+    void move(const QList<int>& sources, int destination);
+
+    // --- What belongs to an account
+    /// Builds the provider on the first use. None for an account that is being removed or repaired.
+    Session session(const QUuid& accountID);
+    /// Whether the account is still as the session found it.
+    bool isCurrent(const Session& session) const;
+    /// The cache, built on the first use; null where it can't be.
+    std::shared_ptr<MailCache> cache(const QUuid& accountID);
+    /// Puts a provider in place of the one that would be built.
+    void useProvider(const QUuid& accountID, const std::shared_ptr<MailProvider>& provider);
+
+    /// Accounts whose credential no longer works.
+    const QSet<QUuid>& needsReauth() const { return m_needsReauth; }
+    void setNeedsReauth(const QUuid& accountID, bool isNeeded);
+
+    /// Reads what isn't known yet of the accounts, and what the keyring refused before. It may ask the user;
+    /// until it has answered, accounts that it wasn't read for have no session.
+    Task<> unlock();
+    /// Whether the keyring has refused something that `unlock` would ask for again.
+    bool wasRefused() const;
+
+    // --- Changes
+    /// Stores the credential, then the account, which is added where its id is new. `emptiesCache` where what
+    /// is cached belongs to other servers. Fails with an error of the keyring, and with `cancelled` where the
+    /// account was removed meanwhile; nothing is stored then.
+    Task<> store(Account account, Credential credential, bool emptiesCache);
+    /// From now on nothing of the account can be used. False where its removal has begun already.
+    bool beginRemoval(const QUuid& accountID);
+    /// Ends the removal: the credential goes, then the cache, its key, and the account. What can't be removed
+    /// holds nothing up.
+    Task<> endRemoval(QUuid accountID);
+    bool isLeaving(const QUuid& accountID) const { return m_leaving.contains(accountID); }
+    /// Bytes held by the caches of all accounts.
+    Task<qint64> cacheSize();
+    /// Empties all caches; providers are built anew.
+    Task<> clearCaches();
+
+Q_SIGNALS:
+    void listChanged();
+    void needsReauthChanged();
+
+private:
+    /// What the keyring gave for an account.
+    struct Keys {
+        std::optional<Credential> credential;
+        std::optional<QByteArray> cacheKey; ///< absent: the account has no cache
+        bool wasRefused = false;            ///< the keyring didn't answer: worth another try
+    };
+
+    static Keys readKeys(SecretStore& secrets, KeychainStore& cacheKeys, const QString& directory,
+                         const QUuid& accountID);
+    QString cacheDirectory(const QUuid& accountID) const;
+    const Keys& keys(const QUuid& accountID);
+    bool isUsable(const QUuid& accountID) const;
+    std::shared_ptr<MailProvider> provider(const QUuid& accountID);
+    std::shared_ptr<MailProvider> makeProvider(const Account& account);
+    /// Ends the use of what the account had: late answers and late writes no longer count.
+    void endEpoch(const QUuid& accountID);
+    Task<> wipeCache(QUuid accountID);
+    void setList(const QList<Account>& list);
+
+    Services m_services;
+    QList<Account> m_list;
+    QHash<QUuid, quint64> m_epochs;
+    QHash<QUuid, Keys> m_keys;
+    QHash<QUuid, std::shared_ptr<MailCache>> m_caches;
+    QHash<QUuid, std::shared_ptr<MailProvider>> m_providers;
+    QSet<QUuid> m_needsReauth;
+    QSet<QUuid> m_leaving; ///< whose removal is under way
+    QSet<QUuid> m_wiping;  ///< whose cache is being emptied
+    int m_unlocking = 0;   ///< how many read the keyring on a worker
+};
+
+} // namespace Larkhaven

@@ -1,0 +1,87 @@
+#include "model/LabelsAndCounts.h"
+
+#include "platform/Tasks.h"
+
+#include <QPointer>
+
+namespace Larkhaven {
+
+namespace {
+
+Task<> nothing()
+{
+    co_return;
+}
+
+} // namespace
+
+LabelsAndCounts::LabelsAndCounts(Accounts& accounts, QObject* parent)
+    : QObject(parent)
+    , m_accounts(accounts)
+{}
+
+LabelsAndCounts::Requests& LabelsAndCounts::requests(const QUuid& accountID)
+{
+    Requests& requests = m_requests[accountID];
+    if (!requests.labels) {
+        const QPointer<LabelsAndCounts> self(this);
+        requests.labels =
+            Coalescer::create([self, accountID] { return self ? self->askForLabels(accountID) : nothing(); });
+        requests.counts =
+            Coalescer::create([self, accountID] { return self ? self->askForCounts(accountID) : nothing(); });
+    }
+    return requests;
+}
+
+Task<> LabelsAndCounts::loadLabels(QUuid accountID)
+{
+    return requests(accountID).labels->request();
+}
+
+Task<> LabelsAndCounts::loadCounts(QUuid accountID)
+{
+    return requests(accountID).counts->request();
+}
+
+Task<> LabelsAndCounts::askForLabels(QUuid accountID)
+{
+    const QPointer<LabelsAndCounts> self(this);
+    const Accounts::Session session = m_accounts.session(accountID);
+    if (!session)
+        co_return;
+    const Outcome<QList<MailLabel>> answer = co_await settled(session->listLabels());
+    if (!self || answer.failure || !m_accounts.isCurrent(session))
+        co_return;
+    const QList<MailLabel> before = m_labels.value(accountID);
+    if (m_labels.contains(accountID) && before == *answer.value)
+        co_return;
+    m_labels.insert(accountID, *answer.value);
+    Q_EMIT labelsChanged(accountID, before);
+}
+
+Task<> LabelsAndCounts::askForCounts(QUuid accountID)
+{
+    const QPointer<LabelsAndCounts> self(this);
+    const Accounts::Session session = m_accounts.session(accountID);
+    if (!session)
+        co_return;
+    const Outcome<QHash<QString, qint64>> answer = co_await settled(session->counts(labels(accountID)));
+    if (!self || answer.failure || !m_accounts.isCurrent(session))
+        co_return;
+    if (m_counts.value(accountID) == *answer.value)
+        co_return;
+    m_counts.insert(accountID, *answer.value);
+    Q_EMIT countsChanged();
+}
+
+void LabelsAndCounts::forget(const QUuid& accountID)
+{
+    m_requests.remove(accountID);
+    // Nobody has to leave a label that is only no longer known.
+    if (m_labels.remove(accountID))
+        Q_EMIT labelsChanged(accountID, {});
+    if (m_counts.remove(accountID))
+        Q_EMIT countsChanged();
+}
+
+} // namespace Larkhaven

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "domain/Mailbox.h"
+#include "model/Accounts.h"
+#include "platform/Coalescer.h"
+
+#include <QHash>
+#include <QObject>
+
+#include <memory>
+
+namespace Larkhaven {
+
+/// The labels and the unread counts of all accounts, as their services gave them last.
+///
+/// For each account at most one request of a kind is running and one is waiting, however often it is asked:
+/// answers come in the order of their questions, and an older one never replaces a newer one. The answer of
+/// an account that was repaired or removed meanwhile is dropped. A failure leaves what was there.
+///
+/// Main thread. Operations hold the object weakly.
+class LabelsAndCounts : public QObject {
+    Q_OBJECT
+
+public:
+    explicit LabelsAndCounts(Accounts& accounts, QObject* parent = nullptr);
+
+    bool hasLabels(const QUuid& accountID) const { return m_labels.contains(accountID); }
+    QList<MailLabel> labels(const QUuid& accountID) const { return m_labels.value(accountID); }
+    /// By `MailboxRef::id`.
+    QHash<QString, qint64> counts(const QUuid& accountID) const { return m_counts.value(accountID); }
+
+    /// Ends once an answer has come that was asked for after the call.
+    Task<> loadLabels(QUuid accountID);
+    Task<> loadCounts(QUuid accountID);
+    /// Nothing is known of the account any more. Requests under way no longer hold up new ones.
+    void forget(const QUuid& accountID);
+
+Q_SIGNALS:
+    void labelsChanged(const QUuid& accountID, const QList<MailLabel>& before);
+    void countsChanged();
+
+private:
+    struct Requests {
+        std::shared_ptr<Coalescer> labels;
+        std::shared_ptr<Coalescer> counts;
+    };
+
+    Requests& requests(const QUuid& accountID);
+    Task<> askForLabels(QUuid accountID);
+    Task<> askForCounts(QUuid accountID);
+
+    Accounts& m_accounts;
+    QHash<QUuid, QList<MailLabel>> m_labels;
+    QHash<QUuid, QHash<QString, qint64>> m_counts;
+    QHash<QUuid, Requests> m_requests;
+};
+
+} // namespace Larkhaven
