@@ -130,6 +130,8 @@ int main(int argc, char** argv)
 {
     Application application(argc, argv);
     const QString folder = QApplication::arguments().value(1, u"."_s);
+    if (!application.isFirst())
+        return application.run();
     QDir().mkpath(folder);
     Tour tour(application, folder);
     int exitCode = 1;

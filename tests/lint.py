@@ -1,4 +1,4 @@
-"""Looks for what no compiler of ours complains about: layout, and a trap of GCC 12.
+"""Looks for what no compiler of ours complains about: layout, and traps of GCC 12 and of QCoro 0.8.
 
 usage: lint.py FOLDER
 """
@@ -10,7 +10,28 @@ import sys
 
 FOLDERS = ["core", "app", "tests", "bench", "fuzz", "demo"]
 # A lambda that captures, within the expression that is awaited.
-AWAITED_CLOSURE = re.compile(r"co_await\s[^;{]*[(,=]\s*\[[^\]\s][^\]]*\]\s*[({]")
+FAULTS = {
+    "GCC 12 destroys this closure twice; give it a name before co_await": re.compile(
+        r"co_await\s[^;{]*[(,=]\s*\[[^\]\s][^\]]*\]\s*[({]"
+    ),
+    "GCC 12 destroys twice what is awaited within a conditional expression": re.compile(
+        r"\?[^?;{}]*\bco_await\b"
+    ),
+    "QCoro 0.8 moves this value out of its owner; return a copy": re.compile(
+        r"\bco_return\s+(?:\*\s*[\w.>-]+|(?:this->)?m_\w+(?:(?:\.|->)\w+)*|[\w.]+->\w+)\s*;"
+    ),
+}
+# A local reference that isn't const, and a return of it further down in the same function.
+REFERENCE = re.compile(r"(?P<type>(?:const\s+)?[\w:<>]+)\s*&\s*(?P<name>\w+)\s*=[^;]*;(?P<rest>.*?)(?=^}|\Z)", re.M | re.S)
+
+
+def returned_references(text):
+    for match in REFERENCE.finditer(text):
+        if match["type"].startswith("const"):
+            continue
+        found = re.search(rf"\bco_return\s+{match['name']}\s*;", match["rest"])
+        if found:
+            yield match.start("rest") + found.start()
 
 
 def sources(root):
@@ -28,9 +49,10 @@ def main():
     faults = 0
     for path in files:
         text = re.sub(r"//[^\n]*", "", path.read_text(encoding="utf-8"))
-        for match in AWAITED_CLOSURE.finditer(text):
-            line = text.count("\n", 0, match.start()) + 1
-            print(f"{path}:{line}: GCC 12 destroys this closure twice; give it a name before co_await")
+        found = [(match.start(), fault) for fault, pattern in FAULTS.items() for match in pattern.finditer(text)]
+        found += [(place, "QCoro 0.8 moves this value out of its owner; return a copy") for place in returned_references(text)]
+        for place, fault in found:
+            print(f"{path}:{text.count(chr(10), 0, place) + 1}: {fault}")
             faults += 1
     layout = subprocess.run(["clang-format", "--dry-run", "-Werror", *map(str, files)], check=False, timeout=300)
     if faults or layout.returncode != 0:

@@ -3,6 +3,9 @@
 #include "views/SecureMessageView.h"
 #include "views/Style.h"
 
+#include <QFileInfo>
+#include <QTextStream>
+
 using namespace Qt::StringLiterals;
 
 namespace Larkhaven {
@@ -34,11 +37,15 @@ Application::Preparation::Preparation()
 
 Application::Application(int& argc, char** argv)
     : m_application(argc, argv)
-    , m_model(AppModel::systemServices())
+    , m_instance(QFileInfo(UserDefaults::defaultFile()).path())
+    , m_role(m_instance.enter(QApplication::arguments().mid(1)))
 {
+    if (!isFirst())
+        return;
+    m_model = std::make_unique<AppModel>(AppModel::systemServices());
     // The looks come first: widgets take their icons from them.
     followAppearance();
-    m_window = std::make_unique<ContentView>(m_model);
+    m_window = std::make_unique<ContentView>(*m_model);
 }
 
 void Application::followAppearance()
@@ -52,17 +59,31 @@ void Application::followAppearance()
         style.setHighContrast(m_appearance.wantsHighContrast());
     };
     take();
-    style.setTextSize(m_model.defaults().real(DefaultsKey::textSize));
+    style.setTextSize(m_model->defaults().real(DefaultsKey::textSize));
     style.applyToApplication();
     QObject::connect(&m_appearance, &DesktopAppearance::changed, &style, take);
-    QObject::connect(&m_model.defaults(), &UserDefaults::changed, &style, [this, &style](const QString& key) {
-        if (key == DefaultsKey::textSize)
-            style.setTextSize(m_model.defaults().real(DefaultsKey::textSize));
-    });
+    QObject::connect(&m_model->defaults(), &UserDefaults::changed, &style,
+                     [this, &style](const QString& key) {
+                         if (key == DefaultsKey::textSize)
+                             style.setTextSize(m_model->defaults().real(DefaultsKey::textSize));
+                     });
+}
+
+void Application::raiseWindow()
+{
+    m_window->setWindowState(m_window->windowState() & ~Qt::WindowMinimized);
+    m_window->show();
+    m_window->raise();
+    m_window->activateWindow();
 }
 
 int Application::run()
 {
+    if (m_role == SingleInstance::Role::refused)
+        QTextStream(stderr) << "Larkhaven is running already, and doesn't answer." << Qt::endl;
+    if (!isFirst())
+        return m_role == SingleInstance::Role::later ? 0 : 1;
+    QObject::connect(&m_instance, &SingleInstance::activated, m_window.get(), [this] { raiseWindow(); });
     QObject::connect(m_window.get(), &ContentView::quitApproved, &m_application, &QApplication::quit,
                      Qt::QueuedConnection);
     m_window->show();

@@ -3,6 +3,7 @@
 #include "views/ComposeWindows.h"
 #include "views/DisplayText.h"
 #include "views/IMAPSetupView.h"
+#include "views/KeptTextsBanner.h"
 #include "views/LabelDialogs.h"
 #include "views/MailToolbar.h"
 #include "views/MessageTable.h"
@@ -55,6 +56,10 @@ ContentView::ContentView(AppModel& model, ReaderView::Desktop desktop, QWidget* 
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
     layout->addWidget(m_toolbar);
+    auto* const bannerLine = new QVBoxLayout;
+    bannerLine->setContentsMargins(Style::padding, 0, Style::padding, 0);
+    bannerLine->addWidget(new KeptTextsBanner(model));
+    layout->addLayout(bannerLine);
     layout->addWidget(m_split, 1);
     m_root->addWidget(m_welcome);
     m_root->addWidget(m_mail);

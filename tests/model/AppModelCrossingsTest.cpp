@@ -223,7 +223,8 @@ TEST_F(AppModelCrossings, LoadPagesOfTheNewSizeWhereTheSettingChanges)
     EXPECT_EQ(model.messages().size(), 50);
     EXPECT_EQ(model.pageIndex(), 0);
     EXPECT_EQ(model.pagerText(), u"1–50 of 60");
-    EXPECT_EQ(provider.calls(listMessages).last(), u"listMessages system:inbox offset=0 limit=50 refresh=true"_s);
+    EXPECT_EQ(provider.calls(listMessages).last(),
+              u"listMessages system:inbox offset=0 limit=50 refresh=true"_s);
 }
 
 // --- What the model holds

@@ -10,6 +10,7 @@
 
 #include <QDir>
 
+#include <atomic>
 #include <gtest/gtest.h>
 
 using namespace Qt::StringLiterals;
@@ -152,6 +153,232 @@ TEST_F(AppModelSetup, OpensTheSetUpWindowToSignInAgain)
     bool isOpen = false;
     model.signInAgain(fixture.account(), [&isOpen] { isOpen = true; });
     EXPECT_TRUE(isOpen);
+}
+
+// --- What is repaired
+
+TEST_F(AppModelSetup, KeepsANicknameThatIsGivenWhileTheServersAreAsked)
+{
+    model.signInAgain(fixture.account(), [] {});
+    connectTo({signedIn(), verifiedSubmission()});
+    Begun<void> saving(save(fixture.account().email));
+    model.setNickname(fixture.account().id, u"Work"_s);
+    saving.get();
+    EXPECT_EQ(model.accounts()[0].nickname, u"Work"_s);
+    EXPECT_EQ(AccountStore::load(model.defaults())[0].nickname, u"Work"_s);
+}
+
+/// An account with something in its cache, labels, counts and rows, whose servers are then changed.
+class AppModelRepair : public AppModelSetup {
+protected:
+    AppModelRepair()
+    {
+        Account known = ModelFixture::imapAccount();
+        known.server = settings();
+        fixture.defaults().set(DefaultsKey::accounts, QByteArray());
+        AccountStore::save({known}, fixture.defaults());
+        fixture.restart();
+        FakeMailProvider& provider = fixture.provider();
+        provider.setListing(MailboxRef::system(Mailbox::inbox), ModelFixture::rows(known, 3));
+        provider.setLabels({{u"Work"_s, u"Work"_s}});
+        provider.setCounts({{u"system:inbox"_s, 2}});
+        AppModel& fresh = fixture.model();
+        await(fresh.load(0, true));
+        await(fresh.loadLabels(known.id));
+        await(fresh.loadCounts(known.id));
+        await(fresh.cache(known.id)->write(u"imap:1:1:INBOX"_s, "old"));
+        ComposeDraft text;
+        text.id = QUuid::createUuid();
+        text.accountID = known.id;
+        text.body = u"typed"_s;
+        fresh.keepForRecovery(text);
+        await(fresh.settleKeptTexts());
+    }
+    /// Repairs the account, and gives whether what was known of its servers is still there.
+    bool keepsWhatItKnew(const QString& email, const ServerSettings& entered)
+    {
+        AppModel& fresh = fixture.model();
+        const QUuid id = fixture.account().id;
+        fresh.signInAgain(fresh.accounts()[0], [] {});
+        connectTo({signedIn(), verifiedSubmission()});
+        await(fresh.saveIMAPAccount(u"Ann"_s, email, entered, u"secret"_s));
+        const bool isCached = await(fresh.cache(id)->read(u"imap:1:1:INBOX"_s)).has_value();
+        const bool isCounted = !fresh.counts(id).isEmpty();
+        EXPECT_EQ(isCached, isCounted);
+        EXPECT_EQ(isCached, !fresh.labels(id).isEmpty());
+        EXPECT_EQ(isCached, !fresh.messages().isEmpty());
+        fixture.restart();
+        await(fixture.model().recoverDrafts());
+        EXPECT_TRUE(fixture.model().pendingCompose()) << "what was typed stays";
+        return isCached;
+    }
+};
+
+TEST_F(AppModelRepair, KeepsWhatItKnewWhereOnlyThePasswordIsNew)
+{
+    EXPECT_TRUE(keepsWhatItKnew(fixture.account().email, settings()));
+}
+
+TEST_F(AppModelRepair, KeepsWhatItKnewWhereTheHostIsWrittenInOtherCase)
+{
+    ServerSettings entered = settings();
+    entered.imapHost = entered.imapHost.toUpper();
+    EXPECT_TRUE(keepsWhatItKnew(fixture.account().email, entered));
+}
+
+TEST_F(AppModelRepair, ForgetsTheOldServerWhereTheHostIsAnother)
+{
+    ServerSettings entered = settings();
+    entered.imapHost = u"other.example"_s;
+    EXPECT_FALSE(keepsWhatItKnew(fixture.account().email, entered));
+}
+
+TEST_F(AppModelRepair, ForgetsTheOldServerWhereTheAddressIsAnother)
+{
+    EXPECT_FALSE(keepsWhatItKnew(u"new@example.org"_s, settings()));
+}
+
+TEST_F(AppModelRepair, LeavesAFolderOfTheOldServerForTheInbox)
+{
+    fixture.model().selectMailbox(MailboxRef::label({u"Work"_s, u"Work"_s}));
+    settle();
+    ServerSettings entered = settings();
+    entered.imapPort = 1993;
+    EXPECT_FALSE(keepsWhatItKnew(fixture.account().email, entered));
+    EXPECT_EQ(fixture.model().sidebarSelection()->ref, MailboxRef::system(Mailbox::inbox));
+}
+
+TEST_F(AppModelRepair, DropsTheAnswersOfTheOldServerThatComeLate)
+{
+    AppModel& fresh = fixture.model();
+    FakeMailProvider& provider = fixture.provider();
+    for (const char* operation : {"listMessages", "listLabels", "counts"})
+        provider.hold(QString::fromLatin1(operation));
+    fresh.start(fresh.refresh());
+    ServerSettings entered = settings();
+    entered.imapHost = u"other.example"_s;
+    fresh.signInAgain(fresh.accounts()[0], [] {});
+    connectTo({signedIn(), verifiedSubmission()});
+    await(fresh.saveIMAPAccount(u"Ann"_s, fixture.account().email, entered, u"secret"_s));
+    provider.completeAll();
+    settle();
+    EXPECT_TRUE(fresh.messages().isEmpty());
+    EXPECT_TRUE(fresh.labels(fixture.account().id).isEmpty());
+    EXPECT_TRUE(fresh.counts(fixture.account().id).isEmpty());
+}
+
+class RefusingSecretStore final : public SecretStore {
+public:
+    std::optional<Credential> load(const QUuid&) override
+    {
+        ++loads;
+        if (refuses)
+            throw KeychainError(KeychainStatus::interactionNotAllowed);
+        return Credential::password(u"secret"_s);
+    }
+    void save(const Credential&, const QUuid&) override
+    {
+        if (refuses)
+            throw KeychainError(KeychainStatus::failed);
+    }
+    void remove(const QUuid&) override {}
+
+    std::atomic<int> loads = 0;
+    std::atomic<bool> refuses = true;
+};
+
+TEST_F(AppModelSetup, StoresNoAccountWhosePasswordTheKeyringRefuses)
+{
+    fixture.setSecrets(std::make_shared<RefusingSecretStore>());
+    fixture.restart();
+    connectTo({signedIn(), verifiedSubmission()});
+    EXPECT_THROW(
+        await(fixture.model().saveIMAPAccount(u"Ann"_s, u"new@x.example"_s, settings(), u"secret"_s)),
+        KeychainError);
+    EXPECT_EQ(fixture.model().accounts().size(), 1);
+    EXPECT_FALSE(fixture.model().isSigningIn());
+}
+
+// --- A keyring that refuses
+
+TEST(AppModelKeyring, IsAskedOnceHoweverOftenTheBackgroundNeedsIt)
+{
+    ModelFixture fixture;
+    const auto secrets = std::make_shared<RefusingSecretStore>();
+    fixture.setSecrets(secrets);
+    fixture.restartWithoutProviders();
+    await(fixture.model().begin());
+    for (int round = 0; round < 3; ++round) {
+        fixture.endSleeps();
+        settle();
+        EXPECT_FALSE(fixture.model().provider(fixture.account().id));
+    }
+    EXPECT_EQ(secrets->loads, 1);
+    EXPECT_TRUE(fixture.model().needsReauth().contains(fixture.account().id));
+}
+
+TEST(AppModelKeyring, IsAskedAgainWhereTheUserChecksForMail)
+{
+    ModelFixture fixture;
+    const auto secrets = std::make_shared<RefusingSecretStore>();
+    fixture.setSecrets(secrets);
+    fixture.restartWithoutProviders();
+    await(fixture.model().begin());
+    secrets->refuses = false;
+    await(fixture.model().refresh());
+    EXPECT_EQ(secrets->loads, 2);
+    EXPECT_TRUE(fixture.model().provider(fixture.account().id));
+    EXPECT_TRUE(fixture.model().needsReauth().isEmpty());
+}
+
+TEST(AppModelKeyring, IsNotAskedAgainForWhatItStatedNotToHave)
+{
+    ModelFixture fixture;
+    fixture.restartWithoutProviders();
+    await(fixture.model().begin());
+    const int reads = fixture.keychain().reads;
+    await(fixture.model().refresh());
+    await(fixture.model().refresh());
+    EXPECT_EQ(fixture.keychain().reads, reads);
+}
+
+/// Answers only when it is told to, as while the user is asked.
+class SlowSecretStore final : public SecretStore {
+public:
+    std::optional<Credential> load(const QUuid&) override
+    {
+        isAsked = true;
+        isAnswered.wait(false);
+        return Credential::password(u"secret"_s);
+    }
+    void save(const Credential&, const QUuid&) override {}
+    void remove(const QUuid&) override {}
+    void answer()
+    {
+        isAnswered = true;
+        isAnswered.notify_all();
+    }
+
+    std::atomic<bool> isAsked = false;
+    std::atomic<bool> isAnswered = false;
+};
+
+TEST(AppModelKeyring, HoldsNothingUpWhileItHesitates)
+{
+    ModelFixture fixture;
+    const auto secrets = std::make_shared<SlowSecretStore>();
+    fixture.setSecrets(secrets);
+    fixture.restartWithoutProviders();
+    Begun<void> beginning(fixture.model().begin());
+    ASSERT_TRUE(waitUntil([&secrets] { return secrets->isAsked.load(); }));
+    // All of this would stand still if it asked as well.
+    fixture.model().selectMailbox(MailboxRef::system(Mailbox::sent));
+    EXPECT_FALSE(fixture.model().provider(fixture.account().id));
+    EXPECT_TRUE(fixture.model().needsReauth().isEmpty());
+    settle();
+    secrets->answer();
+    beginning.get();
+    EXPECT_TRUE(fixture.model().provider(fixture.account().id));
 }
 
 class TwoAccounts : public AppModelSetup {

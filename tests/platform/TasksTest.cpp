@@ -54,7 +54,8 @@ TEST(RunOn, TakesWorkAndResultsThatCanOnlyBeMoved)
     auto work = [value = std::make_unique<int>(7)]() mutable { return std::move(value); };
     const auto run = [](decltype(work) moved) -> Task<int> {
         const std::unique_ptr<int> result = co_await runOnWorker(std::move(moved));
-        co_return *result;
+        const int value = *result;
+        co_return value;
     };
     EXPECT_EQ(await(run(std::move(work))), 7);
 }

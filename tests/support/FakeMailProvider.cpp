@@ -37,6 +37,11 @@ void FakeMailProvider::setListing(const MailboxRef& ref, const QList<MessageSumm
     m_listings.insert(keyOf(ref, query), rows);
 }
 
+void FakeMailProvider::receive(const MailboxRef& ref, const MessageSummary& row, const QString& query)
+{
+    m_listings[keyOf(ref, query)].prepend(row);
+}
+
 QStringList FakeMailProvider::pending() const
 {
     QStringList calls;
@@ -155,7 +160,7 @@ Task<QByteArray> FakeMailProvider::fetchRaw(QString id)
     co_await step;
     if (!answer)
         throw MailError::protocolError(u"This message is no longer on the server."_s);
-    co_return *answer;
+    co_return QByteArray(*answer);
 }
 
 Task<std::optional<QString>> FakeMailProvider::threadID(QString id)

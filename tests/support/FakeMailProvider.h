@@ -21,6 +21,8 @@ public:
     // --- What the service holds
     /// All rows of a mailbox, newest first; with a query, those that the search finds.
     void setListing(const MailboxRef& ref, const QList<MessageSummary>& rows, const QString& query = {});
+    /// A new message comes in on top of the listing.
+    void receive(const MailboxRef& ref, const MessageSummary& row, const QString& query = {});
     /// Whether pages tell how many messages the whole listing has. At first they do.
     void setTotalIsKnown(bool isKnown) { m_isTotalKnown = isKnown; }
     /// The answer of one coming `listMessages`, in the order of the calls, in place of a slice of a listing.
@@ -45,6 +47,12 @@ public:
         m_standingFailures.insert(operation, std::make_exception_ptr(error));
     }
     void heal() { m_standingFailures.clear(); }
+    /// No later call fails.
+    void forgetFailures()
+    {
+        m_failures.clear();
+        heal();
+    }
 
     // --- When answers come
     /// Later calls of the operation wait.

@@ -66,6 +66,22 @@ protected:
     }
 };
 
+// --- Kept texts
+
+TEST_F(ContentViewTest, TellsWhereTextsCannotBeKeptSafeUntilTheyCan)
+{
+    MailWindow mail;
+    mail.fixture.textKeychain().readFailure = KeychainStatus::interactionNotAllowed;
+    open(mail);
+    QWidget& banner = mail.child<QWidget>("keptTextsBanner");
+    ASSERT_TRUE(waitUntil([&banner] { return banner.isVisible(); }));
+    EXPECT_FALSE(alert(mail));
+    mail.save(u"texts-cannot-be-kept"_s);
+    mail.fixture.textKeychain().readFailure = KeychainStatus::success;
+    QTest::mouseClick(&mail.child<QPushButton>("keptTextsRetry"), Qt::LeftButton);
+    EXPECT_TRUE(waitUntil([&banner] { return !banner.isVisible(); }));
+}
+
 // --- The window
 
 TEST_F(ContentViewTest, WelcomesWhereThereAreNoAccounts)

@@ -1,0 +1,149 @@
+#include "app/platform/SingleInstance.h"
+
+#include "support/QtPrinters.h"
+#include "support/WaitUntil.h"
+
+#include <QDBusConnection>
+#include <QDir>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTimer>
+
+#include <future>
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven {
+namespace {
+
+using Role = SingleInstance::Role;
+using namespace std::chrono_literals;
+
+QDBusConnection newConnection()
+{
+    static int count = 0;
+    return QDBusConnection::connectToBus(QDBusConnection::SessionBus, u"instance%1"_s.arg(++count));
+}
+
+class SingleInstanceTest : public testing::Test {
+protected:
+    /// A start of the program, as from another process: it must not block the first one.
+    Role start(const QString& profile, const QStringList& arguments, std::chrono::milliseconds patience = 10s)
+    {
+        std::future<Role> role = std::async(std::launch::async, [&] {
+            SingleInstance later(profile, newConnection());
+            return later.enter(arguments, patience);
+        });
+        waitUntil([&role] { return role.wait_for(0s) == std::future_status::ready; }, 20s);
+        return role.get();
+    }
+    QString profile(const QString& name) const { return folder.filePath(name); }
+
+    QTemporaryDir folder;
+};
+
+TEST_F(SingleInstanceTest, HandsTheArgumentsOfASecondStartToTheFirst)
+{
+    SingleInstance first(profile(u"a"_s), newConnection());
+    ASSERT_EQ(first.enter({}), Role::first);
+    QStringList taken;
+    QObject::connect(&first, &SingleInstance::activated,
+                     [&taken](const QStringList& arguments) { taken = arguments; });
+    EXPECT_EQ(start(profile(u"a"_s), {u"one"_s, u"two words"_s}), Role::later);
+    EXPECT_EQ(taken, QStringList({u"one"_s, u"two words"_s}));
+}
+
+TEST_F(SingleInstanceTest, RunsBesideTheProgramOfAnotherProfile)
+{
+    SingleInstance one(profile(u"a"_s), newConnection());
+    SingleInstance other(profile(u"b"_s), newConnection());
+    ASSERT_EQ(one.enter({}), Role::first);
+    ASSERT_EQ(other.enter({}), Role::first);
+    QStringList taken;
+    QObject::connect(&one, &SingleInstance::activated, [&taken] { taken.append(u"one"_s); });
+    QObject::connect(&other, &SingleInstance::activated, [&taken] { taken.append(u"other"_s); });
+    EXPECT_EQ(start(profile(u"b"_s), {}), Role::later);
+    EXPECT_EQ(start(profile(u"a"_s), {}), Role::later);
+    EXPECT_EQ(taken, QStringList({u"other"_s, u"one"_s}));
+}
+
+TEST_F(SingleInstanceTest, KnowsAProfileByWhateverPathItIsReached)
+{
+    SingleInstance first(profile(u"a"_s), newConnection());
+    ASSERT_EQ(first.enter({}), Role::first);
+    ASSERT_TRUE(QFile::link(profile(u"a"_s), profile(u"link"_s)));
+    EXPECT_EQ(start(profile(u"link"_s), {}), Role::later);
+}
+
+TEST_F(SingleInstanceTest, WaitsForAProgramThatIsAboutToEnd)
+{
+    auto lock = std::make_unique<QLockFile>(profile(u"lock"_s));
+    lock->setStaleLockTime(0);
+    ASSERT_TRUE(lock->tryLock(0));
+    QTimer::singleShot(400, [&lock] { lock.reset(); });
+    EXPECT_EQ(start(folder.path(), {}), Role::first);
+}
+
+TEST_F(SingleInstanceTest, RunsNotASecondTimeWhereTheFirstDoesNotAnswer)
+{
+    QLockFile lock(profile(u"lock"_s));
+    lock.setStaleLockTime(0);
+    ASSERT_TRUE(lock.tryLock(0));
+    EXPECT_EQ(start(folder.path(), {}, 300ms), Role::refused);
+}
+
+TEST_F(SingleInstanceTest, StartsAfterAProgramThatWasKilled)
+{
+    // The number of a process that is gone.
+    QProcess gone;
+    gone.start(u"true"_s, QStringList());
+    const qint64 number = gone.processId();
+    ASSERT_TRUE(gone.waitForFinished());
+    {
+        QLockFile lock(profile(u"lock"_s));
+        ASSERT_TRUE(lock.tryLock(0));
+        QFile file(profile(u"lock"_s));
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        const QList<QByteArray> lines = file.readAll().split('\n');
+        file.close();
+        QFile::copy(profile(u"lock"_s), profile(u"kept"_s));
+        lock.unlock();
+        QFile left(profile(u"lock"_s));
+        ASSERT_TRUE(left.open(QIODevice::WriteOnly));
+        QList<QByteArray> changed = lines;
+        changed[0] = QByteArray::number(number);
+        left.write(changed.join('\n'));
+    }
+    SingleInstance next(folder.path(), newConnection());
+    EXPECT_EQ(next.enter({}, 300ms), Role::first);
+}
+
+TEST_F(SingleInstanceTest, FreesTheProfileWhenItEnds)
+{
+    {
+        SingleInstance first(folder.path(), newConnection());
+        ASSERT_EQ(first.enter({}), Role::first);
+    }
+    SingleInstance second(folder.path(), newConnection());
+    EXPECT_EQ(second.enter({}, 0ms), Role::first);
+}
+
+TEST_F(SingleInstanceTest, TakesNoMoreThanItsBounds)
+{
+    SingleInstance first(folder.path(), newConnection());
+    ASSERT_EQ(first.enter({}), Role::first);
+    QStringList taken;
+    QObject::connect(&first, &SingleInstance::activated,
+                     [&taken](const QStringList& arguments) { taken = arguments; });
+    QStringList many(SingleInstance::maxArguments + 1, u"x"_s);
+    many[0] = QString(SingleInstance::maxArgumentLength + 1, u'x');
+    EXPECT_TRUE(first.Activate(QDir(folder.path()).canonicalPath(), many));
+    EXPECT_EQ(taken.size(), SingleInstance::maxArguments - 1);
+    taken.clear();
+    EXPECT_FALSE(first.Activate(u"/elsewhere"_s, {u"x"_s}));
+    EXPECT_TRUE(taken.isEmpty());
+}
+
+} // namespace
+} // namespace Larkhaven
