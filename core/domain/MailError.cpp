@@ -4,6 +4,29 @@
 
 namespace Larkhaven {
 
+MailError MailError::connectionClosed()
+{
+    MailError error =
+        protocolError(QCoreApplication::translate("MailError", "The server closed the connection."));
+    error.m_isConnectionLost = true;
+    return error;
+}
+
+MailError MailError::connectionSilent()
+{
+    MailError error =
+        protocolError(QCoreApplication::translate("MailError", "The server stopped responding."));
+    error.m_isConnectionLost = true;
+    return error;
+}
+
+MailError MailError::afterHandingOver() const
+{
+    MailError error = *this;
+    error.m_mayHaveBeenSent = true;
+    return error;
+}
+
 QString MailError::localizedText() const
 {
     const auto tr = [](const char* text) { return QCoreApplication::translate("MailError", text); };

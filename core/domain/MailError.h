@@ -29,6 +29,13 @@ public:
     static MailError rateLimited() { return {Kind::rateLimited, 0, {}}; }
     static MailError cancelled() { return {Kind::cancelled, 0, {}}; }
 
+    /// `protocolError` "The server closed the connection.", which `isConnectionLost`.
+    static MailError connectionClosed();
+    /// `protocolError` "The server stopped responding.", which `isConnectionLost`.
+    static MailError connectionSilent();
+    /// The same failure, of a message that may have gone out all the same.
+    MailError afterHandingOver() const;
+
     Kind kind() const { return m_kind; }
 
     /// The payload of `authFailed`, `http`, `protocolError` and `unsupported`; empty for the others.
@@ -36,6 +43,15 @@ public:
 
     /// The status of `http`, 0 for the others.
     int status() const { return m_status; }
+
+    /// Whether nobody is on the other side of the connection any more: what the server has done of the command
+    /// under way isn't known, and a new connection may serve. The text doesn't decide: a server's refusal may
+    /// have the same words, and a translation has others.
+    bool isConnectionLost() const { return m_isConnectionLost; }
+
+    /// Whether a message that was to be sent may have gone out although its sending failed: the server had
+    /// all of it, and its answer never came. Sending it again may then send it twice.
+    bool mayHaveBeenSent() const { return m_mayHaveBeenSent; }
 
     QString localizedText() const override;
 
@@ -49,6 +65,8 @@ private:
     Kind m_kind;
     int m_status;
     QString m_text;
+    bool m_isConnectionLost = false;
+    bool m_mayHaveBeenSent = false;
 };
 
 } // namespace Larkhaven

@@ -205,7 +205,7 @@ Task<QList<IMAPResponse>> IMAPClient::collectResponses(QString tag,
         switch (response.kind) {
         case IMAPResponse::Kind::untagged:
             if (response.isNamed("BYE"_L1))
-                throw MailError::protocolError(tr("The server closed the connection."));
+                throw MailError::connectionClosed();
             responses.append(std::move(response));
             break;
         case IMAPResponse::Kind::continuation: {

@@ -18,8 +18,7 @@ public:
 
     /// Writes all the bytes, completing when they are written.
     virtual Task<> send(QByteArray data) = 0;
-    /// The next non-empty chunk. At the end of the stream: `MailError::protocolError` "The server closed the
-    /// connection.".
+    /// The next non-empty chunk. At the end of the stream: `MailError::connectionClosed`.
     virtual Task<QByteArray> receive() = 0;
     /// Upgrades the connection to TLS in place. A bad certificate shows up at the latest in the next `send`
     /// or `receive`.

@@ -19,11 +19,6 @@ QString tr(const char* text)
     return QCoreApplication::translate("StreamTransport", text);
 }
 
-MailError closedConnection()
-{
-    return MailError::protocolError(tr("The server closed the connection."));
-}
-
 } // namespace
 
 void StreamTransport::DeleteLater::operator()(QSslSocket* socket) const
@@ -101,7 +96,7 @@ void StreamTransport::failWithSocketError()
 {
     const QAbstractSocket::SocketError code = m_socket->error();
     if (code == QAbstractSocket::RemoteHostClosedError)
-        fail(closedConnection());
+        fail(MailError::connectionClosed());
     const QString text = m_certificateErrors.isEmpty()
                              ? QStringLiteral("%1: %2").arg(m_host, m_socket->errorString())
                              : TLSTrust::refusalText(m_host, m_certificateErrors);
@@ -125,12 +120,12 @@ bool StreamTransport::hasReadableBytes() const
 void StreamTransport::checkAlive()
 {
     if (m_isDead)
-        throw closedConnection();
+        throw MailError::connectionClosed();
     if (!hasEnded())
         return;
     if (m_socket->error() != QAbstractSocket::UnknownSocketError)
         failWithSocketError();
-    fail(closedConnection());
+    fail(MailError::connectionClosed());
 }
 
 Task<> StreamTransport::waitForEvent(QDeadlineTimer deadline)
@@ -144,7 +139,7 @@ Task<> StreamTransport::waitForEvent(QDeadlineTimer deadline)
         isOver = outcome == Wakeup::Outcome::timedOut;
     }
     if (isOver && !m_isDead)
-        fail(MailError::protocolError(tr("The server stopped responding.")));
+        fail(MailError::connectionSilent());
 }
 
 Task<> StreamTransport::send(QByteArray data)
@@ -163,7 +158,7 @@ Task<> StreamTransport::write(QByteArray piece)
         checkAlive();
     }
     if (m_socket->write(piece) != piece.size())
-        fail(closedConnection());
+        fail(MailError::connectionClosed());
     while (!isWritten()) {
         co_await waitForEvent(deadline);
         checkAlive();

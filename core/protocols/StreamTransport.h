@@ -33,8 +33,8 @@ private:
 /// A TCP connection with TLS 1.2 at least. Certificates are judged by `TLSTrust`, host name included; a bad
 /// one can't be accepted.
 ///
-/// The first failure is told as it is; after it, every `send` and `receive` fails with "The server closed the
-/// connection.". An operation keeps the transport alive until it ends.
+/// The first failure is told as it is; after it, every `send` and `receive` fails with
+/// `MailError::connectionClosed`. An operation keeps the transport alive until it ends.
 class StreamTransport final : public MailTransport, public std::enable_shared_from_this<StreamTransport> {
 public:
     /// The most that one `receive` gives, and the most that is read ahead of it, in bytes.
@@ -50,8 +50,7 @@ public:
                                                  std::chrono::milliseconds timeout = defaultTimeout);
     ~StreamTransport() override;
 
-    /// Fails as `MailTransport` tells; a time-out is `MailError::protocolError` "The server stopped
-    /// responding.".
+    /// Fails as `MailTransport` tells; a time-out is `MailError::connectionSilent`.
     Task<> send(QByteArray data) override;
     Task<QByteArray> receive() override;
     /// Fails with `MailError::protocolError` "Unexpected data before TLS." if bytes have come that nobody

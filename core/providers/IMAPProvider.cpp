@@ -39,14 +39,6 @@ MailError goneFromServer()
     return MailError::unsupported(tr("This message is no longer on the server."));
 }
 
-/// The two texts by which the transport tells that nobody is on the other side any more.
-bool isDeadConnection(const MailError& error)
-{
-    return error.kind() == MailError::Kind::protocolError &&
-           (error.text().contains("closed the connection"_L1) ||
-            error.text().contains("stopped responding"_L1));
-}
-
 bool isUID(qint64 number)
 {
     return number >= 1 && number <= std::numeric_limits<quint32>::max();
@@ -193,7 +185,7 @@ std::invoke_result_t<Body, IMAPProvider::Client> IMAPProvider::withClient(Body b
             }
         } catch (const MailError& error) {
             // A failed attempt to connect leaves no client, and is not repeated.
-            if (!canRetry || !m_client || !isDeadConnection(error))
+            if (!canRetry || !m_client || !error.isConnectionLost())
                 throw;
         }
         m_client->close();
@@ -478,7 +470,7 @@ Task<QHash<QString, qint64>> IMAPProvider::countAll(Client client, QList<MailLab
                 result.insert(entry.key, status.*entry.count);
         } catch (const MailError& error) {
             // A folder that can't be counted is left out; a dead connection is `withClient`'s to heal.
-            if (isDeadConnection(error))
+            if (error.isConnectionLost())
                 throw;
         } catch (const LocalizedError&) {
             // The network failed. The next use of the connection tells that it is dead.
@@ -785,7 +777,7 @@ Task<> IMAPProvider::finishChange(Client client, Task<> change, IsDone isDone)
         co_await change;
     } catch (const MailError& error) {
         // The first try may have done it, and only the answer to that was lost.
-        if (!m_isSecondTry || error.kind() != MailError::Kind::protocolError || isDeadConnection(error))
+        if (!m_isSecondTry || error.kind() != MailError::Kind::protocolError || error.isConnectionLost())
             throw;
         refusal = error;
     }

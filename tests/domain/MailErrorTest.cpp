@@ -39,6 +39,28 @@ TEST(MailError, KeepsItsCaseAndPayload)
     EXPECT_EQ(MailError::cancelled().text(), u"");
 }
 
+TEST(MailError, TellsALostConnectionByABitOfItsOwnAndNotByItsWords)
+{
+    for (const auto& [error, text] :
+         {std::pair{MailError::connectionClosed(), u"The server closed the connection."_s},
+          std::pair{MailError::connectionSilent(), u"The server stopped responding."_s}}) {
+        EXPECT_EQ(error.kind(), MailError::Kind::protocolError);
+        EXPECT_EQ(error.text(), text);
+        EXPECT_TRUE(error.isConnectionLost());
+        EXPECT_FALSE(error.mayHaveBeenSent());
+        EXPECT_FALSE(MailError::protocolError(text).isConnectionLost()) << "a server may use these words";
+    }
+}
+
+TEST(MailError, TellsThatAMessageMayHaveGoneOutAllTheSame)
+{
+    const MailError error = MailError::connectionSilent().afterHandingOver();
+    EXPECT_TRUE(error.mayHaveBeenSent());
+    EXPECT_TRUE(error.isConnectionLost());
+    EXPECT_EQ(error.text(), u"The server stopped responding.");
+    EXPECT_FALSE(MailError::protocolError(u"550 no"_s).mayHaveBeenSent());
+}
+
 TEST(LocalizedError, IsToldInItsOwnWordsAndEverythingElseInAGeneralSentence)
 {
     EXPECT_EQ(localizedText(std::make_exception_ptr(MailError::cancelled())), u"Cancelled.");

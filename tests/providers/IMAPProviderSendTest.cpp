@@ -467,7 +467,7 @@ public:
     Task<QByteArray> receive() override
     {
         if (m_replies.isEmpty())
-            throw MailError::protocolError(u"The server closed the connection."_s);
+            throw MailError::connectionClosed();
         co_return std::exchange(m_replies, {});
     }
     Task<> startTLS() override { co_return; }

@@ -5,6 +5,9 @@
 #include "support/IMAPScripts.h"
 #include "support/QtPrinters.h"
 
+#include <QCoreApplication>
+#include <QTranslator>
+
 #include <gtest/gtest.h>
 
 using namespace Qt::StringLiterals;
@@ -136,6 +139,37 @@ TEST(IMAPProvider, RetriesAnOperationAtMostOnce)
     EXPECT_EQ(providing.server.openings().size(), 2);
     // The next operation may heal again.
     EXPECT_EQ(await(providing->inboxUnreadCount()), 0);
+}
+
+TEST(IMAPProvider, TakesAServersRefusalInTheWordsOfALostConnectionForNoDeath)
+{
+    Providing providing(session("C: P4 STATUS \"INBOX\" (UNSEEN MESSAGES)\n"
+                                "S: P4 NO The server closed the connection. It stopped responding."));
+    expectProtocolError(providing->inboxUnreadCount(),
+                        u"The server closed the connection. It stopped responding."_s);
+    EXPECT_FALSE(providing.server.connection(0).isClosed());
+}
+
+/// Translates every text into one that has nothing of it.
+class ForeignLanguage final : public QTranslator {
+public:
+    bool isEmpty() const override { return false; }
+    QString translate(const char*, const char*, const char*, int) const override { return u"Ach!"_s; }
+};
+
+TEST(IMAPProvider, ReconnectsWhateverTheLanguageOfTheUser)
+{
+    ForeignLanguage language;
+    QCoreApplication::installTranslator(&language);
+    constexpr std::string_view count =
+        "C: P4 STATUS \"INBOX\" (UNSEEN MESSAGES)\nS: * STATUS INBOX (UNSEEN 2)\nS: P4 OK";
+    for (const std::string_view end :
+         {"[CLOSE]", "[TIMEOUT]", "S: * BYE and not the words that we know"}) {
+        Providing providing({signedIn().then("C: P4 STATUS \"INBOX\" (UNSEEN MESSAGES)").then(end),
+                             signedIn().then(count)});
+        EXPECT_EQ(await(providing->inboxUnreadCount()), 2);
+    }
+    QCoreApplication::removeTranslator(&language);
 }
 
 TEST(IMAPProvider, FailsAtOnceWhereTheConnectionIsRefused)

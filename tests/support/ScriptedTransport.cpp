@@ -63,11 +63,6 @@ QByteArray unescaped(const QByteArray& text)
     return bytes;
 }
 
-MailError closedConnection()
-{
-    return MailError::protocolError(u"The server closed the connection."_s);
-}
-
 } // namespace
 
 Script::Script(std::string_view text, Chunks chunks, const Place& where)
@@ -168,7 +163,7 @@ void ScriptedTransport::leaveScript(const QString& what) const
 void ScriptedTransport::checkConnected()
 {
     if (m_isClosed || m_isDead)
-        throw closedConnection();
+        throw MailError::connectionClosed();
     const Script::Turn now = turn();
     if (now != Script::Turn::close && now != Script::Turn::refuse)
         return;
@@ -176,7 +171,7 @@ void ScriptedTransport::checkConnected()
     advance(0);
     if (now == Script::Turn::refuse)
         throw StreamError(QAbstractSocket::ConnectionRefusedError, u"Connection refused"_s);
-    throw closedConnection();
+    throw MailError::connectionClosed();
 }
 
 Task<> ScriptedTransport::send(QByteArray data)
@@ -263,7 +258,7 @@ Task<QByteArray> ScriptedTransport::receive()
     if (turn() == Script::Turn::timeOut) {
         advance(0);
         m_isDead = true;
-        throw MailError::protocolError(u"The server stopped responding."_s);
+        throw MailError::connectionSilent();
     }
     if (turn() != Script::Turn::server)
         leaveScript(QString::fromStdString("the client waits, and ought to say " + shown(remaining())));
