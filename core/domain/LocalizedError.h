@@ -12,6 +12,11 @@ public:
     /// What the user reads. Never holds a secret or a piece of a message.
     virtual QString localizedText() const = 0;
 
+    /// Whether nobody is on the other side of a connection any more that stood before: what the server has
+    /// done of the command under way isn't known, and a new connection may serve. The text doesn't decide: a
+    /// server's refusal may have the same words, and a translation has others.
+    virtual bool isConnectionLost() const { return false; }
+
     const char* what() const noexcept override { return "Larkhaven::LocalizedError"; }
 };
 

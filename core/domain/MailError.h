@@ -44,10 +44,7 @@ public:
     /// The status of `http`, 0 for the others.
     int status() const { return m_status; }
 
-    /// Whether nobody is on the other side of the connection any more: what the server has done of the command
-    /// under way isn't known, and a new connection may serve. The text doesn't decide: a server's refusal may
-    /// have the same words, and a translation has others.
-    bool isConnectionLost() const { return m_isConnectionLost; }
+    bool isConnectionLost() const override { return m_isConnectionLost; }
 
     /// Whether a message that was to be sent may have gone out although its sending failed: the server had
     /// all of it, and its answer never came. Sending it again may then send it twice.

@@ -5,6 +5,7 @@
 #include <QByteArray>
 #include <QString>
 
+#include <chrono>
 #include <functional>
 #include <memory>
 
@@ -16,10 +17,13 @@ class MailTransport {
 public:
     virtual ~MailTransport() = default;
 
-    /// Writes all the bytes, completing when they are written.
+    /// Writes all the bytes, completing when they are written. After a failure at least the last of them has
+    /// not left.
     virtual Task<> send(QByteArray data) = 0;
     /// The next non-empty chunk. At the end of the stream: `MailError::connectionClosed`.
     virtual Task<QByteArray> receive() = 0;
+    /// The time that later calls of `receive` wait for the server, where the transport has one.
+    virtual void setReceiveTimeout(std::chrono::milliseconds) {}
     /// Upgrades the connection to TLS in place. A bad certificate shows up at the latest in the next `send`
     /// or `receive`.
     virtual Task<> startTLS() = 0;

@@ -8,6 +8,7 @@
 #include <QSslSocket>
 
 #include <algorithm>
+#include <array>
 #include <limits>
 
 namespace Larkhaven {
@@ -32,6 +33,7 @@ void StreamTransport::DeleteLater::operator()(QSslSocket* socket) const
 StreamTransport::StreamTransport(const QString& host, std::chrono::milliseconds timeout)
     : m_host(host)
     , m_timeout(timeout)
+    , m_receiveTimeout(timeout)
     , m_socket(new QSslSocket)
 {}
 
@@ -49,13 +51,15 @@ void StreamTransport::connectToHost(int port, bool implicitTLS)
 {
     QSslSocket* const socket = m_socket.get();
     const auto wake = [this] { m_wakeup.notify(); };
-    QObject::connect(socket, &QSslSocket::connected, &m_wakeup, wake);
-    QObject::connect(socket, &QSslSocket::encrypted, &m_wakeup, wake);
+    // Noted when it happens: whoever is woken may come too late to see it.
+    QObject::connect(socket, &QSslSocket::connected, &m_wakeup, [this] { noteOpen(); });
+    QObject::connect(socket, &QSslSocket::encrypted, &m_wakeup, [this] { noteOpen(); });
+    QObject::connect(socket, &QSslSocket::bytesWritten, &m_wakeup, [this] { noteWritten(); });
+    QObject::connect(socket, &QSslSocket::encryptedBytesWritten, &m_wakeup, [this] { noteWritten(); });
+    QObject::connect(socket, &QSslSocket::errorOccurred, &m_wakeup,
+                     [this](QAbstractSocket::SocketError error) { noteFailure(error); });
     QObject::connect(socket, &QSslSocket::readyRead, &m_wakeup, wake);
-    QObject::connect(socket, &QSslSocket::bytesWritten, &m_wakeup, wake);
-    QObject::connect(socket, &QSslSocket::encryptedBytesWritten, &m_wakeup, wake);
     QObject::connect(socket, &QSslSocket::disconnected, &m_wakeup, wake);
-    QObject::connect(socket, &QSslSocket::errorOccurred, &m_wakeup, wake);
     QObject::connect(socket, &QSslSocket::sslErrors, &m_wakeup,
                      [this](const QList<QSslError>& errors) { m_certificateErrors = errors; });
 
@@ -85,6 +89,27 @@ bool StreamTransport::isWritten() const
     return m_socket->bytesToWrite() == 0 && m_socket->encryptedBytesToWrite() == 0;
 }
 
+void StreamTransport::noteOpen()
+{
+    m_isOpen = m_isOpen || isReady();
+    m_wakeup.notify();
+}
+
+void StreamTransport::noteWritten()
+{
+    m_isFlushed = isWritten();
+    m_wakeup.notify();
+}
+
+void StreamTransport::noteFailure(QAbstractSocket::SocketError error)
+{
+    // After an alert or a broken record the socket stays connected, and nothing ever comes of it.
+    constexpr std::array ofTLS{QAbstractSocket::SslHandshakeFailedError, QAbstractSocket::SslInternalError,
+                               QAbstractSocket::SslInvalidUserDataError};
+    m_hasFailed = m_hasFailed || std::ranges::find(ofTLS, error) != ofTLS.end();
+    m_wakeup.notify();
+}
+
 template <typename Error>
 void StreamTransport::fail(Error error)
 {
@@ -100,13 +125,13 @@ void StreamTransport::failWithSocketError()
     const QString text = m_certificateErrors.isEmpty()
                              ? QStringLiteral("%1: %2").arg(m_host, m_socket->errorString())
                              : TLSTrust::refusalText(m_host, m_certificateErrors);
-    fail(StreamError(code, text));
+    fail(StreamError(code, text, m_isOpen ? StreamError::Stage::open : StreamError::Stage::opening));
 }
 
 bool StreamTransport::hasEnded() const
 {
     // The server may have ended the TLS stream alone, and keep the connection below it.
-    return m_socket->state() == QAbstractSocket::UnconnectedState ||
+    return m_hasFailed || m_socket->state() == QAbstractSocket::UnconnectedState ||
            m_socket->error() == QAbstractSocket::RemoteHostClosedError;
 }
 
@@ -157,25 +182,31 @@ Task<> StreamTransport::write(QByteArray piece)
         co_await waitForEvent(deadline);
         checkAlive();
     }
+    m_isFlushed = false;
     if (m_socket->write(piece) != piece.size())
         fail(MailError::connectionClosed());
-    while (!isWritten()) {
+    m_isFlushed = m_isFlushed || isWritten();
+    while (!m_isFlushed) {
         co_await waitForEvent(deadline);
-        checkAlive();
+        // A server may take everything, answer, and be gone before we look: that is no failure to write.
+        if (!m_isFlushed)
+            checkAlive();
     }
 }
 
 Task<QByteArray> StreamTransport::receive()
 {
     const auto self = shared_from_this();
-    const QDeadlineTimer deadline(m_timeout);
+    const QDeadlineTimer deadline(m_receiveTimeout);
     for (;;) {
         // What came before the end of the stream is handed out before its end is told.
         if (hasReadableBytes())
-            co_return m_socket->read(maximumRead);
+            break;
         checkAlive();
         co_await waitForEvent(deadline);
     }
+    QByteArray chunk = m_socket->read(maximumRead);
+    co_return chunk;
 }
 
 Task<> StreamTransport::startTLS()
@@ -193,6 +224,7 @@ Task<> StreamTransport::startTLS()
         fail(MailError::protocolError(tr("Unexpected data before TLS.")));
     checkAlive();
     m_wantsTLS = true;
+    m_isOpen = false;
     m_socket->startClientEncryption();
 }
 

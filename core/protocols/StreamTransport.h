@@ -18,16 +18,23 @@ namespace Larkhaven {
 /// A failure of the system's network or of TLS, in words for the user.
 class StreamError : public LocalizedError {
 public:
-    StreamError(QAbstractSocket::SocketError code, QString text)
+    enum class Stage {
+        opening, ///< the connection never stood, or its TLS
+        open,    ///< it stood: the failure means that it is lost
+    };
+    StreamError(QAbstractSocket::SocketError code, QString text, Stage stage = Stage::opening)
         : m_code(code)
         , m_text(std::move(text))
+        , m_stage(stage)
     {}
     QAbstractSocket::SocketError code() const { return m_code; }
     QString localizedText() const override { return m_text; }
+    bool isConnectionLost() const override { return m_stage == Stage::open; }
 
 private:
     QAbstractSocket::SocketError m_code;
     QString m_text;
+    Stage m_stage;
 };
 
 /// A TCP connection with TLS 1.2 at least. Certificates are judged by `TLSTrust`, host name included; a bad
@@ -56,6 +63,7 @@ public:
     /// Fails with `MailError::protocolError` "Unexpected data before TLS." if bytes have come that nobody
     /// received: whoever sent them in the clear must not be heard after the upgrade.
     Task<> startTLS() override;
+    void setReceiveTimeout(std::chrono::milliseconds timeout) override { m_receiveTimeout = timeout; }
     void close() override;
 
 private:
@@ -64,6 +72,9 @@ private:
     void connectToHost(int port, bool implicitTLS);
     bool isReady() const;
     bool isWritten() const;
+    void noteOpen();
+    void noteFailure(QAbstractSocket::SocketError error);
+    void noteWritten();
     bool hasEnded() const;
     bool hasReadableBytes() const;
     Task<> waitForEvent(QDeadlineTimer deadline);
@@ -79,10 +90,14 @@ private:
 
     QString m_host;
     std::chrono::milliseconds m_timeout;
+    std::chrono::milliseconds m_receiveTimeout;
     std::unique_ptr<QSslSocket, DeleteLater> m_socket;
     Wakeup m_wakeup;
     QList<QSslError> m_certificateErrors;
     bool m_wantsTLS = false;
+    bool m_isOpen = false;    ///< the connection has stood, in TLS where it is wanted
+    bool m_hasFailed = false; ///< of TLS, though the connection below it may stand
+    bool m_isFlushed = true;  ///< the system has all that was written
     bool m_isDead = false;
 };
 

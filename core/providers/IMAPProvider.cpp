@@ -183,7 +183,7 @@ std::invoke_result_t<Body, IMAPProvider::Client> IMAPProvider::withClient(Body b
                 auto result = co_await body(m_client);
                 co_return result;
             }
-        } catch (const MailError& error) {
+        } catch (const LocalizedError& error) {
             // A failed attempt to connect leaves no client, and is not repeated.
             if (!canRetry || !m_client || !error.isConnectionLost())
                 throw;

@@ -1,6 +1,7 @@
 #include "protocols/StreamTransport.h"
 
 #include "LoopbackServer.h"
+#include "platform/Tasks.h"
 #include "support/Await.h"
 #include "support/QtPrinters.h"
 
@@ -250,6 +251,21 @@ TEST(StreamTransport, TellsThatAServerThatReadsNothingStoppedResponding)
         EXPECT_EQ(error.text(), silentText);
     }
     expectEverythingRefused(transport);
+}
+
+TEST(StreamTransport, WaitsForAnAnswerAsLongAsItIsToldTo)
+{
+    LoopbackServer server;
+    const Transport transport = openPlain(server, impatience);
+    transport->setReceiveTimeout(patience);
+    Begun<QByteArray> receiving(transport->receive());
+    QSslSocket* const peer = server.accept();
+    await(sleepFor(3 * impatience, {}));
+    EXPECT_FALSE(receiving.isDone());
+    peer->write("late");
+    EXPECT_EQ(receiving.get(), "late");
+    transport->setReceiveTimeout(impatience);
+    expectProtocolError(transport->receive(), silentText);
 }
 
 TEST(StreamTransport, GivesEachReadItsOwnTime)
@@ -502,11 +518,11 @@ TEST(StreamTransport, JudgesTheCertificateAfterAnUpgradeAsWell)
     expectEverythingRefused(transport);
 }
 
-/// A TLS server on a thread of its own that says one thing, and then ends the TLS stream or not, and the
-/// connection or not.
+/// A TLS server on a thread of its own that says one thing, and then ends the TLS stream, the connection or
+/// neither, or breaks the stream.
 class BluntTLSServer {
 public:
-    enum class Ending { ofTLSOnly, ofTheConnectionOnly };
+    enum class Ending { ofTLSOnly, ofTheConnectionOnly, byAnAlert, byABrokenRecord, byPlainBytes };
 
     BluntTLSServer(int descriptor, const QByteArray& text, Ending ending)
         : m_thread([descriptor, text, ending] { run(descriptor, text, ending); })
@@ -525,14 +541,35 @@ private:
         SSL_set_fd(stream.get(), descriptor);
         EXPECT_EQ(SSL_accept(stream.get()), 1);
         EXPECT_EQ(SSL_write(stream.get(), text.constData(), static_cast<int>(text.size())), text.size());
-        if (ending == Ending::ofTLSOnly) {
-            SSL_shutdown(stream.get());
+        if (ending != Ending::ofTheConnectionOnly) {
+            breakStream(stream.get(), descriptor, ending);
             // Until the client has enough of it.
             char byte = 0;
             while (::read(descriptor, &byte, 1) > 0)
                 continue;
         }
         ::shutdown(descriptor, SHUT_RDWR);
+    }
+
+    static void breakStream(SSL* stream, int descriptor, Ending ending)
+    {
+        // The header of 32 bytes of sealed data, and what nobody has sealed.
+        const QByteArray brokenRecord = QByteArray::fromHex("1703030020") + QByteArray(32, '?');
+        if (ending == Ending::ofTLSOnly) {
+            SSL_shutdown(stream);
+        } else if (ending == Ending::byAnAlert) {
+            // OpenSSL complains of what it takes for the client's in a genuine alert.
+            BIO* const received = BIO_new(BIO_s_mem());
+            BIO_write(received, brokenRecord.constData(), static_cast<int>(brokenRecord.size()));
+            SSL_set0_rbio(stream, received);
+            char byte = 0;
+            EXPECT_LE(SSL_read(stream, &byte, 1), 0);
+        } else {
+            const QByteArray bytes =
+                ending == Ending::byABrokenRecord ? brokenRecord : "* OK in the clear\r\n";
+            EXPECT_EQ(::send(descriptor, bytes.constData(), static_cast<size_t>(bytes.size()), 0),
+                      bytes.size());
+        }
     }
 
     std::jthread m_thread;
@@ -554,6 +591,45 @@ void expectEnding(BluntTLSServer::Ending ending, const QByteArray& text)
         expectEverythingRefused(transport);
     }
     ::close(descriptor);
+}
+
+/// What the transport is doing when the server breaks the TLS stream.
+enum class Doing { receiving, nothing };
+
+void expectLossOfABrokenStream(BluntTLSServer::Ending ending, Doing doing)
+{
+    LoopbackServer server;
+    // A test that waited for the time-out would end by its own.
+    const Transport transport = StreamTransport::open(host, server.serverPort(), true, 1h);
+    Begun<void> sending(transport->send("x"));
+    const int descriptor = static_cast<int>(server.acceptDescriptor());
+    ASSERT_EQ(::fcntl(descriptor, F_SETFL, ::fcntl(descriptor, F_GETFL) & ~O_NONBLOCK), 0);
+    {
+        const BluntTLSServer blunt(descriptor, "farewell", ending);
+        const auto close = qScopeGuard([&] { transport->close(); });
+        sending.get();
+        EXPECT_EQ(await(transport->receive()), "farewell");
+        if (doing == Doing::nothing)
+            settle();
+        try {
+            await(transport->receive());
+            ADD_FAILURE() << "nothing failed";
+        } catch (const StreamError& error) {
+            EXPECT_TRUE(error.isConnectionLost());
+            EXPECT_TRUE(error.localizedText().startsWith(host + u": "_s));
+        }
+        expectEverythingRefused(transport);
+    }
+    ::close(descriptor);
+}
+
+TEST(StreamTransport, NoticesAnAlertABrokenRecordAndPlainBytesInMidSessionAtOnce)
+{
+    using enum BluntTLSServer::Ending;
+    for (const BluntTLSServer::Ending ending : {byAnAlert, byABrokenRecord, byPlainBytes}) {
+        for (const Doing doing : {Doing::receiving, Doing::nothing})
+            expectLossOfABrokenStream(ending, doing);
+    }
 }
 
 TEST(StreamTransport, TellsTheEndOfATLSStreamWhoseConnectionStaysOpen)
