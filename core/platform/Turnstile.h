@@ -8,12 +8,18 @@
 
 namespace Larkhaven {
 
-/// Lets one coroutine of a thread through at a time, in the order of their coming, across their waits.
+/// Lets one coroutine of a thread through at a time, in the order of their coming, across their waits. Those
+/// of the background wait until nobody else does.
 ///
 /// `const Turn turn = co_await turnstile.enter();` holds the turn for the scope. The next one goes on from
 /// the event loop, never from within the destructor of a `Turn`. Whoever enters keeps the turnstile alive.
 class Turnstile : public QObject {
 public:
+    enum class Order {
+        next,       ///< behind those who came before
+        background, ///< behind all others, whenever they come
+    };
+
     class Turn {
     public:
         explicit Turn(Turnstile& turnstile)
@@ -36,37 +42,40 @@ public:
     };
 
     /// For one `co_await`: gives the `Turn`.
-    auto enter()
+    auto enter(Order order = Order::next)
     {
         struct Awaiter {
             Turnstile& turnstile;
+            Order order;
 
             bool await_ready() const { return !std::exchange(turnstile.m_busy, true); }
             void await_suspend(std::coroutine_handle<> waiter) const
             {
-                turnstile.m_waiters.push_back(waiter);
+                (order == Order::next ? turnstile.m_waiters : turnstile.m_background).push_back(waiter);
             }
             Turn await_resume() const { return Turn(turnstile); }
         };
-        return Awaiter{*this};
+        return Awaiter{*this, order};
     }
 
 private:
     void leave()
     {
-        if (m_waiters.empty()) {
+        std::deque<std::coroutine_handle<>>& waiters = m_waiters.empty() ? m_background : m_waiters;
+        if (waiters.empty()) {
             m_busy = false;
             return;
         }
         // The turn passes on directly: nobody gets in between.
-        const std::coroutine_handle<> next = m_waiters.front();
-        m_waiters.pop_front();
+        const std::coroutine_handle<> next = waiters.front();
+        waiters.pop_front();
         QMetaObject::invokeMethod(
             this, [next] { next.resume(); }, Qt::QueuedConnection);
     }
 
     bool m_busy = false;
     std::deque<std::coroutine_handle<>> m_waiters;
+    std::deque<std::coroutine_handle<>> m_background;
 };
 
 } // namespace Larkhaven

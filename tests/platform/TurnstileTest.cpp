@@ -4,6 +4,7 @@
 #include "support/Await.h"
 #include "support/QtPrinters.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <memory>
 #include <vector>
@@ -22,9 +23,10 @@ struct Crossing {
     QStringList notes;
 };
 
-Task<> cross(std::shared_ptr<Crossing> crossing, QString name)
+Task<> cross(std::shared_ptr<Crossing> crossing, QString name,
+             Turnstile::Order order = Turnstile::Order::next)
 {
-    [[maybe_unused]] const Turnstile::Turn turn = co_await crossing->turnstile.enter();
+    [[maybe_unused]] const Turnstile::Turn turn = co_await crossing->turnstile.enter(order);
     crossing->notes.append(name + u" enters"_s);
     co_await crossing->release.wait(forever);
     crossing->notes.append(name + u" leaves"_s);
@@ -58,6 +60,25 @@ TEST(Turnstile, LetsOneThroughAtATimeInTheOrderOfTheirComing)
     }
     EXPECT_EQ(crossing->notes, QStringList({u"a enters"_s, u"a leaves"_s, u"b enters"_s, u"b leaves"_s,
                                             u"c enters"_s, u"c leaves"_s}));
+}
+
+TEST(Turnstile, LetsTheBackgroundWaitUntilNobodyElseDoes)
+{
+    const auto crossing = std::make_shared<Crossing>();
+    std::vector<Begun<void>> begun;
+    begun.emplace_back(cross(crossing, u"first"_s, Turnstile::Order::background));
+    begun.emplace_back(cross(crossing, u"count"_s, Turnstile::Order::background));
+    begun.emplace_back(cross(crossing, u"labels"_s, Turnstile::Order::background));
+    begun.emplace_back(cross(crossing, u"open"_s));
+    begun.emplace_back(cross(crossing, u"star"_s));
+    while (!std::ranges::all_of(begun, &Begun<void>::isDone)) {
+        settle();
+        crossing->release.notify();
+        settle();
+    }
+    EXPECT_EQ(crossing->notes.filter(u"enters"_s),
+              QStringList({u"first enters"_s, u"open enters"_s, u"star enters"_s, u"count enters"_s,
+                           u"labels enters"_s}));
 }
 
 TEST(Turnstile, LetsNobodyInBeforeThoseWhoWait)
