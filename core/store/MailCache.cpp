@@ -1,5 +1,6 @@
 #include "store/MailCache.h"
 
+#include "platform/RegularFile.h"
 #include "platform/Tasks.h"
 
 #include <QCryptographicHash>
@@ -36,18 +37,19 @@ bool makePath(const QString& path)
     return QDir().mkdir(path, ownerOnly) || QFileInfo(path).isDir();
 }
 
+bool writeAtomically(const QString& path, const QByteArray& bytes)
+{
+    // It would else write to where the link leads.
+    if (QFileInfo(path).isSymbolicLink())
+        QFile::remove(path);
+    QSaveFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit();
+}
+
 /// Keeps backup programs away (bford.info/cachedir).
 void excludeFromBackup(const QString& directory)
 {
-    QFile tag(directory + u"/CACHEDIR.TAG"_s);
-    if (tag.open(QIODevice::WriteOnly))
-        tag.write("Signature: 8a477f597d28d172789f06886806bc55\n");
-}
-
-bool writeAtomically(const QString& path, const QByteArray& bytes)
-{
-    QSaveFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit();
+    writeAtomically(directory + u"/CACHEDIR.TAG"_s, "Signature: 8a477f597d28d172789f06886806bc55\n");
 }
 
 std::optional<QByteArray> sealedOrNothing(const CacheCipher& cipher, const QByteArray& data)
@@ -95,8 +97,8 @@ public:
 
     std::optional<QByteArray> read(const QString& key) const
     {
-        QFile file(messagePath(key));
-        const std::optional<QByteArray> plaintext = readSealed(file);
+        QFile file;
+        const std::optional<QByteArray> plaintext = readSealed(file, messagePath(key));
         // The time of the last reading is what eviction goes by.
         if (plaintext)
             file.setFileTime(QDateTime::currentDateTimeUtc(), QFileDevice::FileModificationTime);
@@ -105,6 +107,8 @@ public:
 
     void write(const QString& key, const QByteArray& data)
     {
+        if (m_isRetired)
+            return;
         const std::optional<QByteArray> box = sealedOrNothing(*m_cipher, data);
         if (!box || !ensureDirectory(m_messages))
             return;
@@ -137,12 +141,14 @@ public:
 
     std::optional<QByteArray> readSnapshot(const QString& name) const
     {
-        QFile file(snapshotPath(name));
-        return readSealed(file);
+        QFile file;
+        return readSealed(file, snapshotPath(name));
     }
 
     void writeSnapshot(const QString& name, const QByteArray& data) const
     {
+        if (m_isRetired)
+            return;
         const std::optional<QByteArray> box = sealedOrNothing(*m_cipher, data);
         if (box && ensureDirectory(m_directory))
             writeAtomically(snapshotPath(name), *box);
@@ -156,6 +162,12 @@ public:
         m_totalBytes = 0;
     }
 
+    void retire()
+    {
+        m_isRetired = true;
+        removeAll();
+    }
+
 private:
     QString messagePath(const QString& key) const { return m_messages + u'/' + hexName(key); }
     QString snapshotPath(const QString& name) const
@@ -163,9 +175,9 @@ private:
         return m_directory + u'/' + hexName(u"snapshot:"_s + name);
     }
 
-    std::optional<QByteArray> readSealed(QFile& file) const
+    std::optional<QByteArray> readSealed(QFile& file, const QString& path) const
     {
-        if (!file.open(QIODevice::ReadOnly))
+        if (m_isRetired || !RegularFile::open(file, path) || file.size() > fileLimit)
             return std::nullopt;
         return openedOrNothing(*m_cipher, file.readAll());
     }
@@ -213,6 +225,7 @@ private:
     const std::shared_ptr<const CacheCipher> m_cipher;
     const qint64 m_maxBytes;
     std::optional<qint64> m_totalBytes; ///< absent: counted on next need
+    bool m_isRetired = false;
 };
 
 MailCache::MailCache(QString directory, std::shared_ptr<const CacheCipher> cipher, qint64 maxBytes)
@@ -268,6 +281,11 @@ Task<> MailCache::removeSnapshot(QString name)
 Task<> MailCache::removeAll()
 {
     return runOn(&m_worker, [files = m_files] { files->removeAll(); });
+}
+
+Task<> MailCache::retire()
+{
+    return runOn(&m_worker, [files = m_files] { files->retire(); });
 }
 
 } // namespace Larkhaven

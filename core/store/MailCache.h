@@ -20,12 +20,15 @@ namespace Larkhaven {
 /// for longest go until 80% of it are left. Snapshots lie in the directory itself and are never evicted.
 ///
 /// The cache may vanish at any time: a failed read is a miss, a failed write is dropped, nothing is ever
-/// reported.
+/// reported. What isn't a regular file at the place of one is a miss too.
 ///
 /// Operations are called on the main thread and run one at a time, in the order of their calls, on a worker
 /// of the cache's own. A cache may be dropped while they run: its destructor waits for those that have begun.
 class MailCache {
 public:
+    /// Files above this size in bytes are a miss (1 GiB): whatever lies there must not fill the memory.
+    static constexpr qint64 fileLimit = 0x40000000;
+
     /// Touches no file. `maxBytes` bounds the sum of the sizes of the message files.
     MailCache(QString directory, std::shared_ptr<const CacheCipher> cipher, qint64 maxBytes);
     ~MailCache();
@@ -40,8 +43,11 @@ public:
     Task<std::optional<QByteArray>> readSnapshot(QString name);
     Task<> writeSnapshot(QString name, QByteArray data);
     Task<> removeSnapshot(QString name);
-    /// Deletes everything of the account.
+    /// Deletes everything of the account. A later write makes the folders again.
     Task<> removeAll();
+    /// The same for good, for an account that is removed: every later write is dropped and every read is a
+    /// miss, so that what is still being fetched doesn't bring the folder back.
+    Task<> retire();
 
 private:
     class Files;

@@ -292,6 +292,87 @@ TEST_F(MailCacheTest, MakesItsFoldersAgainAfterEverythingWasRemoved)
     EXPECT_TRUE(QFile::exists(directory() + u"/CACHEDIR.TAG"_s));
 }
 
+TEST_F(MailCacheTest, NeverComesBackOnceItIsRetired)
+{
+    const auto cache = made();
+    await(cache->write(u"a"_s, "x"));
+    await(cache->writeSnapshot(u"imap"_s, "y"));
+    await(cache->retire());
+    EXPECT_FALSE(QFileInfo::exists(directory()));
+    // What was under way arrives.
+    await(cache->write(u"b"_s, "late"));
+    await(cache->writeSnapshot(u"imap"_s, "late"));
+    EXPECT_FALSE(QFileInfo::exists(directory()));
+    EXPECT_EQ(await(cache->read(u"b"_s)), std::nullopt);
+    EXPECT_EQ(await(cache->readSnapshot(u"imap"_s)), std::nullopt);
+    EXPECT_EQ(await(cache->usedBytes()), 0);
+    await(cache->retire());
+    await(cache->removeAll());
+    await(cache->write(u"b"_s, "later"));
+    EXPECT_FALSE(QFileInfo::exists(directory()));
+}
+
+TEST_F(MailCacheTest, DropsWritesThatWaitBehindItsRetirement)
+{
+    const auto cache = made();
+    Begun<void> first(cache->write(u"a"_s, "x"));
+    Begun<void> retiring(cache->retire());
+    Begun<void> second(cache->write(u"b"_s, "y"));
+    first.get();
+    retiring.get();
+    second.get();
+    EXPECT_FALSE(QFileInfo::exists(directory()));
+}
+
+TEST_F(MailCacheTest, MissesWhatIsNoRegularFile)
+{
+    const auto cache = made();
+    for (const QString& key : {u"pipe"_s, u"link"_s, u"folder"_s})
+        await(cache->write(key, "text"));
+    await(cache->writeSnapshot(u"imap"_s, "text"));
+    const QString snapshot = directory() + u'/' + hexName("snapshot:imap");
+    const QString kept = temporary.path() + u"/kept"_s;
+    ASSERT_TRUE(QFile::rename(messageFile("link"), kept));
+    ASSERT_TRUE(QFile::link(kept, messageFile("link")));
+    for (const QString& path : {messageFile("pipe"), snapshot}) {
+        ASSERT_TRUE(QFile::remove(path));
+        ASSERT_EQ(::mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+    }
+    ASSERT_TRUE(QFile::remove(messageFile("folder")));
+    ASSERT_TRUE(QDir().mkdir(messageFile("folder")));
+    for (const QString& key : {u"pipe"_s, u"link"_s, u"folder"_s})
+        EXPECT_EQ(await(cache->read(key)), std::nullopt) << key.toStdString();
+    EXPECT_EQ(await(cache->readSnapshot(u"imap"_s)), std::nullopt);
+    // A write takes their place, and touches nothing that a link leads to.
+    const QByteArray before = QFileInfo(kept).lastModified().toString(Qt::ISODateWithMs).toUtf8();
+    for (const QString& key : {u"pipe"_s, u"link"_s}) {
+        await(cache->write(key, "new"));
+        EXPECT_EQ(await(cache->read(key)), Bytes("new")) << key.toStdString();
+    }
+    await(cache->writeSnapshot(u"imap"_s, "new"));
+    EXPECT_EQ(await(cache->readSnapshot(u"imap"_s)), Bytes("new"));
+    EXPECT_EQ(QFileInfo(kept).lastModified().toString(Qt::ISODateWithMs).toUtf8(), before);
+    EXPECT_EQ(QFileInfo(kept).size(), 4 + overhead);
+}
+
+TEST_F(MailCacheTest, DoesNotWaitForAPipeInPlaceOfTheMarkForBackups)
+{
+    ASSERT_TRUE(QDir().mkpath(directory()));
+    ASSERT_EQ(::mkfifo(QFile::encodeName(directory() + u"/CACHEDIR.TAG"_s).constData(), 0600), 0);
+    const auto cache = made();
+    await(cache->write(u"a"_s, "x"));
+    EXPECT_EQ(await(cache->read(u"a"_s)), Bytes("x"));
+}
+
+TEST_F(MailCacheTest, MissesAFileThatIsLargerThanAnythingItWrites)
+{
+    const auto cache = made();
+    await(cache->write(u"a"_s, "x"));
+    QFile file(messageFile("a"));
+    ASSERT_TRUE(file.resize(MailCache::fileLimit + 1)); // sparse
+    EXPECT_EQ(await(cache->read(u"a"_s)), std::nullopt);
+}
+
 TEST_F(MailCacheTest, ListsItsFolderAfterARemoval)
 {
     const auto cache = made();
