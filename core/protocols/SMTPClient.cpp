@@ -61,9 +61,27 @@ bool hasMechanism(const QString& mechanisms, QLatin1StringView name)
     return false;
 }
 
+bool isASCII(const QString& address)
+{
+    return std::ranges::all_of(address, [](QChar character) { return character.unicode() < 0x80; });
+}
+
+bool isASCII(const QByteArray& data)
+{
+    return std::ranges::all_of(data, [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
+}
+
 QString base64(const QString& text)
 {
     return QString::fromLatin1(text.toUtf8().toBase64());
+}
+
+void check(const Reply& reply, Session::Codes expected)
+{
+    if (std::ranges::find(expected, reply.code) != expected.end())
+        return;
+    const QString text = Text::prefix(reply.lines.join(u' '), errorTextLimit);
+    throw MailError::protocolError(tr("The mail server said: %1 %2").arg(QString::number(reply.code), text));
 }
 
 Task<QByteArray> stuffed(QByteArray data)
@@ -104,7 +122,7 @@ Task<> verify(ServerSettings settings, MailAuth auth, TransportFactory factory)
 QString validateAddress(const QString& address)
 {
     const qsizetype at = address.indexOf(u'@');
-    const bool isValid = at > 0 && at + 1 < address.size() &&
+    const bool isValid = address.isValidUtf16() && at > 0 && at + 1 < address.size() &&
                          std::none_of(address.cbegin(), address.cbegin() + at, isSeparator) &&
                          std::none_of(address.cbegin() + at + 1, address.cend(), isSeparator);
     if (!isValid)
@@ -151,10 +169,9 @@ Task<QList<QString>> Session::command(QString text, Codes expected)
 Task<QList<QString>> Session::expect(Codes expected)
 {
     const Reply reply = co_await readReply();
-    if (std::ranges::find(expected, reply.code) != expected.end())
-        co_return reply.lines;
-    const QString text = Text::prefix(reply.lines.join(u' '), errorTextLimit);
-    throw MailError::protocolError(tr("The mail server said: %1 %2").arg(QString::number(reply.code), text));
+    check(reply, expected);
+    QList<QString> lines = reply.lines;
+    co_return lines;
 }
 
 Task<Reply> Session::readReply()
@@ -181,20 +198,35 @@ Task<Reply> Session::readReply()
 Task<> Session::open(ServerSettings settings, MailAuth auth)
 {
     co_await expect(ready);
-    QList<QString> offers = co_await command(hello(), done);
+    co_await greet();
     if (settings.smtpSecurity == ConnectionSecurity::startTLS)
-        offers = co_await upgradeToTLS(settings.smtpHost, offers);
-    const QString mechanisms = mechanismsIn(offers);
+        co_await upgradeToTLS(settings.smtpHost);
+    const QString mechanisms = mechanismsIn(m_offers);
     if (auth.password())
         co_await signIn(settings, *auth.password(), mechanisms);
     else
         co_await signInWithToken(settings, auth.manager(), mechanisms);
 }
 
-Task<QList<QString>> Session::upgradeToTLS(QString host, QList<QString> offers)
+Task<> Session::greet()
+{
+    const QList<QString> lines = co_await command(hello(), done);
+    m_offers = lines;
+}
+
+/// Whether a line of the server's is the keyword, with or without parameters (RFC 5321, 4.1.1.1).
+bool Session::offers(QLatin1StringView keyword) const
+{
+    return std::ranges::any_of(m_offers, [keyword](const QString& line) {
+        const qsizetype blank = line.indexOf(u' ');
+        return Text::asciiUppered(QStringView(line).first(blank < 0 ? line.size() : blank)) == keyword;
+    });
+}
+
+Task<> Session::upgradeToTLS(QString host)
 {
     const bool isOffered = std::ranges::any_of(
-        offers, [](const QString& offer) { return Text::asciiUppered(offer) == "STARTTLS"_L1; });
+        m_offers, [](const QString& offer) { return Text::asciiUppered(offer) == "STARTTLS"_L1; });
     if (!isOffered)
         throw MailError::unsupported(
             tr("%1 doesn't offer STARTTLS. Try SSL/TLS (usually port 465).").arg(host));
@@ -204,8 +236,7 @@ Task<QList<QString>> Session::upgradeToTLS(QString host, QList<QString> offers)
         throw MailError::protocolError(tr("Unexpected data before TLS."));
     co_await m_reader.transport().startTLS();
     // What the server said before TLS counts for nothing.
-    QList<QString> secured = co_await command(hello(), done);
-    co_return secured;
+    co_await greet();
 }
 
 Task<> Session::signIn(ServerSettings settings, QString password, QString mechanisms)
@@ -253,18 +284,61 @@ Task<int> Session::tryToken(QByteArray payload)
         co_await m_reader.transport().send("\r\n");
         reply = co_await readReply();
     }
-    co_return reply.code;
+    const int code = reply.code;
+    co_return code;
 }
 
 Task<> Session::submit(QString from, QList<QString> recipients, QByteArray data)
 {
-    co_await command(u"MAIL FROM:<"_s + validateAddress(from) + u'>', done);
+    const QString parameters = senderParameters(QList<QString>(1, from) + recipients, data);
+    co_await command(u"MAIL FROM:<"_s + validateAddress(from) + u'>' + parameters, done);
     for (const QString& recipient : std::as_const(recipients))
         co_await command(u"RCPT TO:<"_s + validateAddress(recipient) + u'>', doneOrForwarded);
     co_await command(u"DATA"_s, sendData);
     const QByteArray message = co_await stuffed(data);
     co_await m_reader.transport().send(message);
-    co_await expect(done);
+    co_await expectAcceptance();
+}
+
+/// What MAIL FROM needs for addresses beyond ASCII (RFC 6531, 3.4): SMTPUTF8, and 8BITMIME for a header that
+/// holds them.
+QString Session::senderParameters(const QList<QString>& addresses, const QByteArray& data) const
+{
+    const auto foreign =
+        std::ranges::find_if(addresses, [](const QString& address) { return !isASCII(address); });
+    if (foreign == addresses.end())
+        return {};
+    if (!offers("SMTPUTF8"_L1))
+        throw MailError::unsupported(
+            tr("“%1” has letters that this mail server doesn’t take in addresses.").arg(*foreign));
+    return offers("8BITMIME"_L1) && !isASCII(data) ? u" SMTPUTF8 BODY=8BITMIME"_s : u" SMTPUTF8"_s;
+}
+
+/// The answer to the end of the message. Only a refusal (RFC 5321, 4.2.1: 4yz or 5yz) proves that the message
+/// has not gone out.
+Task<> Session::expectAcceptance()
+{
+    m_reader.transport().setReceiveTimeout(acceptanceTimeout);
+    std::optional<Reply> reply;
+    std::optional<MailError> failure;
+    try {
+        reply = co_await readReply();
+    } catch (const MailError& error) {
+        failure = error.afterHandingOver();
+    } catch (const LocalizedError& error) {
+        failure = MailError::protocolError(error.localizedText()).afterHandingOver();
+    }
+    if (failure)
+        throw *failure;
+    m_reader.transport().setReceiveTimeout(answerTimeout);
+    try {
+        check(*reply, done);
+    } catch (const MailError& error) {
+        constexpr int transientFailures = 400;
+        constexpr int permanentFailuresEnd = 600;
+        const bool isRefusal = reply->code >= transientFailures && reply->code < permanentFailuresEnd;
+        throw isRefusal ? error : error.afterHandingOver();
+    }
 }
 
 Task<> Session::quit()

@@ -10,6 +10,7 @@
 #include <QList>
 #include <QString>
 
+#include <chrono>
 #include <memory>
 #include <span>
 
@@ -20,7 +21,10 @@
 ///   `protocolError`  the server refused a step ("The mail server said: {code} {text}"), or broke the
 ///                    protocol; or the connection failed, in the words of `MailTransport`
 ///   `notSignedIn`    the server refused the credential
-///   `unsupported`    the server offers no STARTTLS or no way to sign in that fits, or an address is none
+///   `unsupported`    the server offers no STARTTLS or no way to sign in that fits, or an address is none or
+///                    is beyond what the server takes
+/// A failure after the end of the message was sent, for which no refusal came, is a `MailError` that
+/// `mayHaveBeenSent`.
 ///
 /// Main thread. A call shares nothing with any other.
 namespace Larkhaven::SMTPClient {
@@ -35,8 +39,16 @@ inline constexpr qsizetype errorTextLimit = 300;
 /// Messages above this size in bytes are stuffed on a worker.
 inline constexpr qsizetype workerThreshold = 64 * 1024;
 
+/// How long the answer to the end of a message is waited for (RFC 5321, 4.5.3.2.6).
+inline constexpr std::chrono::minutes acceptanceTimeout{10};
+/// How long any other answer is waited for.
+inline constexpr std::chrono::minutes answerTimeout{1};
+
 /// Sends a finished message from an address to others. What must not be revealed to the recipients is not in
 /// `data`. Once the server has taken the message the call succeeds, whatever happens to the connection.
+///
+/// An address beyond ASCII needs a server with SMTPUTF8 (RFC 6531); before any address is told to one
+/// without it, the call fails with `MailError::unsupported` that names the first such address.
 Task<> send(ServerSettings settings, MailAuth auth, TransportFactory factory, QString from,
             QList<QString> recipients, QByteArray data);
 
@@ -44,7 +56,8 @@ Task<> send(ServerSettings settings, MailAuth auth, TransportFactory factory, QS
 Task<> verify(ServerSettings settings, MailAuth auth, TransportFactory factory);
 
 /// The address itself, if it can stand in a command: exactly one "@" with something before and behind it, and
-/// neither white space nor any of `<>,;"()[]\`. Otherwise fails with `MailError::unsupported`.
+/// neither white space, halves of surrogate pairs nor any of `<>,;"()[]\`. Otherwise fails with
+/// `MailError::unsupported`.
 QString validateAddress(const QString& address);
 
 /// The bytes that follow DATA (RFC 5321, 4.5.2): each line feed behind a carriage return, a dot before each
@@ -87,12 +100,17 @@ public:
     Task<> quit();
 
 private:
-    Task<QList<QString>> upgradeToTLS(QString host, QList<QString> offers);
+    Task<> greet();
+    Task<> expectAcceptance();
+    bool offers(QLatin1StringView keyword) const;
+    QString senderParameters(const QList<QString>& addresses, const QByteArray& data) const;
+    Task<> upgradeToTLS(QString host);
     Task<> signIn(ServerSettings settings, QString password, QString mechanisms);
     Task<> signInWithToken(ServerSettings settings, std::shared_ptr<TokenSource> manager, QString mechanisms);
     Task<int> tryToken(QByteArray payload);
 
     LineReader m_reader;
+    QList<QString> m_offers; ///< the lines of the last EHLO
 };
 
 } // namespace Larkhaven::SMTPClient

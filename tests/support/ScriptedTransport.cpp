@@ -196,6 +196,8 @@ void ScriptedTransport::takeFromClient(QByteArrayView data)
         break;
     }
     while (!data.isEmpty()) {
+        // The connection may end within what the client says.
+        checkConnected();
         const QByteArray expected = remaining();
         if (turn() != Script::Turn::client || expected.isEmpty())
             leaveScript(QString::fromStdString("the client says " + shown(data) +
