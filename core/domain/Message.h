@@ -88,6 +88,9 @@ struct OutgoingMessage {
     std::optional<QString> inReplyTo;
     QList<QString> references;
     std::optional<QString> threadID;
+    /// The Message-ID without its angle brackets, under which a message that is sent again is known as the
+    /// same; absent: it gets a fresh one.
+    std::optional<QString> messageID;
 
     bool operator==(const OutgoingMessage&) const = default;
 };
