@@ -194,7 +194,9 @@ QStringList messageFields(const OutgoingMessage& message, const QDateTime& date,
     addList("Bcc"_L1, message.bcc);
     fields.append("Subject: "_L1 + MailEncoding::encodeHeader(MailEncoding::headerSafe(message.subject)));
     fields.append("Date: "_L1 + MailDate::format(date));
-    fields.append("Message-ID: "_L1 + messageID(message.from.address, domain));
+    fields.append("Message-ID: "_L1 + (message.messageID
+                                           ? u'<' + MailEncoding::headerSafe(*message.messageID) + u'>'
+                                           : messageID(message.from.address, domain)));
     const QString inReplyTo = MailEncoding::headerSafe(message.inReplyTo.value_or(QString()));
     if (!inReplyTo.isEmpty())
         fields.append("In-Reply-To: "_L1 + inReplyTo);
