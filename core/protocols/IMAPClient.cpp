@@ -42,7 +42,7 @@ QList<IMAPArg> command(const Pieces&... pieces)
     return {piece(pieces)...};
 }
 
-/// The number in "[UIDVALIDITY 123]"; absent if it is no number.
+/// The number in "[UIDVALIDITY 123]"; absent if it is none, or below 0.
 std::optional<qint64> uidValidityIn(const QString& code)
 {
     constexpr qsizetype prefixLength = 12;
@@ -51,7 +51,8 @@ std::optional<qint64> uidValidityIn(const QString& code)
         number = number.sliced(1);
     while (number.endsWith(u' ') || number.endsWith(u']'))
         number.chop(1);
-    return IMAPValue::atom(number.toString()).integer();
+    const std::optional<qint64> uidValidity = IMAPValue::atom(number.toString()).integer();
+    return uidValidity.value_or(-1) < 0 ? std::nullopt : uidValidity;
 }
 
 /// Adds to the pieces of a response. Small ones are joined at once; large ones where they are parsed, so that

@@ -46,7 +46,7 @@ bool exists(const IMAPClient::ListedMailbox& mailbox)
 /// The last level of the mailbox's name, lower-case.
 QString leaf(const IMAPClient::ListedMailbox& mailbox)
 {
-    const QString name = decodeMailboxName(mailbox.name).toLower();
+    const QString name = Text::asciiLowered(decodeMailboxName(mailbox.name));
     const QString delimiter = mailbox.delimiter.value_or(QString());
     const qsizetype last = delimiter.isEmpty() ? -1 : name.lastIndexOf(delimiter);
     return last < 0 ? name : name.sliced(last + delimiter.size());

@@ -1,6 +1,7 @@
 #include "providers/IMAPSnapshot.h"
 
 #include "domain/Coding.h"
+#include "providers/IMAPMessageID.h"
 
 #include <QCoreApplication>
 #include <QJsonDocument>
@@ -15,7 +16,7 @@ namespace Larkhaven::IMAPSnapshot {
 
 namespace {
 
-IMAPBox decodedBox(const QJsonObject& object)
+IMAPBox decodedBox(const QString& mailbox, const QJsonObject& object)
 {
     IMAPBox box;
     box.uidValidity = Coding::integer(object, "uidValidity"_L1);
@@ -28,7 +29,10 @@ IMAPBox decodedBox(const QJsonObject& object)
             throw DecodingError(
                 QCoreApplication::translate("DecodingError", "The stored value “%1” can't be read.")
                     .arg("messages"_L1));
-        box.messages.insert(uid, MessageSummary::fromJSON(Coding::object(entry.value())));
+        const MessageSummary summary = MessageSummary::fromJSON(Coding::object(entry.value()));
+        // A summary of another form of ids is fetched anew.
+        if (summary.id == IMAPMessageID{uid, box.uidValidity, mailbox}.text())
+            box.messages.insert(uid, summary);
     }
     return box;
 }
@@ -40,7 +44,7 @@ IMAPBoxes decode(const QByteArray& json)
     IMAPBoxes boxes;
     const QJsonObject stored = Coding::object(Coding::parse(json));
     for (auto entry = stored.begin(); entry != stored.end(); ++entry)
-        boxes.insert(entry.key(), decodedBox(Coding::object(entry.value())));
+        boxes.insert(entry.key(), decodedBox(entry.key(), Coding::object(entry.value())));
     return boxes;
 }
 

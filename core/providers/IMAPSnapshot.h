@@ -27,7 +27,7 @@ namespace IMAPSnapshot {
 /// as well.
 inline constexpr qsizetype summaryLimit = 20'000;
 
-/// Fails with `DecodingError`.
+/// Fails with `DecodingError`. Summaries whose id isn't the one of their UID, box and mailbox are left out.
 IMAPBoxes decode(const QByteArray& json);
 QByteArray encode(const IMAPBoxes& boxes);
 

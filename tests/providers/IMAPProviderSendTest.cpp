@@ -163,7 +163,7 @@ TEST(IMAPProviderSend, RemovesTheDraftOfAMessageThatHasGoneOut)
         S: P8 OK
     )")},
                         accepting());
-    await(providing->send(someMessage(), u"9:Drafts"_s));
+    await(providing->send(someMessage(), u"9.0:Drafts"_s));
 }
 
 TEST(IMAPProviderSend, LeavesTheDraftWhereSendingFails)
@@ -171,7 +171,7 @@ TEST(IMAPProviderSend, LeavesTheDraftWhereSendingFails)
     for (const std::string_view refusal :
          {"C: MAIL FROM:<ann@x.example>\nS: 550 no", "[CLOSE]", "C: MAIL FROM:<ann@x.example>\n[TIMEOUT]"}) {
         Providing providing({}, {smtpSession(refusal)});
-        Begun<void> sending(providing->send(someMessage(), u"9:Drafts"_s));
+        Begun<void> sending(providing->send(someMessage(), u"9.0:Drafts"_s));
         EXPECT_THROW(sending.get(), MailError);
         EXPECT_TRUE(providing.server.openings().isEmpty()) << "nothing else happens";
     }
@@ -216,7 +216,7 @@ TEST(IMAPProviderSend, NeverTellsAFailureAfterTheServerHasTakenTheMessage)
     };
     for (const QList<Script>& scripts : copies) {
         Providing providing(scripts, {smtpSession(handover).then("S: 250 taken\nC: QUIT\n[CLOSE]")});
-        await(providing->send(someMessage(), u"9:Drafts"_s));
+        await(providing->send(someMessage(), u"9.0:Drafts"_s));
         EXPECT_EQ(providing.smtp.openings().size(), 1);
     }
 }
@@ -347,7 +347,7 @@ TEST(IMAPProviderDrafts, RemovesTheOldDraftOnlyAfterTheNewOneIsStored)
         C: P8 UID EXPUNGE 9
         S: P8 OK
     )")});
-    await(providing->saveDraft(someMessage(), u"9:Drafts"_s));
+    await(providing->saveDraft(someMessage(), u"9.0:Drafts"_s));
     Providing refused(session(R"(
         C: P4 LIST "" "*"
         S: * LIST () "/" Drafts
@@ -355,13 +355,13 @@ TEST(IMAPProviderDrafts, RemovesTheOldDraftOnlyAfterTheNewOneIsStored)
         C: P5 APPEND "Drafts" (\Draft \Seen) [LITERAL]
         S: P5 NO over quota
     )"));
-    expectProtocolError(refused->saveDraft(someMessage(), u"9:Drafts"_s), u"over quota"_s);
+    expectProtocolError(refused->saveDraft(someMessage(), u"9.0:Drafts"_s), u"over quota"_s);
 }
 
 TEST(IMAPProviderDrafts, StoresADraftThoughTheOldOneCannotBeRemoved)
 {
     Providing providing({session(draftsListed).first().then("C: P6 SELECT \"Drafts\"\nS: P6 NO no")});
-    await(providing->saveDraft(someMessage(), u"9:Drafts"_s));
+    await(providing->saveDraft(someMessage(), u"9.0:Drafts"_s));
     Providing nameless(session(draftsListed));
     await(nameless->saveDraft(someMessage(), u"nonsense"_s));
 }
@@ -374,17 +374,19 @@ TEST(IMAPProviderDrafts, StoresADraftAgainOnAFreshConnection)
     await(providing->saveDraft(someMessage(), std::nullopt));
 }
 
-TEST_F(CachedIMAPProvider, RemovesNoOtherMessageInPlaceOfADraft)
+TEST(IMAPProviderDrafts, RemovesNoOtherMessageInPlaceOfADraft)
 {
-    // The number of the draft belongs to another message under another UIDVALIDITY.
-    const auto files = cache();
-    IMAPBoxes boxes;
-    boxes.insert(u"Drafts"_s, {7, {}});
-    await(files->writeSnapshot(u"imap"_s, IMAPSnapshot::encode(boxes)));
+    // The number of the draft belongs to another message under another UIDVALIDITY, or the id is of another
+    // form.
     Providing providing(
-        {session(draftsListed).first().then("C: P6 SELECT \"Drafts\"\nS: * OK [UIDVALIDITY 8]\nS: P6 OK")},
-        files);
-    await(providing->saveDraft(someMessage(), u"9:Drafts"_s));
+        {session(draftsListed).first().then("C: P6 SELECT \"Drafts\"\nS: * OK [UIDVALIDITY 8]\nS: P6 OK")});
+    await(providing->saveDraft(someMessage(), u"9.7:Drafts"_s));
+    Providing old(session(draftsListed));
+    await(old->saveDraft(someMessage(), u"9:Drafts"_s));
+    Providing sending(
+        {session(sentCopy).first().then("C: P6 SELECT \"Drafts\"\nS: * OK [UIDVALIDITY 8]\nS: P6 OK")},
+        accepting());
+    await(sending->send(someMessage(), u"9.7:Drafts"_s));
 }
 
 // --- The test of new settings

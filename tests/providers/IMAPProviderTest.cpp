@@ -95,8 +95,8 @@ TEST(IMAPProvider, RunsOperationsThatBeginTogetherOneAfterTheOther)
         S: * STATUS INBOX (UNSEEN 2 MESSAGES 9)
         S: P7 OK
     )"));
-    Begun<QByteArray> first(providing->fetchRaw(u"3:INBOX"_s));
-    Begun<QByteArray> second(providing->fetchRaw(u"5:INBOX"_s));
+    Begun<QByteArray> first(providing->fetchRaw(u"3.7:INBOX"_s));
+    Begun<QByteArray> second(providing->fetchRaw(u"5.7:INBOX"_s));
     Begun<qint64> third(providing->inboxUnreadCount());
     EXPECT_EQ(third.get(), 2);
     EXPECT_EQ(second.get(), "five");
@@ -127,7 +127,7 @@ TEST(IMAPProvider, RunsTheWholeOperationAgainOnAFreshConnection)
              "C: P4 SELECT \"INBOX\"\nS: P4 OK\nC: P5 UID STORE 3 +FLAGS.SILENT (\\Seen)\n[CLOSE]"),
          signedIn().then(
              "C: P4 SELECT \"INBOX\"\nS: P4 OK\nC: P5 UID STORE 3 +FLAGS.SILENT (\\Seen)\nS: P5 OK")});
-    await(providing->setRead(true, {u"3:INBOX"_s}));
+    await(providing->setRead(true, {u"3.0:INBOX"_s}));
 }
 
 TEST(IMAPProvider, RetriesAnOperationAtMostOnce)
@@ -163,10 +163,9 @@ TEST(IMAPProvider, ReconnectsWhateverTheLanguageOfTheUser)
     QCoreApplication::installTranslator(&language);
     constexpr std::string_view count =
         "C: P4 STATUS \"INBOX\" (UNSEEN MESSAGES)\nS: * STATUS INBOX (UNSEEN 2)\nS: P4 OK";
-    for (const std::string_view end :
-         {"[CLOSE]", "[TIMEOUT]", "S: * BYE and not the words that we know"}) {
-        Providing providing({signedIn().then("C: P4 STATUS \"INBOX\" (UNSEEN MESSAGES)").then(end),
-                             signedIn().then(count)});
+    for (const std::string_view end : {"[CLOSE]", "[TIMEOUT]", "S: * BYE and not the words that we know"}) {
+        Providing providing(
+            {signedIn().then("C: P4 STATUS \"INBOX\" (UNSEEN MESSAGES)").then(end), signedIn().then(count)});
         EXPECT_EQ(await(providing->inboxUnreadCount()), 2);
     }
     QCoreApplication::removeTranslator(&language);
@@ -213,7 +212,7 @@ TEST(IMAPProvider, HealsAfterAResponseThatWasTooLarge)
                          "S: * 1 FETCH (UID 3 BODY[] {104857601}"),
          signedIn().then(
              "C: P4 STATUS \"INBOX\" (UNSEEN MESSAGES)\nS: * STATUS INBOX (UNSEEN 4)\nS: P4 OK")});
-    expectProtocolError(providing->fetchRaw(u"3:INBOX"_s), u"Server response too large."_s);
+    expectProtocolError(providing->fetchRaw(u"3.0:INBOX"_s), u"Server response too large."_s);
     EXPECT_EQ(await(providing->inboxUnreadCount()), 4);
 }
 
@@ -360,7 +359,7 @@ TEST(IMAPProvider, TakesAnArchiveWhoseCreationWasDoneBeforeForDone)
                                          "C: P5 CREATE \"Archive\"\nS: P5 NO there is one\n"
                                          "C: P6 LIST \"\" \"*\"\nS: * LIST () \"/\" Archive\nS: P6 OK\n"
                                          "C: P7 UID MOVE 3 \"Archive\"\nS: P7 OK")});
-    await(providing->archive({u"3:INBOX"_s}));
+    await(providing->archive({u"3.0:INBOX"_s}));
 }
 
 TEST(IMAPProvider, PassesTheRefusalOfASecondTryOnWhereTheListDoesNotShowTheChange)
@@ -403,14 +402,14 @@ TEST(IMAPProvider, PutsNoLabelsOnMessages)
 {
     Providing providing({});
     for (const bool applied : {true, false})
-        expectUnsupported(providing->setLabel({u"Work"_s, u"Work"_s}, applied, {u"1:INBOX"_s}),
+        expectUnsupported(providing->setLabel({u"Work"_s, u"Work"_s}, applied, {u"1.0:INBOX"_s}),
                           u"Labels can't be added to messages in this account; use Move To."_s);
 }
 
 TEST(IMAPProvider, HasNoConversationsAndAsksNobodyForThem)
 {
     Providing providing({});
-    EXPECT_EQ(await(providing->threadID(u"1:INBOX"_s)), std::nullopt);
+    EXPECT_EQ(await(providing->threadID(u"1.0:INBOX"_s)), std::nullopt);
     EXPECT_EQ(await(providing->threadID(u"unknown"_s)), std::nullopt);
 }
 
@@ -426,33 +425,33 @@ QStringList shown(const QList<IMAPArg>& args)
 
 TEST(IMAPSearch, AsksForEverythingOrForTheFlagged)
 {
-    EXPECT_EQ(shown(IMAPProvider::searchArgs(inbox, std::nullopt)), QStringList(u"ALL"_s));
-    EXPECT_EQ(shown(IMAPProvider::searchArgs(inbox, u"   "_s)), QStringList(u"ALL"_s));
-    EXPECT_EQ(shown(IMAPProvider::searchArgs(starred, std::nullopt)), QStringList(u"FLAGGED"_s));
-    EXPECT_EQ(shown(IMAPProvider::searchArgs(starred, u" "_s)), QStringList(u"FLAGGED"_s));
+    EXPECT_EQ(shown(IMAPListings::searchArgs(inbox, std::nullopt)), QStringList(u"ALL"_s));
+    EXPECT_EQ(shown(IMAPListings::searchArgs(inbox, u"   "_s)), QStringList(u"ALL"_s));
+    EXPECT_EQ(shown(IMAPListings::searchArgs(starred, std::nullopt)), QStringList(u"FLAGGED"_s));
+    EXPECT_EQ(shown(IMAPListings::searchArgs(starred, u" "_s)), QStringList(u"FLAGGED"_s));
 }
 
 TEST(IMAPSearch, AsksForAText)
 {
-    EXPECT_EQ(shown(IMAPProvider::searchArgs(inbox, u" invoice "_s)),
+    EXPECT_EQ(shown(IMAPListings::searchArgs(inbox, u" invoice "_s)),
               QStringList({u"TEXT "_s, u"\"invoice\""_s}));
-    EXPECT_EQ(shown(IMAPProvider::searchArgs(starred, u"invoice"_s)),
+    EXPECT_EQ(shown(IMAPListings::searchArgs(starred, u"invoice"_s)),
               QStringList({u"FLAGGED "_s, u"TEXT "_s, u"\"invoice\""_s}));
 }
 
 TEST(IMAPSearch, AsksForASenderInAnyCaseOfTheOperatorAndKeepsTheTerms)
 {
-    EXPECT_EQ(shown(IMAPProvider::searchArgs(inbox, u"from:   ann"_s)),
+    EXPECT_EQ(shown(IMAPListings::searchArgs(inbox, u"from:   ann"_s)),
               QStringList({u"FROM "_s, u"\"ann\""_s}));
-    EXPECT_EQ(shown(IMAPProvider::searchArgs(inbox, u"FROM:Ann"_s)), QStringList({u"FROM "_s, u"\"Ann\""_s}));
-    EXPECT_EQ(shown(IMAPProvider::searchArgs(inbox, u"from:"_s)), QStringList({u"FROM "_s, u"\"\""_s}));
-    EXPECT_EQ(shown(IMAPProvider::searchArgs(inbox, u"x from:ann"_s)),
+    EXPECT_EQ(shown(IMAPListings::searchArgs(inbox, u"FROM:Ann"_s)), QStringList({u"FROM "_s, u"\"Ann\""_s}));
+    EXPECT_EQ(shown(IMAPListings::searchArgs(inbox, u"from:"_s)), QStringList({u"FROM "_s, u"\"\""_s}));
+    EXPECT_EQ(shown(IMAPListings::searchArgs(inbox, u"x from:ann"_s)),
               QStringList({u"TEXT "_s, u"\"x from:ann\""_s}));
 }
 
 TEST(IMAPSearch, TellsTheCharsetWhereATermIsNoASCII)
 {
-    EXPECT_EQ(shown(IMAPProvider::searchArgs(starred, u"Grüße"_s)),
+    EXPECT_EQ(shown(IMAPListings::searchArgs(starred, u"Grüße"_s)),
               QStringList({u"CHARSET UTF-8 "_s, u"FLAGGED "_s, u"TEXT "_s, u"literal Grüße"_s}));
 }
 
@@ -464,14 +463,6 @@ TEST(IMAPProvider, SendsANonASCIISearchTermAsALiteral)
              .client("\xC3\xBC\r\n")
              .then("S: * SEARCH\nS: P5 OK")});
     EXPECT_EQ(providing.list(inbox, 0, 50, true, u"ü"_s).total, 0);
-}
-
-TEST(IMAPSearch, GroupsIDsByMailboxAtTheFirstColon)
-{
-    const QMap<QString, QList<qint64>> groups =
-        IMAPProvider::groupIDs({u"5:INBOX"_s, u"3:INBOX"_s, u"1:a:b"_s, u"abc"_s, u":INBOX"_s, u"x:INBOX"_s,
-                                u"4"_s, u""_s, u"1 :INBOX"_s});
-    EXPECT_EQ(groups, (QMap<QString, QList<qint64>>{{u"INBOX"_s, {5, 3}}, {u"a:b"_s, {1}}}));
 }
 
 // --- Listing
@@ -493,7 +484,7 @@ TEST(IMAPProvider, ListsAPageNewestFirstWithWhatItsHeadersTell)
              .then("S: P6 OK\nC: P7 LIST \"\" \"*\"\nS: * LIST () \".\" INBOX\nS: P7 OK")});
     const MessagePage page = providing.list();
     MessageSummary expected;
-    expected.id = u"9:INBOX"_s;
+    expected.id = u"9.7:INBOX"_s;
     expected.accountID = someAccount().id;
     expected.from = EmailAddress(u"Jürgen"_s, u"j@x.example"_s);
     expected.to = {EmailAddress(std::nullopt, u"ann@x.example"_s),
@@ -552,11 +543,11 @@ TEST(IMAPProvider, ListsPagesOfTheSameListingWithoutASearch)
         S: P8 OK
     )"));
     const MessagePage first = providing.list(inbox, 0, 2, false);
-    EXPECT_EQ(idsOf(first), QStringList({u"5:INBOX"_s, u"4:INBOX"_s}));
+    EXPECT_EQ(idsOf(first), QStringList({u"5.7:INBOX"_s, u"4.7:INBOX"_s}));
     EXPECT_TRUE(first.hasMore);
     EXPECT_EQ(first.total, 3) << "what is no UID, and doubles, don't count";
     const MessagePage second = providing.list(inbox, 2, 2, false);
-    EXPECT_EQ(idsOf(second), QStringList(u"3:INBOX"_s));
+    EXPECT_EQ(idsOf(second), QStringList(u"3.7:INBOX"_s));
     EXPECT_FALSE(second.hasMore);
     EXPECT_EQ(await(providing->lastPageOffset(inbox, std::nullopt, 2)), 2);
     EXPECT_EQ(await(providing->lastPageOffset(inbox, std::nullopt, 0)), 0);
@@ -594,7 +585,7 @@ TEST(IMAPProvider, ShowsAMessageThatWasReadElsewhereAsReadWithoutFetchingItsHead
     EXPECT_FALSE(page.messages[0].isRead);
     EXPECT_TRUE(page.messages[0].isStarred);
     page = providing.list();
-    EXPECT_EQ(idsOf(page), QStringList({u"5:INBOX"_s, u"3:INBOX"_s}));
+    EXPECT_EQ(idsOf(page), QStringList({u"5.7:INBOX"_s, u"3.7:INBOX"_s}));
     EXPECT_TRUE(page.messages[0].isRead);
     EXPECT_FALSE(page.messages[0].isStarred);
     EXPECT_EQ(page.messages[0].subject, u"five");
@@ -609,7 +600,7 @@ TEST(IMAPProvider, LeavesAMessageOutThatVanishedMeanwhile)
     )")});
     providing.list();
     const MessagePage page = providing.list(inbox, 0, 50, false);
-    EXPECT_EQ(idsOf(page), QStringList(u"3:INBOX"_s));
+    EXPECT_EQ(idsOf(page), QStringList(u"3.7:INBOX"_s));
     EXPECT_EQ(page.total, 2);
 }
 
@@ -628,7 +619,7 @@ TEST(IMAPProvider, FetchesEverythingAnewAfterUIDVALIDITYChanged)
     )")});
     providing.list();
     const MessagePage page = providing.list();
-    ASSERT_EQ(idsOf(page), QStringList(u"3:INBOX"_s));
+    ASSERT_EQ(idsOf(page), QStringList(u"3.8:INBOX"_s));
     EXPECT_EQ(page.messages[0].subject, u"another");
 }
 
@@ -686,7 +677,7 @@ TEST(IMAPProvider, DoesNotLetAnUnaskedFetchBlankASummary)
         S: P7 OK
     )"));
     const MessagePage page = providing.list();
-    ASSERT_EQ(idsOf(page), QStringList(u"3:INBOX"_s));
+    ASSERT_EQ(idsOf(page), QStringList(u"3.0:INBOX"_s));
     EXPECT_EQ(page.messages[0].subject, u"three");
 }
 
@@ -729,7 +720,7 @@ TEST_F(CachedIMAPProvider, ForgetsSummariesThatTheMailboxHoldsNoMore)
         )")},
                             files);
         providing.list();
-        EXPECT_EQ(idsOf(providing.list()), QStringList(u"5:INBOX"_s));
+        EXPECT_EQ(idsOf(providing.list()), QStringList(u"5.7:INBOX"_s));
     }
     const IMAPBoxes boxes = IMAPSnapshot::decode(await(files->readSnapshot(u"imap"_s)).value());
     EXPECT_EQ(boxes.value(u"INBOX"_s).messages.keys(), QList<qint64>(1, 5));
@@ -774,7 +765,7 @@ TEST_F(CachedIMAPProvider, DropsTheOldestOfTwentyThousandAndOneSummariesAtTheNex
     IMAPBox box{7, {}};
     for (qint64 uid = 1; uid <= 20'001; ++uid) {
         MessageSummary summary;
-        summary.id = QString::number(uid) + u":Old"_s;
+        summary.id = QString::number(uid) + u".7:Old"_s;
         summary.date = QDateTime::fromSecsSinceEpoch(1'000'000'000 + uid, Qt::UTC);
         box.messages.insert(uid, summary);
     }
@@ -785,7 +776,7 @@ TEST_F(CachedIMAPProvider, DropsTheOldestOfTwentyThousandAndOneSummariesAtTheNex
         Providing providing(session("C: P4 SELECT \"Old\"\nS: * OK [UIDVALIDITY 7]\nS: P4 OK\n"
                                     "C: P5 UID STORE 7 +FLAGS.SILENT (\\Seen)\nS: P5 OK"),
                             files);
-        await(providing->setRead(true, {u"7:Old"_s}));
+        await(providing->setRead(true, {u"7.7:Old"_s}));
     }
     const IMAPBoxes kept = IMAPSnapshot::decode(await(files->readSnapshot(u"imap"_s)).value());
     EXPECT_EQ(kept.value(u"Old"_s).messages.size(), 20'000);
@@ -833,7 +824,7 @@ TEST(IMAPProvider, ShowsThePathOfAFolderInItsRows)
     const MessagePage page = providing.list(MailboxRef::label({u"INBOX.Work.&APw-"_s, u"Work/ü"_s}));
     ASSERT_EQ(page.messages.size(), 1);
     EXPECT_EQ(page.messages[0].mailbox, u"Work/ü");
-    EXPECT_EQ(page.messages[0].id, u"1:INBOX.Work.&APw-");
+    EXPECT_EQ(page.messages[0].id, u"1.0:INBOX.Work.&APw-");
 }
 
 // --- Counts
@@ -881,7 +872,7 @@ TEST(IMAPProvider, CountsAgainOnAFreshConnectionWhereTheOldOneIsDead)
 TEST(IMAPProvider, KnowsNoMessageByAnIDThatItCannotRead)
 {
     Providing providing({});
-    for (const QString& id : {u"abc"_s, u""_s, u":INBOX"_s, u"x:INBOX"_s})
+    for (const QString& id : {u"abc"_s, u""_s, u":INBOX"_s, u"x:INBOX"_s, u"3:INBOX"_s})
         expectProtocolError(providing->fetchRaw(id), u"Unknown message."_s);
 }
 
@@ -892,8 +883,8 @@ TEST_F(CachedIMAPProvider, FetchesAMessageOnceWhereItKnowsTheMailbox)
             "C: P8 UID FETCH 3 (UID BODY.PEEK[])\nS: * 1 FETCH (UID 3 BODY[] {5}\nS: hello)\nS: P8 OK")},
         cache());
     providing.list();
-    EXPECT_EQ(await(providing->fetchRaw(u"3:INBOX"_s)), "hello");
-    EXPECT_EQ(await(providing->fetchRaw(u"3:INBOX"_s)), "hello");
+    EXPECT_EQ(await(providing->fetchRaw(u"3.7:INBOX"_s)), "hello");
+    EXPECT_EQ(await(providing->fetchRaw(u"3.7:INBOX"_s)), "hello");
 }
 
 TEST_F(CachedIMAPProvider, AsksTheServerWhereItDoesNotKnowTheMailboxAndFillsTheCache)
@@ -905,9 +896,9 @@ TEST_F(CachedIMAPProvider, AsksTheServerWhereItDoesNotKnowTheMailboxAndFillsTheC
                 "C: P6 UID FETCH 3 (UID BODY.PEEK[])\nS: * 1 FETCH (UID 3 BODY[] two)\nS: P6 OK"),
         files);
     await(files->write(u"imap:7:3:INBOX"_s, "cached"));
-    EXPECT_EQ(await(providing->fetchRaw(u"3:INBOX"_s)), "one");
+    EXPECT_EQ(await(providing->fetchRaw(u"3.7:INBOX"_s)), "one");
     EXPECT_EQ(await(files->read(u"imap:7:3:INBOX"_s)), "one");
-    EXPECT_EQ(await(providing->fetchRaw(u"3:INBOX"_s)), "two");
+    EXPECT_EQ(await(providing->fetchRaw(u"3.7:INBOX"_s)), "two");
 }
 
 TEST_F(CachedIMAPProvider, ServesNoOtherMessageAfterUIDVALIDITYChanged)
@@ -918,7 +909,7 @@ TEST_F(CachedIMAPProvider, ServesNoOtherMessageAfterUIDVALIDITYChanged)
         {listedOnce("C: P8 UID FETCH 3 (UID BODY.PEEK[])\nS: * 1 FETCH (UID 3 BODY[] one)\nS: P8 OK")},
         files);
     providing.list();
-    EXPECT_EQ(await(providing->fetchRaw(u"3:INBOX"_s)), "one");
+    EXPECT_EQ(await(providing->fetchRaw(u"3.7:INBOX"_s)), "one");
     EXPECT_EQ(await(files->read(u"imap:7:3:INBOX"_s)), "one");
 }
 
@@ -927,8 +918,8 @@ TEST(IMAPProvider, TellsThatAMessageIsGone)
     Providing providing(
         session("C: P4 SELECT \"INBOX\"\nS: P4 OK\nC: P5 UID FETCH 3 (UID BODY.PEEK[])\nS: P5 OK\n"
                 "C: P6 UID FETCH 3 (UID BODY.PEEK[])\nS: * 1 FETCH (UID 3 BODY[] NIL)\nS: P6 OK"));
-    expectUnsupported(providing->fetchRaw(u"3:INBOX"_s), goneText);
-    expectUnsupported(providing->fetchRaw(u"3:INBOX"_s), goneText);
+    expectUnsupported(providing->fetchRaw(u"3.0:INBOX"_s), goneText);
+    expectUnsupported(providing->fetchRaw(u"3.0:INBOX"_s), goneText);
 }
 
 TEST(IMAPProvider, TakesNoOtherMessageForTheOneThatItAskedFor)
@@ -949,16 +940,16 @@ TEST(IMAPProvider, TakesNoOtherMessageForTheOneThatItAskedFor)
         S: * 9 FETCH (UID 4 BODY[] other)
         S: P7 OK
     )"));
-    EXPECT_EQ(await(providing->fetchRaw(u"3:INBOX"_s)), "right");
-    EXPECT_EQ(await(providing->fetchRaw(u"3:INBOX"_s)), "nameless");
-    expectUnsupported(providing->fetchRaw(u"3:INBOX"_s), goneText);
+    EXPECT_EQ(await(providing->fetchRaw(u"3.0:INBOX"_s)), "right");
+    EXPECT_EQ(await(providing->fetchRaw(u"3.0:INBOX"_s)), "nameless");
+    expectUnsupported(providing->fetchRaw(u"3.0:INBOX"_s), goneText);
 }
 
 TEST(IMAPProvider, TakesTheMailboxOfAnIDFromBehindTheFirstColon)
 {
     Providing providing(session("C: P4 SELECT \"a:b\"\nS: P4 OK\nC: P5 UID FETCH 3 (UID BODY.PEEK[])\nS: * 1 "
                                 "FETCH (UID 3 BODY[] x)\nS: P5 OK"));
-    EXPECT_EQ(await(providing->fetchRaw(u"3:a:b"_s)), "x");
+    EXPECT_EQ(await(providing->fetchRaw(u"3.0:a:b"_s)), "x");
 }
 
 // --- Another UIDVALIDITY
@@ -968,11 +959,11 @@ TEST(IMAPProvider, TouchesNothingWhereTheMailboxWasMadeUnderAnotherUIDVALIDITY)
     Providing providing({listedOnce("[CLOSE]"),
                          signedIn().then("C: P4 SELECT \"INBOX\"\nS: * OK [UIDVALIDITY 8]\nS: P4 OK")});
     providing.list();
-    expectUnsupported(providing->setRead(true, {u"3:INBOX"_s}), goneText);
-    expectUnsupported(providing->setStarred(false, {u"3:INBOX"_s}), goneText);
-    expectUnsupported(providing->trash({u"3:INBOX"_s}), goneText);
-    expectUnsupported(providing->moveToLabel({u"3:INBOX"_s}, {u"x"_s, u"x"_s}), goneText);
-    expectUnsupported(providing->fetchRaw(u"3:INBOX"_s), goneText);
+    expectUnsupported(providing->setRead(true, {u"3.7:INBOX"_s}), goneText);
+    expectUnsupported(providing->setStarred(false, {u"3.7:INBOX"_s}), goneText);
+    expectUnsupported(providing->trash({u"3.7:INBOX"_s}), goneText);
+    expectUnsupported(providing->moveToLabel({u"3.7:INBOX"_s}, {u"x"_s, u"x"_s}), goneText);
+    expectUnsupported(providing->fetchRaw(u"3.7:INBOX"_s), goneText);
 }
 
 // --- Flags
@@ -989,7 +980,7 @@ TEST(IMAPProvider, SetsTheReadFlagWithOneStoreForEachMailbox)
         C: P7 UID STORE 9 +FLAGS.SILENT (\Seen)
         S: P7 OK
     )"));
-    await(providing->setRead(true, {u"5:INBOX"_s, u"9:Work"_s, u"3:INBOX"_s, u"4:INBOX"_s, u"abc"_s}));
+    await(providing->setRead(true, {u"5.0:INBOX"_s, u"9.0:Work"_s, u"3.0:INBOX"_s, u"4.0:INBOX"_s}));
 }
 
 TEST(IMAPProvider, TakesFlagsAway)
@@ -998,9 +989,9 @@ TEST(IMAPProvider, TakesFlagsAway)
         session("C: P4 SELECT \"INBOX\"\nS: P4 OK\nC: P5 UID STORE 3 -FLAGS.SILENT (\\Seen)\nS: P5 OK\n"
                 "C: P6 UID STORE 3 -FLAGS.SILENT (\\Flagged)\nS: P6 OK\n"
                 "C: P7 UID STORE 3 +FLAGS.SILENT (\\Flagged)\nS: P7 OK"));
-    await(providing->setRead(false, {u"3:INBOX"_s}));
-    await(providing->setStarred(false, {u"3:INBOX"_s}));
-    await(providing->setStarred(true, {u"3:INBOX"_s}));
+    await(providing->setRead(false, {u"3.0:INBOX"_s}));
+    await(providing->setStarred(false, {u"3.0:INBOX"_s}));
+    await(providing->setStarred(true, {u"3.0:INBOX"_s}));
 }
 
 TEST(IMAPProvider, SearchesAnewAfterAFlagWasSet)
@@ -1016,7 +1007,7 @@ TEST(IMAPProvider, SearchesAnewAfterAFlagWasSet)
         S: P10 OK
     )")});
     providing.list();
-    await(providing->setRead(true, {u"5:INBOX"_s}));
+    await(providing->setRead(true, {u"5.7:INBOX"_s}));
     EXPECT_EQ(providing.list(inbox, 0, 50, false).total, 1);
 }
 
@@ -1028,11 +1019,58 @@ TEST_F(CachedIMAPProvider, KeepsALocalChangeThatTheServerRefused)
                                         "C: P9 UID STORE 5 +FLAGS.SILENT (\\Flagged)\nS: P9 OK")},
                             files);
         providing.list();
-        expectProtocolError(providing->setRead(true, {u"5:INBOX"_s}), u"no"_s);
-        await(providing->setStarred(true, {u"5:INBOX"_s}));
+        expectProtocolError(providing->setRead(true, {u"5.7:INBOX"_s}), u"no"_s);
+        await(providing->setStarred(true, {u"5.7:INBOX"_s}));
     }
     const IMAPBoxes boxes = IMAPSnapshot::decode(await(files->readSnapshot(u"imap"_s)).value());
     EXPECT_TRUE(boxes.value(u"INBOX"_s).messages.value(5).isRead);
+}
+
+TEST(IMAPProvider, TouchesNothingForAnIDOfTheOldForm)
+{
+    Providing providing({});
+    const QStringList ids({u"5.7:INBOX"_s, u"3:INBOX"_s});
+    const QString unknown = u"Unknown message."_s;
+    expectProtocolError(providing->setRead(true, ids), unknown);
+    expectProtocolError(providing->setStarred(true, ids), unknown);
+    expectProtocolError(providing->archive(ids), unknown);
+    expectProtocolError(providing->trash(ids), unknown);
+    expectProtocolError(providing->markSpam(ids), unknown);
+    expectProtocolError(providing->moveToInbox(ids), unknown);
+    expectProtocolError(providing->moveToLabel(ids, {u"Work"_s, u"Work"_s}), unknown);
+}
+
+TEST(IMAPProvider, TellsTwoMessagesOfOneNumberApartAfterANewListing)
+{
+    // The number that the mailbox hands out now was another message's before.
+    Providing providing({listedOnce(R"(
+        C: P8 SELECT "INBOX"
+        S: * OK [UIDVALIDITY 8] ok
+        S: P8 OK
+        C: P9 UID SEARCH ALL
+        S: * SEARCH 5
+        S: P9 OK
+        C: P10 UID FETCH 5 (UID FLAGS INTERNALDATE RFC822.SIZE BODY.PEEK[HEADER.FIELDS (DATE FROM TO SUBJECT CONTENT-TYPE)])
+        S: * 1 FETCH (UID 5 BODY[X] "Subject: another")
+        S: P10 OK
+        C: P11 UID STORE 5 +FLAGS.SILENT (\Seen)
+        S: P11 OK
+    )")});
+    const QString before = providing.list().messages.first().id;
+    const QString after = providing.list().messages.first().id;
+    EXPECT_EQ(before, u"5.7:INBOX");
+    EXPECT_EQ(after, u"5.8:INBOX");
+    expectUnsupported(providing->setRead(true, {before}), goneText);
+    expectUnsupported(providing->moveToInbox({before}), goneText);
+    await(providing->setRead(true, {after}));
+    expectUnsupported(providing->setRead(true, {after, before}), goneText);
+}
+
+TEST(IMAPProvider, ReadsNoUIDVALIDITYBelowZero)
+{
+    Providing providing(session("C: P4 SELECT \"INBOX\"\nS: * OK [UIDVALIDITY -8] ok\nS: P4 OK\n"
+                                "C: P5 UID STORE 5 +FLAGS.SILENT (\\Seen)\nS: P5 OK"));
+    await(providing->setRead(true, {u"5.0:INBOX"_s}));
 }
 
 TEST(IMAPProvider, TouchesNothingForAnIDOfAListingBeforeUIDVALIDITYChanged)
@@ -1049,7 +1087,7 @@ TEST(IMAPProvider, TouchesNothingForAnIDOfAListingBeforeUIDVALIDITYChanged)
     providing.list();
     providing.list();
     const QString gone = u"This message is no longer on the server."_s;
-    const QStringList ids(u"5:INBOX"_s);
+    const QStringList ids(u"5.7:INBOX"_s);
     expectUnsupported(providing->moveToLabel(ids, {u"Work"_s, u"Work"_s}), gone);
     expectUnsupported(providing->setRead(true, ids), gone);
     expectUnsupported(providing->trash(ids), gone);
@@ -1076,8 +1114,8 @@ TEST(IMAPProvider, CreatesAnArchiveAndUsesItAfterwards)
         C: P9 UID MOVE 4 "Archive"
         S: P9 OK
     )"));
-    await(providing->archive({u"3:INBOX"_s}));
-    await(providing->archive({u"4:INBOX"_s}));
+    await(providing->archive({u"3.0:INBOX"_s}));
+    await(providing->archive({u"4.0:INBOX"_s}));
 }
 
 TEST(IMAPProvider, ArchivesAThousandMessagesWithOneCommand)
@@ -1091,9 +1129,9 @@ TEST(IMAPProvider, ArchivesAThousandMessagesWithOneCommand)
         C: P6 UID MOVE 1:999,2000 "All"
         S: P6 OK
     )"));
-    QList<QString> ids{u"2000:INBOX"_s};
+    QList<QString> ids{u"2000.0:INBOX"_s};
     for (int uid = 999; uid >= 1; --uid)
-        ids.append(QString::number(uid) + u":INBOX"_s);
+        ids.append(QString::number(uid) + u".0:INBOX"_s);
     await(providing->archive(ids));
 }
 
@@ -1101,7 +1139,7 @@ TEST(IMAPProvider, SendsNoMoveForWhatIsInTheArchiveAlready)
 {
     Providing providing(session("C: P4 SELECT \"Archive\"\nS: P4 OK\n"
                                 "C: P5 LIST \"\" \"*\"\nS: * LIST () \"/\" Archive\nS: P5 OK"));
-    await(providing->archive({u"7:Archive"_s}));
+    await(providing->archive({u"7.0:Archive"_s}));
 }
 
 TEST(IMAPProvider, SendsNothingForMessagesThatAreInTheTrashAlready)
@@ -1121,16 +1159,16 @@ TEST(IMAPProvider, SendsNothingForMessagesThatAreInTheTrashAlready)
         C: P9 SELECT "Bin"
         S: P9 OK
     )"));
-    await(providing->trash({u"3:INBOX"_s}));
-    await(providing->trash({u"4:ZBin"_s}));
-    await(providing->trash({u"7:Bin"_s, u"8:Bin"_s}));
+    await(providing->trash({u"3.0:INBOX"_s}));
+    await(providing->trash({u"4.0:ZBin"_s}));
+    await(providing->trash({u"7.0:Bin"_s, u"8.0:Bin"_s}));
 }
 
 TEST(IMAPProvider, TellsWhichMailboxIsMissing)
 {
     Providing providing(session("C: P4 SELECT \"INBOX\"\nS: P4 OK\nC: P5 LIST \"\" \"*\"\nS: P5 OK"));
-    expectUnsupported(providing->trash({u"3:INBOX"_s}), u"This account has no Trash mailbox."_s);
-    expectUnsupported(providing->markSpam({u"3:INBOX"_s}), u"This account has no Junk mailbox."_s);
+    expectUnsupported(providing->trash({u"3.0:INBOX"_s}), u"This account has no Trash mailbox."_s);
+    expectUnsupported(providing->markSpam({u"3.0:INBOX"_s}), u"This account has no Junk mailbox."_s);
 }
 
 TEST(IMAPProvider, MovesToTheInboxToALabelAndToSpam)
@@ -1150,16 +1188,17 @@ TEST(IMAPProvider, MovesToTheInboxToALabelAndToSpam)
         C: P9 UID MOVE 5 "Junk"
         S: P9 OK
     )"));
-    await(providing->moveToInbox({u"3:Junk"_s}));
-    await(providing->moveToLabel({u"4:Junk"_s}, {u"Work"_s, u"Work"_s}));
-    await(providing->move({u"5:INBOX"_s}, MailboxRef::system(Mailbox::spam)));
+    await(providing->moveToInbox({u"3.0:Junk"_s}));
+    await(providing->moveToLabel({u"4.0:Junk"_s}, {u"Work"_s, u"Work"_s}));
+    await(providing->move({u"5.0:INBOX"_s}, MailboxRef::system(Mailbox::spam)));
 }
 
 TEST(IMAPProvider, StopsAtTheFirstMailboxThatFailsAndLeavesTheRestDone)
 {
     Providing providing(session(
         "C: P4 SELECT \"A\"\nS: P4 OK\nC: P5 UID MOVE 1 \"X\"\nS: P5 OK\nC: P6 SELECT \"B\"\nS: P6 NO no"));
-    expectProtocolError(providing->moveToLabel({u"3:C"_s, u"2:B"_s, u"1:A"_s}, {u"X"_s, u"X"_s}), u"no"_s);
+    expectProtocolError(providing->moveToLabel({u"3.0:C"_s, u"2.0:B"_s, u"1.0:A"_s}, {u"X"_s, u"X"_s}),
+                        u"no"_s);
 }
 
 TEST_F(CachedIMAPProvider, ForgetsTheSummariesOfMovedMessages)
@@ -1168,7 +1207,7 @@ TEST_F(CachedIMAPProvider, ForgetsTheSummariesOfMovedMessages)
     {
         Providing providing({listedOnce("C: P8 UID MOVE 3 \"Work\"\nS: P8 OK")}, files);
         providing.list();
-        await(providing->moveToLabel({u"3:INBOX"_s}, {u"Work"_s, u"Work"_s}));
+        await(providing->moveToLabel({u"3.7:INBOX"_s}, {u"Work"_s, u"Work"_s}));
     }
     const IMAPBoxes boxes = IMAPSnapshot::decode(await(files->readSnapshot(u"imap"_s)).value());
     EXPECT_EQ(boxes.value(u"INBOX"_s).messages.keys(), QList<qint64>(1, 5));

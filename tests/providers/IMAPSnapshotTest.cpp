@@ -11,10 +11,10 @@ using namespace Qt::StringLiterals;
 namespace Larkhaven {
 namespace {
 
-MessageSummary summaryOf(qint64 uid, qint64 seconds)
+MessageSummary summaryOf(qint64 uid, qint64 seconds, const QString& idTail = u".0:INBOX"_s)
 {
     MessageSummary summary;
-    summary.id = QString::number(uid) + u":INBOX"_s;
+    summary.id = QString::number(uid) + idTail;
     summary.accountID = QUuid(u"{01234567-89ab-cdef-0123-456789abcdef}"_s);
     summary.date = QDateTime::fromSecsSinceEpoch(978'307'200 + seconds, Qt::UTC);
     return summary;
@@ -31,11 +31,12 @@ IMAPBox boxOf(qint64 first, qsizetype count, qint64 firstSecond)
 TEST(IMAPSnapshot, IsAnObjectByMailboxWithSummariesByUID)
 {
     IMAPBoxes boxes;
-    boxes.insert(u"Entw&APw-rfe"_s, {7, {{4711, summaryOf(4711, 60)}}});
-    EXPECT_EQ(IMAPSnapshot::encode(boxes),
-              R"({"Entw&APw-rfe":{"messages":{"4711":{"accountID":"01234567-89AB-CDEF-0123-456789ABCDEF",)"
-              R"("date":60,"hasAttachments":false,"id":"4711:INBOX","isRead":false,"isStarred":false,)"
-              R"("labelIDs":[],"mailbox":"","size":0,"snippet":"","subject":"","to":[]}},"uidValidity":7}})");
+    boxes.insert(u"Entw&APw-rfe"_s, {7, {{4711, summaryOf(4711, 60, u".7:Entw&APw-rfe"_s)}}});
+    EXPECT_EQ(
+        IMAPSnapshot::encode(boxes),
+        R"({"Entw&APw-rfe":{"messages":{"4711":{"accountID":"01234567-89AB-CDEF-0123-456789ABCDEF",)"
+        R"("date":60,"hasAttachments":false,"id":"4711.7:Entw&APw-rfe","isRead":false,)"
+        R"("isStarred":false,"labelIDs":[],"mailbox":"","size":0,"snippet":"","subject":"","to":[]}},"uidValidity":7}})");
 }
 
 TEST(IMAPSnapshot, IsReadBackFromWhatWasWritten)
@@ -45,6 +46,20 @@ TEST(IMAPSnapshot, IsReadBackFromWhatWasWritten)
     boxes.insert(u"Empty"_s, {4'294'967'295, {}});
     EXPECT_EQ(IMAPSnapshot::decode(IMAPSnapshot::encode(boxes)), boxes);
     EXPECT_EQ(IMAPSnapshot::decode("{}"), IMAPBoxes());
+}
+
+TEST(IMAPSnapshot, LeavesOutWhatHasAnotherIDThanItsPlaceSays)
+{
+    IMAPBoxes boxes;
+    QHash<qint64, MessageSummary> messages{{1, summaryOf(1, 0, u".7:INBOX"_s)},
+                                           {2, summaryOf(2, 0, u":INBOX"_s)},
+                                           {3, summaryOf(3, 0, u".8:INBOX"_s)},
+                                           {4, summaryOf(4, 0, u".7:Work"_s)},
+                                           {5, summaryOf(6, 0, u".7:INBOX"_s)}};
+    boxes.insert(u"INBOX"_s, {7, messages});
+    const IMAPBoxes read = IMAPSnapshot::decode(IMAPSnapshot::encode(boxes));
+    EXPECT_EQ(read.value(u"INBOX"_s).uidValidity, 7);
+    EXPECT_EQ(read.value(u"INBOX"_s).messages.keys(), QList<qint64>(1, 1));
 }
 
 TEST(IMAPSnapshot, IsRefusedWhereAnythingInItCannotBeRead)
@@ -97,7 +112,7 @@ TEST(IMAPSnapshot, KeepsSummariesWithTheDateOfTheLastOneKept)
 TEST(IMAPSnapshot, WritesAndReadsALargeBoxInProportionToItsSize)
 {
     IMAPBoxes boxes;
-    boxes.insert(u"a"_s, boxOf(1, 60'000, 0));
+    boxes.insert(u"INBOX"_s, boxOf(1, 60'000, 0));
     EXPECT_TRUE(IMAPSnapshot::decode(IMAPSnapshot::encode(boxes)) == boxes);
 }
 
@@ -105,10 +120,11 @@ TEST(IMAPSnapshot, ReadsBackWhateverDateAndSizeAMessageClaims)
 {
     IMAPBoxes boxes;
     MessageSummary summary;
-    summary.id = u"1:INBOX"_s;
+    summary.id = u"1.0:INBOX"_s;
     summary.date = QDateTime(QDate(250'000, 1, 1), QTime(0, 0), Qt::UTC);
     summary.size = std::numeric_limits<qint64>::max();
     boxes[u"INBOX"_s].messages.insert(1, summary);
+    summary.id = u"2.0:INBOX"_s;
     summary.date = QDateTime(QDate(-4'000, 1, 1), QTime(0, 0), Qt::UTC);
     boxes[u"INBOX"_s].messages.insert(2, summary);
     EXPECT_EQ(IMAPSnapshot::decode(IMAPSnapshot::encode(boxes)), boxes);

@@ -1,0 +1,86 @@
+#pragma once
+
+#include "providers/IMAPFolders.h"
+#include "providers/IMAPMessageID.h"
+#include "providers/IMAPSnapshot.h"
+#include "store/MailCache.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace Larkhaven {
+
+/// The listings of an account's mailboxes, and what is known of the messages in them.
+///
+/// Each listing asks the server for the UIDs of the whole view and fetches only what its page lacks;
+/// summaries are kept across launches in a sealed snapshot, in boxes by mailbox. A box is dropped as soon as
+/// its mailbox has another UIDVALIDITY.
+///
+/// What takes a client runs within a body of the connection. Main thread; whoever waits for an operation
+/// keeps this, and the folders, alive.
+class IMAPListings {
+public:
+    using Client = IMAPConnection::Client;
+    struct PageRequest {
+        MailboxRef ref;
+        std::optional<QString> query;
+        qint64 offset;
+        qint64 limit;
+        bool refresh;
+    };
+
+    /// `cache` may be null.
+    IMAPListings(QUuid accountID, std::shared_ptr<MailCache> cache, IMAPFolders& folders)
+        : m_accountID(accountID)
+        , m_cache(std::move(cache))
+        , m_folders(folders)
+    {}
+
+    /// The arguments of UID SEARCH for a view. "from:" is the only operator of a query.
+    static QList<IMAPArg> searchArgs(const MailboxRef& ref, const std::optional<QString>& query);
+
+    /// Reads the snapshot, once. Whoever changes the boxes or relies on them does so first.
+    Task<> load();
+    /// Writes the snapshot if anything has changed.
+    Task<> persist();
+
+    Task<MessagePage> page(Client client, PageRequest request);
+    Task<qint64> lastOffset(Client client, MailboxRef ref, std::optional<QString> query, qint64 pageSize);
+
+    /// Under which the messages of a mailbox are known; absent where nothing is known of it.
+    std::optional<qint64> uidValidity(const QString& mailbox) const;
+    /// Changes, or forgets, what is known of the messages.
+    void update(const QList<IMAPMessageGroup>& groups, const std::function<void(MessageSummary&)>& change);
+    void remove(const QList<IMAPMessageGroup>& groups);
+    /// Forgets all that is known of a mailbox.
+    void forgetMailbox(const QString& mailbox);
+    /// The next page of any view asks the server for its UIDs.
+    void forgetUIDs() { m_listings.clear(); }
+
+private:
+    struct Listing {
+        QString mailbox;
+        QList<qint64> uids; ///< descending: newest first by arrival
+    };
+    using Summaries = QHash<qint64, MessageSummary>;
+
+    Task<Listing> listing(Client client, MailboxRef ref, std::optional<QString> query, bool refresh);
+    Task<MessagePage> pageOf(Client client, PageRequest request, Listing listing);
+    Task<Summaries> refreshFlags(Client client, QList<qint64> cached, Summaries known);
+    Task<Summaries> fetchSummaries(Client client, QString mailbox, QList<qint64> missing);
+    Summaries cachedMessages(const QString& mailbox, qint64 uidValidity);
+    /// The box of the group, if it is of the same UIDVALIDITY.
+    IMAPBox* box(const IMAPMessageGroup& group);
+
+    const QUuid m_accountID;
+    const std::shared_ptr<MailCache> m_cache;
+    IMAPFolders& m_folders;
+    QHash<QString, Listing> m_listings; ///< by "{MailboxRef::id}|{query}"
+    IMAPBoxes m_boxes;
+    Turnstile m_turn;
+    bool m_isLoaded = false;
+    bool m_isDirty = false;
+};
+
+} // namespace Larkhaven
