@@ -66,6 +66,24 @@ void addPiece(QList<QByteArray>& pieces, const QByteArray& bytes)
         pieces.last() += bytes;
 }
 
+/// The namespaces of one class, of which those that can't be read are left out.
+QList<IMAPClient::Namespace> namespacesIn(const IMAPValue& value)
+{
+    QList<IMAPClient::Namespace> found;
+    for (const IMAPValue& entry : value.list() ? *value.list() : QList<IMAPValue>()) {
+        const QList<IMAPValue>* fields = entry.list();
+        if (!fields || fields->size() < 2 || found.size() == IMAPClient::namespaceLimit)
+            continue;
+        const std::optional<QString> prefix = fields->at(0).text();
+        std::optional<QString> delimiter = fields->at(1).text();
+        if (delimiter && delimiter->isEmpty())
+            delimiter.reset();
+        if (prefix && prefix->size() <= IMAPClient::namespacePrefixLimit)
+            found.append({*prefix, delimiter});
+    }
+    return found;
+}
+
 void readStatus(const QList<IMAPValue>& pairs, IMAPClient::Status& status)
 {
     for (qsizetype index = 0; index + 1 < pairs.size(); index += 2) {
@@ -291,6 +309,8 @@ Task<QList<IMAPClient::ListedMailbox>> IMAPClient::listMailboxes()
             }
         }
         mailbox.delimiter = response.values[2].text();
+        if (mailbox.delimiter && mailbox.delimiter->isEmpty())
+            mailbox.delimiter.reset();
         if (mailbox.delimiter)
             m_delimiter = *mailbox.delimiter;
         if (const std::optional<QString> name = response.values[3].text()) {
@@ -299,6 +319,19 @@ Task<QList<IMAPClient::ListedMailbox>> IMAPClient::listMailboxes()
         }
     }
     co_return mailboxes;
+}
+
+Task<IMAPClient::Namespaces> IMAPClient::namespaces()
+{
+    const QList<IMAPResponse> responses = co_await execute(command(u"NAMESPACE"_s));
+    Namespaces namespaces;
+    for (const IMAPResponse& response : responses) {
+        constexpr qsizetype size = 4; // the keyword, and three classes
+        if (response.isNamed("NAMESPACE"_L1) && response.values.size() >= size)
+            namespaces = {namespacesIn(response.values[1]),
+                          namespacesIn(response.values[2]) + namespacesIn(response.values[3])};
+    }
+    co_return namespaces;
 }
 
 Task<> IMAPClient::select(QString mailbox, bool force)

@@ -41,6 +41,25 @@ public:
         bool operator==(const Status&) const = default;
     };
 
+    /// A namespace of mailboxes (RFC 2342, 5).
+    struct Namespace {
+        QString prefix; ///< of wire names, with its trailing delimiter if it has one; empty for the top level
+        std::optional<QString> delimiter; ///< never empty
+
+        bool operator==(const Namespace&) const = default;
+    };
+    struct Namespaces {
+        QList<Namespace> personal;
+        QList<Namespace> foreign; ///< other users', then shared ones
+
+        /// Whether the server told any.
+        bool isTold() const { return !personal.isEmpty() || !foreign.isEmpty(); }
+        bool operator==(const Namespaces&) const = default;
+    };
+
+    /// The most namespaces of a class that are read, and the longest prefix, in UTF-16 code units.
+    static constexpr qsizetype namespaceLimit = 32;
+    static constexpr qsizetype namespacePrefixLimit = 1000;
     /// How much of a server's text reaches the user, in user-perceived characters.
     static constexpr qsizetype errorTextLimit = 300;
     /// Responses above this size in bytes are parsed on a worker.
@@ -74,6 +93,8 @@ public:
     Task<> refreshCapabilities();
     /// All mailboxes, in the server's order.
     Task<QList<ListedMailbox>> listMailboxes();
+    /// The namespaces of the user; none where the server tells nothing that can be read.
+    Task<Namespaces> namespaces();
     /// Selects the mailbox of the given wire name; costs nothing if it is selected already and `force` is
     /// false.
     Task<> select(QString mailbox, bool force);

@@ -49,6 +49,13 @@ private:
     using IsDone = std::function<bool(const IMAPMailboxes::Listing&)>;
 
     Task<> know(Client client);
+    /// Asks for the namespaces, unless that was done or the server has none to tell.
+    Task<> knowNamespaces(Client client);
+    /// Makes a mailbox, where the server lets one be made, and gives its wire name.
+    Task<QString> make(Client client, QString path, QList<IMAPMailboxes::Place> places);
+    /// Selects INBOX where the mailbox, or one below it, is selected: some servers rename and delete none
+    /// that is.
+    Task<> leave(Client client, QString mailbox);
     /// Lets a CREATE, RENAME or DELETE come to its end. The list of mailboxes is forgotten, unless it was
     /// needed to learn whether the change was done by the first try.
     Task<> finishChange(Client client, Task<> change, IsDone isDone);
@@ -56,6 +63,8 @@ private:
 
     const IMAPConnection& m_connection;
     std::optional<IMAPMailboxes::Listing> m_mailboxes; ///< the last LIST
+    IMAPMailboxes::Namespaces m_namespaces;
+    bool m_hasAskedForNamespaces = false;
 };
 
 } // namespace Larkhaven

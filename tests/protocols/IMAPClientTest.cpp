@@ -739,6 +739,49 @@ TEST(IMAPClient, CountsNothingWhereTheServerTellsNothing)
     EXPECT_EQ(await(connected.client->status(u"INBOX"_s)), (IMAPClient::Status{0, 0}));
 }
 
+TEST(IMAPClient, ReadsTheNamespacesOfTheUser)
+{
+    Connected connected(R"(
+        C: P4 NAMESPACE
+        S: * NAMESPACE (("" "/")("#mh/" NIL "X-PARAM" ("FLAG1" "FLAG2"))) (("~" "")) (("#shared/" "/"))
+        S: P4 OK
+        C: P5 NAMESPACE
+        S: * NAMESPACE NIL NIL NIL
+        S: P5 OK
+    )");
+    using Namespace = IMAPClient::Namespace;
+    const IMAPClient::Namespaces expected{
+        {Namespace{u""_s, u"/"_s}, Namespace{u"#mh/"_s, std::nullopt}},
+        {Namespace{u"~"_s, std::nullopt}, Namespace{u"#shared/"_s, u"/"_s}}};
+    EXPECT_EQ(await(connected.client->namespaces()), expected);
+    EXPECT_TRUE(expected.isTold());
+    EXPECT_FALSE(await(connected.client->namespaces()).isTold());
+}
+
+TEST(IMAPClient, ReadsABoundedNumberOfNamespacesAndLeavesOutWhatIsNone)
+{
+    QByteArray many = "* NAMESPACE (x () (\"a\") (NIL \"/\") (\"" + QByteArray(1001, 'l') + "\" \"/\") (\"" +
+                      QByteArray(1000, 'k') + "\" \"/\")";
+    for (int index = 0; index < 1000; ++index)
+        many += " (\"p" + QByteArray::number(index) + "\" \"/\")";
+    Connected connected(signedIn("")
+                            .then("C: P4 NAMESPACE")
+                            .server(many + ") y NIL\r\n")
+                            .then("S: * NAMESPACE (\nS: * NAMESPACE\nS: P4 OK"));
+    const IMAPClient::Namespaces namespaces = await(connected.client->namespaces());
+    ASSERT_EQ(namespaces.personal.size(), 32);
+    EXPECT_EQ(namespaces.personal[0].prefix.size(), 1000);
+    EXPECT_EQ(namespaces.personal[31].prefix, u"p30");
+    EXPECT_TRUE(namespaces.foreign.isEmpty());
+}
+
+TEST(IMAPClient, TakesAnEmptyDelimiterForNone)
+{
+    Connected connected("C: P4 LIST \"\" \"*\"\nS: * LIST () \"\" a\nS: P4 OK");
+    EXPECT_EQ(await(connected.client->listMailboxes()).first().delimiter, std::nullopt);
+    EXPECT_EQ(connected.client->delimiter(), u"/");
+}
+
 TEST(IMAPClient, SendsAMailboxNameOfTheServerThatIsNoASCIIAsALiteral)
 {
     Connected connected(

@@ -45,14 +45,15 @@ TEST(IMAPMailboxes, TakesTheFirstOfSeveralMailboxesOfOneAttributeOrName)
     EXPECT_EQ(
         IMAPMailboxes::find(Mailbox::sent, {listed(u"a"_s, {u"\\sent"_s}), listed(u"b"_s, {u"\\sent"_s})}),
         u"a"_s);
-    EXPECT_EQ(IMAPMailboxes::find(Mailbox::sent, {listed(u"x/Sent"_s), listed(u"Sent"_s)}), u"x/Sent"_s);
+    EXPECT_EQ(IMAPMailboxes::find(Mailbox::sent, {listed(u"INBOX/Sent"_s), listed(u"Sent"_s)}),
+              u"INBOX/Sent"_s);
 }
 
 TEST(IMAPMailboxes, KnowsARoleByTheLastLevelOfAName)
 {
     EXPECT_EQ(IMAPMailboxes::find(Mailbox::sent, {listed(u"INBOX.Sent Items"_s, {}, u"."_s)}),
               u"INBOX.Sent Items"_s);
-    EXPECT_EQ(IMAPMailboxes::find(Mailbox::sent, {listed(u"Archive/Sent"_s)}), u"Archive/Sent"_s);
+    EXPECT_EQ(IMAPMailboxes::find(Mailbox::sent, {listed(u"inbox/Sent"_s)}), u"inbox/Sent"_s);
     EXPECT_EQ(IMAPMailboxes::find(Mailbox::sent, {listed(u"x.Sent"_s)}), std::nullopt);
     EXPECT_EQ(IMAPMailboxes::find(Mailbox::sent, {listed(u"x/Sent"_s, {}, std::nullopt)}), std::nullopt);
     EXPECT_EQ(IMAPMailboxes::find(Mailbox::sent, {listed(u"x/Sent"_s, {}, u""_s)}), std::nullopt);
@@ -186,37 +187,145 @@ TEST(IMAPMailboxes, KnowsTheDelimiterThatWasToldLast)
               u"."_s);
 }
 
+// --- Namespaces
+
+using Namespaces = IMAPMailboxes::Namespaces;
+
+const Namespaces courier{{{u"INBOX."_s, u"."_s}}, {{u"user."_s, u"."_s}, {u"shared."_s, u"."_s}}};
+/// Everything is the user's but what others' namespaces name.
+const Namespaces flat{{{QString(), u"/"_s}}, {{u"user/"_s, u"/"_s}}};
+/// The top level is shared.
+const Namespaces cyrus{{{u"INBOX."_s, u"."_s}}, {{u"user."_s, u"."_s}, {QString(), u"."_s}}};
+
+std::optional<QString> sentIn(const Listing& listing, const Namespaces& namespaces = {})
+{
+    return IMAPMailboxes::find(Mailbox::sent, listing, namespaces);
+}
+
+TEST(IMAPMailboxes, GivesNoRoleToAMailboxByItsNameThatMayBeAnotherUsers)
+{
+    const auto bobs = listed(u"user.bob.Sent"_s, {}, u"."_s);
+    const auto own = listed(u"INBOX.Sent"_s, {}, u"."_s);
+    EXPECT_EQ(sentIn({bobs}), std::nullopt);
+    EXPECT_EQ(sentIn({bobs}, courier), std::nullopt);
+    EXPECT_EQ(sentIn({bobs}, flat), u"user.bob.Sent"_s) << "the server says that it is the user's own";
+    EXPECT_EQ(sentIn({bobs, own}), u"INBOX.Sent"_s);
+    EXPECT_EQ(sentIn({bobs, own}, courier), u"INBOX.Sent"_s);
+    EXPECT_EQ(sentIn({listed(u"Archive/Sent"_s)}), std::nullopt);
+    EXPECT_EQ(sentIn({listed(u"Archive/Sent"_s)}, flat), u"Archive/Sent"_s);
+    EXPECT_EQ(sentIn({listed(u"user/bob/Sent"_s)}, flat), std::nullopt);
+    EXPECT_EQ(sentIn({listed(u"INBOX/a/Sent"_s)}), std::nullopt);
+}
+
+TEST(IMAPMailboxes, GivesNoRoleToASharedMailboxOfTheTopLevel)
+{
+    const auto shared = listed(u"Sent"_s, {}, u"."_s);
+    EXPECT_EQ(sentIn({shared}), u"Sent"_s) << "nobody told";
+    EXPECT_EQ(sentIn({shared}, cyrus), std::nullopt);
+    EXPECT_EQ(sentIn({shared}, courier), u"Sent"_s) << "in no namespace that was told";
+    EXPECT_EQ(sentIn({listed(u"x.Sent"_s, {}, u"."_s)}, courier), std::nullopt);
+    EXPECT_EQ(sentIn({shared, listed(u"inbox.Sent"_s, {}, u"."_s)}, cyrus), u"inbox.Sent"_s);
+}
+
+TEST(IMAPMailboxes, PrefersNearMailboxesToDeepOnesAndCountsNoAttributeOfOthers)
+{
+    EXPECT_EQ(sentIn({listed(u"a/Sent"_s), listed(u"Sent Items"_s)}, flat), u"Sent Items"_s);
+    const auto deep = listed(u"[Mail]/Gesendet"_s, {u"\\sent"_s});
+    EXPECT_EQ(sentIn({deep, listed(u"Sent"_s)}), u"[Mail]/Gesendet"_s);
+    EXPECT_EQ(sentIn({deep, listed(u"Gone"_s, {u"\\sent"_s})}), u"Gone"_s);
+    const auto bobs = listed(u"user/bob/Out"_s, {u"\\sent"_s});
+    EXPECT_EQ(sentIn({bobs}), u"user/bob/Out"_s) << "nobody told";
+    EXPECT_EQ(sentIn({bobs}, flat), std::nullopt);
+    EXPECT_EQ(sentIn({bobs, listed(u"Sent"_s)}, flat), u"Sent"_s);
+    const Namespaces below{{{u"mail/"_s, u"/"_s}}, {}};
+    EXPECT_EQ(sentIn({listed(u"mail/a/Sent"_s), listed(u"mail/Sent Items"_s)}, below), u"mail/Sent Items"_s);
+}
+
+TEST(IMAPMailboxes, NeedsNamespacesOnlyWhereTheyDecide)
+{
+    const auto asks = [](const Listing& listing) {
+        return IMAPMailboxes::isForNamespacesToTell(Mailbox::sent, listing);
+    };
+    EXPECT_FALSE(asks({}));
+    EXPECT_FALSE(asks({listed(u"Work"_s)}));
+    EXPECT_FALSE(asks({listed(u"Out"_s, {u"\\sent"_s}), listed(u"Sent"_s)}));
+    EXPECT_FALSE(asks({listed(u"Sent"_s, {u"\\noselect"_s})}));
+    EXPECT_TRUE(asks({listed(u"Sent"_s)}));
+    EXPECT_TRUE(asks({listed(u"a/b/Out"_s, {u"\\sent"_s})}));
+    EXPECT_FALSE(IMAPMailboxes::isForNamespacesToTell(Mailbox::inbox, {listed(u"INBOX"_s)}));
+}
+
+TEST(IMAPMailboxes, ListsAMailboxThatOnlyBearsANameOfARoleInAnothersNamespaceAsLabel)
+{
+    const Listing listing{listed(u"Sent"_s), listed(u"user/bob/Drafts"_s)};
+    EXPECT_EQ(pathsOf(IMAPMailboxes::labels(listing, flat)), QStringList(u"user/bob/Drafts"_s));
+}
+
 // --- New names
+
+using Places = QList<IMAPMailboxes::Place>;
+
+TEST(IMAPMailboxes, PutsANewFolderIntoThePersonalNamespaceWhereItIsTold)
+{
+    const Listing listing{listed(u"Work"_s)};
+    EXPECT_EQ(IMAPMailboxes::placesForNew(listing, courier, u"/"_s), Places({{u"INBOX."_s, u"."_s}}));
+    EXPECT_EQ(IMAPMailboxes::placesForNew(listing, flat, u"."_s), Places({{QString(), u"/"_s}}));
+    const Namespaces silent{{{u"mail"_s, std::nullopt}}, {}};
+    EXPECT_EQ(IMAPMailboxes::placesForNew(listing, silent, u"."_s), Places({{u"mail"_s, u"."_s}}));
+}
 
 TEST(IMAPMailboxes, PutsANewFolderBelowTheInboxWhereAllOthersAre)
 {
     const Listing listing{listed(u"INBOX"_s, {}, u"."_s), listed(u"INBOX.Sent"_s, {}, u"."_s),
                           listed(u"inbox.Work"_s, {}, u"."_s)};
-    EXPECT_EQ(IMAPMailboxes::wireName(u"Projects/2024"_s, listing, u"."_s), u"INBOX.Projects.2024"_s);
+    EXPECT_EQ(IMAPMailboxes::placesForNew(listing, {}, u"."_s), Places({{u"INBOX."_s, u"."_s}}));
 }
 
-TEST(IMAPMailboxes, PutsANewFolderAtTheTopWhereThereIsNoOtherThanTheInbox)
+TEST(IMAPMailboxes, TriesTheTopLevelAndThenBelowTheInboxWhereNothingTellsMore)
 {
-    EXPECT_EQ(IMAPMailboxes::wireName(u"Projects/2024"_s, {listed(u"INBOX"_s, {}, u"."_s)}, u"."_s),
-              u"Projects.2024"_s);
-    EXPECT_EQ(IMAPMailboxes::wireName(u"Projects/2024"_s, {}, u"."_s), u"Projects.2024"_s);
+    const Places both{{QString(), u"."_s}, {u"INBOX."_s, u"."_s}};
+    EXPECT_EQ(IMAPMailboxes::placesForNew({listed(u"INBOX"_s, {}, u"."_s)}, {}, u"."_s), both);
+    EXPECT_EQ(IMAPMailboxes::placesForNew({}, {}, u"."_s), both);
+    EXPECT_EQ(
+        IMAPMailboxes::placesForNew({listed(u"INBOX.Work"_s, {}, u"."_s), listed(u"Sent"_s)}, {}, u"."_s),
+        both);
+    const Namespaces foreign{{}, {{u"user."_s, u"."_s}}};
+    EXPECT_EQ(IMAPMailboxes::placesForNew({}, foreign, u"."_s), both);
 }
 
-TEST(IMAPMailboxes, PutsANewFolderAtTheTopWhereAnyOtherIsThere)
+TEST(IMAPMailboxes, KnowsWhereAMailboxIs)
 {
-    const Listing listing{listed(u"INBOX/Work"_s), listed(u"Sent"_s)};
-    EXPECT_EQ(IMAPMailboxes::wireName(u"Projects"_s, listing, u"/"_s), u"Projects"_s);
+    using IMAPMailboxes::Place;
+    EXPECT_EQ(IMAPMailboxes::placeOf(u"inbox.Work"_s, {}, u"."_s), (Place{u"inbox."_s, u"."_s}));
+    EXPECT_EQ(IMAPMailboxes::placeOf(u"Work"_s, courier, u"."_s), (Place{QString(), u"."_s}));
+    EXPECT_EQ(IMAPMailboxes::placeOf(u"shared.x"_s, courier, u"."_s), (Place{u"shared."_s, u"."_s}));
+    EXPECT_EQ(IMAPMailboxes::placeOf(u"x"_s, flat, u"."_s), (Place{QString(), u"."_s}));
 }
 
 TEST(IMAPMailboxes, EncodesTheLevelsOfANewNameAndDropsEmptyOnes)
 {
-    EXPECT_EQ(IMAPMailboxes::wireName(u" Entwürfe // A&B /"_s, {}, u"/"_s), u"Entw&APw-rfe/A&-B"_s);
+    EXPECT_EQ(IMAPMailboxes::wireName(u" Entwürfe // A&B /"_s, {QString(), u"/"_s}), u"Entw&APw-rfe/A&-B"_s);
+    EXPECT_EQ(IMAPMailboxes::wireName(u"Projects/2024"_s, {u"INBOX."_s, u"."_s}), u"INBOX.Projects.2024"_s);
 }
 
-TEST(IMAPMailboxes, HasNoNameForAnEmptyPath)
+TEST(IMAPMailboxes, TakesAPathThatBeginsWithANamespaceForTheWholeOfIt)
 {
+    EXPECT_EQ(IMAPMailboxes::wireName(u"Inbox/Work"_s, {u"INBOX."_s, u"."_s}), u"Inbox.Work"_s);
+    EXPECT_EQ(IMAPMailboxes::wireName(u"user/bob/x"_s, {u"INBOX."_s, u"."_s}, courier), u"user.bob.x"_s);
+    EXPECT_EQ(IMAPMailboxes::wireName(u"username/x"_s, {u"INBOX."_s, u"."_s}, courier),
+              u"INBOX.username.x"_s);
+    EXPECT_EQ(IMAPMailboxes::wireName(u"x"_s, {QString(), u"."_s}, cyrus), u"x"_s);
+}
+
+TEST(IMAPMailboxes, RefusesANameOfNothingAndOneThatHoldsTheDelimiter)
+{
+    using enum IMAPMailboxes::Naming;
     for (const QString& path : {u"  /  "_s, u""_s, u"/"_s, u"   "_s})
-        EXPECT_EQ(IMAPMailboxes::wireName(path, {}, u"/"_s), std::nullopt);
+        EXPECT_EQ(IMAPMailboxes::naming(path, u"."_s), empty);
+    EXPECT_EQ(IMAPMailboxes::naming(u"a/v1.2"_s, u"."_s), holdsDelimiter);
+    EXPECT_EQ(IMAPMailboxes::naming(u"a/v1.2"_s, u"/"_s), good);
+    EXPECT_EQ(IMAPMailboxes::naming(u"a/b c"_s, u"."_s), good);
+    EXPECT_EQ(IMAPMailboxes::naming(u"ä"_s, u"-"_s), holdsDelimiter) << "as it is encoded";
 }
 
 } // namespace

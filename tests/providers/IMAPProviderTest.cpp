@@ -302,16 +302,198 @@ TEST(IMAPProvider, RenamesALabelAndForgetsWhatItKnewOfIt)
         C: P6 LIST "" "*"
         S: * LIST () "/" Work
         S: P6 OK
-        C: P7 RENAME "Work" "Office/Work"
+        C: P7 SELECT "INBOX"
         S: P7 OK
-        C: P8 SELECT "Work"
-        S: P8 NO gone
+        C: P8 RENAME "Work" "Office/Work"
+        S: P8 OK
+        C: P9 SELECT "Work"
+        S: P9 NO gone
     )"));
     const MailboxRef work = MailboxRef::label({u"Work"_s, u"Work"_s});
     providing.list(work);
     EXPECT_EQ(await(providing->renameLabel({u"Work"_s, u"Work"_s}, u"Office/Work"_s)),
               (MailLabel{u"Office/Work"_s, u"Office/Work"_s}));
     expectProtocolError(providing->listMessages(work, std::nullopt, 0, 50, false), u"gone"_s);
+}
+
+TEST(IMAPProvider, LeavesAFolderBeforeItIsDeletedOrOneAboveItIsRenamed)
+{
+    Providing providing(session(R"(
+        C: P4 SELECT "INBOX.a.b"
+        S: P4 OK
+        C: P5 UID STORE 3 +FLAGS.SILENT (\Seen)
+        S: P5 OK
+        C: P6 LIST "" "*"
+        S: * LIST () "." INBOX.a.b
+        S: P6 OK
+        C: P7 SELECT "INBOX"
+        S: P7 OK
+        C: P8 RENAME "INBOX.a" "INBOX.c"
+        S: P8 OK
+        C: P9 SELECT "INBOX.c.b"
+        S: P9 OK
+        C: P10 UID STORE 3 +FLAGS.SILENT (\Seen)
+        S: P10 OK
+        C: P11 DELETE "INBOX.c.bc"
+        S: P11 OK
+        C: P12 SELECT "INBOX"
+        S: P12 OK
+        C: P13 DELETE "INBOX.c.b"
+        S: P13 OK
+    )"));
+    await(providing->setRead(true, {u"3.0:INBOX.a.b"_s}));
+    EXPECT_EQ(await(providing->renameLabel({u"INBOX.a"_s, u"a"_s}, u"c"_s)),
+              (MailLabel{u"INBOX.c"_s, u"c"_s}));
+    await(providing->setRead(true, {u"3.0:INBOX.c.b"_s}));
+    await(providing->deleteLabel({u"INBOX.c.bc"_s, u"bc"_s}));
+    await(providing->deleteLabel({u"INBOX.c.b"_s, u"b"_s}));
+}
+
+TEST(IMAPProvider, RefusesAFolderNameThatHoldsTheServersDelimiter)
+{
+    Providing providing(session("C: P4 LIST \"\" \"*\"\nS: * LIST () \".\" INBOX\nS: P4 OK"));
+    const QString refusal = u"A folder name can’t contain “.”."_s;
+    expectUnsupported(providing->createLabel(u"Projects/v1.2"_s), refusal);
+    expectUnsupported(providing->renameLabel({u"Work"_s, u"Work"_s}, u"v1.2"_s), refusal);
+}
+
+TEST(IMAPProvider, MakesFoldersInThePersonalNamespace)
+{
+    Providing providing(session(R"(
+        C: P4 LIST "" "*"
+        S: * LIST () "." INBOX
+        S: * LIST () "." public
+        S: P4 OK
+        C: P5 NAMESPACE
+        S: * NAMESPACE (("INBOX." ".")) NIL (("public" "." "X-PARAM" ("a" "b")))
+        S: P5 OK
+        C: P6 CREATE "INBOX.Work"
+        S: P6 OK
+        C: P7 LIST "" "*"
+        S: * LIST () "." INBOX.Work
+        S: P7 OK
+        C: P8 SELECT "INBOX"
+        S: P8 OK
+        C: P9 CREATE "INBOX.Archive"
+        S: P9 NO quota
+    )",
+                                "MOVE NAMESPACE"));
+    EXPECT_EQ(await(providing->createLabel(u"Work"_s)), (MailLabel{u"INBOX.Work"_s, u"Work"_s}));
+    expectProtocolError(providing->archive({u"3.0:INBOX"_s}), u"quota"_s);
+}
+
+TEST(IMAPProvider, MakesFoldersBelowTheInboxWhereTheTopLevelIsRefused)
+{
+    Providing providing(session(R"(
+        C: P4 LIST "" "*"
+        S: * LIST () "." INBOX
+        S: P4 OK
+        C: P5 CREATE "Work"
+        S: P5 NO Invalid mailbox name.
+        C: P6 CREATE "INBOX.Work"
+        S: P6 OK
+        C: P7 LIST "" "*"
+        S: * LIST () "." INBOX.Work
+        S: P7 OK
+    )"));
+    EXPECT_EQ(await(providing->createLabel(u"Work"_s)), (MailLabel{u"INBOX.Work"_s, u"Work"_s}));
+    Providing drafts(session(R"(
+        C: P4 LIST "" "*"
+        S: * LIST () "." INBOX
+        S: P4 OK
+        C: P5 CREATE "Drafts"
+        S: P5 NO Invalid mailbox name.
+        C: P6 CREATE "INBOX.Drafts"
+        S: P6 OK
+        C: P7 APPEND "INBOX.Drafts" (\Draft \Seen) [LITERAL]
+        S: P7 OK
+    )"));
+    await(drafts->saveDraft({}));
+}
+
+TEST(IMAPProvider, TellsTheFirstRefusalWhereNoPlaceIsGood)
+{
+    Providing providing(session(R"(
+        C: P4 LIST "" "*"
+        S: * LIST () "." INBOX
+        S: P4 OK
+        C: P5 CREATE "Work"
+        S: P5 NO first
+        C: P6 CREATE "INBOX.Work"
+        S: P6 NO second
+    )"));
+    expectProtocolError(providing->createLabel(u"Work"_s), u"first"_s);
+    Providing elsewhere(session("C: P4 LIST \"\" \"*\"\nS: * LIST () \".\" Other\nS: P4 OK\n"
+                                "C: P5 CREATE \"Work\"\nS: P5 NO quota"));
+    expectProtocolError(elsewhere->createLabel(u"Work"_s), u"quota"_s);
+}
+
+TEST(IMAPProvider, MakesAFolderBelowTheInboxOnceThoughTheAnswerWasLost)
+{
+    Providing providing({signedIn().then(R"(
+        C: P4 LIST "" "*"
+        S: * LIST () "." INBOX
+        S: P4 OK
+        C: P5 CREATE "Work"
+        S: P5 NO no
+        C: P6 CREATE "INBOX.Work"
+        [CLOSE]
+    )"),
+                         signedIn().then(R"(
+        C: P4 CREATE "Work"
+        S: P4 NO no
+        C: P5 LIST "" "*"
+        S: * LIST () "." INBOX
+        S: * LIST () "." INBOX.Work
+        S: P5 OK
+        C: P6 CREATE "INBOX.Work"
+        S: P6 NO there is one
+        C: P7 LIST "" "*"
+        S: * LIST () "." INBOX.Work
+        S: P7 OK
+    )")});
+    EXPECT_EQ(await(providing->createLabel(u"Work"_s)), (MailLabel{u"INBOX.Work"_s, u"Work"_s}));
+}
+
+TEST(IMAPProvider, FilesNothingInAnotherUsersMailbox)
+{
+    // Whether the server can tell whose it is or not.
+    const std::string_view listing = R"(
+        C: P4 SELECT "INBOX"
+        S: P4 OK
+        C: P5 LIST "" "*"
+        S: * LIST () "." INBOX
+        S: * LIST () "." user.bob.Trash
+        S: P5 OK
+    )";
+    Providing silent(session(listing));
+    expectUnsupported(silent->trash({u"3.0:INBOX"_s}), u"This account has no Trash mailbox."_s);
+    Providing telling(
+        {session(listing, "MOVE NAMESPACE")
+             .first()
+             .then(
+                 "C: P6 NAMESPACE\nS: * NAMESPACE ((\"INBOX.\" \".\")) ((\"user.\" \".\")) NIL\nS: P6 OK")});
+    expectUnsupported(telling->trash({u"3.0:INBOX"_s}), u"This account has no Trash mailbox."_s);
+    expectUnsupported(telling->markSpam({u"3.0:INBOX"_s}), u"This account has no Junk mailbox."_s);
+    Providing refusing({session(listing, "MOVE NAMESPACE").first().then("C: P6 NAMESPACE\nS: P6 BAD what?")});
+    expectUnsupported(refusing->trash({u"3.0:INBOX"_s}), u"This account has no Trash mailbox."_s);
+    expectUnsupported(refusing->trash({u"3.0:INBOX"_s}), u"This account has no Trash mailbox."_s);
+}
+
+TEST(IMAPProvider, AsksForNoNamespacesWhereAnAttributeTellsTheRole)
+{
+    Providing providing(session(R"(
+        C: P4 SELECT "INBOX"
+        S: P4 OK
+        C: P5 LIST "" "*"
+        S: * LIST (\Trash) "." INBOX.Bin
+        S: * LIST () "." Trash
+        S: P5 OK
+        C: P6 UID MOVE 3 "INBOX.Bin"
+        S: P6 OK
+    )",
+                                "MOVE NAMESPACE"));
+    await(providing->trash({u"3.0:INBOX"_s}));
 }
 
 TEST(IMAPProvider, DeletesALabel)
@@ -366,8 +548,10 @@ TEST(IMAPProvider, PassesTheRefusalOfASecondTryOnWhereTheListDoesNotShowTheChang
 {
     const std::string_view unchanged =
         "C: P5 LIST \"\" \"*\"\nS: * LIST () \"/\" a\nS: * LIST (\\Noselect) \"/\" n\nS: P5 OK";
-    Providing created({signedIn().then("C: P4 LIST \"\" \"*\"\nS: P4 OK\nC: P5 CREATE \"n\"\n[CLOSE]"),
-                       signedIn().then("C: P4 CREATE \"n\"\nS: P4 NO over quota").then(unchanged)});
+    Providing created(
+        {signedIn().then(
+             "C: P4 LIST \"\" \"*\"\nS: * LIST () \"/\" a\nS: P4 OK\nC: P5 CREATE \"n\"\n[CLOSE]"),
+         signedIn().then("C: P4 CREATE \"n\"\nS: P4 NO over quota").then(unchanged)});
     expectProtocolError(created->createLabel(u"n"_s), u"over quota"_s);
     Providing renamed({signedIn().then("C: P4 LIST \"\" \"*\"\nS: P4 OK\nC: P5 RENAME \"a\" \"b\"\n[CLOSE]"),
                        signedIn().then("C: P4 RENAME \"a\" \"b\"\nS: P4 NO no").then(unchanged)});
