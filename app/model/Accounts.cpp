@@ -253,9 +253,9 @@ void Accounts::endEpoch(const QUuid& accountID)
 
 Task<> Accounts::wipeCache(QUuid accountID)
 {
-    // The files of a cache that is in use are removed by the cache itself, behind the writes under way.
+    // A fetch that is still under way must not bring the folder back.
     if (const std::shared_ptr<MailCache> sealed = m_caches.take(accountID)) {
-        co_await sealed->removeAll();
+        co_await sealed->retire();
     } else if (const QString directory = cacheDirectory(accountID); !directory.isEmpty()) {
         const auto remove = [directory] { QDir(directory).removeRecursively(); };
         co_await runOnWorker(remove);
