@@ -7,6 +7,7 @@
 
 #include <QCoreApplication>
 
+#include <algorithm>
 #include <numeric>
 #include <utility>
 
@@ -84,16 +85,90 @@ QList<IMAPClient::Namespace> namespacesIn(const IMAPValue& value)
     return found;
 }
 
-void readStatus(const QList<IMAPValue>& pairs, IMAPClient::Status& status)
+/// The numbers of a STATUS response by their names in capitals, of doubles the last; absent if it is none.
+std::optional<QHash<QString, qint64>> statusIn(const IMAPResponse& response)
 {
-    for (qsizetype index = 0; index + 1 < pairs.size(); index += 2) {
-        const qint64 count = pairs[index + 1].integer().value_or(0);
-        if (pairs[index].isKeyword("UNSEEN"_L1))
-            status.unseen = count;
-        else if (pairs[index].isKeyword("MESSAGES"_L1))
-            status.messages = count;
+    const QList<IMAPValue>* pairs = response.values.isEmpty() ? nullptr : response.values.last().list();
+    if (!response.isNamed("STATUS"_L1) || !pairs)
+        return std::nullopt;
+    QHash<QString, qint64> numbers;
+    for (qsizetype index = 0; index + 1 < pairs->size(); index += 2) {
+        if (const std::optional<QString> name = pairs->at(index).text())
+            numbers.insert(Text::asciiUppered(*name), pairs->at(index + 1).integer().value_or(0));
     }
+    return numbers;
 }
+
+void readStatus(const QHash<QString, qint64>& numbers, IMAPClient::Status& status)
+{
+    status.unseen = numbers.value(u"UNSEEN"_s, status.unseen);
+    status.messages = numbers.value(u"MESSAGES"_s, status.messages);
+}
+
+const QString& statusItems()
+{
+    static const QString items = u" (UNSEEN MESSAGES)"_s;
+    return items;
+}
+
+/// STATUS commands that are in flight, and their answers.
+class PendingStatuses {
+public:
+    void add(const QString& tag, const QString& mailbox) { m_commands.append({tag, mailbox, IMAPClient::Status(), false}); }
+    bool isDone() const { return m_answered == m_commands.size(); }
+    void take(const IMAPResponse& response)
+    {
+        if (response.kind == IMAPResponse::Kind::tagged)
+            takeEnd(response);
+        else if (const auto numbers = statusIn(response))
+            takeNumbers(response, *numbers);
+    }
+    QList<std::optional<IMAPClient::Status>> results() const
+    {
+        QList<std::optional<IMAPClient::Status>> results;
+        for (const Command& command : m_commands)
+            results.append(command.status);
+        return results;
+    }
+
+private:
+    struct Command {
+        QString tag;
+        QString mailbox;
+        std::optional<IMAPClient::Status> status = IMAPClient::Status();
+        bool isAnswered = false;
+    };
+
+    void takeEnd(const IMAPResponse& response)
+    {
+        const auto ended = std::ranges::find_if(m_commands, [&response](const Command& command) {
+            return command.tag == response.tag && !command.isAnswered;
+        });
+        if (ended == m_commands.end())
+            return;
+        ended->isAnswered = true;
+        ++m_answered;
+        if (!response.isNamed("OK"_L1))
+            ended->status.reset();
+    }
+
+    /// The answer names its mailbox; one with another name belongs to the command whose turn it is.
+    void takeNumbers(const IMAPResponse& response, const QHash<QString, qint64>& numbers)
+    {
+        const QString name =
+            response.values.size() < 3 ? QString() : response.values[1].text().value_or(QString());
+        const auto isOpen = [](const Command& command) { return !command.isAnswered; };
+        auto found = std::ranges::find_if(
+            m_commands, [&](const Command& command) { return isOpen(command) && command.mailbox == name; });
+        if (found == m_commands.end())
+            found = std::ranges::find_if(m_commands, isOpen);
+        if (found != m_commands.end() && found->status)
+            readStatus(numbers, *found->status);
+    }
+
+    QList<Command> m_commands;
+    qsizetype m_answered = 0;
+};
 
 } // namespace
 
@@ -184,7 +259,7 @@ Task<> IMAPClient::signInWithToken(QString username, std::shared_ptr<TokenSource
 
 Task<QList<IMAPResponse>> IMAPClient::execute(QList<IMAPArg> args, std::optional<QByteArray> continuationData)
 {
-    const QString tag = u'P' + QString::number(++m_tagCounter);
+    const QString tag = nextTag();
     co_await sendCommand(tag, args);
     QList<IMAPResponse> responses = co_await collectResponses(tag, continuationData);
     co_return responses;
@@ -399,8 +474,14 @@ Task<> IMAPClient::move(QList<qint64> uids, QString mailbox)
         co_await execute(command(u"UID MOVE %1 "_s.arg(uidSet(uids)), quoted(mailbox)));
         co_return;
     }
-    co_await execute(command(u"UID COPY %1 "_s.arg(uidSet(uids)), quoted(mailbox)));
+    co_await copy(uids, mailbox);
     co_await deleteMessages(uids);
+}
+
+Task<> IMAPClient::copy(QList<qint64> uids, QString mailbox)
+{
+    if (!uids.isEmpty())
+        co_await execute(command(u"UID COPY %1 "_s.arg(uidSet(uids)), quoted(mailbox)));
 }
 
 Task<> IMAPClient::deleteMessages(QList<qint64> uids)
@@ -446,14 +527,76 @@ Task<> IMAPClient::deleteMailbox(QString mailbox)
 Task<IMAPClient::Status> IMAPClient::status(QString mailbox)
 {
     const QList<IMAPResponse> responses =
-        co_await execute(command(u"STATUS "_s, quoted(mailbox), u" (UNSEEN MESSAGES)"_s));
+        co_await execute(command(u"STATUS "_s, quoted(mailbox), statusItems()));
     Status status;
     for (const IMAPResponse& response : responses) {
-        const QList<IMAPValue>* pairs = response.values.isEmpty() ? nullptr : response.values.last().list();
-        if (response.isNamed("STATUS"_L1) && pairs && pairs->size() >= 2)
-            readStatus(*pairs, status);
+        if (const auto numbers = statusIn(response))
+            readStatus(*numbers, status);
     }
     co_return status;
+}
+
+Task<std::optional<IMAPClient::Status>> IMAPClient::statusOrNothing(QString mailbox)
+{
+    std::optional<Status> result;
+    try {
+        const Status told = co_await status(mailbox);
+        result = told;
+    } catch (const MailError& error) {
+        if (error.isConnectionLost())
+            throw;
+    }
+    co_return result;
+}
+
+Task<QList<std::optional<IMAPClient::Status>>> IMAPClient::statuses(QList<QString> mailboxes)
+{
+    QList<std::optional<Status>> results;
+    if (mailboxes.isEmpty())
+        co_return results;
+    const bool canPipeline = std::ranges::all_of(
+        mailboxes, [](const QString& mailbox) { return quoted(mailbox).text() != nullptr; });
+    if (!canPipeline) {
+        // A literal has to wait for its continuation.
+        for (const QString& mailbox : std::as_const(mailboxes)) {
+            const std::optional<Status> result = co_await statusOrNothing(mailbox);
+            results.append(result);
+        }
+        co_return results;
+    }
+    PendingStatuses pending;
+    QByteArray commands;
+    for (const QString& mailbox : mailboxes.first(std::min(mailboxes.size(), pipelineLimit))) {
+        const QString tag = nextTag();
+        pending.add(tag, mailbox);
+        commands += (tag + u" STATUS "_s + *quoted(mailbox).text() + statusItems() + u"\r\n"_s).toUtf8();
+    }
+    co_await m_reader.transport().send(commands);
+    while (!pending.isDone()) {
+        const IMAPResponse response = co_await readResponse();
+        if (response.kind == IMAPResponse::Kind::untagged && response.isNamed("BYE"_L1))
+            throw MailError::connectionClosed();
+        if (response.kind == IMAPResponse::Kind::continuation)
+            co_await m_reader.transport().send("\r\n");
+        else
+            pending.take(response);
+    }
+    results = pending.results();
+    co_return results;
+}
+
+Task<IMAPClient::NextUID> IMAPClient::nextUID(QString mailbox)
+{
+    const QList<IMAPResponse> responses =
+        co_await execute(command(u"STATUS "_s, quoted(mailbox), u" (UIDNEXT UIDVALIDITY)"_s));
+    NextUID next;
+    for (const IMAPResponse& response : responses) {
+        if (const auto numbers = statusIn(response)) {
+            next.uid = std::max<qint64>(numbers->value(u"UIDNEXT"_s), 1);
+            next.uidValidity = std::max<qint64>(numbers->value(u"UIDVALIDITY"_s), 0);
+        }
+    }
+    co_return next;
 }
 
 } // namespace Larkhaven

@@ -15,8 +15,8 @@
 
 namespace Larkhaven {
 
-/// One authenticated IMAP4rev1 connection (RFC 3501): tagged commands one at a time, no pipelining, nothing
-/// in the background.
+/// One authenticated IMAP4rev1 connection (RFC 3501): tagged commands one at a time, nothing in the
+/// background. `statuses` alone pipelines its commands, which can't affect one another (RFC 3501, 5.5).
 ///
 /// Failures: a tagged NO or BAD is `MailError::protocolError` with the server's words; the client remains
 /// usable after it. A failure of the transport or of the framing of responses, or one inside an unfinished
@@ -57,6 +57,16 @@ public:
         bool operator==(const Namespaces&) const = default;
     };
 
+    /// What the server will number the next message of a mailbox with.
+    struct NextUID {
+        qint64 uidValidity = 0; ///< 0 where the server tells none
+        qint64 uid = 1;         ///< 1 where the server tells none
+
+        bool operator==(const NextUID&) const = default;
+    };
+
+    /// How many commands of `statuses` are in flight at once, and so the most of one call.
+    static constexpr qsizetype pipelineLimit = 16;
     /// The most namespaces of a class that are read, and the longest prefix, in UTF-16 code units.
     static constexpr qsizetype namespaceLimit = 32;
     static constexpr qsizetype namespacePrefixLimit = 1000;
@@ -107,6 +117,7 @@ public:
     Task<> store(QList<qint64> uids, bool add, QString flags);
     /// MOVE (RFC 6851), or COPY and `deleteMessages`.
     Task<> move(QList<qint64> uids, QString mailbox);
+    Task<> copy(QList<qint64> uids, QString mailbox);
     Task<> deleteMessages(QList<qint64> uids);
     /// UID EXPUNGE (RFC 4315). NB: without it, plain EXPUNGE removes everything that is marked as deleted,
     /// also by other clients; nothing else is available.
@@ -117,6 +128,10 @@ public:
     Task<> deleteMailbox(QString mailbox);
     /// Counts that the server doesn't tell are 0.
     Task<Status> status(QString mailbox);
+    /// The counts of up to `pipelineLimit` mailboxes, in their order, at the cost of one round trip; absent
+    /// where the server refuses one.
+    Task<QList<std::optional<Status>>> statuses(QList<QString> mailboxes);
+    Task<NextUID> nextUID(QString mailbox);
 
     /// Closes the transport; the only way to end a connection.
     void close() { m_reader.transport().close(); }
@@ -133,6 +148,8 @@ private:
     Task<> upgradeToTLS(QString host);
     Task<> signIn(QString username, QString password);
     Task<> signInWithToken(QString username, std::shared_ptr<TokenSource> manager);
+    QString nextTag() { return u'P' + QString::number(++m_tagCounter); }
+    Task<std::optional<Status>> statusOrNothing(QString mailbox);
     Task<> sendCommand(QString tag, QList<IMAPArg> args);
     Task<QList<IMAPResponse>> collectResponses(QString tag, std::optional<QByteArray> continuationData);
 

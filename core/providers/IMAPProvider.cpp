@@ -7,6 +7,7 @@
 #include "protocols/SMTPClient.h"
 
 #include <QCoreApplication>
+#include <QUuid>
 
 #include <algorithm>
 #include <array>
@@ -50,6 +51,21 @@ Task<QByteArray> composed(OutgoingMessage message)
     co_return bytes;
 }
 
+/// The Message-ID of the message, or a fresh one (RFC 5322, 3.6.4), without angle brackets.
+QString messageIDOf(const OutgoingMessage& message)
+{
+    if (message.messageID && !message.messageID->isEmpty())
+        return *message.messageID;
+    const QString& address = message.from.address;
+    const QString domain = address.sliced(address.lastIndexOf(u'@') + 1);
+    const bool isHostName = std::ranges::all_of(domain, [](QChar character) {
+        return (character.unicode() < 0x80 && character.isLetterOrNumber()) ||
+               QStringView(u".-").contains(character);
+    });
+    return QUuid::createUuid().toString(QUuid::WithoutBraces) + u'@' +
+           (isHostName && !domain.isEmpty() ? domain : u"localhost"_s);
+}
+
 QString cacheKey(const IMAPMessageGroup& message)
 {
     return u"imap:%1:%2:%3"_s.arg(QString::number(message.uidValidity), QString::number(message.uids.first()),
@@ -77,6 +93,7 @@ IMAPProvider::IMAPProvider(Account account, MailAuth auth, std::shared_ptr<MailC
     , m_connection(m_settings, m_auth, m_factory)
     , m_folders(m_connection)
     , m_listings(m_account.id, m_cache, m_folders)
+    , m_transfers(m_connection)
 {}
 
 template <typename Body>
@@ -283,7 +300,7 @@ Task<> IMAPProvider::moveGroup(Client client, IMAPMessageGroup group, Destinatio
 {
     const QString target = co_await destination(client);
     if (target != group.mailbox)
-        co_await client->move(group.uids, target);
+        co_await m_transfers.move(client, group, target);
 }
 
 Task<> IMAPProvider::archive(QList<QString> ids)
@@ -331,6 +348,7 @@ Task<> IMAPProvider::testConnection(ServerSettings settings, MailAuth auth, Tran
 Task<> IMAPProvider::send(OutgoingMessage message, std::optional<QString> draftID)
 {
     const auto self = shared_from_this();
+    message.messageID = messageIDOf(message);
     QList<QString> recipients;
     for (const EmailAddress& recipient : message.to + message.cc + message.bcc)
         recipients.append(recipient.address);
@@ -343,11 +361,14 @@ Task<> IMAPProvider::send(OutgoingMessage message, std::optional<QString> draftI
     }
     // The message has gone out. A failure told from here on would make the user send it a second time.
     try {
-        const auto body = [this, message](Client client) {
-            return appendSentCopy(std::move(client), message);
-        };
-        if (!filesSentMail(m_settings.smtpHost))
+        if (!filesSentMail(m_settings.smtpHost)) {
+            const auto copy = std::make_shared<IMAPTransfers::Appending>();
+            copy->flags = u"\\Seen"_s;
+            copy->messageID = *message.messageID;
+            copy->message = co_await composed(message);
+            const auto body = [this, copy](Client client) { return appendSentCopy(std::move(client), copy); };
             co_await withClient(body);
+        }
     } catch (const std::exception&) {
         // The recipients have it; the user's own copy is missing.
     }
@@ -355,29 +376,47 @@ Task<> IMAPProvider::send(OutgoingMessage message, std::optional<QString> draftI
     m_listings.forgetUIDs();
 }
 
-Task<> IMAPProvider::appendSentCopy(Client client, OutgoingMessage message)
+Task<> IMAPProvider::appendSentCopy(Client client, Appending copy)
 {
     const std::optional<QString> sent = co_await m_folders.find(Mailbox::sent, client);
-    if (!sent)
-        co_return;
-    const QByteArray data = co_await composed(message);
-    co_await client->append(*sent, u"\\Seen"_s, data);
+    if (sent)
+        co_await m_transfers.append(client, *sent, copy);
+}
+
+Task<bool> IMAPProvider::wasSent(QString messageID)
+{
+    return withClient([this, messageID](Client client) { return isInSent(std::move(client), messageID); });
+}
+
+Task<bool> IMAPProvider::isInSent(Client client, QString messageID)
+{
+    const std::optional<QString> sent = co_await m_folders.find(Mailbox::sent, client);
+    if (!sent || messageID.isEmpty())
+        co_return false;
+    const bool isThere = co_await m_transfers.holds(client, *sent, messageID);
+    co_return isThere;
 }
 
 Task<> IMAPProvider::saveDraft(OutgoingMessage message, std::optional<QString> draftID)
 {
     const auto self = shared_from_this();
-    const auto body = [this, message](Client client) { return appendDraft(std::move(client), message); };
+    const auto draft = std::make_shared<IMAPTransfers::Appending>();
+    draft->flags = u"\\Draft \\Seen"_s;
+    // Each state of a draft may be saved under one Message-ID.
+    draft->isRepeatedID = message.messageID.has_value();
+    message.messageID = messageIDOf(message);
+    draft->messageID = *message.messageID;
+    draft->message = co_await composed(message);
+    const auto body = [this, draft](Client client) { return appendDraft(std::move(client), draft); };
     co_await withClient(body);
     co_await replaceDraft(draftID);
     m_listings.forgetUIDs();
 }
 
-Task<> IMAPProvider::appendDraft(Client client, OutgoingMessage message)
+Task<> IMAPProvider::appendDraft(Client client, Appending draft)
 {
     const QString drafts = co_await m_folders.require(Mailbox::drafts, client, IMAPFolders::Missing::create);
-    const QByteArray data = co_await composed(message);
-    co_await client->append(drafts, u"\\Draft \\Seen"_s, data);
+    co_await m_transfers.append(client, drafts, draft);
 }
 
 Task<> IMAPProvider::replaceDraft(std::optional<QString> draftID)

@@ -4,6 +4,7 @@
 #include "providers/IMAPConnection.h"
 #include "providers/IMAPFolders.h"
 #include "providers/IMAPListings.h"
+#include "providers/IMAPTransfers.h"
 #include "store/MailCache.h"
 
 #include <functional>
@@ -51,6 +52,7 @@ public:
     Task<> markSpam(QList<QString> ids) override;
     Task<> moveToLabel(QList<QString> ids, MailLabel label) override;
     Task<> send(OutgoingMessage message, std::optional<QString> draftID) override;
+    Task<bool> wasSent(QString messageID) override;
     Task<> saveDraft(OutgoingMessage message, std::optional<QString> draftID) override;
     Task<qint64> inboxUnreadCount() override;
     Task<QHash<QString, qint64>> counts(QList<MailLabel> labels) override;
@@ -86,8 +88,10 @@ private:
     Task<> storeFlag(Client client, Groups groups, bool add, QString flag);
     Task<> moveGroups(Client client, Groups groups, Destination destination);
     Task<> moveGroup(Client client, IMAPMessageGroup group, Destination destination);
-    Task<> appendSentCopy(Client client, OutgoingMessage message);
-    Task<> appendDraft(Client client, OutgoingMessage message);
+    using Appending = std::shared_ptr<IMAPTransfers::Appending>;
+    Task<> appendSentCopy(Client client, Appending copy);
+    Task<> appendDraft(Client client, Appending draft);
+    Task<bool> isInSent(Client client, QString messageID);
     Task<> deleteGroups(Client client, Groups groups);
 
     Task<> moveMessages(QList<QString> ids, Destination destination);
@@ -103,6 +107,7 @@ private:
     IMAPConnection m_connection;
     IMAPFolders m_folders;
     IMAPListings m_listings;
+    IMAPTransfers m_transfers;
 };
 
 } // namespace Larkhaven

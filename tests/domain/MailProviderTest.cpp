@@ -44,6 +44,7 @@ public:
     {
         return noted(u"saveDraft "_s + draftID.value_or(u"without a draft"_s), {message.subject});
     }
+    Task<bool> wasSent(QString) override { co_return false; }
     Task<qint64> inboxUnreadCount() override { co_return 0; }
     Task<QHash<QString, qint64>> counts(QList<MailLabel>) override { co_return QHash<QString, qint64>(); }
     bool supportsLabels() const override { return false; }

@@ -221,15 +221,20 @@ TEST(IMAPProviderSend, NeverTellsAFailureAfterTheServerHasTakenTheMessage)
     }
 }
 
-TEST(IMAPProviderSend, SendsOnceWhereTheCopyIsRepeated)
+TEST(IMAPProviderSend, SendsOnceAndFilesOneCopyWhereTheAnswerToTheCopyIsLost)
 {
-    // The copy may be stored twice; the message has gone out once.
-    Providing providing({signedIn().then("C: P4 LIST \"\" \"*\"\nS: * LIST () \"/\" Sent\nS: P4 OK\n"
-                                         "C: P5 APPEND \"Sent\" (\\Seen) [LITERAL]\n[CLOSE]"),
-                         signedIn().then("C: P4 APPEND \"Sent\" (\\Seen) [LITERAL]\nS: P4 OK")},
-                        accepting());
-    await(providing->send(someMessage(), std::nullopt));
-    EXPECT_EQ(providing.smtp.openings().size(), 1);
+    OutgoingMessage message = someMessage();
+    message.messageID = u"1@x.example"_s;
+    const Script lost = signedIn().then("C: P4 LIST \"\" \"*\"\nS: * LIST () \"/\" Sent\nS: P4 OK\n"
+                                        "C: P5 APPEND \"Sent\" (\\Seen) [LITERAL]\n[CLOSE]");
+    const Script looking = signedIn().then("C: P4 SELECT \"Sent\"\nS: * OK [UIDVALIDITY 4]\nS: P4 OK\n"
+                                           "C: P5 UID SEARCH HEADER Message-ID \"<1@x.example>\"");
+    Providing there({lost, Script(looking).then("S: * SEARCH 7\nS: P5 OK")}, accepting());
+    await(there->send(message, std::nullopt));
+    Providing missing(
+        {lost, Script(looking).then("S: P5 OK\nC: P6 APPEND \"Sent\" (\\Seen) [LITERAL]\nS: P6 OK")},
+        accepting());
+    await(missing->send(message, std::nullopt));
 }
 
 TEST(IMAPProviderSend, SearchesAnewAfterAMessageWasSent)
@@ -366,12 +371,49 @@ TEST(IMAPProviderDrafts, StoresADraftThoughTheOldOneCannotBeRemoved)
     await(nameless->saveDraft(someMessage(), u"nonsense"_s));
 }
 
-TEST(IMAPProviderDrafts, StoresADraftAgainOnAFreshConnection)
+OutgoingMessage withID()
 {
-    Providing providing({signedIn().then("C: P4 LIST \"\" \"*\"\nS: * LIST () \"/\" Drafts\nS: P4 OK\n"
-                                         "C: P5 APPEND \"Drafts\" (\\Draft \\Seen) [LITERAL]\n[CLOSE]"),
-                         signedIn().then("C: P4 APPEND \"Drafts\" (\\Draft \\Seen) [LITERAL]\nS: P4 OK")});
-    await(providing->saveDraft(someMessage(), std::nullopt));
+    OutgoingMessage message = someMessage();
+    message.messageID = u"1@x.example"_s;
+    return message;
+}
+
+QString messageIDIn(const QByteArray& bytes)
+{
+    return MIMEParser::parse(bytes).headers.messageID().value_or(QString());
+}
+
+TEST(IMAPProviderDrafts, StoresADraftAgainOnlyWhereItIsNotThere)
+{
+    const Script lost = signedIn().then("C: P4 LIST \"\" \"*\"\nS: * LIST () \"/\" Drafts\nS: P4 OK\n"
+                                        "C: P5 STATUS \"Drafts\" (UIDNEXT UIDVALIDITY)\n"
+                                        "S: * STATUS Drafts (UIDNEXT 30 UIDVALIDITY 4)\nS: P5 OK\n"
+                                        "C: P6 APPEND \"Drafts\" (\\Draft \\Seen) [LITERAL]\n[CLOSE]");
+    const Script looking = signedIn().then("C: P4 SELECT \"Drafts\"\nS: * OK [UIDVALIDITY 4]\nS: P4 OK\n"
+                                           "C: P5 UID SEARCH UID 30:* HEADER Message-ID \"<1@x.example>\"");
+    Providing there({lost, Script(looking).then("S: * SEARCH 31\nS: P5 OK")});
+    await(there->saveDraft(withID(), std::nullopt));
+    // What the last number stands for is an older state of the draft.
+    Providing missing(
+        {lost, Script(looking).then("S: * SEARCH 29\nS: P5 OK\n"
+                                    "C: P6 APPEND \"Drafts\" (\\Draft \\Seen) [LITERAL]\nS: P6 OK")});
+    await(missing->saveDraft(withID(), std::nullopt));
+    EXPECT_EQ(missing.server.connection(1).kept(), missing.server.connection(0).kept());
+    EXPECT_EQ(messageIDIn(missing.server.connection(1).kept().value(0)), u"<1@x.example>");
+}
+
+TEST(IMAPProviderDrafts, NeedsNoNumbersWhereTheMessageIDIsFresh)
+{
+    ScriptedServer server({signedIn().then("C: P4 LIST \"\" \"*\"\nS: * LIST () \"/\" Drafts\nS: P4 OK\n"
+                                           "C: P5 APPEND \"Drafts\" (\\Draft \\Seen) [LITERAL]\n[CLOSE]"),
+                           signedIn().then("C: P4 SELECT \"Drafts\"\nS: P4 NO no")});
+    const auto provider =
+        IMAPProvider::create(someAccount(), MailAuth::password(u"secret"_s), nullptr, server.factory());
+    expectProtocolError(provider->saveDraft(someMessage(), std::nullopt), u"no"_s);
+    server.expectUsedUp();
+    const QString id = messageIDIn(server.connection(0).kept().value(0));
+    EXPECT_TRUE(QRegularExpression(u"^<[0-9a-f-]{36}@x\\.example>$"_s).match(id).hasMatch())
+        << id.toStdString();
 }
 
 TEST(IMAPProviderDrafts, RemovesNoOtherMessageInPlaceOfADraft)
@@ -387,6 +429,69 @@ TEST(IMAPProviderDrafts, RemovesNoOtherMessageInPlaceOfADraft)
         {session(sentCopy).first().then("C: P6 SELECT \"Drafts\"\nS: * OK [UIDVALIDITY 8]\nS: P6 OK")},
         accepting());
     await(sending->send(someMessage(), u"9.7:Drafts"_s));
+}
+
+// --- What was sent
+
+TEST(IMAPProviderSend, FilesTheCopyUnderTheMessageIDOfWhatWentOut)
+{
+    for (const OutgoingMessage& message : {someMessage(), withID()}) {
+        Providing providing(session(sentCopy), accepting());
+        await(providing->send(message, std::nullopt));
+        const QString sent = messageIDIn(providing.smtp.connection(0).kept().value(0));
+        EXPECT_EQ(messageIDIn(providing.server.connection(0).kept().value(0)), sent);
+        EXPECT_EQ(sent == u"<1@x.example>", message.messageID.has_value());
+        EXPECT_TRUE(sent.endsWith(u"@x.example>"_s));
+    }
+}
+
+TEST(IMAPProviderSend, MakesAMessageIDForASenderWithoutAUsableDomain)
+{
+    for (const QString& address : {u"ann"_s, u"ann@"_s, u"ann@münchen"_s, u"ann@x> <y"_s, QString()}) {
+        OutgoingMessage message = someMessage();
+        message.from.address = address;
+        Providing providing(session(draftsListed));
+        await(providing->saveDraft(message, std::nullopt));
+        const QString id = messageIDIn(providing.server.connection(0).kept().value(0));
+        EXPECT_TRUE(id.endsWith(address == u"ann"_s ? u"@ann>"_s : u"@localhost>"_s)) << id.toStdString();
+    }
+}
+
+TEST(IMAPProviderSend, FindsWhatWasSentByItsMessageIDInAMailboxThatIsSelectedAnew)
+{
+    Providing providing(session(R"(
+        C: P4 LIST "" "*"
+        S: * LIST (\Sent) "/" Out
+        S: P4 OK
+        C: P5 SELECT "Out"
+        S: * OK [UIDVALIDITY 4]
+        S: P5 OK
+        C: P6 UID SEARCH HEADER Message-ID "<1@x.example>"
+        S: * SEARCH 8
+        S: P6 OK
+        C: P7 SELECT "Out"
+        S: * OK [UIDVALIDITY 4]
+        S: P7 OK
+        C: P8 UID SEARCH HEADER Message-ID "<2@x.example>"
+        S: * SEARCH
+        S: P8 OK
+        C: P9 SELECT "Out"
+        S: P9 OK
+        C: P10 UID SEARCH HEADER Message-ID "<3@x.example>"
+        S: P10 NO not now
+    )"));
+    EXPECT_TRUE(await(providing->wasSent(u"1@x.example"_s)));
+    EXPECT_FALSE(await(providing->wasSent(u"2@x.example"_s)));
+    expectProtocolError(providing->wasSent(u"3@x.example"_s), u"not now"_s);
+    EXPECT_FALSE(await(providing->wasSent(QString())));
+}
+
+TEST(IMAPProviderSend, HasSentNothingWhereThereIsNoSentMailbox)
+{
+    Providing providing(session("C: P4 LIST \"\" \"*\"\nS: * LIST () \"/\" INBOX\nS: P4 OK"));
+    EXPECT_FALSE(await(providing->wasSent(u"1@x.example"_s)));
+    Providing unreachable({Script("[REFUSED]")});
+    EXPECT_THROW(await(unreachable->wasSent(u"1@x.example"_s)), LocalizedError);
 }
 
 // --- The test of new settings

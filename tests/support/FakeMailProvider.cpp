@@ -230,6 +230,15 @@ Task<> FakeMailProvider::send(OutgoingMessage message, std::optional<QString> dr
     m_sent.append({message, draftID});
 }
 
+Task<bool> FakeMailProvider::wasSent(QString messageID)
+{
+    const auto self = shared_from_this();
+    const bool answer = m_sentIDs.contains(messageID);
+    const Task<> step = perform(u"wasSent"_s, {messageID});
+    co_await step;
+    co_return answer;
+}
+
 Task<> FakeMailProvider::saveDraft(OutgoingMessage message, std::optional<QString> draftID)
 {
     const auto self = shared_from_this();

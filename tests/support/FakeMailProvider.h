@@ -30,6 +30,8 @@ public:
     void setLabels(const QList<MailLabel>& labels) { m_labels = labels; }
     void setCounts(const QHash<QString, qint64>& counts) { m_counts = counts; }
     void setRaw(const QString& id, const QByteArray& message) { m_raw.insert(id, message); }
+    /// The Message-IDs that `wasSent` finds.
+    void setSentIDs(const QSet<QString>& messageIDs) { m_sentIDs = messageIDs; }
     void setThreadID(const QString& id, const QString& threadID) { m_threadIDs.insert(id, threadID); }
     void setSupportsLabels(bool isSupported) { m_supportsLabels = isSupported; }
 
@@ -93,6 +95,7 @@ public:
     Task<> markSpam(QList<QString> ids) override;
     Task<> moveToLabel(QList<QString> ids, MailLabel label) override;
     Task<> send(OutgoingMessage message, std::optional<QString> draftID) override;
+    Task<bool> wasSent(QString messageID) override;
     Task<> saveDraft(OutgoingMessage message, std::optional<QString> draftID) override;
     Task<qint64> inboxUnreadCount() override;
     Task<QHash<QString, qint64>> counts(QList<MailLabel> labels) override;
@@ -127,6 +130,7 @@ private:
     QHash<QString, qint64> m_counts;
     QHash<QString, QByteArray> m_raw;
     QHash<QString, QString> m_threadIDs;
+    QSet<QString> m_sentIDs;
     bool m_supportsLabels = false;
     QHash<QString, QList<std::exception_ptr>> m_failures;
     QHash<QString, std::exception_ptr> m_standingFailures;
