@@ -41,11 +41,12 @@ Task<> IMAPFolders::know(Client client)
     m_mailboxes = listed;
 }
 
-QString IMAPFolders::delimiter(const Client& client) const
+QString IMAPFolders::delimiter(const Client& client)
 {
     // A connection that is newer than the list has seen no delimiter yet.
     const std::optional<QString> listed = m_mailboxes ? IMAPMailboxes::delimiter(*m_mailboxes) : std::nullopt;
-    return listed.value_or(client->delimiter());
+    m_delimiter = listed.value_or(client->delimiter());
+    return m_delimiter;
 }
 
 Task<> IMAPFolders::knowNamespaces(Client client)

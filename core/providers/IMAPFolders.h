@@ -44,6 +44,9 @@ public:
     Task<MailLabel> rename(Client client, MailLabel label, QString newPath);
     Task<> remove(Client client, MailLabel label);
 
+    /// What separated the levels of the mailbox that was changed last, or that were listed.
+    const QString& delimiter() const { return m_delimiter; }
+
 private:
     /// Whether the mailboxes are as a change wants them.
     using IsDone = std::function<bool(const IMAPMailboxes::Listing&)>;
@@ -59,12 +62,13 @@ private:
     /// Lets a CREATE, RENAME or DELETE come to its end. The list of mailboxes is forgotten, unless it was
     /// needed to learn whether the change was done by the first try.
     Task<> finishChange(Client client, Task<> change, IsDone isDone);
-    QString delimiter(const Client& client) const;
+    QString delimiter(const Client& client);
 
     const IMAPConnection& m_connection;
     std::optional<IMAPMailboxes::Listing> m_mailboxes; ///< the last LIST
     IMAPMailboxes::Namespaces m_namespaces;
     bool m_hasAskedForNamespaces = false;
+    QString m_delimiter;
 };
 
 } // namespace Larkhaven

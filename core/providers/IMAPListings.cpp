@@ -291,6 +291,30 @@ void IMAPListings::forgetMailbox(const QString& mailbox)
     m_listings.clear();
 }
 
+void IMAPListings::renameMailbox(const QString& from, const QString& to, const QString& delimiter)
+{
+    IMAPBoxes renamed;
+    const IMAPBoxes before = std::exchange(m_boxes, {});
+    for (auto box = before.cbegin(); box != before.cend(); ++box) {
+        const bool isBelow = !delimiter.isEmpty() && box.key().startsWith(from + delimiter);
+        if (box.key() != from && !isBelow) {
+            m_boxes.insert(box.key(), *box);
+            continue;
+        }
+        const QString mailbox = to + box.key().sliced(from.size());
+        const QString path = IMAPMailboxes::displayPath(mailbox, delimiter);
+        IMAPBox moved = *box;
+        for (auto summary = moved.messages.begin(); summary != moved.messages.end(); ++summary) {
+            summary->id = IMAPMessageID{summary.key(), moved.uidValidity, mailbox}.text();
+            summary->mailbox = path;
+        }
+        renamed.insert(mailbox, moved);
+    }
+    m_boxes.insert(renamed);
+    m_isDirty = true;
+    m_listings.clear();
+}
+
 // --- The snapshot
 
 Task<> IMAPListings::load()

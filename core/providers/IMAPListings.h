@@ -55,6 +55,9 @@ public:
     void remove(const QList<IMAPMessageGroup>& groups);
     /// Forgets all that is known of a mailbox.
     void forgetMailbox(const QString& mailbox);
+    /// What is known of a mailbox, and of those below it, is known of it under its new name; their messages
+    /// have new ids.
+    void renameMailbox(const QString& from, const QString& to, const QString& delimiter);
     /// The next page of any view asks the server for its UIDs.
     void forgetUIDs() { m_listings.clear(); }
 

@@ -5,6 +5,7 @@
 #include "format/MessageComposer.h"
 #include "platform/Tasks.h"
 #include "protocols/SMTPClient.h"
+#include "providers/ConnectionTrial.h"
 
 #include <QCoreApplication>
 #include <QUuid>
@@ -94,6 +95,7 @@ IMAPProvider::IMAPProvider(Account account, MailAuth auth, std::shared_ptr<MailC
     , m_folders(m_connection)
     , m_listings(m_account.id, m_cache, m_folders)
     , m_transfers(m_connection)
+    , m_counts(m_connection, m_folders)
 {}
 
 template <typename Body>
@@ -131,19 +133,16 @@ Task<qint64> IMAPProvider::lastPageOffset(MailboxRef ref, std::optional<QString>
 
 Task<QList<MailLabel>> IMAPProvider::listLabels()
 {
-    return withClient([this](Client client) { return m_folders.labels(std::move(client)); });
+    return withClient([this](Client client) { return m_folders.labels(std::move(client)); },
+                      Turnstile::Order::background);
 }
 
 // --- Counts
 
 Task<qint64> IMAPProvider::inboxUnreadCount()
 {
-    return withClient([this](Client client) { return unseen(std::move(client)); });
-}
-
-Task<QHash<QString, qint64>> IMAPProvider::counts(QList<MailLabel> labels)
-{
-    return withClient([this, labels](Client client) { return countAll(std::move(client), labels); });
+    return withClient([this](Client client) { return unseen(std::move(client)); },
+                      Turnstile::Order::background);
 }
 
 Task<qint64> IMAPProvider::unseen(Client client)
@@ -153,38 +152,11 @@ Task<qint64> IMAPProvider::unseen(Client client)
     co_return count;
 }
 
-Task<QHash<QString, qint64>> IMAPProvider::countAll(Client client, QList<MailLabel> labels)
+Task<QHash<QString, qint64>> IMAPProvider::counts(QList<MailLabel> labels)
 {
-    struct Entry {
-        QString key;
-        QString mailbox;
-        qint64 IMAPClient::Status::*count;
-    };
-    QList<Entry> entries{{MailboxRef::system(Mailbox::inbox).id(), u"INBOX"_s, &IMAPClient::Status::unseen}};
-    const std::optional<QString> spam = co_await m_folders.find(Mailbox::spam, client);
-    if (spam)
-        entries.append({MailboxRef::system(Mailbox::spam).id(), *spam, &IMAPClient::Status::unseen});
-    const std::optional<QString> drafts = co_await m_folders.find(Mailbox::drafts, client);
-    if (drafts)
-        entries.append({MailboxRef::system(Mailbox::drafts).id(), *drafts, &IMAPClient::Status::messages});
-    for (const MailLabel& label : labels)
-        entries.append({MailboxRef::label(label).id(), label.id, &IMAPClient::Status::unseen});
-
-    QHash<QString, qint64> result;
-    for (const Entry& entry : std::as_const(entries)) {
-        try {
-            const IMAPClient::Status status = co_await client->status(entry.mailbox);
-            if (status.*entry.count > 0)
-                result.insert(entry.key, status.*entry.count);
-        } catch (const MailError& error) {
-            // A folder that can't be counted is left out; a dead connection is `withClient`'s to heal.
-            if (error.isConnectionLost())
-                throw;
-        } catch (const LocalizedError&) {
-            // The network failed. The next use of the connection tells that it is dead.
-        }
-    }
-    co_return result;
+    const auto self = shared_from_this();
+    QHash<QString, qint64> counts = co_await m_counts.count(labels);
+    co_return counts;
 }
 
 // --- Reading and flags
@@ -338,11 +310,10 @@ Task<> IMAPProvider::moveToLabel(QList<QString> ids, MailLabel label)
 
 // --- Sending and drafts
 
-Task<> IMAPProvider::testConnection(ServerSettings settings, MailAuth auth, TransportFactory factory)
+Task<> IMAPProvider::testConnection(ServerSettings settings, MailAuth auth, TransportFactory factory,
+                                    std::stop_token stop)
 {
-    const Client client = co_await IMAPClient::connect(settings, auth, factory);
-    client->close();
-    co_await SMTPClient::verify(settings, auth, factory);
+    return ConnectionTrial::run(std::move(settings), std::move(auth), std::move(factory), std::move(stop));
 }
 
 Task<> IMAPProvider::send(OutgoingMessage message, std::optional<QString> draftID)
@@ -463,7 +434,7 @@ Task<MailLabel> IMAPProvider::renameLabel(MailLabel label, QString newName)
         return m_folders.rename(std::move(client), label, newName);
     };
     MailLabel renamed = co_await withClient(body);
-    m_listings.forgetMailbox(label.id);
+    m_listings.renameMailbox(label.id, renamed.id, m_folders.delimiter());
     co_await m_listings.persist();
     co_return renamed;
 }

@@ -2,6 +2,7 @@
 
 #include "domain/MailProvider.h"
 #include "providers/IMAPConnection.h"
+#include "providers/IMAPCounts.h"
 #include "providers/IMAPFolders.h"
 #include "providers/IMAPListings.h"
 #include "providers/IMAPTransfers.h"
@@ -10,6 +11,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <stop_token>
 
 namespace Larkhaven {
 
@@ -33,7 +35,10 @@ public:
                                                 std::shared_ptr<MailCache> cache, TransportFactory factory);
 
     /// Proves that both servers take the settings and the credential. A failure of either passes on as it is.
-    static Task<> testConnection(ServerSettings settings, MailAuth auth, TransportFactory factory);
+    /// A requested stop, from any thread, ends it at once with `MailError::cancelled`, whatever it waits for,
+    /// and closes its connection.
+    static Task<> testConnection(ServerSettings settings, MailAuth auth, TransportFactory factory,
+                                 std::stop_token stop = {});
 
     using MailProvider::saveDraft;
     using MailProvider::send;
@@ -84,7 +89,6 @@ private:
     Task<> forEachGroup(Groups groups, Client client, GroupBody body);
     Task<QByteArray> fetchBody(Client client, IMAPMessageGroup group);
     Task<qint64> unseen(Client client);
-    Task<QHash<QString, qint64>> countAll(Client client, QList<MailLabel> labels);
     Task<> storeFlag(Client client, Groups groups, bool add, QString flag);
     Task<> moveGroups(Client client, Groups groups, Destination destination);
     Task<> moveGroup(Client client, IMAPMessageGroup group, Destination destination);
@@ -108,6 +112,7 @@ private:
     IMAPFolders m_folders;
     IMAPListings m_listings;
     IMAPTransfers m_transfers;
+    IMAPCounts m_counts;
 };
 
 } // namespace Larkhaven

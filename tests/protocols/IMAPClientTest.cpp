@@ -739,6 +739,77 @@ TEST(IMAPClient, CountsNothingWhereTheServerTellsNothing)
     EXPECT_EQ(await(connected.client->status(u"INBOX"_s)), (IMAPClient::Status{0, 0}));
 }
 
+using Statuses = QList<std::optional<IMAPClient::Status>>;
+using Status = IMAPClient::Status;
+
+TEST(IMAPClient, CountsManyMailboxesAtOnceWhateverTheOrderOfTheAnswers)
+{
+    Connected connected(R"(
+        C: P4 STATUS "a" (UNSEEN MESSAGES)
+        C: P5 STATUS "b" (UNSEEN MESSAGES)
+        C: P6 STATUS "c" (UNSEEN MESSAGES)
+        C: P7 STATUS "d" (UNSEEN MESSAGES)
+        S: * STATUS c (UNSEEN 3 MESSAGES 30)
+        S: * STATUS a (UNSEEN 1 MESSAGES 10)
+        S: * 5 EXISTS
+        S: P6 OK
+        S: P2 OK of another time
+        S: P5 NO no
+        S: + what
+        C: 
+        S: * STATUS other (UNSEEN 9)
+        S: * STATUS c (UNSEEN 9)
+        S: P4 OK
+        S: P4 NO twice
+        S: P7 OK
+        C: P8 SELECT "a"
+        S: P8 OK
+    )");
+    EXPECT_EQ(await(connected.client->statuses({u"a"_s, u"b"_s, u"c"_s, u"d"_s})),
+              Statuses({Status{9, 10}, std::nullopt, Status{3, 30}, Status{}}));
+    await(connected.client->select(u"a"_s, false));
+    EXPECT_TRUE(await(connected.client->statuses({})).isEmpty());
+}
+
+TEST(IMAPClient, CountsOneByOneWhereANameNeedsALiteral)
+{
+    Connected connected(signedIn("")
+                            .then("C: P4 STATUS {2}\nS: +")
+                            .client("\xc3\xbf (UNSEEN MESSAGES)\r\n")
+                            .then("S: P4 NO no\nC: P5 STATUS \"b\" (UNSEEN MESSAGES)\n"
+                                  "S: * STATUS b (UNSEEN 2)\nS: P5 OK"));
+    EXPECT_EQ(await(connected.client->statuses({u"\u00ff"_s, u"b"_s})),
+              Statuses({std::nullopt, Status{2, 0}}));
+}
+
+TEST(IMAPClient, LosesTheConnectionAmongManyCountsAsAnywhere)
+{
+    for (const std::string_view end : {"[CLOSE]", "S: P4 OK\nS: * BYE", "[TIMEOUT]"}) {
+        Connected connected(signedIn("")
+                                .then("C: P4 STATUS \"a\" (UNSEEN MESSAGES)\n"
+                                      "C: P5 STATUS \"b\" (UNSEEN MESSAGES)")
+                                .then(end));
+        try {
+            await(connected.client->statuses({u"a"_s, u"b"_s}));
+            ADD_FAILURE() << "nothing failed";
+        } catch (const MailError& error) {
+            EXPECT_TRUE(error.isConnectionLost());
+        }
+    }
+}
+
+TEST(IMAPClient, ReadsTheNextNumberOfAMailbox)
+{
+    Connected connected(
+        "C: P4 STATUS \"a\" (UIDNEXT UIDVALIDITY)\nS: * STATUS a (uidvalidity 7 UIDNEXT 44)\nS: P4 OK\n"
+        "C: P5 STATUS \"a\" (UIDNEXT UIDVALIDITY)\nS: * STATUS a (UIDVALIDITY -7 UIDNEXT -44)\nS: P5 OK\n"
+        "C: P6 STATUS \"a\" (UIDNEXT UIDVALIDITY)\nS: P6 OK");
+    using NextUID = IMAPClient::NextUID;
+    EXPECT_EQ(await(connected.client->nextUID(u"a"_s)), (NextUID{7, 44}));
+    EXPECT_EQ(await(connected.client->nextUID(u"a"_s)), (NextUID{0, 1}));
+    EXPECT_EQ(await(connected.client->nextUID(u"a"_s)), (NextUID{0, 1}));
+}
+
 TEST(IMAPClient, ReadsTheNamespacesOfTheUser)
 {
     Connected connected(R"(
