@@ -17,11 +17,11 @@ namespace Larkhaven {
 namespace {
 
 /// The connection test, in whose failure a refused login has words for the form.
-Task<> prove(ServerSettings settings, QString password, TransportFactory transports, std::stop_token)
+Task<> prove(ServerSettings settings, QString password, TransportFactory transports, std::stop_token stop)
 {
     try {
         const MailAuth auth = MailAuth::password(password);
-        co_await IMAPProvider::testConnection(settings, auth, transports);
+        co_await IMAPProvider::testConnection(settings, auth, transports, stop);
     } catch (const MailError& error) {
         if (error.kind() != MailError::Kind::notSignedIn)
             throw;
