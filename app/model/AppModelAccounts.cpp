@@ -33,7 +33,7 @@ Task<> prove(ServerSettings settings, QString password, TransportFactory transpo
 
 bool isSameAddress(const QString& left, const QString& right)
 {
-    return left.toLower() == right.toLower();
+    return Text::lowered(left) == Text::lowered(right);
 }
 
 /// Whether both lead to the same messages.

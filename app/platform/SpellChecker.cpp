@@ -1,5 +1,7 @@
 #include "app/platform/SpellChecker.h"
 
+#include "domain/Text.h"
+
 #include <enchant.h>
 
 using namespace Qt::StringLiterals;
@@ -79,7 +81,7 @@ QString SpellChecker::bestLanguage(const QStringList& installed, const QStringLi
         if (installed.contains(tag))
             return tag;
         // "de_DE" is what most mean by "de".
-        QString home = language + u'_' + language.toUpper();
+        QString home = language + u'_' + Text::asciiUppered(language);
         if (installed.contains(home))
             return home;
         if (installed.contains(language))

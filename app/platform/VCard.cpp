@@ -1,5 +1,7 @@
 #include "app/platform/VCard.h"
 
+#include "domain/Text.h"
+
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
@@ -71,7 +73,7 @@ std::optional<Property> propertyIn(QStringView line)
     if (const qsizetype semicolon = name.indexOf(u';'); semicolon >= 0)
         name = name.first(semicolon);
     name = name.sliced(name.lastIndexOf(u'.') + 1);
-    return Property{name.trimmed().toString().toUpper(), line.sliced(colon + 1)};
+    return Property{Text::asciiUppered(name.trimmed()), line.sliced(colon + 1)};
 }
 
 /// The parts of a value between unescaped separators, their escapes undone (RFC 6350, 3.4).

@@ -1,5 +1,6 @@
 #include "views/AddressTokens.h"
 
+#include "domain/Text.h"
 #include "format/MailEncoding.h"
 #include "format/MessageComposer.h"
 
@@ -58,7 +59,7 @@ QSet<QString> addresses(const QString& text)
 {
     QSet<QString> result;
     for (const QStringView piece : before(text).tokenize(u',')) {
-        const QString address = withoutName(piece).trimmed().toString().toLower();
+        const QString address = Text::lowered(withoutName(piece).trimmed());
         if (!address.isEmpty())
             result.insert(address);
     }

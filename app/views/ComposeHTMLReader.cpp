@@ -1,3 +1,4 @@
+#include "domain/Text.h"
 #include "safety/HTMLSanitizer.h"
 #include "safety/SanitizerOptions.h"
 #include "views/ComposeHTML.h"
@@ -112,7 +113,7 @@ QHash<QString, QString> declarations(QStringView style)
     for (const QStringView declaration : style.tokenize(u';')) {
         const qsizetype colon = declaration.indexOf(u':');
         if (colon > 0)
-            found.insert(declaration.first(colon).trimmed().toString().toLower(),
+            found.insert(Text::asciiLowered(declaration.first(colon).trimmed()),
                          declaration.sliced(colon + 1).trimmed().toString());
     }
     return found;
@@ -120,7 +121,7 @@ QHash<QString, QString> declarations(QStringView style)
 
 std::optional<QColor> color(const QString& text)
 {
-    const QString lowered = text.toLower();
+    const QString lowered = Text::asciiLowered(text);
     QColor result;
     if (lowered.startsWith("rgb"_L1)) {
         const qsizetype open = lowered.indexOf(u'(');
@@ -154,7 +155,7 @@ std::optional<double> fontSize(const QString& text, double parent, double base)
                                               {u"medium"_s, 1},     {u"large"_s, 1.2},    {u"x-large"_s, 1.5},
                                               {u"xx-large"_s, 2}};
     static const QHash<QString, double> units{{u"px"_s, 1}, {u"pt"_s, 4.0 / 3.0}};
-    const QString value = text.toLower();
+    const QString value = Text::asciiLowered(text);
     if (const auto name = names.constFind(value); name != names.constEnd())
         return base * *name;
     if (value == "smaller"_L1)
@@ -483,18 +484,18 @@ void Reader::applyStyle(const Tag& tag, Element& element)
         return;
     if (style.value(u"display"_s).compare("none"_L1, Qt::CaseInsensitive) == 0)
         element.isHidden = true;
-    const QString weight = style.value(u"font-weight"_s).toLower();
+    const QString weight = Text::asciiLowered(style.value(u"font-weight"_s));
     if (weight.startsWith("bold"_L1) || weight.toInt() >= QFont::DemiBold)
         element.text.setFontWeight(QFont::Bold);
     else if (weight == "normal"_L1 || weight.toInt() > 0)
         element.text.clearProperty(QTextFormat::FontWeight);
-    const QString slant = style.value(u"font-style"_s).toLower();
+    const QString slant = Text::asciiLowered(style.value(u"font-style"_s));
     if (slant == "italic"_L1 || slant == "oblique"_L1)
         element.text.setFontItalic(true);
     else if (slant == "normal"_L1)
         element.text.clearProperty(QTextFormat::FontItalic);
     const QString decoration =
-        (style.value(u"text-decoration"_s) + u' ' + style.value(u"text-decoration-line"_s)).toLower();
+        Text::asciiLowered(style.value(u"text-decoration"_s) + u' ' + style.value(u"text-decoration-line"_s));
     if (decoration.contains("underline"_L1) && ComposeFormat::link(element.text).isEmpty())
         element.text.setFontUnderline(true);
     if (decoration.contains("line-through"_L1))
@@ -512,20 +513,20 @@ void Reader::applyStyle(const Tag& tag, Element& element)
 
 void Reader::applyParagraphStyle(const QHash<QString, QString>& style, Element& element)
 {
-    const QString alignment = style.value(u"text-align"_s).toLower();
+    const QString alignment = Text::asciiLowered(style.value(u"text-align"_s));
     if (alignment == "center"_L1)
         element.paragraph.setAlignment(Qt::AlignHCenter);
     else if (alignment == "right"_L1 || alignment == "end"_L1)
         element.paragraph.setAlignment(Qt::AlignRight | Qt::AlignAbsolute);
     else if (alignment == "left"_L1)
         element.paragraph.setAlignment(Qt::AlignLeft | Qt::AlignAbsolute);
-    const QString space = style.value(u"white-space"_s).toLower();
+    const QString space = Text::asciiLowered(style.value(u"white-space"_s));
     if (space.startsWith("pre"_L1) || space == "break-spaces"_L1)
         element.keepsSpace = true;
     else if (!space.isEmpty())
         element.keepsSpace = false;
     if (!m_lists.empty() && element.list == static_cast<int>(m_lists.size()) - 1) {
-        const QString type = style.value(u"list-style-type"_s).toLower();
+        const QString type = Text::asciiLowered(style.value(u"list-style-type"_s));
         QTextListFormat& format = m_lists.back().format;
         if (!type.isEmpty() && !m_lists.back().made)
             format.setStyle(listStyle(format.style() != QTextListFormat::ListDisc, type));

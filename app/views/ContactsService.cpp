@@ -1,5 +1,7 @@
 #include "views/ContactsService.h"
 
+#include "domain/Text.h"
+
 #include <QCollator>
 #include <QCoreApplication>
 #include <QPointer>
@@ -24,8 +26,8 @@ QString nameOf(const Contact& contact)
 
 bool matches(const ContactSuggestion& entry, const QString& query)
 {
-    const QString name = entry.name.toLower();
-    if (entry.email.toLower().startsWith(query) || name.startsWith(query))
+    const QString name = Text::lowered(entry.name);
+    if (Text::lowered(entry.email).startsWith(query) || name.startsWith(query))
         return true;
     for (const QStringView word : QStringView(name).tokenize(u' ', Qt::SkipEmptyParts)) {
         if (word.startsWith(query))
@@ -63,7 +65,7 @@ QList<ContactSuggestion> ContactsService::suggestions(const QList<Contact>& cont
     for (const Contact& contact : contacts) {
         const QString name = nameOf(contact);
         for (const QString& email : contact.emails) {
-            const QString lowered = email.toLower();
+            const QString lowered = Text::lowered(email);
             if (!email.contains(u'@') || seen.contains(lowered))
                 continue;
             seen.insert(lowered);
@@ -125,13 +127,13 @@ QList<ContactSuggestion> ContactsService::suggest(const QString& query, const QS
                                                   qsizetype limit) const
 {
     QList<ContactSuggestion> found;
-    const QString lowered = query.toLower();
+    const QString lowered = Text::lowered(query);
     if (lowered.isEmpty() || m_status != Status::ready)
         return found;
     for (const ContactSuggestion& entry : m_entries) {
         if (found.size() >= limit)
             break;
-        if (!leaveOut.contains(entry.email.toLower()) && matches(entry, lowered))
+        if (!leaveOut.contains(Text::lowered(entry.email)) && matches(entry, lowered))
             found.append(entry);
     }
     return found;

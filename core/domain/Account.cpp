@@ -120,7 +120,7 @@ ServerSettings ServerSettings::microsoft(const QString& username)
 
 ServerSettings ServerSettings::preset(const QString& email)
 {
-    const QString domain = email.mid(email.lastIndexOf(u'@') + 1).toLower();
+    const QString domain = Text::asciiLowered(email.mid(email.lastIndexOf(u'@') + 1));
     for (const PresetRow& row : presetRows()) {
         if (row.domains.contains(domain))
             return {email,        row.imapHost, row.imapPort,    row.imapSecurity,

@@ -1,5 +1,7 @@
 #include "domain/Coding.h"
 
+#include "domain/Text.h"
+
 #include <QCoreApplication>
 #include <QJsonDocument>
 
@@ -132,7 +134,7 @@ QJsonValue fromTime(const QDateTime& time)
 
 QString fromUuid(const QUuid& uuid)
 {
-    return uuid.toString(QUuid::WithoutBraces).toUpper();
+    return Text::asciiUppered(uuid.toString(QUuid::WithoutBraces));
 }
 
 Case enumerationCase(const QJsonValue& value)

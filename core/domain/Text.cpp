@@ -75,6 +75,31 @@ QString asciiUppered(QStringView text)
     });
 }
 
+bool isSameKeyword(QStringView left, QStringView right)
+{
+    const auto small = [](QChar character) {
+        const char16_t unit = character.unicode();
+        return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + 0x20) : unit;
+    };
+    return std::ranges::equal(left, right, {}, small, small);
+}
+
+QString lowered(QStringView text)
+{
+    QString result;
+    result.reserve(text.size());
+    for (qsizetype index = 0; index < text.size(); ++index) {
+        const QChar unit = text[index];
+        const bool isPair =
+            unit.isHighSurrogate() && index + 1 < text.size() && text[index + 1].isLowSurrogate();
+        if (isPair)
+            result += QChar::fromUcs4(QChar::toLower(QChar::surrogateToUcs4(unit, text[++index])));
+        else
+            result += unit.toLower();
+    }
+    return result;
+}
+
 namespace {
 
 /// `substitute` is what stands for an invalid sequence, or U_SENTINEL to refuse it.

@@ -33,6 +33,16 @@ QStringView trimmedBlanks(QStringView text);
 QString asciiLowered(QStringView text);
 QString asciiUppered(QStringView text);
 
+/// Whether the texts are one keyword: equal but for the case of ASCII letters.
+bool isSameKeyword(QStringView left, QStringView right);
+
+/// The text with each letter lowered by itself (the simple mapping of the Unicode Standard, 4.2), for text of
+/// people: names, addresses, what is searched for. A letter that has no single small one stays, so the length
+/// never changes.
+///
+/// NB: not QString::toLower, which takes the time of the square for a text of such letters (U+0130).
+QString lowered(QStringView text);
+
 /// Decodes UTF-8. Each maximal invalid sequence gives one U+FFFD, as the Unicode Standard (3.9, "U+FFFD
 /// Substitution of Maximal Subparts") recommends. A byte order mark stays. At most 2 GiB - 1 of input.
 QString fromRepairedUTF8(QByteArrayView bytes);

@@ -78,7 +78,7 @@ public:
         const qsizetype equals = segment.indexOf(u'=');
         if (equals < 0)
             return;
-        QString name = Text::trimmedSpace(segment.first(equals)).toString().toLower();
+        QString name = Text::asciiLowered(Text::trimmedSpace(segment.first(equals)));
         const QString value = unquoted(Text::trimmedSpace(segment.sliced(equals + 1)));
         const bool extended = name.endsWith(u'*');
         if (extended)
@@ -118,7 +118,7 @@ HeaderParameters HeaderParameters::parse(QStringView text)
 {
     std::optional<QStringView> rest = text;
     HeaderParameters result;
-    result.value = Text::trimmedSpace(takeSegment(rest)).toString().toLower();
+    result.value = Text::asciiLowered(Text::trimmedSpace(takeSegment(rest)));
     Collector collector;
     for (int count = 0; rest && count < maxParameters; ++count)
         collector.addSegment(takeSegment(rest));

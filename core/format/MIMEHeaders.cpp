@@ -19,9 +19,8 @@ QList<EmailAddress> addresses(const MIMEHeaders& headers, QStringView name)
 
 std::optional<QString> MIMEHeaders::value(QStringView name) const
 {
-    const QString wanted = name.toString().toLower();
     for (const Field& field : fields) {
-        if (field.name.toLower() == wanted)
+        if (Text::isSameKeyword(field.name, name))
             return field.value;
     }
     return std::nullopt;

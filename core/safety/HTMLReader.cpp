@@ -92,7 +92,7 @@ QByteArray loweredName(QByteArrayView name)
     const bool isASCII =
         std::ranges::none_of(name, [](char byte) { return static_cast<uchar>(byte) >= 0x80; });
     if (!isASCII)
-        return Text::fromRepairedUTF8(name).toLower().toUtf8();
+        return Text::lowered(Text::fromRepairedUTF8(name)).toUtf8();
     QByteArray result = name.toByteArray();
     std::ranges::transform(result, result.begin(), lowered);
     return result;

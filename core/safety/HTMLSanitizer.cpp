@@ -347,7 +347,7 @@ ImageDecision Pass::decideImage(const RawAttributes& raw)
         return decideInlineImage(source);
     if (scheme == "data"_L1) {
         constexpr qsizetype longestPrefix = 15;
-        const QString start = source.first(std::min(source.size(), longestPrefix)).toLower();
+        const QString start = Text::lowered(source.first(std::min(source.size(), longestPrefix)));
         const bool isAllowed = std::ranges::any_of(
             allowedDataPrefixes, [&](QLatin1StringView prefix) { return start.startsWith(prefix); });
         return isAllowed ? ImageDecision{ImageFate::kept, source} : ImageDecision{};
@@ -365,7 +365,7 @@ ImageDecision Pass::decideInlineImage(const QString& source)
         image = m_options.inlineImages.constFind(u'<' + id + u'>');
     if (image == m_options.inlineImages.constEnd())
         return {};
-    const QString type = image->mimeType.toLower();
+    const QString type = Text::asciiLowered(image->mimeType);
     if (std::ranges::none_of(allowedInlineTypes, [&](QLatin1StringView allowed) { return type == allowed; }))
         return {};
     m_inlineImageBytes += image->data.size();
@@ -393,7 +393,7 @@ ImageDecision Pass::decideRemoteImage(const QString& source, const RawAttributes
         return {ImageFate::blocked, {}};
     }
     constexpr auto insecure = "http:"_L1;
-    if (!kept->startsWith(insecure, Qt::CaseInsensitive))
+    if (!Text::isSameKeyword(QStringView(*kept).first(std::min(kept->size(), insecure.size())), u"http:"))
         return {ImageFate::kept, *kept};
     return {ImageFate::kept, "https:"_L1 + kept->sliced(insecure.size())};
 }

@@ -72,7 +72,7 @@ bool isTracking(QStringView item)
 {
     const qsizetype end = item.indexOf(u'=');
     const QStringView encodedName = end < 0 ? item : item.first(end);
-    const QString name = UTF8::percentDecoded(encodedName).value_or(encodedName.toString()).toLower();
+    const QString name = Text::lowered(UTF8::percentDecoded(encodedName).value_or(encodedName.toString()));
     return trackingParameters().contains(name) ||
            std::ranges::any_of(trackingPrefixes,
                                [&](QLatin1StringView prefix) { return name.startsWith(prefix); });
@@ -90,7 +90,7 @@ bool isLetters(QStringView label)
 
 QString registrableDomain(const QString& host)
 {
-    const QString lowered = host.toLower();
+    const QString lowered = Text::asciiLowered(host);
     const QList<QStringView> labels = labelsOf(lowered);
     qsizetype kept = 2;
     if (labels.size() >= 3 && labels.back().size() == 2 &&
@@ -109,7 +109,7 @@ QString registrableDomain(const QString& host)
 /// The host that the visible text of a link names, in lower case; empty where it names none.
 QString hostOfText(const QString& text)
 {
-    QString address = Text::trimmedSpaceAndLineEnds(text).toString().toLower();
+    QString address = Text::lowered(Text::trimmedSpaceAndLineEnds(text));
     if (address.contains(u' ') || !address.contains(u'.'))
         return {};
     if (!address.contains("://"_L1))
@@ -117,7 +117,7 @@ QString hostOfText(const QString& text)
     const std::optional<URLParts> parts = URLParts::read(address);
     if (!parts || !parts->host.contains(u'.'))
         return {};
-    QString host = parts->host.toLower();
+    QString host = Text::asciiLowered(parts->host);
     const QList<QStringView> labels = labelsOf(host);
     if (labels.size() < 2 || labels.back().size() < 2 || !isLetters(labels.back()))
         return {};
@@ -173,7 +173,7 @@ QList<Warning> warnings(const LinkRecord& link)
     const QString scheme = link.url.scheme();
     if (scheme != "http"_L1 && scheme != "https"_L1)
         return result;
-    const QString host = link.url.host().toLower();
+    const QString host = Text::asciiLowered(link.url.host());
     if (scheme == "http"_L1)
         result += Warning::insecure();
     const QList<QStringView> labels = labelsOf(host);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "domain/Text.h"
+
 #include <QString>
 #include <QStringView>
 #include <QUrl>
@@ -28,7 +30,7 @@ public:
     QString absoluteString() const;
 
     /// In lower case.
-    QString scheme() const { return m_scheme.toLower(); }
+    QString scheme() const { return Text::asciiLowered(m_scheme); }
 
     /// What stands before the "@" up to its first ":", percent-encoded; empty where there is none.
     QString user() const;

@@ -1,3 +1,4 @@
+#include "domain/Text.h"
 #include "safety/HTMLSanitizer.h"
 #include "safety/TrackerTables.h"
 #include "safety/URLParts.h"
@@ -71,13 +72,13 @@ bool isTracker(const QString& source, const QHash<QString, QString>& attributes)
 {
     if (isTooSmallToSee(attributes))
         return true;
-    if (containsAny(attributes.value(u"style"_s).toLower().remove(u' '), hidingStyles))
+    if (containsAny(Text::lowered(attributes.value(u"style"_s)).remove(u' '), hidingStyles))
         return true;
-    const QString lowered = source.toLower();
+    const QString lowered = Text::lowered(source);
     const std::optional<URLParts> parts = URLParts::read(lowered);
     if (!parts || parts->host.isEmpty())
         return false;
-    return containsAny(parts->host.toLower(), trackerHostFragments) ||
+    return containsAny(Text::asciiLowered(parts->host), trackerHostFragments) ||
            containsAny(QStringView(lowered).sliced(parts->hostEnd), trackerPathFragments);
 }
 

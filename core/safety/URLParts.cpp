@@ -1,5 +1,6 @@
 #include "safety/URLParts.h"
 
+#include "domain/Text.h"
 #include "safety/URLHost.h"
 #include "safety/UTF8.h"
 
@@ -28,8 +29,7 @@ bool isSchemeCharacter(QChar character)
 
 bool isHTTP(QStringView scheme)
 {
-    return scheme.compare("http"_L1, Qt::CaseInsensitive) == 0 ||
-           scheme.compare("https"_L1, Qt::CaseInsensitive) == 0;
+    return Text::isSameKeyword(scheme, u"http") || Text::isSameKeyword(scheme, u"https");
 }
 
 /// Cuts the text at the first `mark`. Gives what stands behind it; absent where there is none.
@@ -153,7 +153,7 @@ std::optional<QString> schemeOf(QStringView text)
     };
     if (!std::ranges::all_of(scheme, isAllowed))
         return std::nullopt;
-    return scheme.toString().toLower();
+    return Text::lowered(scheme);
 }
 
 QString bracketedHost(const QString& host)

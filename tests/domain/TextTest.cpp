@@ -17,6 +17,34 @@ TEST(Text, TrimsLineEndsWhereTheyAreNamed)
     EXPECT_EQ(Text::trimmedSpaceAndLineEnds(u"\r\n\u2028 x \u0085\v\f").toString(), u"x");
 }
 
+TEST(Text, LowersEachLetterByItself)
+{
+    EXPECT_EQ(Text::lowered(u"ÄΣΩ Ünïted \U00010400"), u"äσω ünïted \U00010428");
+    EXPECT_EQ(Text::lowered(u"K\u212a"), u"kk");
+    EXPECT_EQ(Text::lowered(u"İstanbul"), u"İstanbul") << "two characters would stand for the first";
+    EXPECT_EQ(Text::lowered(QStringLiteral("a\xd801")), QStringLiteral("a\xd801"));
+    const QString endless(4'000'000, QChar(0x130));
+    EXPECT_EQ(Text::lowered(endless), endless);
+}
+
+TEST(Text, ComparesKeywordsByTheCaseOfASCIILettersAlone)
+{
+    EXPECT_TRUE(Text::isSameKeyword(u"Content-TYPE", u"content-type"));
+    EXPECT_TRUE(Text::isSameKeyword(u"", u""));
+    EXPECT_TRUE(Text::isSameKeyword(u"AZ[", u"az["));
+    EXPECT_FALSE(Text::isSameKeyword(u"@", u"`")) << "these are no letters";
+    EXPECT_FALSE(Text::isSameKeyword(u"[", u"{"));
+    EXPECT_FALSE(Text::isSameKeyword(u"k", u"\u212a"));
+    EXPECT_FALSE(Text::isSameKeyword(u"ä", u"Ä"));
+    EXPECT_FALSE(Text::isSameKeyword(u"a", u"ab"));
+}
+
+TEST(Text, FoldsKeywordsWithinASCII)
+{
+    EXPECT_EQ(Text::asciiLowered(u"@AZ[ Ä\u212a"), u"@az[ Ä\u212a");
+    EXPECT_EQ(Text::asciiUppered(u"`az{ ä"), u"`AZ{ ä");
+}
+
 TEST(Text, CutsBetweenUserPerceivedCharacters)
 {
     const QString family = QStringLiteral("\U0001F469\u200D\U0001F469\u200D\U0001F467");

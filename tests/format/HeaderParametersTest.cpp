@@ -163,5 +163,14 @@ TEST(HeaderParameters, ReadsNoMoreParametersThanItsBound)
     EXPECT_EQ(params(segments + u"b=2;c=3"_s), (Params{{u"a"_s, u"1"_s}, {u"b"_s, u"2"_s}}));
 }
 
+TEST(HeaderParameters, FoldsNamesWithinASCII)
+{
+    const HeaderParameters read =
+        HeaderParameters::parse(u"TEXT/\u212a\u0130; N\u00c4ME=x; KEY*0=a; key*1=b");
+    EXPECT_EQ(read.value, u"text/\u212a\u0130"_s);
+    EXPECT_EQ(read.params.value(u"n\u00c4me"_s), u"x"_s);
+    EXPECT_EQ(read.params.value(u"key"_s), u"ab"_s);
+}
+
 } // namespace
 } // namespace Larkhaven

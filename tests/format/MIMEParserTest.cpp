@@ -600,5 +600,17 @@ TEST(SafeFilename, EndsOnHostileNames)
     EXPECT_EQ(safeFilename(QString(10'000'000, QChar(0x202e))), u"attachment"_s);
 }
 
+TEST(MIMEParser, ReadsEndlessNamesOfALetterThatHasNoSmallOne)
+{
+    // QString::toLower takes the time of the square for these.
+    const QByteArray endless = QString(400'000, QChar(0x130)).toUtf8();
+    const ParsedMessage message = MIMEParser::parse(
+        endless + ": x\r\nSUBJECT: Hi\r\nCONTENT-TYPE: Text/Plain; CHARSET=" + endless + "; " + endless +
+        "=" + endless + "\r\nContent-Transfer-Encoding: " + endless + "\r\n\r\nText");
+    EXPECT_EQ(message.headers.subject(), u"Hi");
+    EXPECT_EQ(message.textBody, u"Text"_s);
+    EXPECT_EQ(message.headers.value(QString::fromUtf8(endless)), u"x"_s);
+}
+
 } // namespace
 } // namespace Larkhaven

@@ -1,5 +1,6 @@
 #include "SanitizerSupport.h"
 #include "safety/HTMLSanitizer.h"
+#include "safety/LinkCleaner.h"
 #include "support/QtPrinters.h"
 
 #include <gtest/gtest.h>
@@ -76,6 +77,23 @@ TEST(SanitizerUnderLoad, ReadsLongValues)
                       u"<img data-lh-blocked=\"\">"_s));
     EXPECT_TRUE(gives(u"<img src=https://x/a width='"_s + digits + u"'>"_s,
                       u"<img width=\""_s + digits + u"\" data-lh-blocked=\"\">"_s));
+}
+
+TEST(SanitizerHostile, EndsOnLettersThatHaveNoSmallOne)
+{
+    // QString::toLower takes the time of the square for these.
+    const QString endless(400'000, QChar(0x130));
+    EXPECT_EQ(sanitized(u"<a"_s + endless + u">x"_s), u"x");
+    EXPECT_EQ(sanitized(u"<b "_s + endless + u"=1>x"_s), u"<b>x</b>");
+    EXPECT_EQ(sanitized(u"<a href=\""_s + endless + u":x\">x</a>"_s), u"<a>x</a>");
+    EXPECT_TRUE(sanitized(u"<a href=\"https://x/?"_s + endless + u"=1\">x</a>"_s).endsWith(u"=1\">x</a>"_s));
+    const SanitizedHTML image = HTMLSanitizer::sanitize(
+        u"<img style=\""_s + endless + u"\" src=\"https://x.example/"_s + endless + u"\">"_s, {});
+    EXPECT_EQ(image.blockedRemoteImages, 1);
+    const SanitizedHTML link =
+        HTMLSanitizer::sanitize(u"<a href=\"https://x.example\">"_s + endless + u".example</a>"_s, {});
+    ASSERT_EQ(link.links.size(), 1);
+    EXPECT_TRUE(LinkCleaner::warnings(link.links.first()).isEmpty());
 }
 
 } // namespace
