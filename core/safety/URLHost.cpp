@@ -18,15 +18,35 @@ bool isASCII(QStringView text)
     return std::ranges::all_of(text, [](QChar character) { return character.unicode() < 0x80; });
 }
 
-/// unreserved / sub-delims, of which `reg-name` is made.
-bool isNameCharacter(QChar character)
+bool isLabelCharacter(QChar character)
 {
     const char16_t unit = character.unicode();
     return (unit >= u'a' && unit <= u'z') || (unit >= u'A' && unit <= u'Z') ||
-           (unit >= u'0' && unit <= u'9') || (unit < 0x80 && "-._~!$&'()*+,;="_L1.contains(character));
+           (unit >= u'0' && unit <= u'9') || unit == u'-' || unit == u'_';
 }
 
-/// What is not an error of the name itself: browsers take hyphens anywhere, and empty labels mark the root.
+bool isLabel(QStringView label)
+{
+    return !label.isEmpty() && label.size() <= maximumLabelLength &&
+           std::ranges::all_of(label, isLabelCharacter);
+}
+
+/// Whether the text is a name that can be looked up; a "." at its end stands for the root.
+bool isName(QStringView name)
+{
+    if (name.endsWith(u'.'))
+        name.chop(1);
+    if (name.size() > maximumLength)
+        return false;
+    for (const QStringView label : name.tokenize(u'.')) {
+        if (!isLabel(label))
+            return false;
+    }
+    return true;
+}
+
+/// What is not an error of the name itself: browsers take hyphens anywhere, and an empty label marks the
+/// root.
 constexpr uint32_t toleratedErrors = UIDNA_ERROR_EMPTY_LABEL | UIDNA_ERROR_LEADING_HYPHEN |
                                      UIDNA_ERROR_TRAILING_HYPHEN | UIDNA_ERROR_HYPHEN_3_4;
 
@@ -37,9 +57,10 @@ std::optional<QString> mappedByUTS46(QStringView name)
         return uidna_openUTS46(UIDNA_NONTRANSITIONAL_TO_ASCII | UIDNA_CHECK_BIDI | UIDNA_CHECK_CONTEXTJ,
                                &status);
     }();
-    if (!idna || name.size() > maximumLength)
+    constexpr qsizetype longest = maximumLength + 1;
+    if (!idna || name.size() > longest)
         return std::nullopt;
-    std::array<char16_t, maximumLength> mapped{};
+    std::array<char16_t, longest> mapped{};
     UIDNAInfo info = UIDNA_INFO_INITIALIZER;
     UErrorCode status = U_ZERO_ERROR;
     const int32_t length =
@@ -57,7 +78,7 @@ std::optional<QString> asciiName(QStringView name)
     std::optional<QString> result = name.contains(u'%') ? UTF8::percentDecoded(name) : name.toString();
     if (result && !isASCII(*result))
         result = mappedByUTS46(*result);
-    if (!result || result->size() > maximumLength || !std::ranges::all_of(*result, isNameCharacter))
+    if (result && !result->isEmpty() && !isName(*result))
         return std::nullopt;
     return result;
 }

@@ -8,16 +8,20 @@
 /// The host of a URL as it goes over the wire. Pure functions, callable from any thread.
 namespace Larkhaven::URLHost {
 
-/// No name of the DNS takes more octets (RFC 1035, 2.3.4). Longer hosts are refused, in any form.
-inline constexpr qsizetype maximumLength = 255;
+/// The octets that a name of the DNS has at most, and each of its labels (RFC 1035, 2.3.4: 255 with the
+/// lengths of the labels). Longer hosts are refused, in any form.
+inline constexpr qsizetype maximumLength = 253;
+inline constexpr qsizetype maximumLabelLength = 63;
 
 /// The ASCII form of a registered name or IPv4 address as a URL writes it.
 ///
 /// Percent-encoding is decoded, and a name with other characters than ASCII is mapped to its `xn--` form by
 /// UTS #46 (non- transitional, with the checks of RFC 5892 and RFC 5893), as browsers do, so that what is
 /// tested here is what they would open. An ASCII name keeps its case. Absent where the name can't be mapped
-/// or holds a character that RFC 3986, 3.2.2 doesn't let stand in a host, before or after the mapping. The
-/// empty text gives itself.
+/// or can't be looked up: labels are letters, digits, "-" and "_", and none is empty but the root's behind a
+/// "." at the end. The empty text gives itself.
+///
+/// NB: RFC 3986, 3.2.2 lets more characters stand in a host; browsers and resolvers open none of these.
 std::optional<QString> asciiName(QStringView name);
 
 /// Whether the text is an IPv6 address (RFC 4291, 2.2), without brackets and zone.

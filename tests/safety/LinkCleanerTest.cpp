@@ -190,7 +190,6 @@ TEST(LinkWarnings, TakeALastLabelWithAnythingButLettersForAnAddress)
     EXPECT_EQ(warningsFor(u"https://0x7f.1./"_s), Warnings{Warning::ipAddress(u"0x7f.1."_s)});
     EXPECT_EQ(warningsFor(u"https://\uff11\uff10.0.0.1/"_s), Warnings{Warning::ipAddress(u"10.0.0.1"_s)});
     EXPECT_EQ(warningsFor(u"https://localhost/"_s), Warnings());
-    EXPECT_EQ(warningsFor(u"https://./"_s), Warnings());
 }
 
 TEST(LinkWarnings, FindNothingInAMailLink)

@@ -166,11 +166,28 @@ TEST(MailURL, GoesToTheDesktopAsTheSameURL)
 TEST(MailURL, TakesHostsUpToTheLengthOfADomainName)
 {
     const QString label = QString(63, u'a') + u'.';
-    const QString longest = label.repeated(3) + QString(63, u'a');
-    EXPECT_EQ(longest.size(), 255);
+    const QString longest = label.repeated(3) + QString(61, u'a');
+    EXPECT_EQ(longest.size(), 253);
     EXPECT_EQ(absolute(u"https://"_s + longest + u"/"_s), QString(u"https://"_s + longest + u"/"_s));
+    EXPECT_EQ(absolute(u"https://"_s + longest + u"./"_s), QString(u"https://"_s + longest + u"./"_s));
     EXPECT_EQ(absolute(u"https://"_s + longest + u"a/"_s), u"no URL");
     EXPECT_EQ(absolute(u"https://"_s + QString(64, u'\u00fc') + u"/"_s), u"no URL");
+}
+
+TEST(MailURL, TakesLabelsUpToTheirLength)
+{
+    const QString longest = u"https://"_s + QString(63, u'a') + u".example/"_s;
+    EXPECT_EQ(absolute(longest), longest);
+    EXPECT_EQ(absolute(u"https://"_s + QString(64, u'a') + u".example/"_s), u"no URL");
+}
+
+TEST(MailURL, RefusesHostsThatNobodyCanLookUp)
+{
+    for (const QString& host : {u"a!b.example"_s, u"a$b"_s, u"a&b"_s, u"a'b"_s, u"(a)"_s, u"a*b"_s, u"a+b"_s,
+                                u"a,b"_s, u"a;b"_s, u"a=b"_s, u"a~b"_s, u"a%21b.example"_s, u"a..b"_s,
+                                u".a"_s, u"a.."_s, u"."_s, u"..example"_s, u"\u00fc..b"_s, u".\u00fc"_s})
+        EXPECT_EQ(absolute(u"https://"_s + host + u"/"_s), u"no URL") << host.toStdString();
+    EXPECT_EQ(absolute(u"https://\u00fc.example./"_s), u"https://xn--tda.example./");
 }
 
 TEST(MailURL, ReadsMegabytesOfHost)
