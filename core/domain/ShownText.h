@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QString>
+#include <QStringView>
+
+/// Untrusted text made fit for a place of one line outside the sandbox: a title, a label, a tooltip, a field.
+/// Pure functions, callable from any thread.
+namespace Larkhaven::ShownText {
+
+/// The most marks that one letter keeps. Vietnamese needs two, biblical Hebrew four, stacked Tibetan six.
+inline constexpr int mostMarks = 8;
+
+/// At most the first `length` UTF-16 units of what can be seen of the text, on one line; an ellipsis follows
+/// where anything is cut off.
+///
+/// - Each line end and each other control character (C0, DEL, C1) becomes a space, CR LF a single one.
+/// - Characters that turn the direction of the text, and those that aren't seen
+/// (Default_Ignorable_Code_Point)
+///   go. A joiner stays within an emoji sequence (UTS #51), and where the script needs it: beside a virama,
+///   or behind a letter that joins (RFC 5892, appendix A). A variation selector stays behind an emoji, an
+///   ideograph or a Mongolian letter.
+/// - Of the marks on one letter the first `mostMarks` stay.
+/// - Half a surrogate pair and a noncharacter become U+FFFD.
+///
+/// Looks at no more than 16 units for each that it may give, so that it is linear in `length`.
+QString line(QStringView text, qsizetype length);
+
+} // namespace Larkhaven::ShownText

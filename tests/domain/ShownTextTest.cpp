@@ -1,0 +1,95 @@
+#include "domain/ShownText.h"
+
+#include "support/QtPrinters.h"
+
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven {
+namespace {
+
+QString shown(const QString& text)
+{
+    return ShownText::line(text, 1'000);
+}
+
+TEST(ShownText, IsOneLineWithoutControls)
+{
+    EXPECT_EQ(shown(u"a\nb\r\nc\rd"_s), u"a b c d");
+    EXPECT_EQ(shown(u"a\u2028b\u2029c\u0085d\ve\ff"_s), u"a b c d e f");
+    EXPECT_EQ(shown(QStringLiteral("a\0b\x1b[0mc\x7f\t\u0080\u009f.")), u"a b [0mc    .");
+    EXPECT_EQ(shown(u"\r"_s), u" ");
+}
+
+TEST(ShownText, TurnsNoDirection)
+{
+    EXPECT_EQ(shown(u"a\u202e\u202a\u202b\u202c\u202d\u2066\u2067\u2068\u2069\u200e\u200f\u061cb"_s), u"ab");
+    EXPECT_EQ(shown(u"invoice\u202efdp.exe"_s), u"invoicefdp.exe");
+    EXPECT_EQ(shown(u"שלום abc مرحبا"_s), u"שלום abc مرحبا");
+}
+
+TEST(ShownText, ShowsWhatCanBeSeen)
+{
+    EXPECT_EQ(shown(u"a\u200b\u2060\u00ad\ufeff\u034f\u180e\u115f\u3164\U000e0041\ufff9b"_s), u"ab");
+    EXPECT_EQ(shown(u"a\u00a0b"_s), u"a\u00a0b");
+    EXPECT_EQ(shown(u"\u0600\u06dd"_s), u"\u0600\u06dd") << "these are seen, whatever their category";
+}
+
+TEST(ShownText, KeepsJoinersAndSelectorsOfEmoji)
+{
+    for (const QString& emoji : {u"👨‍👩‍👧"_s, u"❤️"_s, u"👩🏽‍🚀"_s,
+                                 u"🏳️‍🌈"_s, u"1️⃣"_s, u"☎︎"_s, u"🇩🇪"_s})
+        EXPECT_EQ(shown(u'x' + emoji + u'y'), QString(u'x' + emoji + u'y')) << emoji.toStdString();
+    EXPECT_EQ(shown(u"👨‍a"_s), u"👨a");
+    EXPECT_EQ(shown(u"👨‍"_s), u"👨");
+    EXPECT_EQ(shown(u"a‍👨"_s), u"a👨");
+    EXPECT_EQ(shown(u"👨‌👩"_s), u"👨👩") << "no sequence has the non-joiner";
+    EXPECT_EQ(shown(u"a\ufe0f1\ufe0f2"_s), u"a12");
+    EXPECT_EQ(shown(u"❤\ufe0f\ufe0f\ufe0f"_s), u"❤\ufe0f");
+}
+
+TEST(ShownText, KeepsJoinersAndSelectorsWhereTheScriptNeedsThem)
+{
+    for (const QString& word : {u"می\u200cخواهم"_s, u"क्\u200dष"_s, u"क्\u200cष"_s, u"র\u200d্য"_s,
+                                u"ශ්\u200dරී"_s, u"葛\U000e0100飾"_s, u"ᠠ\u180bᠡ"_s})
+        EXPECT_EQ(shown(word), word) << word.toStdString();
+    EXPECT_EQ(shown(u"pay\u200cpal \u200d"_s), u"paypal ");
+    EXPECT_EQ(shown(u"ب\u200ca"_s), u"بa");
+    EXPECT_EQ(shown(u"ب\u200c\u200c\u200cب"_s), u"ب\u200cب");
+    EXPECT_EQ(shown(u"क\u200cष"_s), u"कष") << "without a virama there is nothing to join";
+}
+
+TEST(ShownText, BoundsTheMarksOnOneLetter)
+{
+    const QString marks(100'000, QChar(0x301));
+    EXPECT_EQ(shown(u'e' + marks.first(500) + u'a' + marks.first(3)),
+              QString(u'e' + marks.first(ShownText::mostMarks) + u'a' + marks.first(3)));
+    EXPECT_LE(shown(marks).size(), ShownText::mostMarks + 1);
+}
+
+TEST(ShownText, HasNothingThatIsNoCharacter)
+{
+    EXPECT_EQ(shown(QStringLiteral("a\xd83d.\xde00\uffff\ufdd0")), u"a\ufffd.\ufffd\ufffd\ufffd");
+}
+
+TEST(ShownText, CutsAtItsLengthAndSaysSo)
+{
+    EXPECT_EQ(ShownText::line(u"abc", 3), u"abc");
+    EXPECT_EQ(ShownText::line(u"abcd", 3), u"abc…");
+    EXPECT_EQ(ShownText::line(u"ab😀", 3), u"ab…");
+    EXPECT_EQ(ShownText::line(u"ab😀", 4), u"ab😀");
+    EXPECT_EQ(ShownText::line(u"a\u200b\u200bbc", 3), u"abc");
+    EXPECT_EQ(ShownText::line(u"", 3), u"");
+    EXPECT_EQ(ShownText::line(u"a", 0), u"…");
+}
+
+TEST(ShownText, LooksNoFurtherThanItHasTo)
+{
+    const QString hidden(18'000'000, QChar(0x200b));
+    EXPECT_EQ(ShownText::line(hidden + u"x"_s, 1'000), u"…");
+    EXPECT_EQ(ShownText::line(QString(18'000'000, u'x'), 1'000).size(), 1'001);
+}
+
+} // namespace
+} // namespace Larkhaven
