@@ -75,6 +75,15 @@ struct OutgoingAttachment {
 };
 size_t qHash(const OutgoingAttachment& attachment, size_t seed = 0);
 
+/// What stands in the fields of recipients and names nobody, as it was typed.
+struct UnreadRecipients {
+    QString to;
+    QString cc;
+    QString bcc;
+
+    bool operator==(const UnreadRecipients&) const = default;
+};
+
 /// A message to be sent or stored as a draft.
 struct OutgoingMessage {
     EmailAddress from;
@@ -88,6 +97,7 @@ struct OutgoingMessage {
     std::optional<QString> inReplyTo;
     QList<QString> references;
     std::optional<QString> threadID;
+    UnreadRecipients unread; ///< of a draft alone: nothing of it is ever sent
     /// The Message-ID without its angle brackets, under which a message that is sent again is known as the
     /// same; absent: it gets a fresh one.
     std::optional<QString> messageID;

@@ -46,19 +46,32 @@ QList<EmailAddress> parseList(QStringView text)
     return addresses;
 }
 
-QStringList unreadablePieces(QStringView text)
+namespace {
+
+bool mayStandInAddress(QChar character)
 {
-    QStringList pieces;
-    while (pieces.size() < maxAddresses) {
-        const qsizetype end = pieceEnd(text);
-        const QStringView piece = Text::trimmedSpaceAndLineEnds(text.first(end));
-        if (!piece.isEmpty() && !parseOne(piece))
-            pieces.append(piece.toString());
-        if (end == text.size())
-            break;
-        text = text.sliced(end + 1);
+    if (character.unicode() > u' ' && character.unicode() < 0x7f)
+        return !QStringView(uR"(<>,;:"()[]\)").contains(character);
+    switch (character.category()) {
+    case QChar::Other_Control:
+    case QChar::Other_Format:
+    case QChar::Separator_Space:
+    case QChar::Separator_Line:
+    case QChar::Separator_Paragraph:
+        return false;
+    default:
+        return true;
     }
-    return pieces;
+}
+
+} // namespace
+
+bool isSendable(QStringView address)
+{
+    const qsizetype at = address.indexOf(u'@');
+    return at > 0 && at < address.size() - 1 && address.count(u'@') == 1 &&
+           address.size() <= longestAddress && address.toUtf8().size() <= longestAddress &&
+           std::ranges::all_of(address, mayStandInAddress);
 }
 
 std::optional<EmailAddress> parseOne(QStringView text)

@@ -22,8 +22,14 @@ inline constexpr qsizetype maxAddresses = 1'000'000;
 /// quotes or angle brackets don't separate. Pieces without an address are dropped.
 QList<EmailAddress> parseList(QStringView text);
 
-/// The pieces of such a text that `parseList` drops, without space around them.
-QStringList unreadablePieces(QStringView text);
+/// The longest address that counts as one that mail can go to, in octets of UTF-8 (RFC 5321, 4.5.3.1 allows
+/// 64 and 255 with an "@" between them).
+inline constexpr qsizetype longestAddress = 512;
+
+/// Whether mail can go to the address as it stands: one "@" with something on both sides, and no character
+/// that means something between addresses, ends a line, isn't seen or turns the direction of the text.
+/// `MessageComposer::formatAddress` writes such an address unchanged.
+bool isSendable(QStringView address);
 
 /// One address; absent where there is none.
 ///

@@ -55,11 +55,10 @@ TransferEncoding transferEncoding(const std::optional<QString>& name)
 {
     if (!name)
         return TransferEncoding::identity;
-    const QString lowered = name->toLower();
-    const QStringView trimmed = Text::trimmedSpace(lowered);
-    if (trimmed == "base64"_L1)
+    const QStringView trimmed = Text::trimmedSpace(*name);
+    if (Text::isSameKeyword(trimmed, u"base64"))
         return TransferEncoding::base64;
-    if (trimmed == "quoted-printable"_L1)
+    if (Text::isSameKeyword(trimmed, u"quoted-printable"))
         return TransferEncoding::quotedPrintable;
     return TransferEncoding::identity;
 }
@@ -253,7 +252,7 @@ TextEncoding charsetEncoding(const std::optional<QString>& name)
 {
     if (!name)
         return TextEncoding::utf8;
-    const QString wanted = trimmedSpacesAndQuotes(name->toLower()).toString();
+    const QString wanted = Text::asciiLowered(trimmedSpacesAndQuotes(*name));
     const QByteArray key = wanted.toUtf8();
     const NamedCharset sought{{key.constData(), static_cast<std::size_t>(key.size())}, {}};
     const auto row = std::lower_bound(commonCharsets.begin(), commonCharsets.end(), sought, isBefore);
@@ -336,9 +335,9 @@ std::optional<QString> decodeWord(const EncodedWord& word)
     const qsizetype languageStart = word.charset.indexOf(u'*');
     const QString charset =
         word.charset.first(languageStart < 0 ? word.charset.size() : languageStart).toString();
-    if (word.encoding.compare(u'B', Qt::CaseInsensitive) == 0)
+    if (Text::isSameKeyword(word.encoding, u"B"))
         return decodeText(decodeBase64(word.payload.toUtf8()), charset);
-    if (word.encoding.compare(u'Q', Qt::CaseInsensitive) == 0)
+    if (Text::isSameKeyword(word.encoding, u"Q"))
         return decodeText(decodeQuotedPrintable(word.payload.toUtf8(), true), charset);
     return std::nullopt;
 }
@@ -395,36 +394,72 @@ qsizetype base64Length(qsizetype byteCount)
 
 } // namespace
 
+namespace {
+
+/// Collects a text in encoded words.
+class WordWriter {
+public:
+    /// Adds a stretch that stays together where it fits one word.
+    void add(QStringView piece)
+    {
+        const qsizetype bytes = utf8Length(piece);
+        if (base64Length(m_bytes + bytes) > maxWordBase64)
+            write();
+        m_chunk += piece;
+        m_bytes += bytes;
+    }
+
+    QString taken()
+    {
+        if (!m_chunk.isEmpty())
+            write();
+        return m_words;
+    }
+
+private:
+    void write()
+    {
+        if (!m_words.isEmpty())
+            m_words += "\r\n "_L1;
+        m_words += "=?UTF-8?B?"_L1;
+        m_words += QLatin1StringView(m_chunk.toUtf8().toBase64());
+        m_words += "?="_L1;
+        m_chunk.clear();
+        m_bytes = 0;
+    }
+
+    QString m_words;
+    QString m_chunk;
+    qsizetype m_bytes = 0;
+};
+
+} // namespace
+
 QString encodeHeader(const QString& text)
 {
-    if (isASCII(text))
-        return text;
-    QString result;
-    const auto appendWord = [&result](QStringView chunk) {
-        if (!result.isEmpty())
-            result += "\r\n "_L1;
-        result += "=?UTF-8?B?"_L1;
-        result += QLatin1StringView(chunk.toUtf8().toBase64());
-        result += "?="_L1;
-    };
+    return isASCII(text) ? text : encodeWords(text);
+}
 
+QString encodeWords(const QString& text)
+{
+    WordWriter writer;
     const QStringView whole(text);
     Text::CharacterWalk characters(whole);
-    qsizetype chunkStart = 0;
-    qsizetype chunkBytes = 0;
     qsizetype start = 0;
     while (const std::optional<qsizetype> end = characters.next()) {
-        const qsizetype characterBytes = utf8Length(whole.sliced(start, *end - start));
-        if (base64Length(chunkBytes + characterBytes) > maxWordBase64) {
-            appendWord(whole.sliced(chunkStart, start - chunkStart));
-            chunkStart = start;
-            chunkBytes = 0;
-        }
-        chunkBytes += characterBytes;
+        const QStringView character = whole.sliced(start, *end - start);
         start = *end;
+        if (utf8Length(character) <= longestWordCharacter) {
+            writer.add(character);
+            continue;
+        }
+        for (qsizetype index = 0; index < character.size();) {
+            const bool isPair = character[index].isHighSurrogate() && index + 1 < character.size();
+            writer.add(character.sliced(index, isPair ? 2 : 1));
+            index += isPair ? 2 : 1;
+        }
     }
-    appendWord(whole.sliced(chunkStart));
-    return result;
+    return writer.taken();
 }
 
 std::optional<QByteArray> base64URLDecode(const QString& text)

@@ -59,10 +59,18 @@ inline constexpr qsizetype maxHeaderCharacters = 65'536;
 /// the wild breaks both. Each word is converted to text by itself.
 QString decodeHeader(const QString& text);
 
+/// The longest user-perceived character that one encoded word holds, in octets of UTF-8: no line of a message
+/// has more than 998 (RFC 5322, 2.1.1).
+inline constexpr qsizetype longestWordCharacter = 600;
+
 /// A header value in ASCII: the text itself if it is ASCII, else encoded words (RFC 2047) in UTF-8 and
 /// base64, each of at most 44 base64 characters of whole user-perceived characters, joined with CRLF and a
-/// space. A single character that is longer than a word may be makes one of its own, whatever its length.
+/// space. A single character that is longer than a word may be makes one of its own, up to
+/// `longestWordCharacter` octets; one that is longer still is cut between its code points.
 QString encodeHeader(const QString& text);
+
+/// The text in such encoded words, also where it is ASCII.
+QString encodeWords(const QString& text);
 
 /// Base64url (RFC 4648, 5), with or without padding; "+" and "/" are taken as well. Absent where anything
 /// else is in it, or where the length can't be.

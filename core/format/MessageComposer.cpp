@@ -1,9 +1,11 @@
 #include "format/MessageComposer.h"
 
+#include "domain/Text.h"
 #include "format/AddressParser.h"
 #include "format/MIMEParser.h"
 #include "format/MailDate.h"
 #include "format/MailEncoding.h"
+#include "format/RecipientField.h"
 
 #include <QCoreApplication>
 #include <QLocale>
@@ -50,10 +52,17 @@ QString mediumDate(const QDateTime& date)
     return U_FAILURE(status) ? QString() : text.first(std::min(length, longest));
 }
 
+/// The text on one line: an untrusted sender must not put lines of their own into what the user answers.
+QString oneLine(const QString& text)
+{
+    QString line = MailEncoding::headerSafe(text);
+    std::ranges::replace_if(line, Text::isLineEnd, u' ');
+    return line;
+}
+
 QString shownAddress(const std::optional<QString>& name, const QString& address)
 {
-    // Whoever wrote the name must not put lines of their own into what the user answers.
-    return MailEncoding::headerSafe(name ? *name + " <"_L1 + address + u'>' : address);
+    return oneLine(name ? *name + " <"_L1 + address + u'>' : address);
 }
 
 QString shownAddresses(const QList<EmailAddress>& addresses)
@@ -98,7 +107,7 @@ QString forwardBody(const MIMEHeaders& headers, const QString& body)
     head += tr("From: %1").arg(shownAddresses(headers.from())) + u'\n';
     if (const std::optional<QDateTime> date = headers.date())
         head += tr("Date: %1").arg(MailDate::format(*date)) + u'\n';
-    head += tr("Subject: %1").arg(MailEncoding::headerSafe(headers.subject())) + u'\n';
+    head += tr("Subject: %1").arg(oneLine(headers.subject())) + u'\n';
     head += tr("To: %1").arg(shownAddresses(headers.to())) + "\n\n"_L1;
     return head + body;
 }
@@ -120,37 +129,55 @@ bool isForbiddenInAddress(QChar character)
 
 } // namespace
 
+namespace {
+
+/// RFC 5322, 2.1.1: the longest line, in octets without its line end.
+constexpr qsizetype longestLine = 998;
+/// Lines are folded before column 78 (RFC 5322, 2.1.1) where they can be.
+constexpr qsizetype wantedLine = 77;
+
+/// The text as a quoted string (RFC 5322, 3.2.4).
+QString quotedString(const QString& text)
+{
+    QString quoted;
+    quoted.reserve(text.size() + 2);
+    quoted += u'"';
+    for (const QChar character : text) {
+        if (character == u'\\' || character == u'"')
+            quoted += u'\\';
+        quoted += character;
+    }
+    return quoted += u'"';
+}
+
+/// The address alone, without every character that would end it.
+QString bareAddress(const QString& address)
+{
+    QString bare = MailEncoding::headerSafe(address);
+    return bare.removeIf(isForbiddenInAddress);
+}
+
+} // namespace
+
 QString formatAddress(const EmailAddress& address)
 {
-    QString bare = MailEncoding::headerSafe(address.address);
-    bare.removeIf(isForbiddenInAddress);
-    QString name = MailEncoding::headerSafe(address.name.value_or(QString()));
+    const QString bare = bareAddress(address.address);
+    const QString name = MailEncoding::headerSafe(address.name.value_or(QString()));
     if (name.isEmpty())
         return bare;
-    if (isASCII(name)) {
-        name.replace(u'\\', "\\\\"_L1).replace(u'"', "\\\""_L1);
-        name = u'"' + name + u'"';
-    } else {
-        name = MailEncoding::encodeHeader(name);
-    }
-    return name + " <"_L1 + bare + u'>';
+    QString phrase = isASCII(name) ? quotedString(name) : MailEncoding::encodeWords(name);
+    // What fits no line is folded between encoded words.
+    constexpr qsizetype longestPhrase = longestLine - AddressParser::longestAddress - 20;
+    if (isASCII(name) && phrase.size() > longestPhrase)
+        phrase = MailEncoding::encodeWords(name);
+    return phrase + " <"_L1 + bare + u'>';
 }
 
 QString editableAddress(const EmailAddress& address)
 {
-    const QString bare = formatAddress(EmailAddress(std::nullopt, address.address));
-    QString name = MailEncoding::headerSafe(address.name.value_or(QString()));
-    if (name.isEmpty())
-        return bare;
-    const auto quoted = [&bare](const QString& inner) { return u'"' + inner + "\" <"_L1 + bare + u'>'; };
-    QString escaped = name;
-    escaped.replace(u'\\', "\\\\"_L1).replace(u'"', "\\\""_L1);
-    const QString usual = quoted(escaped);
-    const QList<EmailAddress> read = AddressParser::parseList(usual);
-    if (read.size() == 1 && read.first().address == bare)
-        return usual;
-    // The parser knows no escapes: a quote and a comma of the name could make recipients of its rest.
-    return quoted(name.replace(u'"', u'\'').remove(u'\\'));
+    const QString bare = bareAddress(address.address);
+    const QString name = oneLine(address.name.value_or(QString()));
+    return name.isEmpty() ? bare : quotedString(name) + " <"_L1 + bare + u'>';
 }
 
 QString formatAddressList(const QList<EmailAddress>& addresses)
@@ -163,21 +190,72 @@ QString formatAddressList(const QList<EmailAddress>& addresses)
 
 namespace {
 
-QString messageID(const QString& senderAddress, const std::optional<QString>& givenDomain)
+QString messageIDOf(const OutgoingMessage& message, const std::optional<QString>& givenDomain)
 {
-    const QStringList pieces = senderAddress.split(u'@', Qt::SkipEmptyParts);
+    if (message.messageID)
+        return u'<' + MailEncoding::headerSafe(*message.messageID) + u'>';
+    const QStringList pieces = message.from.address.split(u'@', Qt::SkipEmptyParts);
     const QString domain = givenDomain.value_or(pieces.isEmpty() ? u"localhost"_s : pieces.last());
     return u'<' + QUuid::createUuid().toString(QUuid::WithoutBraces) + u'@' +
            MailEncoding::headerSafe(domain) + u'>';
 }
 
-QString referenceList(const QList<QString>& references)
+/// The field with its entries one behind the other, folded between them. An entry that fits no line is left
+/// out: no server would take it.
+QString foldedField(QLatin1StringView name, const QStringList& entries, QLatin1StringView separator)
+{
+    QString field = name + u':';
+    qsizetype column = field.size();
+    bool isFirst = true;
+    for (const QString& entry : entries) {
+        const QByteArray octets = entry.toUtf8();
+        const qsizetype lineEnd = octets.indexOf("\r\n");
+        const qsizetype firstLine = lineEnd < 0 ? octets.size() : lineEnd;
+        const qsizetype lastLine = octets.size() - (octets.lastIndexOf('\n') + 1);
+        if (octets.isEmpty() || std::max(firstLine, lastLine) + name.size() + 4 > longestLine)
+            continue;
+        if (!isFirst) {
+            field += separator;
+            column += separator.size();
+        }
+        const bool isFolded = !isFirst && column + 1 + firstLine + separator.size() > wantedLine;
+        field += isFolded ? "\r\n "_L1 : " "_L1;
+        field += entry;
+        const qsizetype before = isFolded ? 1 : column + 1;
+        column = lineEnd < 0 ? before + octets.size() : lastLine;
+        isFirst = false;
+    }
+    return isFirst ? QString() : field;
+}
+
+/// Message identifiers, each whole.
+QString referenceField(QLatin1StringView name, const QList<QString>& references)
 {
     QStringList safe;
     for (const QString& reference : references)
         safe.append(MailEncoding::headerSafe(reference));
     safe.removeAll(QString());
-    return safe.join(u' ');
+    return foldedField(name, safe, {});
+}
+
+/// `inReplyTo` as it stands, or piece by piece where it fits no line.
+QString inReplyToField(const QString& inReplyTo)
+{
+    constexpr auto name = "In-Reply-To"_L1;
+    const QString safe = MailEncoding::headerSafe(inReplyTo);
+    if (safe.isEmpty())
+        return {};
+    const QString whole = referenceField(name, {safe});
+    return whole.isEmpty() ? referenceField(name, safe.split(u' ', Qt::SkipEmptyParts)) : whole;
+}
+
+QString subjectField(const QString& subject)
+{
+    constexpr auto name = "Subject: "_L1;
+    const QString safe = MailEncoding::headerSafe(subject);
+    const QString encoded = MailEncoding::encodeHeader(safe);
+    const bool fits = !isASCII(safe) || name.size() + safe.size() <= longestLine;
+    return name + (fits ? encoded : MailEncoding::encodeWords(safe));
 }
 
 /// All fields of the message but those of its content.
@@ -186,24 +264,28 @@ QStringList messageFields(const OutgoingMessage& message, const QDateTime& date,
 {
     QStringList fields{"From: "_L1 + formatAddress(message.from)};
     const auto addList = [&fields](QLatin1StringView name, const QList<EmailAddress>& addresses) {
-        if (!addresses.isEmpty())
-            fields.append(name + ": "_L1 + formatAddressList(addresses));
+        QStringList entries;
+        for (const EmailAddress& address : addresses)
+            entries.append(formatAddress(address));
+        fields.append(foldedField(name, entries, ","_L1));
     };
     addList("To"_L1, message.to);
     addList("Cc"_L1, message.cc);
     addList("Bcc"_L1, message.bcc);
-    fields.append("Subject: "_L1 + MailEncoding::encodeHeader(MailEncoding::headerSafe(message.subject)));
+    fields.append(subjectField(message.subject));
     fields.append("Date: "_L1 + MailDate::format(date));
-    fields.append("Message-ID: "_L1 + (message.messageID
-                                           ? u'<' + MailEncoding::headerSafe(*message.messageID) + u'>'
-                                           : messageID(message.from.address, domain)));
-    const QString inReplyTo = MailEncoding::headerSafe(message.inReplyTo.value_or(QString()));
-    if (!inReplyTo.isEmpty())
-        fields.append("In-Reply-To: "_L1 + inReplyTo);
-    const QString references = referenceList(message.references);
-    if (!references.isEmpty())
-        fields.append("References: "_L1 + references);
+    fields.append("Message-ID: "_L1 + messageIDOf(message, domain));
+    fields.append(inReplyToField(message.inReplyTo.value_or(QString())));
+    fields.append(referenceField("References"_L1, message.references));
+    const auto addUnread = [&fields](QLatin1StringView name, const QString& text) {
+        if (!text.isEmpty())
+            fields.append(name + ":\r\n "_L1 + RecipientField::kept(text));
+    };
+    addUnread(unreadToField, message.unread.to);
+    addUnread(unreadCcField, message.unread.cc);
+    addUnread(unreadBccField, message.unread.bcc);
     fields.append(u"MIME-Version: 1.0"_s);
+    fields.removeAll(QString());
     return fields;
 }
 
@@ -279,7 +361,8 @@ Entity textPart(const QByteArray& type, const QString& text)
 
 Entity multipart(const QByteArray& subtype, const QList<Entity>& parts)
 {
-    const QByteArray boundary = "=_lh_" + QUuid::createUuid().toString(QUuid::Id128).toUpper().toLatin1();
+    const QByteArray boundary =
+        "=_lh_" + Text::asciiUppered(QUuid::createUuid().toString(QUuid::Id128)).toLatin1();
     Entity entity{"Content-Type: multipart/" + subtype + "; boundary=\"" + boundary + '"', {}};
     for (const Entity& part : parts) {
         entity.body.append({"--" + boundary + "\r\n" + part.headers + "\r\n\r\n"});
@@ -309,32 +392,74 @@ QByteArray checkedType(const QString& mimeType)
 {
     const qsizetype slash = mimeType.indexOf(u'/');
     const QStringView type(mimeType);
+    // RFC 6838, 4.2: no name of a type is longer.
+    constexpr qsizetype longestName = 127;
+    if (slash > longestName || mimeType.size() - slash - 1 > longestName)
+        return "application/octet-stream";
     if (slash < 0 || !isTypeName(type.first(slash)) || !isTypeName(type.sliced(slash + 1)))
         return "application/octet-stream";
-    return mimeType.toLatin1().toLower();
+    return Text::asciiLowered(mimeType).toLatin1();
 }
 
-/// The file name for readers that know ASCII only, one "_" for each character that they don't.
+constexpr qsizetype longestASCIIName = 400;
+
+/// The file name for readers that know ASCII only, one "_" for each character that they don't, of at most its
+/// first characters.
 QByteArray asciiName(const QString& filename)
 {
     QByteArray name;
-    for (const char32_t scalar : filename.toUcs4())
+    const QList<uint> scalars = filename.toUcs4();
+    for (const uint scalar : scalars.first(std::min(scalars.size(), longestASCIIName)))
         name += scalar > 0x7f || scalar == U'\\' || scalar == U'"' ? '_' : static_cast<char>(scalar);
     return name;
+}
+
+/// RFC 5987, 3.2.1: `attr-char`, of which those that are no `unreserved` need to be named.
+QByteArray percentEncoded(const QString& text)
+{
+    return text.toUtf8().toPercentEncoding("!#$&+^`|");
+}
+
+/// The name in sections on lines of their own (RFC 2231, 3), for one that fits no line. None ends within a
+/// character.
+QByteArray nameInSections(const QString& filename)
+{
+    constexpr qsizetype longestSection = 900;
+    QByteArrayList sections{QByteArray()};
+    const QList<uint> scalars = filename.toUcs4();
+    for (const uint scalar : scalars) {
+        const char32_t character = scalar;
+        const QByteArray encoded = percentEncoded(QString::fromUcs4(&character, 1));
+        if (sections.last().size() + encoded.size() > longestSection)
+            sections.append(QByteArray());
+        sections.last() += encoded;
+    }
+    QByteArray result;
+    for (qsizetype index = 0; index < sections.size(); ++index) {
+        result += ";\r\n filename*" + QByteArray::number(index) + "*=";
+        result += (index == 0 ? "UTF-8''" : "") + sections[index];
+    }
+    return result;
+}
+
+QByteArray dispositionField(const QString& filename, const QByteArray& ascii)
+{
+    const QByteArray field = "Content-Disposition: attachment";
+    const QByteArray plain = field + "; filename=\"" + ascii + '"';
+    // Half a surrogate pair has no percent-encoding.
+    if (ascii == filename.toUtf8() || !filename.isValidUtf16())
+        return plain;
+    const QByteArray both = plain + "; filename*=UTF-8''" + percentEncoded(filename);
+    // Readers prefer a plain name to one in sections.
+    return both.size() <= longestLine ? both : field + nameInSections(filename);
 }
 
 Entity attachmentPart(const OutgoingAttachment& attachment)
 {
     const QString filename = MIMEParser::safeFilename(MailEncoding::headerSafe(attachment.filename));
     const QByteArray ascii = asciiName(filename);
-    QByteArray disposition = "attachment; filename=\"" + ascii + '"';
-    // Half a surrogate pair has no percent-encoding.
-    if (ascii != filename.toUtf8() && filename.isValidUtf16()) {
-        // RFC 5987, 3.2.1: `attr-char`, of which those that are no `unreserved` need to be named.
-        disposition += "; filename*=UTF-8''" + filename.toUtf8().toPercentEncoding("!#$&+^`|");
-    }
     const QByteArray headers = "Content-Type: " + checkedType(attachment.mimeType) + "; name=\"" + ascii +
-                               "\"\r\nContent-Disposition: " + disposition +
+                               "\"\r\n" + dispositionField(filename, ascii) +
                                "\r\nContent-Transfer-Encoding: base64";
     return {headers, {{attachment.data, Piece::Form::base64Lines}}};
 }

@@ -17,8 +17,12 @@
 /// Whatever comes from a user or from a received message is scrubbed here before it reaches a header line: no
 /// value can end its line. All bodies and attachments are base64, so that nothing depends on what they hold.
 ///
-/// NB: lists of addresses and of references aren't folded, and an address that isn't ASCII is written in
-/// UTF-8 as it stands. Every attachment is base64, also one of a type message/* (RFC 2046, 5.2.1 wants none).
+/// Lists of addresses and of references are folded between their entries before column 78 where they can be,
+/// and no header line has more than 998 octets (RFC 5322, 2.1.1): what no fold can shorten, an address or an
+/// identifier, is left out.
+///
+/// NB: an address that isn't ASCII is written in UTF-8 as it stands. Every attachment is base64, also one of
+/// a type message/* (RFC 2046, 5.2.1 wants none).
 namespace Larkhaven::MessageComposer {
 
 /// The largest attachments that a message may be given, in bytes (25 MiB), for those who collect them; the
@@ -42,13 +46,20 @@ QString forwardBody(const MIMEHeaders& headers, const QString& body);
 /// address alone where there is no name. The address loses every character that means something between
 /// addresses, and may come out empty.
 QString formatAddress(const EmailAddress& address);
-/// An address for a field that the user edits and `AddressParser::parseList` reads: as in a header, but the
-/// name as it reads. Whatever the name holds, this one address is what is read again.
+/// An address for a field that the user edits and `RecipientField` reads: as in a header, but the name as it
+/// reads. Whatever the name holds, this one address with this name is what is read again.
 QString editableAddress(const EmailAddress& address);
 QString formatAddressList(const QList<EmailAddress>& addresses);
 
-/// The message as bytes with CRLF as line ends, under a fresh Message-ID, Bcc included: who must not reveal
-/// blind copies passes none. `domain` is that of the Message-ID; without it the sender's, else "localhost".
+// What a stored draft keeps of recipients that can't be read (`OutgoingMessage::unread`), as
+// `RecipientField::kept` writes it. No message that is sent has such a field.
+inline constexpr QLatin1StringView unreadToField("X-Larkhaven-Unread-To");
+inline constexpr QLatin1StringView unreadCcField("X-Larkhaven-Unread-Cc");
+inline constexpr QLatin1StringView unreadBccField("X-Larkhaven-Unread-Bcc");
+
+/// The message as bytes with CRLF as line ends, under its Message-ID or a fresh one, Bcc included: who must
+/// not reveal blind copies passes none. `domain` is that of the Message-ID; without it the sender's, else
+/// "localhost".
 ///
 /// One text/plain part; with an HTML body multipart/alternative of the two; with attachments multipart/mixed
 /// of that and the attachments in their order.
