@@ -13,6 +13,7 @@
 #include "model/Listing.h"
 #include "model/SortField.h"
 #include "model/UserDefaults.h"
+#include "model/Writing.h"
 #include "platform/Coalescer.h"
 #include "protocols/MailTransport.h"
 #include "store/MailCache.h"
@@ -403,11 +404,11 @@ private:
     void showInstead(const SidebarItem& item);
 
     Task<ParsedMessage> parsed(MessageSummary row);
-    Task<std::optional<QString>> threadID(MessageSummary row);
-    /// Fills an empty draft from a message; pure, and called on a worker.
-    using Writing = std::function<void(ComposeDraft&, const ParsedMessage&)>;
-    Task<> prepare(MessageSummary row, bool isOfThread, Writing writing);
-    ComposeDraft emptyDraft(const QUuid& accountID) const;
+    /// Writes a draft from a message, on a worker. The provider is null where it can't be.
+    using Prepare = std::function<Task<ComposeDraft>(std::shared_ptr<MailProvider>, ParsedMessage)>;
+    Task<> prepare(MessageSummary row, bool isOfThread, Prepare writing);
+    Task<> openWritten(MessageSummary row, bool isOfThread, Prepare writing);
+    Writing::Setting writingSetting(const QUuid& accountID) const;
     /// The stored draft that the provider of the sending account is to replace.
     static std::optional<QString> replacedDraft(const ComposeDraft& draft);
     /// The stored draft of a message that another account has sent or stored goes to the trash.

@@ -4,6 +4,7 @@
 
 #include <QList>
 #include <QString>
+#include <QStringList>
 #include <QUuid>
 
 #include <optional>
@@ -32,6 +33,8 @@ struct ComposeDraft {
     /// kept.
     std::optional<QString> initialHTML;
     QList<OutgoingAttachment> attachments;
+    /// What the window says of the draft: what was left out of it, and why. One line each, translated.
+    QStringList notices;
     /// The program ended while this was being sent: it may have gone out.
     bool wasSending = false;
 

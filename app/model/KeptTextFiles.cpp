@@ -116,6 +116,7 @@ QByteArray encoded(const ComposeDraft& draft, quint64 number)
                  {u"isRichText"_s, draft.isRichText},
                  {u"wasSending"_s, draft.wasSending},
                  {u"originAccountID"_s, QCborValue(draft.originAccountID)},
+                 {u"notices"_s, QCborArray::fromStringList(draft.notices)},
                  {u"references"_s, QCborArray::fromStringList(draft.references)},
                  {u"attachments"_s, encoded(draft.attachments)}};
     insert(map, "inReplyTo"_L1, draft.inReplyTo);
@@ -149,6 +150,9 @@ std::optional<ComposeDraft> decoded(const QByteArray& bytes, const State& state)
     const QCborArray references = map.value("references"_L1).toArray();
     for (const auto& reference : references)
         draft.references.append(reference.toString());
+    const QCborArray notices = map.value("notices"_L1).toArray();
+    for (const auto& notice : notices)
+        draft.notices.append(notice.toString());
     draft.attachments = decodedAttachments(map.value("attachments"_L1).toArray());
     return draft;
 }

@@ -1,4 +1,5 @@
 #include "domain/MailError.h"
+#include "format/MIMEParser.h"
 #include "model/AppModel.h"
 #include "support/Await.h"
 #include "support/ModelFixture.h"
@@ -160,9 +161,9 @@ TEST_F(AppModelCompose, KeepsTheWholeChainOfReferencesWithTheAnsweredMessageAtIt
               QStringList({u"<m1@example.com>"_s, u"<m2@example.com>"_s, u"<m3@example.com>"_s}));
 }
 
-TEST_F(AppModelCompose, QuotesThePreviewWhereAMessageHasNoPlainText)
+TEST_F(AppModelCompose, QuotesThePreviewWhereAMessageHasNoText)
 {
-    await(model().reply(message("From: a@x\r\nContent-Type: text/html\r\n\r\n<p>Hi</p>"), false));
+    await(model().reply(message("From: a@x\r\nContent-Type: application/pdf\r\n\r\nx"), false));
     EXPECT_TRUE(opened().body.endsWith(u"> Preview of 7"_s)) << opened().body.toStdString();
 }
 
@@ -391,21 +392,91 @@ TEST_F(AppModelCompose, TakesUpOnlyAsMuchOfASubjectAndANameAsAFieldCanShow)
     EXPECT_EQ(opened().to, u"");
 }
 
-TEST_F(AppModelCompose, OpensNoWindowForMoreRecipientsThanItCanTake)
+TEST_F(AppModelCompose, NamesInTheWindowWhatItLeavesOut)
 {
-    QByteArray many("z@x");
-    for (int index = 0; index < 20'000; ++index)
-        many += ", person" + QByteArray::number(index) + "@example.com";
-    await(model().reply(message("From: a@x\r\nTo: " + many + "\r\n\r\nHi"), true));
-    EXPECT_FALSE(model().pendingCompose());
-    EXPECT_EQ(model().errorMessage(), u"This message has more recipients than a window can take."_s);
+    await(model().reply(message("From: \"Your Bank\"@evil.example\r\nTo: b@x\r\n\r\nHi"), true));
+    EXPECT_EQ(opened().to, u"");
+    EXPECT_EQ(opened().cc, u"b@x");
+    EXPECT_EQ(opened().notices,
+              QStringList(u"“\"Your Bank\"@evil.example” isn’t a valid email address, and was left out."_s));
 }
 
-TEST_F(AppModelCompose, OpensNoDraftThatItWouldHaveToCut)
+TEST_F(AppModelCompose, OpensACopyOfADraftThatItHasToCut)
 {
     await(model().editDraft(message("To: a@x\r\n\r\n" + QByteArray(5'000'000, 'x'))));
-    EXPECT_FALSE(model().pendingCompose());
-    EXPECT_EQ(model().errorMessage(), u"This draft is too long to be edited here."_s);
+    EXPECT_FALSE(opened().draftMessageID);
+    EXPECT_EQ(opened().notices.size(), 1);
+    await(model().saveDraft(opened()));
+    EXPECT_FALSE(fixture.provider().savedDrafts()[0].draftID) << "the draft stays as it is";
+    EXPECT_TRUE(fixture.provider().calls(u"trash"_s).isEmpty());
+}
+
+TEST_F(AppModelCompose, AsksForTheBytesOfAMessageOnlyWhereAForwardNeedsThem)
+{
+    const QByteArray raw = "From: x@x\r\n\r\n" + QByteArray("word\n").repeated(20'000);
+    const MessageSummary row = message(raw);
+    model().open(row);
+    ParsedMessage shown = MIMEParser::parse("From: x@x\r\n\r\nShort");
+    model().setOpenParsed(shown);
+    await(model().forward(row));
+    EXPECT_TRUE(fixture.provider().calls(u"fetchRaw"_s).isEmpty());
+    model().setOpenParsed(MIMEParser::parse(raw));
+    await(model().forward(row));
+    EXPECT_EQ(fixture.provider().calls(u"fetchRaw"_s).size(), 1);
+    ASSERT_EQ(opened().attachments.size(), 1);
+    EXPECT_EQ(opened().attachments[0].data, raw);
+}
+
+TEST_F(AppModelCompose, AnswersTheOpenMessageAgainAndAgain)
+{
+    const MessageSummary row = message("From: x@x\r\n\r\nOther");
+    model().open(row);
+    model().setOpenParsed(MIMEParser::parse("From: ada@x\r\n\r\nShown"));
+    for (int turn = 0; turn < 3; ++turn) {
+        await(model().reply(row, false));
+        EXPECT_EQ(opened().to, u"ada@x");
+        EXPECT_TRUE(opened().body.endsWith(u"> Shown"_s));
+    }
+    await(model().forward(row));
+    EXPECT_TRUE(opened().body.endsWith(u"Shown"_s));
+}
+
+TEST_F(AppModelCompose, QuotesTheRowThatIsAnsweredAndNotTheOpenMessage)
+{
+    MessageSummary open = ModelFixture::row(fixture.account(), u"8"_s);
+    model().open(open);
+    model().setOpenParsed(MIMEParser::parse("From: ada@x\r\n\r\nShown"));
+    await(model().reply(message("From: bo@x\r\n\r\nOther"), false));
+    EXPECT_EQ(opened().to, u"bo@x");
+    EXPECT_TRUE(opened().body.endsWith(u"> Other"_s));
+}
+
+TEST_F(AppModelCompose, TellsTheConversationOfAStoredDraftAndNoneOfAForward)
+{
+    fixture.provider().setThreadID(u"7"_s, u"t1"_s);
+    await(model().editDraft(message(original)));
+    EXPECT_EQ(opened().threadID, u"t1"_s);
+    await(model().forward(message(original)));
+    EXPECT_FALSE(opened().threadID);
+}
+
+TEST_F(AppModelCompose, WritesInTheFormAndUnderTheSignatureThatTheUserChose)
+{
+    for (const bool isRich : {true, false}) {
+        model().defaults().set(DefaultsKey::composeRichText, isRich);
+        model().defaults().set(DefaultsKey::signature, u"Mia"_s);
+        model().newMessage({});
+        EXPECT_EQ(opened().isRichText, isRich);
+        await(model().reply(message(original), false));
+        EXPECT_EQ(opened().isRichText, isRich);
+        EXPECT_TRUE(opened().body.startsWith(u"\n\n-- \nMia\n\nOn "_s));
+        await(model().forward(message(original)));
+        EXPECT_EQ(opened().isRichText, isRich);
+        EXPECT_TRUE(opened().body.startsWith(u"\n\n-- \nMia\n\n-----"_s));
+        await(model().editDraft(message("To: a@x\r\n\r\nHi")));
+        EXPECT_EQ(opened().isRichText, isRich);
+        EXPECT_EQ(opened().body, u"Hi") << "a draft has its own";
+    }
 }
 
 TEST_F(AppModelCompose, TouchesNoMessageOfAnotherAccountThatHasTheIDOfTheDraft)

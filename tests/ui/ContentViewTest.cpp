@@ -76,7 +76,7 @@ TEST_F(ContentViewTest, TellsWhereTextsCannotBeKeptSafeUntilTheyCan)
     QWidget& banner = mail.child<QWidget>("keptTextsBanner");
     ASSERT_TRUE(waitUntil([&banner] { return banner.isVisible(); }));
     EXPECT_FALSE(alert(mail));
-    mail.save(u"texts-cannot-be-kept"_s);
+    takeScreenshot(*mail.window, u"texts-cannot-be-kept"_s);
     mail.fixture.textKeychain().readFailure = KeychainStatus::success;
     QTest::mouseClick(&mail.child<QPushButton>("keptTextsRetry"), Qt::LeftButton);
     EXPECT_TRUE(waitUntil([&banner] { return !banner.isVisible(); }));

@@ -1,0 +1,112 @@
+#include "model/DraftGate.h"
+
+#include "domain/ShownText.h"
+#include "domain/Text.h"
+#include "model/TextBounds.h"
+
+#include <QCoreApplication>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven::DraftGate {
+
+namespace {
+
+QString tr(const char* text)
+{
+    return QCoreApplication::translate("DraftGate", text);
+}
+
+/// The character at the position, which moves behind it. What would be no character of a document (half a
+/// surrogate pair, a noncharacter, or the place of an object) is U+FFFD.
+char32_t takeCharacter(QStringView text, qsizetype& position)
+{
+    const QChar unit = text[position++];
+    char32_t character = unit.unicode();
+    if (unit.isSurrogate()) {
+        const bool isPair =
+            unit.isHighSurrogate() && position < text.size() && text[position].isLowSurrogate();
+        character = isPair ? QChar::surrogateToUcs4(unit, text[position++]) : char16_t(0xfffd);
+    }
+    const bool isNone =
+        character == 0xfffc || (character >= 0xfdd0 && character <= 0xfdef) || (character & 0xfffe) == 0xfffe;
+    return isNone ? U'\xfffd' : character;
+}
+
+bool isControl(char32_t character)
+{
+    return (character < 0x20 && character != U'\t') || (character >= 0x7f && character < 0xa0);
+}
+
+bool endsLine(char32_t character)
+{
+    return character <= 0xffff && Text::isLineEnd(QChar(static_cast<char16_t>(character)));
+}
+
+} // namespace
+
+Passed text(QStringView text, const QString& rest)
+{
+    Passed passed;
+    passed.text.reserve(std::min(text.size(), mostCharacters));
+    TextBounds bounds;
+    bool hasDropped = false;
+    bool hasEnded = false;
+    for (qsizetype position = 0; position < text.size() && !hasEnded;) {
+        const bool isPairOfEnds =
+            text[position] == u'\r' && position + 1 < text.size() && text[position + 1] == u'\n';
+        position += isPairOfEnds ? 1 : 0;
+        char32_t character = takeCharacter(text, position);
+        if (endsLine(character)) {
+            hasEnded = !bounds.endLine();
+            if (!hasEnded)
+                passed.text += u'\n';
+            continue;
+        }
+        character = isControl(character) ? U' ' : character;
+        const TextBounds::Verdict verdict = bounds.next(character);
+        hasEnded = verdict == TextBounds::Verdict::end;
+        hasDropped = hasDropped || verdict == TextBounds::Verdict::drop;
+        if (verdict == TextBounds::Verdict::breakBefore) {
+            passed.text += u'\n';
+            passed.isBroken = true;
+        }
+        if (verdict == TextBounds::Verdict::keep || verdict == TextBounds::Verdict::breakBefore)
+            passed.text += QChar::fromUcs4(character);
+    }
+    if (hasDropped)
+        passed.text += u'\n' + tr("[Marks beyond what a letter can carry are left out.]");
+    if (hasEnded)
+        passed.text += u'\n' + rest;
+    passed.isCut = hasDropped || hasEnded;
+    return passed;
+}
+
+QString pasted(QStringView text)
+{
+    return DraftGate::text(text, tr("[The rest of what was pasted is left out.]")).text;
+}
+
+QString pastedHTML(QStringView sanitized)
+{
+    return html(sanitized, tr("[The rest of what was pasted is left out.]")).text;
+}
+
+Passed line(QStringView text, qsizetype length)
+{
+    const QString shown = ShownText::line(text, length);
+    const bool isCut = shown.endsWith(u'…') && (!text.endsWith(u'…') || shown.size() > length);
+    return {shown, isCut};
+}
+
+qsizetype effort(QStringView text)
+{
+    TextBounds bounds;
+    for (qsizetype position = 0; position < text.size();) {
+        if (bounds.next(takeCharacter(text, position)) == TextBounds::Verdict::end)
+            return mostEffort;
+    }
+    return bounds.effort();
+}
+
+} // namespace Larkhaven::DraftGate

@@ -1,0 +1,289 @@
+#include "model/DraftGate.h"
+#include "model/TextBounds.h"
+#include "safety/HTMLSanitizer.h"
+#include "safety/VisibleText.h"
+
+#include <QCoreApplication>
+
+#include <algorithm>
+#include <array>
+#include <vector>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven::DraftGate {
+
+namespace {
+
+// The effort of laying out an element, in units of one plain letter, as measured with Qt 6.4.
+constexpr qsizetype effortOfBlock = 30;
+constexpr qsizetype effortOfInline = 80;
+constexpr qsizetype effortOfItem = 100;
+constexpr qsizetype effortOfCell = 200;
+constexpr qsizetype effortOfImage = 200;
+
+constexpr std::array cellTags{"table"_L1, "td"_L1, "th"_L1};
+constexpr std::array rowTags{"tbody"_L1, "tfoot"_L1, "thead"_L1, "tr"_L1};
+constexpr std::array inlineTags{"a"_L1,    "abbr"_L1,  "b"_L1,    "bdi"_L1,    "bdo"_L1,    "big"_L1,
+                                "cite"_L1, "code"_L1,  "del"_L1,  "dfn"_L1,    "em"_L1,     "font"_L1,
+                                "i"_L1,    "ins"_L1,   "kbd"_L1,  "mark"_L1,   "q"_L1,      "s"_L1,
+                                "samp"_L1, "small"_L1, "span"_L1, "strike"_L1, "strong"_L1, "sub"_L1,
+                                "sup"_L1,  "tt"_L1,    "u"_L1,    "var"_L1};
+constexpr std::array voidTags{"br"_L1, "col"_L1, "hr"_L1, "img"_L1, "wbr"_L1, "meta"_L1};
+
+template <std::size_t size>
+bool isOneOf(QStringView name, const std::array<QLatin1StringView, size>& names)
+{
+    return std::ranges::any_of(names, [&](QLatin1StringView other) { return name == other; });
+}
+
+/// Copies a sanitized document, whose tags are written in one form, as far as an editor can take it.
+class Copy {
+public:
+    explicit Copy(QStringView document)
+        : m_rest(document)
+    {}
+
+    Passed passed(const QString& rest)
+    {
+        while (!m_rest.isEmpty() && !m_hasEnded) {
+            const qsizetype open = m_rest.indexOf(u'<');
+            const QStringView text = open < 0 ? m_rest : m_rest.first(open);
+            m_rest = open < 0 ? QStringView() : m_rest.sliced(open);
+            addText(text);
+            if (!m_hasEnded && !m_rest.isEmpty())
+                addTag();
+            m_hasEnded = m_hasEnded || m_out.size() > mostHTML;
+        }
+        if (m_hasEnded)
+            finish(rest);
+        return {m_out, m_isCut || m_hasEnded, m_isBroken};
+    }
+
+private:
+    struct Element {
+        QStringView name;
+        bool isWritten = true;
+        bool keepsSpace = false;
+    };
+
+    void addText(QStringView raw)
+    {
+        const bool keepsSpace = !m_open.empty() && m_open.back().keepsSpace;
+        const QString decoded = VisibleText::decodedReferences(raw.toString());
+        QString kept;
+        for (const uint scalar : decoded.toUcs4()) {
+            const char32_t character = scalar;
+            const bool isSpace =
+                character == U' ' || character == U'\n' || character == U'\r' || character == U'\t';
+            if (keepsSpace && character == U'\n') {
+                kept += u'\n';
+                m_hasEnded = !m_bounds.endLine();
+            } else if (isSpace && !keepsSpace) {
+                if (!std::exchange(m_endsInSpace, true))
+                    kept += u' ';
+                continue;
+            } else {
+                addCharacter(character, kept);
+            }
+            m_endsInSpace = false;
+            if (m_hasEnded)
+                break;
+        }
+        write(kept);
+    }
+
+    void addCharacter(char32_t character, QString& kept)
+    {
+        switch (m_bounds.next(isNoCharacter(character) ? U'\xfffd' : character)) {
+        case TextBounds::Verdict::end:
+            m_hasEnded = true;
+            return;
+        case TextBounds::Verdict::drop:
+            m_isCut = true;
+            return;
+        case TextBounds::Verdict::breakBefore:
+            m_isBroken = true;
+            write(kept);
+            kept.clear();
+            m_out += "<br>"_L1;
+            break;
+        case TextBounds::Verdict::keep:
+            break;
+        }
+        kept += QChar::fromUcs4(isNoCharacter(character) ? U'\xfffd' : character);
+    }
+
+    static bool isNoCharacter(char32_t character)
+    {
+        return character == 0xfffc || (character >= 0xfdd0 && character <= 0xfdef) ||
+               (character & 0xfffe) == 0xfffe || QChar::isSurrogate(character) ||
+               (character < 0x20 && character != U'\t') || (character >= 0x7f && character < 0xa0);
+    }
+
+    void write(const QString& text) { m_out += HTMLSanitizer::escapeHTML(text); }
+
+    /// Copies up to behind `end`, or leaves that out.
+    void copyThrough(QLatin1StringView end, bool isKept)
+    {
+        const qsizetype found = m_rest.indexOf(end);
+        const qsizetype length = found < 0 ? m_rest.size() : found + end.size();
+        if (isKept)
+            m_out += m_rest.first(length);
+        m_isBroken = m_isBroken || !isKept;
+        m_rest = m_rest.sliced(length);
+    }
+
+    void addStyleSheet()
+    {
+        constexpr auto end = "</style>"_L1;
+        const qsizetype found = m_rest.indexOf(end);
+        const QStringView sheet = m_rest.first(found < 0 ? m_rest.size() : found);
+        m_styleLength += sheet.size();
+        m_styleRules += sheet.count(u'{');
+        copyThrough(end, m_styleLength <= longestStyleSheet && m_styleRules <= mostStyleRules);
+    }
+
+    void addTag()
+    {
+        if (m_rest.startsWith("<head>"_L1))
+            return copyThrough("</head>"_L1, true);
+        if (m_rest.startsWith("<style>"_L1))
+            return addStyleSheet();
+        const qsizetype close = m_rest.indexOf(u'>');
+        const QStringView tag = m_rest.first(close < 0 ? m_rest.size() : close + 1);
+        m_rest = m_rest.sliced(tag.size());
+        if (tag.startsWith("</"_L1))
+            endTag(tag.sliced(2).chopped(close < 0 ? 0 : 1));
+        else if (tag.startsWith("<!"_L1))
+            m_out += tag;
+        else
+            startTag(tag);
+    }
+
+    void startTag(QStringView tag)
+    {
+        const qsizetype space = tag.indexOf(u' ');
+        const QStringView name = tag.sliced(1, (space < 0 ? tag.size() - 1 : space) - 1);
+        m_hasEnded = !layOut(name);
+        if (m_hasEnded)
+            return;
+        Element element{name, mayStand(name),
+                        (!m_open.empty() && m_open.back().keepsSpace) || keepsSpace(tag, name)};
+        m_isBroken = m_isBroken || !element.isWritten;
+        if (element.isWritten && areAttributesTooLong(tag, name)) {
+            m_out += u'<' + name.toString() + u'>';
+            m_isBroken = true;
+        } else if (element.isWritten) {
+            m_out += tag;
+        }
+        if (!isOneOf(name, voidTags))
+            m_open.push_back(element);
+        m_tableLevels += name == "table"_L1 ? 1 : 0;
+    }
+
+    /// Gives whether there is room for the element.
+    bool layOut(QStringView name)
+    {
+        if (isOneOf(name, inlineTags))
+            return m_bounds.spend(effortOfInline);
+        if (name == "img"_L1) {
+            m_endsInSpace = false;
+            return m_bounds.spend(effortOfImage);
+        }
+        m_endsInSpace = true;
+        if (isOneOf(name, rowTags))
+            return true;
+        if (!m_bounds.endLine())
+            return false;
+        if (isOneOf(name, cellTags))
+            return m_bounds.spend(effortOfCell);
+        if (name == "li"_L1)
+            return ++m_items <= mostItems && m_bounds.spend(effortOfItem);
+        return m_bounds.spend(effortOfBlock);
+    }
+
+    /// Tables take the time of their depth's exponent.
+    bool mayStand(QStringView name) const
+    {
+        const bool isOfTable = isOneOf(name, cellTags) || isOneOf(name, rowTags) || name == "caption"_L1 ||
+                               name == "col"_L1 || name == "colgroup"_L1;
+        const int level = m_tableLevels + (name == "table"_L1 ? 1 : 0);
+        return !isOfTable || level <= mostTableLevels;
+    }
+
+    static bool keepsSpace(QStringView tag, QStringView name)
+    {
+        return name == "pre"_L1 || tag.contains("white-space"_L1, Qt::CaseInsensitive);
+    }
+
+    static bool areAttributesTooLong(QStringView tag, QStringView name)
+    {
+        if (name != "img"_L1 && tag.size() > longestAttributes)
+            return true;
+        return std::ranges::any_of(
+            std::array{"colspan"_L1, "rowspan"_L1, "span"_L1}, [tag](QLatin1StringView attribute) {
+                const QString wanted = u' ' + attribute + "=\""_L1;
+                const qsizetype start = tag.indexOf(wanted);
+                if (start < 0)
+                    return false;
+                const QStringView value = tag.sliced(start + wanted.size());
+                bool isNumber = false;
+                const int number = value.first(std::max<qsizetype>(value.indexOf(u'"'), 0)).toInt(&isNumber);
+                return !isNumber || number < 1 || number > mostSpan;
+            });
+    }
+
+    void endTag(QStringView name)
+    {
+        const auto found = std::find_if(m_open.rbegin(), m_open.rend(),
+                                        [name](const Element& element) { return element.name == name; });
+        if (found == m_open.rend())
+            return;
+        m_endsInSpace = m_endsInSpace || !isOneOf(name, inlineTags);
+        if (found->isWritten)
+            m_out += "</"_L1 + name.toString() + u'>';
+        m_tableLevels -= name == "table"_L1 ? 1 : 0;
+        m_open.erase(found.base() - 1);
+    }
+
+    /// Says what was left out, and closes what is open.
+    void finish(const QString& rest)
+    {
+        const QString note = "<p>"_L1 + HTMLSanitizer::escapeHTML(rest) + "</p>"_L1;
+        bool isNoted = false;
+        while (!m_open.empty()) {
+            const Element element = m_open.back();
+            const bool isShell = element.name == "body"_L1 || element.name == "html"_L1;
+            if (isShell && !std::exchange(isNoted, true))
+                m_out += note;
+            if (element.isWritten)
+                m_out += "</"_L1 + element.name.toString() + u'>';
+            m_open.pop_back();
+        }
+        if (!isNoted)
+            m_out += note;
+    }
+
+    QStringView m_rest;
+    QString m_out;
+    TextBounds m_bounds;
+    std::vector<Element> m_open;
+    int m_tableLevels = 0;
+    qsizetype m_items = 0;
+    qsizetype m_styleLength = 0;
+    qsizetype m_styleRules = 0;
+    bool m_endsInSpace = true; ///< more white space would add nothing
+    bool m_isCut = false;
+    bool m_isBroken = false;
+    bool m_hasEnded = false;
+};
+
+} // namespace
+
+Passed html(QStringView sanitized, const QString& rest)
+{
+    return Copy(sanitized).passed(rest);
+}
+
+} // namespace Larkhaven::DraftGate

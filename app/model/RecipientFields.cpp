@@ -1,0 +1,145 @@
+#include "model/RecipientFields.h"
+
+#include "domain/ShownText.h"
+#include "format/AddressParser.h"
+#include "format/MailEncoding.h"
+#include "format/MessageComposer.h"
+#include "format/RecipientField.h"
+#include "model/DraftGate.h"
+
+#include <QCoreApplication>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven {
+
+namespace {
+
+constexpr qsizetype mostNamed = 5;      ///< of those who are left out
+constexpr qsizetype longestPiece = 200; ///< of a text that a notice names
+
+QString tr(const char* text)
+{
+    return QCoreApplication::translate("RecipientFields", text);
+}
+
+} // namespace
+
+bool RecipientFields::takesRoom(const QString& piece)
+{
+    const qsizetype effort = DraftGate::effort(piece) + 2;
+    const bool hasRoom =
+        m_count < DraftGate::mostAddresses && m_effort + effort <= DraftGate::mostFieldEffort;
+    if (!hasRoom) {
+        ++m_tooMany;
+        return false;
+    }
+    ++m_count;
+    m_effort += effort;
+    return true;
+}
+
+QString RecipientFields::addressText(const EmailAddress& address)
+{
+    if (!address.name)
+        return MessageComposer::editableAddress(address);
+    const DraftGate::Passed name = DraftGate::line(*address.name, DraftGate::longestName);
+    m_hasCutNames = m_hasCutNames || !name.isWhole();
+    return MessageComposer::editableAddress(
+        EmailAddress(name.isWhole() ? std::optional(name.text) : std::nullopt, address.address));
+}
+
+QString RecipientFields::written(const QList<EmailAddress>& addresses)
+{
+    QStringList texts;
+    for (const EmailAddress& address : addresses) {
+        if (!AddressParser::isSendable(address.address)) {
+            if (m_refused.size() < mostNamed)
+                m_refused.append(ShownText::line(address.address, longestPiece));
+            else
+                ++m_refusedBeyond;
+            continue;
+        }
+        const QString text = m_count < DraftGate::mostAddresses ? addressText(address) : QString();
+        if (takesRoom(text))
+            texts.append(text);
+    }
+    return texts.join(u", "_s);
+}
+
+QString RecipientFields::resumed(const QString& header, const QString& unread)
+{
+    QStringList texts;
+    QList<RecipientField::Piece> pieces = RecipientField::read(header);
+    pieces += RecipientField::read(unread);
+    for (const RecipientField::Piece& piece : pieces) {
+        const bool isAddress = piece.address && AddressParser::isSendable(piece.address->address);
+        QString text;
+        if (isAddress) {
+            const QString name = MailEncoding::decodeHeader(piece.address->name.value_or(QString()));
+            text = addressText(EmailAddress(name, piece.address->address));
+        } else {
+            const DraftGate::Passed passed =
+                DraftGate::line(MailEncoding::decodeHeader(piece.text), DraftGate::mostFieldEffort);
+            text = passed.text;
+            m_tooMany += passed.isWhole() ? 0 : 1;
+            if (!passed.isWhole())
+                continue;
+        }
+        if (takesRoom(text))
+            texts.append(text);
+    }
+    return texts.join(u", "_s);
+}
+
+QString RecipientFields::given(const QString& text)
+{
+    const DraftGate::Passed whole = DraftGate::line(text, DraftGate::mostFieldEffort);
+    const QList<RecipientField::Piece> pieces = RecipientField::read(text);
+    const bool fits = whole.isWhole() && pieces.size() <= DraftGate::mostAddresses &&
+                      DraftGate::effort(whole.text) <= DraftGate::mostFieldEffort;
+    if (fits)
+        return whole.text;
+    QStringList texts;
+    for (const RecipientField::Piece& piece : pieces) {
+        const DraftGate::Passed passed = DraftGate::line(piece.text, DraftGate::mostFieldEffort);
+        if (!passed.isWhole())
+            ++m_tooMany;
+        else if (takesRoom(passed.text))
+            texts.append(passed.text);
+    }
+    return texts.join(u", "_s);
+}
+
+QStringList RecipientFields::notices() const
+{
+    QStringList notices;
+    for (const QString& address : m_refused)
+        notices.append(tr("“%1” isn’t a valid email address, and was left out.").arg(address));
+    if (m_refusedBeyond > 0)
+        notices.append(tr("Further addresses that aren’t valid were left out: %1.")
+                           .arg(QString::number(m_refusedBeyond)));
+    if (m_tooMany > 0)
+        notices.append(
+            tr("A window doesn’t take that many recipients. Left out: %1.").arg(QString::number(m_tooMany)));
+    if (m_hasCutNames)
+        notices.append(tr("Names of recipients that were too long were left out."));
+    return notices;
+}
+
+QList<EmailAddress> RecipientFields::addresses(const MIMEHeaders& headers, QStringView name)
+{
+    const QString raw = headers.value(name).value_or(QString());
+    const bool isReadWhole = raw.size() <= MailEncoding::maxHeaderBytes / 4 || !raw.contains("=?"_L1);
+    if (isReadWhole)
+        return AddressParser::parseList(MailEncoding::decodeHeader(raw));
+    // Decoding as a whole would cut the list: here each name is decoded by itself.
+    QList<EmailAddress> addresses = AddressParser::parseList(raw);
+    for (EmailAddress& address : addresses) {
+        if (address.name)
+            address = EmailAddress(MailEncoding::decodeHeader(*address.name), address.address);
+    }
+    return addresses;
+}
+
+} // namespace Larkhaven

@@ -1,0 +1,356 @@
+#include "model/Writing.h"
+
+#include "domain/MailError.h"
+#include "domain/ShownText.h"
+#include "domain/Text.h"
+#include "format/AddressParser.h"
+#include "format/MIMEParser.h"
+#include "format/MessageComposer.h"
+#include "format/RecipientField.h"
+#include "model/DraftGate.h"
+#include "model/RecipientFields.h"
+#include "safety/HTMLSanitizer.h"
+#include "safety/VisibleText.h"
+
+#include <QCoreApplication>
+#include <QSet>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven::Writing {
+
+namespace {
+
+constexpr qsizetype longestPiece = 200; ///< of a text that a failure names
+
+QString tr(const char* text)
+{
+    return QCoreApplication::translate("Writing", text);
+}
+
+ComposeDraft emptyDraft(const Setting& setting)
+{
+    ComposeDraft draft;
+    draft.id = QUuid::createUuid();
+    draft.accountID = setting.accountID;
+    draft.originAccountID = setting.accountID;
+    draft.isRichText = setting.isRichText;
+    return draft;
+}
+
+/// The attachments of a message that came, to go out again.
+QList<OutgoingAttachment> outgoingAttachments(const ParsedMessage& message)
+{
+    QList<OutgoingAttachment> attachments;
+    for (const MailAttachment& attachment : message.attachments)
+        attachments.append({QUuid::createUuid(), attachment.filename, attachment.mimeType, attachment.data});
+    return attachments;
+}
+
+/// The text of a message as it is shown, or what else is known of it.
+QString plainText(const ParsedMessage& message, const QString& snippet)
+{
+    if (message.textBody)
+        return *message.textBody;
+    if (!message.htmlBody)
+        return snippet;
+    // One more than the gate lets through, so that it says that there was more.
+    const SanitizedHTML sanitized = HTMLSanitizer::sanitize(*message.htmlBody, {});
+    return VisibleText::ofSanitized(sanitized.document, DraftGate::mostCharacters + 1);
+}
+
+/// As much of the text as an answer takes up.
+DraftGate::Passed quotable(const ParsedMessage& message, const QString& snippet)
+{
+    return DraftGate::text(plainText(message, snippet), tr("[The rest of the message is left out.]"));
+}
+
+/// Sets the subject with "Re: " or "Fwd: " before it, as much of it as an answer takes up.
+void setSubject(ComposeDraft& draft, const ParsedMessage& message, QString (*marked)(const QString&))
+{
+    const DraftGate::Passed subject = DraftGate::line(message.headers.subject(), DraftGate::longestSubject);
+    draft.subject = marked(subject.text);
+    if (!subject.isWhole())
+        draft.notices.append(tr("The subject was too long, and its end was left out."));
+}
+
+/// What a forwarded message says of itself, each line as long as an editor can take it.
+QString forwardHead(const MIMEHeaders& headers)
+{
+    const QString head = MessageComposer::forwardBody(headers, {});
+    QStringList lines;
+    for (const QStringView line : QStringView(head).tokenize(u'\n'))
+        lines.append(ShownText::line(line, DraftGate::longestLine));
+    return DraftGate::text(lines.join(u'\n'), {}).text;
+}
+
+/// The name under which the message is saved as a file, of at most 255 bytes.
+QString savedName(const QString& subject)
+{
+    constexpr qsizetype mostCharacters = 80;
+    constexpr qsizetype mostBytes = 255;
+    const QString ending = u".eml"_s;
+    QString name = MIMEParser::safeFilename(subject.isEmpty() ? tr("Message") : subject);
+    name = Text::prefix(ShownText::line(name, mostCharacters * 4), mostCharacters);
+    while (name.toUtf8().size() + ending.size() > mostBytes)
+        name.chop(name.back().isLowSurrogate() ? 2 : 1);
+    return name + ending;
+}
+
+std::optional<QString> trimmedHeader(const MIMEHeaders& headers, QStringView name)
+{
+    const std::optional<QString> value = headers.value(name);
+    return value ? std::optional(Text::trimmedSpace(*value).toString()) : std::nullopt;
+}
+
+// --- Whom an answer goes to
+
+QList<EmailAddress> answeredTo(const MIMEHeaders& headers)
+{
+    const QList<EmailAddress> wanted = RecipientFields::addresses(headers, u"Reply-To");
+    return wanted.isEmpty() ? RecipientFields::addresses(headers, u"From") : wanted;
+}
+
+bool isSame(const QString& left, const QString& right)
+{
+    return Text::lowered(left) == Text::lowered(right);
+}
+
+/// Those of the addresses that aren't known yet, each once; they are known from then on.
+QList<EmailAddress> unknown(const QList<EmailAddress>& addresses, QSet<QString>& known)
+{
+    QList<EmailAddress> others;
+    for (const EmailAddress& address : addresses) {
+        const qsizetype before = known.size();
+        known.insert(Text::lowered(address.address));
+        if (known.size() > before)
+            others.append(address);
+    }
+    return others;
+}
+
+struct Answered {
+    QList<EmailAddress> to;
+    QList<EmailAddress> cc;
+};
+
+/// Whom a message of one's own went to.
+Answered formerRecipients(const MIMEHeaders& headers, const QString& ownAddress)
+{
+    QSet<QString> known{Text::lowered(ownAddress)};
+    Answered answered;
+    answered.to = unknown(RecipientFields::addresses(headers, u"To"), known);
+    answered.cc = unknown(RecipientFields::addresses(headers, u"Cc"), known);
+    return answered;
+}
+
+Answered answered(const MIMEHeaders& headers, const QString& ownAddress, Recipients recipients)
+{
+    if (recipients == Recipients::sender)
+        return {answeredTo(headers), {}};
+    const QList<EmailAddress> from = RecipientFields::addresses(headers, u"From");
+    const bool isOwn = !from.isEmpty() && isSame(from.first().address, ownAddress);
+    if (isOwn) {
+        const Answered former = formerRecipients(headers, ownAddress);
+        if (!former.to.isEmpty() || !former.cc.isEmpty())
+            return former;
+    }
+    QSet<QString> known{Text::lowered(ownAddress)};
+    Answered answered{answeredTo(headers), {}};
+    for (const EmailAddress& address : std::as_const(answered.to))
+        known.insert(Text::lowered(address.address));
+    answered.cc = unknown(
+        RecipientFields::addresses(headers, u"To") + RecipientFields::addresses(headers, u"Cc"), known);
+    return answered;
+}
+
+// --- The conversation
+
+/// The identifier as far as a header line can hold it.
+std::optional<QString> boundedID(const std::optional<QString>& id)
+{
+    return id && id->size() <= DraftGate::longestReference ? id : std::nullopt;
+}
+
+/// The beginning of the conversation and its latest messages (RFC 5322, 3.6.4).
+QList<QString> boundedReferences(QList<QString> references)
+{
+    references.removeIf(
+        [](const QString& reference) { return reference.size() > DraftGate::longestReference; });
+    const qsizetype excess = references.size() - DraftGate::mostReferences;
+    if (excess > 0)
+        references.remove(1, excess);
+    return references;
+}
+
+// --- Leaving
+
+[[noreturn]] void refuse(const QString& piece)
+{
+    throw MailError::unsupported(
+        tr("“%1” isn’t a valid email address.").arg(ShownText::line(piece, longestPiece)));
+}
+
+void expectRecipients(const QList<RecipientField::Piece>& pieces)
+{
+    const bool hasAny = std::ranges::any_of(
+        pieces, [](const RecipientField::Piece& piece) { return piece.address.has_value(); });
+    if (!hasAny)
+        throw MailError::unsupported(tr("Please specify at least one recipient."));
+    for (const RecipientField::Piece& piece : pieces) {
+        if (!piece.address || piece.address->address.isEmpty())
+            refuse(piece.text);
+        if (!AddressParser::isSendable(piece.address->address))
+            refuse(piece.address->address);
+    }
+}
+
+/// Cuts what was read of a field into those to whom mail can go, and the rest.
+QList<EmailAddress> recipients(const QList<RecipientField::Piece>& pieces, QString& unread)
+{
+    QList<EmailAddress> addresses;
+    QStringList rest;
+    for (const RecipientField::Piece& piece : pieces) {
+        if (piece.address && AddressParser::isSendable(piece.address->address))
+            addresses.append(*piece.address);
+        else
+            rest.append(piece.text);
+    }
+    unread = rest.join(u", "_s);
+    return addresses;
+}
+
+} // namespace
+
+ComposeDraft newMessage(const Setting& setting, const QString& to)
+{
+    ComposeDraft draft = emptyDraft(setting);
+    RecipientFields fields;
+    draft.to = fields.given(to);
+    draft.notices = fields.notices();
+    draft.body = setting.signature;
+    return draft;
+}
+
+ComposeDraft reply(const Setting& setting, const ParsedMessage& message, const QString& snippet,
+                   Recipients recipients)
+{
+    ComposeDraft draft = emptyDraft(setting);
+    const MIMEHeaders& headers = message.headers;
+    const Answered whom = answered(headers, setting.ownAddress, recipients);
+    RecipientFields fields;
+    draft.to = fields.written(whom.to);
+    draft.cc = fields.written(whom.cc);
+    draft.notices = fields.notices();
+    setSubject(draft, message, MessageComposer::replySubject);
+    const QList<EmailAddress> from = headers.from();
+    const std::optional<EmailAddress> sender = from.isEmpty() ? std::nullopt : std::optional(from.first());
+    const auto shown = [](const QString& text) { return ShownText::line(text, DraftGate::longestName); };
+    const std::optional<QString> name =
+        sender && sender->name ? std::optional(shown(*sender->name)) : std::nullopt;
+    const std::optional<QString> address = sender ? std::optional(shown(sender->address)) : std::nullopt;
+    draft.body = setting.signature +
+                 MessageComposer::quotedReply(quotable(message, snippet).text, name, address, headers.date());
+    draft.inReplyTo = boundedID(headers.messageID());
+    draft.references = headers.references();
+    if (draft.inReplyTo)
+        draft.references.append(*draft.inReplyTo);
+    draft.references = boundedReferences(draft.references);
+    return draft;
+}
+
+bool isCut(const ParsedMessage& message, const QString& snippet)
+{
+    return quotable(message, snippet).isCut;
+}
+
+ComposeDraft forward(const Setting& setting, const ParsedMessage& message, const QString& snippet,
+                     const std::optional<QByteArray>& raw)
+{
+    ComposeDraft draft = emptyDraft(setting);
+    setSubject(draft, message, MessageComposer::forwardSubject);
+    const DraftGate::Passed text = quotable(message, snippet);
+    draft.body = setting.signature + forwardHead(message.headers) + text.text;
+    draft.attachments = outgoingAttachments(message);
+    if (!text.isCut || !raw)
+        return draft;
+    const QString filename = savedName(message.headers.subject());
+    draft.attachments.append({QUuid::createUuid(), filename, u"application/octet-stream"_s, *raw});
+    draft.notices.append(
+        tr("The message is too long to be shown whole, and is attached as well: “%1”.").arg(filename));
+    return draft;
+}
+
+ComposeDraft storedDraft(const Setting& setting, const ParsedMessage& message, const QString& messageID)
+{
+    ComposeDraft draft = emptyDraft(setting);
+    const MIMEHeaders& headers = message.headers;
+    RecipientFields fields;
+    const auto field = [&](QStringView name, QLatin1StringView unread) {
+        return fields.resumed(headers.value(name).value_or(QString()),
+                              RecipientField::restored(headers.value(QString(unread)).value_or(QString())));
+    };
+    draft.to = field(u"To", MessageComposer::unreadToField);
+    draft.cc = field(u"Cc", MessageComposer::unreadCcField);
+    draft.bcc = field(u"Bcc", MessageComposer::unreadBccField);
+    draft.notices = fields.notices();
+    setSubject(draft, message, [](const QString& subject) { return subject; });
+    bool isWhole = draft.notices.isEmpty();
+
+    const QString rest = tr("[The rest of the draft is left out.]");
+    const DraftGate::Passed body = DraftGate::text(plainText(message, {}), rest);
+    draft.body = body.text;
+    if (message.htmlBody) {
+        // As the editor may load it: nothing in it loads anything.
+        const SanitizedHTML sanitized = HTMLSanitizer::sanitize(*message.htmlBody, {});
+        const DraftGate::Passed html = DraftGate::html(sanitized.document, rest);
+        draft.initialHTML = html.text;
+        draft.isRichText = true;
+        isWhole = isWhole && html.isWhole();
+    } else {
+        isWhole = isWhole && body.isWhole();
+    }
+    draft.inReplyTo = boundedID(trimmedHeader(headers, u"In-Reply-To"));
+    draft.references = boundedReferences(headers.references());
+    draft.attachments = outgoingAttachments(message);
+    if (isWhole)
+        draft.draftMessageID = messageID;
+    else
+        draft.notices.append(
+            tr("This is a copy of a draft that is more than a window can take. Saving it leaves "
+               "the draft as it is."));
+    return draft;
+}
+
+bool isForeign(const ComposeDraft& draft)
+{
+    return !draft.originAccountID.isNull() && draft.originAccountID != draft.accountID;
+}
+
+OutgoingMessage outgoing(const ComposeDraft& draft, const Account& account, Purpose purpose)
+{
+    const QList<RecipientField::Piece> to = RecipientField::read(draft.to);
+    const QList<RecipientField::Piece> cc = RecipientField::read(draft.cc);
+    const QList<RecipientField::Piece> bcc = RecipientField::read(draft.bcc);
+    if (purpose == Purpose::send)
+        expectRecipients(to + cc + bcc);
+    OutgoingMessage message;
+    message.to = recipients(to, message.unread.to);
+    message.cc = recipients(cc, message.unread.cc);
+    message.bcc = recipients(bcc, message.unread.bcc);
+    message.from = EmailAddress(account.displayName, account.email);
+    message.subject = draft.subject;
+    message.body = draft.body;
+    if (draft.isRichText)
+        message.htmlBody = draft.initialHTML;
+    message.attachments = draft.attachments;
+    message.inReplyTo = draft.inReplyTo;
+    message.references = draft.references;
+    if (!isForeign(draft))
+        message.threadID = draft.threadID;
+    return message;
+}
+
+} // namespace Larkhaven::Writing
