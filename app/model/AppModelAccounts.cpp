@@ -1,5 +1,6 @@
 #include "domain/Coding.h"
 #include "domain/MailError.h"
+#include "domain/Text.h"
 #include "model/AppModel.h"
 #include "platform/Tasks.h"
 #include "providers/IMAPProvider.h"

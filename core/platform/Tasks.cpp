@@ -2,6 +2,8 @@
 
 #include "platform/Wakeup.h"
 
+#include <QThread>
+
 #include <algorithm>
 
 namespace Larkhaven {
@@ -21,6 +23,19 @@ Task<> guarded(Task<> task, FailureGate gate)
 }
 
 } // namespace
+
+QThreadPool& workers()
+{
+    // A keyring that asks the user holds one thread for as long as they think.
+    constexpr int fewest = 4;
+    static QThreadPool pool;
+    static const bool isSet = [] {
+        pool.setMaxThreadCount(std::max(fewest, QThread::idealThreadCount()));
+        return true;
+    }();
+    Q_UNUSED(isSet);
+    return pool;
+}
 
 void spawn(Task<> task, FailureGate gate)
 {

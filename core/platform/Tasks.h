@@ -55,11 +55,15 @@ Task<std::invoke_result_t<Work>> runOn(QThreadPool* pool, Work work)
         co_return std::move(*outcome->value);
 }
 
+/// The worker threads of the process. Not Qt's own pool, in which windows are painted: they would wait behind
+/// whatever is parsed.
+QThreadPool& workers();
+
 /// `runOn` the shared worker threads of the process: for parsing, sanitising, sealing, encoding.
 template <typename Work>
 Task<std::invoke_result_t<Work>> runOnWorker(Work work)
 {
-    return runOn(QThreadPool::globalInstance(), std::move(work));
+    return runOn(&workers(), std::move(work));
 }
 
 /// What became of a task: its result, or its failure.

@@ -241,8 +241,12 @@ TEST(AppModelKeychain, HasNoCacheWithAKeyOfAnotherLengthAndLeavesIt)
 TEST(AppModelStart, UnlocksTheKeychainAndListsTheMailboxOnScreen)
 {
     ModelFixture fixture;
+    fixture.provider().hold(u"listMessages"_s);
     Begun<void> beginning(fixture.model().begin());
     EXPECT_TRUE(fixture.model().isLoading());
+    ASSERT_TRUE(waitUntil([&fixture] { return !fixture.provider().pending().isEmpty(); }));
+    EXPECT_TRUE(fixture.model().isLoading());
+    fixture.provider().completeAll();
     beginning.get();
     EXPECT_EQ(fixture.provider().calls(u"listMessages"_s).size(), 1);
     EXPECT_FALSE(fixture.model().isLoading());
