@@ -69,14 +69,15 @@ public:
     virtual Task<> moveToLabel(QList<QString> ids, MailLabel label) = 0;
 
     /// Submits the message, blind copies included, which no recipient sees. The draft `draftID`, if there is
-    /// one, is replaced by the sent message. The message goes out under its `messageID`, or a fresh one, and so
-    /// does the copy of it in the Sent mailbox. Whatever fails after the service has taken the message is not
-    /// told: a failure means that the user may try again, after a look for the message (`wasSent`) where the
-    /// failure is a `MailError` that `mayHaveBeenSent`.
+    /// one, is replaced by the sent message. The message goes out under its `messageID`, or a fresh one, and
+    /// so does the copy of it in the Sent mailbox. Whatever fails after the service has taken the message is
+    /// not told: a failure means that the user may try again, after a look for the message (`wasSent`) where
+    /// the failure is a `MailError` that `mayHaveBeenSent`.
     virtual Task<> send(OutgoingMessage message, std::optional<QString> draftID) = 0;
-    /// Whether a message of this Message-ID, given without angle brackets, lies in the Sent mailbox; false where
-    /// there is no such mailbox. That it lies there proves that it was sent, that it doesn't proves nothing: the
-    /// copy may be missing, or on its way. What can't be learned is thrown, never taken for absence.
+    /// Whether a message of this Message-ID, given without angle brackets, lies in the Sent mailbox; false
+    /// where there is no such mailbox. That it lies there proves that it was sent, that it doesn't proves
+    /// nothing: the copy may be missing, or on its way. What can't be learned is thrown, never taken for
+    /// absence.
     virtual Task<bool> wasSent(QString messageID) = 0;
     /// Stores the message as a draft, replacing the draft `draftID` if one is given.
     virtual Task<> saveDraft(OutgoingMessage message, std::optional<QString> draftID) = 0;

@@ -114,7 +114,10 @@ const QString& statusItems()
 /// STATUS commands that are in flight, and their answers.
 class PendingStatuses {
 public:
-    void add(const QString& tag, const QString& mailbox) { m_commands.append({tag, mailbox, IMAPClient::Status(), false}); }
+    void add(const QString& tag, const QString& mailbox)
+    {
+        m_commands.append({tag, mailbox, IMAPClient::Status(), false});
+    }
     bool isDone() const { return m_answered == m_commands.size(); }
     void take(const IMAPResponse& response)
     {
