@@ -34,6 +34,10 @@ public:
             m_reached();
         co_return chunk;
     }
+    void setReceiveTimeout(std::chrono::milliseconds timeout) override
+    {
+        m_transport->setReceiveTimeout(timeout);
+    }
     Task<> startTLS() override { return m_transport->startTLS(); }
     void close() override { m_transport->close(); }
 

@@ -29,6 +29,10 @@ public:
 
     Task<> send(QByteArray data) override;
     Task<QByteArray> receive() override { return m_transport->receive(); }
+    void setReceiveTimeout(std::chrono::milliseconds timeout) override
+    {
+        m_transport->setReceiveTimeout(timeout);
+    }
     Task<> startTLS() override { return m_transport->startTLS(); }
     void close() override { m_transport->close(); }
 
