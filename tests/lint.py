@@ -37,6 +37,32 @@ def returned_references(text):
 FOLDING = re.compile(r"\b(toLower|toUpper|toCaseFolded)\(")
 FOLDING_HELPER = "core/domain/Text.cpp"
 
+# Where text comes to the screen outside the sandbox, and what an untrusted peer may have written of it.
+SINK = re.compile(
+    r"(?<![\w:])((?:set(?:WindowTitle|ToolTip|StatusTip|WhatsThis|Text|Title|AccessibleName|AccessibleDescription)"
+    r"|addAction|addItem|QLabel|QStandardItem|QListWidgetItem)\()"
+)
+UNTRUSTED = re.compile(
+    r"\b(subject|filename|fileName|displayName|address|addresses|path|snippet|nickname|title|name|email|label"
+    r"|notices?)\b"
+)
+CLEANED = "DisplayText::"
+# Calls that must take the text as it is: what the user edits and gets back, and names that are our own.
+TAKEN_AS_IT_IS = {
+    "app/views/ComposeView.cpp": ["draft.subject"],  # a field; drafts pass the gate
+    "app/views/IMAPSetupView.cpp": [
+        "account->displayName.value_or(QString())",  # fields of the user's own settings
+        "account->email",
+        "title + u' ' + tr()",  # "Incoming", "Outgoing"
+        "label(security), QVariant::fromValue(static_cast<int>(security))",
+    ],
+    "app/views/ComposeRow.cpp": ["label", "name.remove(u':')"],  # "To:", "Subject:"
+    "app/views/ComposeEditorController.cpp": ["name"],  # a language, as the system names it
+    "app/views/EmptyStateView.cpp": ["state.title"],  # one of our own sentences
+    "app/views/FormatBar.cpp": ["label"],  # "Bold"
+    "app/views/MessageHeaderBlock.cpp": ["name"],  # "From:"
+}
+
 
 def sources(root):
     found = []
@@ -59,6 +85,34 @@ def folding_faults(path, name, text):
     return len(found)
 
 
+def argument_at(text, start):
+    """The argument list that begins behind the bracket before `start`, without string literals."""
+    depth, end = 1, start
+    while depth and end < len(text):
+        depth += {"(": 1, ")": -1}.get(text[end], 0)
+        end += 1
+    return re.sub(r'"(?:[^"\\]|\\.)*"(?:_s|_L1)?', "", text[start : end - 1])
+
+
+def sink_faults(path, name, text):
+    if not name.startswith("app/views/"):
+        return 0
+    faults = 0
+    for match in SINK.finditer(text):
+        argument = " ".join(argument_at(text, match.end()).split())
+        # What a slot of an action does is no text.
+        shown = re.sub(r"\[[^\]]*\](?:\s*\([^)]*\))?\s*\{.*", "", argument)
+        is_copied = text[: match.start()].endswith("clipboard()->")
+        is_declared = re.match(r"(?:const\s|\w+[*&] \w+,)", argument)
+        if is_copied or is_declared or CLEANED in shown or not UNTRUSTED.search(shown):
+            continue
+        if argument in TAKEN_AS_IT_IS.get(name, []):
+            continue
+        report(path, text, match, f"untrusted text passes DisplayText first: {argument[:60]}")
+        faults += 1
+    return faults
+
+
 def main():
     root = pathlib.Path(sys.argv[1])
     files = sources(root)
@@ -72,7 +126,9 @@ def main():
         for place, fault in found:
             print(f"{path}:{text.count(chr(10), 0, place) + 1}: {fault}")
             faults += 1
-        faults += folding_faults(path, path.relative_to(root).as_posix(), text)
+        name = path.relative_to(root).as_posix()
+        faults += folding_faults(path, name, text)
+        faults += sink_faults(path, name, text)
     layout = subprocess.run(["clang-format", "--dry-run", "-Werror", *map(str, files)], check=False, timeout=300)
     if faults or layout.returncode != 0:
         sys.exit(1)

@@ -47,9 +47,11 @@ AddressLabel::AddressLabel(QWidget* parent)
 void AddressLabel::setAddresses(const QList<EmailAddress>& addresses, const QString& placeholder)
 {
     m_addresses = addresses;
-    setText(addresses.isEmpty() ? placeholder : joined(addresses, [](const EmailAddress& address) {
+    const QString names = joined(addresses, [](const EmailAddress& address) {
         return DisplayText::bounded(address.displayName(), longestName);
-    }));
+    });
+    constexpr qsizetype longest = shownAddresses * (longestName + 3);
+    setText(addresses.isEmpty() ? placeholder : DisplayText::bounded(names, longest));
     setToolTip(DisplayText::toolTip(joined(addresses, mailbox)));
 }
 

@@ -3,6 +3,7 @@
 #include "domain/Text.h"
 #include "format/MailEncoding.h"
 #include "format/MessageComposer.h"
+#include "format/RecipientField.h"
 
 #include <algorithm>
 
@@ -12,10 +13,16 @@ namespace Larkhaven::AddressTokens {
 
 namespace {
 
-/// The text before the token; empty or ending in a comma.
+bool isSeparator(QChar character)
+{
+    return character == u',' || character == u';' || Text::isLineEnd(character);
+}
+
+/// The text before the token; empty or ending in a separator.
 QStringView before(const QString& text)
 {
-    return QStringView(text).first(text.lastIndexOf(u',') + 1);
+    const auto last = std::find_if(text.crbegin(), text.crend(), isSeparator);
+    return QStringView(text).first(text.crend() - last);
 }
 
 QStringView withoutName(QStringView piece)
@@ -25,27 +32,27 @@ QStringView withoutName(QStringView piece)
     return close < 0 ? piece : piece.sliced(open + 1, close - open - 1);
 }
 
-/// The pieces between commas, but for those within quotes.
-QStringList pieces(QStringView text)
+/// The piece with the quote or the comments closed that it leaves open: they must not take in what follows.
+QString closed(const QString& piece)
 {
-    QStringList result;
-    QString piece;
     bool isQuoted = false;
-    for (qsizetype index = 0; index < text.size(); ++index) {
-        const QChar character = text[index];
-        if (character == u',' && !isQuoted) {
-            result.append(std::exchange(piece, QString()).trimmed());
+    bool isEscaped = false;
+    qsizetype depth = 0;
+    for (const QChar character : piece) {
+        if (isEscaped) {
+            isEscaped = false;
             continue;
         }
-        piece += character;
-        if (isQuoted && character == u'\\' && index + 1 < text.size())
-            piece += text[++index];
-        else if (character == u'"')
+        isEscaped = character == u'\\' && (isQuoted || depth > 0);
+        if (character == u'"' && depth == 0)
             isQuoted = !isQuoted;
+        else if (character == u'(' && !isQuoted)
+            ++depth;
+        else if (character == u')' && !isQuoted)
+            depth = std::max<qsizetype>(depth - 1, 0);
     }
-    result.append(piece.trimmed());
-    result.removeAll(QString());
-    return result;
+    return piece + (isEscaped ? u"\\"_s : QString()) + (isQuoted ? u"\""_s : QString()) +
+           QString(depth, u')');
 }
 
 } // namespace
@@ -58,10 +65,13 @@ QString token(const QString& text)
 QSet<QString> addresses(const QString& text)
 {
     QSet<QString> result;
-    for (const QStringView piece : before(text).tokenize(u',')) {
-        const QString address = Text::lowered(withoutName(piece).trimmed());
+    QStringView rest = before(text);
+    while (!rest.isEmpty()) {
+        const qsizetype end = std::find_if(rest.begin(), rest.end(), isSeparator) - rest.begin();
+        const QString address = Text::lowered(withoutName(rest.first(end)).trimmed());
         if (!address.isEmpty())
             result.insert(address);
+        rest = rest.sliced(std::min(end + 1, rest.size()));
     }
     return result;
 }
@@ -79,7 +89,9 @@ QString written(const ContactSuggestion& suggestion)
 
 QString taking(const QString& text, const ContactSuggestion& suggestion)
 {
-    QStringList all = pieces(before(text));
+    QStringList all;
+    for (const RecipientField::Piece& piece : RecipientField::read(before(text)))
+        all.append(closed(piece.text));
     all.append(written(suggestion));
     return all.join(u", "_s) + u", "_s;
 }

@@ -8,7 +8,7 @@
 /// The text of an address field while it is typed. Pure functions, linear in the text.
 namespace Larkhaven::AddressTokens {
 
-/// What is being typed: the text after the last comma, trimmed.
+/// What is being typed: the text after the last comma, semicolon or line end, trimmed.
 QString token(const QString& text);
 
 /// The addresses before it, in lower case.
@@ -18,7 +18,8 @@ QSet<QString> addresses(const QString& text);
 /// address.
 QString written(const ContactSuggestion& suggestion);
 
-/// The text with the suggestion in place of the token, ready for the next address.
+/// The text with the suggestion in place of the token, ready for the next address. A quote or a comment that
+/// is open before it is closed first.
 QString taking(const QString& text, const ContactSuggestion& suggestion);
 
 } // namespace Larkhaven::AddressTokens

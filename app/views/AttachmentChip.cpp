@@ -28,13 +28,12 @@ QIcon fileIcon(const QString& filename, const QString& mimeType)
 
 AttachmentChip::AttachmentChip(const QString& filename, const QString& mimeType, qint64 size, QWidget* parent)
     : QAbstractButton(parent)
-    , m_filename(filename)
+    , m_filename(DisplayText::bounded(filename))
     , m_size(RowText::size(size))
     , m_icon(fileIcon(filename, mimeType))
 {
-    QString mnemonicFree = u"%1 (%2)"_s.arg(filename, m_size);
-    setText(mnemonicFree.replace(u'&', u"&&"_s));
-    setAccessibleName(u"%1 (%2)"_s.arg(filename, m_size));
+    setText(DisplayText::menuItem(u"%1 (%2)"_s.arg(m_filename, m_size)));
+    setAccessibleName(DisplayText::bounded(u"%1 (%2)"_s.arg(m_filename, m_size)));
     setToolTip(DisplayText::toolTip(tr("Save %1").arg(filename)));
     setAttribute(Qt::WA_Hover);
     setCursor(Qt::PointingHandCursor);

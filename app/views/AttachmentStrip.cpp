@@ -3,6 +3,7 @@
 #include "format/MessageComposer.h"
 #include "views/AttachmentChip.h"
 #include "views/ComposeFiles.h"
+#include "views/DisplayText.h"
 #include "views/FlatButton.h"
 #include "views/FlowLayout.h"
 #include "views/Style.h"
@@ -49,7 +50,7 @@ QWidget* AttachmentStrip::makeItem(const OutgoingAttachment& attachment)
 {
     auto* const item = new QWidget;
     auto* const chip = new AttachmentChip(attachment.filename, attachment.mimeType, attachment.data.size());
-    chip->setToolTip(attachment.filename.toHtmlEscaped());
+    chip->setToolTip(DisplayText::toolTip(attachment.filename));
     chip->setFocusPolicy(Qt::NoFocus);
     chip->setCursor(Qt::ArrowCursor);
     chip->setAttribute(Qt::WA_TransparentForMouseEvents);

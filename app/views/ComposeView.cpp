@@ -9,6 +9,7 @@
 #include "views/ComposeFiles.h"
 #include "views/ComposeRow.h"
 #include "views/ComposeToolbar.h"
+#include "views/DisplayText.h"
 #include "views/FormatBar.h"
 #include "views/Picker.h"
 #include "views/PlainAlert.h"
@@ -198,8 +199,9 @@ void ComposeView::fillAccounts()
     m_accounts->clear();
     for (const Account& account : m_model.accounts()) {
         const QString name = account.displayName.value_or(QString());
-        m_accounts->addItem(name.isEmpty() ? account.email : u"%1 <%2>"_s.arg(name, account.email),
-                            account.id);
+        m_accounts->addItem(
+            DisplayText::bounded(name.isEmpty() ? account.email : u"%1 <%2>"_s.arg(name, account.email)),
+            account.id);
     }
     const bool isLost = m_accounts->findData(m_draft.accountID) < 0 && m_accounts->count() > 0;
     if (isLost) {

@@ -19,12 +19,6 @@ bool isShown(const AppModel& model, Mailbox role)
     return model.sidebarSelection() && model.sidebarSelection()->ref == MailboxRef::system(role);
 }
 
-/// A title that holds words of strangers: "&" would mark a key.
-QString literal(const QString& text)
-{
-    return DisplayText::bounded(text).replace(u'&', u"&&"_s);
-}
-
 QAction* named(QAction* action, const char* name)
 {
     action->setObjectName(QLatin1StringView(name));
@@ -73,22 +67,22 @@ void MessageActions::fill(QMenu& menu) const
 
 void MessageActions::add(QMenu& menu, const char* name, const QString& title, Action action) const
 {
-    QObject::connect(named(menu.addAction(title), name), &QAction::triggered, &m_model,
+    QObject::connect(named(menu.addAction(DisplayText::menuItem(title)), name), &QAction::triggered, &m_model,
                      [&model = m_model, items = m_items, action] { (model.*action)(items); });
 }
 
 void MessageActions::addOpening(QMenu& menu) const
 {
     const QString title = isIn(Mailbox::drafts) ? QMenu::tr("Edit Draft") : QMenu::tr("Open");
-    QObject::connect(named(menu.addAction(title), "open"), &QAction::triggered, &m_model,
-                     [&model = m_model, row = m_items.first()] { open(model, row); });
+    QObject::connect(named(menu.addAction(DisplayText::menuItem(title)), "open"), &QAction::triggered,
+                     &m_model, [&model = m_model, row = m_items.first()] { open(model, row); });
 }
 
 void MessageActions::addWriting(QMenu& menu) const
 {
     const auto addAnswer = [&](const char* name, const QString& title, const auto& flow) {
-        QObject::connect(named(menu.addAction(title), name), &QAction::triggered, &m_model,
-                         [&model = m_model, row = m_items.first(), flow] {
+        QObject::connect(named(menu.addAction(DisplayText::menuItem(title)), name), &QAction::triggered,
+                         &m_model, [&model = m_model, row = m_items.first(), flow] {
                              model.start(flow(model, row), row.accountID);
                          });
     };
@@ -130,7 +124,7 @@ void MessageActions::addMoveMenu(QMenu& menu) const
     QMenu* const targets = menu.addMenu(QMenu::tr("Move To"));
     targets->setObjectName("moveTo"_L1);
     const auto addTarget = [&](const MailboxRef& target, const QString& title) {
-        QObject::connect(targets->addAction(literal(title)), &QAction::triggered, &m_model,
+        QObject::connect(targets->addAction(DisplayText::menuItem(title)), &QAction::triggered, &m_model,
                          [&model = m_model, items = m_items, target] { model.move(items, target); });
     };
     for (const Mailbox role : moveTargets)
@@ -150,7 +144,7 @@ void MessageActions::addLabelMenu(QMenu& menu) const
     for (const MailLabel& label : labels) {
         const bool isOnAll = std::ranges::all_of(
             m_items, [&label](const MessageSummary& row) { return row.labelIDs.contains(label.id); });
-        QAction* const toggle = marks->addAction(literal(label.path));
+        QAction* const toggle = marks->addAction(DisplayText::menuItem(label.path));
         toggle->setCheckable(true);
         toggle->setChecked(isOnAll);
         QObject::connect(

@@ -97,7 +97,7 @@ QVariant MessageTableModel::data(const QModelIndex& index, int role) const
     switch (role) {
     case Qt::DisplayRole:
     case Qt::AccessibleTextRole:
-        return text(index.row(), column);
+        return DisplayText::bounded(text(index.row(), column));
     case Qt::ToolTipRole:
         // Plain text, whatever a stranger wrote into it.
         return DisplayText::toolTip(toolTip(index.row(), column));

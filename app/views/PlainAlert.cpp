@@ -34,7 +34,7 @@ QPushButton* addDestructiveButton(QMessageBox& alert, const QString& text, QMess
 
 void setPlainText(QMessageBox& alert, const QString& text)
 {
-    alert.setInformativeText(DisplayText::bounded(text));
+    alert.setInformativeText(DisplayText::lines(text));
     if (auto* const label = alert.findChild<QLabel*>("qt_msgbox_informativelabel"_L1))
         label->setTextFormat(Qt::PlainText);
 }

@@ -214,8 +214,7 @@ void SidebarView::fillMenu(QMenu& menu, const QModelIndex& index)
         return;
     const QString noun = AppModel::labelNoun(account->provider);
     const auto add = [&](const char* name, const QString& title, const auto& action) {
-        menu.addAction(DisplayText::bounded(title).replace(u'&', u"&&"_s), this, action)
-            ->setObjectName(QLatin1StringView(name));
+        menu.addAction(DisplayText::menuItem(title), this, action)->setObjectName(QLatin1StringView(name));
     };
     const QUuid accountID = account->id;
     add("newLabel", tr("New %1…").arg(noun), [this, accountID] { m_model.beginCreateLabel(accountID); });

@@ -1,5 +1,6 @@
 #include "views/SignInBanner.h"
 
+#include "views/DisplayText.h"
 #include "views/Style.h"
 
 #include <QHBoxLayout>
@@ -51,7 +52,7 @@ void SignInBanner::update()
     const bool isNeeded = account && m_model.needsReauth().contains(account->id);
     setVisible(isNeeded);
     if (isNeeded)
-        m_text->setText(tr("%1 needs to sign in again.").arg(account->title()));
+        m_text->setText(tr("%1 needs to sign in again.").arg(DisplayText::bounded(account->title())));
     m_button->setEnabled(!m_model.isSigningIn());
 }
 

@@ -1,5 +1,6 @@
 #include "views/SuggestionList.h"
 
+#include "views/DisplayText.h"
 #include "views/Style.h"
 
 #include <QPainter>
@@ -126,10 +127,11 @@ void SuggestionList::setSuggestions(const QList<ContactSuggestion>& suggestions,
     clear();
     for (const ContactSuggestion& suggestion : suggestions) {
         auto* const item = new QListWidgetItem(this);
-        item->setData(nameRole, suggestion.name);
-        item->setData(emailRole, suggestion.email);
+        item->setData(nameRole, DisplayText::bounded(suggestion.name));
+        item->setData(emailRole, DisplayText::bounded(suggestion.email));
         item->setData(queryRole, query);
-        item->setData(Qt::AccessibleTextRole, u"%1 %2"_s.arg(suggestion.name, suggestion.email));
+        item->setData(Qt::AccessibleTextRole,
+                      DisplayText::bounded(u"%1 %2"_s.arg(suggestion.name, suggestion.email)));
     }
     updateGeometry();
 }

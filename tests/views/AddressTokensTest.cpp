@@ -1,6 +1,6 @@
 #include "views/AddressTokens.h"
 
-#include "format/AddressParser.h"
+#include "format/RecipientField.h"
 #include "support/QtPrinters.h"
 
 #include <gtest/gtest.h>
@@ -16,6 +16,8 @@ TEST(AddressTokens, TheTokenIsTheTextAfterTheLastCommaTrimmed)
     EXPECT_EQ(AddressTokens::token(u" ann "_s), u"ann"_s);
     EXPECT_EQ(AddressTokens::token(u"a@x,  bo b "_s), u"bo b"_s);
     EXPECT_EQ(AddressTokens::token(u"a@x, "_s), u""_s);
+    EXPECT_EQ(AddressTokens::token(u"a@x; ann"_s), u"ann"_s);
+    EXPECT_EQ(AddressTokens::token(u"a@x\nann"_s), u"ann"_s);
 }
 
 TEST(AddressTokens, TheOtherPiecesAreAddressesInLowerCase)
@@ -38,15 +40,36 @@ TEST(AddressTokens, TakingASuggestionKeepsThePiecesBeforeIt)
     EXPECT_EQ(AddressTokens::taking(u"an"_s, {u""_s, u"ann@x"_s}), u"ann@x, "_s);
 }
 
+TEST(AddressTokens, EverySeparatorEndsAPiece)
+{
+    EXPECT_EQ(AddressTokens::addresses(u"A@X; b@y\nC@Z\r\nd"_s),
+              QSet<QString>({u"a@x"_s, u"b@y"_s, u"c@z"_s}));
+    EXPECT_EQ(AddressTokens::taking(u"a@x; b@y\nan"_s, {u"Ann"_s, u"ann@x"_s}), u"a@x, b@y, Ann <ann@x>, "_s);
+}
+
+TEST(AddressTokens, ASuggestionIsTakenOutsideOfWhatIsLeftOpen)
+{
+    const ContactSuggestion ann{u"Ann Smith"_s, u"ann@x"_s};
+    EXPECT_EQ(AddressTokens::taking(u"\"Berg, an"_s, ann), u"\"Berg\", Ann Smith <ann@x>, "_s);
+    EXPECT_EQ(AddressTokens::taking(u"\"Berg, c@x, an"_s, ann), u"\"Berg\", c@x, Ann Smith <ann@x>, "_s);
+    EXPECT_EQ(AddressTokens::taking(u"\"Berg\\, an"_s, ann), u"\"Berg\\\\\", Ann Smith <ann@x>, "_s);
+    EXPECT_EQ(AddressTokens::taking(u"b@x (Berg (x, an"_s, ann), u"b@x (Berg (x)), Ann Smith <ann@x>, "_s);
+    for (const QString& open : {u"\"Berg, an"_s, u"\"B\\, an"_s, u"b@x (B, an"_s, u"B <b, an"_s}) {
+        const auto pieces = RecipientField::read(AddressTokens::taking(open, {u"A (x) \"y\""_s, u"ann@x"_s}));
+        ASSERT_EQ(pieces.size(), 2) << open.toStdString();
+        EXPECT_EQ(pieces[1].address, EmailAddress(u"A (x) \"y\""_s, u"ann@x"_s)) << open.toStdString();
+    }
+}
+
 TEST(AddressTokens, NamesThatNeedItAreQuotedAndReadBackAsTheyWere)
 {
     for (const QString& name :
          {u"Smith, Ann"_s, uR"(Ann "A" O\Brien)"_s, u"Dr. A <b>"_s, u"a;b:c@d"_s, u"(x) [y]"_s}) {
         const QString written = AddressTokens::written({name, u"a@x"_s});
         EXPECT_TRUE(written.startsWith(u'"')) << written.toStdString();
-        const auto read = AddressParser::parseList(written);
+        const auto read = RecipientField::read(written);
         ASSERT_EQ(read.size(), 1) << written.toStdString();
-        EXPECT_EQ(read.constFirst().address, u"a@x"_s);
+        EXPECT_EQ(read.constFirst().address, EmailAddress(name, u"a@x"_s)) << written.toStdString();
     }
     EXPECT_EQ(AddressTokens::written({u"Smith, Ann"_s, u"a@x"_s}), u"\"Smith, Ann\" <a@x>"_s);
     EXPECT_EQ(AddressTokens::written({uR"(Ann "A" O\Brien)"_s, u"a@x"_s}),
