@@ -18,6 +18,7 @@ inline constexpr qsizetype mostCharacters = 250'000; ///< of a text, in UTF-16 u
 inline constexpr qsizetype mostLines = 10'000;
 inline constexpr qsizetype mostEffort = 250'000;
 inline constexpr qsizetype longestLine = 10'000;      ///< in units of effort
+inline constexpr qsizetype longestBlock = 50'000;     ///< of a document, in units of effort
 inline constexpr qsizetype longestRun = 5'000;        ///< without a space, in UTF-16 units
 inline constexpr int mostMarks = 16;                  ///< on one letter
 inline constexpr qsizetype mostHTML = 4'000'000;      ///< of a document with its tags, in UTF-16 units

@@ -16,10 +16,10 @@ namespace Larkhaven::DraftGate {
 namespace {
 
 // The effort of laying out an element, in units of one plain letter, as measured with Qt 6.4.
-constexpr qsizetype effortOfBlock = 30;
-constexpr qsizetype effortOfInline = 80;
-constexpr qsizetype effortOfItem = 100;
-constexpr qsizetype effortOfCell = 200;
+constexpr qsizetype effortOfBlock = 40;
+constexpr qsizetype effortOfInline = 160;
+constexpr qsizetype effortOfItem = 120;
+constexpr qsizetype effortOfCell = 350;
 constexpr qsizetype effortOfImage = 200;
 
 constexpr std::array cellTags{"table"_L1, "td"_L1, "th"_L1};
@@ -78,11 +78,12 @@ private:
                 character == U' ' || character == U'\n' || character == U'\r' || character == U'\t';
             if (keepsSpace && character == U'\n') {
                 kept += u'\n';
-                m_hasEnded = !m_bounds.endLine();
+                m_hasEnded = !m_bounds.breakLine();
             } else if (isSpace && !keepsSpace) {
                 if (!std::exchange(m_endsInSpace, true))
-                    kept += u' ';
-                continue;
+                    addCharacter(U' ', kept);
+                if (!m_hasEnded)
+                    continue;
             } else {
                 addCharacter(character, kept);
             }
@@ -106,7 +107,8 @@ private:
             m_isBroken = true;
             write(kept);
             kept.clear();
-            m_out += "<br>"_L1;
+            // A line break would leave it one paragraph to lay out.
+            m_out += "<p>"_L1;
             break;
         case TextBounds::Verdict::keep:
             break;
@@ -194,6 +196,8 @@ private:
         m_endsInSpace = true;
         if (isOneOf(name, rowTags))
             return true;
+        if (name == "br"_L1)
+            return m_bounds.breakLine() && m_bounds.spend(effortOfBlock / 4);
         if (!m_bounds.endLine())
             return false;
         if (isOneOf(name, cellTags))
@@ -240,7 +244,10 @@ private:
                                         [name](const Element& element) { return element.name == name; });
         if (found == m_open.rend())
             return;
-        m_endsInSpace = m_endsInSpace || !isOneOf(name, inlineTags);
+        if (!isOneOf(name, inlineTags)) {
+            m_endsInSpace = true;
+            m_bounds.beginParagraph();
+        }
         if (found->isWritten)
             m_out += "</"_L1 + name.toString() + u'>';
         m_tableLevels -= name == "table"_L1 ? 1 : 0;

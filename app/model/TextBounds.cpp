@@ -11,12 +11,14 @@ namespace Larkhaven {
 
 namespace {
 
-constexpr qsizetype effortOfMark = 4;
-constexpr qsizetype effortOfFormat = 12;
-constexpr qsizetype effortOfJoiner = 60;
-constexpr qsizetype effortOfJamo = 12;
-constexpr qsizetype effortOfUnknown = 24;
-constexpr qsizetype effortOfChange = 8;
+constexpr qsizetype effortOfMark = 6;
+constexpr qsizetype effortOfFurtherMark = 12;
+constexpr int usualMarks = 2; ///< on one letter
+constexpr qsizetype effortOfFormat = 24;
+constexpr qsizetype effortOfJoiner = 240;
+constexpr qsizetype effortOfJamo = 40; ///< of one that begins a syllable behind another
+constexpr qsizetype effortOfUnknown = 150;
+constexpr qsizetype effortOfChange = 16;
 constexpr qsizetype effortOfChangeWithinEastAsia = 3;
 /// A line that is nearly full is broken at its next space.
 constexpr qsizetype nearlyFull = DraftGate::longestLine * 9 / 10;
@@ -27,10 +29,10 @@ bool isEastAsian(UScriptCode script)
            script == USCRIPT_HANGUL || script == USCRIPT_BOPOMOFO;
 }
 
-bool isJamo(char32_t character)
+bool isLeadingJamo(char32_t character)
 {
     const int type = u_getIntPropertyValue(static_cast<UChar32>(character), UCHAR_HANGUL_SYLLABLE_TYPE);
-    return type == U_HST_LEADING_JAMO || type == U_HST_VOWEL_JAMO || type == U_HST_TRAILING_JAMO;
+    return type == U_HST_LEADING_JAMO;
 }
 
 bool isMark(char32_t character)
@@ -51,7 +53,20 @@ bool endsRun(char32_t character)
 
 } // namespace
 
+void TextBounds::beginParagraph()
+{
+    m_blockEffort = 0;
+    m_lineEffort = 0;
+    m_run = 0;
+}
+
 bool TextBounds::endLine()
+{
+    beginParagraph();
+    return breakLine();
+}
+
+bool TextBounds::breakLine()
 {
     m_lineEffort = 0;
     m_run = 0;
@@ -79,11 +94,13 @@ TextBounds::Verdict TextBounds::next(char32_t character)
     if (m_characters > DraftGate::mostCharacters || !spend(weight))
         return Verdict::end;
     const bool isTooLong = m_lineEffort + weight > DraftGate::longestLine ||
-                           m_run + units > DraftGate::longestRun || m_isBreakDue;
+                           m_run + units > DraftGate::longestRun || m_isBreakDue ||
+                           m_blockEffort + weight > DraftGate::longestBlock;
     const bool isBroken = isTooLong && !isOnLetter;
     if (isBroken && !endLine())
         return Verdict::end;
     m_lineEffort += weight;
+    m_blockEffort += weight;
     const bool isEnd = endsRun(character);
     m_run = isEnd ? 0 : m_run + units;
     m_isBreakDue = isEnd && m_lineEffort > nearlyFull;
@@ -101,7 +118,7 @@ qsizetype TextBounds::weigh(char32_t character)
     case U_NON_SPACING_MARK:
     case U_ENCLOSING_MARK:
     case U_COMBINING_SPACING_MARK:
-        return effortOfMark;
+        return m_marks > usualMarks ? effortOfFurtherMark : effortOfMark;
     case U_FORMAT_CHAR:
         return effortOfFormat;
     case U_UNASSIGNED:
@@ -117,7 +134,9 @@ qsizetype TextBounds::weigh(char32_t character)
 qsizetype TextBounds::weighLetter(char32_t character)
 {
     const qsizetype units = QChar::requiresSurrogates(character) ? 2 : 1;
-    if (isJamo(character))
+    const bool isLeading = isLeadingJamo(character);
+    const bool wasLeading = std::exchange(m_isLeadingJamo, isLeading);
+    if (isLeading && wasLeading)
         return effortOfJamo;
     const UCharDirection direction = u_charDirection(static_cast<UChar32>(character));
     const bool isNumber = direction == U_EUROPEAN_NUMBER || direction == U_ARABIC_NUMBER;

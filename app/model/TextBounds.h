@@ -22,6 +22,10 @@ public:
     Verdict next(char32_t character);
     /// A line ends here. Gives whether another may follow.
     bool endLine();
+    /// What follows is laid out by itself.
+    void beginParagraph();
+    /// A line ends here within a paragraph, which the engine still lays out as one. Gives likewise.
+    bool breakLine();
     /// Something other than text takes effort. Gives whether there is room for it.
     bool spend(qsizetype effort);
 
@@ -36,12 +40,14 @@ private:
     qsizetype m_effort = 0;
     qsizetype m_lines = 0;
     qsizetype m_lineEffort = 0;
+    qsizetype m_blockEffort = 0;
     qsizetype m_run = 0;
     qsizetype m_dropped = 0;
     int m_marks = 0;
     bool m_isBreakDue = false;
     UScriptCode m_script = USCRIPT_LATIN; ///< of the last letter
     bool m_isRightToLeft = false;         ///< the last letter
+    bool m_isLeadingJamo = false;         ///< the last letter
     bool m_isNumber = false;              ///< the last character that has a direction is a digit
 };
 

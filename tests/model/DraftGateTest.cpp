@@ -137,15 +137,16 @@ TEST(DraftGate, BoundsTheEffortOfMixedTexts)
 TEST(DraftGate, WeighsWhatTheTextEngineTakesLongFor)
 {
     EXPECT_EQ(DraftGate::effort(u"hello, world 12"), 15);
-    EXPECT_EQ(DraftGate::effort(u"漢字"), 2 + 8);
-    EXPECT_EQ(DraftGate::effort(u"漢あ漢"), 3 + 8 + 3 + 3);
-    EXPECT_EQ(DraftGate::effort(u"aאa"), 3 + 8 + 8);
-    EXPECT_EQ(DraftGate::effort(u"e\u0301"), 1 + 4);
-    EXPECT_EQ(DraftGate::effort(u"\u200d"), 60);
-    EXPECT_EQ(DraftGate::effort(u"\u200e"), 12);
-    EXPECT_EQ(DraftGate::effort(u"\ue000"), 24);
-    EXPECT_EQ(DraftGate::effort(u"א1א"), 3 + 8 + 8 + 8);
-    EXPECT_EQ(DraftGate::effort(u"ᄀ"), 12);
+    EXPECT_EQ(DraftGate::effort(u"漢字"), 2 + 16);
+    EXPECT_EQ(DraftGate::effort(u"漢あ漢"), 3 + 16 + 3 + 3);
+    EXPECT_EQ(DraftGate::effort(u"aאa"), 3 + 16 + 16);
+    EXPECT_EQ(DraftGate::effort(u"e\u0301\u0301\u0301"), 1 + 6 + 6 + 12);
+    EXPECT_EQ(DraftGate::effort(u"\u200d"), 240);
+    EXPECT_EQ(DraftGate::effort(u"\u200e"), 24);
+    EXPECT_EQ(DraftGate::effort(u"\ue000"), 150);
+    EXPECT_EQ(DraftGate::effort(u"א1א"), 3 + 16 + 16 + 16);
+    EXPECT_EQ(DraftGate::effort(u"각"), 3 + 16) << "a syllable";
+    EXPECT_EQ(DraftGate::effort(u"ᄀᄀᄀ"), (1 + 16) + 40 + 40);
     EXPECT_EQ(DraftGate::effort(QString(300'000, u'a')), DraftGate::mostEffort);
 }
 
@@ -213,8 +214,19 @@ TEST(DraftGate, SeesMarksAndWordsThroughReferences)
     EXPECT_TRUE(passedHTML(u"a"_s + u"&#769;"_s.repeated(1'000)).isCut);
     const DraftGate::Passed word = passedHTML(QString(12'000, u'w'));
     EXPECT_TRUE(word.isBroken);
-    EXPECT_EQ(word.text.count(u"<br>"_s), 2);
+    EXPECT_EQ(word.text.count(u"<p>"_s), 2);
     EXPECT_EQ(bodyOf(passedHTML(u"&amp;lt;&lt;&quot;&nbsp;x"_s).text), u"&amp;lt;&lt;&quot;\u00a0x");
+}
+
+TEST(DraftGate, BeginsAParagraphWhereOneIsTooLong)
+{
+    // To the text engine lines of one paragraph are one text.
+    const QString lines = u"word word<br>"_s.repeated(5'000);
+    EXPECT_TRUE(
+        passedHTML(u"<div>"_s + lines.first(13 * 4'000) + u"</div>"_s + lines.first(13 * 4'000)).isWhole());
+    EXPECT_TRUE(passedHTML(u"word word<br>"_s.repeated(5'000)).isWhole());
+    EXPECT_TRUE(passedHTML(u"word word<br>"_s.repeated(6'000)).isBroken);
+    EXPECT_TRUE(passedHTML(u"<p>word word word</p>"_s.repeated(4'000)).isWhole());
 }
 
 TEST(DraftGate, BoundsTheElementsOfADocument)
