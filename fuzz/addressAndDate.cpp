@@ -1,6 +1,8 @@
 #include "domain/Text.h"
 #include "format/AddressParser.h"
 #include "format/MailDate.h"
+#include "format/MessageComposer.h"
+#include "format/RecipientField.h"
 
 #include <QByteArrayView>
 
@@ -32,6 +34,22 @@ void checkAddresses(const QString& text)
     AddressParser::parseOne(text);
 }
 
+/// Nobody is made up of what a user types, and what is read is written so that it is read again.
+void checkField(const QString& text)
+{
+    for (const RecipientField::Piece& piece : RecipientField::read(text)) {
+        require(!piece.text.isEmpty() && text.contains(piece.text));
+        if (!piece.address || !AddressParser::isSendable(piece.address->address))
+            continue;
+        require(text.contains(piece.address->address));
+        const QString written = MessageComposer::editableAddress(*piece.address);
+        const QList<RecipientField::Piece> read = RecipientField::read(written);
+        require(read.size() == 1 && read.first().address &&
+                read.first().address->address == piece.address->address);
+    }
+    require(RecipientField::restored(RecipientField::kept(text)) == text);
+}
+
 void checkDate(const QString& text)
 {
     constexpr int lastYearOfFourDigits = 9999;
@@ -51,6 +69,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 {
     const QString text = Text::fromRepairedUTF8(QByteArrayView(data, static_cast<qsizetype>(size)));
     checkAddresses(text);
+    checkField(text);
     checkDate(text);
     return 0;
 }

@@ -1,5 +1,6 @@
 #include "format/MIMEParser.h"
 
+#include "domain/Text.h"
 #include "format/HeaderParameters.h"
 
 #include <QByteArrayView>
@@ -56,7 +57,7 @@ void checkSplit(QByteArrayView raw)
         require(!field.value.contains(u'\n') && !field.name.contains(u'\n'));
         require(entity.headers.value(field.name).has_value());
         const HeaderParameters parameters = HeaderParameters::parse(field.value);
-        require(parameters.value == parameters.value.toLower());
+        require(parameters.value == Text::asciiLowered(parameters.value));
     }
 }
 

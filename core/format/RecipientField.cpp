@@ -176,7 +176,9 @@ private:
 
     std::optional<EmailAddress> bareAddress() const
     {
-        if (m_hasQuotes || !m_bare.contains(u'@'))
+        // A comment in the midst of it would make one address of two pieces.
+        const QStringView address = Text::trimmedSpaceAndLineEnds(m_bare);
+        if (m_hasQuotes || !address.contains(u'@') || !m_text.contains(address))
             return std::nullopt;
         const std::optional<QString> name =
             m_comments.isEmpty() ? std::nullopt : std::optional(m_comments.first());

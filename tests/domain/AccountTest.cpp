@@ -171,12 +171,12 @@ TEST(ServerSettings, OfMicrosoftUseTLSForIncomingAndStartTLSForOutgoing)
 {
     const ServerSettings settings = ServerSettings::microsoft(u"ann@outlook.example"_s);
     EXPECT_EQ(settings.username, u"ann@outlook.example");
+    EXPECT_EQ(settings.imapHost, u"outlook.office365.com");
     EXPECT_EQ(settings.imapPort, 993);
     EXPECT_EQ(settings.imapSecurity, ConnectionSecurity::tls);
+    EXPECT_EQ(settings.smtpHost, u"smtp-mail.outlook.com");
     EXPECT_EQ(settings.smtpPort, 587);
     EXPECT_EQ(settings.smtpSecurity, ConnectionSecurity::startTLS);
-    EXPECT_FALSE(settings.imapHost.isEmpty());
-    EXPECT_FALSE(settings.smtpHost.isEmpty());
 }
 
 struct Preset {
@@ -208,6 +208,23 @@ TEST(ServerSettings, HaveAPresetForEachFamily)
             email,           preset.imapHost, preset.imapPort,    preset.imapSecurity,
             preset.smtpHost, preset.smtpPort, preset.smtpSecurity};
         EXPECT_EQ(ServerSettings::preset(email), expected) << preset.domain.toStdString();
+    }
+}
+
+TEST(ServerSettings, HaveTheSamePresetForEveryDomainOfAFamily)
+{
+    const QList<QStringList> families{{u"icloud.com"_s, u"me.com"_s, u"mac.com"_s},
+                                      {u"fastmail.com"_s, u"fastmail.fm"_s},
+                                      {u"yahoo.com"_s, u"ymail.com"_s},
+                                      {u"gmx.net"_s, u"gmx.de"_s, u"gmx.com"_s},
+                                      {u"zoho.com"_s, u"zohomail.com"_s},
+                                      {u"proton.me"_s, u"protonmail.com"_s}};
+    for (const QStringList& family : families) {
+        for (const QString& domain : family) {
+            ServerSettings expected = ServerSettings::preset(u"ann@"_s + family.first());
+            expected.username = u"ann@"_s + domain;
+            EXPECT_EQ(ServerSettings::preset(u"ann@"_s + domain), expected) << domain.toStdString();
+        }
     }
 }
 

@@ -151,6 +151,37 @@ TEST_F(MessageComposerInAmerica, WritesTheDateOfAQuoteInTheTimeZoneOfTheUser)
     EXPECT_TRUE(QString(reply).replace(narrowSpace, u" "_s).contains(local)) << reply.toStdString();
 }
 
+/// Half an hour beside every whole one, so that no other zone gives the same.
+class MessageComposerInIndia : public MessageComposerInAmerica {
+protected:
+    MessageComposerInIndia()
+        : m_previous(qEnvironmentVariableIsSet("TZ") ? std::optional(qgetenv("TZ")) : std::nullopt)
+    {
+        qputenv("TZ", "Asia/Kolkata");
+    }
+    ~MessageComposerInIndia() override
+    {
+        if (m_previous)
+            qputenv("TZ", *m_previous);
+        else
+            qunsetenv("TZ");
+    }
+
+private:
+    std::optional<QByteArray> m_previous;
+};
+
+TEST_F(MessageComposerInIndia, QuotesAndForwardsInTheTimeZoneOfTheUser)
+{
+    const QDateTime time(QDate(2026, 3, 3), QTime(20, 0), Qt::UTC);
+    QString reply = MessageComposer::quotedReply(u"x"_s, {}, u"a@x"_s, time);
+    EXPECT_EQ(reply.replace(narrowSpace, u" "_s), u"\n\nOn Mar 4, 2026, 1:30 AM, a@x wrote:\n> x");
+    MIMEHeaders headers;
+    headers.fields = {{u"Date"_s, u"Tue, 3 Mar 2026 20:00:00 +0000"_s}};
+    EXPECT_TRUE(
+        MessageComposer::forwardBody(headers, {}).contains(u"\nDate: Wed, 4 Mar 2026 01:30:00 +0530\n"_s));
+}
+
 TEST_F(MessageComposerInAmerica, WritesTheDateOfAQuoteInTheLanguageOfTheUser)
 {
     QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
