@@ -44,6 +44,12 @@ HeaderEnd findHeaderEnd(QByteArrayView raw)
     return {raw.size(), raw.size()};
 }
 
+bool isBlank(QByteArrayView bytes)
+{
+    return std::ranges::all_of(
+        bytes, [](char byte) { return byte == ' ' || byte == '\t' || byte == '\r' || byte == '\n'; });
+}
+
 /// Builds the fields from the lines of a header block.
 class FieldCollector {
 public:
@@ -133,9 +139,9 @@ private:
         const bool isClose = line.startsWith("--");
         if (isClose)
             line = line.sliced(2);
-        const bool isBlank =
+        const bool isEmpty =
             std::all_of(line.begin(), line.end(), [](char byte) { return byte == ' ' || byte == '\t'; });
-        if (!isBlank)
+        if (!isEmpty)
             return Line::content;
         return isClose ? Line::close : Line::delimiter;
     }
@@ -221,7 +227,9 @@ private:
     bool enter(int depth)
     {
         ++m_partCount;
-        return depth <= maxDepth && m_partCount <= maxParts;
+        const bool isWithin = depth <= maxDepth && m_partCount <= maxParts;
+        m_message.isIncomplete |= !isWithin;
+        return isWithin;
     }
 
     void walkBody(const Part& part, QByteArrayView body, int depth)
@@ -238,19 +246,27 @@ private:
     void walkMultipart(QByteArrayView body, const QString& boundary, int depth)
     {
         BoundarySplitter splitter(body, boundary);
+        std::optional<QByteArrayView> piece = splitter.next();
+        // Without its delimiter a body is a preamble from its start to its end.
+        m_message.isIncomplete |= !piece && !isBlank(body);
         // Once the count is used up, no later part can appear.
-        while (m_partCount < maxParts) {
-            const std::optional<QByteArrayView> piece = splitter.next();
-            if (!piece)
-                return;
+        while (piece && m_partCount < maxParts) {
             walkEntity(*piece, depth + 1);
+            piece = splitter.next();
         }
+        m_message.isIncomplete |= piece.has_value();
     }
 
     void walkForwarded(const Part& part, QByteArrayView body, int depth)
     {
         const Decoded decoded(part, body);
+        noteDecoded(body, decoded.bytes);
         walkEntity(decoded.bytes, depth + 1);
+    }
+
+    void noteDecoded(QByteArrayView body, QByteArrayView decoded)
+    {
+        m_message.isIncomplete |= decoded.isEmpty() && !isBlank(body);
     }
 
     void readLeaf(const Part& part, QByteArrayView body)
@@ -266,12 +282,13 @@ private:
             addAttachment(part, name, body);
     }
 
-    static QString text(const Part& part, QByteArrayView body)
+    QString text(const Part& part, QByteArrayView body)
     {
         const auto charset = part.type.params.constFind(u"charset"_s);
         const bool isNamed = charset != part.type.params.constEnd();
-        return MailEncoding::decodeText(Decoded(part, body).bytes,
-                                        isNamed ? std::optional(*charset) : std::nullopt);
+        const Decoded decoded(part, body);
+        noteDecoded(body, decoded.bytes);
+        return MailEncoding::decodeText(decoded.bytes, isNamed ? std::optional(*charset) : std::nullopt);
     }
 
     void addPlainText(const QString& text)
@@ -294,6 +311,7 @@ private:
         attachment.isInline =
             part.disposition ? part.disposition->value == "inline"_L1 : part.contentID.has_value();
         attachment.data = MailEncoding::decodeTransfer(body, part.transferEncoding);
+        noteDecoded(body, attachment.data);
         m_message.attachments.append(attachment);
     }
 

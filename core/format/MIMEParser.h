@@ -30,7 +30,8 @@ inline constexpr qsizetype maxFilenameCharacters = 200;
 ///   and a forwarded message (message/rfc822) is one too unless it is an attachment.
 /// - Attachments are parts that say so, parts other than text that have a name, and whatever is no body.
 ///
-/// A container without a boundary is an attachment. A message cut short keeps its last part.
+/// A container without a boundary is an attachment. A message cut short keeps its last part. Where bytes of
+/// the message come out as nothing, the result is marked as incomplete.
 ParsedMessage parse(QByteArrayView raw);
 
 /// The header block of an entity, and its body.

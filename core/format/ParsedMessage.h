@@ -16,6 +16,9 @@ struct ParsedMessage {
     std::optional<QString> textBody;   ///< all of its plain texts, joined with empty lines
     std::optional<QString> htmlBody;   ///< the first of its HTML texts
     QList<MailAttachment> attachments; ///< in the order of the message
+    /// The message holds bytes that came out as nothing: a multipart without its delimiter, base64 that gives
+    /// no byte, parts beyond the limits of the parser.
+    bool isIncomplete = false;
 
     /// The attachments to show as files: all but those that the HTML body refers to as its images (inline,
     /// with a content identifier).

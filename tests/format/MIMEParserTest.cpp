@@ -612,5 +612,46 @@ TEST(MIMEParser, ReadsEndlessNamesOfALetterThatHasNoSmallOne)
     EXPECT_EQ(message.headers.value(QString::fromUtf8(endless)), u"x"_s);
 }
 
+// --- What could not be read
+
+TEST(MIMEParser, MarksAMultipartWithoutItsDelimiter)
+{
+    const QByteArray header = "Content-Type: multipart/mixed; boundary=b\r\n\r\n";
+    EXPECT_TRUE(parse(header + "--c\r\n\r\nx\r\n--c--\r\n").isIncomplete);
+    EXPECT_TRUE(parse(header + "x").isIncomplete);
+    EXPECT_TRUE(parse(multipart({header + "x"})).isIncomplete);
+    EXPECT_FALSE(parse(header).isIncomplete);
+    EXPECT_FALSE(parse(header + " \t\r\n").isIncomplete);
+    EXPECT_FALSE(parse(header + "preamble\r\n--b\r\n\r\nx\r\n--b--\r\nepilogue").isIncomplete);
+    EXPECT_FALSE(parse(multipart({"\r\n"})).isIncomplete);
+}
+
+TEST(MIMEParser, MarksBase64ThatGivesNothing)
+{
+    const QByteArray encoding = "Content-Transfer-Encoding: base64\r\n";
+    for (const QByteArray type : {"text/plain", "text/html", "image/png", "message/rfc822"}) {
+        const QByteArray header = "Content-Type: " + type + "\r\n" + encoding + "\r\n";
+        EXPECT_TRUE(parse(header + "*").isIncomplete) << type.toStdString();
+        EXPECT_TRUE(parse(header + "A").isIncomplete) << type.toStdString();
+        EXPECT_FALSE(parse(header + "QQ==").isIncomplete) << type.toStdString();
+        EXPECT_FALSE(parse(header + "\r\n").isIncomplete) << type.toStdString();
+    }
+}
+
+TEST(MIMEParser, MarksPartsBeyondTheLimits)
+{
+    const QByteArray part = "Content-Type: image/png\r\n\r\n1";
+    EXPECT_FALSE(parse(multipart(QList<QByteArray>(MIMEParser::maxParts - 1, part))).isIncomplete);
+    EXPECT_TRUE(parse(multipart(QList<QByteArray>(MIMEParser::maxParts, part))).isIncomplete);
+    QByteArray deep = "\r\nx";
+    for (int depth = 1; depth <= MIMEParser::maxDepth; ++depth) {
+        const QByteArray boundary = "b" + QByteArray::number(depth);
+        deep = "Content-Type: multipart/mixed; boundary=" + boundary + "\r\n\r\n--" + boundary + "\r\n" +
+               deep + "\r\n--" + boundary + "--";
+    }
+    EXPECT_FALSE(parse(deep).isIncomplete);
+    EXPECT_TRUE(parse(multipart({deep})).isIncomplete);
+}
+
 } // namespace
 } // namespace Larkhaven
