@@ -7,7 +7,8 @@
 
 namespace Larkhaven {
 
-/// The desktop's dictionaries, through enchant. Reads files of this machine only. Main thread.
+/// The desktop's dictionaries, through enchant. Reads files of this machine only. One thread at a time;
+/// loading a dictionary and asking for suggestions take up to a second (see `Spelling`).
 ///
 /// Without a dictionary for the language every word counts as right.
 class SpellChecker {

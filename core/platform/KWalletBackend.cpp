@@ -50,9 +50,13 @@ public:
 
     KeychainStatus status() const { return m_status; }
 
-    bool hasEntry(const QString& key) const
+    /// Whether the item is there: `success` or `itemNotFound`. No answer is neither.
+    KeychainStatus find(const QString& key) const
     {
-        return call(u"hasEntry"_s, {m_handle, applicationName(), key, applicationName()}).toBool();
+        const QVariant answer = call(u"hasEntry"_s, {m_handle, applicationName(), key, applicationName()});
+        if (!answer.isValid())
+            return KeychainStatus::failed;
+        return answer.toBool() ? KeychainStatus::success : KeychainStatus::itemNotFound;
     }
     QVariant readEntry(const QString& key) const
     {
@@ -117,9 +121,12 @@ KeychainBackend::ReadResult KWalletBackend::read(const QString& service, const Q
     ReadResult result;
     result.status = withWallet([&](const Wallet& wallet) {
         const QString key = entryKey(service, account);
-        if (!wallet.hasEntry(key))
-            return KeychainStatus::itemNotFound;
+        const KeychainStatus found = wallet.find(key);
+        if (found != KeychainStatus::success)
+            return found;
         const QVariant entry = wallet.readEntry(key);
+        if (!entry.isValid())
+            return KeychainStatus::failed;
         if (entry.metaType() == QMetaType::fromType<QByteArray>())
             result.data = entry.toByteArray();
         return KeychainStatus::success;
@@ -131,7 +138,8 @@ KeychainStatus KWalletBackend::update(const QString& service, const QString& acc
 {
     return withWallet([&](const Wallet& wallet) {
         const QString key = entryKey(service, account);
-        return wallet.hasEntry(key) ? wallet.writeEntry(key, data) : KeychainStatus::itemNotFound;
+        const KeychainStatus found = wallet.find(key);
+        return found == KeychainStatus::success ? wallet.writeEntry(key, data) : found;
     });
 }
 
@@ -146,7 +154,8 @@ KeychainStatus KWalletBackend::remove(const QString& service, const QString& acc
 {
     return withWallet([&](const Wallet& wallet) {
         const QString key = entryKey(service, account);
-        return wallet.hasEntry(key) ? wallet.removeEntry(key) : KeychainStatus::itemNotFound;
+        const KeychainStatus found = wallet.find(key);
+        return found == KeychainStatus::success ? wallet.removeEntry(key) : found;
     });
 }
 
