@@ -1,8 +1,10 @@
 #include "views/ComposeEditorController.h"
 
 #include "app/platform/SpellChecker.h"
+#include "app/platform/Spelling.h"
 #include "views/ComposeHTML.h"
 #include "views/ComposeHighlighter.h"
+#include "views/QuietDocument.h"
 #include "views/Style.h"
 
 #include <QActionGroup>
@@ -18,6 +20,7 @@
 #include <QTextDocumentFragment>
 #include <QTextFrame>
 #include <QTextList>
+#include <QTimer>
 
 using namespace Qt::StringLiterals;
 
@@ -27,6 +30,9 @@ namespace {
 
 /// Longer addresses are not made links while they are typed.
 constexpr qsizetype longestAddress = 2'000;
+
+/// A menu that was opened so long ago gets no suggestions any more.
+constexpr std::chrono::seconds suggestionPatience(2);
 
 /// A run of text of one format.
 struct Run {
@@ -94,11 +100,12 @@ QString addressOf(const QString& text)
 
 ComposeEditorController::ComposeEditorController(QObject* parent)
     : QObject(parent)
-    , m_checker(std::make_unique<SpellChecker>())
+    , m_spelling(Spelling::shared())
 {
     setBaseFont({}, m_sizes.base);
     connect(QGuiApplication::inputMethod(), &QInputMethod::localeChanged, this,
             &ComposeEditorController::chooseLanguage);
+    connect(&m_spelling, &Spelling::languagesChanged, this, &ComposeEditorController::chooseLanguage);
     connect(&Style::shared(), &Style::changed, this, [this] {
         setBaseFont(m_baseFont.family(), m_sizes.base);
         if (textView)
@@ -128,7 +135,7 @@ void ComposeEditorController::attach(ComposeTextView& view, const QString& initi
     QTextDocument* const document = view.document();
     document->setDefaultFont(m_baseFont);
     if (richText && initialHTML)
-        ComposeHTML::read(*initialHTML, *document, m_sizes);
+        m_losses = ComposeHTML::read(*initialHTML, *document, m_sizes);
     document->setUndoRedoEnabled(false);
     if (!richText || !initialHTML)
         QTextCursor(document).insertText(initialText);
@@ -139,6 +146,7 @@ void ComposeEditorController::attach(ComposeTextView& view, const QString& initi
     frame.setBottomMargin(ComposeTextView::verticalInset);
     document->rootFrame()->setFrameFormat(frame);
     ComposeFormat::setPlain(*document, !richText);
+    ComposeHTML::rememberParagraphs(*document);
     document->setUndoRedoEnabled(true);
     document->setModified(false);
     m_isRichText = richText;
@@ -147,7 +155,8 @@ void ComposeEditorController::attach(ComposeTextView& view, const QString& initi
         const bool isTyping = textView && textView->hasFocus() && !textView->textCursor().hasSelection();
         return isTyping ? textView->textCursor().position() : -1;
     };
-    m_highlighter = new ComposeHighlighter(document, *m_checker, typingPosition);
+    m_highlighter = new ComposeHighlighter(document, m_spelling, typingPosition);
+    m_highlighter->setLanguage(m_language);
     connect(document, &QTextDocument::contentsChanged, this, &ComposeEditorController::followDocument);
     connect(&view, &QTextEdit::cursorPositionChanged, this, &ComposeEditorController::followCursor);
     connect(&view, &QTextEdit::currentCharFormatChanged, this, &ComposeEditorController::selectionChanged);
@@ -209,6 +218,21 @@ std::optional<QString> ComposeEditorController::html() const
     if (!textView || !m_isRichText)
         return std::nullopt;
     return ComposeHTML::write(*textView->document());
+}
+
+bool ComposeEditorController::isModified() const
+{
+    return textView && textView->document()->isModified();
+}
+
+int ComposeEditorController::revision() const
+{
+    return textView ? textView->document()->revision() : 0;
+}
+
+int ComposeEditorController::length() const
+{
+    return textView ? textView->document()->characterCount() : 0;
 }
 
 // --- Commands
@@ -509,7 +533,7 @@ void ComposeEditorController::detectLink()
 
 void ComposeEditorController::insertHTML(const QString& html)
 {
-    QTextDocument pasted;
+    QuietDocument pasted;
     pasted.setDefaultFont(m_baseFont);
     ComposeHTML::read(html, pasted, m_sizes);
     QTextCursor everything(&pasted);
@@ -528,13 +552,32 @@ void ComposeEditorController::insertHTML(const QString& html)
 void ComposeEditorController::chooseLanguage()
 {
     const QStringList wanted{QGuiApplication::inputMethod()->locale().name(), QLocale().name()};
-    const QString language =
-        usesChosenLanguage() ? m_chosenLanguage : SpellChecker::bestLanguage(m_checker->languages(), wanted);
-    if (language == m_checker->language())
-        return;
-    m_checker->setLanguage(language);
+    m_language =
+        usesChosenLanguage() ? m_chosenLanguage : SpellChecker::bestLanguage(m_spelling.languages(), wanted);
     if (m_highlighter)
-        m_highlighter->restart();
+        m_highlighter->setLanguage(m_language);
+}
+
+Task<> ComposeEditorController::addSuggestions(QPointer<QMenu> menu, QPointer<QAction> place, int position,
+                                               QString word)
+{
+    const QPointer<ComposeEditorController> self(this);
+    const QStringList suggestions = co_await m_spelling.suggestions(m_language, word);
+    if (!self || !menu || !place)
+        co_return;
+    for (const QString& suggestion : suggestions) {
+        auto* const item = new QAction(QString(suggestion).replace(u'&', u"&&"_s), menu);
+        connect(item, &QAction::triggered, this, [this, position, word, suggestion] {
+            const int end = position + static_cast<int>(word.size());
+            if (!textView || end >= textView->document()->characterCount())
+                return;
+            QTextCursor range = selected(textView->document(), position, end);
+            if (range.selectedText() == word)
+                range.insertText(suggestion, range.charFormat());
+        });
+        menu->insertAction(place, item);
+    }
+    delete place;
 }
 
 void ComposeEditorController::addSpelling(QMenu& menu, int position)
@@ -548,29 +591,30 @@ void ComposeEditorController::addSpelling(QMenu& menu, int position)
     const ComposeHighlighter::Word word =
         m_highlighter ? m_highlighter->misspelledAt(position) : ComposeHighlighter::Word();
     if (!word.text.isEmpty()) {
-        const int end = word.position + static_cast<int>(word.text.size());
-        for (const QString& suggestion : m_checker->suggestions(word.text)) {
-            add(suggestion, [this, word, end, suggestion] {
-                QTextCursor range = selected(textView->document(), word.position, end);
-                if (range.selectedText() == word.text)
-                    range.insertText(suggestion, range.charFormat());
-            });
+        // A dictionary may think for a while, and the menu must not wait for it.
+        if (word.text.size() <= Spelling::longestSuggestedWord) {
+            auto* const place = new QAction(tr("Looking for Suggestions…"), &menu);
+            place->setEnabled(false);
+            menu.insertAction(before, place);
+            QTimer::singleShot(suggestionPatience, place, &QObject::deleteLater);
+            spawn(addSuggestions(&menu, place, word.position, word.text), dropFailure);
         }
-        const auto settle = [this](const std::function<void()>& accept) {
-            accept();
+        add(tr("Add to Dictionary"), [this, word] {
+            m_spelling.add(m_language, word.text);
             m_highlighter->restart();
-        };
-        add(tr("Add to Dictionary"),
-            [this, word, settle] { settle([this, word] { m_checker->add(word.text); }); });
-        add(tr("Ignore"), [this, word, settle] { settle([this, word] { m_checker->ignore(word.text); }); });
+        });
+        add(tr("Ignore"), [this, word] {
+            m_spelling.ignore(m_language, word.text);
+            m_highlighter->restart();
+        });
         menu.insertSeparator(before);
     }
-    if (m_checker->languages().isEmpty())
+    if (m_spelling.languages().isEmpty())
         return;
     menu.addSeparator();
     QMenu* const languages = menu.addMenu(tr("Spelling Language"));
     auto* const group = new QActionGroup(languages);
-    for (const QString& tag : m_checker->languages()) {
+    for (const QString& tag : m_spelling.languages()) {
         const QLocale locale(tag);
         const QString name = locale.language() == QLocale::C
                                  ? tag
@@ -578,7 +622,7 @@ void ComposeEditorController::addSpelling(QMenu& menu, int position)
                                                     QLocale::territoryToString(locale.territory()));
         QAction* const item = languages->addAction(name);
         item->setCheckable(true);
-        item->setChecked(tag == m_checker->language());
+        item->setChecked(tag == m_language);
         group->addAction(item);
         connect(item, &QAction::triggered, this, [this, tag] {
             m_chosenLanguage = tag;

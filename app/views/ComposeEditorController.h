@@ -1,6 +1,8 @@
 #pragma once
 
+#include "domain/MailProvider.h"
 #include "views/ComposeFormat.h"
+#include "views/ComposeHTML.h"
 #include "views/ComposeTextView.h"
 
 #include <QColor>
@@ -14,12 +16,13 @@
 #include <memory>
 #include <optional>
 
+class QAction;
 class QMenu;
 
 namespace Larkhaven {
 
 class ComposeHighlighter;
-class SpellChecker;
+class Spelling;
 
 /// The commands of the editor. On a selection a command changes the selected text in one step that can be
 /// undone; without one it changes how text is typed on.
@@ -55,6 +58,16 @@ public:
     /// The HTML of a rich text; absent for a plain or an empty one.
     std::optional<QString> html() const;
 
+    /// Whether anything, formatting included, is other than at the start. Undoing all takes it back.
+    bool isModified() const;
+    /// Another one after each change.
+    int revision() const;
+    /// In characters, one for each end of a paragraph included.
+    int length() const;
+
+    /// What of its first HTML it doesn't hold.
+    const ComposeHTML::Losses& losses() const { return m_losses; }
+
     // --- Commands, in the order of the bar
     void showFonts();
     void makeSmaller();
@@ -86,7 +99,7 @@ public:
     void detectLink();
     /// Adds what the clipboard's HTML shows, without colours that would not be seen here.
     void insertHTML(const QString& html);
-    /// Puts the spelling of the word at the position at the top of the menu.
+    /// Puts the spelling of the word at the position at the top of the menu; suggestions come in later.
     void addSpelling(QMenu& menu, int position);
 
     ComposeHighlighter* highlighter() const { return m_highlighter; }
@@ -110,12 +123,15 @@ private:
     void followDocument();
     void followCursor();
     void chooseLanguage();
+    Task<> addSuggestions(QPointer<QMenu> menu, QPointer<QAction> place, int position, QString word);
     bool usesChosenLanguage() const { return !m_chosenLanguage.isEmpty(); }
 
     QFont m_baseFont;
     ComposeFormat::Sizes m_sizes;
     bool m_isRichText = false;
-    std::unique_ptr<SpellChecker> m_checker;
+    ComposeHTML::Losses m_losses;
+    Spelling& m_spelling;
+    QString m_language; ///< of the spelling; empty for none
     ComposeHighlighter* m_highlighter = nullptr;
     QString m_chosenLanguage; ///< what the user chose for this message; empty for none
 };

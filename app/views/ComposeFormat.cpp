@@ -2,6 +2,8 @@
 
 #include "safety/MailURL.h"
 
+#include <QTextBlock>
+#include <QTextCursor>
 #include <QTextDocument>
 #include <QTextFrame>
 
@@ -16,6 +18,10 @@ namespace {
 
 constexpr int sizeProperty = QTextFormat::UserProperty + 1;
 constexpr int plainProperty = QTextFormat::UserProperty + 2;
+constexpr int startProperty = QTextFormat::UserProperty + 3;
+constexpr int leftProperty = QTextFormat::UserProperty + 4;
+constexpr int rightProperty = QTextFormat::UserProperty + 5;
+constexpr int spacerProperty = QTextFormat::UserProperty + 6;
 /// The indent of one level of quoting, in pixels.
 constexpr int quoteIndent = 16;
 /// Deeper levels would leave no room for the text.
@@ -45,6 +51,75 @@ void setSize(QTextFormat& format, double size, const Sizes& sizes)
     }
     format.setProperty(sizeProperty, bounded);
     format.setProperty(QTextFormat::FontPixelSize, sizes.pixels(bounded));
+}
+
+int listStart(const QTextListFormat& format)
+{
+    return format.hasProperty(startProperty) ? format.intProperty(startProperty) : 1;
+}
+
+void setListStart(QTextListFormat& format, int number)
+{
+    if (number <= 1)
+        format.clearProperty(startProperty);
+    else
+        format.setProperty(startProperty, std::min(number, largestListStart));
+#if QT_VERSION >= QT_VERSION_CHECK(6, 6, 0)
+    format.setStart(std::max(1, number));
+#endif
+}
+
+namespace {
+
+/// The space on the screen is that of the quote and the paragraph's own.
+void applyMargins(QTextBlockFormat& format)
+{
+    const int quote = std::min(quoteLevel(format), shownQuoteLevels) * quoteIndent;
+    format.setLeftMargin(quote + format.doubleProperty(leftProperty));
+    format.setRightMargin(format.doubleProperty(rightProperty));
+    if (format.leftMargin() == 0)
+        format.clearProperty(QTextFormat::BlockLeftMargin);
+    if (format.rightMargin() == 0)
+        format.clearProperty(QTextFormat::BlockRightMargin);
+}
+
+} // namespace
+
+std::pair<double, double> margins(const QTextBlockFormat& format)
+{
+    return {format.doubleProperty(leftProperty), format.doubleProperty(rightProperty)};
+}
+
+void setMargins(QTextBlockFormat& format, double left, double right)
+{
+    const auto set = [&format](int property, double value) {
+        const double bounded = std::clamp(value, 0.0, largestMargin);
+        if (bounded > 0)
+            format.setProperty(property, bounded);
+        else
+            format.clearProperty(property);
+    };
+    set(leftProperty, left);
+    set(rightProperty, right);
+    applyMargins(format);
+}
+
+void setSpacer(QTextCursor& cursor)
+{
+    QTextBlockFormat format;
+    format.setProperty(spacerProperty, true);
+    cursor.mergeBlockFormat(format);
+}
+
+bool isSpacer(const QTextBlock& block)
+{
+    if (!block.blockFormat().boolProperty(spacerProperty) || block.length() > 1)
+        return false;
+    const QTextFrame* const frame = QTextCursor(block).currentFrame();
+    const auto isElsewhere = [frame](const QTextBlock& other) {
+        return other.isValid() && QTextCursor(other).currentFrame() != frame;
+    };
+    return isElsewhere(block.previous()) || isElsewhere(block.next());
 }
 
 QString link(const QTextFormat& format)
@@ -80,13 +155,11 @@ int quoteLevel(const QTextBlockFormat& format)
 void setQuoteLevel(QTextBlockFormat& format, int level)
 {
     const int bounded = std::clamp(level, 0, maximumQuoteLevel);
-    if (bounded == 0) {
+    if (bounded == 0)
         format.clearProperty(QTextFormat::BlockQuoteLevel);
-        format.clearProperty(QTextFormat::BlockLeftMargin);
-        return;
-    }
-    format.setProperty(QTextFormat::BlockQuoteLevel, bounded);
-    format.setLeftMargin(std::min(bounded, shownQuoteLevels) * quoteIndent);
+    else
+        format.setProperty(QTextFormat::BlockQuoteLevel, bounded);
+    applyMargins(format);
 }
 
 bool isPlain(const QTextDocument& document)

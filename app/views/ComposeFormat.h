@@ -3,9 +3,13 @@
 #include <QString>
 #include <QTextBlockFormat>
 #include <QTextCharFormat>
+#include <QTextListFormat>
 
 #include <optional>
+#include <utility>
 
+class QTextBlock;
+class QTextCursor;
 class QTextDocument;
 
 /// How the formats of a text that is being written stand in its QTextDocument. A format holds only what
@@ -32,6 +36,21 @@ struct Sizes {
 std::optional<double> size(const QTextFormat& format);
 /// Sets a size, within the bounds; the default one takes it out.
 void setSize(QTextFormat& format, double size, const Sizes& sizes);
+
+/// The number of the first item of a numbered list; 1 where it has none of its own.
+int listStart(const QTextListFormat& format);
+void setListStart(QTextListFormat& format, int number);
+inline constexpr int largestListStart = 1'000'000;
+
+/// The space beside a paragraph that is no part of a list or a quote, in points; at most `largestMargin`.
+std::pair<double, double> margins(const QTextBlockFormat& format);
+void setMargins(QTextBlockFormat& format, double left, double right);
+inline constexpr double largestMargin = 400;
+
+/// Marks the paragraph as one that is there only because a table needs it beside itself.
+void setSpacer(QTextCursor& cursor);
+/// Whether the paragraph still is no more than that.
+bool isSpacer(const QTextBlock& block);
 
 /// The address that a link leads to; empty where it is no link.
 QString link(const QTextFormat& format);

@@ -5,8 +5,11 @@
 #include <QBrush>
 #include <QFont>
 #include <QTextBlock>
+#include <QTextCursor>
 #include <QTextDocument>
+#include <QTextFrame>
 #include <QTextList>
+#include <QTextTable>
 
 #include <algorithm>
 
@@ -119,6 +122,11 @@ QStringList paragraphStyles(const QTextBlock& block)
         else if (isRightToLeft && alignment.testFlag(Qt::AlignLeft))
             styles.append(u"text-align:left"_s);
     }
+    const auto [left, right] = ComposeFormat::margins(format);
+    if (left > 0)
+        styles.append(u"margin-left:%1px"_s.arg(QString::number(left, 'g', 4)));
+    if (right > 0)
+        styles.append(u"margin-right:%1px"_s.arg(QString::number(right, 'g', 4)));
     return styles;
 }
 
@@ -234,11 +242,36 @@ void Line::end()
         m_output += "<br>"_L1;
 }
 
+constexpr auto remembers = "remembersParagraphs";
+
+/// What a paragraph was written as.
+class Written : public QTextBlockUserData {
+public:
+    std::optional<QString> html;
+    std::optional<QString> text;
+};
+
+/// Gives what the paragraph was written as the last time, or writes it now.
+template <typename Write>
+QString remembered(QTextBlock block, std::optional<QString> Written::*field, Write write)
+{
+    auto* written = static_cast<Written*>(block.userData());
+    if (!written) {
+        written = new Written;
+        block.setUserData(written);
+    }
+    std::optional<QString>& value = written->*field;
+    if (!value)
+        value = write();
+    return *value;
+}
+
 /// Writes the paragraphs, and the lists and quotes around them.
 class Writer {
 public:
     explicit Writer(const QTextDocument& document)
         : m_document(document)
+        , m_remembers(document.property(remembers).toBool())
     {}
 
     QString run();
@@ -250,6 +283,9 @@ private:
         bool hasOpenItem = false;
     };
 
+    void writeFrame(const QTextFrame& frame);
+    void writeTable(const QTextTable& table);
+    void writePlaces(QTextFrame::iterator place);
     void write(const QTextBlock& block);
     void writeText(const QTextBlock& block);
     void enterQuote(int level);
@@ -257,8 +293,10 @@ private:
     void closeListsDownTo(qsizetype depth);
 
     const QTextDocument& m_document;
+    bool m_remembers;
     QString m_output;
     int m_quoteLevel = 0;
+    int m_outerQuoteLevel = 0; ///< what the open cell stands in
     QList<OpenList> m_lists;
     QHash<const QTextList*, int> m_written; ///< items of each list so far
 };
@@ -266,17 +304,65 @@ private:
 QString Writer::run()
 {
     m_output = u"<!DOCTYPE html><html><head><meta charset=\"utf-8\"></head><body>"_s;
-    for (QTextBlock block = m_document.begin(); block.isValid(); block = block.next())
-        write(block);
-    closeListsDownTo(0);
-    enterQuote(0);
+    writePlaces(m_document.rootFrame()->begin());
     m_output += "</body></html>"_L1;
     return m_output;
 }
 
+void Writer::writePlaces(QTextFrame::iterator place)
+{
+    for (; !place.atEnd(); ++place) {
+        if (const QTextFrame* const frame = place.currentFrame())
+            writeFrame(*frame);
+        else if (!ComposeFormat::isSpacer(place.currentBlock()))
+            write(place.currentBlock());
+    }
+    closeListsDownTo(0);
+    enterQuote(m_outerQuoteLevel);
+}
+
+void Writer::writeFrame(const QTextFrame& frame)
+{
+    if (const auto* const table = qobject_cast<const QTextTable*>(&frame))
+        writeTable(*table);
+    else
+        writePlaces(frame.begin());
+}
+
+void Writer::writeTable(const QTextTable& table)
+{
+    // All of it stands in the quotes that its first cell stands in.
+    enterQuote(std::max(m_outerQuoteLevel,
+                        ComposeFormat::quoteLevel(table.cellAt(0, 0).firstCursorPosition().blockFormat())));
+    closeListsDownTo(0);
+    const int outerQuoteLevel = std::exchange(m_outerQuoteLevel, m_quoteLevel);
+    m_output += u"<table border=\"%1\" cellpadding=\"%2\" cellspacing=\"0\" "
+                "style=\"border-collapse:collapse\">\n"_s.arg(qRound(table.format().border()))
+                    .arg(qRound(table.format().cellPadding()));
+    for (int row = 0; row < table.rows(); ++row) {
+        m_output += "<tr>"_L1;
+        for (int column = 0; column < table.columns(); ++column) {
+            const QTextTableCell cell = table.cellAt(row, column);
+            if (cell.row() != row || cell.column() != column)
+                continue;
+            m_output += "<td"_L1;
+            if (cell.columnSpan() > 1)
+                m_output += u" colspan=\"%1\""_s.arg(cell.columnSpan());
+            if (cell.rowSpan() > 1)
+                m_output += u" rowspan=\"%1\""_s.arg(cell.rowSpan());
+            m_output += u'>';
+            writePlaces(cell.begin());
+            m_output += "</td>"_L1;
+        }
+        m_output += "</tr>\n"_L1;
+    }
+    m_output += "</table>\n"_L1;
+    m_outerQuoteLevel = outerQuoteLevel;
+}
+
 void Writer::write(const QTextBlock& block)
 {
-    enterQuote(ComposeFormat::quoteLevel(block.blockFormat()));
+    enterQuote(std::max(m_outerQuoteLevel, ComposeFormat::quoteLevel(block.blockFormat())));
     QTextList* const list = block.textList();
     if (!list) {
         closeListsDownTo(0);
@@ -293,10 +379,15 @@ void Writer::write(const QTextBlock& block)
 
 void Writer::writeText(const QTextBlock& block)
 {
-    Line line(m_output);
-    for (auto place = block.begin(); !place.atEnd(); ++place)
-        line.add(place.fragment());
-    line.end();
+    const auto write = [&block] {
+        QString text;
+        Line line(text);
+        for (auto place = block.begin(); !place.atEnd(); ++place)
+            line.add(place.fragment());
+        line.end();
+        return text;
+    };
+    m_output += m_remembers ? remembered(block, &Written::html, write) : write();
 }
 
 void Writer::enterQuote(int level)
@@ -321,11 +412,12 @@ void Writer::enterList(QTextList& list, int number)
         return;
     }
     const QString tag = listTag(list.format().style());
+    // A list that was interrupted goes on counting.
+    number += ComposeFormat::listStart(list.format());
     while (m_lists.size() < depth) {
         const bool isOwn = m_lists.size() == depth - 1;
-        // A list that was interrupted goes on counting.
         const QString start =
-            isOwn && number > 0 && tag.startsWith("ol"_L1) ? u" start=\"%1\""_s.arg(number + 1) : QString();
+            isOwn && number > 1 && tag.startsWith("ol"_L1) ? u" start=\"%1\""_s.arg(number) : QString();
         m_output += u'<' + tag + start + u'>';
         m_lists.append({isOwn ? &list : nullptr, tag.section(u' ', 0, 0), false});
     }
@@ -344,7 +436,7 @@ QString marker(const QTextList& list, const QTextBlock& block, int number)
 {
     switch (list.format().style()) {
     case QTextListFormat::ListDecimal:
-        return u"%1."_s.arg(number);
+        return u"%1."_s.arg(ComposeFormat::listStart(list.format()) + number);
     case QTextListFormat::ListLowerAlpha:
     case QTextListFormat::ListUpperAlpha:
     case QTextListFormat::ListLowerRoman:
@@ -355,6 +447,26 @@ QString marker(const QTextList& list, const QTextBlock& block, int number)
     }
 }
 
+/// Where a paragraph stands in a table.
+struct Place {
+    const QTextTable* table = nullptr;
+    int row = -1;
+    int column = -1;
+    bool isFirst = true;
+
+    static Place of(const QTextBlock& block)
+    {
+        const QTextTable* const table = QTextCursor(block).currentTable();
+        const QTextTableCell cell = table ? table->cellAt(block.position()) : QTextTableCell();
+        return table ? Place{table, cell.row(), cell.column(), false} : Place();
+    }
+    /// Whether it is another cell of the same row.
+    bool isBesides(const Place& other) const
+    {
+        return table && table == other.table && row == other.row && column != other.column;
+    }
+};
+
 } // namespace
 
 std::optional<QString> write(const QTextDocument& document)
@@ -364,23 +476,46 @@ std::optional<QString> write(const QTextDocument& document)
     return Writer(document).run();
 }
 
+void rememberParagraphs(QTextDocument& document)
+{
+    document.setProperty(remembers, true);
+    QObject::connect(&document, &QTextDocument::contentsChange, &document,
+                     [&document](int position, int, int added) {
+                         QTextBlock block = document.findBlock(position);
+                         for (; block.isValid() && block.position() <= position + added; block = block.next())
+                             block.setUserData(nullptr);
+                     });
+}
+
 QString plainText(const QTextDocument& document)
 {
     if (document.isEmpty())
         return {};
     QHash<const QTextList*, int> counts;
     QString result;
+    const bool remembersParagraphs = document.property(remembers).toBool();
+    const bool hasTables = !document.rootFrame()->childFrames().isEmpty();
+    Place before;
     for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
-        if (block.blockNumber() > 0)
-            result += u'\n';
+        if (hasTables && ComposeFormat::isSpacer(block))
+            continue;
+        const Place place = hasTables ? Place::of(block) : Place();
+        if (!before.isFirst)
+            result += place.isBesides(before) ? u'\t' : u'\n';
+        before = place;
+        before.isFirst = false;
         const QString prefix = u"> "_s.repeated(ComposeFormat::quoteLevel(block.blockFormat()));
         result += prefix;
         if (const QTextList* const list = block.textList())
-            result += u'\t' + marker(*list, block, ++counts[list]) + u'\t';
-        QString text = block.text();
-        text.replace(noBreakSpace, u' ');
-        text.remove(QChar::ObjectReplacementCharacter);
-        text.replace(lineSeparator, u'\n' + prefix);
+            result += u'\t' + marker(*list, block, counts[list]++) + u'\t';
+        const auto write = [&block] {
+            QString text = block.text();
+            text.replace(noBreakSpace, u' ');
+            return text.remove(QChar::ObjectReplacementCharacter);
+        };
+        QString text = remembersParagraphs ? remembered(block, &Written::text, write) : write();
+        if (text.contains(lineSeparator))
+            text.replace(lineSeparator, u'\n' + prefix);
         result += text;
     }
     return result;

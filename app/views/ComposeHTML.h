@@ -25,10 +25,29 @@ std::optional<QString> write(const QTextDocument& document);
 /// with "> " for each level.
 QString plainText(const QTextDocument& document);
 
-/// Replaces the document by what the HTML shows, and forgets its undo steps. Images, rules and the layout of
-/// tables are left out.
-void read(const QString& html, QTextDocument& document, const ComposeFormat::Sizes& sizes);
+/// From now on `write` and `plainText` write again only the paragraphs of the document that have changed; for
+/// a document that is written again and again.
+void rememberParagraphs(QTextDocument& document);
 
+/// What of an HTML text a document does not hold.
+struct Losses {
+    bool images = false; ///< their words stand for them
+    bool styles = false; ///< style sheets
+    bool tables = false; ///< those that are too large or too deep; their rows are paragraphs
+
+    bool isEmpty() const { return !images && !styles && !tables; }
+    bool operator==(const Losses&) const = default;
+};
+
+/// Replaces the document by what the HTML shows, and forgets its undo steps. Rules are left out.
+Losses read(const QString& html, QTextDocument& document, const ComposeFormat::Sizes& sizes);
+
+/// Tables deeper than this, wider, or with more cells in all of a text are read row by row.
+inline constexpr std::size_t maximumTableDepth = 3;
+inline constexpr int maximumColumns = 64;
+inline constexpr int maximumCells = 5'000;
+/// Cells that span others beyond these are single ones.
+inline constexpr int maximumMerges = 200;
 /// The most lines that one paragraph keeps together. Longer ones go on in another.
 inline constexpr int maximumLinesOfParagraph = 200;
 /// The most items that one list keeps together. Longer ones go on in another.

@@ -1,16 +1,18 @@
+#include "views/ComposeHTMLReader.h"
+
 #include "domain/Text.h"
 #include "safety/HTMLSanitizer.h"
 #include "safety/SanitizerOptions.h"
-#include "views/ComposeHTML.h"
 
 #include <QBrush>
-#include <QColor>
 #include <QFont>
 #include <QHash>
+#include <QSize>
+#include <QTextBlock>
 #include <QTextCursor>
 #include <QTextDocument>
-#include <QTextDocumentFragment>
 #include <QTextList>
+#include <QTextTable>
 
 #include <algorithm>
 #include <array>
@@ -23,9 +25,6 @@ namespace Larkhaven::ComposeHTML {
 namespace {
 
 constexpr char16_t noBreakSpace = 0xa0;
-constexpr qsizetype longestReference = 32;
-constexpr qsizetype mostFamilies = 4;
-constexpr qsizetype longestFamily = 64;
 
 template <std::size_t size>
 bool isOneOf(const std::array<QLatin1StringView, size>& names, QStringView name)
@@ -48,245 +47,13 @@ constexpr std::array italicTags{"i"_L1, "em"_L1, "cite"_L1, "var"_L1, "dfn"_L1, 
 constexpr std::array strikeTags{"s"_L1, "strike"_L1, "del"_L1};
 constexpr std::array fixedTags{"code"_L1, "tt"_L1, "kbd"_L1, "samp"_L1, "pre"_L1};
 
-/// The character references of a text. Names that the table of the sanitizer doesn't hold are asked of Qt,
-/// each once.
-class References {
-public:
-    QString decoded(QStringView text)
-    {
-        QString result;
-        result.reserve(text.size());
-        qsizetype position = 0;
-        while (position < text.size()) {
-            const qsizetype ampersand = text.indexOf(u'&', position);
-            if (ampersand < 0)
-                break;
-            result += text.sliced(position, ampersand - position);
-            position = ampersand + takeReference(text.sliced(ampersand), result);
-        }
-        return result += text.sliced(position);
-    }
-
-private:
-    /// Adds what stands for the reference at the start of the text; gives its length.
-    qsizetype takeReference(QStringView text, QString& result)
-    {
-        qsizetype end = 1;
-        const auto isPart = [](QChar character) {
-            return character == u'#' || (character.unicode() < 128 && character.isLetterOrNumber());
-        };
-        while (end < text.size() && end <= longestReference && isPart(text[end]))
-            ++end;
-        const QString reference = text.first(end).toString();
-        const QString character = value(reference);
-        if (character.isEmpty()) {
-            result += u'&';
-            return 1;
-        }
-        result += character;
-        return end < text.size() && text[end] == u';' ? end + 1 : end;
-    }
-
-    QString value(const QString& reference)
-    {
-        if (const auto known = m_known.constFind(reference); known != m_known.constEnd())
-            return *known;
-        if (m_known.size() >= maximumNames)
-            return {};
-        const QString terminated = reference + u';';
-        QString found = HTMLSanitizer::decodeEntities(terminated);
-        if (found == terminated)
-            found = QTextDocumentFragment::fromHtml(terminated).toPlainText();
-        if (found == terminated || found.contains(QChar::Null))
-            found.clear();
-        m_known.insert(reference, found);
-        return found;
-    }
-
-    QHash<QString, QString> m_known;
-};
-
-/// The declarations of a style attribute, names in lower case; of several of one name the last.
-QHash<QString, QString> declarations(QStringView style)
+/// Whether it isn't displayed, "!important" or not.
+bool isNotShown(const QHash<QString, QString>& style)
 {
-    QHash<QString, QString> found;
-    for (const QStringView declaration : style.tokenize(u';')) {
-        const qsizetype colon = declaration.indexOf(u':');
-        if (colon > 0)
-            found.insert(Text::asciiLowered(declaration.first(colon).trimmed()),
-                         declaration.sliced(colon + 1).trimmed().toString());
-    }
-    return found;
+    return style.value(u"display"_s).startsWith("none"_L1, Qt::CaseInsensitive);
 }
 
-std::optional<QColor> color(const QString& text)
-{
-    const QString lowered = Text::asciiLowered(text);
-    QColor result;
-    if (lowered.startsWith("rgb"_L1)) {
-        const qsizetype open = lowered.indexOf(u'(');
-        const qsizetype close = lowered.indexOf(u')');
-        if (open < 0 || close < open)
-            return std::nullopt;
-        QString inner = lowered.sliced(open + 1, close - open - 1);
-        const QStringList parts =
-            inner.replace(u'/', u' ').replace(u',', u' ').split(u' ', Qt::SkipEmptyParts);
-        if (parts.size() < 3 || (parts.size() > 3 && parts[3].toDouble() <= 0))
-            return std::nullopt;
-        result.setRgb(std::clamp(static_cast<int>(parts[0].toDouble()), 0, 255),
-                      std::clamp(static_cast<int>(parts[1].toDouble()), 0, 255),
-                      std::clamp(static_cast<int>(parts[2].toDouble()), 0, 255));
-    } else {
-        // Only names and hexadecimal digits of this shape are for Qt to read.
-        constexpr qsizetype longestName = 24;
-        if (lowered.isEmpty() || lowered.size() > longestName)
-            return std::nullopt;
-        result.setNamedColor(lowered);
-    }
-    if (!result.isValid() || result.alpha() == 0)
-        return std::nullopt;
-    return result;
-}
-
-/// A length or a share of `parent`, in points of the message.
-std::optional<double> fontSize(const QString& text, double parent, double base)
-{
-    static const QHash<QString, double> names{{u"xx-small"_s, 0.6}, {u"x-small"_s, 0.75}, {u"small"_s, 0.89},
-                                              {u"medium"_s, 1},     {u"large"_s, 1.2},    {u"x-large"_s, 1.5},
-                                              {u"xx-large"_s, 2}};
-    static const QHash<QString, double> units{{u"px"_s, 1}, {u"pt"_s, 4.0 / 3.0}};
-    const QString value = Text::asciiLowered(text);
-    if (const auto name = names.constFind(value); name != names.constEnd())
-        return base * *name;
-    if (value == "smaller"_L1)
-        return parent / 1.2;
-    if (value == "larger"_L1)
-        return parent * 1.2;
-    qsizetype digits = 0;
-    while (digits < value.size() && (value[digits].isDigit() || value[digits] == u'.'))
-        ++digits;
-    bool isNumber = false;
-    const double number = value.first(digits).toDouble(&isNumber);
-    const QString unit = value.sliced(digits).trimmed();
-    if (!isNumber || !(number > 0))
-        return std::nullopt;
-    if (const auto known = units.constFind(unit); known != units.constEnd())
-        return number * *known;
-    if (unit == "em"_L1)
-        return number * parent;
-    if (unit == "rem"_L1)
-        return number * base;
-    if (unit == "%"_L1)
-        return number / 100 * parent;
-    return std::nullopt;
-}
-
-QStringList families(const QString& text)
-{
-    QStringList found;
-    for (const QStringView piece : QStringView(text).tokenize(u',')) {
-        QString name = piece.trimmed().toString();
-        name.remove(u'\'').remove(u'"');
-        if (!name.isEmpty() && name.size() <= longestFamily && found.size() < mostFamilies)
-            found.append(name);
-    }
-    return found;
-}
-
-QTextListFormat::Style listStyle(bool isOrdered, const QString& type)
-{
-    if (type == "a"_L1 || type == "lower-alpha"_L1 || type == "lower-latin"_L1)
-        return QTextListFormat::ListLowerAlpha;
-    if (type == "A"_L1 || type == "upper-alpha"_L1 || type == "upper-latin"_L1)
-        return QTextListFormat::ListUpperAlpha;
-    if (type == "i"_L1 || type == "lower-roman"_L1)
-        return QTextListFormat::ListLowerRoman;
-    if (type == "I"_L1 || type == "upper-roman"_L1)
-        return QTextListFormat::ListUpperRoman;
-    return isOrdered ? QTextListFormat::ListDecimal : QTextListFormat::ListDisc;
-}
-
-struct Tag {
-    QStringView name;
-    QHash<QString, QString> attributes;
-    bool isEnd = false;
-};
-
-/// An element that is open, with what holds within it.
-struct Element {
-    QStringView name;
-    QTextCharFormat text;
-    double size = 0; ///< in points
-    QTextBlockFormat paragraph;
-    bool keepsSpace = false;
-    bool isHidden = false;
-    int list = -1; ///< the innermost list, as an index of the open ones
-};
-
-/// A list that is open.
-struct List {
-    QTextListFormat format;
-    QTextList* made = nullptr; ///< none before its first item
-    int firstNumber = 1;
-};
-
-/// Reads what the sanitizer has written: every tag is well formed, but tags need not nest.
-class Reader {
-public:
-    Reader(QStringView html, QTextDocument& document, const ComposeFormat::Sizes& sizes)
-        : m_html(html)
-        , m_cursor(&document)
-        , m_sizes(sizes)
-    {
-        Element root;
-        root.size = sizes.base;
-        m_open.push_back(root);
-    }
-
-    void run();
-
-private:
-    Tag readTag();
-    void skipStyle();
-    void startTag(const Tag& tag);
-    void endTag(QStringView name);
-    void leave();
-    void applyTag(const Tag& tag, Element& element);
-    void applyStyle(const Tag& tag, Element& element);
-    void applyParagraphStyle(const QHash<QString, QString>& style, Element& element);
-    void openList(const Tag& tag, Element& element);
-    void setSize(Element& element, double size) const;
-
-    void addText(QStringView raw);
-    void addCollapsed(const QString& text);
-    void addKept(const QString& text);
-    void insert(const QString& text);
-    void flushSpace();
-    void flushBreaks();
-    void lineBreak();
-    void beginParagraph();
-    void endParagraph();
-    void joinList();
-
-    Element& current() { return m_open.back(); }
-
-    QStringView m_html;
-    qsizetype m_position = 0;
-    QTextCursor m_cursor;
-    ComposeFormat::Sizes m_sizes;
-    References m_references;
-    std::vector<Element> m_open;
-    std::vector<List> m_lists;
-    QTextList* m_lastList = nullptr; ///< the list that was added to last
-    bool m_isItemDue = false;        ///< the next paragraph is the first one of a list item
-    bool m_hasText = false;          ///< there is a paragraph already
-    bool m_isInParagraph = false;
-    bool m_isGapDue = false; ///< an empty line comes before the next paragraph
-    bool m_isLineStart = true;
-    std::optional<QTextCharFormat> m_space; ///< a space that counts if text follows
-    int m_breaks = 0;                       ///< line breaks that count if text follows
-    int m_lines = 0;                        ///< of the paragraph
-};
+} // namespace
 
 void Reader::run()
 {
@@ -344,6 +111,7 @@ void Reader::skipStyle()
 void Reader::startTag(const Tag& tag)
 {
     if (tag.name == "style"_L1) {
+        m_losses.styles = true;
         skipStyle();
         return;
     }
@@ -357,25 +125,44 @@ void Reader::startTag(const Tag& tag)
         m_isGapDue = true;
         return;
     }
-    static constexpr std::array otherVoidTags{"img"_L1, "col"_L1, "wbr"_L1};
-    if (isOneOf(otherVoidTags, tag.name))
+    static constexpr std::array otherVoidTags{"col"_L1, "wbr"_L1};
+    if (isOneOf(otherVoidTags, tag.name)) {
+        if (tag.attributes.contains(u"alt"_s))
+            addImage(tag);
         return;
+    }
     const bool isBlock = isOneOf(blockTags, tag.name);
     if (isBlock)
         endParagraph();
+    m_wasGapDue = m_isGapDue;
     if (isOneOf(spacedTags, tag.name) && m_lists.empty())
         m_isGapDue = true;
     Element element = current();
     element.name = tag.name;
+    element.isTable = false;
+    element.isCell = false;
+    element.isClose = false;
     applyTag(tag, element);
     applyStyle(tag, element);
     m_open.push_back(element);
-    const bool isCell = tag.name == "td"_L1 || tag.name == "th"_L1;
-    if (isCell && m_isInParagraph) {
-        // A row of a table is a paragraph, its cells stand apart by tabs.
-        m_space.reset();
-        insert(u"\t"_s);
-    }
+    if (current().isCell || !(tag.name == "td"_L1 || tag.name == "th"_L1) || !m_isInParagraph)
+        return;
+    // A row of a table that is none here is a paragraph, its cells stand apart by tabs.
+    m_space.reset();
+    insert(u"\t"_s);
+}
+
+/// An image gives way to its words.
+void Reader::addImage(const Tag& tag)
+{
+    if (current().isHidden || isNotShown(declarations(tag.attributes.value(u"style"_s))))
+        return;
+    m_losses.images = true;
+    const QString words = tag.attributes.value(u"alt"_s).simplified();
+    if (words.isEmpty())
+        return;
+    flushBreaks();
+    insert(words);
 }
 
 void Reader::endTag(QStringView name)
@@ -391,17 +178,22 @@ void Reader::endTag(QStringView name)
 void Reader::leave()
 {
     const QStringView name = current().name;
+    const bool isClose = current().isClose;
     const bool isList = name == "ul"_L1 || name == "ol"_L1;
-    if (name == "li"_L1 && m_isItemDue)
+    if (name == "li"_L1 && m_isItemDue && !current().isHidden)
         beginParagraph();
-    if (isOneOf(blockTags, name))
+    if (isOneOf(blockTags, name) || current().isCell)
         endParagraph();
+    if (current().isCell)
+        closeCell();
+    else if (current().isTable)
+        closeTable();
     m_open.pop_back();
     if (isList && !m_lists.empty()) {
         m_lists.pop_back();
         m_isItemDue = false;
     }
-    if (isOneOf(spacedTags, name) && m_lists.empty())
+    if (isOneOf(spacedTags, name) && m_lists.empty() && !isClose)
         m_isGapDue = true;
 }
 
@@ -417,7 +209,10 @@ void Reader::openList(const Tag& tag, Element& element)
     List list;
     list.format.setStyle(listStyle(isOrdered, tag.attributes.value(u"type"_s)));
     list.format.setIndent(std::min(static_cast<int>(m_lists.size()) + 1, maximumListDepth));
-    list.firstNumber = tag.attributes.value(u"start"_s).toInt();
+    list.firstNumber =
+        std::clamp(tag.attributes.value(u"start"_s).toInt(), 0, ComposeFormat::largestListStart);
+    if (isOrdered)
+        ComposeFormat::setListStart(list.format, list.firstNumber);
     m_lists.push_back(list);
     element.list = static_cast<int>(m_lists.size()) - 1;
     // What stands in a list is an item, even where its tag is missing.
@@ -454,6 +249,13 @@ void Reader::applyTag(const Tag& tag, Element& element)
         m_isItemDue = true;
         m_isGapDue = false;
     }
+    if (name == "table"_L1 && !element.isHidden)
+        openTable(tag, element);
+    if (name == "tr"_L1)
+        openRow();
+    if ((name == "td"_L1 || name == "th"_L1) && !element.isHidden)
+        openCell(tag, element);
+    applyDirection(tag.attributes.value(u"dir"_s), element);
     if (name == "a"_L1)
         ComposeFormat::setLink(element.text, tag.attributes.value(u"href"_s));
     static const QHash<QString, double> factors{{u"h1"_s, 2},    {u"h2"_s, 1.5},  {u"h3"_s, 1.17},
@@ -482,7 +284,7 @@ void Reader::applyStyle(const Tag& tag, Element& element)
     }
     if (style.isEmpty())
         return;
-    if (style.value(u"display"_s).compare("none"_L1, Qt::CaseInsensitive) == 0)
+    if (isNotShown(style))
         element.isHidden = true;
     const QString weight = Text::asciiLowered(style.value(u"font-weight"_s));
     if (weight.startsWith("bold"_L1) || weight.toInt() >= QFont::DemiBold)
@@ -511,9 +313,44 @@ void Reader::applyStyle(const Tag& tag, Element& element)
     applyParagraphStyle(style, element);
 }
 
+void Reader::applyMargins(const QHash<QString, QString>& style, Element& element)
+{
+    // top, right, bottom, left; with fewer values the opposite one stands in.
+    const QStringList sides = style.value(u"margin"_s).simplified().split(u' ', Qt::SkipEmptyParts);
+    const auto side = [&](const QString& name, qsizetype place) {
+        QString text = style.value(name);
+        if (text.isEmpty() && !sides.isEmpty() && sides.size() <= 4)
+            text = sides.value(place, sides.value(place - 2, sides.constFirst()));
+        return margin(text, element.size);
+    };
+    const bool isList = element.name == "ul"_L1 || element.name == "ol"_L1 || element.name == "li"_L1 ||
+                        element.name == "blockquote"_L1;
+    if (!isList && isOneOf(blockTags, element.name)) {
+        const auto [left, right] = ComposeFormat::margins(element.paragraph);
+        ComposeFormat::setMargins(element.paragraph, left + side(u"margin-left"_s, 3).value_or(0),
+                                  right + side(u"margin-right"_s, 1).value_or(0));
+    }
+    // A paragraph that says that it has no margin stands close to the next.
+    if (element.name == "p"_L1 && side(u"margin-top"_s, 0) == 0 && side(u"margin-bottom"_s, 2) == 0) {
+        element.isClose = true;
+        m_isGapDue = m_wasGapDue;
+    }
+}
+
+void Reader::applyDirection(const QString& direction, Element& element)
+{
+    const QString lowered = Text::asciiLowered(direction);
+    if (lowered == "rtl"_L1)
+        element.paragraph.setLayoutDirection(Qt::RightToLeft);
+    else if (lowered == "ltr"_L1)
+        element.paragraph.setLayoutDirection(Qt::LeftToRight);
+}
+
 void Reader::applyParagraphStyle(const QHash<QString, QString>& style, Element& element)
 {
-    const QString alignment = Text::asciiLowered(style.value(u"text-align"_s));
+    applyMargins(style, element);
+    applyDirection(style.value(u"direction"_s), element);
+    const QString alignment = style.value(u"text-align"_s).toLower();
     if (alignment == "center"_L1)
         element.paragraph.setAlignment(Qt::AlignHCenter);
     else if (alignment == "right"_L1 || alignment == "end"_L1)
@@ -546,14 +383,14 @@ void Reader::addText(QStringView raw)
         addCollapsed(text);
 }
 
-bool isCollapsible(QChar character)
+static bool isCollapsible(QChar character)
 {
     return character == u' ' || character == u'\n' || character == u'\t' || character == u'\r' ||
            character == u'\f';
 }
 
 /// Spaces that only don't break in order not to be joined become plain ones.
-QString withPlainSpaces(const QString& text)
+static QString withPlainSpaces(const QString& text)
 {
     QString result = text;
     const auto isSpace = [&text](qsizetype index) {
@@ -618,13 +455,26 @@ void Reader::insert(const QString& text)
                (character.unicode() >= 0xfdd0 && character.unicode() <= 0xfdef);
     });
     m_cursor.insertText(clean, current().text);
+    constexpr qsizetype enough = 3;
+    if (m_lineStart.size() < enough)
+        m_lineStart += clean.first(std::min(clean.size(), enough));
     m_isLineStart = false;
+}
+
+/// The space behind the mark of a signature (RFC 3676, 4.3) is all that tells it from two dashes.
+void Reader::keepSignatureMark()
+{
+    if (m_space && m_lineStart == "--"_L1)
+        flushSpace();
+    m_lineStart.clear();
 }
 
 void Reader::flushSpace()
 {
-    if (m_space && !m_isLineStart)
+    if (m_space && !m_isLineStart) {
         m_cursor.insertText(u" "_s, *m_space);
+        m_lineStart += u' ';
+    }
     m_space.reset();
 }
 
@@ -643,6 +493,7 @@ void Reader::flushBreaks()
 void Reader::lineBreak()
 {
     beginParagraph();
+    keepSignatureMark();
     m_space.reset();
     ++m_breaks;
     m_isLineStart = true;
@@ -659,8 +510,11 @@ void Reader::beginParagraph()
         m_cursor.insertBlock(current().paragraph, current().text);
     } else {
         m_cursor.setBlockFormat(current().paragraph);
-        m_cursor.setBlockCharFormat(current().text);
+        // The first paragraph of a cell has the format of the cell, with its spans.
+        if (!m_isCellStart)
+            m_cursor.setBlockCharFormat(current().text);
     }
+    m_isCellStart = false;
     m_isGapDue = false;
     m_isLineStart = true;
     if (std::exchange(m_isItemDue, false))
@@ -672,8 +526,10 @@ void Reader::joinList()
     if (m_lists.empty())
         return;
     List& list = m_lists.back();
+    QTextListFormat unnumbered = list.format;
+    ComposeFormat::setListStart(unnumbered, 1);
     const bool goesOn = !list.made && list.firstNumber > 1 && m_lastList &&
-                        m_lastList->count() == list.firstNumber - 1 && m_lastList->format() == list.format;
+                        m_lastList->count() == list.firstNumber - 1 && m_lastList->format() == unnumbered;
     if (goesOn)
         list.made = m_lastList;
     if (list.made && list.made->count() < maximumItemsOfList)
@@ -687,6 +543,7 @@ void Reader::endParagraph()
 {
     if (!m_isInParagraph)
         return;
+    keepSignatureMark();
     // The last break of a paragraph makes no line by itself.
     m_breaks = std::max(0, m_breaks - 1);
     flushBreaks();
@@ -694,21 +551,32 @@ void Reader::endParagraph()
     m_isInParagraph = false;
     m_lines = 0;
     m_isLineStart = true;
+    // HTML goes from left to right where it doesn't say otherwise; a document looks at its letters.
+    const QTextBlock block = m_cursor.block();
+    if (!block.blockFormat().hasProperty(QTextFormat::LayoutDirection) &&
+        block.textDirection() == Qt::RightToLeft) {
+        QTextBlockFormat format;
+        format.setLayoutDirection(Qt::LeftToRight);
+        m_cursor.mergeBlockFormat(format);
+    }
 }
 
-} // namespace
-
-void read(const QString& html, QTextDocument& document, const ComposeFormat::Sizes& sizes)
+Losses read(const QString& html, QTextDocument& document, const ComposeFormat::Sizes& sizes)
 {
-    const SanitizedHTML clean = HTMLSanitizer::sanitize(html, SanitizerOptions());
+    // The sanitizer drops most images with their words. As another element they pass, without their source.
+    QString imageless = html;
+    imageless.replace("<img"_L1, "<wbr"_L1, Qt::CaseInsensitive);
+    const SanitizedHTML clean = HTMLSanitizer::sanitize(imageless, SanitizerOptions());
     document.setUndoRedoEnabled(false);
     QTextCursor everything(&document);
     everything.select(QTextCursor::Document);
     everything.removeSelectedText();
     everything.setBlockFormat(QTextBlockFormat());
     everything.setBlockCharFormat(QTextCharFormat());
-    Reader(clean.document, document, sizes).run();
+    Reader reader(clean.document, document, sizes);
+    reader.run();
     document.setUndoRedoEnabled(true);
+    return reader.losses();
 }
 
 } // namespace Larkhaven::ComposeHTML

@@ -1,5 +1,6 @@
 #include "views/ComposeHighlighter.h"
 
+#include "app/platform/SpellChecker.h"
 #include "views/ComposeFormat.h"
 #include "views/Style.h"
 
@@ -18,6 +19,8 @@ namespace {
 /// States of paragraphs: they say whether one waits.
 constexpr int looked = 0;
 constexpr int waiting = 1;
+/// Words of it are being looked up.
+constexpr int asked = 2;
 
 /// Addresses of any kind are no words.
 bool isAddress(QStringView piece)
@@ -34,15 +37,16 @@ bool isChecked(QStringView word)
 
 } // namespace
 
-ComposeHighlighter::ComposeHighlighter(QTextDocument* document, SpellChecker& checker,
+ComposeHighlighter::ComposeHighlighter(QTextDocument* document, Spelling& spelling,
                                        std::function<int()> typingPosition)
     : QSyntaxHighlighter(document)
-    , m_checker(checker)
+    , m_spelling(spelling)
     , m_typingPosition(std::move(typingPosition))
 {
     m_turn.setInterval(0);
     m_turn.setSingleShot(true);
     connect(&m_turn, &QTimer::timeout, this, &ComposeHighlighter::takeTurn);
+    connect(&spelling, &Spelling::learned, this, &ComposeHighlighter::followSpelling);
     connect(&Style::shared(), &Style::changed, this, &ComposeHighlighter::restart);
 }
 
@@ -50,6 +54,30 @@ void ComposeHighlighter::restart()
 {
     m_budget = textPerTurn;
     rehighlight();
+}
+
+void ComposeHighlighter::setLanguage(const QString& language)
+{
+    if (language == m_language)
+        return;
+    m_language = language;
+    m_isAsking = false;
+    restart();
+}
+
+/// What has been looked up is marked in later turns.
+void ComposeHighlighter::followSpelling(const QString& language)
+{
+    if (language != m_language || !std::exchange(m_isAsking, false))
+        return;
+    for (QTextBlock block = document()->begin(); block.isValid(); block = block.next()) {
+        if (block.userState() != asked)
+            continue;
+        block.setUserState(waiting);
+        m_firstWaiting =
+            m_firstWaiting < 0 ? block.blockNumber() : std::min(m_firstWaiting, block.blockNumber());
+        m_turn.start();
+    }
 }
 
 template <typename Visit>
@@ -82,7 +110,7 @@ void ComposeHighlighter::visitWords(const QString& text, Visit visit)
 void ComposeHighlighter::highlightBlock(const QString& text)
 {
     markLinks();
-    if (m_checker.language().isEmpty() || ComposeFormat::quoteLevel(currentBlock().blockFormat()) > 0) {
+    if (m_language.isEmpty() || ComposeFormat::quoteLevel(currentBlock().blockFormat()) > 0) {
         setCurrentBlockState(looked);
         return;
     }
@@ -118,8 +146,12 @@ void ComposeHighlighter::markSpelling(const QString& text)
     const int base = currentBlock().position();
     const int typingPosition = m_typingPosition();
     visitWords(text, [&](qsizetype start, qsizetype length) {
-        const QString word = text.sliced(start, length);
-        if (m_checker.isCorrect(word))
+        const Spelling::Verdict verdict = m_spelling.verdict(m_language, text.sliced(start, length));
+        if (verdict == Spelling::Verdict::unknown) {
+            m_isAsking = true;
+            setCurrentBlockState(asked);
+        }
+        if (verdict != Spelling::Verdict::wrong)
             return;
         const int first = static_cast<int>(start);
         const int count = static_cast<int>(length);
@@ -164,7 +196,7 @@ ComposeHighlighter::Word ComposeHighlighter::misspelledAt(int position) const
         if (position < first || position > first + length || !found.text.isEmpty())
             return;
         const QString word = text.sliced(start, length);
-        if (!m_checker.isCorrect(word))
+        if (m_spelling.verdict(m_language, word) == Spelling::Verdict::wrong)
             found = {static_cast<int>(first), word};
     });
     return found;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/platform/SpellChecker.h"
+#include "app/platform/Spelling.h"
 
 #include <QSyntaxHighlighter>
 #include <QTimer>
@@ -25,7 +25,10 @@ public:
 
     /// `typingPosition` gives the place of the text cursor, or -1: the word that ends there is still being
     /// typed, and not marked.
-    ComposeHighlighter(QTextDocument* document, SpellChecker& checker, std::function<int()> typingPosition);
+    ComposeHighlighter(QTextDocument* document, Spelling& spelling, std::function<int()> typingPosition);
+
+    /// The dictionary that the text is checked by; none where it is empty.
+    void setLanguage(const QString& language);
 
     /// A place in the text, with the misspelled word that is there.
     struct Word {
@@ -34,8 +37,8 @@ public:
     };
     /// The misspelled word at the position; its text is empty where there is none.
     Word misspelledAt(int position) const;
-    /// Whether no text waits for its turn.
-    bool isDone() const { return !m_turn.isActive(); }
+    /// Whether no text waits for its turn, or for a word to be looked up.
+    bool isDone() const { return !m_turn.isActive() && !m_isAsking; }
 
     /// The text cursor is at another place than before.
     void followCursor();
@@ -53,7 +56,11 @@ private:
     static void visitWords(const QString& text, Visit visit);
     void takeTurn();
 
-    SpellChecker& m_checker;
+    void followSpelling(const QString& language);
+
+    Spelling& m_spelling;
+    QString m_language;
+    bool m_isAsking = false; ///< some paragraphs hold words that are being looked up
     QTimer m_turn;
     qsizetype m_budget = textPerTurn;
     int m_firstWaiting = -1; ///< the first paragraph that waits for its turn

@@ -2,6 +2,7 @@
 
 #include "views/ComposeEditorController.h"
 #include "views/ComposeHTML.h"
+#include "views/QuietDocument.h"
 #include "views/Style.h"
 
 #include <QContextMenuEvent>
@@ -29,6 +30,7 @@ bool holdsFiles(const QMimeData& data)
 ComposeTextView::ComposeTextView(QWidget* parent)
     : QTextEdit(parent)
 {
+    setDocument(new QuietDocument(this));
     setObjectName("composeText"_L1);
     setAccessibleName(tr("Message"));
     setFrameShape(NoFrame);
@@ -47,11 +49,6 @@ void ComposeTextView::applyStyle()
     setPalette(own);
 }
 
-QVariant ComposeTextView::loadResource(int, const QUrl&)
-{
-    return {};
-}
-
 bool ComposeTextView::isRich() const
 {
     return controller && controller->isRichText();
@@ -68,24 +65,27 @@ void ComposeTextView::insertFromMimeData(const QMimeData* source)
 {
     if (isReadOnly())
         return;
-    if (isRich() && source->hasHtml()) {
-        const QString html = source->html();
-        if (html.size() <= longestPastedHTML) {
-            controller->insertHTML(html);
-            ensureCursorVisible();
-            return;
-        }
-    }
-    if (!source->hasText())
-        return;
-    endLinkBeforeTyping();
-    textCursor().insertText(source->text(), isRich() ? currentCharFormat() : QTextCharFormat());
+    const QString html = isRich() && source->hasHtml() ? source->html() : QString();
+    if (!html.isEmpty() && html.size() <= longestPastedHTML)
+        controller->insertHTML(html);
+    else if (source->hasText())
+        insertPastedText(source->text());
     ensureCursorVisible();
+}
+
+/// All text of the clipboard and of drops passes here.
+void ComposeTextView::insertPastedText(const QString& text)
+{
+    endLinkBeforeTyping();
+    const qsizetype length = std::min(text.size(), longestPastedText);
+    const bool splitsPair = length < text.size() && text[length - 1].isHighSurrogate();
+    textCursor().insertText(text.first(length - (splitsPair ? 1 : 0)),
+                            isRich() ? currentCharFormat() : QTextCharFormat());
 }
 
 QMimeData* ComposeTextView::createMimeDataFromSelection() const
 {
-    QTextDocument selected;
+    QuietDocument selected;
     QTextCursor(&selected).insertFragment(textCursor().selection());
     auto mime = std::make_unique<QMimeData>();
     mime->setText(ComposeHTML::plainText(selected));

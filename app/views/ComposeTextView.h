@@ -17,12 +17,12 @@ public:
     static constexpr int verticalInset = 10;
     /// Longer HTML of the clipboard is taken as its text.
     static constexpr qsizetype longestPastedHTML = 5'000'000;
+    /// What is longer is cut. In UTF-16 units.
+    static constexpr qsizetype longestPastedText = 5'000'000;
 
     explicit ComposeTextView(QWidget* parent = nullptr);
 
     QPointer<ComposeEditorController> controller;
-
-    QVariant loadResource(int type, const QUrl& name) override;
 
 protected:
     bool canInsertFromMimeData(const QMimeData* source) const override;
@@ -40,6 +40,7 @@ private:
     bool isRich() const;
     bool handleFormatKey(const QKeyEvent& event);
     void endLinkBeforeTyping();
+    void insertPastedText(const QString& text);
     void applyStyle();
 };
 

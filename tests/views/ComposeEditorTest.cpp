@@ -1,5 +1,6 @@
 #include "views/ComposeEditor.h"
 
+#include "app/platform/Spelling.h"
 #include "support/QtPrinters.h"
 #include "support/WaitUntil.h"
 #include "views/ComposeEditorController.h"
@@ -17,11 +18,15 @@
 #include <QMenu>
 #include <QMimeData>
 #include <QSignalSpy>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QTextBlock>
 #include <QTextList>
 
+#include <array>
 #include <gtest/gtest.h>
+#include <sys/inotify.h>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -436,12 +441,72 @@ TEST_F(ComposeEditorTest, WhatIsCopiedIsOurOwnHTMLAndText)
     EXPECT_FALSE(data->html().contains("-qt-"_L1));
 }
 
+/// Counts how often files of a folder are opened or looked at.
+class FileWatch {
+public:
+    explicit FileWatch(const QString& folder)
+        : m_watch(inotify_init1(IN_NONBLOCK))
+    {
+        EXPECT_GE(inotify_add_watch(m_watch, folder.toUtf8().constData(), IN_OPEN | IN_ACCESS), 0);
+    }
+    ~FileWatch() { close(m_watch); }
+    FileWatch(const FileWatch&) = delete;
+    FileWatch& operator=(const FileWatch&) = delete;
+
+    bool hasSeen() const
+    {
+        std::array<char, 4096> events{};
+        return read(m_watch, events.data(), events.size()) > 0;
+    }
+
+private:
+    int m_watch;
+};
+
 TEST_F(ComposeEditorTest, LoadsNothingWhateverAsks)
 {
+    const QTemporaryDir folder;
+    const QString image = folder.filePath(u"a.png"_s);
+    QImage picture(7, 7, QImage::Format_RGB32);
+    picture.fill(Qt::red);
+    ASSERT_TRUE(picture.save(image));
+    QFile sheet(folder.filePath(u"a.css"_s));
+    ASSERT_TRUE(sheet.open(QIODevice::WriteOnly));
+    sheet.write("div{color:red}");
+    sheet.close();
+    const FileWatch watch(folder.path());
     open({});
-    EXPECT_FALSE(view->loadResource(QTextDocument::ImageResource, QUrl(u"file:///etc/passwd"_s)).isValid());
-    EXPECT_FALSE(
-        view->document()->resource(QTextDocument::ImageResource, QUrl(u"https://t.example"_s)).isValid());
+    QTextDocument& document = *view->document();
+    const QStringList names{image,
+                            u"file://"_s + image,
+                            sheet.fileName(),
+                            u"file://"_s + sheet.fileName(),
+                            u":/qt-project.org/styles/commonstyle/images/file-16.png"_s,
+                            u"qrc:/qt-project.org/styles/commonstyle/images/file-16.png"_s,
+                            u"http://127.0.0.1:9/x.png"_s,
+                            u"data:image/png;base64,iVBORw0KGgo="_s};
+    for (const QString& name : names) {
+        for (const int type : {QTextDocument::HtmlResource, QTextDocument::ImageResource,
+                               QTextDocument::StyleSheetResource, QTextDocument::MarkdownResource}) {
+            const QVariant value = document.resource(type, QUrl(name));
+            // What is no valid value has Qt look for itself.
+            ASSERT_TRUE(value.isValid()) << name.toStdString();
+            if (type == QTextDocument::ImageResource)
+                EXPECT_EQ(value.value<QImage>().size(), QSize(1, 1)) << name.toStdString();
+            else
+                EXPECT_EQ(value.toString(), QString()) << name.toStdString();
+        }
+        // Even an image that got into the text is not looked for.
+        view->textCursor().insertImage(name);
+        paste(u"<link rel=stylesheet href='%1'><style>@import url(%1);</style><img src='%1'><div "
+              u"style='background:"
+              "url(%1)'>x</div><ul style='list-style-image:url(%1)'><li>y</ul>"_s.arg(name));
+    }
+    view->grab();
+    EXPECT_FALSE(watch.hasSeen());
+    // The watch does see.
+    EXPECT_FALSE(QImage(image).isNull());
+    EXPECT_TRUE(watch.hasSeen());
 }
 
 TEST_F(ComposeEditorTest, DroppedFilesGoToTheirHandlerAndOtherDropsIntoTheText)
@@ -516,6 +581,7 @@ protected:
 
     void waitForChecks()
     {
+        ASSERT_TRUE(waitUntil([] { return !Spelling::shared().languages().isEmpty(); }));
         settle();
         ASSERT_TRUE(waitUntil([this] { return controller.highlighter()->isDone(); }));
     }
@@ -579,8 +645,13 @@ TEST_F(ComposeSpellingTest, OffersSuggestionsAtTheTopOfTheMenu)
     QMenu menu;
     menu.addAction(u"Copy"_s);
     controller.addSpelling(menu, 5);
+    // They come when the dictionary has thought of them; the menu opens at once.
+    QAction* const place = action(menu, u"Looking for Suggestions…"_s);
+    ASSERT_TRUE(place);
+    EXPECT_FALSE(place->isEnabled());
+    ASSERT_TRUE(waitUntil([&] { return action(menu, u"world"_s); }));
     QAction* const suggestion = action(menu, u"world"_s);
-    ASSERT_TRUE(suggestion);
+    EXPECT_FALSE(action(menu, u"Looking for Suggestions…"_s));
     EXPECT_LT(menu.actions().indexOf(suggestion), menu.actions().indexOf(action(menu, u"Copy"_s)));
     EXPECT_TRUE(action(menu, u"Add to Dictionary"_s));
     EXPECT_TRUE(action(menu, u"Ignore"_s));
@@ -588,6 +659,30 @@ TEST_F(ComposeSpellingTest, OffersSuggestionsAtTheTopOfTheMenu)
     EXPECT_EQ(controller.text(), u"The world"_s);
     view->undo();
     EXPECT_EQ(controller.text(), u"The wrold"_s);
+}
+
+TEST_F(ComposeSpellingTest, ALongWordIsMarkedButNothingIsSuggestedForIt)
+{
+    open(QString(Spelling::longestSuggestedWord + 1, u'x') + u" is a word"_s, false);
+    waitForChecks();
+    ASSERT_TRUE(isMarked(0));
+    QMenu menu;
+    controller.addSpelling(menu, 1);
+    EXPECT_TRUE(action(menu, u"Ignore"_s));
+    EXPECT_FALSE(action(menu, u"Looking for Suggestions…"_s));
+}
+
+TEST_F(ComposeSpellingTest, AMenuThatIsGoneGetsNoSuggestions)
+{
+    open(u"The wrold"_s, false);
+    waitForChecks();
+    {
+        QMenu menu;
+        controller.addSpelling(menu, 5);
+    }
+    QMenu menu;
+    controller.addSpelling(menu, 5);
+    EXPECT_TRUE(waitUntil([&] { return action(menu, u"world"_s); }));
 }
 
 TEST_F(ComposeSpellingTest, AnIgnoredWordIsMarkedNoMore)
