@@ -9,9 +9,11 @@
 #include "views/MessageTable.h"
 #include "views/MessageTableView.h"
 #include "views/PlainAlert.h"
+#include "views/SavedFile.h"
 #include "views/SearchField.h"
 #include "views/SidebarPane.h"
 #include "views/SidebarView.h"
+#include "views/SourceWindows.h"
 #include "views/Style.h"
 #include "views/WelcomeView.h"
 
@@ -41,6 +43,7 @@ ContentView::ContentView(AppModel& model, ReaderView::Desktop desktop, QWidget* 
     , m_detail(new QStackedWidget)
     , m_listing(new MessageTableView(model))
     , m_compose(new ComposeWindows(model, ComposeView::systemDesktop(), ContactsService::shared(), this))
+    , m_sources(new SourceWindows(model, this))
 {
     setObjectName("main"_L1);
     resize(defaultSize);
@@ -71,7 +74,11 @@ ContentView::ContentView(AppModel& model, ReaderView::Desktop desktop, QWidget* 
     new LabelDialogs(model, this);
     connect(m_compose, &ComposeWindows::quitRequested, this, &QWidget::close);
     m_listing->table().setSavePanel(
-        [this](const QString& name) { return m_desktop.chooseSavePath(this, name); });
+        [this](const QString& name) { return m_desktop.chooseSavePath(this, SavedFile::name(name)); });
+    connect(&m_listing->table(), &MessageTable::sourceRequested, m_sources, &SourceWindows::open);
+    auto* const source = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_U), m_detail);
+    source->setContext(Qt::WidgetWithChildrenShortcut);
+    connect(source, &QShortcut::activated, this, &ContentView::showSource);
     connect(m_welcome, &WelcomeView::setupRequested, this, [this] {
         m_model.setImapSetupAccountID(std::nullopt);
         openSetup();
@@ -113,8 +120,16 @@ ReaderView& ContentView::reader()
         m_reader = new ReaderView(m_model, m_desktop);
         m_detail->addWidget(m_reader);
         connect(m_reader, &ReaderView::titleChanged, this, &ContentView::updateTitle);
+        connect(m_reader, &ReaderView::sourceRequested, this, &ContentView::showSource);
     }
     return *m_reader;
+}
+
+void ContentView::showSource()
+{
+    const QList<MessageSummary> rows = m_model.actedOn();
+    if (rows.size() == 1)
+        m_sources->open(rows.first());
 }
 
 void ContentView::showEvent(QShowEvent* event)

@@ -17,6 +17,7 @@ class IMAPSetupView;
 class MailToolbar;
 class MessageTableView;
 class SidebarPane;
+class SourceWindows;
 class SidebarView;
 class WelcomeView;
 
@@ -40,6 +41,7 @@ public:
     /// Opens the window that sets up an account, or raises it.
     void openSetup();
     ComposeWindows& composeWindows() const { return *m_compose; }
+    SourceWindows& sourceWindows() const { return *m_sources; }
 
 Q_SIGNALS:
     /// The window has closed, and nothing that was written is lost by the end of the program.
@@ -50,6 +52,7 @@ protected:
     void showEvent(QShowEvent* event) override;
 
 private:
+    void showSource();
     void followAccounts();
     void followPath();
     void followError();
@@ -69,6 +72,7 @@ private:
     QPointer<QMessageBox> m_alert;
     std::unique_ptr<IMAPSetupView> m_setup; ///< made on the first use
     ComposeWindows* m_compose;
+    SourceWindows* m_sources;
     bool m_isQuitting = false; ///< the user has been asked
     bool m_hasAppeared = false;
 };

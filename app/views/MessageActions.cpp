@@ -168,6 +168,10 @@ void MessageActions::addSender(QMenu& menu) const
                          &QAction::triggered, &m_model,
                          [address = row.from->address] { QGuiApplication::clipboard()->setText(address); });
     }
+    QAction* const source = named(menu.addAction(QMenu::tr("Show Source")), "showSource");
+    source->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_U));
+    QObject::connect(source, &QAction::triggered, &m_model,
+                     [row, showSource = m_showSource] { showSource(row); });
     QObject::connect(named(menu.addAction(QMenu::tr("Save As…")), "saveAs"), &QAction::triggered, &m_model,
                      [&model = m_model, row, choose = m_choose] {
                          model.start(model.saveMessage(row, choose), row.accountID);

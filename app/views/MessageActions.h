@@ -9,11 +9,15 @@ namespace Larkhaven {
 /// The menu of what can be done to messages: the context menu of the table.
 class MessageActions {
 public:
+    using ShowSource = std::function<void(const MessageSummary&)>;
+
     /// `items` are rows of one account, at least one. `choose` asks where a message is to be saved.
-    MessageActions(AppModel& model, QList<MessageSummary> items, AppModel::SavePanel choose)
+    MessageActions(AppModel& model, QList<MessageSummary> items, AppModel::SavePanel choose,
+                   ShowSource showSource)
         : m_model(model)
         , m_items(std::move(items))
         , m_choose(std::move(choose))
+        , m_showSource(std::move(showSource))
     {}
 
     void fill(QMenu& menu) const;
@@ -39,6 +43,7 @@ private:
     AppModel& m_model;
     QList<MessageSummary> m_items;
     AppModel::SavePanel m_choose;
+    ShowSource m_showSource;
 };
 
 } // namespace Larkhaven

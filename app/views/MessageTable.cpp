@@ -277,7 +277,11 @@ void MessageTable::contextMenuEvent(QContextMenuEvent* event)
     auto* const menu = new QMenu(this);
     menu->setObjectName("messageMenu"_L1);
     menu->setAttribute(Qt::WA_DeleteOnClose);
-    MessageActions(m_model, items, m_savePanel).fill(*menu);
+    const auto showSource = [table = QPointer(this)](const MessageSummary& message) {
+        if (table)
+            Q_EMIT table->sourceRequested(message);
+    };
+    MessageActions(m_model, items, m_savePanel, showSource).fill(*menu);
     menu->popup(event->reason() == QContextMenuEvent::Mouse
                     ? event->globalPos()
                     : viewport()->mapToGlobal(visualRect(clicked).bottomLeft()));
@@ -326,6 +330,15 @@ void MessageTable::keyPressEvent(QKeyEvent* event)
     if (isPlain && m_model.defaults().boolean(DefaultsKey::gmailShortcuts) && handleShortcut(event->text()))
         return;
     QTableView::keyPressEvent(event);
+}
+
+void MessageTable::mousePressEvent(QMouseEvent* event)
+{
+    // The context menu acts on the row under it, and leaves the selection as it is.
+    if (event->button() == Qt::RightButton)
+        event->accept();
+    else
+        QTableView::mousePressEvent(event);
 }
 
 void MessageTable::mouseDoubleClickEvent(QMouseEvent* event)

@@ -29,10 +29,15 @@ public:
     /// Asks where a message is to be saved.
     void setSavePanel(AppModel::SavePanel choose) { m_savePanel = std::move(choose); }
 
+Q_SIGNALS:
+    /// The bytes of the message are asked for.
+    void sourceRequested(const MessageSummary& row);
+
 protected:
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void leaveEvent(QEvent* event) override;

@@ -114,6 +114,12 @@ QVariant MessageTableModel::headerData(int section, Qt::Orientation orientation,
     return role == Qt::DisplayRole || role == Qt::ToolTipRole ? QVariant(columnTitle(column)) : QVariant();
 }
 
+Qt::ItemFlags MessageTableModel::flags(const QModelIndex& index) const
+{
+    const Qt::ItemFlags flags = QAbstractTableModel::flags(index);
+    return index.isValid() ? flags | Qt::ItemIsDragEnabled : flags;
+}
+
 SortedMessages::SortedMessages(AppModel& model, QObject* parent)
     : QSortFilterProxyModel(parent)
     , m_model(model)

@@ -20,6 +20,8 @@ public:
     int columnCount(const QModelIndex& parent = {}) const override;
     QVariant data(const QModelIndex& index, int role) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
+    /// Rows can be dragged.
+    Qt::ItemFlags flags(const QModelIndex& index) const override;
 
     const MessageSummary& row(int index) const { return m_rows[index]; }
     QString text(int row, MessageColumn column) const;

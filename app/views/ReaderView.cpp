@@ -8,8 +8,10 @@
 #include "views/AttachmentsRow.h"
 #include "views/EmptyStateView.h"
 #include "views/MessageHeaderBlock.h"
+#include "views/NoticeBanner.h"
 #include "views/PlainAlert.h"
 #include "views/ReaderBanner.h"
+#include "views/SavedFile.h"
 #include "views/SecureMessageView.h"
 #include "views/Style.h"
 
@@ -21,7 +23,6 @@
 #include <QPainter>
 #include <QProgressBar>
 #include <QPushButton>
-#include <QSaveFile>
 #include <QScrollArea>
 #include <QStackedLayout>
 #include <QStandardPaths>
@@ -89,6 +90,7 @@ ReaderView::ReaderView(AppModel& model, Desktop desktop, QWidget* parent)
     , m_content(new QWidget)
     , m_headers(new MessageHeaderBlock)
     , m_banner(new ReaderBanner)
+    , m_incomplete(new NoticeBanner(tr("Parts of this message could not be read."), tr("Show Source")))
     , m_card(new Card)
     , m_message(new SecureMessageView)
     , m_attachments(new AttachmentsRow)
@@ -107,6 +109,9 @@ ReaderView::ReaderView(AppModel& model, Desktop desktop, QWidget* parent)
     cardLayout->addWidget(m_message);
     auto* const bannerLine = new QVBoxLayout;
     bannerLine->setContentsMargins(Style::largePadding, 0, Style::largePadding, Style::padding);
+    bannerLine->setSpacing(Style::smallPadding);
+    m_incomplete->setObjectName("incompleteBanner"_L1);
+    bannerLine->addWidget(m_incomplete);
     bannerLine->addWidget(m_banner);
     auto* const cardLine = new QVBoxLayout;
     cardLine->setContentsMargins(Style::largePadding, 0, Style::largePadding, Style::padding);
@@ -133,7 +138,9 @@ ReaderView::ReaderView(AppModel& model, Desktop desktop, QWidget* parent)
 
     connect(m_headers, &MessageHeaderBlock::backRequested, this, [this] { m_model.setPath({}); });
     connect(m_banner, &ReaderBanner::loadRequested, this, [this] { setShowRemote(true); });
-    connect(m_attachments, &AttachmentsRow::saveRequested, this, &ReaderView::saveAttachment);
+    connect(m_incomplete, &NoticeBanner::clicked, this, &ReaderView::sourceRequested);
+    connect(m_attachments, &AttachmentsRow::saveRequested, this,
+            [this](const MailAttachment& attachment) { m_model.start(saveAttachment(attachment)); });
     connect(m_message, &SecureMessageView::linkActivated, this, &ReaderView::followLink);
     connect(m_message, &SecureMessageView::loadFinished, this, &ReaderView::shown);
     // The engine takes the keys in a child of its own, which comes and goes.
@@ -264,6 +271,7 @@ void ReaderView::update()
     const std::optional<MessageSummary> summary = m_model.message(m_messageID);
     m_headers->setHeaders(m_parsed->headers, summary ? std::optional(summary->date) : std::nullopt);
     m_banner->setState(m_rendered->blockedRemoteImages > 0 && !m_showRemote, m_rendered->trackers);
+    m_incomplete->setVisible(m_parsed->isIncomplete);
     m_attachments->setAttachments(m_parsed->listedAttachments());
     m_states->setCurrentWidget(m_scroll);
     m_message->display(*m_rendered, m_showRemote,
@@ -330,14 +338,13 @@ void ReaderView::openLink(const LinkRecord& link)
 
 // --- Attachments and keys
 
-void ReaderView::saveAttachment(const MailAttachment& attachment)
+Task<> ReaderView::saveAttachment(MailAttachment attachment)
 {
-    const QString path = m_desktop.chooseSavePath(this, attachment.filename);
+    const QString path = m_desktop.chooseSavePath(this, SavedFile::name(attachment.filename));
     if (path.isEmpty())
-        return;
-    QSaveFile file(path);
-    if (file.open(QIODevice::WriteOnly) && file.write(attachment.data) == attachment.data.size())
-        file.commit();
+        co_return;
+    const auto work = [path, data = attachment.data] { SavedFile::write(path, data); };
+    co_await runOnWorker(work);
 }
 
 bool ReaderView::handleKey(QKeyEvent* event)

@@ -19,6 +19,7 @@ namespace Larkhaven {
 class AttachmentsRow;
 class EmptyStateView;
 class MessageHeaderBlock;
+class NoticeBanner;
 class ReaderBanner;
 class SecureMessageView;
 
@@ -59,6 +60,8 @@ public:
 Q_SIGNALS:
     void titleChanged();
     void shown();
+    /// The bytes of the message on screen are asked for.
+    void sourceRequested();
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
@@ -74,7 +77,7 @@ private:
     void confirmLink(const LinkRecord& link, const QStringList& warnings);
     void openLink(const LinkRecord& link);
     QString destination(const LinkRecord& link) const;
-    void saveAttachment(const MailAttachment& attachment);
+    Task<> saveAttachment(MailAttachment attachment);
     void applyStyle();
 
     AppModel& m_model;
@@ -95,6 +98,7 @@ private:
     QWidget* m_content;
     MessageHeaderBlock* m_headers;
     ReaderBanner* m_banner;
+    NoticeBanner* m_incomplete;
     QWidget* m_card;
     SecureMessageView* m_message;
     AttachmentsRow* m_attachments;

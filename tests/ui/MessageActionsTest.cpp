@@ -20,7 +20,9 @@
 #include <QPointer>
 #include <QPushButton>
 #include <QTest>
+#include <QTimer>
 #include <QToolButton>
+#include <QWindow>
 
 using namespace Qt::StringLiterals;
 
@@ -59,9 +61,12 @@ protected:
     {
         MessageTable& table = mail.table();
         const QPoint place = table.visualRect(table.model()->index(row, 4)).center();
+        // What a display sends: the press, and the menu that it asks for.
+        QTest::mousePress(table.viewport(), Qt::RightButton, {}, place);
         QContextMenuEvent event(QContextMenuEvent::Mouse, place, table.viewport()->mapToGlobal(place));
         QApplication::sendEvent(table.viewport(), &event);
         QMenu* const menu = table.findChild<QMenu*>(u"messageMenu"_s);
+        QTest::mouseRelease(table.viewport(), Qt::RightButton, {}, place);
         EXPECT_TRUE(menu && waitUntil([menu] { return menu->isVisible(); }));
         return menu;
     }
@@ -118,6 +123,37 @@ protected:
         QApplication::sendEvent(sidebar.viewport(), &event);
         return event.isAccepted();
     }
+    /// Presses on a row, moves to a mailbox of the sidebar and lets go, as a display tells of it.
+    void dragTo(int row, const QString& mailbox)
+    {
+        QWindow& window = *mail.window->windowHandle();
+        const auto placeIn = [this](const QWidget& widget, const QPoint& place) {
+            return widget.mapTo(mail.window.get(), place);
+        };
+        MessageTable& table = mail.table();
+        const QPoint start =
+            placeIn(*table.viewport(), table.visualRect(table.model()->index(row, 4)).center());
+        SidebarView& sidebar = mail.window->sidebar();
+        const QPoint end = placeIn(*sidebar.viewport(), sidebar.visualRect(sidebarRow(mailbox)).center());
+        // The drag has an event loop of its own, in which the later steps come. (A timer that has begun one
+        // of them would not come again before its end.)
+        const QList<std::function<void()>> steps{
+            [&] { QTest::mouseMove(&window, (start + end) / 2); },
+            [&] { QTest::mouseMove(&window, end + QPoint(1, 0)); },
+            [&] { QTest::mouseMove(&window, end); },
+            [&] { QTest::mouseRelease(&window, Qt::LeftButton, {}, end); },
+        };
+        int left = static_cast<int>(steps.size());
+        for (qsizetype index = 0; index < steps.size(); ++index) {
+            QTimer::singleShot(std::chrono::milliseconds(50) * (index + 1), &window, [&, index] {
+                steps[index]();
+                --left;
+            });
+        }
+        QTest::mousePress(&window, Qt::LeftButton, {}, start);
+        QTest::mouseMove(&window, start + QPoint(QApplication::startDragDistance() + 5, 5));
+        EXPECT_TRUE(waitUntil([&] { return left == 0; }));
+    }
     QList<ComposeWindow*> windows() { return mail.window->composeWindows().windows(); }
     QDialog* sheet() { return mail.window->findChild<QDialog*>(u"labelSheet"_s); }
 
@@ -137,11 +173,11 @@ TEST_F(ActionsTest, OffersWhatCanBeDoneToOneMessage)
 {
     select({u"2"_s});
     QMenu* const menu = menuOn(1);
-    EXPECT_EQ(
-        titles(*menu),
-        QStringList({u"Open"_s, u"-"_s, u"Reply"_s, u"Reply All"_s, u"Forward"_s, u"-"_s, u"Mark as Read"_s,
-                     u"Add Star"_s, u"-"_s, u"Archive"_s, u"Move To"_s, u"Mark as Junk"_s, u"Delete"_s,
-                     u"-"_s, u"Show Messages from Sender"_s, u"Copy Sender Address"_s, u"Save As…"_s}));
+    EXPECT_EQ(titles(*menu),
+              QStringList({u"Open"_s, u"-"_s, u"Reply"_s, u"Reply All"_s, u"Forward"_s, u"-"_s,
+                           u"Mark as Read"_s, u"Add Star"_s, u"-"_s, u"Archive"_s, u"Move To"_s,
+                           u"Mark as Junk"_s, u"Delete"_s, u"-"_s, u"Show Messages from Sender"_s,
+                           u"Copy Sender Address"_s, u"Show Source"_s, u"Save As…"_s}));
     const auto* const targets = menu->findChild<QMenu*>(u"moveTo"_s);
     EXPECT_EQ(titles(*targets), QStringList({u"Inbox"_s, u"Archive"_s, u"Junk"_s, u"Trash"_s, u"-"_s,
                                              u"Projects"_s, u"Projects/A && B"_s}));
@@ -359,6 +395,32 @@ TEST_F(ActionsTest, ActsOnTheOpenMessageFromTheToolbar)
 }
 
 // --- Dragging onto the sidebar
+
+TEST_F(ActionsTest, DraggingARowTakesItsWholeSelectionToTheMailbox)
+{
+    select({u"2"_s, u"3"_s});
+    dragTo(1, u"Trash"_s);
+    ASSERT_TRUE(waitUntil([this] { return !provider().calls(u"trash"_s).isEmpty(); }));
+    EXPECT_EQ(provider().calls(u"trash"_s), QStringList(u"trash 2,3"_s));
+}
+
+TEST_F(ActionsTest, DraggingARowOutsideTheSelectionTakesItAlone)
+{
+    select({u"2"_s, u"3"_s});
+    dragTo(0, u"Projects"_s);
+    ASSERT_TRUE(waitUntil([this] { return !provider().calls(u"moveToLabel"_s).isEmpty(); }));
+    EXPECT_TRUE(provider().calls(u"moveToLabel"_s).constFirst().startsWith("moveToLabel 1 "_L1));
+    EXPECT_EQ(model().messages().size(), 3);
+}
+
+TEST_F(ActionsTest, ADragThatEndsWhereNothingIsTakenMovesNothing)
+{
+    select({u"2"_s});
+    dragTo(1, u"Inbox"_s);
+    settle();
+    EXPECT_TRUE(provider().calls(u"moveToInbox"_s).isEmpty());
+    EXPECT_EQ(model().messages().size(), 4);
+}
 
 TEST_F(ActionsTest, MovesDroppedMessagesIntoAFolder)
 {

@@ -8,6 +8,7 @@
 #include "views/AttachmentChip.h"
 #include "views/ComposeWindows.h"
 #include "views/EmptyStateView.h"
+#include "views/SourceWindows.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -15,6 +16,8 @@
 #include <QLabel>
 #include <QMenu>
 #include <QMessageBox>
+#include <QPlainTextEdit>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QScrollBar>
 #include <QTest>
@@ -163,6 +166,14 @@ TEST_F(ReaderViewTest, ShowsAProgressIndicatorWithTheSubjectOfTheRowWhileItLoads
     mail->model().open(*mail->model().message(u"2"_s));
     EXPECT_EQ(mail->window->windowTitle(), u"Subject 2");
     EXPECT_FALSE(label("readerSubject").isVisible());
+    auto* const progress = reader().findChild<QProgressBar*>();
+    ASSERT_TRUE(progress);
+    EXPECT_TRUE(progress->isVisible());
+    // It moves, as nobody knows how long it takes.
+    EXPECT_EQ(progress->minimum(), progress->maximum());
+    mail->fixture.provider().completeAll();
+    ASSERT_TRUE(waitUntil([&] { return label("readerSubject").isVisible(); }));
+    EXPECT_FALSE(progress->isVisible());
 }
 
 TEST_F(ReaderViewTest, SaysWhyAMessageCouldNotBeLoaded)
@@ -302,25 +313,106 @@ TEST_F(ReaderViewTest, SavesAnAttachmentWhereTheUserSays)
     mail->savePath = folder.filePath(u"saved.csv"_s);
     QTest::mouseClick(chips[0], Qt::LeftButton);
     EXPECT_EQ(mail->suggestedNames, QStringList(u"R&D table.csv"_s));
+    ASSERT_TRUE(waitUntil([this] { return QFile::exists(mail->savePath); }));
     QFile saved(mail->savePath);
     ASSERT_TRUE(saved.open(QIODevice::ReadOnly));
     EXPECT_EQ(saved.readAll(), "a,b");
     takeScreenshot(*mail->window, u"reader-attachments"_s);
 }
 
-TEST_F(ReaderViewTest, SavesNothingWhenTheUserGivesUpOrTheFolderIsNotThere)
+TEST_F(ReaderViewTest, SavesNothingWhenTheUserGivesUp)
 {
     open(
         "Subject: x\r\nContent-Type: text/csv\r\nContent-Disposition: attachment; filename=a.csv\r\n\r\na,b");
-    const auto chips = mail->window->findChildren<AttachmentChip*>();
-    ASSERT_EQ(chips.size(), 1);
-    QTest::mouseClick(chips[0], Qt::LeftButton);
+    QTest::mouseClick(mail->window->findChild<AttachmentChip*>(), Qt::LeftButton);
+    settle();
+    EXPECT_EQ(mail->suggestedNames.size(), 1);
+    EXPECT_FALSE(mail->model().errorMessage());
+}
+
+TEST_F(ReaderViewTest, TellsThatAnAttachmentCouldNotBeSaved)
+{
+    open(
+        "Subject: x\r\nContent-Type: text/csv\r\nContent-Disposition: attachment; filename=a.csv\r\n\r\na,b");
     const QTemporaryDir folder;
     mail->savePath = folder.filePath(u"none/saved.csv"_s);
-    QTest::mouseClick(chips[0], Qt::LeftButton);
-    EXPECT_EQ(mail->suggestedNames.size(), 2);
+    QTest::mouseClick(mail->window->findChild<AttachmentChip*>(), Qt::LeftButton);
+    ASSERT_TRUE(waitUntil([this] { return mail->model().errorMessage().has_value(); }));
     EXPECT_FALSE(QFile::exists(mail->savePath));
-    EXPECT_FALSE(mail->model().errorMessage());
+}
+
+TEST_F(ReaderViewTest, SuggestsANameThatAFileCanHave)
+{
+    open("Subject: x\r\nContent-Type: text/csv\r\nContent-Disposition: attachment; filename*=utf-8''" +
+         QByteArray("%E2%82%AC").repeated(150) + ".csv\r\n\r\na,b");
+    QTest::mouseClick(mail->window->findChild<AttachmentChip*>(), Qt::LeftButton);
+    ASSERT_EQ(mail->suggestedNames.size(), 1);
+    EXPECT_EQ(mail->suggestedNames.constFirst(), QString(83, u'€') + u".csv"_s);
+}
+
+// --- What could not be read
+
+TEST_F(ReaderViewTest, SaysThatPartsCouldNotBeReadAndShowsTheSource)
+{
+    const QByteArray raw =
+        "From: Ada <ada@example.com>\r\nSubject: Broken\r\n"
+        "Content-Type: multipart/mixed; boundary=b\r\n\r\n--c\r\n\r\nhidden words\r\n--c--\r\n";
+    open(raw);
+    QWidget& banner = mail->child<QWidget>("incompleteBanner");
+    ASSERT_TRUE(banner.isVisible());
+    EXPECT_EQ(banner.findChild<QLabel*>(u"noticeText"_s)->text(),
+              u"Parts of this message could not be read."_s);
+    auto* const button = banner.findChild<QPushButton*>(u"noticeButton"_s);
+    EXPECT_EQ(button->text(), u"Show Source"_s);
+    takeScreenshot(*mail->window, u"reader-incomplete"_s);
+    QTest::mouseClick(button, Qt::LeftButton);
+    SourceWindows& sources = mail->window->sourceWindows();
+    ASSERT_TRUE(waitUntil([&] { return sources.window(u"1"_s) && sources.window(u"1"_s)->isVisible(); }));
+    QWidget& source = *sources.window(u"1"_s);
+    auto* const text = source.findChild<QPlainTextEdit*>();
+    EXPECT_EQ(text->toPlainText(), QString::fromLatin1(raw).replace(u"\r\n"_s, u"\n"_s).chopped(1));
+    EXPECT_TRUE(text->isReadOnly());
+    EXPECT_EQ(source.windowTitle(), u"Source of “Subject 1”"_s);
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&source));
+    takeScreenshot(source, u"source"_s);
+    QTest::mouseClick(button, Qt::LeftButton);
+    settle();
+    EXPECT_EQ(sources.window(u"1"_s), &source);
+}
+
+TEST_F(ReaderViewTest, SaysNothingOfPartsWhereAllWasRead)
+{
+    open("Subject: x\r\n\r\nHello");
+    EXPECT_FALSE(mail->child<QWidget>("incompleteBanner").isVisible());
+}
+
+TEST_F(ReaderViewTest, ControlUShowsTheSourceInReaderAndList)
+{
+    open(htmlMessage(filled(u"Hello"_s)));
+    SourceWindows& sources = mail->window->sourceWindows();
+    QTest::keyClick(&inputWidget(message()), Qt::Key_U, Qt::ControlModifier);
+    ASSERT_TRUE(waitUntil([&] { return sources.window(u"1"_s); }));
+    sources.window(u"1"_s)->close();
+    ASSERT_TRUE(waitUntil([&] { return !sources.window(u"1"_s); }));
+    mail->model().setPath({});
+    mail->model().setSelection({u"2"_s, u"3"_s});
+    mail->window->activateWindow();
+    mail->table().setFocus();
+    QTest::keyClick(&mail->table(), Qt::Key_U, Qt::ControlModifier);
+    settle();
+    EXPECT_FALSE(sources.window(u"2"_s));
+    mail->model().setSelection({u"1"_s});
+    QTest::keyClick(&mail->table(), Qt::Key_U, Qt::ControlModifier);
+    EXPECT_TRUE(waitUntil([&] { return sources.window(u"1"_s); }));
+}
+
+TEST_F(ReaderViewTest, ASourceThatCannotBeFetchedIsReported)
+{
+    open("Subject: x\r\n\r\nHello");
+    mail->fixture.provider().failNext(u"fetchRaw"_s, MailError::protocolError(u"Gone."_s));
+    mail->window->sourceWindows().open(*mail->model().message(u"2"_s));
+    EXPECT_TRUE(waitUntil([this] { return mail->model().errorMessage().has_value(); }));
+    EXPECT_FALSE(mail->window->sourceWindows().window(u"2"_s));
 }
 
 // --- Links
@@ -494,16 +586,35 @@ TEST_F(ReaderViewTest, GoesBackToTheListWithEscapeFromTheMessage)
     }
 }
 
-TEST_F(ReaderViewTest, GoesBackToTheListWithU)
+/// Counts keys on their way.
+class KeyCounter : public QObject {
+public:
+    int keys = 0;
+
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        keys += event->type() == QEvent::KeyPress ? 1 : 0;
+        return false;
+    }
+};
+
+TEST_F(ReaderViewTest, GoesBackToTheListWithUAloneAndKeepsItFromTheEngine)
 {
     open("Subject: x\r\n\r\nHello");
-    QTest::keyClick(&inputWidget(message()), Qt::Key_U, Qt::ControlModifier);
-    EXPECT_FALSE(mail->model().path().isEmpty());
-    QTest::keyClick(&inputWidget(message()), 'u');
-    EXPECT_TRUE(mail->model().path().isEmpty());
-    mail->read(u"1"_s);
-    QTest::keyClick(&reader(), 'u');
-    EXPECT_TRUE(mail->model().path().isEmpty());
+    for (QWidget* const target : {&inputWidget(message()), static_cast<QWidget*>(&reader())}) {
+        QTest::keyClick(target, 'x');
+        QTest::keyClick(target, 'U', Qt::ShiftModifier);
+        QTest::sendKeyEvent(QTest::Click, target, Qt::Key_U, u"u"_s, Qt::AltModifier);
+        QTest::sendKeyEvent(QTest::Click, target, Qt::Key_U, u"u"_s, Qt::MetaModifier);
+        EXPECT_FALSE(mail->model().path().isEmpty());
+        // What the engine's widget were to pass on would reach the reader.
+        KeyCounter engine;
+        reader().installEventFilter(&engine);
+        QTest::keyClick(target, 'u');
+        EXPECT_TRUE(mail->model().path().isEmpty());
+        EXPECT_EQ(engine.keys, target == &reader() ? 1 : 0);
+        mail->read(u"1"_s);
+    }
 }
 
 TEST_F(ReaderViewTest, PassesUOnWhereTheSingleKeyShortcutsAreOff)

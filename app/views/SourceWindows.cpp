@@ -1,0 +1,102 @@
+#include "views/SourceWindows.h"
+
+#include "domain/MailError.h"
+#include "platform/Tasks.h"
+#include "views/DisplayText.h"
+#include "views/SourceText.h"
+#include "views/Style.h"
+
+#include <QFontDatabase>
+#include <QPlainTextEdit>
+#include <QShortcut>
+#include <QVBoxLayout>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven {
+
+namespace {
+
+void applyStyle(QPlainTextEdit& text)
+{
+    const Style& style = Style::shared();
+    QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    font.setPixelSize(style.textSize());
+    text.setFont(font);
+    QPalette palette = text.palette();
+    palette.setColor(QPalette::Base, style.colors().surface);
+    palette.setColor(QPalette::Text, style.colors().text);
+    text.setPalette(palette);
+}
+
+QWidget* makeWindow(const QString& subject, const QString& source)
+{
+    auto* const window = new QWidget;
+    window->setObjectName("sourceWindow"_L1);
+    window->setAttribute(Qt::WA_DeleteOnClose);
+    const QString title = subject.isEmpty() ? SourceWindows::tr("(no subject)") : subject;
+    window->setWindowTitle(DisplayText::bounded(SourceWindows::tr("Source of “%1”").arg(title)));
+    window->resize(SourceWindows::defaultSize);
+    auto* const text = new QPlainTextEdit;
+    text->setObjectName("source"_L1);
+    text->setAccessibleName(SourceWindows::tr("Source"));
+    text->setReadOnly(true);
+    text->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    text->setLineWrapMode(QPlainTextEdit::NoWrap);
+    text->setUndoRedoEnabled(false);
+    text->setFrameShape(QFrame::NoFrame);
+    text->document()->setDocumentMargin(Style::padding);
+    applyStyle(*text);
+    QObject::connect(&Style::shared(), &Style::changed, text, [text] { applyStyle(*text); });
+    text->setPlainText(source);
+    auto* const layout = new QVBoxLayout(window);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(text);
+    QObject::connect(new QShortcut(QKeySequence::Close, window), &QShortcut::activated, window,
+                     &QWidget::close);
+    QObject::connect(new QShortcut(QKeySequence::Cancel, window), &QShortcut::activated, window,
+                     &QWidget::close);
+    return window;
+}
+
+} // namespace
+
+SourceWindows::SourceWindows(AppModel& model, QObject* parent)
+    : QObject(parent)
+    , m_model(model)
+{}
+
+SourceWindows::~SourceWindows()
+{
+    for (const QPointer<QWidget>& window : std::as_const(m_windows))
+        delete window;
+}
+
+void SourceWindows::open(const MessageSummary& row)
+{
+    m_model.start(show(row), row.accountID);
+}
+
+Task<> SourceWindows::show(MessageSummary row)
+{
+    const QPointer<SourceWindows> self(this);
+    if (!window(row.id)) {
+        const std::shared_ptr<MailProvider> source = m_model.provider(row.accountID);
+        if (!source)
+            throw MailError::notSignedIn();
+        const QByteArray raw = co_await source->fetchRaw(row.id);
+        const auto work = [raw] { return SourceText::shown(raw); };
+        const QString text = co_await runOnWorker(work);
+        if (!self)
+            co_return;
+        // It may have been asked for twice.
+        if (!window(row.id))
+            m_windows.insert(row.id, makeWindow(row.subject, text));
+    }
+    QWidget* const shown = window(row.id);
+    shown->show();
+    shown->raise();
+    shown->activateWindow();
+}
+
+} // namespace Larkhaven
