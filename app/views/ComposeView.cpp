@@ -41,17 +41,12 @@ QList<QUuid> idsOf(const QList<OutgoingAttachment>& attachments)
     return ids;
 }
 
-void call(const std::function<void(bool)>& told, bool value)
-{
-    if (told)
-        told(value);
-}
-
 } // namespace
 
 ComposeView::Desktop ComposeView::systemDesktop()
 {
-    return {[](QWidget* parent, std::function<void(QList<QUrl>)> chosen) {
+    Desktop desktop;
+    desktop.chooseFiles = [](QWidget* parent, std::function<void(QList<QUrl>)> chosen) {
         auto* const panel = new QFileDialog(parent);
         panel->setAttribute(Qt::WA_DeleteOnClose);
         panel->setFileMode(QFileDialog::ExistingFiles);
@@ -60,7 +55,8 @@ ComposeView::Desktop ComposeView::systemDesktop()
                              chosen(result == QDialog::Accepted ? panel->selectedUrls() : QList<QUrl>());
                          });
         panel->open();
-    }};
+    };
+    return desktop;
 }
 
 ComposeView::ComposeView(AppModel& model, const ComposeDraft& draft, bool isUnsaved,
@@ -75,6 +71,7 @@ ComposeView::ComposeView(AppModel& model, const ComposeDraft& draft, bool isUnsa
     , m_desktop(std::move(desktop))
     , m_contacts(contacts)
     , m_hooks(std::move(hooks))
+    , m_filesEnd(std::make_shared<Wakeup>())
 {
     setObjectName("compose"_L1);
     buildForm(draft);
@@ -84,7 +81,16 @@ ComposeView::ComposeView(AppModel& model, const ComposeDraft& draft, bool isUnsa
         followChange();
 }
 
-ComposeView::~ComposeView() = default;
+ComposeView::~ComposeView()
+{
+    m_filesEnd->notify();
+}
+
+void ComposeView::noteClosed()
+{
+    m_isClosed = true;
+    m_filesEnd->notify();
+}
 
 // --- The form
 
@@ -119,6 +125,12 @@ void ComposeView::buildForm(const ComposeDraft& draft)
     m_cc->setText(draft.cc);
     m_bcc->setText(draft.bcc);
     m_subject->setText(draft.subject);
+    m_notices = new QLabel(noticesText(draft.notices));
+    m_notices->setObjectName("notices"_L1);
+    m_notices->setTextFormat(Qt::PlainText);
+    m_notices->setWordWrap(true);
+    m_notices->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    m_notices->setVisible(!draft.notices.isEmpty());
     m_formatBar = new FormatBar(m_editor);
     m_text = new ComposeEditor(draft.body, draft.initialHTML, draft.isRichText, m_editor);
     m_attachments = new AttachmentStrip;
@@ -130,7 +142,7 @@ void ComposeView::buildForm(const ComposeDraft& draft)
     rows->setContentsMargins(0, 0, 0, 0);
     rows->setSpacing(0);
     for (QWidget* const row :
-         std::initializer_list<QWidget*>{m_from, m_to, m_cc, m_bcc, subjectRow, m_formatBar})
+         std::initializer_list<QWidget*>{m_from, m_to, m_cc, m_bcc, subjectRow, m_notices, m_formatBar})
         rows->addWidget(row);
     rows->addWidget(m_text, 1);
     auto* const scroll = new QScrollArea;
@@ -157,6 +169,16 @@ void ComposeView::buildForm(const ComposeDraft& draft)
     followRichText();
     connect(&Style::shared(), &Style::changed, this, &ComposeView::applyStyle);
     applyStyle();
+}
+
+QString ComposeView::noticesText(const QStringList& notices)
+{
+    QStringList lines;
+    for (const QString& notice : notices.first(std::min(notices.size(), mostNotices)))
+        lines.append(DisplayText::bounded(notice.simplified(), longestNotice));
+    if (const qsizetype rest = notices.size() - lines.size(); rest > 0)
+        lines.append(tr("And %1 more.").arg(rest));
+    return lines.join(u'\n');
 }
 
 void ComposeView::connectForm()
@@ -270,6 +292,12 @@ void ComposeView::applyStyle()
     m_note->setContentsMargins(Style::largePadding, Style::smallPadding, Style::largePadding,
                                Style::smallPadding);
     m_note->setWordWrap(true);
+    QPalette notices = m_notices->palette();
+    notices.setColor(QPalette::WindowText, colors.secondary);
+    m_notices->setPalette(notices);
+    m_notices->setFont(style.font(Style::Type::caption));
+    m_notices->setContentsMargins(Style::largePadding, Style::smallPadding, Style::largePadding,
+                                  Style::smallPadding);
     m_text->setMinimumHeight(style.scaled(6));
 }
 
@@ -299,9 +327,19 @@ bool ComposeView::hasUnsavedChanges() const
     if (!m_original)
         return false;
     return m_isUnsaved || m_isReading || m_to->text() != m_original->to || m_cc->text() != m_original->cc ||
-           m_bcc->text() != m_original->bcc || m_subject->text() != m_original->subject ||
-           m_editor.text() != m_original->body ||
+           m_bcc->text() != m_original->bcc || m_subject->text() != m_original->subject || hasOtherText() ||
            idsOf(m_attachments->attachments()) != idsOf(m_original->attachments);
+}
+
+/// Whether the text, or how it looks, is another than the original.
+bool ComposeView::hasOtherText() const
+{
+    if (!m_editor.isModified() || m_editor.length() > longestCompared)
+        return m_editor.isModified();
+    if (m_compared.first != m_editor.revision())
+        m_compared = {m_editor.revision(),
+                      m_editor.text() != m_original->body || m_editor.html() != m_original->initialHTML};
+    return m_compared.second;
 }
 
 void ComposeView::followChange()
@@ -323,43 +361,98 @@ void ComposeView::keep()
 
 void ComposeView::send()
 {
-    deliver(Delivery::send, {});
+    deliver(Delivery::send);
 }
 
-void ComposeView::save(const std::function<void(bool)>& ended)
+void ComposeView::save()
 {
-    deliver(Delivery::save, ended);
+    deliver(Delivery::save);
 }
 
-void ComposeView::deliver(Delivery delivery, const std::function<void(bool)>& ended)
+void ComposeView::deliver(Delivery delivery)
 {
     if (m_sending || m_closeState->finished)
-        return call(ended, false);
-    if (m_isReading && m_afterReading)
-        return call(ended, false);
-    if (m_isReading) {
-        m_afterReading = [this, delivery, ended](bool isComplete) {
-            // A message doesn't go out without a file that the user meant to be in it.
-            if (isComplete)
-                deliver(delivery, ended);
-            else
-                call(ended, false);
-        };
         return;
-    }
-    ComposeDraft draft = this->draft();
-    // It may end with the process.
-    draft.wasSending = draft.wasSending || delivery == Delivery::send;
-    m_model.keepForRecovery(draft);
-    setSending(true, delivery == Delivery::send ? tr("Sending…") : tr("Saving…"));
+    // What still waits for files may become the other.
+    if (std::exchange(m_delivery, delivery))
+        return;
     if (m_hooks.deliveryBegan)
-        m_hooks.deliveryBegan(draft.id);
-    spawn(runDelivery(this, &m_model, draft, delivery, m_hooks, ended), dropFailure);
+        m_hooks.deliveryBegan(draftID());
+    spawn(runDelivery(this, &m_model, m_hooks, draftID()), dropFailure);
 }
 
-Task<> ComposeView::runDelivery(QPointer<ComposeView> view, QPointer<AppModel> model, ComposeDraft draft,
-                                Delivery delivery, Hooks hooks, std::function<void(bool)> ended)
+Task<> ComposeView::runDelivery(QPointer<ComposeView> view, QPointer<AppModel> model, Hooks hooks, QUuid id)
 {
+    const Outcome outcome = co_await delivered(view, model, hooks);
+    if (view)
+        view->m_delivery.reset();
+    if (hooks.deliveryEnded)
+        hooks.deliveryEnded(id, outcome);
+}
+
+/// Whether all files that were to be attached are; a message doesn't go out without one.
+Task<bool> ComposeView::filesRead()
+{
+    const QPointer<ComposeView> self(this);
+    const std::shared_ptr<Wakeup> end = m_filesEnd;
+    const bool hasWaited = m_isReading;
+    while (self && !m_isClosed && m_isReading)
+        co_await end->wait(std::chrono::milliseconds(-1));
+    co_return self && !m_isClosed && !(hasWaited && m_wasFileRefused);
+}
+
+/// Tells what a stored draft loses before it is replaced; false where the user would rather keep it.
+Task<bool> ComposeView::lossesAccepted(Delivery delivery)
+{
+    const ComposeHTML::Losses& losses = m_editor.losses();
+    if (!m_draft.draftMessageID || losses.isEmpty() || m_hasAcceptedLosses)
+        co_return true;
+    QStringList lost;
+    if (losses.images)
+        lost.append(tr("images"));
+    if (losses.styles)
+        lost.append(tr("style sheets"));
+    if (losses.tables)
+        lost.append(tr("large tables"));
+    QMessageBox* const alert =
+        makePlainAlert(tr("Not all of this draft can be kept."),
+                       tr("The stored draft holds %1, which will be lost when it is replaced.")
+                           .arg(QLocale().createSeparatedList(lost)),
+                       QMessageBox::NoButton, window());
+    alert->setObjectName("lossAlert"_L1);
+    QPushButton* const replace = addDestructiveButton(
+        *alert, delivery == Delivery::send ? tr("Send Anyway") : tr("Save Anyway"), QMessageBox::ActionRole);
+    QPushButton* const cancel = alert->addButton(tr("Cancel"), QMessageBox::ActionRole);
+    alert->setDefaultButton(cancel);
+    alert->setEscapeButton(cancel);
+    const QPointer<ComposeView> self(this);
+    const QList<QAbstractButton*> buttons{replace, cancel};
+    const qsizetype answer = co_await answerTo(alert, buttons);
+    if (self)
+        m_hasAcceptedLosses = answer == 0;
+    co_return answer == 0;
+}
+
+Task<ComposeView::Outcome> ComposeView::delivered(QPointer<ComposeView> view, QPointer<AppModel> model,
+                                                  Hooks hooks)
+{
+    const bool isComplete = co_await view->filesRead();
+    if (!view || view->m_isClosed)
+        co_return Outcome::dropped;
+    if (!isComplete)
+        co_return Outcome::failed;
+    const Delivery delivery = *view->m_delivery;
+    const bool isAccepted = co_await view->lossesAccepted(delivery);
+    if (!view || view->m_isClosed)
+        co_return Outcome::dropped;
+    if (!isAccepted)
+        co_return Outcome::failed;
+    ComposeDraft draft = view->draft();
+    const bool wasSending = draft.wasSending;
+    // It may end with the process.
+    draft.wasSending = wasSending || delivery == Delivery::send;
+    model->keepForRecovery(draft);
+    view->setSending(true, delivery == Delivery::send ? tr("Sending…") : tr("Saving…"));
     std::exception_ptr error;
     try {
         if (delivery == Delivery::send)
@@ -370,24 +463,32 @@ Task<> ComposeView::runDelivery(QPointer<ComposeView> view, QPointer<AppModel> m
         error = std::current_exception();
     }
     if (!model)
-        co_return;
+        co_return Outcome::dropped;
     if (!error) {
         model->closeCompose(draft.id);
         if (view && !view->m_isClosed)
             view->finish();
-    } else {
-        const QString title = delivery == Delivery::send ? tr("Message Not Sent") : tr("Draft Not Saved");
-        const Failure failure{title, localizedText(error)};
-        if (view && !view->m_isClosed) {
-            view->setSending(false, {});
-            view->showError(failure);
-        } else if (hooks.lateFailure) {
-            hooks.lateFailure(draft, failure);
-        }
+        co_return Outcome::done;
     }
-    if (hooks.deliveryEnded)
-        hooks.deliveryEnded(draft.id, !error);
-    call(ended, !error);
+    const QString title = delivery == Delivery::send ? tr("Message Not Sent") : tr("Draft Not Saved");
+    const Failure failure{title, localizedText(error)};
+    draft.wasSending = wasSending;
+    if (view && !view->m_isClosed) {
+        view->failed(failure);
+    } else {
+        model->keepForRecovery(draft);
+        if (hooks.lateFailure)
+            hooks.lateFailure(draft, failure);
+    }
+    co_return Outcome::failed;
+}
+
+void ComposeView::failed(const Failure& failure)
+{
+    setSending(false, {});
+    // What is kept must not say any more that it was being sent. The account may be another one by now.
+    m_model.keepForRecovery(draft());
+    showError(failure);
 }
 
 void ComposeView::finish()
@@ -432,23 +533,29 @@ void ComposeView::showError(const Failure& failure)
 
 // --- Closing
 
-bool ComposeView::shouldClose(QWidget& window)
+bool ComposeView::shouldClose()
 {
     if (m_closeState->finished || m_sending || !hasUnsavedChanges())
         return true;
-    askToSave(window);
+    spawn(closeIfWanted(), dropFailure);
     return false;
 }
 
-void ComposeView::askToSave(QWidget& window, const std::function<void(bool)>& decided)
+Task<> ComposeView::closeIfWanted()
 {
-    if (m_sheet) {
-        m_sheet->raise();
-        return call(decided, false);
-    }
+    const QPointer<ComposeView> self(this);
+    const Choice choice = co_await askToSave();
+    if (self)
+        carryOut(choice);
+}
+
+Task<ComposeView::Choice> ComposeView::askToSave()
+{
+    if (m_sheet)
+        m_sheet->reject();
     m_sheet =
         makePlainAlert(tr("Do you want to save this message as a draft?"),
-                       tr("If you don't save, your changes will be lost."), QMessageBox::NoButton, &window);
+                       tr("If you don't save, your changes will be lost."), QMessageBox::NoButton, window());
     m_sheet->setObjectName("saveSheet"_L1);
     // Buttons of one role stand in the order in which they are added, whatever the desktop's own order is.
     QPushButton* const save = m_sheet->addButton(tr("Save"), QMessageBox::ActionRole);
@@ -456,15 +563,17 @@ void ComposeView::askToSave(QWidget& window, const std::function<void(bool)>& de
     QPushButton* const cancel = m_sheet->addButton(tr("Cancel"), QMessageBox::ActionRole);
     m_sheet->setDefaultButton(save);
     m_sheet->setEscapeButton(cancel);
-    connect(m_sheet, &QMessageBox::finished, this, [this, sheet = m_sheet.data(), save, discard, decided] {
-        m_sheet.clear();
-        if (sheet->clickedButton() == save)
-            return this->save(decided);
-        if (sheet->clickedButton() == discard)
-            this->discard();
-        call(decided, sheet->clickedButton() == discard);
-    });
-    m_sheet->open();
+    const QList<QAbstractButton*> buttons{save, discard, cancel};
+    const qsizetype answer = co_await answerTo(m_sheet, buttons);
+    co_return answer == 0 ? Choice::save : answer == 1 ? Choice::discard : Choice::cancel;
+}
+
+void ComposeView::carryOut(Choice choice)
+{
+    if (choice == Choice::save)
+        save();
+    else if (choice == Choice::discard)
+        discard();
 }
 
 // --- Files
@@ -500,8 +609,8 @@ Task<> ComposeView::readFiles(QList<QUrl> files)
     QStringList refused;
     while (true) {
         const qint64 total = m_attachments->total();
-        const auto work = [files, total] {
-            return ComposeFiles::read(files, total, MessageComposer::maxAttachmentBytes);
+        const auto work = [read = m_desktop.readFiles, files, total] {
+            return read(files, total, MessageComposer::maxAttachmentBytes);
         };
         const ComposeFiles::Files added = co_await runOnWorker(work);
         if (!self)
@@ -518,8 +627,8 @@ Task<> ComposeView::readFiles(QList<QUrl> files)
     if (!refused.isEmpty())
         showError({tr("Some Files Weren’t Attached"),
                    ComposeFiles::refusal(refused, MessageComposer::maxAttachmentBytes)});
-    if (const auto next = std::exchange(m_afterReading, nullptr))
-        next(refused.isEmpty());
+    m_wasFileRefused = !refused.isEmpty();
+    m_filesEnd->notify();
 }
 
 } // namespace Larkhaven

@@ -1,7 +1,9 @@
 #pragma once
 
 #include "model/AppModel.h"
+#include "platform/Wakeup.h"
 #include "views/ComposeEditorController.h"
+#include "views/ComposeFiles.h"
 #include "views/ContactsService.h"
 #include "views/WindowCloseGuard.h"
 
@@ -40,6 +42,10 @@ public:
     enum class Field { to, cc, bcc, subject };
     /// How a message leaves the window.
     enum class Delivery { send, save };
+    /// What became of it. `dropped`: the window was closed on purpose before it had begun.
+    enum class Outcome { done, failed, dropped };
+    /// The answer to whether unsaved changes are to be stored.
+    enum class Choice { save, discard, cancel };
 
     /// An alert.
     struct Failure {
@@ -53,13 +59,18 @@ public:
     struct Desktop {
         /// Lets the user choose files, and calls `chosen` with them, or with none.
         std::function<void(QWidget* parent, std::function<void(QList<QUrl>)> chosen)> chooseFiles;
+        /// Reads files, on a worker.
+        std::function<ComposeFiles::Files(QList<QUrl> files, qint64 total, qint64 limit)> readFiles =
+            ComposeFiles::read;
     };
     static Desktop systemDesktop();
 
     /// Told to whoever owns the window. They may outlive it.
     struct Hooks {
+        /// The user has asked for it; files may have to be read first.
         std::function<void(const QUuid& draftID)> deliveryBegan;
-        std::function<void(const QUuid& draftID, bool hasSucceeded)> deliveryEnded;
+        /// Comes once for each that began.
+        std::function<void(const QUuid& draftID, Outcome outcome)> deliveryEnded;
         /// The window has closed by now; the draft is kept for recovery.
         std::function<void(const ComposeDraft& draft, const Failure& failure)> lateFailure;
     };
@@ -67,6 +78,12 @@ public:
     /// Changes are kept so long after the last one, and while they go on so often.
     static constexpr int keepingDelay = 2'000;
     static constexpr int keepingInterval = 10'000;
+    /// Of a longer text every change counts as unsaved; a shorter one is compared, so that what was taken
+    /// back is no change. In characters.
+    static constexpr int longestCompared = 50'000;
+    /// Notices beyond these are only counted; each is cut to so many characters.
+    static constexpr qsizetype mostNotices = 8;
+    static constexpr qsizetype longestNotice = 300;
 
     /// `isUnsaved`: what the draft holds is stored nowhere, even if nothing changes any more.
     ComposeView(AppModel& model, const ComposeDraft& draft, bool isUnsaved,
@@ -80,6 +97,8 @@ public:
     /// The subject, or "New Message".
     QString title() const;
     bool isSending() const { return m_sending; }
+    /// Whether the message is to leave the window, or on its way.
+    bool isDelivering() const { return m_delivery.has_value(); }
     bool showsBcc() const { return m_showBcc; }
     bool isChoosingFiles() const { return m_choosingFiles; }
     const std::optional<Failure>& error() const { return m_error; }
@@ -88,20 +107,24 @@ public:
 
     bool hasUnsavedChanges() const;
     /// Whether the window may close now; where it may not, the user is asked.
-    bool shouldClose(QWidget& window);
+    bool shouldClose();
 
     void send();
-    /// Stores the draft and closes the window; `ended` is called with whether it was stored.
-    void save(const std::function<void(bool)>& ended = {});
+    /// Stores the draft and closes the window.
+    void save();
     /// Closes the window, and with it goes what it holds.
     void discard();
+    /// Asks whether to save, in place of an earlier question that is still open. `cancel` where the window
+    /// goes.
+    Task<Choice> askToSave();
+    void carryOut(Choice choice);
     void addFiles(const QList<QUrl>& files);
     void setShowsBcc(bool isShown);
     void showError(const Failure& failure);
     /// The window has closed; what is told from now on must not be told to it.
-    void noteClosed() { m_isClosed = true; }
-    /// Asks whether to save; `decided` is called with whether the window closed, or will.
-    void askToSave(QWidget& window, const std::function<void(bool)>& decided = {});
+    void noteClosed();
+    /// Keeps what is unsaved for recovery, without waiting for a pause.
+    void keep();
 
 Q_SIGNALS:
     void titleChanged();
@@ -116,20 +139,27 @@ private:
     void fillAccounts();
     void attach();
     Task<> readFiles(QList<QUrl> files);
-    void deliver(Delivery delivery, const std::function<void(bool)>& ended);
-    static Task<> runDelivery(QPointer<ComposeView> view, QPointer<AppModel> model, ComposeDraft draft,
-                              Delivery delivery, Hooks hooks, std::function<void(bool)> ended);
+    Task<> closeIfWanted();
+    void deliver(Delivery delivery);
+    static Task<> runDelivery(QPointer<ComposeView> view, QPointer<AppModel> model, Hooks hooks, QUuid id);
+    static Task<Outcome> delivered(QPointer<ComposeView> view, QPointer<AppModel> model, Hooks hooks);
+    Task<bool> filesRead();
+    Task<bool> lossesAccepted(Delivery delivery);
+    void failed(const Failure& failure);
     void finish();
     void setSending(bool sending, const QString& progress);
     void followChange();
-    void keep();
     void followRichText();
+    bool hasOtherText() const;
+    static QString noticesText(const QStringList& notices);
     void applyStyle();
     void setInitialFocus();
 
     AppModel& m_model;
     ComposeDraft m_draft;
     std::optional<ComposeDraft> m_original; ///< what to compare with for unsaved changes
+    /// The last comparison: the revision of the text, and whether it was another than the original.
+    mutable std::pair<int, bool> m_compared{-1, false};
     bool m_isUnsaved;
     bool m_showBcc = false;
     bool m_sending = false;
@@ -145,12 +175,17 @@ private:
     ComposeEditorController m_editor;
     QList<QList<QUrl>> m_waitingFiles; ///< what is added while other files are read
     bool m_isReading = false;
-    std::function<void(bool)> m_afterReading; ///< what waits for the files
+    bool m_hasAcceptedLosses = false;
+    bool m_wasFileRefused = false; ///< while the last files were read
+    std::shared_ptr<Wakeup>
+        m_filesEnd; ///< tells a delivery that waits for files of their end, or the window's
+    std::optional<Delivery> m_delivery; ///< the one under way
     QTimer m_keepSoon;
     QTimer m_keepAtLast;
 
     ComposeToolbar* m_toolbar = nullptr;
     QLabel* m_note = nullptr;
+    QLabel* m_notices = nullptr;
     QWidget* m_form = nullptr;
     QComboBox* m_accounts = nullptr;
     ComposeRow* m_from = nullptr;

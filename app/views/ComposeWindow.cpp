@@ -25,7 +25,7 @@ ComposeWindow::ComposeWindow(AppModel& model, const ComposeDraft& draft, bool is
     setMinimumSize(smallestSize);
     resize(defaultSize);
     new WindowCloseGuard(
-        m_closeState, [this](QWidget& window) { return m_view->shouldClose(window); }, this);
+        m_closeState, [this](QWidget&) { return m_view->shouldClose(); }, this);
     const auto followTitle = [this] { setWindowTitle(DisplayText::bounded(m_view->title())); };
     connect(m_view, &ComposeView::titleChanged, this, followTitle);
     followTitle();

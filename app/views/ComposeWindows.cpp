@@ -1,5 +1,7 @@
 #include "views/ComposeWindows.h"
 
+#include "platform/Tasks.h"
+#include "platform/Wakeup.h"
 #include "views/PlainAlert.h"
 #include "views/Style.h"
 
@@ -17,6 +19,7 @@ ComposeWindows::ComposeWindows(AppModel& model, ComposeView::Desktop desktop, Co
     , m_model(model)
     , m_desktop(std::move(desktop))
     , m_contacts(contacts)
+    , m_deliveriesChanged(std::make_shared<Wakeup>())
 {
     connect(&model, &AppModel::pendingComposeChanged, this, &ComposeWindows::openPending);
     openPending();
@@ -24,6 +27,7 @@ ComposeWindows::ComposeWindows(AppModel& model, ComposeView::Desktop desktop, Co
 
 ComposeWindows::~ComposeWindows()
 {
+    m_deliveriesChanged->notify();
     for (ComposeWindow* const window : windows())
         delete window;
 }
@@ -83,14 +87,12 @@ ComposeView::Hooks ComposeWindows::hooks()
         if (self)
             self->m_deliveries.insert(id);
     };
-    hooks.deliveryEnded = [self](const QUuid& id, bool hasSucceeded) {
+    hooks.deliveryEnded = [self](const QUuid& id, ComposeView::Outcome outcome) {
         if (!self)
             return;
         self->m_deliveries.remove(id);
-        if (hasSucceeded)
-            self->goOnQuitting();
-        else
-            self->stopQuitting();
+        self->m_hasFailed |= outcome == ComposeView::Outcome::failed;
+        self->m_deliveriesChanged->notify();
     };
     hooks.lateFailure = [self](const ComposeDraft& draft, const ComposeView::Failure& failure) {
         if (self)
@@ -102,18 +104,19 @@ ComposeView::Hooks ComposeWindows::hooks()
 void ComposeWindows::reopen(const ComposeDraft& draft, const ComposeView::Failure& failure)
 {
     m_lateFailures.insert(draft.id, failure);
-    ComposeDraft failed = draft;
-    failed.wasSending = false;
-    m_model.openCompose(failed);
+    m_model.openCompose(draft);
+    // Its account may be gone, and the text be kept nowhere until another one takes it.
+    if (ComposeWindow* const opened = window(draft.id))
+        opened->view().keep();
 }
 
 // --- Quitting
 
-QList<ComposeWindow*> ComposeWindows::unsavedWindows() const
+QList<QPointer<ComposeWindow>> ComposeWindows::unsavedWindows() const
 {
-    QList<ComposeWindow*> unsaved;
+    QList<QPointer<ComposeWindow>> unsaved;
     for (ComposeWindow* const window : windows()) {
-        if (!window->view().isSending() && window->view().hasUnsavedChanges())
+        if (!window->view().isDelivering() && window->view().hasUnsavedChanges())
             unsaved.append(window);
     }
     return unsaved;
@@ -126,135 +129,127 @@ bool ComposeWindows::holdsQuit() const
 
 void ComposeWindows::confirmQuit(QWidget* parent, const std::function<void()>& quit)
 {
-    if (m_alert) {
-        m_alert->raise();
-        return;
+    if (!std::exchange(m_isDeciding, true)) {
+        spawn(decideQuit(parent, quit), dropFailure);
+    } else if (m_asking) {
+        m_asking->raise();
+        m_asking->activateWindow();
     }
-    m_quit = quit;
-    m_quitParent = parent;
-    const QList<ComposeWindow*> unsaved = unsavedWindows();
-    if (unsaved.isEmpty()) {
-        goOnQuitting();
-        return;
+}
+
+Task<> ComposeWindows::decideQuit(QPointer<QWidget> parent, std::function<void()> quit)
+{
+    const QPointer<ComposeWindows> self(this);
+    m_hasFailed = false;
+    const bool isApproved = co_await mayQuit(parent);
+    if (!self)
+        co_return;
+    m_isDeciding = false;
+    if (isApproved)
+        quit();
+}
+
+Task<bool> ComposeWindows::mayQuit(QPointer<QWidget> parent)
+{
+    const QPointer<ComposeWindows> self(this);
+    // Texts may be begun, or changed, while others are on their way.
+    while (holdsQuit()) {
+        const QList<QPointer<ComposeWindow>> unsaved = unsavedWindows();
+        if (unsaved.isEmpty()) {
+            const bool isSettled = co_await deliveriesEnded(parent);
+            if (!self || !isSettled)
+                co_return false;
+            // What is still on its way is kept, and comes back when the program starts again.
+            if (!m_deliveries.isEmpty())
+                co_return true;
+            continue;
+        }
+        const Choice choice = co_await ask(parent, unsaved);
+        if (!self || choice == Choice::cancel)
+            co_return false;
+        for (const QPointer<ComposeWindow>& window : unsaved) {
+            if (window)
+                window->view().carryOut(choice);
+        }
+        if (m_hasFailed)
+            co_return false;
     }
+    co_return true;
+}
+
+Task<ComposeWindows::Choice> ComposeWindows::ask(QPointer<QWidget> parent,
+                                                 QList<QPointer<ComposeWindow>> unsaved)
+{
     if (unsaved.size() > 1) {
-        askAboutAll(parent, unsaved);
-        return;
+        const Choice choice = co_await askAboutAll(parent, unsaved.size());
+        co_return choice;
     }
     ComposeWindow* const window = unsaved.constFirst();
     window->show();
     window->raise();
     window->activateWindow();
+    m_asking = window;
+    const Choice choice = co_await window->view().askToSave();
+    co_return choice;
+}
+
+Task<ComposeWindows::Choice> ComposeWindows::askAboutAll(QPointer<QWidget> parent, qsizetype count)
+{
+    QMessageBox* const alert = makePlainAlert(
+        tr("You have %1 messages with unsaved changes. Do you want to save them as drafts?").arg(count),
+        tr("If you don't save, your changes will be lost."), QMessageBox::NoButton, parent);
+    alert->setObjectName("quitAlert"_L1);
+    QPushButton* const save = alert->addButton(tr("Save All"), QMessageBox::ActionRole);
+    QPushButton* const discard = addDestructiveButton(*alert, tr("Discard All"), QMessageBox::ActionRole);
+    QPushButton* const cancel = alert->addButton(tr("Cancel"), QMessageBox::ActionRole);
+    alert->setDefaultButton(save);
+    alert->setEscapeButton(cancel);
+    m_asking = alert;
+    const QList<QAbstractButton*> buttons{save, discard, cancel};
+    const qsizetype answer = co_await answerTo(alert, buttons);
+    co_return answer == 0 ? Choice::save : answer == 1 ? Choice::discard : Choice::cancel;
+}
+
+/// Waits until all deliveries have ended; false where one failed, or where the user wants to stay. True with
+/// some still under way where the user insists.
+Task<bool> ComposeWindows::deliveriesEnded(QPointer<QWidget> parent)
+{
+    // What takes no time to store needs no alert.
+    constexpr std::chrono::milliseconds patience(300);
     const QPointer<ComposeWindows> self(this);
-    window->view().askToSave(*window, [self](bool isDecided) {
-        if (self && isDecided)
-            self->goOnQuitting();
-        else if (self)
-            self->stopQuitting();
-    });
-}
-
-void ComposeWindows::askAboutAll(QWidget* parent, const QList<ComposeWindow*>& unsaved)
-{
-    QList<QPointer<ComposeWindow>> asked;
-    for (ComposeWindow* const window : unsaved)
-        asked.append(window);
-    m_alert =
-        makePlainAlert(tr("You have %1 messages with unsaved changes. Do you want to save them as drafts?")
-                           .arg(unsaved.size()),
-                       tr("If you don't save, your changes will be lost."), QMessageBox::NoButton, parent);
-    m_alert->setObjectName("quitAlert"_L1);
-    QPushButton* const save = m_alert->addButton(tr("Save All"), QMessageBox::ActionRole);
-    QPushButton* const discard = addDestructiveButton(*m_alert, tr("Discard All"), QMessageBox::ActionRole);
-    QPushButton* const cancel = m_alert->addButton(tr("Cancel"), QMessageBox::ActionRole);
-    m_alert->setDefaultButton(save);
-    m_alert->setEscapeButton(cancel);
-    connect(m_alert, &QMessageBox::finished, this, [this, alert = m_alert.data(), save, discard, asked] {
-        m_alert.clear();
-        QList<ComposeWindow*> open;
-        for (const QPointer<ComposeWindow>& window : asked) {
-            if (window)
-                open.append(window);
-        }
-        if (alert->clickedButton() == save) {
-            saveAll(open);
-        } else if (alert->clickedButton() == discard) {
-            for (ComposeWindow* const window : open)
-                window->view().discard();
-            goOnQuitting();
-        } else {
-            stopQuitting();
-        }
-    });
-    m_alert->open();
-}
-
-/// What can't be saved keeps its window, with the reason, and the program goes on.
-void ComposeWindows::saveAll(const QList<ComposeWindow*>& unsaved)
-{
-    const QPointer<ComposeWindows> self(this);
-    m_saves += static_cast<int>(unsaved.size());
-    for (ComposeWindow* const window : unsaved) {
-        window->view().save([self](bool isSaved) {
-            if (!self)
-                return;
-            --self->m_saves;
-            if (isSaved)
-                self->goOnQuitting();
-            else
-                self->stopQuitting();
-        });
-    }
-    goOnQuitting();
-}
-
-void ComposeWindows::goOnQuitting()
-{
-    if (!m_quit)
-        return;
-    if (!m_deliveries.isEmpty() || m_saves > 0) {
-        if (!m_alert)
-            waitForDeliveries();
-        return;
-    }
-    const std::function<void()> quit = std::exchange(m_quit, nullptr);
-    if (m_alert)
-        m_alert->close();
-    // Texts may have been begun, or changed, while the others were on their way.
-    if (unsavedWindows().isEmpty())
-        quit();
-    else
-        confirmQuit(m_quitParent, quit);
-}
-
-void ComposeWindows::waitForDeliveries()
-{
-    m_alert = makePlainAlert(tr("Messages are still on their way."),
-                             tr("Larkhaven quits as soon as they have been sent or saved."),
-                             QMessageBox::NoButton, m_quitParent);
-    m_alert->setObjectName("deliveryAlert"_L1);
-    QPushButton* const insist = addDestructiveButton(*m_alert, tr("Quit Anyway"), QMessageBox::ActionRole);
-    QPushButton* const cancel = m_alert->addButton(tr("Cancel"), QMessageBox::ActionRole);
-    m_alert->setDefaultButton(cancel);
-    m_alert->setEscapeButton(cancel);
-    connect(m_alert, &QMessageBox::finished, this, [this, alert = m_alert.data(), insist, cancel] {
-        m_alert.clear();
-        if (alert->clickedButton() == cancel) {
-            m_quit = nullptr;
-        } else if (alert->clickedButton() == insist && m_quit) {
-            // What was on its way is kept, and comes back when the program starts again.
-            const std::function<void()> quit = std::exchange(m_quit, nullptr);
-            quit();
-        }
-    });
-    m_alert->open();
-}
-
-void ComposeWindows::stopQuitting()
-{
-    m_quit = nullptr;
-    if (m_alert && m_alert->objectName() == "deliveryAlert"_L1)
-        m_alert->close();
+    const std::shared_ptr<Wakeup> changed = m_deliveriesChanged;
+    const auto isWaiting = [self] { return self && !self->m_hasFailed && !self->m_deliveries.isEmpty(); };
+    auto outcome = Wakeup::Outcome::notified;
+    while (isWaiting() && outcome == Wakeup::Outcome::notified)
+        outcome = co_await changed->wait(patience);
+    if (!isWaiting())
+        co_return self && !m_hasFailed;
+    const QPointer<QMessageBox> alert = makePlainAlert(
+        tr("Messages are still on their way."),
+        tr("Larkhaven quits as soon as they have been sent or saved."), QMessageBox::NoButton, parent);
+    alert->setObjectName("deliveryAlert"_L1);
+    QPushButton* const insist = addDestructiveButton(*alert, tr("Quit Anyway"), QMessageBox::ActionRole);
+    QPushButton* const cancel = alert->addButton(tr("Cancel"), QMessageBox::ActionRole);
+    alert->setDefaultButton(cancel);
+    alert->setEscapeButton(cancel);
+    m_asking = alert;
+    bool hasInsisted = false;
+    bool isAnswered = false;
+    const auto take = [&, box = alert.data()] {
+        hasInsisted = box->clickedButton() == insist;
+        isAnswered = true;
+        changed->notify();
+    };
+    QObject lifetime; // of what the connections refer to
+    connect(alert, &QMessageBox::finished, &lifetime, take);
+    connect(alert, &QObject::destroyed, changed.get(), [end = changed.get()] { end->notify(); });
+    alert->open();
+    while (isWaiting() && alert && !isAnswered)
+        co_await changed->wait(std::chrono::milliseconds(-1));
+    const bool isCancelled = isWaiting() && !hasInsisted;
+    if (alert)
+        alert->close();
+    co_return self && !m_hasFailed && !isCancelled;
 }
 
 } // namespace Larkhaven

@@ -9,8 +9,6 @@
 
 #include <functional>
 
-class QMessageBox;
-
 namespace Larkhaven {
 
 /// All open compose windows. It opens one for what the model's `pendingCompose` asks for, and asks for all of
@@ -30,8 +28,8 @@ public:
     bool holdsQuit() const;
 
     /// Calls `quit` at once where nothing would be lost. Otherwise it asks about all unsaved messages, and
-    /// waits for those on their way; then it calls `quit`, or never, if the user wants to stay. The alerts
-    /// stand on `parent`.
+    /// waits for those on their way; then it calls `quit`, or never, if the user wants to stay or something
+    /// failed. The alerts stand on `parent`. While that is being decided, a second call only raises them.
     void confirmQuit(QWidget* parent, const std::function<void()>& quit);
 
 Q_SIGNALS:
@@ -43,12 +41,14 @@ private:
     ComposeWindow* open(const ComposeDraft& draft);
     ComposeView::Hooks hooks();
     void reopen(const ComposeDraft& draft, const ComposeView::Failure& failure);
-    QList<ComposeWindow*> unsavedWindows() const;
-    void askAboutAll(QWidget* parent, const QList<ComposeWindow*>& unsaved);
-    void saveAll(const QList<ComposeWindow*>& unsaved);
-    void waitForDeliveries();
-    void goOnQuitting();
-    void stopQuitting();
+    using Choice = ComposeView::Choice;
+
+    QList<QPointer<ComposeWindow>> unsavedWindows() const;
+    Task<> decideQuit(QPointer<QWidget> parent, std::function<void()> quit);
+    Task<bool> mayQuit(QPointer<QWidget> parent);
+    Task<Choice> ask(QPointer<QWidget> parent, QList<QPointer<ComposeWindow>> unsaved);
+    Task<Choice> askAboutAll(QPointer<QWidget> parent, qsizetype count);
+    Task<bool> deliveriesEnded(QPointer<QWidget> parent);
 
     AppModel& m_model;
     ComposeView::Desktop m_desktop;
@@ -56,10 +56,10 @@ private:
     QList<QPointer<ComposeWindow>> m_windows;
     QSet<QUuid> m_deliveries; ///< drafts that are on their way
     QHash<QUuid, ComposeView::Failure> m_lateFailures;
-    std::function<void()> m_quit; ///< what waits for the answers; null while nobody quits
-    QPointer<QWidget> m_quitParent;
-    int m_saves = 0; ///< begun by quitting, and not yet ended
-    QPointer<QMessageBox> m_alert;
+    bool m_isDeciding = false;  ///< about quitting
+    bool m_hasFailed = false;   ///< a delivery, since then
+    QPointer<QWidget> m_asking; ///< what stands in the way of the end
+    std::shared_ptr<Wakeup> m_deliveriesChanged;
 };
 
 } // namespace Larkhaven

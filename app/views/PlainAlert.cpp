@@ -1,5 +1,6 @@
 #include "views/PlainAlert.h"
 
+#include "platform/Wakeup.h"
 #include "views/DisplayText.h"
 #include "views/Style.h"
 
@@ -30,6 +31,20 @@ QPushButton* addDestructiveButton(QMessageBox& alert, const QString& text, QMess
     button->setProperty("destructive", true);
     alert.addButton(button, role);
     return button;
+}
+
+Task<qsizetype> answerTo(QMessageBox* alert, QList<QAbstractButton*> buttons)
+{
+    const auto answered = std::make_shared<Wakeup>();
+    const auto answer = std::make_shared<qsizetype>(-1);
+    QObject::connect(alert, &QMessageBox::finished, answered.get(),
+                     [alert, buttons, answer] { *answer = buttons.indexOf(alert->clickedButton()); });
+    // It goes after each answer, and with its window.
+    QObject::connect(alert, &QObject::destroyed, answered.get(), [end = answered.get()] { end->notify(); });
+    alert->open();
+    co_await answered->wait(std::chrono::milliseconds(-1));
+    const qsizetype place = *answer;
+    co_return place;
 }
 
 void setPlainText(QMessageBox& alert, const QString& text)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "domain/MailProvider.h"
+
 #include <QMessageBox>
 
 class QPushButton;
@@ -13,6 +15,10 @@ QMessageBox* makePlainAlert(const QString& title, const QString& text, QMessageB
 
 /// Adds a button for what can't be taken back.
 QPushButton* addDestructiveButton(QMessageBox& alert, const QString& text, QMessageBox::ButtonRole role);
+
+/// Opens the alert and gives the place in `buttons` of the one that closes it; -1 if it goes otherwise. The
+/// caller goes on from the event loop.
+Task<qsizetype> answerTo(QMessageBox* alert, QList<QAbstractButton*> buttons);
 
 /// Replaces the text of such an alert.
 void setPlainText(QMessageBox& alert, const QString& text);

@@ -1,6 +1,9 @@
 #include "ComposeSupport.h"
 
+#include <QApplication>
+#include <QDropEvent>
 #include <QFile>
+#include <QMimeData>
 
 using namespace Qt::StringLiterals;
 
@@ -33,11 +36,18 @@ ComposeTest::ComposeTest(const QList<Account>& accounts)
     desktop.chooseFiles = [this](QWidget*, const std::function<void(QList<QUrl>)>& chosen) {
         chosen(chosenFiles);
     };
+    desktop.readFiles = [gate = readingGate](const QList<QUrl>& files, qint64 total, qint64 limit) {
+        gate->acquire();
+        gate->release();
+        return ComposeFiles::read(files, total, limit);
+    };
     windows = std::make_unique<ComposeWindows>(fixture.model(), desktop, contacts);
 }
 
 ComposeTest::~ComposeTest()
 {
+    if (readingGate->available() == 0)
+        readingGate->release();
     windows.reset();
     settle();
 }
@@ -86,6 +96,34 @@ QString ComposeTest::makeFile(const QString& name, qint64 size)
     EXPECT_TRUE(file.open(QIODevice::WriteOnly));
     EXPECT_TRUE(file.resize(size));
     return file.fileName();
+}
+
+ComposeDraft ComposeWindowTest::addressed() const
+{
+    ComposeDraft draft = this->draft();
+    draft.to = u"ada@example.com"_s;
+    draft.subject = u"A subject"_s;
+    draft.body = u"The text"_s;
+    return draft;
+}
+
+void ComposeWindowTest::drop(const ComposeWindow& window, const QList<QUrl>& files)
+{
+    QMimeData data;
+    data.setUrls(files);
+    QWidget* const target = text(window).viewport();
+    QDragEnterEvent enter({20, 20}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(target, &enter);
+    QDropEvent event({20, 20}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(target, &event);
+}
+
+QStringList ComposeWindowTest::names(const ComposeWindow& window)
+{
+    QStringList names;
+    for (const OutgoingAttachment& attachment : strip(window).attachments())
+        names.append(attachment.filename);
+    return names;
 }
 
 } // namespace Larkhaven

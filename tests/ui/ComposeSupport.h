@@ -9,6 +9,7 @@
 
 #include <QMessageBox>
 #include <QPushButton>
+#include <QSemaphore>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -72,7 +73,17 @@ protected:
     std::shared_ptr<FakeAddressBook> book = std::make_shared<FakeAddressBook>();
     ContactsService contacts{book};
     QList<QUrl> chosenFiles;
+    /// Files are read while it is open.
+    std::shared_ptr<QSemaphore> readingGate = std::make_shared<QSemaphore>(1);
     std::unique_ptr<ComposeWindows> windows;
+};
+
+/// The same, with a draft that has an address.
+class ComposeWindowTest : public ComposeTest {
+protected:
+    ComposeDraft addressed() const;
+    static void drop(const ComposeWindow& window, const QList<QUrl>& files);
+    static QStringList names(const ComposeWindow& window);
 };
 
 } // namespace Larkhaven

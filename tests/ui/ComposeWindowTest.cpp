@@ -26,42 +26,6 @@ using namespace Qt::StringLiterals;
 namespace Larkhaven {
 namespace {
 
-Contact contact(const QString& given, const QString& family, const QString& email)
-{
-    return {given, {}, family, {}, {}, {email}};
-}
-
-class ComposeWindowTest : public ComposeTest {
-protected:
-    ComposeDraft addressed() const
-    {
-        ComposeDraft draft = this->draft();
-        draft.to = u"ada@example.com"_s;
-        draft.subject = u"A subject"_s;
-        draft.body = u"The text"_s;
-        return draft;
-    }
-
-    static void drop(const ComposeWindow& window, const QList<QUrl>& files)
-    {
-        QMimeData data;
-        data.setUrls(files);
-        QWidget* const target = text(window).viewport();
-        QDragEnterEvent enter({20, 20}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-        QApplication::sendEvent(target, &enter);
-        QDropEvent event({20, 20}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-        QApplication::sendEvent(target, &event);
-    }
-
-    static QStringList names(const ComposeWindow& window)
-    {
-        QStringList names;
-        for (const OutgoingAttachment& attachment : strip(window).attachments())
-            names.append(attachment.filename);
-        return names;
-    }
-};
-
 // --- The form
 
 TEST_F(ComposeWindowTest, ItsTitleIsTheSubjectOnceThereIsOne)
@@ -377,6 +341,181 @@ TEST_F(ComposeWindowTest, TheWindowItselfIsNotAskedWhenTheGuardSaysNo)
     EXPECT_EQ(window.closes, 1);
 }
 
+// --- What counts as unsaved
+
+TEST_F(ComposeWindowTest, EachFieldAloneCountsAsUnsavedAndIsSentAsItStands)
+{
+    for (const char* const name : {"to", "cc", "bcc"}) {
+        ComposeDraft draft = addressed();
+        draft.cc = u"cc@example.com"_s;
+        draft.bcc = u"bcc@example.com"_s;
+        const QPointer<ComposeWindow> window = &open(draft);
+        EXPECT_FALSE(window->view().hasUnsavedChanges());
+        QLineEdit& line = field(*window, name).line();
+        QTest::keyClicks(&line, u", new@example.com"_s);
+        EXPECT_TRUE(window->view().hasUnsavedChanges()) << name;
+        for (int count = 0; count < 17; ++count)
+            QTest::keyClick(&line, Qt::Key_Backspace);
+        EXPECT_FALSE(window->view().hasUnsavedChanges()) << name;
+        QTest::keyClicks(&line, u", new@example.com"_s);
+        child<FlatButton>(*window, "send").click();
+        ASSERT_TRUE(waitUntil([&] { return !window; }));
+        const OutgoingMessage message = fixture.provider().sent().constLast().message;
+        const auto expected = [name](const char* which, const QString& first) {
+            QList<EmailAddress> list{EmailAddress(std::nullopt, first)};
+            if (qstrcmp(which, name) == 0)
+                list.append(EmailAddress(std::nullopt, u"new@example.com"_s));
+            return list;
+        };
+        EXPECT_EQ(message.to, expected("to", u"ada@example.com"_s));
+        EXPECT_EQ(message.cc, expected("cc", u"cc@example.com"_s));
+        EXPECT_EQ(message.bcc, expected("bcc", u"bcc@example.com"_s));
+    }
+}
+
+TEST_F(ComposeWindowTest, ANameWithABackslashLeavesAsItWas)
+{
+    ComposeDraft draft = addressed();
+    draft.to = uR"(O\Brien <o@example.com>)"_s;
+    const QPointer<ComposeWindow> window = &open(draft);
+    EXPECT_EQ(field(*window, "to").text(), draft.to);
+    EXPECT_EQ(window->view().draft().to, draft.to);
+    child<FlatButton>(*window, "send").click();
+    ASSERT_TRUE(waitUntil([&] { return !window; }));
+    EXPECT_EQ(fixture.provider().sent().constLast().message.to,
+              QList<EmailAddress>{EmailAddress(uR"(O\Brien)"_s, u"o@example.com"_s)});
+}
+
+TEST_F(ComposeWindowTest, AChangeOfFormattingAloneCountsAsUnsaved)
+{
+    ComposeDraft draft = addressed();
+    draft.isRichText = true;
+    draft.initialHTML = u"<div>The text</div>"_s;
+    ComposeWindow& window = open(draft);
+    EXPECT_FALSE(window.view().hasUnsavedChanges());
+    text(window).selectAll();
+    QTest::keyClick(&text(window), Qt::Key_B, Qt::ControlModifier);
+    EXPECT_TRUE(window.view().hasUnsavedChanges());
+    QTest::keyClick(&text(window), Qt::Key_B, Qt::ControlModifier);
+    EXPECT_FALSE(window.view().hasUnsavedChanges());
+    QTest::mouseClick(&child<QToolButton>(window, "plainText"), Qt::LeftButton);
+    EXPECT_TRUE(window.view().hasUnsavedChanges());
+}
+
+TEST_F(ComposeWindowTest, WhatWasTypedAndTakenBackIsNoChangeButInALongText)
+{
+    ComposeDraft draft = addressed();
+    ComposeWindow& window = open(draft);
+    QTest::keyClicks(&text(window), u"x"_s);
+    EXPECT_TRUE(window.view().hasUnsavedChanges());
+    QTest::keyClick(&text(window), Qt::Key_Backspace);
+    EXPECT_FALSE(window.view().hasUnsavedChanges());
+    ComposeDraft longer = addressed();
+    longer.body = u"word "_s.repeated(ComposeView::longestCompared / 5);
+    ComposeWindow& longWindow = open(longer);
+    EXPECT_FALSE(longWindow.view().hasUnsavedChanges());
+    QTest::keyClicks(&text(longWindow), u"x"_s);
+    QTest::keyClick(&text(longWindow), Qt::Key_Backspace);
+    EXPECT_TRUE(longWindow.view().hasUnsavedChanges());
+    text(longWindow).undo();
+    text(longWindow).undo();
+    EXPECT_FALSE(longWindow.view().hasUnsavedChanges());
+}
+
+// --- What replacing a stored draft loses
+
+class ComposeLossTest : public ComposeWindowTest {
+protected:
+    ComposeWindow& stored(const QString& html)
+    {
+        ComposeDraft draft = addressed();
+        draft.isRichText = true;
+        draft.initialHTML = html;
+        draft.draftMessageID = u"7"_s;
+        ComposeWindow& window = open(draft);
+        QTest::keyClicks(&text(window), u"x"_s);
+        return window;
+    }
+
+    static inline const QString lossy =
+        u"<style>p{color:red}</style><p>The <img src='https://a.example/' alt='logo'></p>"_s;
+};
+
+TEST_F(ComposeLossTest, IsToldBeforeTheOriginalIsReplaced)
+{
+    const QPointer<ComposeWindow> window = &stored(lossy);
+    window->view().save();
+    ASSERT_TRUE(waitUntil([&] { return alert(*window, "lossAlert"); }));
+    QMessageBox& told = *alert(*window, "lossAlert");
+    EXPECT_EQ(told.text(), u"Not all of this draft can be kept."_s);
+    EXPECT_EQ(told.informativeText(),
+              u"The stored draft holds images and style sheets, which will be lost when it is replaced."_s);
+    takeScreenshot(told, u"compose-loss"_s);
+    press(told, u"Cancel"_s);
+    ASSERT_TRUE(waitUntil([&] { return !window->view().isDelivering(); }));
+    EXPECT_TRUE(fixture.provider().savedDrafts().isEmpty());
+    EXPECT_FALSE(window->view().isSending());
+    window->view().save();
+    ASSERT_TRUE(waitUntil([&] { return alert(*window, "lossAlert"); }));
+    fixture.provider().failNext(u"saveDraft"_s, MailError::protocolError(u"Full."_s));
+    press(*alert(*window, "lossAlert"), u"Save Anyway"_s);
+    ASSERT_TRUE(waitUntil([&] { return alert(*window, "composeAlert"); }));
+    // Once is enough.
+    window->view().save();
+    ASSERT_TRUE(waitUntil([&] { return !window; }));
+    EXPECT_EQ(fixture.provider().savedDrafts().size(), 1);
+}
+
+TEST_F(ComposeLossTest, SendingReplacesItAsWell)
+{
+    ComposeWindow& window = stored(lossy);
+    child<FlatButton>(window, "send").click();
+    ASSERT_TRUE(waitUntil([&] { return alert(window, "lossAlert"); }));
+    press(*alert(window, "lossAlert"), u"Cancel"_s);
+    settle();
+    EXPECT_TRUE(fixture.provider().sent().isEmpty());
+}
+
+TEST_F(ComposeLossTest, WhatLosesNothingIsSavedAtOnce)
+{
+    const QPointer<ComposeWindow> window =
+        &stored(u"<p>The</p><table><tr><td>text</td></tr></table><ol start=3><li>y</li></ol>"_s);
+    window->view().save();
+    ASSERT_TRUE(waitUntil([&] { return !window; }));
+    const QString html = fixture.provider().savedDrafts().constFirst().message.htmlBody.value_or(QString());
+    EXPECT_TRUE(html.contains("<table"_L1));
+    EXPECT_TRUE(html.contains("<ol start=\"3\">"_L1));
+}
+
+// --- Notices
+
+TEST_F(ComposeWindowTest, TellsWhatWasLeftOutAboveTheText)
+{
+    EXPECT_FALSE(child<QLabel>(open(), "notices").isVisible());
+    ComposeDraft draft = addressed();
+    draft.notices = {u"Left out: “Your Bank” <x@evil.example>"_s, u"<b>Left</b>\nout"_s};
+    ComposeWindow& window = open(draft);
+    QLabel& notices = child<QLabel>(window, "notices");
+    EXPECT_TRUE(notices.isVisible());
+    EXPECT_EQ(notices.textFormat(), Qt::PlainText);
+    EXPECT_EQ(notices.text(), u"Left out: “Your Bank” <x@evil.example>\n<b>Left</b> out"_s);
+    EXPECT_LT(notices.mapTo(&window, QPoint()).y(), text(window).mapTo(&window, QPoint()).y());
+    EXPECT_FALSE(window.view().hasUnsavedChanges());
+    takeScreenshot(window, u"compose-notices"_s);
+}
+
+TEST_F(ComposeWindowTest, ManyOrLongNoticesAreBounded)
+{
+    ComposeDraft draft = addressed();
+    for (qsizetype number = 0; number < ComposeView::mostNotices + 5; ++number)
+        draft.notices.append(QString(1'000'000, u'x'));
+    ComposeWindow& window = open(draft);
+    const QStringList lines = child<QLabel>(window, "notices").text().split(u'\n');
+    ASSERT_EQ(lines.size(), ComposeView::mostNotices + 1);
+    EXPECT_EQ(lines.constLast(), u"And 5 more."_s);
+    EXPECT_LE(lines.constFirst().size(), ComposeView::longestNotice + 1);
+}
+
 // --- Files
 
 TEST_F(ComposeWindowTest, AttachesTheFilesThatAreChosen)
@@ -475,154 +614,6 @@ TEST_F(ComposeWindowTest, SendingWaitsForFilesThatAreBeingRead)
     EXPECT_EQ(fixture.provider().sent().constFirst().message.attachments.size(), 1);
 }
 
-// --- Suggestions
-
-class ComposeSuggestionsTest : public ComposeWindowTest {
-protected:
-    ComposeSuggestionsTest()
-    {
-        book->contacts = {contact(u"Ann"_s, u"Smith"_s, u"ann@example.com"_s),
-                          contact(u"Smilla"_s, u"Berg"_s, u"smilla@example.com"_s),
-                          contact(u"Smith, John"_s, {}, u"john@example.com"_s)};
-        for (int number = 0; number < 8; ++number)
-            book->contacts.append(contact(u"Zoe %1"_s.arg(number), {}, u"zoe%1@example.com"_s.arg(number)));
-    }
-
-    AddressField& opened()
-    {
-        window = &open();
-        AddressField& to = field(*window, "to");
-        to.line().setFocus();
-        EXPECT_TRUE(waitUntil([this] { return contacts.status() == ContactsService::Status::ready; }));
-        return to;
-    }
-
-    SuggestionList* list() const
-    {
-        auto* const found = window->findChild<SuggestionList*>();
-        return found && found->isVisible() ? found : nullptr;
-    }
-
-    QPointer<ComposeWindow> window;
-};
-
-TEST_F(ComposeSuggestionsTest, TheFirstFocusAsksForTheContacts)
-{
-    opened();
-    EXPECT_EQ(book->questions, 1);
-    field(*window, "cc").line().setFocus();
-    settle();
-    EXPECT_EQ(book->questions, 1);
-}
-
-TEST_F(ComposeSuggestionsTest, WithoutSuggestionsNoContactIsRead)
-{
-    fixture.defaults().set(DefaultsKey::suggestFromContacts, false);
-    window = &open();
-    field(*window, "to").line().setFocus();
-    QTest::keyClicks(&field(*window, "to").line(), u"ann"_s);
-    settle();
-    EXPECT_EQ(book->questions, 0);
-    EXPECT_TRUE(field(*window, "to").suggestions().isEmpty());
-}
-
-TEST_F(ComposeSuggestionsTest, ArrowsChooseAndReturnTakes)
-{
-    AddressField& to = opened();
-    QTest::keyClicks(&to.line(), u"smi"_s);
-    ASSERT_TRUE(list());
-    EXPECT_EQ(to.suggestions().size(), 3);
-    EXPECT_EQ(to.highlighted(), 0);
-    QTest::keyClick(&to.line(), Qt::Key_Down);
-    EXPECT_EQ(to.highlighted(), 1);
-    QTest::keyClick(&to.line(), Qt::Key_Down);
-    QTest::keyClick(&to.line(), Qt::Key_Down);
-    EXPECT_EQ(to.highlighted(), 2);
-    QTest::keyClick(&to.line(), Qt::Key_Up);
-    EXPECT_EQ(to.highlighted(), 1);
-    QTest::keyClick(&to.line(), Qt::Key_Return);
-    EXPECT_EQ(to.text(), u"Smilla Berg <smilla@example.com>, "_s);
-    EXPECT_FALSE(list());
-    QTest::keyClicks(&to.line(), u"ann"_s);
-    EXPECT_EQ(to.highlighted(), 0);
-    QTest::keyClick(&to.line(), Qt::Key_Tab);
-    EXPECT_EQ(to.text(), u"Smilla Berg <smilla@example.com>, Ann Smith <ann@example.com>, "_s);
-    EXPECT_TRUE(to.line().hasFocus());
-}
-
-TEST_F(ComposeSuggestionsTest, OtherTextHighlightsTheFirstAgain)
-{
-    AddressField& to = opened();
-    QTest::keyClicks(&to.line(), u"s"_s);
-    QTest::keyClick(&to.line(), Qt::Key_Down);
-    EXPECT_EQ(to.highlighted(), 1);
-    QTest::keyClicks(&to.line(), u"m"_s);
-    EXPECT_EQ(to.highlighted(), 0);
-}
-
-TEST_F(ComposeSuggestionsTest, ANameWithACommaIsQuoted)
-{
-    AddressField& to = opened();
-    QTest::keyClicks(&to.line(), u"john"_s);
-    QTest::keyClick(&to.line(), Qt::Key_Return);
-    EXPECT_EQ(to.text(), u"\"Smith, John\" <john@example.com>, "_s);
-}
-
-TEST_F(ComposeSuggestionsTest, AnAddressThatTheFieldHoldsIsNotOfferedAgainInAnyLetterCase)
-{
-    AddressField& to = opened();
-    to.setText(u"Someone <ANN@Example.COM>, "_s);
-    to.line().setFocus();
-    QTest::keyClicks(&to.line(), u"ann"_s);
-    EXPECT_TRUE(to.suggestions().isEmpty());
-    to.setText(u"SMILLA@EXAMPLE.COM,smi"_s);
-    EXPECT_EQ(to.suggestions().size(), 2);
-}
-
-TEST_F(ComposeSuggestionsTest, EscapeHidesTheListUntilTheTokenChanges)
-{
-    AddressField& to = opened();
-    QTest::keyClicks(&to.line(), u"ann"_s);
-    ASSERT_TRUE(list());
-    QTest::keyClick(&to.line(), Qt::Key_Escape);
-    EXPECT_FALSE(list());
-    EXPECT_EQ(to.dismissedFor(), u"ann"_s);
-    QTest::keyClicks(&to.line(), u" "_s);
-    EXPECT_FALSE(list());
-    QTest::keyClick(&to.line(), Qt::Key_Backspace);
-    QTest::keyClick(&to.line(), Qt::Key_Backspace);
-    EXPECT_TRUE(list());
-}
-
-TEST_F(ComposeSuggestionsTest, AtMostSixAreShownAndNoneWithoutTheFocus)
-{
-    AddressField& to = opened();
-    QTest::keyClicks(&to.line(), u"zoe"_s);
-    EXPECT_EQ(to.suggestions().size(), 6);
-    EXPECT_EQ(list()->count(), 6);
-    text(*window).setFocus();
-    ASSERT_TRUE(waitUntil([this] { return !list(); }));
-    EXPECT_TRUE(to.suggestions().isEmpty());
-}
-
-TEST_F(ComposeSuggestionsTest, AClickTakesASuggestion)
-{
-    AddressField& to = opened();
-    QTest::keyClicks(&to.line(), u"ann"_s);
-    ASSERT_TRUE(list());
-    QTest::mouseClick(list()->viewport(), Qt::LeftButton, {},
-                      list()->visualItemRect(list()->item(0)).center());
-    EXPECT_EQ(to.text(), u"Ann Smith <ann@example.com>, "_s);
-}
-
-TEST_F(ComposeSuggestionsTest, ContactsThatComeLateShowAtOnce)
-{
-    window = &open();
-    AddressField& to = field(*window, "to");
-    to.setText(u"ann"_s);
-    EXPECT_TRUE(waitUntil([&] { return to.suggestions().size() == 1; }));
-}
-
 // --- Several accounts
 
 class ComposeAccountsTest : public ComposeTest {
@@ -681,247 +672,6 @@ TEST_F(ComposeWindowTest, NoRecipientIsCutOffALongList)
     ComposeWindow& window = open(written);
     EXPECT_EQ(window.view().draft().to, written.to);
     EXPECT_FALSE(window.view().hasUnsavedChanges());
-}
-
-// --- Recovery
-
-class ComposeRecoveryTest : public ComposeWindowTest {
-protected:
-    /// What is kept on the disk.
-    QString keptState() const
-    {
-        QString state;
-        QDirIterator files(fixture.keptTextsDirectory(), QDir::Files, QDirIterator::Subdirectories);
-        while (files.hasNext()) {
-            const QFileInfo file(files.next());
-            state += u"%1 %2 %3;"_s.arg(file.fileName())
-                         .arg(file.size())
-                         .arg(file.lastModified().toMSecsSinceEpoch());
-        }
-        return state;
-    }
-
-    /// What happens when the process is killed and starts again.
-    void crashAndRestart()
-    {
-        windows.reset();
-        fixture.restart();
-        windows = std::make_unique<ComposeWindows>(fixture.model(), ComposeView::Desktop{}, contacts);
-        await(model().recoverDrafts());
-    }
-};
-
-TEST_F(ComposeRecoveryTest, ATextThatWasBeingWrittenComesBackAfterACrash)
-{
-    ComposeWindow& window = open(addressed());
-    const QUuid id = window.view().draftID();
-    EXPECT_FALSE(child<QLabel>(window, "recoveredNote").isVisible());
-    const QString before = keptState();
-    QTest::keyClicks(&text(window), u"More. "_s);
-    ASSERT_TRUE(waitUntil([&] { return keptState() != before; }));
-    crashAndRestart();
-    ASSERT_TRUE(windows->window(id));
-    ComposeWindow& back = *windows->window(id);
-    EXPECT_EQ(text(back).toPlainText(), u"More. The text"_s);
-    EXPECT_EQ(field(back, "to").text(), u"ada@example.com"_s);
-    EXPECT_TRUE(back.view().hasUnsavedChanges());
-    QLabel& note = child<QLabel>(back, "recoveredNote");
-    EXPECT_TRUE(note.isVisible());
-    EXPECT_EQ(note.text(), u"Recovered after Larkhaven ended unexpectedly."_s);
-    back.close();
-    EXPECT_TRUE(alert(back, "saveSheet"));
-}
-
-TEST_F(ComposeRecoveryTest, TypingWithoutAPauseIsKeptAsWell)
-{
-    ComposeWindow& window = open(addressed());
-    const QString before = keptState();
-    EXPECT_TRUE(waitUntil(
-        [&] {
-            QTest::keyClicks(&text(window), u"x"_s, Qt::NoModifier, 50);
-            return keptState() != before;
-        },
-        std::chrono::seconds(30)));
-}
-
-TEST_F(ComposeRecoveryTest, WhatWasClosedOnPurposeStaysAway)
-{
-    ComposeWindow& window = open(addressed());
-    const QString before = keptState();
-    QTest::keyClicks(&text(window), u"x"_s);
-    ASSERT_TRUE(waitUntil([&] { return keptState() != before; }));
-    window.view().discard();
-    settle();
-    crashAndRestart();
-    EXPECT_TRUE(windows->windows().isEmpty());
-}
-
-TEST_F(ComposeRecoveryTest, AMessageOnItsWayComesBackIfTheProcessEndsFirst)
-{
-    fixture.provider().hold(u"send"_s);
-    ComposeWindow& window = open(addressed());
-    const QUuid id = window.view().draftID();
-    const QString before = keptState();
-    child<FlatButton>(window, "send").click();
-    ASSERT_TRUE(waitUntil([&] { return keptState() != before; }));
-    crashAndRestart();
-    EXPECT_TRUE(windows->window(id));
-}
-
-// --- All windows
-
-class ComposeWindowsTest : public ComposeWindowTest {
-protected:
-    ComposeWindow& changed()
-    {
-        ComposeWindow& window = open(addressed());
-        QTest::keyClicks(&text(window), u"x"_s);
-        return window;
-    }
-
-    void quit()
-    {
-        windows->confirmQuit(&parent, [this] { ++quits; });
-    }
-
-    QMessageBox& quitAlert(const char* name = "quitAlert")
-    {
-        if (!waitUntil([&] { return alert(parent, name); }))
-            throw std::runtime_error(name);
-        return *alert(parent, name);
-    }
-
-    QWidget parent;
-    int quits = 0;
-};
-
-TEST_F(ComposeWindowsTest, EachDraftHasItsWindowAndAnOpenOneIsRaised)
-{
-    const ComposeDraft first = addressed();
-    const ComposeDraft second = addressed();
-    open(first);
-    open(second);
-    EXPECT_EQ(windows->windows().size(), 2);
-    EXPECT_FALSE(model().pendingCompose());
-    ComposeWindow& raised = open(first);
-    EXPECT_EQ(windows->windows().size(), 2);
-    EXPECT_TRUE(raised.isActiveWindow());
-}
-
-TEST_F(ComposeWindowsTest, QuittingWithoutChangesAsksNothing)
-{
-    open(addressed());
-    quit();
-    EXPECT_EQ(quits, 1);
-}
-
-TEST_F(ComposeWindowsTest, QuittingWithOneChangedWindowShowsItsSheet)
-{
-    ComposeWindow& window = changed();
-    quit();
-    ASSERT_TRUE(waitUntil([&] { return alert(window, "saveSheet"); }));
-    press(*alert(window, "saveSheet"), u"Cancel"_s);
-    settle();
-    EXPECT_EQ(quits, 0);
-    quit();
-    press(*alert(window, "saveSheet"), u"Save"_s);
-    ASSERT_TRUE(waitUntil([this] { return quits == 1; }));
-    EXPECT_EQ(fixture.provider().savedDrafts().size(), 1);
-}
-
-TEST_F(ComposeWindowsTest, QuittingAsksOnceForAllWindows)
-{
-    parent.show();
-    changed();
-    changed();
-    changed();
-    open(addressed());
-    quit();
-    QMessageBox& asked = quitAlert();
-    EXPECT_EQ(asked.text(),
-              u"You have 3 messages with unsaved changes. Do you want to save them as drafts?"_s);
-    press(asked, u"Cancel"_s);
-    settle();
-    EXPECT_EQ(quits, 0);
-    EXPECT_EQ(windows->windows().size(), 4);
-    quit();
-    press(quitAlert(), u"Discard All"_s);
-    EXPECT_EQ(quits, 1);
-    EXPECT_TRUE(fixture.provider().savedDrafts().isEmpty());
-}
-
-TEST_F(ComposeWindowsTest, SaveAllQuitsOnceAllAreSaved)
-{
-    parent.show();
-    changed();
-    changed();
-    fixture.provider().hold(u"saveDraft"_s);
-    quit();
-    press(quitAlert(), u"Save All"_s);
-    settle();
-    EXPECT_EQ(quits, 0);
-    fixture.provider().completeAll();
-    ASSERT_TRUE(waitUntil([this] { return quits == 1; }));
-    EXPECT_EQ(fixture.provider().savedDrafts().size(), 2);
-}
-
-TEST_F(ComposeWindowsTest, ADraftThatCannotBeSavedStopsTheQuit)
-{
-    parent.show();
-    changed();
-    changed();
-    fixture.provider().failNext(u"saveDraft"_s, MailError::protocolError(u"Full."_s));
-    quit();
-    press(quitAlert(), u"Save All"_s);
-    ASSERT_TRUE(waitUntil([this] { return windows->windows().size() == 1; }));
-    settle();
-    EXPECT_EQ(quits, 0);
-    EXPECT_TRUE(windows->windows().constFirst()->view().hasUnsavedChanges());
-}
-
-TEST_F(ComposeWindowsTest, SendingHoldsTheQuitUntilItHasEnded)
-{
-    parent.show();
-    fixture.provider().hold(u"send"_s);
-    child<FlatButton>(open(addressed()), "send").click();
-    quit();
-    quitAlert("deliveryAlert");
-    EXPECT_EQ(quits, 0);
-    fixture.provider().completeAll();
-    ASSERT_TRUE(waitUntil([this] { return quits == 1; }));
-    EXPECT_FALSE(alert(parent, "deliveryAlert"));
-}
-
-TEST_F(ComposeWindowsTest, TheUserMayInsistOrStay)
-{
-    parent.show();
-    fixture.provider().hold(u"send"_s);
-    child<FlatButton>(open(addressed()), "send").click();
-    quit();
-    press(quitAlert("deliveryAlert"), u"Cancel"_s);
-    settle();
-    EXPECT_EQ(quits, 0);
-    quit();
-    press(quitAlert("deliveryAlert"), u"Quit Anyway"_s);
-    EXPECT_EQ(quits, 1);
-    fixture.provider().completeAll();
-    settle();
-    EXPECT_EQ(quits, 1);
-}
-
-TEST_F(ComposeWindowsTest, ASendingThatFailsStopsTheQuit)
-{
-    parent.show();
-    fixture.provider().hold(u"send"_s);
-    fixture.provider().failNext(u"send"_s, MailError::protocolError(u"No."_s));
-    ComposeWindow& window = open(addressed());
-    child<FlatButton>(window, "send").click();
-    quit();
-    quitAlert("deliveryAlert");
-    fixture.provider().completeAll();
-    ASSERT_TRUE(waitUntil([&] { return alert(window, "composeAlert"); }));
-    EXPECT_EQ(quits, 0);
-    EXPECT_FALSE(alert(parent, "deliveryAlert"));
 }
 
 } // namespace
