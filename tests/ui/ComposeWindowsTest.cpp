@@ -21,11 +21,11 @@ namespace {
 
 class ComposeRecoveryTest : public ComposeWindowTest {
 protected:
-    /// How often something was written to the cache.
-    QString cacheState() const
+    /// What is kept on the disk.
+    QString keptState() const
     {
         QString state;
-        QDirIterator files(fixture.cachesDirectory(), QDir::Files, QDirIterator::Subdirectories);
+        QDirIterator files(fixture.keptTextsDirectory(), QDir::Files, QDirIterator::Subdirectories);
         while (files.hasNext()) {
             const QFileInfo file(files.next());
             state += u"%1 %2 %3;"_s.arg(file.fileName())
@@ -50,9 +50,9 @@ TEST_F(ComposeRecoveryTest, ATextThatWasBeingWrittenComesBackAfterACrash)
     ComposeWindow& window = open(addressed());
     const QUuid id = window.view().draftID();
     EXPECT_FALSE(child<QLabel>(window, "recoveredNote").isVisible());
-    const QString before = cacheState();
+    const QString before = keptState();
     QTest::keyClicks(&text(window), u"More. "_s);
-    ASSERT_TRUE(waitUntil([&] { return cacheState() != before; }));
+    ASSERT_TRUE(waitUntil([&] { return keptState() != before; }));
     crashAndRestart();
     ASSERT_TRUE(windows->window(id));
     ComposeWindow& back = *windows->window(id);
@@ -69,11 +69,11 @@ TEST_F(ComposeRecoveryTest, ATextThatWasBeingWrittenComesBackAfterACrash)
 TEST_F(ComposeRecoveryTest, TypingWithoutAPauseIsKeptAsWell)
 {
     ComposeWindow& window = open(addressed());
-    const QString before = cacheState();
+    const QString before = keptState();
     EXPECT_TRUE(waitUntil(
         [&] {
             QTest::keyClicks(&text(window), u"x"_s, Qt::NoModifier, 50);
-            return cacheState() != before;
+            return keptState() != before;
         },
         std::chrono::seconds(30)));
 }
@@ -81,9 +81,9 @@ TEST_F(ComposeRecoveryTest, TypingWithoutAPauseIsKeptAsWell)
 TEST_F(ComposeRecoveryTest, WhatWasClosedOnPurposeStaysAway)
 {
     ComposeWindow& window = open(addressed());
-    const QString before = cacheState();
+    const QString before = keptState();
     QTest::keyClicks(&text(window), u"x"_s);
-    ASSERT_TRUE(waitUntil([&] { return cacheState() != before; }));
+    ASSERT_TRUE(waitUntil([&] { return keptState() != before; }));
     window.view().discard();
     settle();
     crashAndRestart();
@@ -95,9 +95,9 @@ TEST_F(ComposeRecoveryTest, AMessageOnItsWayComesBackIfTheProcessEndsFirst)
     fixture.provider().hold(u"send"_s);
     ComposeWindow& window = open(addressed());
     const QUuid id = window.view().draftID();
-    const QString before = cacheState();
+    const QString before = keptState();
     child<FlatButton>(window, "send").click();
-    ASSERT_TRUE(waitUntil([&] { return cacheState() != before; }));
+    ASSERT_TRUE(waitUntil([&] { return keptState() != before; }));
     crashAndRestart();
     EXPECT_TRUE(windows->window(id));
 }
