@@ -24,13 +24,15 @@ QString nameOf(const Contact& contact)
     return contact.nickname.isEmpty() ? contact.organization : contact.nickname;
 }
 
-bool matches(const ContactSuggestion& entry, const QString& query)
+/// Whether the name, or a word of it, begins with the query.
+bool begins(const QString& name, const QString& query)
 {
-    const QString name = Text::lowered(entry.name);
-    if (Text::lowered(entry.email).startsWith(query) || name.startsWith(query))
+    if (name.startsWith(query))
         return true;
-    for (const QStringView word : QStringView(name).tokenize(u' ', Qt::SkipEmptyParts)) {
-        if (word.startsWith(query))
+    if (query.contains(u' '))
+        return false;
+    for (qsizetype place = name.indexOf(query, 1); place > 0; place = name.indexOf(query, place + 1)) {
+        if (name[place - 1] == u' ')
             return true;
     }
     return false;
@@ -115,11 +117,20 @@ Task<> ContactsService::requestAccess()
     setStatus(Status::loading);
     const auto contacts = std::make_shared<QList<Contact>>();
     co_await load(book, contacts);
-    const auto work = [contacts] { return suggestions(*contacts); };
-    const QList<ContactSuggestion> entries = co_await runOnWorker(work);
+    // Lowering all of them again for each key that is typed would take too long.
+    const auto work = [contacts] {
+        const QList<ContactSuggestion> entries = suggestions(*contacts);
+        QList<Key> keys;
+        keys.reserve(entries.size());
+        for (const ContactSuggestion& entry : entries)
+            keys.append({Text::lowered(entry.name), Text::lowered(entry.email)});
+        return std::pair(entries, keys);
+    };
+    const auto [entries, keys] = co_await runOnWorker(work);
     if (!self)
         co_return;
     m_entries = entries;
+    m_keys = keys;
     setStatus(Status::ready);
 }
 
@@ -130,11 +141,11 @@ QList<ContactSuggestion> ContactsService::suggest(const QString& query, const QS
     const QString lowered = Text::lowered(query);
     if (lowered.isEmpty() || m_status != Status::ready)
         return found;
-    for (const ContactSuggestion& entry : m_entries) {
-        if (found.size() >= limit)
-            break;
-        if (!leaveOut.contains(Text::lowered(entry.email)) && matches(entry, lowered))
-            found.append(entry);
+    for (qsizetype index = 0; index < m_keys.size() && found.size() < limit; ++index) {
+        const Key& key = m_keys[index];
+        const bool isFound = key.email.startsWith(lowered) || begins(key.name, lowered);
+        if (isFound && !leaveOut.contains(key.email))
+            found.append(m_entries[index]);
     }
     return found;
 }

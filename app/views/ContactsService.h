@@ -55,7 +55,14 @@ private:
     std::shared_ptr<AddressBook> m_book;
     Status m_status = Status::unknown;
     bool m_isAsking = false;
+    /// What an entry is found by: both in lower case.
+    struct Key {
+        QString name;
+        QString email;
+    };
+
     QList<ContactSuggestion> m_entries;
+    QList<Key> m_keys; ///< of the entries, in their order
 };
 
 } // namespace Larkhaven
