@@ -401,7 +401,7 @@ TEST_F(ActionsTest, DraggingARowTakesItsWholeSelectionToTheMailbox)
     select({u"2"_s, u"3"_s});
     dragTo(1, u"Trash"_s);
     ASSERT_TRUE(waitUntil([this] { return !provider().calls(u"trash"_s).isEmpty(); }));
-    EXPECT_EQ(provider().calls(u"trash"_s), QStringList(u"trash 2,3"_s));
+    EXPECT_EQ(provider().calls(u"trash"_s), QStringList(u"trash 2 3"_s));
 }
 
 TEST_F(ActionsTest, DraggingARowOutsideTheSelectionTakesItAlone)
@@ -409,7 +409,9 @@ TEST_F(ActionsTest, DraggingARowOutsideTheSelectionTakesItAlone)
     select({u"2"_s, u"3"_s});
     dragTo(0, u"Projects"_s);
     ASSERT_TRUE(waitUntil([this] { return !provider().calls(u"moveToLabel"_s).isEmpty(); }));
-    EXPECT_TRUE(provider().calls(u"moveToLabel"_s).constFirst().startsWith("moveToLabel 1 "_L1));
+    const QStringList words = provider().calls(u"moveToLabel"_s).constFirst().split(u' ');
+    EXPECT_TRUE(words.contains(u"1"_s));
+    EXPECT_FALSE(words.contains(u"2"_s) || words.contains(u"3"_s));
     EXPECT_EQ(model().messages().size(), 3);
 }
 

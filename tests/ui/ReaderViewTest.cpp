@@ -161,6 +161,7 @@ TEST_F(ReaderViewTest, LeavesTheParsedMessageInTheModel)
 TEST_F(ReaderViewTest, ShowsAProgressIndicatorWithTheSubjectOfTheRowWhileItLoads)
 {
     open("Subject: x\r\n\r\nHello");
+    mail->fixture.provider().setRaw(u"2"_s, "Subject: y\r\n\r\nHello");
     mail->model().setPath({});
     mail->fixture.provider().hold(u"fetchRaw"_s);
     mail->model().open(*mail->model().message(u"2"_s));
