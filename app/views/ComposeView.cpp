@@ -7,9 +7,9 @@
 #include "views/AttachmentStrip.h"
 #include "views/ComposeEditor.h"
 #include "views/ComposeFiles.h"
+#include "views/ComposeNotices.h"
 #include "views/ComposeRow.h"
 #include "views/ComposeToolbar.h"
-#include "views/DisplayText.h"
 #include "views/FormatBar.h"
 #include "views/Picker.h"
 #include "views/PlainAlert.h"
@@ -105,7 +105,8 @@ void ComposeView::buildForm(const ComposeDraft& draft)
             ? tr("This was being sent when Larkhaven ended. Look in Sent before you send it again.")
             : tr("Recovered after Larkhaven ended unexpectedly."));
     m_note->setObjectName("recoveredNote"_L1);
-    m_note->setVisible(m_model.isRecovered(draft.id));
+    if (!m_model.isRecovered(draft.id))
+        m_note->hide();
     m_form = new QWidget;
     m_form->setObjectName("form"_L1);
     m_accounts = new Picker(Picker::Frame::none);
@@ -125,12 +126,7 @@ void ComposeView::buildForm(const ComposeDraft& draft)
     m_cc->setText(draft.cc);
     m_bcc->setText(draft.bcc);
     m_subject->setText(draft.subject);
-    m_notices = new QLabel(noticesText(draft.notices));
-    m_notices->setObjectName("notices"_L1);
-    m_notices->setTextFormat(Qt::PlainText);
-    m_notices->setWordWrap(true);
-    m_notices->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    m_notices->setVisible(!draft.notices.isEmpty());
+    auto* const notices = new ComposeNotices(draft.notices);
     m_formatBar = new FormatBar(m_editor);
     m_text = new ComposeEditor(draft.body, draft.initialHTML, draft.isRichText, m_editor);
     m_attachments = new AttachmentStrip;
@@ -142,7 +138,7 @@ void ComposeView::buildForm(const ComposeDraft& draft)
     rows->setContentsMargins(0, 0, 0, 0);
     rows->setSpacing(0);
     for (QWidget* const row :
-         std::initializer_list<QWidget*>{m_from, m_to, m_cc, m_bcc, subjectRow, m_notices, m_formatBar})
+         std::initializer_list<QWidget*>{m_from, m_to, m_cc, m_bcc, subjectRow, notices, m_formatBar})
         rows->addWidget(row);
     rows->addWidget(m_text, 1);
     auto* const scroll = new QScrollArea;
@@ -169,16 +165,6 @@ void ComposeView::buildForm(const ComposeDraft& draft)
     followRichText();
     connect(&Style::shared(), &Style::changed, this, &ComposeView::applyStyle);
     applyStyle();
-}
-
-QString ComposeView::noticesText(const QStringList& notices)
-{
-    QStringList lines;
-    for (const QString& notice : notices.first(std::min(notices.size(), mostNotices)))
-        lines.append(DisplayText::bounded(notice.simplified(), longestNotice));
-    if (const qsizetype rest = notices.size() - lines.size(); rest > 0)
-        lines.append(tr("And %1 more.").arg(rest));
-    return lines.join(u'\n');
 }
 
 void ComposeView::connectForm()
@@ -292,12 +278,6 @@ void ComposeView::applyStyle()
     m_note->setContentsMargins(Style::largePadding, Style::smallPadding, Style::largePadding,
                                Style::smallPadding);
     m_note->setWordWrap(true);
-    QPalette notices = m_notices->palette();
-    notices.setColor(QPalette::WindowText, colors.secondary);
-    m_notices->setPalette(notices);
-    m_notices->setFont(style.font(Style::Type::caption));
-    m_notices->setContentsMargins(Style::largePadding, Style::smallPadding, Style::largePadding,
-                                  Style::smallPadding);
     m_text->setMinimumHeight(style.scaled(6));
 }
 

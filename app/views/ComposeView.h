@@ -81,9 +81,6 @@ public:
     /// Of a longer text every change counts as unsaved; a shorter one is compared, so that what was taken
     /// back is no change. In characters.
     static constexpr int longestCompared = 50'000;
-    /// Notices beyond these are only counted; each is cut to so many characters.
-    static constexpr qsizetype mostNotices = 8;
-    static constexpr qsizetype longestNotice = 300;
 
     /// `isUnsaved`: what the draft holds is stored nowhere, even if nothing changes any more.
     ComposeView(AppModel& model, const ComposeDraft& draft, bool isUnsaved,
@@ -151,7 +148,6 @@ private:
     void followChange();
     void followRichText();
     bool hasOtherText() const;
-    static QString noticesText(const QStringList& notices);
     void applyStyle();
     void setInitialFocus();
 
@@ -185,7 +181,6 @@ private:
 
     ComposeToolbar* m_toolbar = nullptr;
     QLabel* m_note = nullptr;
-    QLabel* m_notices = nullptr;
     QWidget* m_form = nullptr;
     QComboBox* m_accounts = nullptr;
     ComposeRow* m_from = nullptr;

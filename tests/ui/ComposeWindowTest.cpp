@@ -6,6 +6,7 @@
 #include "support/Await.h"
 #include "support/QtPrinters.h"
 #include "support/WaitUntil.h"
+#include "views/ComposeNotices.h"
 #include "views/FlatButton.h"
 #include "views/SuggestionList.h"
 
@@ -499,6 +500,8 @@ TEST_F(ComposeWindowTest, TellsWhatWasLeftOutAboveTheText)
     EXPECT_TRUE(notices.isVisible());
     EXPECT_EQ(notices.textFormat(), Qt::PlainText);
     EXPECT_EQ(notices.text(), u"Left out: “Your Bank” <x@evil.example>\n<b>Left</b> out"_s);
+    EXPECT_EQ(notices.palette().color(QPalette::WindowText), Style::shared().colors().secondary);
+    EXPECT_EQ(notices.font().pixelSize(), Style::shared().font(Style::Type::caption).pixelSize());
     EXPECT_LT(notices.mapTo(&window, QPoint()).y(), text(window).mapTo(&window, QPoint()).y());
     EXPECT_FALSE(window.view().hasUnsavedChanges());
     takeScreenshot(window, u"compose-notices"_s);
@@ -507,13 +510,13 @@ TEST_F(ComposeWindowTest, TellsWhatWasLeftOutAboveTheText)
 TEST_F(ComposeWindowTest, ManyOrLongNoticesAreBounded)
 {
     ComposeDraft draft = addressed();
-    for (qsizetype number = 0; number < ComposeView::mostNotices + 5; ++number)
+    for (qsizetype number = 0; number < ComposeNotices::mostNotices + 5; ++number)
         draft.notices.append(QString(1'000'000, u'x'));
     ComposeWindow& window = open(draft);
     const QStringList lines = child<QLabel>(window, "notices").text().split(u'\n');
-    ASSERT_EQ(lines.size(), ComposeView::mostNotices + 1);
+    ASSERT_EQ(lines.size(), ComposeNotices::mostNotices + 1);
     EXPECT_EQ(lines.constLast(), u"And 5 more."_s);
-    EXPECT_LE(lines.constFirst().size(), ComposeView::longestNotice + 1);
+    EXPECT_LE(lines.constFirst().size(), ComposeNotices::longestNotice + 1);
 }
 
 // --- Files

@@ -1,0 +1,43 @@
+#include "views/ComposeNotices.h"
+
+#include "views/ComposeTextView.h"
+#include "views/DisplayText.h"
+#include "views/Style.h"
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven {
+
+ComposeNotices::ComposeNotices(const QStringList& notices, QWidget* parent)
+    : QLabel(parent)
+{
+    setObjectName("notices"_L1);
+    setTextFormat(Qt::PlainText);
+    setWordWrap(true);
+    QStringList lines;
+    for (const QString& notice : notices.first(std::min(notices.size(), mostNotices)))
+        lines.append(DisplayText::bounded(notice.simplified(), longestNotice));
+    if (const qsizetype rest = notices.size() - lines.size(); rest > 0)
+        lines.append(tr("And %1 more.").arg(rest));
+    setText(lines.join(u'\n'));
+    connect(&Style::shared(), &Style::changed, this, &ComposeNotices::applyStyle);
+    applyStyle();
+    if (notices.isEmpty())
+        hide();
+}
+
+void ComposeNotices::applyStyle()
+{
+    const Style& style = Style::shared();
+    QPalette own = palette();
+    own.setColor(QPalette::WindowText, style.colors().secondary);
+    setPalette(own);
+    setFont(style.font(Style::Type::caption));
+    // They begin where the text does.
+    setContentsMargins(ComposeTextView::horizontalInset, Style::smallPadding,
+                       ComposeTextView::horizontalInset, 0);
+}
+
+} // namespace Larkhaven
