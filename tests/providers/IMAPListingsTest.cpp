@@ -1,0 +1,437 @@
+#include "providers/IMAPListings.h"
+
+#include "Listings.h"
+#include "Providing.h"
+#include "platform/Tasks.h"
+#include "platform/Wakeup.h"
+#include "support/Await.h"
+#include "support/IMAPScripts.h"
+#include "support/QtPrinters.h"
+
+#include <QCoreApplication>
+#include <QTranslator>
+
+#include <algorithm>
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven {
+namespace {
+
+// --- Searches
+
+QStringList shown(const QList<IMAPArg>& args)
+{
+    QStringList pieces;
+    for (const IMAPArg& arg : args)
+        pieces.append(arg.text() ? *arg.text() : u"literal "_s + QString::fromUtf8(*arg.literal()));
+    return pieces;
+}
+
+TEST(IMAPSearch, AsksForEverythingOrForTheFlagged)
+{
+    EXPECT_EQ(shown(IMAPListings::searchArgs(inbox, std::nullopt)), QStringList(u"ALL"_s));
+    EXPECT_EQ(shown(IMAPListings::searchArgs(inbox, u"   "_s)), QStringList(u"ALL"_s));
+    EXPECT_EQ(shown(IMAPListings::searchArgs(starred, std::nullopt)), QStringList(u"FLAGGED"_s));
+    EXPECT_EQ(shown(IMAPListings::searchArgs(starred, u" "_s)), QStringList(u"FLAGGED"_s));
+}
+
+TEST(IMAPSearch, AsksForAText)
+{
+    EXPECT_EQ(shown(IMAPListings::searchArgs(inbox, u" invoice "_s)),
+              QStringList({u"TEXT "_s, u"\"invoice\""_s}));
+    EXPECT_EQ(shown(IMAPListings::searchArgs(starred, u"invoice"_s)),
+              QStringList({u"FLAGGED "_s, u"TEXT "_s, u"\"invoice\""_s}));
+}
+
+TEST(IMAPSearch, AsksForASenderInAnyCaseOfTheOperatorAndKeepsTheTerms)
+{
+    EXPECT_EQ(shown(IMAPListings::searchArgs(inbox, u"from:   ann"_s)),
+              QStringList({u"FROM "_s, u"\"ann\""_s}));
+    EXPECT_EQ(shown(IMAPListings::searchArgs(inbox, u"FROM:Ann"_s)), QStringList({u"FROM "_s, u"\"Ann\""_s}));
+    EXPECT_EQ(shown(IMAPListings::searchArgs(inbox, u"from:"_s)), QStringList({u"FROM "_s, u"\"\""_s}));
+    EXPECT_EQ(shown(IMAPListings::searchArgs(inbox, u"x from:ann"_s)),
+              QStringList({u"TEXT "_s, u"\"x from:ann\""_s}));
+}
+
+TEST(IMAPSearch, TellsTheCharsetWhereATermIsNoASCII)
+{
+    EXPECT_EQ(shown(IMAPListings::searchArgs(starred, u"Grüße"_s)),
+              QStringList({u"CHARSET UTF-8 "_s, u"FLAGGED "_s, u"TEXT "_s, u"literal Grüße"_s}));
+}
+
+TEST(IMAPProvider, SendsANonASCIISearchTermAsALiteral)
+{
+    Providing providing(
+        {signedIn()
+             .then("C: P4 SELECT \"INBOX\"\nS: P4 OK\nC: P5 UID SEARCH CHARSET UTF-8 TEXT {2}\nS: +")
+             .client("\xC3\xBC\r\n")
+             .then("S: * SEARCH\nS: P5 OK")});
+    EXPECT_EQ(providing.list(inbox, 0, 50, true, u"ü"_s).total, 0);
+}
+
+// --- Listing
+
+TEST(IMAPProvider, ListsAPageNewestFirstWithWhatItsHeadersTell)
+{
+    const QByteArray header =
+        "Date: Tue, 3 Mar 2026 10:11:12 +0100\r\nFrom: =?utf-8?Q?J=C3=BCrgen?= <j@x.example>, b@x\r\n"
+        "To: ann@x.example, Bob <bob@x.example>\r\nSubject: =?utf-8?B?R3LDvMOfZQ==?=\r\n"
+        "Content-Type: Multipart/Mixed; boundary=x\r\n\r\n";
+    Providing providing(
+        {signedIn()
+             .then("C: P4 SELECT \"INBOX\"\nS: * OK [UIDVALIDITY 7]\nS: P4 OK\nC: P5 UID SEARCH ALL\n"
+                   "S: * SEARCH 9\nS: P5 OK\nC: P6 UID FETCH 9 (UID FLAGS INTERNALDATE RFC822.SIZE "
+                   "BODY.PEEK[HEADER.FIELDS (DATE FROM TO SUBJECT CONTENT-TYPE)])")
+             .server("* 1 FETCH (UID 9 FLAGS (\\seen \\Flagged) RFC822.SIZE 1234 BODY[HEADER.FIELDS (DATE "
+                     "FROM TO SUBJECT CONTENT-TYPE)] {" +
+                     QByteArray::number(header.size()) + "}\r\n" + header + ")\r\n")
+             .then("S: P6 OK\nC: P7 LIST \"\" \"*\"\nS: * LIST () \".\" INBOX\nS: P7 OK")});
+    const MessagePage page = providing.list();
+    MessageSummary expected;
+    expected.id = u"9.7:INBOX"_s;
+    expected.accountID = someAccount().id;
+    expected.from = EmailAddress(u"Jürgen"_s, u"j@x.example"_s);
+    expected.to = {EmailAddress(std::nullopt, u"ann@x.example"_s),
+                   EmailAddress(u"Bob"_s, u"bob@x.example"_s)};
+    expected.subject = u"Grüße"_s;
+    expected.date = QDateTime(QDate(2026, 3, 3), QTime(9, 11, 12), Qt::UTC);
+    expected.isRead = true;
+    expected.isStarred = true;
+    expected.hasAttachments = true;
+    expected.size = 1234;
+    expected.mailbox = u"Inbox"_s;
+    ASSERT_EQ(page.messages.size(), 1);
+    EXPECT_EQ(page.messages[0].toJSON(), expected.toJSON());
+    EXPECT_FALSE(page.hasMore);
+    EXPECT_EQ(page.total, 1);
+}
+
+TEST(IMAPProvider, ListsNothingOfAnEmptyMailbox)
+{
+    Providing providing(
+        session("C: P4 SELECT \"INBOX\"\nS: P4 OK\nC: P5 UID SEARCH ALL\nS: * SEARCH\nS: P5 OK"));
+    const MessagePage page = providing.list();
+    EXPECT_TRUE(page.messages.isEmpty());
+    EXPECT_FALSE(page.hasMore);
+    EXPECT_EQ(page.total, 0);
+    EXPECT_EQ(await(providing->lastPageOffset(inbox, std::nullopt, 50)), 0);
+}
+
+TEST(IMAPProvider, ListsNothingBehindTheEnd)
+{
+    Providing providing({listedOnce()});
+    providing.list();
+    const MessagePage page = providing.list(inbox, 50, 50, false);
+    EXPECT_TRUE(page.messages.isEmpty());
+    EXPECT_FALSE(page.hasMore);
+    EXPECT_EQ(page.total, 2);
+}
+
+TEST(IMAPProvider, ListsPagesOfTheSameListingWithoutASearch)
+{
+    Providing providing(session(R"(
+        C: P4 SELECT "INBOX"
+        S: * OK [UIDVALIDITY 7]
+        S: P4 OK
+        C: P5 UID SEARCH ALL
+        S: * SEARCH 3 5 4 0 5 4294967296 -1
+        S: P5 OK
+        C: P6 UID FETCH 4:5 (UID FLAGS INTERNALDATE RFC822.SIZE BODY.PEEK[HEADER.FIELDS (DATE FROM TO SUBJECT CONTENT-TYPE)])
+        S: * 1 FETCH (UID 4 BODY[X] "")
+        S: * 1 FETCH (UID 5 BODY[X] "")
+        S: P6 OK
+        C: P7 LIST "" "*"
+        S: P7 OK
+        C: P8 UID FETCH 3 (UID FLAGS INTERNALDATE RFC822.SIZE BODY.PEEK[HEADER.FIELDS (DATE FROM TO SUBJECT CONTENT-TYPE)])
+        S: * 1 FETCH (UID 3 BODY[X] "")
+        S: P8 OK
+    )"));
+    const MessagePage first = providing.list(inbox, 0, 2, false);
+    EXPECT_EQ(idsOf(first), QStringList({u"5.7:INBOX"_s, u"4.7:INBOX"_s}));
+    EXPECT_TRUE(first.hasMore);
+    EXPECT_EQ(first.total, 3) << "what is no UID, and doubles, don't count";
+    const MessagePage second = providing.list(inbox, 2, 2, false);
+    EXPECT_EQ(idsOf(second), QStringList(u"3.7:INBOX"_s));
+    EXPECT_FALSE(second.hasMore);
+    EXPECT_EQ(await(providing->lastPageOffset(inbox, std::nullopt, 2)), 2);
+    EXPECT_EQ(await(providing->lastPageOffset(inbox, std::nullopt, 0)), 0);
+}
+
+TEST(IMAPProvider, FindsTheLastPageOfFiftyAndOfFiftyOneMessages)
+{
+    for (const auto& [count, offset] : {std::pair{50, 0}, std::pair{51, 50}}) {
+        QByteArray uids;
+        for (int uid = 1; uid <= count; ++uid)
+            uids += ' ' + QByteArray::number(uid);
+        Providing providing({signedIn()
+                                 .then("C: P4 SELECT \"INBOX\"\nS: P4 OK\nC: P5 UID SEARCH ALL")
+                                 .server("* SEARCH" + uids + "\r\n")
+                                 .then("S: P5 OK")});
+        EXPECT_EQ(await(providing->lastPageOffset(inbox, std::nullopt, 50)), offset);
+    }
+}
+
+TEST(IMAPProvider, ShowsAMessageThatWasReadElsewhereAsReadWithoutFetchingItsHeader)
+{
+    Providing providing({listedOnce(R"(
+        C: P8 SELECT "INBOX"
+        S: * OK [UIDVALIDITY 7]
+        S: P8 OK
+        C: P9 UID SEARCH ALL
+        S: * SEARCH 3 5
+        S: P9 OK
+        C: P10 UID FETCH 3,5 (UID FLAGS)
+        S: * 1 FETCH (UID 3 FLAGS (\Seen))
+        S: * 2 FETCH (UID 5 FLAGS (\SEEN))
+        S: P10 OK
+    )")});
+    MessagePage page = providing.list();
+    EXPECT_FALSE(page.messages[0].isRead);
+    EXPECT_TRUE(page.messages[0].isStarred);
+    page = providing.list();
+    EXPECT_EQ(idsOf(page), QStringList({u"5.7:INBOX"_s, u"3.7:INBOX"_s}));
+    EXPECT_TRUE(page.messages[0].isRead);
+    EXPECT_FALSE(page.messages[0].isStarred);
+    EXPECT_EQ(page.messages[0].subject, u"five");
+}
+
+TEST(IMAPProvider, LeavesAMessageOutThatVanishedMeanwhile)
+{
+    Providing providing({listedOnce(R"(
+        C: P8 UID FETCH 3,5 (UID FLAGS)
+        S: * 1 FETCH (UID 3 FLAGS ())
+        S: P8 OK
+    )")});
+    providing.list();
+    const MessagePage page = providing.list(inbox, 0, 50, false);
+    EXPECT_EQ(idsOf(page), QStringList(u"3.7:INBOX"_s));
+    EXPECT_EQ(page.total, 2);
+}
+
+TEST(IMAPProvider, FetchesEverythingAnewAfterUIDVALIDITYChanged)
+{
+    Providing providing({listedOnce(R"(
+        C: P8 SELECT "INBOX"
+        S: * OK [UIDVALIDITY 8]
+        S: P8 OK
+        C: P9 UID SEARCH ALL
+        S: * SEARCH 3
+        S: P9 OK
+        C: P10 UID FETCH 3 (UID FLAGS INTERNALDATE RFC822.SIZE BODY.PEEK[HEADER.FIELDS (DATE FROM TO SUBJECT CONTENT-TYPE)])
+        S: * 1 FETCH (UID 3 BODY[X] "Subject: another")
+        S: P10 OK
+    )")});
+    providing.list();
+    const MessagePage page = providing.list();
+    ASSERT_EQ(idsOf(page), QStringList(u"3.8:INBOX"_s));
+    EXPECT_EQ(page.messages[0].subject, u"another");
+}
+
+TEST_F(CachedIMAPProvider, CountsAMailboxWithoutUIDVALIDITYAsValidityZero)
+{
+    const auto files = cache();
+    {
+        Providing providing(
+            session("C: P4 SELECT \"INBOX\"\nS: P4 OK\nC: P5 UID SEARCH ALL\nS: * SEARCH\nS: P5 OK"), files);
+        providing.list();
+    }
+    EXPECT_EQ(await(files->readSnapshot(u"imap"_s)), R"({"INBOX":{"messages":{},"uidValidity":0}})");
+}
+
+TEST(IMAPProvider, TakesTheDateOfABrokenHeaderFromTheServerOrElseFromTheClock)
+{
+    Providing providing(session(R"(
+        C: P4 SELECT "INBOX"
+        S: P4 OK
+        C: P5 UID SEARCH ALL
+        S: * SEARCH 1 2 3
+        S: P5 OK
+        C: P6 UID FETCH 1:3 (UID FLAGS INTERNALDATE RFC822.SIZE BODY.PEEK[HEADER.FIELDS (DATE FROM TO SUBJECT CONTENT-TYPE)])
+        S: * 1 FETCH (UID 1 INTERNALDATE " 3-Mar-2026 10:11:12 +0100" BODY[X] "Date: some day")
+        S: * 2 FETCH (UID 2 INTERNALDATE "someday" BODY[X] "Date: some day")
+        S: * 3 FETCH (UID 3 INTERNALDATE "03-Mar-2026 10:11:12 +0100" BODY[X] "")
+        S: P6 OK
+        C: P7 LIST "" "*"
+        S: P7 OK
+    )"));
+    const QDateTime before = QDateTime::currentDateTimeUtc();
+    const MessagePage page = providing.list();
+    const QDateTime told(QDate(2026, 3, 3), QTime(9, 11, 12), Qt::UTC);
+    EXPECT_EQ(page.messages[0].date, told);
+    EXPECT_EQ(page.messages[2].date, told);
+    EXPECT_GE(page.messages[1].date, before);
+    EXPECT_LE(page.messages[1].date, QDateTime::currentDateTimeUtc());
+}
+
+TEST(IMAPProvider, DoesNotLetAnUnaskedFetchBlankASummary)
+{
+    Providing providing(session(R"(
+        C: P4 SELECT "INBOX"
+        S: P4 OK
+        C: P5 UID SEARCH ALL
+        S: * SEARCH 3
+        S: P5 OK
+        C: P6 UID FETCH 3 (UID FLAGS INTERNALDATE RFC822.SIZE BODY.PEEK[HEADER.FIELDS (DATE FROM TO SUBJECT CONTENT-TYPE)])
+        S: * 1 FETCH (UID 3 FLAGS (\Seen) BODY[X] "Subject: three")
+        S: * 1 FETCH (UID 3 FLAGS ())
+        S: * 9 FETCH (UID 99 BODY[X] "Subject: unasked")
+        S: * 9 FETCH (BODY[X] "Subject: nameless")
+        S: P6 OK
+        C: P7 LIST "" "*"
+        S: P7 OK
+    )"));
+    const MessagePage page = providing.list();
+    ASSERT_EQ(idsOf(page), QStringList(u"3.0:INBOX"_s));
+    EXPECT_EQ(page.messages[0].subject, u"three");
+}
+
+TEST_F(CachedIMAPProvider, DeletesNoSummaryWhereNothingIsFlagged)
+{
+    const auto files = cache();
+    {
+        Providing providing({listedOnce(R"(
+            C: P8 SELECT "INBOX"
+            S: * OK [UIDVALIDITY 7]
+            S: P8 OK
+            C: P9 UID SEARCH FLAGGED
+            S: * SEARCH
+            S: P9 OK
+        )")},
+                            files);
+        providing.list();
+        const MessagePage page = providing.list(starred);
+        EXPECT_TRUE(page.messages.isEmpty());
+        EXPECT_EQ(page.total, 0);
+    }
+    const IMAPBoxes boxes = IMAPSnapshot::decode(await(files->readSnapshot(u"imap"_s)).value());
+    EXPECT_EQ(boxes.value(u"INBOX"_s).messages.size(), 2);
+}
+
+TEST_F(CachedIMAPProvider, ForgetsSummariesThatTheMailboxHoldsNoMore)
+{
+    const auto files = cache();
+    {
+        Providing providing({listedOnce(R"(
+            C: P8 SELECT "INBOX"
+            S: * OK [UIDVALIDITY 7]
+            S: P8 OK
+            C: P9 UID SEARCH ALL
+            S: * SEARCH 5
+            S: P9 OK
+            C: P10 UID FETCH 5 (UID FLAGS)
+            S: * 1 FETCH (UID 5 FLAGS (\Flagged))
+            S: P10 OK
+        )")},
+                            files);
+        providing.list();
+        EXPECT_EQ(idsOf(providing.list()), QStringList(u"5.7:INBOX"_s));
+    }
+    const IMAPBoxes boxes = IMAPSnapshot::decode(await(files->readSnapshot(u"imap"_s)).value());
+    EXPECT_EQ(boxes.value(u"INBOX"_s).messages.keys(), QList<qint64>(1, 5));
+    EXPECT_EQ(boxes.value(u"INBOX"_s).uidValidity, 7);
+}
+
+TEST_F(CachedIMAPProvider, KnowsSummariesAcrossLaunches)
+{
+    {
+        Providing providing({listedOnce()}, cache());
+        providing.list();
+    }
+    Providing providing(session(R"(
+        C: P4 SELECT "INBOX"
+        S: * OK [UIDVALIDITY 7]
+        S: P4 OK
+        C: P5 UID SEARCH ALL
+        S: * SEARCH 3 5
+        S: P5 OK
+        C: P6 UID FETCH 3,5 (UID FLAGS)
+        S: * 1 FETCH (UID 3 FLAGS ())
+        S: * 2 FETCH (UID 5 FLAGS ())
+        S: P6 OK
+    )"),
+                        cache());
+    const MessagePage page = providing.list();
+    ASSERT_EQ(page.messages.size(), 2);
+    EXPECT_EQ(page.messages[0].subject, u"five");
+}
+
+TEST_F(CachedIMAPProvider, IgnoresASnapshotThatCannotBeRead)
+{
+    const auto files = cache();
+    await(files->writeSnapshot(u"imap"_s, "no JSON"));
+    Providing providing({listedOnce()}, files);
+    EXPECT_EQ(providing.list().messages.size(), 2);
+}
+
+TEST_F(CachedIMAPProvider, DropsTheOldestOfTwentyThousandAndOneSummariesAtTheNextWrite)
+{
+    const auto files = cache();
+    IMAPBox box{7, {}};
+    for (qint64 uid = 1; uid <= 20'001; ++uid) {
+        MessageSummary summary;
+        summary.id = QString::number(uid) + u".7:Old"_s;
+        summary.date = QDateTime::fromSecsSinceEpoch(1'000'000'000 + uid, Qt::UTC);
+        box.messages.insert(uid, summary);
+    }
+    IMAPBoxes boxes;
+    boxes.insert(u"Old"_s, box);
+    await(files->writeSnapshot(u"imap"_s, IMAPSnapshot::encode(boxes)));
+    {
+        Providing providing(session("C: P4 SELECT \"Old\"\nS: * OK [UIDVALIDITY 7]\nS: P4 OK\n"
+                                    "C: P5 UID STORE 7 +FLAGS.SILENT (\\Seen)\nS: P5 OK"),
+                            files);
+        await(providing->setRead(true, {u"7.7:Old"_s}));
+    }
+    const IMAPBoxes kept = IMAPSnapshot::decode(await(files->readSnapshot(u"imap"_s)).value());
+    EXPECT_EQ(kept.value(u"Old"_s).messages.size(), 20'000);
+    EXPECT_FALSE(kept.value(u"Old"_s).messages.contains(1));
+    EXPECT_TRUE(kept.value(u"Old"_s).messages.value(7).isRead);
+}
+
+TEST_F(CachedIMAPProvider, KeepsASnapshotThatNobodyListedYetWhenALabelIsDeleted)
+{
+    const auto files = cache();
+    {
+        Providing providing({listedOnce()}, files);
+        providing.list();
+    }
+    {
+        Providing providing(session("C: P4 DELETE \"Work\"\nS: P4 OK"), files);
+        await(providing->deleteLabel({u"Work"_s, u"Work"_s}));
+    }
+    const IMAPBoxes boxes = IMAPSnapshot::decode(await(files->readSnapshot(u"imap"_s)).value());
+    EXPECT_EQ(boxes.value(u"INBOX"_s).messages.size(), 2);
+}
+
+TEST(IMAPProvider, HasNoMailboxForARoleThatTheServerLacks)
+{
+    Providing providing(session("C: P4 LIST \"\" \"*\"\nS: P4 OK"));
+    expectUnsupported(providing->listMessages(MailboxRef::system(Mailbox::sent), std::nullopt, 0, 50, true),
+                      u"This account has no Sent mailbox."_s);
+}
+
+TEST(IMAPProvider, ShowsThePathOfAFolderInItsRows)
+{
+    Providing providing(session(R"(
+        C: P4 SELECT "INBOX.Work.&APw-"
+        S: P4 OK
+        C: P5 UID SEARCH ALL
+        S: * SEARCH 1
+        S: P5 OK
+        C: P6 UID FETCH 1 (UID FLAGS INTERNALDATE RFC822.SIZE BODY.PEEK[HEADER.FIELDS (DATE FROM TO SUBJECT CONTENT-TYPE)])
+        S: * 1 FETCH (UID 1 BODY[X] "")
+        S: P6 OK
+        C: P7 LIST "" "*"
+        S: * LIST () "." INBOX.Work.&APw-
+        S: P7 OK
+    )"));
+    const MessagePage page = providing.list(MailboxRef::label({u"INBOX.Work.&APw-"_s, u"Work/ü"_s}));
+    ASSERT_EQ(page.messages.size(), 1);
+    EXPECT_EQ(page.messages[0].mailbox, u"Work/ü");
+    EXPECT_EQ(page.messages[0].id, u"1.0:INBOX.Work.&APw-");
+}
+
+} // namespace
+} // namespace Larkhaven
