@@ -350,7 +350,7 @@ void Reader::applyParagraphStyle(const QHash<QString, QString>& style, Element& 
 {
     applyMargins(style, element);
     applyDirection(style.value(u"direction"_s), element);
-    const QString alignment = style.value(u"text-align"_s).toLower();
+    const QString alignment = Text::asciiLowered(style.value(u"text-align"_s));
     if (alignment == "center"_L1)
         element.paragraph.setAlignment(Qt::AlignHCenter);
     else if (alignment == "right"_L1 || alignment == "end"_L1)

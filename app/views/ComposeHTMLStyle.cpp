@@ -1,5 +1,6 @@
 #include "views/ComposeHTMLStyle.h"
 
+#include "domain/Text.h"
 #include "safety/HTMLSanitizer.h"
 #include "views/ComposeHTML.h"
 
@@ -75,7 +76,7 @@ QHash<QString, QString> declarations(QStringView style)
     for (const QStringView declaration : style.tokenize(u';')) {
         const qsizetype colon = declaration.indexOf(u':');
         if (colon > 0)
-            found.insert(declaration.first(colon).trimmed().toString().toLower(),
+            found.insert(Text::asciiLowered(declaration.first(colon).trimmed()),
                          declaration.sliced(colon + 1).trimmed().toString());
     }
     return found;
@@ -83,7 +84,7 @@ QHash<QString, QString> declarations(QStringView style)
 
 std::optional<QColor> color(const QString& text)
 {
-    const QString lowered = text.toLower();
+    const QString lowered = Text::asciiLowered(text);
     QColor result;
     if (lowered.startsWith("rgb"_L1)) {
         const qsizetype open = lowered.indexOf(u'(');
@@ -116,7 +117,7 @@ std::optional<double> fontSize(const QString& text, double parent, double base)
                                               {u"medium"_s, 1},     {u"large"_s, 1.2},    {u"x-large"_s, 1.5},
                                               {u"xx-large"_s, 2}};
     static const QHash<QString, double> units{{u"px"_s, 1}, {u"pt"_s, 4.0 / 3.0}};
-    const QString value = text.toLower();
+    const QString value = Text::asciiLowered(text);
     if (const auto name = names.constFind(value); name != names.constEnd())
         return base * *name;
     if (value == "smaller"_L1)
