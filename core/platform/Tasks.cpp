@@ -27,7 +27,7 @@ Task<> guarded(Task<> task, FailureGate gate)
 QThreadPool& workers()
 {
     // A keyring that asks the user holds one thread for as long as they think.
-    constexpr int fewest = 4;
+    static constexpr int fewest = 4;
     static QThreadPool pool;
     static const bool isSet = [] {
         pool.setMaxThreadCount(std::max(fewest, QThread::idealThreadCount()));
