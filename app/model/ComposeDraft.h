@@ -37,7 +37,6 @@ struct ComposeDraft {
     QStringList notices;
     /// The program ended while this was being sent: it may have gone out.
     bool wasSending = false;
-    QStringList notices; ///< what was left out when the draft was made; shown above the text
 
     bool operator==(const ComposeDraft& other) const { return id == other.id; }
 };

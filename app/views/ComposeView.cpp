@@ -10,6 +10,7 @@
 #include "views/ComposeNotices.h"
 #include "views/ComposeRow.h"
 #include "views/ComposeToolbar.h"
+#include "views/DisplayText.h"
 #include "views/FormatBar.h"
 #include "views/Picker.h"
 #include "views/PlainAlert.h"
