@@ -279,6 +279,9 @@ public:
     OutgoingMessage outgoing(const ComposeDraft& draft, bool forSending);
     /// Fails towards the window, which stays open.
     Task<> send(ComposeDraft draft);
+    /// Whether the last attempt of the draft lies in the Sent mailbox of its account. That it doesn't proves
+    /// nothing; what can't be learned fails.
+    Task<bool> wasSent(ComposeDraft draft);
     /// Fails towards the window, which stays open.
     Task<> saveDraft(ComposeDraft draft);
     /// Keeps a text that is being written, sealed, in case the process ends before its window is closed. The

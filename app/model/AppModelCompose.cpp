@@ -207,8 +207,17 @@ Task<> AppModel::send(ComposeDraft draft)
     const bool isShown = shows(draft.accountID, Mailbox::sent) ||
                          (draft.draftMessageID && shows(draft.accountID, Mailbox::drafts));
     if (isShown)
-        start(refresh());
+        start(checkForNews());
     start(loadCounts(draft.accountID));
+}
+
+Task<bool> AppModel::wasSent(ComposeDraft draft)
+{
+    const std::shared_ptr<MailProvider> source = draft.attempt ? provider(draft.attempt->accountID) : nullptr;
+    if (!source)
+        throw MailError::notSignedIn();
+    const bool isThere = co_await source->wasSent(draft.attempt->messageID);
+    co_return isThere;
 }
 
 Task<> AppModel::saveDraft(ComposeDraft draft)
@@ -220,7 +229,7 @@ Task<> AppModel::saveDraft(ComposeDraft draft)
     if (self)
         removeForeignDraft(draft);
     if (self && shows(draft.accountID, Mailbox::drafts))
-        start(refresh());
+        start(checkForNews());
 }
 
 bool AppModel::shows(const QUuid& accountID, Mailbox role) const

@@ -35,7 +35,16 @@ struct ComposeDraft {
     QList<OutgoingAttachment> attachments;
     /// What the window says of the draft: what was left out of it, and why. One line each, translated.
     QStringList notices;
-    /// The program ended while this was being sent: it may have gone out.
+    /// One sending of the text, to be recognised by.
+    struct Attempt {
+        QString messageID;  ///< under which it goes out, without angle brackets
+        QUuid accountID;    ///< by which
+        QByteArray content; ///< a digest of what goes out
+
+        bool operator==(const Attempt&) const = default;
+    };
+    std::optional<Attempt> attempt; ///< the last one
+    /// The last attempt may have gone out: the program ended during it, or the server never confirmed it.
     bool wasSending = false;
 
     bool operator==(const ComposeDraft& other) const { return id == other.id; }

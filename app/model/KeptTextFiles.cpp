@@ -123,6 +123,10 @@ QByteArray encoded(const ComposeDraft& draft, quint64 number)
     insert(map, "threadID"_L1, draft.threadID);
     insert(map, "draftMessageID"_L1, draft.draftMessageID);
     insert(map, "initialHTML"_L1, draft.initialHTML);
+    if (draft.attempt)
+        map.insert("attempt"_L1, QCborMap{{u"messageID"_s, draft.attempt->messageID},
+                                          {u"accountID"_s, QCborValue(draft.attempt->accountID)},
+                                          {u"content"_s, draft.attempt->content}});
     return map.toCborValue().toCbor();
 }
 
@@ -147,6 +151,10 @@ std::optional<ComposeDraft> decoded(const QByteArray& bytes, const State& state)
     draft.threadID = text(map, "threadID"_L1);
     draft.draftMessageID = text(map, "draftMessageID"_L1);
     draft.initialHTML = text(map, "initialHTML"_L1);
+    if (const QCborMap attempt = map.value("attempt"_L1).toMap(); !attempt.isEmpty())
+        draft.attempt = ComposeDraft::Attempt{attempt.value("messageID"_L1).toString(),
+                                              attempt.value("accountID"_L1).toUuid(),
+                                              attempt.value("content"_L1).toByteArray()};
     const QCborArray references = map.value("references"_L1).toArray();
     for (const auto& reference : references)
         draft.references.append(reference.toString());

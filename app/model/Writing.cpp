@@ -350,6 +350,8 @@ OutgoingMessage outgoing(const ComposeDraft& draft, const Account& account, Purp
     message.references = draft.references;
     if (!isForeign(draft))
         message.threadID = draft.threadID;
+    if (purpose == Purpose::send && draft.attempt)
+        message.messageID = draft.attempt->messageID;
     return message;
 }
 

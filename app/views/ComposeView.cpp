@@ -14,6 +14,7 @@
 #include "views/FormatBar.h"
 #include "views/Picker.h"
 #include "views/PlainAlert.h"
+#include "views/SendAgain.h"
 #include "views/Style.h"
 
 #include <QApplication>
@@ -414,6 +415,19 @@ Task<bool> ComposeView::lossesAccepted(Delivery delivery)
     co_return answer == 0;
 }
 
+/// What becomes of a text that may have gone out already.
+Task<SendAgain::Decision> ComposeView::sendAgainDecided()
+{
+    const QPointer<ComposeView> self(this);
+    const ComposeDraft written = draft();
+    if (written.wasSending)
+        m_toolbar->setProgress(tr("Looking in Sent…"));
+    const SendAgain::Decision decision = co_await SendAgain::decide(&m_model, written, window());
+    if (self)
+        m_toolbar->setProgress({});
+    co_return decision;
+}
+
 Task<ComposeView::Outcome> ComposeView::delivered(QPointer<ComposeView> view, QPointer<AppModel> model,
                                                   Hooks hooks)
 {
@@ -428,6 +442,19 @@ Task<ComposeView::Outcome> ComposeView::delivered(QPointer<ComposeView> view, QP
         co_return Outcome::dropped;
     if (!isAccepted)
         co_return Outcome::failed;
+    if (delivery == Delivery::send) {
+        const SendAgain::Decision decision = co_await view->sendAgainDecided();
+        if (!view || view->m_isClosed)
+            co_return Outcome::dropped;
+        if (decision == SendAgain::Decision::stay)
+            co_return Outcome::failed;
+        if (decision == SendAgain::Decision::close) {
+            model->closeCompose(view->draftID());
+            view->finish();
+            co_return Outcome::done;
+        }
+        view->m_draft.attempt = SendAgain::attempt(*model, view->draft());
+    }
     ComposeDraft draft = view->draft();
     const bool wasSending = draft.wasSending;
     // It may end with the process.
@@ -452,9 +479,16 @@ Task<ComposeView::Outcome> ComposeView::delivered(QPointer<ComposeView> view, QP
         co_return Outcome::done;
     }
     const QString title = delivery == Delivery::send ? tr("Message Not Sent") : tr("Draft Not Saved");
-    const Failure failure{title, localizedText(error)};
+    Failure failure{title, localizedText(error)};
     draft.wasSending = wasSending;
+    if (delivery == Delivery::send && SendAgain::mayHaveGoneOut(error)) {
+        draft.wasSending = true;
+        failure = {tr("Message May Have Been Sent"),
+                   tr("%1 The text is kept. Before it goes out again, Larkhaven looks for it in Sent.")
+                       .arg(localizedText(error))};
+    }
     if (view && !view->m_isClosed) {
+        view->m_draft.wasSending = draft.wasSending;
         view->failed(failure);
     } else {
         model->keepForRecovery(draft);

@@ -5,6 +5,7 @@
 #include "views/ComposeEditorController.h"
 #include "views/ComposeFiles.h"
 #include "views/ContactsService.h"
+#include "views/SendAgain.h"
 #include "views/WindowCloseGuard.h"
 
 #include <QPointer>
@@ -142,6 +143,7 @@ private:
     static Task<Outcome> delivered(QPointer<ComposeView> view, QPointer<AppModel> model, Hooks hooks);
     Task<bool> filesRead();
     Task<bool> lossesAccepted(Delivery delivery);
+    Task<SendAgain::Decision> sendAgainDecided();
     void failed(const Failure& failure);
     void finish();
     void setSending(bool sending, const QString& progress);

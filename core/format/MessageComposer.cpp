@@ -188,16 +188,20 @@ QString formatAddressList(const QList<EmailAddress>& addresses)
     return formatted.join(", "_L1);
 }
 
+QString freshMessageID(const QString& sender, const std::optional<QString>& givenDomain)
+{
+    const QStringList pieces = sender.split(u'@', Qt::SkipEmptyParts);
+    const QString domain = givenDomain.value_or(pieces.isEmpty() ? u"localhost"_s : pieces.last());
+    return QUuid::createUuid().toString(QUuid::WithoutBraces) + u'@' + MailEncoding::headerSafe(domain);
+}
+
 namespace {
 
-QString messageIDOf(const OutgoingMessage& message, const std::optional<QString>& givenDomain)
+QString messageIDOf(const OutgoingMessage& message, const std::optional<QString>& domain)
 {
-    if (message.messageID)
-        return u'<' + MailEncoding::headerSafe(*message.messageID) + u'>';
-    const QStringList pieces = message.from.address.split(u'@', Qt::SkipEmptyParts);
-    const QString domain = givenDomain.value_or(pieces.isEmpty() ? u"localhost"_s : pieces.last());
-    return u'<' + QUuid::createUuid().toString(QUuid::WithoutBraces) + u'@' +
-           MailEncoding::headerSafe(domain) + u'>';
+    const QString id = message.messageID ? MailEncoding::headerSafe(*message.messageID)
+                                         : freshMessageID(message.from.address, domain);
+    return u'<' + id + u'>';
 }
 
 /// The field with its entries one behind the other, folded between them. An entry that fits no line is left

@@ -89,6 +89,7 @@ TEST_F(KeptTextsTest, GivesBackEveryFieldOfAText)
     full.draftMessageID = u"7"_s;
     full.initialHTML = u"<b>body</b>"_s;
     full.wasSending = true;
+    full.attempt = ComposeDraft::Attempt{u"1@x"_s, second, "digest"};
     full.notices = {u"Left out: x"_s};
     full.attachments = {{QUuid::createUuid(), u"a.txt"_s, u"text/plain"_s, "one"},
                         {QUuid::createUuid(), u"b.txt"_s, u"text/html"_s, "two"}};
@@ -112,6 +113,7 @@ TEST_F(KeptTextsTest, GivesBackEveryFieldOfAText)
     EXPECT_EQ(back.draftMessageID, full.draftMessageID);
     EXPECT_EQ(back.initialHTML, full.initialHTML);
     EXPECT_TRUE(back.wasSending);
+    EXPECT_EQ(back.attempt, full.attempt);
     EXPECT_EQ(back.references, full.references);
     EXPECT_EQ(back.notices, full.notices);
     ASSERT_EQ(back.attachments.size(), 2);
