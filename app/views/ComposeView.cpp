@@ -420,11 +420,14 @@ Task<SendAgain::Decision> ComposeView::sendAgainDecided()
 {
     const QPointer<ComposeView> self(this);
     const ComposeDraft written = draft();
-    if (written.wasSending)
-        m_toolbar->setProgress(tr("Looking in Sent…"));
-    const SendAgain::Decision decision = co_await SendAgain::decide(&m_model, written, window());
-    if (self)
-        m_toolbar->setProgress({});
+    if (!written.wasSending || !written.attempt)
+        co_return SendAgain::Decision::send;
+    m_toolbar->setProgress(tr("Looking in Sent…"));
+    const Larkhaven::Outcome<bool> look = co_await settled(m_model.wasSent(written));
+    if (!self || m_isClosed)
+        co_return SendAgain::Decision::stay;
+    m_toolbar->setProgress({});
+    const SendAgain::Decision decision = co_await SendAgain::ask(look, window());
     co_return decision;
 }
 

@@ -60,8 +60,15 @@ ContentView::ContentView(AppModel& model, ReaderView::Desktop desktop, QWidget* 
     layout->setSpacing(0);
     layout->addWidget(m_toolbar);
     auto* const bannerLine = new QVBoxLayout;
-    bannerLine->setContentsMargins(Style::padding, 0, Style::padding, 0);
-    bannerLine->addWidget(new KeptTextsBanner(model));
+    auto* const banner = new KeptTextsBanner(model);
+    bannerLine->addWidget(banner);
+    const auto makeRoom = [bannerLine, banner] {
+        const int gap = banner->isHidden() ? 0 : Style::smallPadding;
+        bannerLine->setContentsMargins(Style::padding, gap, Style::padding, gap);
+    };
+    makeRoom();
+    for (const auto signal : {&AppModel::lockedTextsChanged, &AppModel::accountsChanged})
+        connect(&model, signal, banner, makeRoom);
     layout->addLayout(bannerLine);
     layout->addWidget(m_split, 1);
     m_root->addWidget(m_welcome);

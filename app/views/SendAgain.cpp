@@ -2,7 +2,6 @@
 
 #include "domain/MailError.h"
 #include "format/MessageComposer.h"
-#include "platform/Tasks.h"
 #include "views/PlainAlert.h"
 
 #include <QCoreApplication>
@@ -38,13 +37,8 @@ QByteArray contentOf(const ComposeDraft& draft)
 
 } // namespace
 
-Task<Decision> decide(QPointer<AppModel> model, ComposeDraft draft, QPointer<QWidget> window)
+Task<Decision> ask(Outcome<bool> look, QWidget* window)
 {
-    if (!draft.wasSending || !draft.attempt)
-        co_return Decision::send;
-    const Outcome<bool> look = co_await settled(model->wasSent(draft));
-    if (!model || !window)
-        co_return Decision::stay;
     const bool isThere = look.value && *look.value;
     QString text =
         tr("This message may have gone out already: the server never confirmed it. It isn’t in Sent, "

@@ -1,8 +1,9 @@
 #pragma once
 
 #include "model/AppModel.h"
+#include "platform/Tasks.h"
 
-#include <QPointer>
+#include <exception>
 
 class QWidget;
 
@@ -15,9 +16,8 @@ enum class Decision {
     stay,  ///< nothing happens
 };
 
-/// Looks for the message in Sent and asks the user, in an alert of the window; the answer is theirs. A text
-/// that was never on its way is to be sent without a question.
-Task<Decision> decide(QPointer<AppModel> model, ComposeDraft draft, QPointer<QWidget> window);
+/// Asks the user in an alert of the window, which must be there. `look` is what the look into Sent has given.
+Task<Decision> ask(Outcome<bool> look, QWidget* window);
 
 /// The attempt as which the draft goes out now: the one before, so that whoever has got the message already
 /// sees the same one, or a new one where the text is another by now.
