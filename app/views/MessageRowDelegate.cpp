@@ -12,7 +12,7 @@ namespace {
 
 constexpr int edgeWidth = 3;
 
-/// One line of a text of a stranger, so long as anything of it can be seen.
+/// One line of untrusted text, so long as anything of it can be seen.
 QString singleLine(const QString& text)
 {
     return DisplayText::bounded(text).simplified();

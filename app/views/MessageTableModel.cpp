@@ -99,7 +99,7 @@ QVariant MessageTableModel::data(const QModelIndex& index, int role) const
     case Qt::AccessibleTextRole:
         return DisplayText::bounded(text(index.row(), column));
     case Qt::ToolTipRole:
-        // Plain text, whatever a stranger wrote into it.
+        // Plain text, whatever an untrusted sender wrote into it.
         return DisplayText::toolTip(toolTip(index.row(), column));
     default:
         return {};

@@ -8,7 +8,7 @@ class QPushButton;
 
 namespace Larkhaven {
 
-/// An alert whose text may hold words of strangers: nothing in it is formatting. It goes when it is closed;
+/// An alert whose text may hold untrusted words: nothing in it is formatting. It goes when it is closed;
 /// the caller adds what it needs and opens it.
 QMessageBox* makePlainAlert(const QString& title, const QString& text, QMessageBox::StandardButton button,
                             QWidget* parent);

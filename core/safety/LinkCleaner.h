@@ -24,7 +24,7 @@ struct Warning {
     static Warning ipAddress(QString host);
     static Warning insecure();
 
-    /// What the user reads. NB: it holds text of a stranger, and is to be shown as plain text.
+    /// What the user reads. NB: it holds untrusted text, and is to be shown as plain text.
     QString message() const;
 
     bool operator==(const Warning&) const = default;
@@ -43,7 +43,7 @@ MailURL clean(const MailURL& url);
 /// The signs of deception of a link, the least alarming first. None for other schemes than http and https.
 ///
 /// Hosts in them are in lower case and in their `xn--` form, IPv6 without brackets. A user is
-/// percent-decoded, unless that would yield control or format characters, with which a stranger could write
+/// percent-decoded, unless that would yield control or format characters, with which a sender could write
 /// lines of their own into the warning.
 QList<Warning> warnings(const LinkRecord& link);
 

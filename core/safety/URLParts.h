@@ -12,7 +12,7 @@ namespace Larkhaven {
 ///
 ///     URI = scheme ":" [ "//" [ userinfo "@" ] host [ ":" port ] ] path [ "?" query ] [ "#" fragment ]
 ///
-/// Stricter than the RFC, since a stranger wrote the text: with the scheme http or https it has a host that
+/// Stricter than the RFC, since the text is untrusted: with the scheme http or https it has a host that
 /// is not empty; the authority holds at most one "@", no backslash, no white space, and nothing else that
 /// browsers take for its end; a port is at most 65535. NB: Laxer than the RFC where nothing can be mistaken:
 /// path, query and fragment may hold any character, which who writes the URL then encodes.

@@ -50,6 +50,13 @@ protected:
         throw MailError::protocolError(u"The server closed the connection."_s);
         co_return std::shared_ptr<MailTransport>();
     }
+    /// A server that nobody reaches before the wake-up.
+    static Task<std::shared_ptr<MailTransport>> afterwards(std::shared_ptr<Wakeup> wakeup)
+    {
+        co_await wakeup->wait(std::chrono::milliseconds(-1));
+        throw MailError::connectionClosed();
+        co_return std::shared_ptr<MailTransport>();
+    }
     Task<> save(const QString& email, std::stop_token stop = {})
     {
         return model.saveIMAPAccount(u"Ann"_s, email, settings(), u"secret"_s, stop);
@@ -102,6 +109,22 @@ TEST_F(AppModelSetup, StoresNothingWhereTheSubmissionServerRefuses)
     connectTo({signedIn(), Script("S: 554 go away")});
     expectProtocolError(save(u"ann@mail.example"_s), u"The mail server said: 554 go away"_s);
     EXPECT_EQ(model.accounts().size(), 1);
+}
+
+TEST_F(AppModelSetup, EndsTheTestAtOnceWhereTheUserGivesUpOnAServerThatIsSilent)
+{
+    const auto silence = std::make_shared<Wakeup>();
+    fixture.setTransports([silence](const QString&, int, bool) { return afterwards(silence); });
+    std::stop_source attempt;
+    Begun<void> saving(save(u"ann@mail.example"_s, attempt.get_token()));
+    settle();
+    ASSERT_TRUE(model.isSigningIn());
+    attempt.request_stop();
+    ASSERT_TRUE(waitUntil([this] { return !model.isSigningIn(); }, std::chrono::seconds(5)));
+    EXPECT_THROW(saving.get(), MailError);
+    EXPECT_EQ(model.accounts().size(), 1);
+    silence->notify();
+    settle();
 }
 
 TEST_F(AppModelSetup, StoresNothingWhereTheUserGivesUpMeanwhile)
