@@ -6,6 +6,7 @@ Speaks plain text on a free port of 127.0.0.1, which it writes to PORT-FILE, tak
 connects the client with PROGRAM. Ends with its standard input.
 """
 
+import contextlib
 import os
 import pathlib
 import socket
@@ -51,9 +52,11 @@ def pass_on_answers(server, connection):
                 return
         while chunk := os.read(answers, 65536):
             connection.sendall(chunk)
-        connection.shutdown(socket.SHUT_RDWR)
     except (OSError, ValueError):
         pass  # the client or the server is gone
+    finally:
+        with contextlib.suppress(OSError):
+            connection.shutdown(socket.SHUT_RDWR)
 
 
 def serve(connection, command):

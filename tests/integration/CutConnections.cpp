@@ -79,7 +79,66 @@ QList<QString> ids(const MessagePage& page)
     return found;
 }
 
+QStringList paths(const std::shared_ptr<IMAPProvider>& provider)
+{
+    QStringList found;
+    const QList<MailLabel> labels = await(provider->listLabels());
+    for (const MailLabel& label : labels)
+        found.append(label.path);
+    return found;
+}
+
+Task<> create(std::shared_ptr<IMAPProvider> provider, QString path, MailLabel* made)
+{
+    const MailLabel label = co_await provider->createLabel(path);
+    *made = label;
+}
+
+Task<> open(std::shared_ptr<IMAPProvider> provider, MailLabel folder)
+{
+    co_await provider->listMessages(MailboxRef::label(folder), std::nullopt, 0, 1, true);
+}
+
+Task<> rename(std::shared_ptr<IMAPProvider> provider, QString path, MailLabel* folder)
+{
+    const MailLabel label = co_await provider->renameLabel(*folder, path);
+    *folder = label;
+}
+
 } // namespace
+
+void changeFolders(const MakeProvider& make, const TransportFactory& factory)
+{
+    const std::shared_ptr<IMAPProvider> watcher = make(factory);
+    const QStringList before = paths(watcher);
+    int cuts = 0;
+    for (qint64 bytes = step; bytes < most; bytes += step) {
+        const auto budget = std::make_shared<Budget>(Budget{bytes, false, {}});
+        const std::shared_ptr<IMAPProvider> provider = make(cutting(factory, budget));
+        const auto added = [&] {
+            QStringList found = paths(watcher);
+            for (const QString& path : before)
+                found.removeOne(path);
+            return found;
+        };
+        MailLabel folder;
+        const QString first = u"Made %1"_s.arg(bytes);
+        insist([&] { return create(provider, first, &folder); });
+        ASSERT_EQ(added(), QStringList(first)) << "cut after " << bytes << " bytes";
+        insist([&] { return open(provider, folder); });
+        const QString second = u"Renamed %1"_s.arg(bytes);
+        insist([&] { return rename(provider, second, &folder); });
+        ASSERT_EQ(added(), QStringList(second)) << "cut after " << bytes << " bytes";
+        insist([&] { return open(provider, folder); });
+        insist([&] { return provider->deleteLabel(folder); });
+        ASSERT_EQ(added(), QStringList()) << "cut after " << bytes << " bytes";
+        if (!budget->isSpent)
+            break;
+        ++cuts;
+    }
+    ASSERT_GT(cuts, 10) << "the operations were hardly cut";
+    std::cout << "changes of folders cut at " << cuts << " places" << std::endl;
+}
 
 void moveMessages(const MakeProvider& make, const TransportFactory& factory, const MailLabel& folder,
                   const QByteArray& hidden)

@@ -14,6 +14,8 @@ using MakeProvider = std::function<std::shared_ptr<IMAPProvider>(TransportFactor
 /// must be in the folder once and nowhere else. `hidden` is a capability of the server's that isn't used.
 void moveMessages(const MakeProvider& make, const TransportFactory& factory, const MailLabel& folder,
                   const QByteArray& hidden);
+/// Makes, renames and deletes folders that are open: each change must be made once, and all succeed.
+void changeFolders(const MakeProvider& make, const TransportFactory& factory);
 /// Saves drafts, each of which must be there once.
 void saveDrafts(const MakeProvider& make, const TransportFactory& factory);
 
