@@ -67,6 +67,15 @@ void addPiece(QList<QByteArray>& pieces, const QByteArray& bytes)
         pieces.last() += bytes;
 }
 
+/// How many values there are, at all levels.
+qsizetype countOf(const QList<IMAPValue>& values)
+{
+    qsizetype count = values.size();
+    for (const IMAPValue& value : values)
+        count += value.list() ? countOf(*value.list()) : 0;
+    return count;
+}
+
 /// The namespaces of one class, of which those that can't be read are left out.
 QList<IMAPClient::Namespace> namespacesIn(const IMAPValue& value)
 {
@@ -263,6 +272,7 @@ Task<> IMAPClient::signInWithToken(QString username, std::shared_ptr<TokenSource
 Task<QList<IMAPResponse>> IMAPClient::execute(QList<IMAPArg> args, std::optional<QByteArray> continuationData)
 {
     const QString tag = nextTag();
+    m_answer = {};
     co_await sendCommand(tag, args);
     QList<IMAPResponse> responses = co_await collectResponses(tag, continuationData);
     co_return responses;
@@ -331,7 +341,10 @@ Task<IMAPResponse> IMAPClient::readResponse()
         addPiece(pieces, line);
         addPiece(pieces, "\r\n");
         size += line.size() + 2;
+        m_answer.size += line.size() + 2;
         const std::optional<qint64> length = IMAPResponse::literalLength(line);
+        m_answer.size += length.value_or(0);
+        checkAnswer();
         if (!length)
             break;
         const QByteArray block = co_await m_reader.readBytes(*length);
@@ -341,8 +354,18 @@ Task<IMAPResponse> IMAPClient::readResponse()
             throw MailError::protocolError(tr("Server response too large."));
     }
     IMAPResponse response = co_await parsed(pieces);
+    ++m_answer.responses;
+    m_answer.values += countOf(response.values);
+    checkAnswer();
     guard.dismiss();
     co_return response;
+}
+
+void IMAPClient::checkAnswer() const
+{
+    if (m_answer.size > answerSizeLimit || m_answer.responses > answerResponseLimit ||
+        m_answer.values > answerValueLimit)
+        throw MailError::protocolError(tr("Server response too large."));
 }
 
 Task<IMAPResponse> IMAPClient::parsed(QList<QByteArray> pieces)
@@ -569,6 +592,7 @@ Task<QList<std::optional<IMAPClient::Status>>> IMAPClient::statuses(QList<QStrin
     }
     PendingStatuses pending;
     QByteArray commands;
+    m_answer = {};
     for (const QString& mailbox : mailboxes.first(std::min(mailboxes.size(), pipelineLimit))) {
         const QString tag = nextTag();
         pending.add(tag, mailbox);

@@ -72,6 +72,12 @@ public:
     static constexpr qsizetype namespacePrefixLimit = 1000;
     /// How much of a server's text reaches the user, in user-perceived characters.
     static constexpr qsizetype errorTextLimit = 300;
+    /// The most that a command is answered with: the bytes of all its responses (200 MiB), their number, and
+    /// the values in them at all levels. Pipelined commands share one answer. Real servers stay far below: a
+    /// mailbox of 200,000 messages takes one response of two megabytes, or a short one for each message.
+    static constexpr qsizetype answerSizeLimit = 2 * IMAPResponse::sizeLimit;
+    static constexpr qsizetype answerResponseLimit = 500'000;
+    static constexpr qsizetype answerValueLimit = 4'000'000;
     /// Responses above this size in bytes are parsed on a worker.
     static constexpr qsizetype workerThreshold = 64 * 1024;
 
@@ -92,7 +98,9 @@ public:
     const QString& delimiter() const { return m_delimiter; }
 
     /// Runs one command and gives its untagged responses in the order of their arrival. The first
-    /// continuation request is answered with `continuationData`, each further one with an empty line.
+    /// continuation request is answered with `continuationData`, each further one with an empty line. Fails
+    /// with `MailError::protocolError` "Server response too large." past a limit of the answer, and closes
+    /// the transport.
     Task<QList<IMAPResponse>> execute(QList<IMAPArg> args,
                                       std::optional<QByteArray> continuationData = std::nullopt);
     /// The next whole response, with its literals. A failure closes the transport: where the next response
@@ -137,6 +145,13 @@ public:
     void close() { m_reader.transport().close(); }
 
 private:
+    /// What has come of the answer to a command.
+    struct Answer {
+        qsizetype size = 0; ///< bytes, announced ones among them
+        qsizetype responses = 0;
+        qsizetype values = 0;
+    };
+
     explicit IMAPClient(std::shared_ptr<MailTransport> transport)
         : m_reader(std::move(transport))
     {}
@@ -148,6 +163,7 @@ private:
     Task<> upgradeToTLS(QString host);
     Task<> signIn(QString username, QString password);
     Task<> signInWithToken(QString username, std::shared_ptr<TokenSource> manager);
+    void checkAnswer() const;
     QString nextTag() { return u'P' + QString::number(++m_tagCounter); }
     Task<std::optional<Status>> statusOrNothing(QString mailbox);
     Task<> sendCommand(QString tag, QList<IMAPArg> args);
@@ -155,6 +171,7 @@ private:
 
     LineReader m_reader;
     quint64 m_tagCounter = 0;
+    Answer m_answer; ///< to the last command
     QSet<QString> m_capabilities;
     std::optional<QString> m_selected;
     std::optional<qint64> m_uidValidity;

@@ -201,5 +201,98 @@ TEST(IMAPClient, ReadsAResponseOfVeryManyEmptyLiterals)
     EXPECT_EQ(responses.first().values.size(), count + 1);
 }
 
+/// Expects that the whole answer to a command is taken, and the next one measured anew.
+void expectTaken(const QByteArray& answer)
+{
+    const QList<IMAPArg> command({IMAPArg::text(u"X"_s)});
+    Connected connected(signedIn("").then("C: P4 X").server(answer).then("C: P5 X\nS: * 1 EXISTS\nS: P5 OK"));
+    await(connected.client->execute(command));
+    EXPECT_EQ(await(connected.client->execute(command)).size(), 1);
+}
+
+/// Expects that the answer to a command ends the connection.
+void expectTooLarge(const QByteArray& answer)
+{
+    Connected connected(signedIn("").then("C: P4 X").server(answer));
+    expectProtocolError(connected.client->execute({IMAPArg::text(u"X"_s)}), u"Server response too large."_s);
+    EXPECT_TRUE(connected.isClosed());
+}
+
+/// A response of 18 bytes and of those of its literal, of which it has tens of millions.
+QByteArray responseOf(qsizetype literal)
+{
+    return "* X {" + QByteArray::number(literal) + "}\r\n" + QByteArray(literal, 'x') + "\r\n";
+}
+
+TEST(IMAPClient, ClosesTheConnectionWhereAnAnswerHasTooManyBytes)
+{
+    constexpr qsizetype around = 18;
+    const QByteArray end = "P4 OK\r\n";
+    const QByteArray large = responseOf(90'000'000);
+    const qsizetype left = IMAPClient::answerSizeLimit - 2 * (90'000'000 + around) - end.size() - around;
+    expectTaken(large + large + responseOf(left) + end);
+    expectTooLarge(large + large + responseOf(left + 1) + end);
+}
+
+TEST(IMAPClient, ReadsNothingOfALiteralThatMakesAnAnswerTooLarge)
+{
+    expectTooLarge(responseOf(90'000'000) + responseOf(90'000'000) + "* X {90000000}\r\n");
+}
+
+TEST(IMAPClient, ClosesTheConnectionWhereAnAnswerHasTooManyResponses)
+{
+    const QByteArray response = "* 1 EXISTS\r\n";
+    // The last response of an answer is the one that ends it.
+    expectTaken(response.repeated(IMAPClient::answerResponseLimit - 1) + "P4 OK\r\n");
+    expectTooLarge(response.repeated(IMAPClient::answerResponseLimit) + "P4 OK\r\n");
+}
+
+TEST(IMAPClient, ClosesTheConnectionWhereAnAnswerHasTooManyValues)
+{
+    // A million values: "X", the list, and those in it.
+    const QByteArray million = "* X (" + QByteArray("1 ").repeated(999'998) + ")\r\n";
+    const QByteArray oneLess = "* X (" + QByteArray("1 ").repeated(999'997) + ")\r\n";
+    static_assert(IMAPClient::answerValueLimit == 4'000'000);
+    expectTaken(million.repeated(3) + oneLess + "P4 OK\r\n");
+    expectTooLarge(million.repeated(4) + "P4 OK\r\n");
+}
+
+TEST(IMAPClient, ReadsAListingOf200000MessagesAndOf10000Folders)
+{
+    constexpr int messages = 200'000;
+    constexpr int folders = 10'000;
+    QByteArray fetched;
+    QByteArray numbers = "* SEARCH";
+    for (int number = 1; number <= messages; ++number) {
+        const QByteArray digits = QByteArray::number(number);
+        fetched +=
+            "* " + digits + " FETCH (UID " + digits + " FLAGS (\\Seen \\Answered) RFC822.SIZE 123456)\r\n";
+        numbers += ' ' + digits;
+    }
+    Connected connected(
+        signedIn("")
+            .then("C: P4 UID SEARCH ALL")
+            .server(numbers + "\r\n")
+            .then("S: P4 OK\nC: P5 UID FETCH 1 (UID FLAGS RFC822.SIZE)")
+            .server(fetched)
+            .then("S: P5 OK\nC: P6 LIST \"\" \"*\"")
+            .server(QByteArray("* LIST (\\HasNoChildren) \"/\" \"A folder\"\r\n").repeated(folders))
+            .then("S: P6 OK"));
+    EXPECT_EQ(await(connected.client->search({IMAPArg::text(u"ALL"_s)})).size(), messages);
+    EXPECT_EQ(await(connected.client->fetch({1}, u"FLAGS RFC822.SIZE"_s)).size(), messages);
+    EXPECT_EQ(await(connected.client->listMailboxes()).size(), folders);
+}
+
+TEST(IMAPClient, MeasuresManyCountsAsOneAnswer)
+{
+    const QByteArray response = "* 1 EXISTS\r\n";
+    Connected connected(
+        signedIn("")
+            .then("C: P4 STATUS \"a\" (UNSEEN MESSAGES)\nC: P5 STATUS \"b\" (UNSEEN MESSAGES)")
+            .server("P4 OK\r\n" + response.repeated(IMAPClient::answerResponseLimit)));
+    expectProtocolError(connected.client->statuses({u"a"_s, u"b"_s}), u"Server response too large."_s);
+    EXPECT_TRUE(connected.isClosed());
+}
+
 } // namespace
 } // namespace Larkhaven
