@@ -44,19 +44,20 @@ def sign_in(connection):
 
 
 def pass_on_answers(server, connection):
-    """All but the greeting, which the client has had."""
+    """All but the greeting, which the client has had.
+
+    What the server says to a client that is gone is read all the same: a server that died of writing would
+    leave its locks behind.
+    """
     answers = server.stdout.fileno()
-    try:
-        while b"PREAUTH" not in server.stdout.readline():
-            if server.poll() is not None:
-                return
-        while chunk := os.read(answers, 65536):
-            connection.sendall(chunk)
-    except (OSError, ValueError):
-        pass  # the client or the server is gone
-    finally:
+    while b"PREAUTH" not in server.stdout.readline():
+        if server.poll() is not None:
+            break
+    while chunk := os.read(answers, 65536):
         with contextlib.suppress(OSError):
-            connection.shutdown(socket.SHUT_RDWR)
+            connection.sendall(chunk)
+    with contextlib.suppress(OSError):
+        connection.shutdown(socket.SHUT_RDWR)
 
 
 def serve(connection, command):
@@ -75,6 +76,7 @@ def serve(connection, command):
             except OSError:
                 pass
             server.stdin.close()
+            answers.join()
 
 
 def main():
