@@ -2,18 +2,19 @@
 """Breaks the program on purpose, one fault at a time, and sees which tests notice.
 
 All faults of the lists beside this file are compiled into one copy of the tree; the environment variable LARKHAVEN_FAULT
-chooses the one that is on. For each fault the test programs of its module run until the first failure. A fault that
-none of them notices is a gap in the tests.
+chooses the one that is on. For each fault the test programs that its list names run, in that order, until the first
+failure. A fault that none of them notices is a gap in the tests.
 
-usage: mutate.py [--folder FOLDER] [--only WORD] [--jobs N] [--list]
+usage: mutate.py [--folder FOLDER] [--only WORD] [--jobs N] [--list] [--check]
 
 FOLDER holds the copy and its build, which are kept for the next run (default: build/mutate). --only takes the faults
-whose name or file holds the word. The exit code is 1 where fewer than 95 of 100 are noticed.
+whose "FILE: NAME" holds the word. --check only looks whether each fault finds its place. The exit code is 1 where fewer
+than 95 of 100 are noticed, or where a fault has no place.
 
 A list is a file "*.faults" of entries such as
 
     file core/domain/Text.cpp
-    tests DomainTests FormatTests
+    tests DomainTests FormatTests:AddressParser*
 
     fault a blank is no space any more
     - character == u' '
@@ -25,7 +26,8 @@ A list is a file "*.faults" of entries such as
 
 "-" is a piece of the file that stands in it exactly once, "+" what takes its place: an expression, or with
 "(statement)" behind the name one or more statements. Further "-" and "+" lines go on with the piece. A line "@ TEXT"
-before it says where the search begins: at the one place of the text; the first piece after it is meant.
+before it says where the search begins: at the one place of the text; the first piece after it is meant. What stands
+behind an expression may be in both: "- isOpen) return" and "+ false) return". Layout doesn't count.
 """
 
 import argparse
