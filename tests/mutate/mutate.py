@@ -2,8 +2,8 @@
 """Breaks the program on purpose, one fault at a time, and sees which tests notice.
 
 All faults of the lists beside this file are compiled into one copy of the tree; the environment variable LARKHAVEN_FAULT
-chooses the one that is on. For each fault the test programs that its list names run, in that order, until the first
-failure. A fault that none of them notices is a gap in the tests.
+chooses the one that is on. For each fault the test programs that its list names run until the first failure: the quick
+tests of all of them, in that order, and then the slow ones. A fault that none of them notices is a gap in the tests.
 
 usage: mutate.py [--folder FOLDER] [--only WORD] [--jobs N] [--list] [--check]
 
@@ -32,6 +32,7 @@ behind an expression may be in both: "- isOpen) return" and "+ false) return". L
 
 import argparse
 import concurrent.futures
+import json
 import os
 import pathlib
 import re
@@ -40,6 +41,7 @@ import shutil
 import signal
 import subprocess
 import sys
+import tempfile
 import time
 import zlib
 
@@ -49,6 +51,8 @@ SHARE = 0.95
 TEST_SECONDS = 600
 FEWEST_SECONDS = 10
 TIMES_AS_LONG = 3
+# A test that takes longer is tried when the others have noticed nothing.
+SLOW_SECONDS = 0.15
 SELECTOR = """#pragma once
 #include <cstdlib>
 namespace LarkhavenFault {
@@ -153,6 +157,8 @@ class Fault:
             if len(olds) > 1 or len(news) > 1 or re.match(r"if \(|for \(|while \(|\|\||&&", text[start:end]):
                 self.refuse("is no expression of its own")
         old = text[start:end]
+        if not self.is_statement and ("co_await" in old or text[:start].rstrip().endswith("co_await")):
+            self.refuse("GCC 12 can't choose between things to wait for")
         if any(bare.count(left) != bare.count(right) for bare in map(without_literals, (old, new))
                for left, right in ("()", "[]", "{}")):
             self.refuse(f"brackets don't match: {old} / {new}")
@@ -273,34 +279,56 @@ class Program:
         self.name, _, self.filter = text.partition(":")
         self.name, _, self.surroundings = self.name.partition("@")
         self.text = text
-        self.seconds = 0
 
     def find(self, build_folder):
         self.path = next(path for path in build_folder.rglob(self.name) if path.is_file() and os.access(path, os.X_OK))
         self.build_folder = build_folder
 
-    def command(self):
-        command = [str(self.path), "--gtest_brief=1", "--gtest_fail_fast"]
-        if self.filter:
-            command.append(f"--gtest_filter={self.filter}")
+    def command(self, tests, options):
+        command = [str(self.path), "--gtest_brief=1", "--gtest_fail_fast", f"--gtest_filter={tests}", *options]
         if self.surroundings != "bus":
             return command
         session = self.build_folder / "tests" / "platform" / "session.conf"
         shell = f"DBUS_SYSTEM_BUS_ADDRESS=$DBUS_SESSION_BUS_ADDRESS exec {shlex.join(command)}"
         return ["dbus-run-session", f"--config-file={session}", "--", "sh", "-c", shell]
 
-    def notices(self, number):
-        """Whether the program fails, ends early or hangs with the fault."""
+    def fails(self, number, tests, seconds, *options):
+        """Whether the tests fail, end early or hang with the fault."""
         environment = dict(os.environ, LARKHAVEN_FAULT=str(number), LC_ALL="C.UTF-8", QT_QPA_PLATFORM="offscreen")
-        # A program of its own group, so that none of its children is left behind.
-        process = subprocess.Popen(self.command(), env=environment, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
-                                   start_new_session=True)
+        # A process group of its own, so that none of its children is left behind.
+        process = subprocess.Popen(self.command(tests, options), env=environment, stdout=subprocess.DEVNULL,
+                                   stderr=subprocess.DEVNULL, start_new_session=True)
         try:
-            return process.wait(timeout=FEWEST_SECONDS + TIMES_AS_LONG * self.seconds if number else TEST_SECONDS) != 0
+            return process.wait(timeout=seconds) != 0
         except subprocess.TimeoutExpired:
             os.killpg(process.pid, signal.SIGKILL)
             process.wait()
             return True
+
+    def measure(self):
+        """Tells the quick tests from the slow ones, without a fault; all must pass then."""
+        everything = self.filter or "*"
+        with tempfile.TemporaryDirectory() as folder:
+            report = pathlib.Path(folder) / "report.json"
+            if self.fails(0, everything, TEST_SECONDS, f"--gtest_output=json:{report}"):
+                raise SystemExit(f"{self.text} fails without any fault")
+            suites = json.loads(report.read_text())["testsuites"]
+        times = {f"{test['classname']}.{test['name']}": float(test["time"].rstrip("s"))
+                 for suite in suites for test in suite["testsuite"]}
+        slow = {name: time for name, time in times.items() if time > SLOW_SECONDS}
+        quick_seconds = sum(times.values()) - sum(slow.values())
+        without = ":" if "-" in everything else "-"
+        self.steps = [(everything + (without + ":".join(slow) if slow else ""), quick_seconds)]
+        if slow:
+            self.steps.append((":".join(slow), sum(slow.values())))
+        print(f"{self.text}: {len(times) - len(slow)} quick tests in {quick_seconds:.1f} s, "
+              f"{len(slow)} slow ones in {sum(slow.values()):.1f} s", flush=True)
+
+    def notices(self, number, step):
+        if step >= len(self.steps):
+            return False
+        tests, seconds = self.steps[step]
+        return self.fails(number, tests, FEWEST_SECONDS + TIMES_AS_LONG * seconds)
 
 
 def build(folder, tree, programs):
@@ -315,22 +343,12 @@ def build(folder, tree, programs):
         program.find(build_folder)
 
 
-def measure(programs):
-    """How long the programs take without a fault; each must pass then."""
-    for program in programs:
-        begun = time.monotonic()
-        if program.notices(0):
-            raise SystemExit(f"{program.text} fails without any fault")
-        program.seconds = time.monotonic() - begun
-        print(f"{program.text} takes {program.seconds:.1f} s", flush=True)
-
-
 def try_all(wanted, programs, jobs):
     """The faults that nobody noticed."""
     missed, done = [], 0
 
     def check(fault):
-        return any(programs[text].notices(fault.number) for text in fault.tests)
+        return any(programs[text].notices(fault.number, step) for step in (0, 1) for text in fault.tests)
 
     with concurrent.futures.ThreadPoolExecutor(jobs) as pool:
         for fault, is_noticed in zip(wanted, pool.map(check, wanted)):
@@ -369,7 +387,8 @@ def main():
     tree = copy_tree(folder, faults)
     programs = {text: Program(text) for fault in wanted for text in fault.tests}
     build(folder, tree, programs.values())
-    measure(programs.values())
+    for program in programs.values():
+        program.measure()
     missed = try_all(wanted, programs, options.jobs)
     for module in sorted({fault.list for fault in wanted}):
         own = [fault for fault in wanted if fault.list == module]
