@@ -107,8 +107,9 @@ class Fault:
     def place(self, text):
         """Where the piece stands in the text: (start, end)."""
         def spans(lines, start=0):
-            # Layout doesn't count.
+            # Layout doesn't count, and no word is found within another.
             pattern = r"\s+".join(re.escape(word) for word in " ".join(lines).split())
+            pattern = re.sub(r"^(?=\w)", r"(?<!\\w)", re.sub(r"(?<=\w)$", r"(?!\\w)", pattern))
             return [match.span() for match in re.compile(pattern).finditer(text, start)]
 
         def one_of(lines):
