@@ -76,6 +76,15 @@ qsizetype countOf(const QList<IMAPValue>& values)
     return count;
 }
 
+/// A delimiter is one character (RFC 3501, 7.2.2); anything else is none.
+std::optional<QString> delimiterIn(const IMAPValue& value)
+{
+    std::optional<QString> delimiter = value.text();
+    if (delimiter && (delimiter->size() != 1 || delimiter->front().category() == QChar::Other_Control))
+        delimiter.reset();
+    return delimiter;
+}
+
 /// The namespaces of one class, of which those that can't be read are left out.
 QList<IMAPClient::Namespace> namespacesIn(const IMAPValue& value)
 {
@@ -85,9 +94,7 @@ QList<IMAPClient::Namespace> namespacesIn(const IMAPValue& value)
         if (!fields || fields->size() < 2 || found.size() == IMAPClient::namespaceLimit)
             continue;
         const std::optional<QString> prefix = fields->at(0).text();
-        std::optional<QString> delimiter = fields->at(1).text();
-        if (delimiter && delimiter->isEmpty())
-            delimiter.reset();
+        const std::optional<QString> delimiter = delimiterIn(fields->at(1));
         if (prefix && prefix->size() <= IMAPClient::namespacePrefixLimit)
             found.append({*prefix, delimiter});
     }
@@ -409,9 +416,7 @@ Task<QList<IMAPClient::ListedMailbox>> IMAPClient::listMailboxes()
                     mailbox.attributes.insert(Text::asciiLowered(*name));
             }
         }
-        mailbox.delimiter = response.values[2].text();
-        if (mailbox.delimiter && mailbox.delimiter->isEmpty())
-            mailbox.delimiter.reset();
+        mailbox.delimiter = delimiterIn(response.values[2]);
         if (mailbox.delimiter)
             m_delimiter = *mailbox.delimiter;
         if (const std::optional<QString> name = response.values[3].text()) {

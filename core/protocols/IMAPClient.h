@@ -27,9 +27,9 @@ namespace Larkhaven {
 class IMAPClient {
 public:
     struct ListedMailbox {
-        QString name;             ///< wire name, in modified UTF-7
-        QSet<QString> attributes; ///< lower-cased, with their backslash
-        std::optional<QString> delimiter;
+        QString name;                     ///< wire name, in modified UTF-7
+        QSet<QString> attributes;         ///< lower-cased, with their backslash
+        std::optional<QString> delimiter; ///< one character, and no control
 
         bool operator==(const ListedMailbox&) const = default;
     };
@@ -44,7 +44,7 @@ public:
     /// A namespace of mailboxes (RFC 2342, 5).
     struct Namespace {
         QString prefix; ///< of wire names, with its trailing delimiter if it has one; empty for the top level
-        std::optional<QString> delimiter; ///< never empty
+        std::optional<QString> delimiter; ///< as that of a mailbox
 
         bool operator==(const Namespace&) const = default;
     };

@@ -328,6 +328,25 @@ TEST(IMAPClient, TakesAnEmptyDelimiterForNone)
     EXPECT_EQ(connected.client->delimiter(), u"/");
 }
 
+TEST(IMAPClient, TakesADelimiterThatIsNotOneCharacterForNone)
+{
+    Connected connected(
+        signedIn("")
+            .then("C: P4 LIST \"\" \"*\"")
+            .server(QByteArray("* LIST () \"\0\" a\r\n* LIST () \"//\" b\r\n* LIST () \"\x7f\" c\r\n"
+                               "* LIST () \"^\" d\r\n",
+                               69))
+            .then("S: P4 OK\nC: P5 NAMESPACE\nS: * NAMESPACE ((\"x//\" \"//\")) NIL NIL\nS: P5 OK"));
+    const QList<IMAPClient::ListedMailbox> mailboxes = await(connected.client->listMailboxes());
+    ASSERT_EQ(mailboxes.size(), 4);
+    for (int index : {0, 1, 2})
+        EXPECT_EQ(mailboxes[index].delimiter, std::nullopt) << index;
+    EXPECT_EQ(mailboxes[3].delimiter, u"^"_s);
+    EXPECT_EQ(connected.client->delimiter(), u"^");
+    EXPECT_EQ(await(connected.client->namespaces()).personal,
+              QList<IMAPClient::Namespace>({{u"x//"_s, std::nullopt}}));
+}
+
 TEST(IMAPClient, SendsAMailboxNameOfTheServerThatIsNoASCIIAsALiteral)
 {
     Connected connected(
