@@ -244,20 +244,34 @@ void Line::end()
 
 constexpr auto remembers = "remembersParagraphs";
 
-/// What a paragraph was written as.
+/// What a paragraph was written as, and from what. (The reports of changes miss some that are undone.)
 class Written : public QTextBlockUserData {
 public:
+    QString content;
+    QList<int> formats; ///< the length of each piece and the index of its format in the document
     std::optional<QString> html;
     std::optional<QString> text;
 };
+
+QList<int> formatsOf(const QTextBlock& block)
+{
+    QList<int> formats;
+    for (auto place = block.begin(); !place.atEnd(); ++place)
+        formats << place.fragment().length() << place.fragment().charFormatIndex();
+    return formats;
+}
 
 /// Gives what the paragraph was written as the last time, or writes it now.
 template <typename Write>
 QString remembered(QTextBlock block, std::optional<QString> Written::*field, Write write)
 {
     auto* written = static_cast<Written*>(block.userData());
-    if (!written) {
+    const QString content = block.text();
+    const QList<int> formats = formatsOf(block);
+    if (!written || written->content != content || written->formats != formats) {
         written = new Written;
+        written->content = content;
+        written->formats = formats;
         block.setUserData(written);
     }
     std::optional<QString>& value = written->*field;
@@ -479,12 +493,6 @@ std::optional<QString> write(const QTextDocument& document)
 void rememberParagraphs(QTextDocument& document)
 {
     document.setProperty(remembers, true);
-    QObject::connect(&document, &QTextDocument::contentsChange, &document,
-                     [&document](int position, int, int added) {
-                         QTextBlock block = document.findBlock(position);
-                         for (; block.isValid() && block.position() <= position + added; block = block.next())
-                             block.setUserData(nullptr);
-                     });
 }
 
 QString plainText(const QTextDocument& document)

@@ -4,6 +4,7 @@
 #include "providers/IMAPFolders.h"
 
 #include <QHash>
+#include <QMap>
 
 #include <exception>
 #include <memory>
@@ -60,7 +61,7 @@ private:
     IMAPFolders& m_folders;
     Turnstile m_turn;
     quint64 m_calls = 0;
-    QHash<QString, MailLabel> m_wanted; ///< of those who wait, by id
+    QMap<QString, MailLabel> m_wanted; ///< of those who wait, by id
     Outcome m_last;
 };
 

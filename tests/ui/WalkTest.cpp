@@ -228,8 +228,12 @@ TEST_F(WalkTest, FromTheWelcomeToASentDraft)
     EXPECT_EQ(child<QLineEdit>(*window, "subject").text(), u"Re: Grüße aus Malmö – 旅行");
     EXPECT_TRUE(window->view().draft().body.contains(u"> Plain words, bold words"_s));
     takeScreenshot(*window, u"walk-06-reply"_s);
+    // An answer to one's own message goes to those who have it.
+    EXPECT_TRUE(child<AddressField>(*window, "to").text().contains(theo));
+    EXPECT_FALSE(child<AddressField>(*window, "cc").text().contains(mara));
     sendFrom(*window);
-    expectListed(Mailbox::inbox, 2);
+    EXPECT_EQ(newest(*theos, Mailbox::inbox, 2).headers.subject(), u"Re: Grüße aus Malmö – 旅行");
+    expectListed(Mailbox::inbox, 1);
 
     // Forwarded with its attachments.
     model().setPath({});
@@ -281,10 +285,10 @@ TEST_F(WalkTest, FromTheWelcomeToASentDraft)
     takeScreenshot(*mail.window, u"walk-11-sent"_s);
 
     // Archived by a key.
-    expectListed(Mailbox::inbox, 2);
+    expectListed(Mailbox::inbox, 1);
     mail.table().setFocus();
     QTest::keyClicks(&mail.table(), u"je"_s);
-    EXPECT_EQ(model().messages().size(), 1);
+    EXPECT_TRUE(model().messages().isEmpty());
     expectListed(Mailbox::archive, 1);
 }
 
