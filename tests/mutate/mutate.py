@@ -158,8 +158,9 @@ class Fault:
             if len(olds) > 1 or len(news) > 1 or re.match(r"if \(|for \(|while \(|\|\||&&", text[start:end]):
                 self.refuse("is no expression of its own")
         old = text[start:end]
-        if not self.is_statement and ("co_await" in old or text[:start].rstrip().endswith("co_await")):
-            self.refuse("GCC 12 can't choose between things to wait for")
+        begin = max(text.rfind(mark, 0, start) for mark in ";{}")
+        if not self.is_statement and "co_await" in text[begin:end]:
+            self.refuse("GCC 12 destroys what it chooses in the midst of waiting twice; write a statement")
         if any(bare.count(left) != bare.count(right) for bare in map(without_literals, (old, new))
                for left, right in ("()", "[]", "{}")):
             self.refuse(f"brackets don't match: {old} / {new}")
