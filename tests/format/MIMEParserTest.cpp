@@ -508,6 +508,16 @@ TEST(MIMEParser, Reads500PartsOfAMessage)
               std::nullopt);
 }
 
+TEST(MIMEParser, ReadsNoMessageWithinThe500thPart)
+{
+    const QList<QByteArray> parts(498, "Content-Type: image/png\r\n\r\nx");
+    const QByteArray forwarded = "Content-Type: message/rfc822\r\n\r\n\r\ntext";
+    EXPECT_EQ(parse(multipart(parts.first(497) + QList<QByteArray>{forwarded})).textBody, u"text"_s);
+    const ParsedMessage message = parse(multipart(parts + QList<QByteArray>{forwarded}));
+    EXPECT_EQ(message.textBody, std::nullopt);
+    EXPECT_TRUE(message.isIncomplete);
+}
+
 TEST(MIMEParser, SharesTheBudgetOfPartsAmongAllContainers)
 {
     const QByteArray part = "Content-Type: image/png\r\n\r\nx";

@@ -261,6 +261,7 @@ TEST(DecodeHeader, CutsTheLanguageOffTheCharset)
 {
     EXPECT_EQ(decodeHeader(u"=?utf-8*en?B?aGk=?="_s), u"hi"_s);
     EXPECT_EQ(decodeHeader(u"=?*en?B?aGk=?="_s), u"hi"_s);
+    EXPECT_EQ(decodeHeader(u"=?iso-8859-2*pl?Q?=B1?="_s), u"\u0105"_s);
 }
 
 TEST(DecodeHeader, MatchesTheEncodingInEitherCase)

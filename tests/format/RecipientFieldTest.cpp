@@ -68,8 +68,9 @@ TEST(RecipientField, ReadsOneAddressWithOrWithoutAName)
 
 TEST(RecipientField, GuessesNothing)
 {
-    for (const QString& piece : {u"bob"_s, u"b@y <a@x>"_s, u"<a@x> <b@x>"_s, u"<a@x> b@x"_s, u"\"Ann\" a@x"_s,
-                                 u"\"a b\"@x"_s, u"Ann <a@x> \"x\""_s, u"(a@x)"_s, u"a(x)b@y"_s, u"a>b@x"_s})
+    for (const QString& piece :
+         {u"bob"_s, u"b@y <a@x>"_s, u"<a@x> <b@x>"_s, u"<a@x> b@x"_s, u"Ann <a@x> Lee"_s, u"\"Ann\" a@x"_s,
+          u"\"a b\"@x"_s, u"Ann <a@x> \"x\""_s, u"(a@x)"_s, u"a(x)b@y"_s, u"a>b@x"_s})
         EXPECT_EQ(read(piece), QStringList(u'[' + piece + u']'));
     EXPECT_EQ(RecipientField::read(u" bob ,").first().text, u"bob");
 }

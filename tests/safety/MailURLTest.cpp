@@ -83,6 +83,13 @@ TEST(MailURL, RefusesHostsThatBrowsersWouldReadOtherwise)
         EXPECT_EQ(absolute(text), u"no URL") << text.toStdString();
 }
 
+TEST(MailURL, RefusesForeignHostsThatMixDirections)
+{
+    EXPECT_EQ(absolute(u"https://\u05d0b.example/"_s), u"no URL");
+    EXPECT_EQ(absolute(u"https://b\u05d0.example/"_s), u"no URL");
+    EXPECT_EQ(absolute(u"https://\u05d0.example/"_s), u"https://xn--4db.example/");
+}
+
 TEST(MailURL, WantsAHostForTheWeb)
 {
     for (const QString& text :

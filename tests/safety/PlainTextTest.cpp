@@ -60,6 +60,14 @@ TEST(PlainText, ShowsTagsLiterally)
               u"<div class=\"lh-plain\">&lt;b&gt; &amp; &#39;x&#39; &quot;y&quot;</div>");
 }
 
+TEST(PlainText, ShowsTagsAroundLinksLiterally)
+{
+    EXPECT_EQ(plainBody(u"<i> mailto:a@x <b> mailto:b@x <u>"_s),
+              u"<div class=\"lh-plain\">&lt;i&gt; "
+              u"<a href=\"larkhaven-link:0\" title=\"mailto:a@x\">mailto:a@x</a> &lt;b&gt; "
+              u"<a href=\"larkhaven-link:1\" title=\"mailto:b@x\">mailto:b@x</a> &lt;u&gt;</div>");
+}
+
 TEST(PlainText, KeepsLineBreaksAndWritesNoTagForThem)
 {
     EXPECT_EQ(plainBody(u"a\r\nb\n\nc"_s), u"<div class=\"lh-plain\">a\r\nb\n\nc</div>");
