@@ -2,6 +2,9 @@
 
 #include "app/platform/SpellChecker.h"
 #include "app/platform/Spelling.h"
+#include "model/DraftGate.h"
+#include "platform/Tasks.h"
+#include "safety/HTMLSanitizer.h"
 #include "views/ComposeHTML.h"
 #include "views/ComposeHighlighter.h"
 #include "views/QuietDocument.h"
@@ -30,6 +33,9 @@ namespace {
 
 /// Longer addresses are not made links while they are typed.
 constexpr qsizetype longestAddress = 2'000;
+
+/// Longer HTML is read on a worker. In UTF-16 units.
+constexpr qsizetype longestReadAtOnce = 50'000;
 
 /// A menu that was opened so long ago gets no suggestions any more.
 constexpr std::chrono::seconds suggestionPatience(2);
@@ -81,6 +87,12 @@ void dropGroundColors(QTextCharFormat& format)
     if (format.hasProperty(QTextFormat::ForegroundBrush) &&
         format.foreground().color().hsvSaturation() < leastSaturation)
         format.clearProperty(QTextFormat::ForegroundBrush);
+}
+
+/// What may be pasted of the HTML.
+QString harmless(const QString& html)
+{
+    return DraftGate::pastedHTML(HTMLSanitizer::sanitize(html, {}).document);
 }
 
 /// The address that a link to the typed text has; empty where it is none.
@@ -531,11 +543,30 @@ void ComposeEditorController::detectLink()
         range.mergeCharFormat(link);
 }
 
-void ComposeEditorController::insertHTML(const QString& html)
+void ComposeEditorController::pasteHTML(const QString& html)
+{
+    if (html.size() <= longestReadAtOnce)
+        insertHTML(harmless(html), textView->textCursor());
+    else
+        spawn(readAndInsert(html, textView->textCursor()), dropFailure);
+}
+
+Task<> ComposeEditorController::readAndInsert(QString html, QTextCursor place)
+{
+    const QPointer<ComposeEditorController> self(this);
+    const auto work = [html] { return harmless(html); };
+    const QString gated = co_await runOnWorker(work);
+    // The text may have become a plain one meanwhile.
+    const bool isWelcome = self && textView && m_isRichText && !textView->isReadOnly();
+    if (isWelcome)
+        insertHTML(gated, place);
+}
+
+void ComposeEditorController::insertHTML(const QString& gated, QTextCursor place)
 {
     QuietDocument pasted;
     pasted.setDefaultFont(m_baseFont);
-    ComposeHTML::read(html, pasted, m_sizes);
+    ComposeHTML::read(gated, pasted, m_sizes);
     QTextCursor everything(&pasted);
     everything.select(QTextCursor::Document);
     for (const Run& run : runsIn(everything)) {
@@ -544,7 +575,7 @@ void ComposeEditorController::insertHTML(const QString& html)
         selected(&pasted, run.start, run.end).setCharFormat(format);
     }
     if (!pasted.isEmpty())
-        textView->textCursor().insertFragment(QTextDocumentFragment(&pasted));
+        place.insertFragment(QTextDocumentFragment(&pasted));
 }
 
 // --- Spelling

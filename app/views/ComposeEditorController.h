@@ -97,8 +97,9 @@ public:
     bool leaveEmptyListItem();
     /// Makes a link of the address that ends at the cursor.
     void detectLink();
-    /// Adds what the clipboard's HTML shows, without colours that would not be seen here.
-    void insertHTML(const QString& html);
+    /// Adds what the clipboard's HTML shows, without colours that would not be seen here. A long one is read
+    /// on a worker and comes in a moment later, at the place where it was pasted.
+    void pasteHTML(const QString& html);
     /// Puts the spelling of the word at the position at the top of the menu; suggestions come in later.
     void addSpelling(QMenu& menu, int position);
 
@@ -122,6 +123,8 @@ private:
     QTextCursor paragraphs() const;
     void followDocument();
     void followCursor();
+    Task<> readAndInsert(QString html, QTextCursor place);
+    void insertHTML(const QString& gated, QTextCursor place);
     void chooseLanguage();
     Task<> addSuggestions(QPointer<QMenu> menu, QPointer<QAction> place, int position, QString word);
     bool usesChosenLanguage() const { return !m_chosenLanguage.isEmpty(); }

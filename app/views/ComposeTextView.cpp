@@ -1,5 +1,6 @@
 #include "views/ComposeTextView.h"
 
+#include "model/DraftGate.h"
 #include "views/ComposeEditorController.h"
 #include "views/ComposeHTML.h"
 #include "views/QuietDocument.h"
@@ -67,7 +68,7 @@ void ComposeTextView::insertFromMimeData(const QMimeData* source)
         return;
     const QString html = isRich() && source->hasHtml() ? source->html() : QString();
     if (!html.isEmpty() && html.size() <= longestPastedHTML)
-        controller->insertHTML(html);
+        controller->pasteHTML(html);
     else if (source->hasText())
         insertPastedText(source->text());
     ensureCursorVisible();
@@ -77,10 +78,7 @@ void ComposeTextView::insertFromMimeData(const QMimeData* source)
 void ComposeTextView::insertPastedText(const QString& text)
 {
     endLinkBeforeTyping();
-    const qsizetype length = std::min(text.size(), longestPastedText);
-    const bool splitsPair = length < text.size() && text[length - 1].isHighSurrogate();
-    textCursor().insertText(text.first(length - (splitsPair ? 1 : 0)),
-                            isRich() ? currentCharFormat() : QTextCharFormat());
+    textCursor().insertText(DraftGate::pasted(text), isRich() ? currentCharFormat() : QTextCharFormat());
 }
 
 QMimeData* ComposeTextView::createMimeDataFromSelection() const

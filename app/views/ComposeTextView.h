@@ -15,10 +15,8 @@ class ComposeTextView : public QTextEdit {
 public:
     static constexpr int horizontalInset = 12;
     static constexpr int verticalInset = 10;
-    /// Longer HTML of the clipboard is taken as its text.
+    /// Longer HTML of the clipboard is taken as its text. In UTF-16 units.
     static constexpr qsizetype longestPastedHTML = 5'000'000;
-    /// What is longer is cut. In UTF-16 units.
-    static constexpr qsizetype longestPastedText = 5'000'000;
 
     explicit ComposeTextView(QWidget* parent = nullptr);
 
