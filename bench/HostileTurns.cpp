@@ -6,6 +6,8 @@
 #include "views/ComposeTextView.h"
 #include "views/ComposeWindows.h"
 #include "views/ContentView.h"
+#include "views/SecureMessageView.h"
+#include "views/Style.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -51,6 +53,8 @@ public:
             measureReceived(message);
         for (const HostileMessages::Message& message : HostileMessages::drafts())
             measureDraft(message);
+        for (const HostileMessages::Text& link : HostileMessages::recipients())
+            answer(link.name, u"open"_s, [&] { m_fixture.model().newMessage(link.text); });
         for (const HostileMessages::Text& paste : HostileMessages::pastes())
             measurePaste(paste);
         std::printf("longest: %.0f ms\n", m_longest);
@@ -86,14 +90,16 @@ private:
         return row;
     }
 
-    void key()
+    void press(const QKeyCombination& key, const QString& text = {})
     {
         QWidget* const target = m_text;
         for (const QEvent::Type type : {QEvent::KeyPress, QEvent::KeyRelease}) {
-            QKeyEvent event(type, Qt::Key_X, Qt::NoModifier, u"x"_s);
+            QKeyEvent event(type, key.key(), key.keyboardModifiers(), text);
             QCoreApplication::sendEvent(target, &event);
         }
     }
+
+    void key() { press(Qt::Key_X, u"x"_s); }
 
     /// Opens a window, types into it and keeps it.
     void answer(const QString& name, const QString& step, const std::function<void()>& open)
@@ -132,6 +138,10 @@ private:
         m_meter.step([&] { window.view().keep(); });
         m_meter.pass(aftermath / 2);
         print(name, step + u", kept"_s);
+        m_meter.step([this] { press(Qt::CTRL | Qt::Key_A); });
+        m_meter.pass(aftermath / 2);
+        m_meter.step([this] { m_text->moveCursor(QTextCursor::Start); });
+        print(name, step + u", selected"_s);
     }
 
     void measureReceived(const HostileMessages::Message& message)
@@ -140,7 +150,11 @@ private:
             return;
         AppModel& model = m_fixture.model();
         const MessageSummary summary = row(message);
-        m_fixture.provider().setListing(MailboxRef::system(Mailbox::inbox), {summary});
+        // A page of them.
+        QList<MessageSummary> rows(50, summary);
+        for (qsizetype index = 1; index < rows.size(); ++index)
+            rows[index].id += u'-' + QString::number(index);
+        m_fixture.provider().setListing(MailboxRef::system(Mailbox::inbox), rows);
         m_meter.step([&] { model.start(model.refresh()); });
         m_meter.pass(aftermath);
         print(message.name, u"listed"_s);

@@ -103,8 +103,9 @@ qsizetype effort(QStringView text)
 {
     TextBounds bounds;
     for (qsizetype position = 0; position < text.size();) {
-        if (bounds.next(takeCharacter(text, position)) == TextBounds::Verdict::end)
-            return mostEffort;
+        const TextBounds::Verdict verdict = bounds.next(takeCharacter(text, position));
+        if (verdict == TextBounds::Verdict::end || verdict == TextBounds::Verdict::drop)
+            return unbounded;
     }
     return bounds.effort();
 }

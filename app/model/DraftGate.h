@@ -25,7 +25,7 @@ inline constexpr qsizetype mostHTML = 4'000'000;      ///< of a document with it
 inline constexpr qsizetype mostItems = 2'000;         ///< of all lists of a document
 inline constexpr int mostTableLevels = 6;             ///< of tables within tables
 inline constexpr int mostSpan = 100;                  ///< of rows or columns that a cell takes
-inline constexpr qsizetype longestAttributes = 4'096; ///< of one tag, but for an image
+inline constexpr qsizetype longestAttributes = 4'096; ///< of one tag
 inline constexpr qsizetype longestStyleSheet = 8'000; ///< of a document
 inline constexpr qsizetype mostStyleRules = 100;
 inline constexpr qsizetype longestSubject = 2'000;
@@ -47,19 +47,22 @@ struct Passed {
 /// Controls become spaces.
 Passed text(QStringView text, const QString& rest);
 
-/// A document that the sanitizer has written. Where its rest is left out, `rest` follows as a paragraph.
+/// A document that the sanitizer has written, of images only their words. Where its rest is left out, `rest`
+/// follows as a paragraph.
 Passed html(QStringView sanitized, const QString& rest);
 
 /// What may be pasted, or dropped, as plain text.
 QString pasted(QStringView text);
 
-/// What may be pasted as rich text: a document that the sanitizer has written of it.
+/// What may be pasted as rich text: a document that the sanitizer has written of it, likewise.
 QString pastedHTML(QStringView sanitized);
 
 /// A text for a field of one line, as `ShownText::line` has it.
 Passed line(QStringView text, qsizetype length);
 
-/// The effort of laying out the text in units of one plain letter.
+/// The effort of laying out the text in units of one plain letter; `unbounded` where it has more marks on a
+/// letter than it may, or is beyond the bounds of a whole text.
 qsizetype effort(QStringView text);
+inline constexpr qsizetype unbounded = mostEffort + 1;
 
 } // namespace Larkhaven::DraftGate

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 #include <vector>
 
 using namespace Qt::StringLiterals;
@@ -173,7 +174,12 @@ private:
         Element element{name, mayStand(name),
                         (!m_open.empty() && m_open.back().keepsSpace) || keepsSpace(tag, name)};
         m_isBroken = m_isBroken || !element.isWritten;
-        if (element.isWritten && areAttributesTooLong(tag, name)) {
+        const bool isTooLong = areAttributesTooLong(tag);
+        if (name == "img"_L1 && !isTooLong)
+            layOutWords(tag);
+        if (m_hasEnded)
+            return;
+        if (element.isWritten && isTooLong) {
             m_out += u'<' + name.toString() + u'>';
             m_isBroken = true;
         } else if (element.isWritten) {
@@ -221,21 +227,45 @@ private:
         return name == "pre"_L1 || tag.contains("white-space"_L1, Qt::CaseInsensitive);
     }
 
-    static bool areAttributesTooLong(QStringView tag, QStringView name)
+    static bool areAttributesTooLong(QStringView tag)
     {
-        if (name != "img"_L1 && tag.size() > longestAttributes)
+        if (tag.size() > longestAttributes)
             return true;
-        return std::ranges::any_of(
-            std::array{"colspan"_L1, "rowspan"_L1, "span"_L1}, [tag](QLatin1StringView attribute) {
-                const QString wanted = u' ' + attribute + "=\""_L1;
-                const qsizetype start = tag.indexOf(wanted);
-                if (start < 0)
-                    return false;
-                const QStringView value = tag.sliced(start + wanted.size());
-                bool isNumber = false;
-                const int number = value.first(std::max<qsizetype>(value.indexOf(u'"'), 0)).toInt(&isNumber);
-                return !isNumber || number < 1 || number > mostSpan;
-            });
+        return std::ranges::any_of(std::array{"colspan"_L1, "rowspan"_L1, "span"_L1},
+                                   [tag](QLatin1StringView attribute) {
+                                       const std::optional<QStringView> value = attributeOf(tag, attribute);
+                                       bool isNumber = false;
+                                       const int number = value ? value->toInt(&isNumber) : 1;
+                                       return value && (!isNumber || number < 1 || number > mostSpan);
+                                   });
+    }
+
+    /// The raw value of an attribute.
+    static std::optional<QStringView> attributeOf(QStringView tag, QLatin1StringView name)
+    {
+        const QString wanted = u' ' + name + "=\""_L1;
+        const qsizetype start = tag.indexOf(wanted);
+        if (start < 0)
+            return std::nullopt;
+        const QStringView value = tag.sliced(start + wanted.size());
+        return value.first(std::max<qsizetype>(value.indexOf(u'"'), 0));
+    }
+
+    /// The words of an image are laid out in its place.
+    void layOutWords(QStringView tag)
+    {
+        const QString words =
+            VisibleText::decodedReferences(attributeOf(tag, "alt"_L1).value_or(QStringView()).toString());
+        bool isBreakDue = false;
+        for (const uint character : words.toUcs4()) {
+            const TextBounds::Verdict verdict = m_bounds.next(character);
+            m_hasEnded = m_hasEnded || verdict == TextBounds::Verdict::end;
+            isBreakDue = isBreakDue || verdict == TextBounds::Verdict::breakBefore;
+        }
+        if (isBreakDue && !m_hasEnded) {
+            m_isBroken = true;
+            m_out += "<p>"_L1;
+        }
     }
 
     void endTag(QStringView name)

@@ -9,6 +9,8 @@
 
 #include <QCoreApplication>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace Larkhaven {
@@ -17,10 +19,25 @@ namespace {
 
 constexpr qsizetype mostNamed = 5;      ///< of those who are left out
 constexpr qsizetype longestPiece = 200; ///< of a text that a notice names
+/// As much is looked at of what a link brings; most of it may be escapes, or text that goes.
+constexpr qsizetype longestGiven = 4 * DraftGate::mostFieldEffort;
 
 QString tr(const char* text)
 {
     return QCoreApplication::translate("RecipientFields", text);
+}
+
+/// The addresses of a list of which all can be read without a guess; absent for any other.
+std::optional<QList<EmailAddress>> exactAddresses(const QString& list)
+{
+    QList<EmailAddress> addresses;
+    for (const RecipientField::Piece& piece : RecipientField::read(list)) {
+        const bool isExact = piece.address && AddressParser::isSendable(piece.address->address);
+        if (!isExact || addresses.size() == AddressParser::maxAddresses)
+            return std::nullopt;
+        addresses.append(*piece.address);
+    }
+    return addresses;
 }
 
 } // namespace
@@ -95,7 +112,13 @@ QString RecipientFields::resumed(const QString& header, const QString& unread)
 QString RecipientFields::given(const QString& text)
 {
     const DraftGate::Passed whole = DraftGate::line(text, DraftGate::mostFieldEffort);
-    const QList<RecipientField::Piece> pieces = RecipientField::read(text);
+    QList<RecipientField::Piece> pieces =
+        RecipientField::read(QStringView(text).first(std::min(text.size(), longestGiven)));
+    if (text.size() > longestGiven) {
+        // The last one may be cut.
+        pieces.removeLast();
+        ++m_tooMany;
+    }
     const bool fits = whole.isWhole() && pieces.size() <= DraftGate::mostAddresses &&
                       DraftGate::effort(whole.text) <= DraftGate::mostFieldEffort;
     if (fits)
@@ -130,11 +153,13 @@ QStringList RecipientFields::notices() const
 QList<EmailAddress> RecipientFields::addresses(const MIMEHeaders& headers, QStringView name)
 {
     const QString raw = headers.value(name).value_or(QString());
+    const std::optional<QList<EmailAddress>> exact = exactAddresses(raw);
     const bool isReadWhole = raw.size() <= MailEncoding::maxHeaderBytes / 4 || !raw.contains("=?"_L1);
-    if (isReadWhole)
+    if (!exact && isReadWhole)
         return AddressParser::parseList(MailEncoding::decodeHeader(raw));
-    // Decoding as a whole would cut the list: here each name is decoded by itself.
-    QList<EmailAddress> addresses = AddressParser::parseList(raw);
+    // A name is decoded by itself: as a whole the list would be cut, and a comma within a name would
+    // separate.
+    QList<EmailAddress> addresses = exact ? *exact : AddressParser::parseList(raw);
     for (EmailAddress& address : addresses) {
         if (address.name)
             address = EmailAddress(MailEncoding::decodeHeader(*address.name), address.address);

@@ -304,7 +304,9 @@ ComposeDraft storedDraft(const Setting& setting, const ParsedMessage& message, c
     draft.body = body.text;
     if (message.htmlBody) {
         // As the editor may load it: nothing in it loads anything.
-        const SanitizedHTML sanitized = HTMLSanitizer::sanitize(*message.htmlBody, {});
+        SanitizerOptions options;
+        options.keepsOnlyWordsOfImages = true;
+        const SanitizedHTML sanitized = HTMLSanitizer::sanitize(*message.htmlBody, options);
         const DraftGate::Passed html = DraftGate::html(sanitized.document, rest);
         draft.initialHTML = html.text;
         draft.isRichText = true;

@@ -1,13 +1,14 @@
 #include "views/AddressField.h"
 
+#include "model/DraftGate.h"
 #include "views/AddressTokens.h"
+#include "views/LineGate.h"
 #include "views/Style.h"
 #include "views/SuggestionList.h"
 
 #include <QKeyEvent>
 
 #include <algorithm>
-#include <limits>
 
 using namespace Qt::StringLiterals;
 
@@ -24,10 +25,10 @@ AddressField::AddressField(const QString& label, QLineEdit* line, UserDefaults& 
     , m_defaults(defaults)
     , m_contacts(contacts)
     , m_line(line)
+    , m_gate(new LineGate(DraftGate::mostFieldEffort, line))
 {
-    // A field that cuts its text would lose recipients without a word.
-    line->setMaxLength(std::numeric_limits<int>::max());
     line->installEventFilter(this);
+    connect(m_gate, &LineGate::refused, this, &AddressField::refused);
     connect(line, &QLineEdit::textChanged, this, [this] {
         m_highlighted = 0;
         refresh();
@@ -43,7 +44,7 @@ AddressField::~AddressField()
 
 void AddressField::setText(const QString& text)
 {
-    m_line->setText(text);
+    m_gate->load(text);
 }
 
 bool AddressField::suggestsFromContacts() const

@@ -9,6 +9,7 @@
 
 namespace Larkhaven {
 
+class LineGate;
 class SuggestionList;
 
 /// A row of addresses. While one is typed, the contacts that it may mean stand in a list under the field:
@@ -36,6 +37,8 @@ public:
 Q_SIGNALS:
     void textChanged();
     void focused();
+    /// What was pasted is more than the field takes.
+    void refused();
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -53,6 +56,7 @@ private:
     UserDefaults& m_defaults;
     ContactsService& m_contacts;
     QLineEdit* m_line;
+    LineGate* m_gate;
     QPointer<SuggestionList> m_list; ///< a child of the window, over the rows below
     QList<ContactSuggestion> m_suggestions;
     int m_highlighted = 0;

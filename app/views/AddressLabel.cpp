@@ -15,6 +15,8 @@ namespace {
 
 /// More than these of a mass mailing would push the message off the pane.
 constexpr qsizetype shownAddresses = 60;
+/// In UTF-16 units; there may be many of them.
+constexpr qsizetype longestName = 200;
 
 QString joined(const QList<EmailAddress>& addresses, QString (*text)(const EmailAddress&))
 {
@@ -28,13 +30,11 @@ QString joined(const QList<EmailAddress>& addresses, QString (*text)(const Email
 
 QString mailbox(const EmailAddress& address)
 {
-    return address.name ? u"%1 <%2>"_s.arg(*address.name, address.address) : address.address;
+    const QString bare = DisplayText::bounded(address.address, longestName);
+    return address.name ? u"%1 <%2>"_s.arg(DisplayText::bounded(*address.name, longestName), bare) : bare;
 }
 
 } // namespace
-
-/// In UTF-16 units; there may be many of them.
-constexpr qsizetype longestName = 200;
 
 AddressLabel::AddressLabel(QWidget* parent)
     : QLabel(parent)

@@ -92,7 +92,9 @@ void dropGroundColors(QTextCharFormat& format)
 /// What may be pasted of the HTML.
 QString harmless(const QString& html)
 {
-    return DraftGate::pastedHTML(HTMLSanitizer::sanitize(html, {}).document);
+    SanitizerOptions options;
+    options.keepsOnlyWordsOfImages = true;
+    return DraftGate::pastedHTML(HTMLSanitizer::sanitize(html, options).document);
 }
 
 /// The address that a link to the typed text has; empty where it is none.

@@ -126,9 +126,10 @@ void Reader::startTag(const Tag& tag)
         return;
     }
     static constexpr std::array otherVoidTags{"col"_L1, "wbr"_L1};
-    if (isOneOf(otherVoidTags, tag.name)) {
-        if (tag.attributes.contains(u"alt"_s))
-            addImage(tag);
+    if (isOneOf(otherVoidTags, tag.name))
+        return;
+    if (tag.name == "img"_L1) {
+        addImage(tag);
         return;
     }
     const bool isBlock = isOneOf(blockTags, tag.name);
@@ -563,10 +564,9 @@ void Reader::endParagraph()
 
 Losses read(const QString& html, QTextDocument& document, const ComposeFormat::Sizes& sizes)
 {
-    // The sanitizer drops most images with their words. As another element they pass, without their source.
-    QString imageless = html;
-    imageless.replace("<img"_L1, "<wbr"_L1, Qt::CaseInsensitive);
-    const SanitizedHTML clean = HTMLSanitizer::sanitize(imageless, SanitizerOptions());
+    SanitizerOptions options;
+    options.keepsOnlyWordsOfImages = true;
+    const SanitizedHTML clean = HTMLSanitizer::sanitize(html, options);
     document.setUndoRedoEnabled(false);
     QTextCursor everything(&document);
     everything.select(QTextCursor::Document);

@@ -12,20 +12,34 @@ namespace Larkhaven {
 
 ComposeNotices::ComposeNotices(const QStringList& notices, QWidget* parent)
     : QLabel(parent)
+    , m_notices(notices)
 {
     setObjectName("notices"_L1);
     setTextFormat(Qt::PlainText);
     setWordWrap(true);
-    QStringList lines;
-    for (const QString& notice : notices.first(std::min(notices.size(), mostNotices)))
-        lines.append(DisplayText::bounded(notice.simplified(), longestNotice));
-    if (const qsizetype rest = notices.size() - lines.size(); rest > 0)
-        lines.append(tr("And %1 more.").arg(rest));
-    setText(lines.join(u'\n'));
+    showNotices();
     connect(&Style::shared(), &Style::changed, this, &ComposeNotices::applyStyle);
     applyStyle();
-    if (notices.isEmpty())
-        hide();
+}
+
+void ComposeNotices::add(const QString& notice)
+{
+    if (m_notices.contains(notice))
+        return;
+    // The latest is seen even where there are many.
+    m_notices.prepend(notice);
+    showNotices();
+}
+
+void ComposeNotices::showNotices()
+{
+    QStringList lines;
+    for (const QString& notice : m_notices.first(std::min(m_notices.size(), mostNotices)))
+        lines.append(DisplayText::bounded(notice.simplified(), longestNotice));
+    if (const qsizetype rest = m_notices.size() - lines.size(); rest > 0)
+        lines.append(tr("And %1 more.").arg(rest));
+    setText(lines.join(u'\n'));
+    setHidden(lines.isEmpty());
 }
 
 void ComposeNotices::applyStyle()

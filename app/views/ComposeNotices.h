@@ -5,7 +5,7 @@
 
 namespace Larkhaven {
 
-/// What was left out when a draft was made, as quiet lines above its text. Hidden where there is nothing to
+/// What was left out of a draft, as quiet lines above its text. Hidden where there is nothing to
 /// tell.
 class ComposeNotices : public QLabel {
     Q_OBJECT
@@ -17,8 +17,14 @@ public:
 
     explicit ComposeNotices(const QStringList& notices, QWidget* parent = nullptr);
 
+    /// Says one more thing, once.
+    void add(const QString& notice);
+
 private:
+    void showNotices();
     void applyStyle();
+
+    QStringList m_notices;
 };
 
 } // namespace Larkhaven

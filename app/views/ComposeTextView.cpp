@@ -13,8 +13,6 @@
 #include <QTextBlock>
 #include <QTextDocumentFragment>
 
-#include <memory>
-
 using namespace Qt::StringLiterals;
 
 namespace Larkhaven {
@@ -25,6 +23,35 @@ bool holdsFiles(const QMimeData& data)
 {
     return std::ranges::any_of(data.urls(), [](const QUrl& url) { return url.isLocalFile(); });
 }
+
+/// A selection, written when somebody asks for it: a display is offered each, and takes few.
+class SelectedText final : public QMimeData {
+public:
+    SelectedText(const QTextDocumentFragment& selection, bool isRich)
+        : m_selection(selection)
+        , m_isRich(isRich)
+    {}
+
+    QStringList formats() const override
+    {
+        return m_isRich ? QStringList{u"text/plain"_s, u"text/html"_s} : QStringList{u"text/plain"_s};
+    }
+
+protected:
+    QVariant retrieveData(const QString& type, QMetaType) const override
+    {
+        if (!formats().contains(type))
+            return {};
+        QuietDocument selected;
+        QTextCursor(&selected).insertFragment(m_selection);
+        return type == "text/plain"_L1 ? ComposeHTML::plainText(selected)
+                                       : ComposeHTML::write(selected).value_or(QString());
+    }
+
+private:
+    QTextDocumentFragment m_selection;
+    bool m_isRich;
+};
 
 } // namespace
 
@@ -83,15 +110,7 @@ void ComposeTextView::insertPastedText(const QString& text)
 
 QMimeData* ComposeTextView::createMimeDataFromSelection() const
 {
-    QuietDocument selected;
-    QTextCursor(&selected).insertFragment(textCursor().selection());
-    auto mime = std::make_unique<QMimeData>();
-    mime->setText(ComposeHTML::plainText(selected));
-    if (isRich()) {
-        if (const std::optional<QString> html = ComposeHTML::write(selected))
-            mime->setHtml(*html);
-    }
-    return mime.release();
+    return new SelectedText(textCursor().selection(), isRich());
 }
 
 void ComposeTextView::dragEnterEvent(QDragEnterEvent* event)

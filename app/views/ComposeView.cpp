@@ -2,6 +2,7 @@
 
 #include "domain/LocalizedError.h"
 #include "format/MessageComposer.h"
+#include "model/DraftGate.h"
 #include "platform/Tasks.h"
 #include "views/AddressField.h"
 #include "views/AttachmentStrip.h"
@@ -12,6 +13,7 @@
 #include "views/ComposeToolbar.h"
 #include "views/DisplayText.h"
 #include "views/FormatBar.h"
+#include "views/LineGate.h"
 #include "views/Picker.h"
 #include "views/PlainAlert.h"
 #include "views/SendAgain.h"
@@ -27,7 +29,6 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
-#include <limits>
 
 using namespace Qt::StringLiterals;
 
@@ -117,7 +118,7 @@ void ComposeView::buildForm(const ComposeDraft& draft)
     m_cc = new AddressField(tr("Cc:"), defaults, m_contacts);
     m_bcc = new AddressField(tr("Bcc:"), defaults, m_contacts);
     m_subject = new QLineEdit;
-    m_subject->setMaxLength(std::numeric_limits<int>::max());
+    auto* const subjectGate = new LineGate(DraftGate::longestLine, m_subject);
     auto* const subjectRow = new ComposeRow(tr("Subject:"), m_subject);
     m_from->setObjectName("from"_L1);
     m_to->setObjectName("to"_L1);
@@ -127,8 +128,14 @@ void ComposeView::buildForm(const ComposeDraft& draft)
     m_to->setText(draft.to);
     m_cc->setText(draft.cc);
     m_bcc->setText(draft.bcc);
-    m_subject->setText(draft.subject);
+    subjectGate->load(draft.subject);
     auto* const notices = new ComposeNotices(draft.notices);
+    const auto sayRefused = [notices] {
+        notices->add(tr("What was pasted is more than a field takes, and was left out."));
+    };
+    connect(subjectGate, &LineGate::refused, this, sayRefused);
+    for (const AddressField* const field : {m_to, m_cc, m_bcc})
+        connect(field, &AddressField::refused, this, sayRefused);
     m_formatBar = new FormatBar(m_editor);
     m_text = new ComposeEditor(draft.body, draft.initialHTML, draft.isRichText, m_editor);
     m_attachments = new AttachmentStrip;

@@ -283,7 +283,10 @@ void ReaderView::update()
 void ReaderView::followLink(const LinkRecord& link)
 {
     if (link.url.scheme() == "mailto"_L1) {
-        const QString target = link.url.absoluteString().mid("mailto:"_L1.size()).section(u'?', 0, 0);
+        // More than a field can hold.
+        constexpr qsizetype longestTarget = 1'000'000;
+        const QString target =
+            link.url.absoluteString().mid("mailto:"_L1.size(), longestTarget).section(u'?', 0, 0);
         const QByteArray decoded = QByteArray::fromPercentEncoding(target.toUtf8());
         // What the sender wrote goes into a field of one line.
         m_model.newMessage(

@@ -1,8 +1,12 @@
 #include "views/RowText.h"
 
+#include "views/DisplayText.h"
+
 #include <QCoreApplication>
 #include <QLocale>
 #include <QRegularExpression>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -19,11 +23,15 @@ QString recipients(const MessageSummary& row, const std::optional<Account>& acco
 {
     if (row.to.isEmpty())
         return tr("(no recipient)");
+    // Nobody sees more of a mass mailing.
+    constexpr qsizetype mostShown = 50;
     QStringList names;
-    for (const EmailAddress& recipient : row.to) {
+    for (const EmailAddress& recipient : row.to.first(std::min(row.to.size(), mostShown))) {
         const bool isOwn = account && recipient.address.compare(account->email, Qt::CaseInsensitive) == 0;
-        names.append(isOwn ? tr("me") : recipient.displayName());
+        names.append(isOwn ? tr("me") : DisplayText::bounded(recipient.displayName()));
     }
+    if (row.to.size() > mostShown)
+        names.append(u"…"_s);
     return tr("To: %1").arg(names.join(u", "_s));
 }
 

@@ -323,6 +323,8 @@ void Pass::finishLink()
 /// Gives whether the tag is written.
 bool Pass::applyImageRule(const RawAttributes& raw, OutputAttributes& attributes)
 {
+    if (m_options.keepsOnlyWordsOfImages)
+        return true;
     const ImageDecision decision = decideImage(raw);
     switch (decision.fate) {
     case ImageFate::dropped:

@@ -22,6 +22,10 @@ struct SanitizerOptions {
     /// The images that "cid:" sources name, by Content-ID, with or without angle brackets.
     QHash<QString, InlineImage> inlineImages;
 
+    /// Whether images are written without their sources, with nothing but what else is allowed of them: for
+    /// an editor, in which the words of an image stand for it. Nothing loads, and none is counted.
+    bool keepsOnlyWordsOfImages = false;
+
     /// Whether links are written as "larkhaven-link:" and their index, so that no real URL can be clicked.
     bool indirectLinks = false;
 };

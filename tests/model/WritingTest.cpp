@@ -388,6 +388,37 @@ TEST(Writing, ResumesRecipientsAsTheyWereTyped)
     EXPECT_EQ(storedAndResumed(again).to, again.to) << "and so on";
 }
 
+TEST(Writing, KeepsEveryNameFromTheFieldToTheMessageAndBack)
+{
+    for (const QString& name :
+         {uR"(O\Brien)"_s, uR"(a\\b\)"_s, uR"("quoted")"_s, uR"(one " quote)"_s, u"Smith, Ann; and (Bob)"_s,
+          u"(a) <b> [c] : @"_s, uR"(\"\\",;)"_s, u"Müller, Jörg (\\) \""_s}) {
+        ComposeDraft draft = Writing::newMessage(setting(), {});
+        draft.to = MessageComposer::editableAddress(EmailAddress(name, u"a@x"_s)) + u", b@x"_s;
+        const OutgoingMessage message = Writing::outgoing(draft, account(), Writing::Purpose::send);
+        const QList<EmailAddress> expected{EmailAddress(name, u"a@x"_s),
+                                           EmailAddress(std::nullopt, u"b@x"_s)};
+        EXPECT_EQ(message.to, expected) << name.toStdString();
+        EXPECT_EQ(storedAndResumed(draft).to, draft.to) << name.toStdString();
+        const QByteArray sent = MessageComposer::build(message, QDateTime::currentDateTimeUtc());
+        EXPECT_EQ(repliedToAll(sent).to, draft.to) << "an answer to one's own: " << name.toStdString();
+    }
+}
+
+TEST(Writing, KeepsTheWordsOfTheImagesOfAStoredDraft)
+{
+    const ComposeDraft draft =
+        resumed("Content-Type: multipart/related; boundary=b\r\n\r\n--b\r\nContent-Type: text/html\r\n\r\n"
+                "<p>The <img src='cid:1@x' alt='our &lt;logo&gt;'> and <IMG alt=chart "
+                "src='https://t.example/a.png'> and <img src='data:image/png;base64,AAAA' alt=dot></p>\r\n"
+                "--b\r\nContent-Type: image/png\r\nContent-ID: <1@x>\r\n\r\nx\r\n--b--");
+    ASSERT_TRUE(draft.initialHTML);
+    EXPECT_TRUE(draft.initialHTML->contains(
+        u"<p>The <img alt=\"our &lt;logo&gt;\"> and <img alt=\"chart\"> and <img alt=\"dot\"></p>"_s))
+        << draft.initialHTML->toStdString();
+    EXPECT_TRUE(draft.draftMessageID);
+}
+
 TEST(Writing, LeavesWhatItCannotReadOfAnotherProgramsDraftInItsField)
 {
     const ComposeDraft draft = resumed("To: a@x, =?UTF-8?Q?J=C3=B6rg?=, team: b@x, c@x;\r\n\r\nHi");

@@ -286,6 +286,21 @@ TEST(HTMLSanitizer, DropsAnInlineImageThatIsNotThere)
     EXPECT_EQ(sanitized(u"<img src=cid:a@b>"_s), QString());
 }
 
+TEST(HTMLSanitizer, KeepsOnlyTheWordsOfImagesWhereItIsToldTo)
+{
+    SanitizerOptions options = withInlineImage(u"a@b"_s, u"image/png"_s, "x");
+    options.keepsOnlyWordsOfImages = true;
+    options.allowRemoteImages = true;
+    const SanitizedHTML result = HTMLSanitizer::sanitize(
+        u"<img src=cid:a@b alt=a><IMG src=https://t.example/a.png alt='&lt;b' onerror=x()>"
+        "<img src='data:image/png;base64,AA==' srcset=x><img src=javascript:x alt=c width=1 height=1>"_s,
+        options);
+    EXPECT_EQ(bodyOf(result),
+              u"<img alt=\"a\"><img alt=\"&lt;b\"><img><img alt=\"c\" width=\"1\" height=\"1\">");
+    EXPECT_EQ(result.trackers, 0);
+    EXPECT_EQ(result.blockedRemoteImages, 0);
+}
+
 TEST(HTMLSanitizer, EmbedsInlineImages)
 {
     const QByteArray data(80, '\xff');

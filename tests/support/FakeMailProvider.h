@@ -76,6 +76,7 @@ public:
     };
     const QList<Sent>& sent() const { return m_sent; }
     const QList<Sent>& savedDrafts() const { return m_savedDrafts; }
+    void forgetSaved() { m_savedDrafts.clear(); }
 
     // --- MailProvider
     using MailProvider::saveDraft;

@@ -162,4 +162,16 @@ QList<Text> pastes()
     };
 }
 
+QList<Text> recipients()
+{
+    return {
+        {u"a link to a word of 18 million"_s, QString(18'000'000, u'w')},
+        {u"a link to 100,000 addresses"_s, QString::fromLatin1(hundredThousandAddresses())},
+        {u"a link to 100,000 marks"_s, marks(100'000) + u"@example.com"_s},
+        {u"a link in mixed directions"_s, mixedDirections() + u"@example.com"_s},
+        {u"a link of commas"_s, QString(longText, u',')},
+        {u"a link of quotes"_s, filled(u"\"\\<("_s)},
+    };
+}
+
 } // namespace Larkhaven::HostileMessages

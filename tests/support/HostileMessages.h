@@ -28,4 +28,7 @@ struct Text {
 /// What a clipboard may hold.
 QList<Text> pastes();
 
+/// What a link to write to somebody may hold.
+QList<Text> recipients();
+
 } // namespace Larkhaven::HostileMessages
