@@ -49,7 +49,7 @@ Passed text(QStringView text, const QString& rest)
 {
     Passed passed;
     passed.text.reserve(std::min(text.size(), mostCharacters));
-    TextBounds bounds;
+    TextBounds bounds(mostEffort);
     bool hasDropped = false;
     bool hasEnded = false;
     for (qsizetype position = 0; position < text.size() && !hasEnded;) {
@@ -89,7 +89,7 @@ QString pasted(QStringView text)
 
 QString pastedHTML(QStringView sanitized)
 {
-    return html(sanitized, tr("[The rest of what was pasted is left out.]")).text;
+    return html(sanitized, tr("[The rest of what was pasted is left out.]"), mostPastedEffort).text;
 }
 
 Passed line(QStringView text, qsizetype length)
@@ -101,7 +101,7 @@ Passed line(QStringView text, qsizetype length)
 
 qsizetype effort(QStringView text)
 {
-    TextBounds bounds;
+    TextBounds bounds(mostEffort);
     for (qsizetype position = 0; position < text.size();) {
         const TextBounds::Verdict verdict = bounds.next(takeCharacter(text, position));
         if (verdict == TextBounds::Verdict::end || verdict == TextBounds::Verdict::drop)

@@ -17,21 +17,23 @@ namespace Larkhaven::DraftGate {
 inline constexpr qsizetype mostCharacters = 250'000; ///< of a text, in UTF-16 units
 inline constexpr qsizetype mostLines = 10'000;
 inline constexpr qsizetype mostEffort = 250'000;
-inline constexpr qsizetype longestLine = 10'000;      ///< in units of effort
-inline constexpr qsizetype longestBlock = 50'000;     ///< of a document, in units of effort
-inline constexpr qsizetype longestRun = 5'000;        ///< without a space, in UTF-16 units
-inline constexpr int mostMarks = 16;                  ///< on one letter
-inline constexpr qsizetype mostHTML = 4'000'000;      ///< of a document with its tags, in UTF-16 units
-inline constexpr qsizetype mostItems = 2'000;         ///< of all lists of a document
-inline constexpr int mostTableLevels = 6;             ///< of tables within tables
-inline constexpr int mostSpan = 100;                  ///< of rows or columns that a cell takes
+inline constexpr qsizetype mostPastedEffort = 100'000; ///< of a document that comes in at once
+inline constexpr qsizetype longestLine = 10'000;       ///< in units of effort
+inline constexpr qsizetype longestBlock = 50'000;      ///< of a document, in units of effort
+inline constexpr qsizetype longestRun = 2'000;         ///< without a space, in UTF-16 units
+inline constexpr int mostMarks = 16;                   ///< on one letter
+inline constexpr qsizetype mostHTML = 4'000'000;       ///< of a document with its tags, in UTF-16 units
+inline constexpr qsizetype mostItems = 2'000;          ///< of all lists of a document
+inline constexpr int mostTableLevels = 6;              ///< of tables within tables
+inline constexpr int mostListLevels = 8; ///< of lists within lists, each of which leaves less room for a line
+inline constexpr int mostSpan = 100;     ///< of rows or columns that a cell takes
 inline constexpr qsizetype longestAttributes = 4'096; ///< of one tag
 inline constexpr qsizetype longestStyleSheet = 8'000; ///< of a document
 inline constexpr qsizetype mostStyleRules = 100;
 inline constexpr qsizetype longestSubject = 2'000;
-inline constexpr qsizetype longestName = 200;         ///< of an address
-inline constexpr qsizetype mostAddresses = 2'000;     ///< of all fields together
-inline constexpr qsizetype mostFieldEffort = 100'000; ///< of all fields of addresses together
+inline constexpr qsizetype longestName = 200;        ///< of an address
+inline constexpr qsizetype mostAddresses = 2'000;    ///< of all fields together
+inline constexpr qsizetype mostFieldEffort = 60'000; ///< of all fields of addresses together
 inline constexpr qsizetype mostReferences = 1'000;
 inline constexpr qsizetype longestReference = 998;
 
@@ -49,7 +51,7 @@ Passed text(QStringView text, const QString& rest);
 
 /// A document that the sanitizer has written, of images only their words. Where its rest is left out, `rest`
 /// follows as a paragraph.
-Passed html(QStringView sanitized, const QString& rest);
+Passed html(QStringView sanitized, const QString& rest, qsizetype effort = mostEffort);
 
 /// What may be pasted, or dropped, as plain text.
 QString pasted(QStringView text);

@@ -20,8 +20,11 @@ namespace {
 constexpr qsizetype effortOfBlock = 40;
 constexpr qsizetype effortOfInline = 160;
 constexpr qsizetype effortOfItem = 120;
-constexpr qsizetype effortOfCell = 350;
+constexpr qsizetype effortOfCell = 500;
 constexpr qsizetype effortOfImage = 200;
+
+/// So much of a tag takes the effort of a letter to read.
+constexpr qsizetype unitsOfTag = 4;
 
 constexpr std::array cellTags{"table"_L1, "td"_L1, "th"_L1};
 constexpr std::array rowTags{"tbody"_L1, "tfoot"_L1, "thead"_L1, "tr"_L1};
@@ -41,8 +44,9 @@ bool isOneOf(QStringView name, const std::array<QLatin1StringView, size>& names)
 /// Copies a sanitized document, whose tags are written in one form, as far as an editor can take it.
 class Copy {
 public:
-    explicit Copy(QStringView document)
+    Copy(QStringView document, qsizetype effort)
         : m_rest(document)
+        , m_bounds(effort)
     {}
 
     Passed passed(const QString& rest)
@@ -168,7 +172,7 @@ private:
     {
         const qsizetype space = tag.indexOf(u' ');
         const QStringView name = tag.sliced(1, (space < 0 ? tag.size() - 1 : space) - 1);
-        m_hasEnded = !layOut(name);
+        m_hasEnded = !m_bounds.spend(tag.size() / unitsOfTag) || !layOut(name);
         if (m_hasEnded)
             return;
         Element element{name, mayStand(name),
@@ -188,6 +192,7 @@ private:
         if (!isOneOf(name, voidTags))
             m_open.push_back(element);
         m_tableLevels += name == "table"_L1 ? 1 : 0;
+        m_listLevels += isList(name) ? 1 : 0;
     }
 
     /// Gives whether there is room for the element.
@@ -213,14 +218,16 @@ private:
         return m_bounds.spend(effortOfBlock);
     }
 
-    /// Tables take the time of their depth's exponent.
+    /// Tables take the time of their depth's exponent, and lists leave no room within them.
     bool mayStand(QStringView name) const
     {
         const bool isOfTable = isOneOf(name, cellTags) || isOneOf(name, rowTags) || name == "caption"_L1 ||
                                name == "col"_L1 || name == "colgroup"_L1;
         const int level = m_tableLevels + (name == "table"_L1 ? 1 : 0);
-        return !isOfTable || level <= mostTableLevels;
+        return isList(name) ? m_listLevels < mostListLevels : !isOfTable || level <= mostTableLevels;
     }
+
+    static bool isList(QStringView name) { return name == "ul"_L1 || name == "ol"_L1; }
 
     static bool keepsSpace(QStringView tag, QStringView name)
     {
@@ -281,6 +288,7 @@ private:
         if (found->isWritten)
             m_out += "</"_L1 + name.toString() + u'>';
         m_tableLevels -= name == "table"_L1 ? 1 : 0;
+        m_listLevels -= isList(name) ? 1 : 0;
         m_open.erase(found.base() - 1);
     }
 
@@ -307,6 +315,7 @@ private:
     TextBounds m_bounds;
     std::vector<Element> m_open;
     int m_tableLevels = 0;
+    int m_listLevels = 0;
     qsizetype m_items = 0;
     qsizetype m_styleLength = 0;
     qsizetype m_styleRules = 0;
@@ -318,9 +327,9 @@ private:
 
 } // namespace
 
-Passed html(QStringView sanitized, const QString& rest)
+Passed html(QStringView sanitized, const QString& rest, qsizetype effort)
 {
-    return Copy(sanitized).passed(rest);
+    return Copy(sanitized, effort).passed(rest);
 }
 
 } // namespace Larkhaven::DraftGate

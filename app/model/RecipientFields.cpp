@@ -116,7 +116,8 @@ QString RecipientFields::given(const QString& text)
         RecipientField::read(QStringView(text).first(std::min(text.size(), longestGiven)));
     if (text.size() > longestGiven) {
         // The last one may be cut.
-        pieces.removeLast();
+        if (!pieces.isEmpty())
+            pieces.removeLast();
         ++m_tooMany;
     }
     const bool fits = whole.isWhole() && pieces.size() <= DraftGate::mostAddresses &&

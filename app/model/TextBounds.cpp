@@ -17,9 +17,12 @@ constexpr int usualMarks = 2; ///< on one letter
 constexpr qsizetype effortOfFormat = 24;
 constexpr qsizetype effortOfJoiner = 240;
 constexpr qsizetype effortOfJamo = 40; ///< of one that begins a syllable behind another
-constexpr qsizetype effortOfUnknown = 150;
-constexpr qsizetype effortOfChange = 16;
+constexpr qsizetype effortOfUnknown = 250;
+constexpr qsizetype effortOfChange = 24;
 constexpr qsizetype effortOfChangeWithinEastAsia = 3;
+/// For each line that a run fills on screen the engine looks at all of the run: it costs one more unit for
+/// each letter when it is so long, and so on.
+constexpr qsizetype unitsOfRun = 250;
 /// A line that is nearly full is broken at its next space.
 constexpr qsizetype nearlyFull = DraftGate::longestLine * 9 / 10;
 
@@ -78,7 +81,7 @@ bool TextBounds::breakLine()
 bool TextBounds::spend(qsizetype effort)
 {
     m_effort += effort;
-    return m_effort <= DraftGate::mostEffort;
+    return m_effort <= m_mostEffort;
 }
 
 TextBounds::Verdict TextBounds::next(char32_t character)
@@ -89,7 +92,7 @@ TextBounds::Verdict TextBounds::next(char32_t character)
     if (m_marks > DraftGate::mostMarks)
         return ++m_dropped > DraftGate::mostCharacters ? Verdict::end : Verdict::drop;
     const qsizetype units = QChar::requiresSurrogates(character) ? 2 : 1;
-    const qsizetype weight = weigh(character);
+    const qsizetype weight = weigh(character) + m_run / unitsOfRun;
     m_characters += units;
     if (m_characters > DraftGate::mostCharacters || !spend(weight))
         return Verdict::end;

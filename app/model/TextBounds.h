@@ -19,6 +19,11 @@ public:
         end,         ///< neither it nor anything behind it
     };
 
+    /// `mostEffort`: of the whole text.
+    explicit TextBounds(qsizetype mostEffort)
+        : m_mostEffort(mostEffort)
+    {}
+
     Verdict next(char32_t character);
     /// A line ends here. Gives whether another may follow.
     bool endLine();
@@ -36,6 +41,7 @@ private:
     qsizetype weigh(char32_t character);
     qsizetype weighLetter(char32_t character);
 
+    qsizetype m_mostEffort;
     qsizetype m_characters = 0;
     qsizetype m_effort = 0;
     qsizetype m_lines = 0;

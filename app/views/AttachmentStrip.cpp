@@ -20,6 +20,13 @@ using namespace Qt::StringLiterals;
 
 namespace Larkhaven {
 
+namespace {
+
+/// An untrusted sender may attach a thousand files; the others follow in later turns of the event loop.
+constexpr qsizetype shownAtOnce = 50;
+
+} // namespace
+
 AttachmentStrip::AttachmentStrip(QWidget* parent)
     : QWidget(parent)
     , m_chips(new QWidget)
@@ -29,6 +36,9 @@ AttachmentStrip::AttachmentStrip(QWidget* parent)
     setObjectName("attachmentStrip"_L1);
     m_total->setObjectName("attachmentTotal"_L1);
     m_total->setTextFormat(Qt::PlainText);
+    m_turn.setSingleShot(true);
+    m_turn.setInterval(0);
+    connect(&m_turn, &QTimer::timeout, this, &AttachmentStrip::showMore);
     new FlowLayout(Style::smallPadding, m_chips);
     auto* const layout = new QVBoxLayout(this);
     layout->setContentsMargins(Style::padding, Style::smallPadding + 1, Style::padding, Style::smallPadding);
@@ -74,14 +84,23 @@ void AttachmentStrip::setAttachments(const QList<OutgoingAttachment>& attachment
         item->widget()->deleteLater();
         delete item;
     }
-    for (const OutgoingAttachment& attachment : attachments)
-        m_chips->layout()->addWidget(makeItem(attachment));
+    m_shown = 0;
+    showMore();
     const qint64 limit = MessageComposer::maxAttachmentBytes;
     m_total->setText(tr("%1 of %2").arg(ComposeFiles::size(total()), ComposeFiles::size(limit)));
     m_total->setVisible(total() > limit / 2);
     setVisible(!attachments.isEmpty());
-    fit();
     Q_EMIT attachmentsChanged();
+}
+
+void AttachmentStrip::showMore()
+{
+    const qsizetype end = std::min(m_shown + shownAtOnce, m_attachments.size());
+    for (; m_shown < end; ++m_shown)
+        m_chips->layout()->addWidget(makeItem(m_attachments[m_shown]));
+    fit();
+    if (m_shown < m_attachments.size())
+        m_turn.start();
 }
 
 qint64 AttachmentStrip::total() const

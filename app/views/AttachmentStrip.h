@@ -3,6 +3,7 @@
 #include "domain/Message.h"
 
 #include <QList>
+#include <QTimer>
 #include <QWidget>
 
 class QLabel;
@@ -31,6 +32,7 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
+    void showMore();
     void fit();
     QWidget* makeItem(const OutgoingAttachment& attachment);
     void remove(const QUuid& id);
@@ -40,6 +42,8 @@ private:
     QWidget* m_chips;
     QScrollArea* m_scroll; ///< more than two lines of chips would leave no room for the text
     QLabel* m_total;
+    qsizetype m_shown = 0; ///< those that have a chip
+    QTimer m_turn;         ///< brings the next chips
 };
 
 } // namespace Larkhaven

@@ -40,6 +40,9 @@ constexpr qsizetype longestReadAtOnce = 50'000;
 /// A menu that was opened so long ago gets no suggestions any more.
 constexpr std::chrono::seconds suggestionPatience(2);
 
+/// Of a level of lists. In pixels.
+constexpr double levelIndent = 24;
+
 /// A run of text of one format.
 struct Run {
     int start;
@@ -146,8 +149,10 @@ void ComposeEditorController::attach(ComposeTextView& view, const QString& initi
     textView = &view;
     view.controller = this;
     view.setFont(m_baseFont);
-    QTextDocument* const document = view.document();
+    // Each change of a document that is on screen lays it out; one that comes whole is laid out in steps.
+    auto* const document = new QuietDocument(&view);
     document->setDefaultFont(m_baseFont);
+    document->setIndentWidth(levelIndent);
     if (richText && initialHTML)
         m_losses = ComposeHTML::read(*initialHTML, *document, m_sizes);
     document->setUndoRedoEnabled(false);
@@ -163,6 +168,9 @@ void ComposeEditorController::attach(ComposeTextView& view, const QString& initi
     ComposeHTML::rememberParagraphs(*document);
     document->setUndoRedoEnabled(true);
     document->setModified(false);
+    QTextDocument* const before = view.document();
+    view.setDocument(document);
+    delete before;
     m_isRichText = richText;
     view.moveCursor(QTextCursor::Start);
     const auto typingPosition = [this] {
@@ -224,13 +232,17 @@ void ComposeEditorController::setRichText(bool richText)
 
 QString ComposeEditorController::text() const
 {
-    return textView ? ComposeHTML::plainText(*textView->document()) : QString();
+    if (!textView)
+        return {};
+    textView->finishPasting();
+    return ComposeHTML::plainText(*textView->document());
 }
 
 std::optional<QString> ComposeEditorController::html() const
 {
     if (!textView || !m_isRichText)
         return std::nullopt;
+    textView->finishPasting();
     return ComposeHTML::write(*textView->document());
 }
 

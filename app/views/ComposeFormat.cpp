@@ -71,12 +71,17 @@ void setListStart(QTextListFormat& format, int number)
 
 namespace {
 
+/// On the screen a paragraph has no more space of its own beside it: without room for a few words in a line,
+/// laying it out takes many times as long.
+constexpr double mostLeftOnScreen = 120;
+constexpr double mostRightOnScreen = 80;
+
 /// The space on the screen is that of the quote and the paragraph's own.
 void applyMargins(QTextBlockFormat& format)
 {
     const int quote = std::min(quoteLevel(format), shownQuoteLevels) * quoteIndent;
-    format.setLeftMargin(quote + format.doubleProperty(leftProperty));
-    format.setRightMargin(format.doubleProperty(rightProperty));
+    format.setLeftMargin(quote + std::min(format.doubleProperty(leftProperty), mostLeftOnScreen));
+    format.setRightMargin(std::min(format.doubleProperty(rightProperty), mostRightOnScreen));
     if (format.leftMargin() == 0)
         format.clearProperty(QTextFormat::BlockLeftMargin);
     if (format.rightMargin() == 0)

@@ -65,6 +65,14 @@ ComposeTextView::ComposeTextView(QWidget* parent)
     setAcceptDrops(true);
     setAutoFormatting(AutoNone);
     setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    m_pasteTurn.setSingleShot(true);
+    m_pasteTurn.setInterval(0);
+    connect(&m_pasteTurn, &QTimer::timeout, this, [this] {
+        m_pastePlace.joinPreviousEditBlock();
+        insertPiece();
+        m_pastePlace.endEditBlock();
+        ensureCursorVisible();
+    });
     connect(&Style::shared(), &Style::changed, this, &ComposeTextView::applyStyle);
     applyStyle();
 }
@@ -104,8 +112,41 @@ void ComposeTextView::insertFromMimeData(const QMimeData* source)
 /// All text of the clipboard and of drops passes here.
 void ComposeTextView::insertPastedText(const QString& text)
 {
+    finishPasting();
     endLinkBeforeTyping();
-    textCursor().insertText(DraftGate::pasted(text), isRich() ? currentCharFormat() : QTextCharFormat());
+    m_pasted = DraftGate::pasted(text);
+    m_pastePlace = textCursor();
+    m_pasteFormat = isRich() ? currentCharFormat() : QTextCharFormat();
+    m_pastePlace.beginEditBlock();
+    m_pastePlace.removeSelectedText();
+    insertPiece();
+    m_pastePlace.endEditBlock();
+}
+
+void ComposeTextView::insertPiece()
+{
+    qsizetype length = std::min(m_pasted.size(), longestPiece);
+    if (length < m_pasted.size()) {
+        // At the end of a line, where there is one.
+        const qsizetype end = m_pasted.lastIndexOf(u'\n', length - 1);
+        length = end > 0 ? end : length - (m_pasted[length - 1].isHighSurrogate() ? 1 : 0);
+    }
+    m_pastePlace.insertText(m_pasted.first(length), m_pasteFormat);
+    m_pasted.remove(0, length);
+    if (!m_pasted.isEmpty())
+        m_pasteTurn.start();
+}
+
+void ComposeTextView::finishPasting()
+{
+    m_pasteTurn.stop();
+    while (!m_pasted.isEmpty()) {
+        // All of it is one step that can be undone.
+        m_pastePlace.joinPreviousEditBlock();
+        insertPiece();
+        m_pastePlace.endEditBlock();
+    }
+    m_pasteTurn.stop();
 }
 
 QMimeData* ComposeTextView::createMimeDataFromSelection() const

@@ -2,6 +2,7 @@
 
 #include <QPointer>
 #include <QTextEdit>
+#include <QTimer>
 
 namespace Larkhaven {
 
@@ -15,12 +16,18 @@ class ComposeTextView : public QTextEdit {
 public:
     static constexpr int horizontalInset = 12;
     static constexpr int verticalInset = 10;
+    /// A longer text comes in pieces, one in a turn of the event loop: it is laid out as it comes. In UTF-16
+    /// units.
+    static constexpr qsizetype longestPiece = 50'000;
     /// Longer HTML of the clipboard is taken as its text. In UTF-16 units.
     static constexpr qsizetype longestPastedHTML = 5'000'000;
 
     explicit ComposeTextView(QWidget* parent = nullptr);
 
     QPointer<ComposeEditorController> controller;
+
+    /// Inserts what is still to come of a long text that was pasted.
+    void finishPasting();
 
 protected:
     bool canInsertFromMimeData(const QMimeData* source) const override;
@@ -39,7 +46,13 @@ private:
     bool handleFormatKey(const QKeyEvent& event);
     void endLinkBeforeTyping();
     void insertPastedText(const QString& text);
+    void insertPiece();
     void applyStyle();
+
+    QString m_pasted; ///< what is still to come
+    QTextCursor m_pastePlace;
+    QTextCharFormat m_pasteFormat;
+    QTimer m_pasteTurn;
 };
 
 } // namespace Larkhaven

@@ -79,7 +79,8 @@ ComposeView::ComposeView(AppModel& model, const ComposeDraft& draft, bool isUnsa
     setObjectName("compose"_L1);
     buildForm(draft);
     connectForm();
-    m_original = this->draft();
+    // A long text is never compared.
+    m_original = m_editor.length() > longestCompared ? fields() : this->draft();
     if (m_isUnsaved)
         followChange();
 }
@@ -294,14 +295,21 @@ void ComposeView::applyStyle()
 
 ComposeDraft ComposeView::draft() const
 {
+    ComposeDraft draft = fields();
+    draft.body = m_editor.text();
+    draft.initialHTML = m_editor.html();
+    return draft;
+}
+
+/// The draft without its text.
+ComposeDraft ComposeView::fields() const
+{
     ComposeDraft draft = m_draft;
     draft.to = m_to->text();
     draft.cc = m_cc->text();
     draft.bcc = m_bcc->text();
     draft.subject = m_subject->text();
-    draft.body = m_editor.text();
     draft.isRichText = m_editor.isRichText();
-    draft.initialHTML = m_editor.html();
     draft.attachments = m_attachments->attachments();
     return draft;
 }

@@ -148,6 +148,7 @@ private:
     void finish();
     void setSending(bool sending, const QString& progress);
     void followChange();
+    ComposeDraft fields() const;
     void followRichText();
     bool hasOtherText() const;
     void applyStyle();

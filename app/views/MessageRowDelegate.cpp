@@ -12,10 +12,13 @@ namespace {
 
 constexpr int edgeWidth = 3;
 
+/// More than a wide screen shows of a cell. There are many of them, and each is laid out when it is painted.
+constexpr qsizetype longestCell = 400;
+
 /// One line of untrusted text, so long as anything of it can be seen.
 QString singleLine(const QString& text)
 {
-    return DisplayText::bounded(text).simplified();
+    return DisplayText::bounded(text, longestCell).simplified();
 }
 
 } // namespace

@@ -101,9 +101,10 @@ TEST(DraftGate, BreaksALongLineAtASpaceAndLosesNothing)
 
 TEST(DraftGate, BreaksAnEndlessWord)
 {
-    const DraftGate::Passed result = passed(QString(DraftGate::mostCharacters, u'w'));
+    const DraftGate::Passed result = passed(QString(40'000, u'w'));
     EXPECT_EQ(longestLine(result.text), DraftGate::longestRun);
-    EXPECT_EQ(result.text.count(u'w'), DraftGate::mostCharacters);
+    EXPECT_EQ(result.text.count(u'w'), 40'000);
+    EXPECT_FALSE(result.isCut);
     EXPECT_TRUE(passed(QString(DraftGate::longestRun, u'w')).isWhole());
     EXPECT_TRUE(passed(QString(DraftGate::longestRun + 1, u'w')).isBroken);
     EXPECT_TRUE(passed(u"a\u00a0"_s.repeated(DraftGate::longestRun / 2 + 1)).isBroken)
@@ -253,6 +254,28 @@ TEST(DraftGate, TakesTablesApartThatAreTooDeep)
     EXPECT_TRUE(result.isBroken);
     EXPECT_EQ(bodyOf(result.text), nested(DraftGate::mostTableLevels) + nested(2));
     EXPECT_TRUE(passedHTML(nested(DraftGate::mostTableLevels)).isWhole());
+}
+
+TEST(DraftGate, TakesListsApartThatAreTooDeep)
+{
+    const auto nested = [](int levels) {
+        return u"<ul><li>"_s.repeated(levels) + u"x"_s + u"</li></ul>"_s.repeated(levels);
+    };
+    EXPECT_TRUE(passedHTML(nested(DraftGate::mostListLevels)).isWhole());
+    const DraftGate::Passed result =
+        passedHTML(nested(DraftGate::mostListLevels + 3) + u"<ol><li>y</li></ol>"_s);
+    EXPECT_TRUE(result.isBroken);
+    EXPECT_FALSE(result.isCut);
+    EXPECT_EQ(result.text.count(u"<ul>"_s), DraftGate::mostListLevels);
+    EXPECT_TRUE(result.text.contains(u"<ol><li>y</li></ol>"_s));
+}
+
+TEST(DraftGate, WeighsALetterByTheRunThatItStandsIn)
+{
+    EXPECT_EQ(DraftGate::effort(QString(250, u'w')), 250);
+    EXPECT_EQ(DraftGate::effort(QString(500, u'w')), 250 + 2 * 250);
+    EXPECT_EQ(DraftGate::effort(QString(250, u'w') + u' ' + QString(250, u'w')), 502);
+    EXPECT_TRUE(passed(QString(DraftGate::mostCharacters, u'w')).isCut);
 }
 
 TEST(DraftGate, TakesAttributesAwayThatAreTooMuch)
