@@ -33,7 +33,7 @@ inline constexpr qsizetype mostStyleRules = 100;
 inline constexpr qsizetype longestSubject = 2'000;
 inline constexpr qsizetype longestName = 200;        ///< of an address
 inline constexpr qsizetype mostAddresses = 2'000;    ///< of all fields together
-inline constexpr qsizetype mostFieldEffort = 60'000; ///< of all fields of addresses together
+inline constexpr qsizetype mostFieldEffort = 80'000; ///< of all fields of addresses together
 inline constexpr qsizetype mostReferences = 1'000;
 inline constexpr qsizetype longestReference = 998;
 

@@ -23,6 +23,8 @@ constexpr qsizetype effortOfItem = 120;
 constexpr qsizetype effortOfCell = 500;
 constexpr qsizetype effortOfImage = 200;
 
+/// A table is laid out several times to find its widths, and each within it as often again.
+constexpr qsizetype effortWithinTables = 4;
 /// So much of a tag takes the effort of a letter to read.
 constexpr qsizetype unitsOfTag = 4;
 
@@ -119,6 +121,8 @@ private:
             break;
         }
         kept += QChar::fromUcs4(isNoCharacter(character) ? U'\xfffd' : character);
+        const qsizetype repeated = m_tableLevels > 2 ? effortWithinTables : m_tableLevels > 1 ? 1 : 0;
+        m_hasEnded = !m_bounds.spend(repeated);
     }
 
     static bool isNoCharacter(char32_t character)

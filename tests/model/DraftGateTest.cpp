@@ -67,8 +67,7 @@ TEST(DraftGate, CutsATextAtItsLengthAndSaysSo)
     const QString longest = words.repeated(100).first(DraftGate::mostCharacters);
     // Line ends aren't counted as characters, but these don't reach the bound.
     const QString line = QString(99, u'x') + u'\n';
-    const QString whole =
-        line.repeated(2'500) + QString(DraftGate::mostCharacters - 2'500 * 99, u'y').left(2'500);
+    const QString whole = line.repeated(2'525) + QString(DraftGate::mostCharacters - 2'525 * 99, u'y');
     EXPECT_EQ(whole.count(u'x') + whole.count(u'y'), DraftGate::mostCharacters);
     EXPECT_EQ(passed(whole).text, whole);
     EXPECT_TRUE(passed(whole).isWhole());
@@ -140,17 +139,19 @@ TEST(DraftGate, BoundsTheEffortOfMixedTexts)
 TEST(DraftGate, WeighsWhatTheTextEngineTakesLongFor)
 {
     EXPECT_EQ(DraftGate::effort(u"hello, world 12"), 15);
-    EXPECT_EQ(DraftGate::effort(u"漢字"), 2 + 16);
-    EXPECT_EQ(DraftGate::effort(u"漢あ漢"), 3 + 16 + 3 + 3);
-    EXPECT_EQ(DraftGate::effort(u"aאa"), 3 + 16 + 16);
+    EXPECT_EQ(DraftGate::effort(u"漢字"), 2 + 24);
+    EXPECT_EQ(DraftGate::effort(u"漢あ漢"), 3 + 24 + 3 + 3);
+    EXPECT_EQ(DraftGate::effort(u"aאa"), 3 + 24 + 24);
     EXPECT_EQ(DraftGate::effort(u"e\u0301\u0301\u0301"), 1 + 6 + 6 + 12);
     EXPECT_EQ(DraftGate::effort(u"\u200d"), 240);
     EXPECT_EQ(DraftGate::effort(u"\u200e"), 24);
-    EXPECT_EQ(DraftGate::effort(u"\ue000"), 150);
-    EXPECT_EQ(DraftGate::effort(u"א1א"), 3 + 16 + 16 + 16);
-    EXPECT_EQ(DraftGate::effort(u"각"), 3 + 16) << "a syllable";
-    EXPECT_EQ(DraftGate::effort(u"ᄀᄀᄀ"), (1 + 16) + 40 + 40);
-    EXPECT_EQ(DraftGate::effort(QString(300'000, u'a')), DraftGate::mostEffort);
+    EXPECT_EQ(DraftGate::effort(u"\ue000"), 250);
+    EXPECT_EQ(DraftGate::effort(u"א1א"), 3 + 24 + 24 + 24);
+    EXPECT_EQ(DraftGate::effort(u"각"), 3 + 24) << "a syllable";
+    EXPECT_EQ(DraftGate::effort(u"ᄀᄀᄀ"), (1 + 24) + 40 + 40);
+    EXPECT_EQ(DraftGate::effort(QString(300'000, u'a')), DraftGate::unbounded);
+    EXPECT_EQ(DraftGate::effort(u'a' + QString(DraftGate::mostMarks + 1, QChar(0x301))),
+              DraftGate::unbounded);
 }
 
 // --- One line
@@ -216,7 +217,7 @@ TEST(DraftGate, SeesMarksAndWordsThroughReferences)
     EXPECT_TRUE(passedHTML(u"a"_s + u"&#769;"_s.repeated(1'000)).isCut);
     const DraftGate::Passed word = passedHTML(QString(12'000, u'w'));
     EXPECT_TRUE(word.isBroken);
-    EXPECT_EQ(word.text.count(u"<p>"_s), 2);
+    EXPECT_EQ(word.text.count(u"<p>"_s), 5);
     EXPECT_EQ(bodyOf(passedHTML(u"&amp;lt;&lt;&quot;&nbsp;x"_s).text), u"&amp;lt;&lt;&quot;\u00a0x");
 }
 
@@ -256,6 +257,17 @@ TEST(DraftGate, TakesTablesApartThatAreTooDeep)
     EXPECT_TRUE(passedHTML(nested(DraftGate::mostTableLevels)).isWhole());
 }
 
+TEST(DraftGate, WeighsTextWithinTablesByTheirDepth)
+{
+    const auto kept = [](int levels) {
+        const QString words = u"word "_s.repeated(100'000);
+        return passedHTML(u"<table><tr><td>"_s.repeated(levels) + words).text.count(u"word"_s);
+    };
+    EXPECT_NEAR(static_cast<double>(kept(1)), 49'000, 1'500);
+    EXPECT_NEAR(static_cast<double>(kept(2)), 24'500, 1'000);
+    EXPECT_NEAR(static_cast<double>(kept(3)), 9'800, 500);
+}
+
 TEST(DraftGate, TakesListsApartThatAreTooDeep)
 {
     const auto nested = [](int levels) {
@@ -289,17 +301,19 @@ TEST(DraftGate, TakesAttributesAwayThatAreTooMuch)
 
 TEST(DraftGate, WeighsTheWordsOfImages)
 {
-    const auto image = [](qsizetype length) { return u"<img alt=\""_s + QString(length, u'x') + u"\">"_s; };
+    const auto image = [](qsizetype length) {
+        return u"<img alt=\""_s + u"x "_s.repeated(length / 2) + u"\">"_s;
+    };
     EXPECT_EQ(bodyOf(passedHTML(image(4'000)).text), image(4'000));
     EXPECT_TRUE(passedHTML(image(4'000)).isWhole());
     EXPECT_EQ(bodyOf(passedHTML(image(5'000)).text), u"<img>");
     EXPECT_TRUE(passedHTML(image(5'000)).isBroken);
-    const DraftGate::Passed broken = passedHTML(image(4'000).repeated(2));
-    EXPECT_EQ(bodyOf(broken.text), image(4'000) + u"<p>"_s + image(4'000));
+    const DraftGate::Passed broken = passedHTML(image(4'000).repeated(3));
+    EXPECT_EQ(bodyOf(broken.text), image(4'000).repeated(2) + u"<p>"_s + image(4'000));
     EXPECT_TRUE(broken.isBroken);
     const DraftGate::Passed cut = passedHTML(image(4'000).repeated(100));
     EXPECT_TRUE(cut.isCut);
-    EXPECT_EQ(cut.text.count(u"<img"_s), 59) << "4,000 letters and an image each";
+    EXPECT_EQ(cut.text.count(u"<img"_s), 48) << "4,000 letters, the tag and an image each";
 }
 
 TEST(DraftGate, BoundsStyleSheets)

@@ -12,6 +12,7 @@
 #include <QLineEdit>
 #include <QMimeData>
 #include <QTest>
+#include <QTextBlock>
 
 using namespace Qt::StringLiterals;
 

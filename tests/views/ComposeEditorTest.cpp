@@ -1,6 +1,8 @@
 #include "views/ComposeEditor.h"
 
 #include "ComposeEditorFixture.h"
+#include "app/platform/Spelling.h"
+#include "model/DraftGate.h"
 #include "support/QtPrinters.h"
 #include "views/ComposeEditorController.h"
 #include "views/FlatButton.h"
@@ -337,6 +339,60 @@ TEST_F(ComposeEditorTest, PastedHTMLBringsNoImagesScriptsOrResources)
           "<span style='background-image:url(https://t.example/c.png)'>b</span>"
           "<a href='javascript:x()'>c</a>"_s);
     EXPECT_EQ(body(), u"<div>abc</div>"_s);
+}
+
+TEST_F(ComposeEditorTest, PastedHTMLKeepsTheWordsOfItsImages)
+{
+    open({});
+    paste(u"the <img src='cid:1' alt='our logo'> here"_s);
+    EXPECT_EQ(body(), u"<div>the our logo here</div>"_s);
+}
+
+TEST_F(ComposeEditorTest, LongPastedHTMLComesInAtThePlaceWhereItWasPasted)
+{
+    open(u"ab"_s);
+    select(1, 1);
+    paste(u"<p>A <b>word</b>.</p>"_s.repeated(5'000));
+    EXPECT_EQ(controller.text(), u"ab"_s) << "it is read on a worker";
+    select(2, 2);
+    QTest::keyClicks(view, u"c"_s);
+    ASSERT_TRUE(waitUntil([this] { return controller.text().size() > 100; }));
+    EXPECT_TRUE(controller.text().startsWith(u"aA word.\n"_s)) << controller.text().left(20).toStdString();
+    EXPECT_TRUE(controller.text().contains(u"\n[The rest of what was pasted is left out.]"_s));
+    EXPECT_TRUE(controller.text().endsWith(u"bc"_s));
+}
+
+TEST_F(ComposeEditorTest, LongPastedTextComesInPiecesAndIsOneStep)
+{
+    open(u"ab"_s, false);
+    select(1, 1);
+    const QString line = u"a line of words\n"_s;
+    const qsizetype lines = 2 * ComposeTextView::longestPiece / line.size();
+    paste({}, line.repeated(lines));
+    const qsizetype first = view->toPlainText().size();
+    EXPECT_GT(first, ComposeTextView::longestPiece / 2);
+    EXPECT_LE(first, ComposeTextView::longestPiece + 2);
+    ASSERT_TRUE(waitUntil([&] { return view->toPlainText().size() > line.size() * lines; }));
+    EXPECT_EQ(view->toPlainText(), u'a' + line.repeated(lines) + u'b');
+    view->undo();
+    EXPECT_EQ(view->toPlainText(), u"ab"_s);
+}
+
+TEST_F(ComposeEditorTest, WhatIsStillToComeOfAPasteIsPartOfTheText)
+{
+    open({}, false);
+    const QString text = QString(2 * ComposeTextView::longestPiece, u' ') + u"end"_s;
+    paste({}, text);
+    EXPECT_LT(view->toPlainText().size(), text.size());
+    EXPECT_EQ(controller.text().remove(u'\n'), text);
+}
+
+TEST_F(ComposeEditorTest, APasteOfALotIsCutAndSaysSo)
+{
+    open({}, false);
+    paste({}, u"word\n"_s.repeated(200'000));
+    EXPECT_TRUE(controller.text().endsWith(u"\n[The rest of what was pasted is left out.]"_s));
+    EXPECT_LE(controller.text().size(), DraftGate::mostCharacters + 100);
 }
 
 TEST_F(ComposeEditorTest, PastedGreysAndGroundsGiveWayToOurs)

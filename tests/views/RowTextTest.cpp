@@ -40,6 +40,15 @@ QDateTime local(const QString& text)
     return QDateTime::fromString(text, Qt::ISODate);
 }
 
+TEST_F(RowText, NamesNoMoreRecipientsThanAnybodySees)
+{
+    row.to = QList<EmailAddress>(100'000, EmailAddress(QString(1'000'000, u'n'), u"a@x"_s));
+    const QString shown = sender(MailboxRef::system(Mailbox::sent));
+    EXPECT_EQ(shown.count(u", "_s), 50);
+    EXPECT_TRUE(shown.endsWith(u", …"_s));
+    EXPECT_LT(shown.size(), 60'000);
+}
+
 TEST_F(RowText, ShowsTheNameOfTheSender)
 {
     EXPECT_EQ(sender(MailboxRef::system(Mailbox::inbox)), u"Ada");
