@@ -6,6 +6,8 @@
 
 #include <QCoreApplication>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace Larkhaven::DraftGate {
@@ -36,6 +38,15 @@ char32_t takeCharacter(QStringView text, qsizetype& position)
 bool isControl(char32_t character)
 {
     return (character < 0x20 && character != U'\t') || (character >= 0x7f && character < 0xa0);
+}
+
+/// How many marks stand on letters; variation selectors are none of them.
+qsizetype marksIn(QStringView text)
+{
+    return std::ranges::count_if(text, [](QChar unit) {
+        const bool isSelector = unit.unicode() >= 0xfe00 && unit.unicode() <= 0xfe0f;
+        return unit.isMark() && !isSelector;
+    });
 }
 
 bool endsLine(char32_t character)
@@ -95,8 +106,8 @@ QString pastedHTML(QStringView sanitized)
 Passed line(QStringView text, qsizetype length)
 {
     const QString shown = ShownText::line(text, length);
-    const bool isCut = shown.endsWith(u'…') && (!text.endsWith(u'…') || shown.size() > length);
-    return {shown, isCut};
+    const bool isEndCut = shown.endsWith(u'…') && (!text.endsWith(u'…') || shown.size() > length);
+    return {shown, isEndCut || marksIn(text) > marksIn(shown)};
 }
 
 qsizetype effort(QStringView text)

@@ -24,7 +24,9 @@ inline constexpr qsizetype longestRun = 2'000;         ///< without a space, in 
 inline constexpr int mostMarks = 16;                   ///< on one letter
 inline constexpr qsizetype mostHTML = 4'000'000;       ///< of a document with its tags, in UTF-16 units
 inline constexpr qsizetype mostItems = 2'000;          ///< of all lists of a document
-inline constexpr int mostTableLevels = 6;              ///< of tables within tables
+inline constexpr std::size_t mostLevels =
+    100;                                  ///< of elements within elements; a sanitizer has bounds as well
+inline constexpr int mostTableLevels = 6; ///< of tables within tables
 inline constexpr int mostListLevels = 8; ///< of lists within lists, each of which leaves less room for a line
 inline constexpr int mostSpan = 100;     ///< of rows or columns that a cell takes
 inline constexpr qsizetype longestAttributes = 4'096; ///< of one tag

@@ -228,6 +228,8 @@ private:
         const bool isOfTable = isOneOf(name, cellTags) || isOneOf(name, rowTags) || name == "caption"_L1 ||
                                name == "col"_L1 || name == "colgroup"_L1;
         const int level = m_tableLevels + (name == "table"_L1 ? 1 : 0);
+        if (m_open.size() >= mostLevels)
+            return false;
         return isList(name) ? m_listLevels < mostListLevels : !isOfTable || level <= mostTableLevels;
     }
 

@@ -56,9 +56,10 @@ QString plainText(const ParsedMessage& message, const QString& snippet)
         return *message.textBody;
     if (!message.htmlBody)
         return snippet;
-    // One more than the gate lets through, so that it says that there was more.
+    // More than the gate lets through, so that it says that there was more. It doesn't count line ends.
+    constexpr qsizetype enough = DraftGate::mostCharacters + DraftGate::mostLines + 1;
     const SanitizedHTML sanitized = HTMLSanitizer::sanitize(*message.htmlBody, {});
-    return VisibleText::ofSanitized(sanitized.document, DraftGate::mostCharacters + 1);
+    return VisibleText::ofSanitized(sanitized.document, enough);
 }
 
 /// As much of the text as an answer takes up.
@@ -73,7 +74,8 @@ void setSubject(ComposeDraft& draft, const ParsedMessage& message, QString (*mar
     const DraftGate::Passed subject = DraftGate::line(message.headers.subject(), DraftGate::longestSubject);
     draft.subject = marked(subject.text);
     if (!subject.isWhole())
-        draft.notices.append(tr("The subject was too long, and its end was left out."));
+        draft.notices.append(
+            tr("The subject was too long or had too many marks, and a part of it was left out."));
 }
 
 /// What a forwarded message says of itself, each line as long as an editor can take it.

@@ -2,13 +2,38 @@
 
 #include "model/DraftGate.h"
 
+#include <QClipboard>
+#include <QDropEvent>
+#include <QGuiApplication>
+#include <QMimeData>
+
+#include <limits>
+
 namespace Larkhaven {
 
 namespace {
 
-/// The field notes each letter that comes in; what it would refuse in any case is cut before that. In UTF-16
-/// units.
-constexpr int longestLine = 1'000'000;
+/// A field notes each letter that comes in. What it refuses in any case doesn't reach it. In UTF-16 units.
+constexpr qsizetype longestText = 1'000'000;
+
+/// The text that the event brings into a field at once.
+QString textOf(const QEvent& event)
+{
+    switch (event.type()) {
+    case QEvent::KeyPress:
+        return static_cast<const QKeyEvent&>(event).matches(QKeySequence::Paste)
+                   ? QGuiApplication::clipboard()->text()
+                   : QString();
+    case QEvent::MouseButtonRelease:
+        return static_cast<const QMouseEvent&>(event).button() == Qt::MiddleButton
+                   ? QGuiApplication::clipboard()->text(QClipboard::Selection)
+                   : QString();
+    case QEvent::Drop:
+        return static_cast<const QDropEvent&>(event).mimeData()->text();
+    default:
+        return {};
+    }
+}
 
 } // namespace
 
@@ -17,8 +42,19 @@ LineGate::LineGate(qsizetype mostEffort, QLineEdit* line)
     , m_mostEffort(mostEffort)
     , m_line(line)
 {
-    line->setMaxLength(longestLine);
+    // A field that cuts its text would lose recipients without a word, and takes the time of the square for
+    // it.
+    line->setMaxLength(std::numeric_limits<int>::max());
     line->setValidator(this);
+    line->installEventFilter(this);
+}
+
+bool LineGate::eventFilter(QObject*, QEvent* event)
+{
+    if (textOf(*event).size() <= longestText)
+        return false;
+    Q_EMIT refused();
+    return true;
 }
 
 void LineGate::load(const QString& text)

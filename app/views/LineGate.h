@@ -19,6 +19,9 @@ public:
 
     State validate(QString& text, int& cursor) const override;
 
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 Q_SIGNALS:
     /// Something was too much for the field.
     void refused() const;

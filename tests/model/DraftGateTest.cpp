@@ -257,6 +257,18 @@ TEST(DraftGate, TakesTablesApartThatAreTooDeep)
     EXPECT_TRUE(passedHTML(nested(DraftGate::mostTableLevels)).isWhole());
 }
 
+TEST(DraftGate, TakesElementsApartThatAreTooDeep)
+{
+    // A sanitizer would take away the paragraphs that the gate begins.
+    const DraftGate::Passed result =
+        passedHTML(u"<blockquote>"_s.repeated(200) + u"word "_s.repeated(40'000));
+    EXPECT_TRUE(result.isBroken);
+    EXPECT_EQ(result.text.count(u"<blockquote>"_s), 98) << "and the document and its body";
+    const QString again = HTMLSanitizer::sanitize(result.text, {}).document;
+    EXPECT_EQ(again.count(u"<p>"_s), result.text.count(u"<p>"_s));
+    EXPECT_GT(again.count(u"<p>"_s), 15);
+}
+
 TEST(DraftGate, WeighsTextWithinTablesByTheirDepth)
 {
     const auto kept = [](int levels) {

@@ -314,7 +314,8 @@ TEST(Writing, CutsASubjectAndSaysSo)
     for (const ComposeDraft& draft : {replied(raw), forwarded(raw), resumed(raw)}) {
         EXPECT_LE(draft.subject.size(), DraftGate::longestSubject + 6);
         EXPECT_TRUE(draft.subject.endsWith(u"s…"_s));
-        EXPECT_EQ(draft.notices.value(0), u"The subject was too long, and its end was left out.");
+        EXPECT_EQ(draft.notices.value(0),
+                  u"The subject was too long or had too many marks, and a part of it was left out.");
     }
     EXPECT_TRUE(
         replied("Subject: " + QByteArray(DraftGate::longestSubject, 's') + "\r\n\r\nHi").notices.isEmpty());
@@ -386,6 +387,26 @@ TEST(Writing, ResumesRecipientsAsTheyWereTyped)
     EXPECT_EQ(again.bcc, u"d@x, Grete Müller");
     EXPECT_EQ(again.draftMessageID, u"7:Drafts"_s);
     EXPECT_EQ(storedAndResumed(again).to, again.to) << "and so on";
+}
+
+TEST(Writing, SaysThatMoreOfAMessageThatIsHTMLAloneFollowed)
+{
+    // Line ends aren't counted as characters of a text.
+    const QByteArray paragraph = "<p>" + QByteArray("word ").repeated(20) + "</p>";
+    const QByteArray head = "From: a@x\r\nContent-Type: text/html\r\n\r\n";
+    const QString note = u"\n> [The rest of the message is left out.]"_s;
+    EXPECT_TRUE(replied(head + paragraph.repeated(3'000)).body.endsWith(note));
+    EXPECT_FALSE(replied(head + paragraph.repeated(2'000)).body.endsWith(note));
+}
+
+TEST(Writing, SaysThatMarksOfASubjectAreLeftOut)
+{
+    const QByteArray marks = QString(100, QChar(0x301)).toUtf8();
+    const ComposeDraft draft = replied("From: a@x\r\nSubject: a" + marks + "\r\n\r\nHi");
+    EXPECT_EQ(draft.subject, QString(u"Re: a"_s + QString(8, QChar(0x301))));
+    EXPECT_EQ(draft.notices.size(), 1);
+    EXPECT_TRUE(replied("From: a@x\r\nSubject: \xe2\x9d\xa4\xef\xb8\x8f caf\x65\xcc\x81\r\n\r\nHi")
+                    .notices.isEmpty());
 }
 
 TEST(Writing, KeepsEveryNameFromTheFieldToTheMessageAndBack)

@@ -157,15 +157,13 @@ TEST_F(ComposeHostileTest, TakesWhatIsPasted)
             data->setText(paste.text);
         QApplication::clipboard()->setMimeData(data);
         meter.step([&] { text(window).paste(); });
-        const int empty = 100;
+        const int empty = 30; ///< what was there
         ASSERT_TRUE(meter.until([&] { return text(window).document()->characterCount() > empty; },
                                 std::chrono::seconds(30)));
         meter.pass(std::chrono::milliseconds(100));
         expectBounded(window);
         const QString plain = text(window).toPlainText();
-        const bool isMuch = paste.text.size() > 300'000 || plain.contains(QChar(0x301)) ||
-                            plain.contains(QChar(0x5d0)) || plain.contains(QChar(0x431));
-        EXPECT_EQ(plain.contains(u"left out.]"_s), isMuch);
+        EXPECT_TRUE(plain.contains(u"left out.]"_s));
         typeAndKeep(window);
         closeAll();
         print(paste.name);
@@ -178,8 +176,10 @@ TEST_F(ComposeHostileTest, FieldsOfOneLineTakeNoMoreThanTheyCanLayOut)
         SCOPED_TRACE(paste.name.toStdString());
         ComposeWindow& window = open(addressed());
         QApplication::clipboard()->setText(paste.text);
-        meter.step([&] { child<QLineEdit>(window, "subject").paste(); });
-        meter.step([&] { field(window, "to").line().paste(); });
+        for (QLineEdit* const line : {&child<QLineEdit>(window, "subject"), &field(window, "to").line()}) {
+            line->setFocus();
+            meter.step([&] { QTest::keyClick(line, Qt::Key_V, Qt::ControlModifier); });
+        }
         meter.pass(std::chrono::milliseconds(50));
         expectBounded(window);
         EXPECT_LE(DraftGate::effort(field(window, "to").text()), DraftGate::mostFieldEffort);
