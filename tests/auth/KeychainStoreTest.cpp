@@ -70,6 +70,30 @@ TEST_F(KeychainStoreTest, YieldsNothingWhereNeitherKeychainHoldsTheItem)
     EXPECT_EQ(legacy->calls, QStringList({u"read"_s, u"read"_s}));
 }
 
+TEST_F(KeychainStoreTest, FindsNothingOnlyWhereAKeychainStatesIt)
+{
+    EXPECT_EQ(store.findData(account), std::nullopt);
+    preferred->answerWith(KeychainStatus::notAvailable);
+    EXPECT_EQ(store.findData(account), std::nullopt);
+    legacy->answerWith(KeychainStatus::notAvailable);
+    EXPECT_EQ(failureOf([this] { store.findData(account); }), KeychainStatus::notAvailable);
+    EXPECT_EQ(store.loadData(account), std::nullopt);
+    legacy->answerWith(std::nullopt);
+    legacy->items.insert(key(), {"old", u"label"_s});
+    EXPECT_EQ(store.findData(account), "old");
+}
+
+TEST_F(KeychainStoreTest, FailsInTheWordsOfTheKeychain)
+{
+    preferred->answerWith(KeychainStatus::interactionNotAllowed);
+    try {
+        store.loadData(account);
+        ADD_FAILURE() << "nothing failed";
+    } catch (const KeychainError& error) {
+        EXPECT_EQ(error.localizedText(), u"The keyring is locked.");
+    }
+}
+
 TEST_F(KeychainStoreTest, BehavesAsWithTheLegacyKeychainAloneWhereThePreferredOneIsNotThere)
 {
     preferred->answerWith(KeychainStatus::notAvailable);

@@ -119,6 +119,16 @@ TEST(MailLabel, IsOrderedLevelByLevelSoThatSubtreesStayTogether)
     EXPECT_EQ(paths.indexOf(u"Work/A"_s), paths.indexOf(u"Work"_s) + 1);
 }
 
+TEST(MailLabel, KeepsSubtreesApartWhoseNamesDifferInCaseAlone)
+{
+    QList<MailLabel> labels{{u"1"_s, u"work/a"_s}, {u"2"_s, u"Work/b"_s}, {u"3"_s, u"work/c"_s}};
+    std::ranges::sort(labels, isOrderedBefore);
+    QStringList ids;
+    for (const MailLabel& label : labels)
+        ids.append(label.id);
+    EXPECT_EQ(ids, QStringList({u"2"_s, u"1"_s, u"3"_s}));
+}
+
 TEST(MailLabel, OfTheSamePathIsOrderedByItsIdentifier)
 {
     EXPECT_TRUE(isOrderedBefore({u"a"_s, u"X"_s}, {u"b"_s, u"X"_s}));

@@ -29,7 +29,7 @@ MessageSummary someSummary()
     summary.id = u"4711:INBOX"_s;
     summary.accountID = QUuid(u"{01234567-89ab-cdef-0123-456789abcdef}"_s);
     summary.from = EmailAddress(u"Ann"_s, u"ann@x.example"_s);
-    summary.to = {EmailAddress(std::nullopt, u"bob@x.example"_s)};
+    summary.to = {EmailAddress(std::nullopt, u"bob@x.example"_s), EmailAddress(u"Cy"_s, u"cy@x.example"_s)};
     summary.subject = u"Grüße"_s;
     summary.date = QDateTime(QDate(2001, 1, 2), QTime(0, 0, 1, 500), Qt::UTC);
     summary.isRead = true;
@@ -43,7 +43,7 @@ constexpr auto summaryJSON =
     R"({"accountID":"01234567-89AB-CDEF-0123-456789ABCDEF","date":86401.5,)"
     R"("from":{"address":"ann@x.example","name":"Ann"},"hasAttachments":false,"id":"4711:INBOX",)"
     R"("isRead":true,"isStarred":false,"labelIDs":["a","b"],"mailbox":"Inbox","size":1234,"snippet":"",)"
-    R"("subject":"Grüße","to":[{"address":"bob@x.example"}]})";
+    R"("subject":"Grüße","to":[{"address":"bob@x.example"},{"address":"cy@x.example","name":"Cy"}]})";
 
 TEST(EmailAddress, StoresNoNameThatIsOnlySpaces)
 {

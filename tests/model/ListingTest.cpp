@@ -224,6 +224,16 @@ TEST_F(ListingTest, HidesRemovedRowsInTheNextListingAsWell)
     EXPECT_EQ(listing.total(), 1);
 }
 
+TEST_F(ListingTest, CountsOfRowsRemovedElsewhereOnlyThoseThatItShows)
+{
+    show(3, 3);
+    remove({u"2"_s, u"3"_s});
+    listing.begin(key(Mailbox::inbox, u"boat"_s));
+    show(2, 40);
+    EXPECT_EQ(shown(), u"1");
+    EXPECT_EQ(listing.total(), 39) << "whether the third is among the others isn't known";
+}
+
 TEST_F(ListingTest, ShowsARowElsewhereThatHasOnlyLeftOneOfItsMailboxes)
 {
     show(3, 3);

@@ -1,5 +1,7 @@
 #include "safety/MailURL.h"
 
+#include "safety/URLParts.h"
+#include "safety/UTF8.h"
 #include "support/QtPrinters.h"
 
 #include <gtest/gtest.h>
@@ -135,6 +137,21 @@ TEST(MailURL, WantsASchemeThatBeginsWithALetter)
     for (const QString& text :
          {u""_s, u":"_s, u"x"_s, u"1a:b"_s, u"a b:c"_s, u"/a:b"_s, u"\uff48ttps://x/"_s, u" https://x/"_s})
         EXPECT_EQ(absolute(text), u"no URL") << text.toStdString();
+}
+
+TEST(SchemeOf, IsWhatStandsBeforeTheFirstColonInSmallLetters)
+{
+    EXPECT_EQ(schemeOf(u"HTTPS://x"), u"https"_s);
+    EXPECT_EQ(schemeOf(u"a+b-c.1:x:y"), u"a+b-c.1"_s);
+    for (const QStringView text : {u"", u":", u"x", u"java script:x", u"a/b:c", u"a?b:c", u"\\:x"})
+        EXPECT_EQ(schemeOf(text), std::nullopt) << text.toString().toStdString();
+}
+
+TEST(PercentDecoded, IsNothingWhereAnyOfItIsBroken)
+{
+    EXPECT_EQ(UTF8::percentDecoded(u"a%41%c3%BC"), u"aAü"_s);
+    for (const QStringView text : {u"%", u"%4", u"a%4g", u"%g4", u"%c3", u"%ff"})
+        EXPECT_EQ(UTF8::percentDecoded(text), std::nullopt) << text.toString().toStdString();
 }
 
 TEST(MailURL, TellsItsParts)

@@ -86,6 +86,9 @@ TEST(VisibleText, KnowsTheSimpleRulesOfTheStyleSheets)
     EXPECT_EQ(visible(u"<style>@media (max-width:600px){.a{display:none}} .b{display:none}</style>"
                       "<b class=a>1</b><b class=b>2</b>"_s),
               u"1");
+    EXPECT_EQ(visible(u"<style>.Q{display:none} B.r{display:none}</style>"
+                      "<i class=q>1</i><i class=Q>2</i><b class=r>3</b><i class=r>4</i>"_s),
+              u"14");
     EXPECT_EQ(visible(u"<style>p > b, #a, [x], *{display:none}</style><p><b>1</b></p>"_s), u"1");
 }
 

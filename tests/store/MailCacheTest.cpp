@@ -312,6 +312,18 @@ TEST_F(MailCacheTest, NeverComesBackOnceItIsRetired)
     EXPECT_FALSE(QFileInfo::exists(directory()));
 }
 
+TEST_F(MailCacheTest, ReadsNothingThatComesBackOnceItIsRetired)
+{
+    const auto cache = made();
+    await(cache->retire());
+    const auto another = made();
+    await(another->write(u"a"_s, "x"));
+    await(another->writeSnapshot(u"imap"_s, "y"));
+    EXPECT_EQ(await(cache->read(u"a"_s)), std::nullopt);
+    EXPECT_EQ(await(cache->readSnapshot(u"imap"_s)), std::nullopt);
+    EXPECT_EQ(await(another->read(u"a"_s)), "x");
+}
+
 TEST_F(MailCacheTest, DropsWritesThatWaitBehindItsRetirement)
 {
     const auto cache = made();
