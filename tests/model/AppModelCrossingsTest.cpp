@@ -378,6 +378,33 @@ TEST_F(AppModelOfTwo, AsksForNoSignInOfARemovedAccountWhoseFailureComesLate)
     EXPECT_FALSE(model.errorMessage());
 }
 
+TEST_F(AppModelOfTwo, RaisesNoAlertForARemovedAccountWhoseRefusalComesLate)
+{
+    for (const char* operation : {"archive", "setStarred"}) {
+        fixture.provider(0).hold(QString::fromLatin1(operation));
+        fixture.provider(0).failNext(QString::fromLatin1(operation), refusal);
+    }
+    await(model.load(0, true));
+    model.toggleStarred({model.messages().last()});
+    model.archive({model.messages().first()});
+    await(model.removeAccount(first));
+    fixture.provider(0).completeAll();
+    settle();
+    EXPECT_FALSE(model.errorMessage());
+}
+
+TEST_F(AppModelOfTwo, AsksForNoSignInOfARemovedAccountWhoseMessageIsAnswered)
+{
+    await(model.load(0, true));
+    fixture.provider(0).hold(u"fetchRaw"_s);
+    fixture.provider(0).failNext(u"fetchRaw"_s, MailError::notSignedIn());
+    Begun<void> replying(model.reply(model.messages().first(), false));
+    await(model.removeAccount(first));
+    fixture.provider(0).completeAll();
+    replying.get();
+    EXPECT_TRUE(model.needsReauth().isEmpty());
+}
+
 TEST_F(AppModelOfTwo, ClosesTheReaderAndStopsLoadingWhereTheLastAccountGoes)
 {
     await(model.removeAccount(second));

@@ -255,6 +255,19 @@ TEST_F(AppModelMailbox, TurnsPagesOnlyWhereThereAreSomeAndNothingLoads)
     EXPECT_TRUE(fixture.provider().calls().isEmpty());
 }
 
+TEST_F(AppModelMailbox, AsksWhatIsNewOnlyWhereItIsToldTo)
+{
+    list(Mailbox::inbox, 60);
+    await(model.load(0, true));
+    EXPECT_TRUE(fixture.provider().calls(listMessages).last().contains(u"refresh=true"_s));
+    await(model.nextPage());
+    EXPECT_TRUE(fixture.provider().calls(listMessages).last().contains(u"refresh=false"_s));
+    EXPECT_EQ(fixture.provider().calls(listMessages).size(), 2);
+    await(model.refresh());
+    EXPECT_TRUE(fixture.provider().calls(listMessages).last().contains(u"refresh=true"_s));
+    EXPECT_TRUE(fixture.provider().calls(listMessages).last().contains(u"offset=25"_s));
+}
+
 TEST_F(AppModelMailbox, SearchesForTheMessagesOfASender)
 {
     model.search(ModelFixture::row(fixture.account(), u"1"_s));

@@ -404,6 +404,67 @@ TEST(AppModelKeyring, HoldsNothingUpWhileItHesitates)
     EXPECT_TRUE(fixture.model().provider(fixture.account().id));
 }
 
+/// Saves only when it is told to.
+class HoldingSecretStore final : public SecretStore {
+public:
+    std::optional<Credential> load(const QUuid&) override { return std::nullopt; }
+    void save(const Credential&, const QUuid&) override
+    {
+        isAsked = true;
+        isAnswered.wait(false);
+        holdsCredential = true;
+    }
+    void remove(const QUuid&) override { holdsCredential = false; }
+    void answer()
+    {
+        isAnswered = true;
+        isAnswered.notify_all();
+    }
+
+    std::atomic<bool> isAsked = false;
+    std::atomic<bool> isAnswered = false;
+    std::atomic<bool> holdsCredential = false;
+};
+
+/// An account that is repaired, whose password is on its way into the keyring.
+class AppModelSlowRepair : public AppModelSetup {
+protected:
+    AppModelSlowRepair()
+    {
+        fixture.setSecrets(secrets);
+        fixture.restart();
+        fixture.model().signInAgain(fixture.account(), [] {});
+        connectTo({signedIn(), verifiedSubmission()});
+    }
+    Task<> repair()
+    {
+        return fixture.model().saveIMAPAccount(u"Ann"_s, fixture.account().email, settings(), u"secret"_s);
+    }
+
+    std::shared_ptr<HoldingSecretStore> secrets = std::make_shared<HoldingSecretStore>();
+};
+
+TEST_F(AppModelSlowRepair, KeepsANicknameThatIsGivenWhileThePasswordIsStored)
+{
+    Begun<void> repairing(repair());
+    ASSERT_TRUE(waitUntil([this] { return secrets->isAsked.load(); }));
+    fixture.model().setNickname(fixture.account().id, u"Work"_s);
+    secrets->answer();
+    repairing.get();
+    EXPECT_EQ(fixture.model().accounts()[0].nickname, u"Work"_s);
+}
+
+TEST_F(AppModelSlowRepair, LeavesNoPasswordOfAnAccountThatIsRemovedMeanwhile)
+{
+    Begun<void> repairing(repair());
+    ASSERT_TRUE(waitUntil([this] { return secrets->isAsked.load(); }));
+    await(fixture.model().removeAccount(fixture.account().id));
+    secrets->answer();
+    EXPECT_THROW(repairing.get(), MailError);
+    EXPECT_FALSE(secrets->holdsCredential);
+    EXPECT_TRUE(fixture.model().accounts().isEmpty());
+}
+
 class TwoAccounts : public AppModelSetup {
 protected:
     TwoAccounts()

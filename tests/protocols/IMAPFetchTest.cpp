@@ -55,6 +55,12 @@ TEST(IMAPFetch, IgnoresALoneLastValue)
     EXPECT_FALSE(fetch.hasFlags);
 }
 
+TEST(IMAPFetch, TellsNoFlagsFromFlagsThatAreNotTold)
+{
+    EXPECT_TRUE(fetched("UID 1 FLAGS ()").hasFlags);
+    EXPECT_FALSE(fetched("UID 1 BODY[] {0}\r\n").hasFlags);
+}
+
 TEST(IMAPFetch, TakesFlagsThatAreNoListForNone)
 {
     EXPECT_TRUE(fetched("FLAGS \\Seen UID 1").flags.isEmpty());

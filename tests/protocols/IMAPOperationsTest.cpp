@@ -257,6 +257,18 @@ TEST(IMAPClient, CountsOneByOneWhereANameNeedsALiteral)
               Statuses({std::nullopt, Status{2, 0}}));
 }
 
+TEST(IMAPClient, LosesTheConnectionAmongCountsOneByOneAsAnywhere)
+{
+    Connected connected(
+        signedIn("").then("C: P4 STATUS {2}\nS: +").client("\xc3\xbf (UNSEEN MESSAGES)\r\n").then("[CLOSE]"));
+    try {
+        await(connected.client->statuses({u"\u00ff"_s, u"b"_s}));
+        ADD_FAILURE() << "nothing failed";
+    } catch (const MailError& error) {
+        EXPECT_TRUE(error.isConnectionLost());
+    }
+}
+
 TEST(IMAPClient, LosesTheConnectionAmongManyCountsAsAnywhere)
 {
     for (const std::string_view end : {"[CLOSE]", "S: P4 OK\nS: * BYE", "[TIMEOUT]"}) {

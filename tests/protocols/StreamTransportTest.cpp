@@ -474,6 +474,7 @@ void expectRefusedCertificate(const QString& certificate, const QString& text)
     } catch (const StreamError& error) {
         EXPECT_EQ(error.code(), QAbstractSocket::SslHandshakeFailedError);
         EXPECT_EQ(error.localizedText(), text);
+        EXPECT_FALSE(error.isConnectionLost()) << "there was none yet";
     }
     expectEverythingRefused(transport);
     EXPECT_TRUE(waitUntil([&] { return peer->state() == QAbstractSocket::UnconnectedState; }));
