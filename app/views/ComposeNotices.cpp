@@ -18,6 +18,8 @@ ComposeNotices::ComposeNotices(const QStringList& notices, QWidget* parent)
     setTextFormat(Qt::PlainText);
     setWordWrap(true);
     showNotices();
+    if (notices.isEmpty())
+        hide();
     connect(&Style::shared(), &Style::changed, this, &ComposeNotices::applyStyle);
     applyStyle();
 }
@@ -29,6 +31,7 @@ void ComposeNotices::add(const QString& notice)
     // The latest is seen even where there are many.
     m_notices.prepend(notice);
     showNotices();
+    show();
 }
 
 void ComposeNotices::showNotices()
@@ -39,7 +42,6 @@ void ComposeNotices::showNotices()
     if (const qsizetype rest = m_notices.size() - lines.size(); rest > 0)
         lines.append(tr("And %1 more.").arg(rest));
     setText(lines.join(u'\n'));
-    setHidden(lines.isEmpty());
 }
 
 void ComposeNotices::applyStyle()
