@@ -583,11 +583,14 @@ void ComposeEditorController::insertHTML(const QString& gated, QTextCursor place
     ComposeHTML::read(gated, pasted, m_sizes);
     QTextCursor everything(&pasted);
     everything.select(QTextCursor::Document);
+    // As one edit, or each of them reads its whole paragraph anew.
+    everything.beginEditBlock();
     for (const Run& run : runsIn(everything)) {
         QTextCharFormat format = run.format;
         dropGroundColors(format);
         selected(&pasted, run.start, run.end).setCharFormat(format);
     }
+    everything.endEditBlock();
     if (!pasted.isEmpty())
         place.insertFragment(QTextDocumentFragment(&pasted));
 }

@@ -126,10 +126,6 @@ void ComposeView::buildForm(const ComposeDraft& draft)
     m_cc->setObjectName("cc"_L1);
     m_bcc->setObjectName("bcc"_L1);
     m_subject->setObjectName("subject"_L1);
-    m_to->setText(draft.to);
-    m_cc->setText(draft.cc);
-    m_bcc->setText(draft.bcc);
-    subjectGate->load(draft.subject);
     auto* const notices = new ComposeNotices(draft.notices);
     const auto sayRefused = [notices] {
         notices->add(tr("What was pasted is more than a field takes, and was left out."));
@@ -175,6 +171,11 @@ void ComposeView::buildForm(const ComposeDraft& draft)
     followRichText();
     connect(&Style::shared(), &Style::changed, this, &ComposeView::applyStyle);
     applyStyle();
+    // A field lays out its text anew each time that it is moved to another parent.
+    m_to->setText(draft.to);
+    m_cc->setText(draft.cc);
+    m_bcc->setText(draft.bcc);
+    subjectGate->load(draft.subject);
 }
 
 void ComposeView::connectForm()
