@@ -116,6 +116,7 @@ QByteArray encoded(const ComposeDraft& draft, quint64 number)
                  {u"isRichText"_s, draft.isRichText},
                  {u"wasSending"_s, draft.wasSending},
                  {u"originAccountID"_s, QCborValue(draft.originAccountID)},
+                 {u"originMailbox"_s, draft.originMailbox},
                  {u"notices"_s, QCborArray::fromStringList(draft.notices)},
                  {u"references"_s, QCborArray::fromStringList(draft.references)},
                  {u"attachments"_s, encoded(draft.attachments)}};
@@ -140,6 +141,7 @@ std::optional<ComposeDraft> decoded(const QByteArray& bytes, const State& state)
     draft.id = state.draftID;
     draft.accountID = state.accountID;
     draft.originAccountID = map.value("originAccountID"_L1).toUuid(state.accountID);
+    draft.originMailbox = map.value("originMailbox"_L1).toByteArray();
     draft.to = map.value("to"_L1).toString();
     draft.cc = map.value("cc"_L1).toString();
     draft.bcc = map.value("bcc"_L1).toString();
@@ -223,9 +225,30 @@ void erase(const QString& directory, const QUuid& draftID)
         QFile::remove(state.path);
 }
 
-void eraseAccount(const QString& directory, const QUuid& accountID)
+bool eraseAccount(const QString& directory, const QUuid& accountID, const QSet<QUuid>& spared)
 {
-    QDir(folderOf(directory, accountID)).removeRecursively();
+    const QList<State> states = statesOf(directory, accountID);
+    bool isEmpty = true;
+    for (const State& state : states) {
+        const bool isSpared = spared.contains(state.draftID);
+        isEmpty = isEmpty && !isSpared;
+        if (!isSpared)
+            QFile::remove(state.path);
+    }
+    if (isEmpty)
+        QDir(folderOf(directory, accountID)).removeRecursively();
+    return isEmpty;
+}
+
+QList<QUuid> accounts(const QString& directory)
+{
+    QList<QUuid> found;
+    const QList<State> states = allStates(directory);
+    for (const State& state : states) {
+        if (!found.contains(state.accountID))
+            found.append(state.accountID);
+    }
+    return found;
 }
 
 Found read(const QString& directory, const QUuid& accountID, const AESGCMCipher& cipher)

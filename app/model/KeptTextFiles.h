@@ -4,6 +4,7 @@
 #include "store/AESGCMCipher.h"
 
 #include <QList>
+#include <QSet>
 #include <QString>
 #include <QUuid>
 
@@ -18,7 +19,10 @@ bool holdsTexts(const QString& directory, const QUuid& accountID);
 bool write(const QString& directory, const ComposeDraft& draft, const AESGCMCipher& cipher);
 /// Erases every state of the text.
 void erase(const QString& directory, const QUuid& draftID);
-void eraseAccount(const QString& directory, const QUuid& accountID);
+/// Erases the account's texts other than `spared`. True where none of any kind is left.
+bool eraseAccount(const QString& directory, const QUuid& accountID, const QSet<QUuid>& spared);
+/// Those of which texts lie there.
+QList<QUuid> accounts(const QString& directory);
 
 struct Found {
     QList<ComposeDraft> drafts; ///< in the order in which they were kept last

@@ -49,19 +49,27 @@ Task<> KeptTexts::unlock(QList<QUuid> accounts)
     const auto self = shared_from_this();
     if (m_directory.isEmpty())
         co_return;
+    const auto isToBeAsked = [this](const QUuid& accountID) {
+        return !m_ciphers.value(accountID) && !m_heirs.contains(accountID);
+    };
+    accounts.removeIf([&](const QUuid& accountID) { return !isToBeAsked(accountID); });
+    const QSet<QUuid> underWay = m_asking & QSet<QUuid>(accounts.cbegin(), accounts.cend());
+    accounts.removeIf([&](const QUuid& accountID) { return underWay.contains(accountID); });
+    m_asking += QSet<QUuid>(accounts.cbegin(), accounts.cend());
     for (const QUuid& accountID : std::as_const(accounts)) {
-        if (m_ciphers.value(accountID))
-            continue;
         const auto work = [keys = m_keys, directory = m_directory, accountID] {
             return keyOf(*keys, directory, accountID);
         };
         const std::optional<QByteArray> key = co_await runOn(&m_keyring, work);
-        // Of two that have asked, the first answer stays.
-        if (m_ciphers.value(accountID))
+        m_asking.remove(accountID);
+        if (!isToBeAsked(accountID))
             continue;
         m_ciphers.insert(accountID, key ? std::make_shared<AESGCMCipher>(*key) : Cipher());
         Q_EMIT troubleChanged();
     }
+    const auto nothing = [] {};
+    while (m_asking.intersects(underWay))
+        co_await runOn(&m_keyring, nothing);
     writeWaiting();
 }
 
@@ -77,18 +85,28 @@ Task<KeptTexts::Cipher> KeptTexts::cipher(QUuid accountID)
 bool KeptTexts::hasTrouble(const QUuid& accountID) const
 {
     const auto known = m_ciphers.constFind(accountID);
-    return m_unwritable.contains(accountID) || (known != m_ciphers.cend() && !*known);
+    return m_unwritable.contains(accountID) || m_unreadable.contains(accountID) ||
+           (known != m_ciphers.cend() && !*known);
 }
 
-void KeptTexts::setTrouble(const QUuid& accountID, bool isThere)
+void KeptTexts::setTrouble(QSet<QUuid>& accounts, const QUuid& accountID, bool isThere)
 {
-    if (m_unwritable.contains(accountID) == isThere)
+    if (accounts.contains(accountID) == isThere)
         return;
     if (isThere)
-        m_unwritable.insert(accountID);
+        accounts.insert(accountID);
     else
-        m_unwritable.remove(accountID);
+        accounts.remove(accountID);
     Q_EMIT troubleChanged();
+}
+
+QUuid KeptTexts::keeper(QUuid accountID) const
+{
+    // An heir may be removed in its turn. Nobody is the heir of one that was removed before.
+    for (auto heir = m_heirs.constFind(accountID); heir != m_heirs.cend() && *heir;
+         heir = m_heirs.constFind(accountID))
+        accountID = **heir;
+    return accountID;
 }
 
 // --- Writing
@@ -97,8 +115,10 @@ void KeptTexts::keep(const ComposeDraft& draft)
 {
     if (m_directory.isEmpty())
         return;
+    m_seen.insert(draft.id);
     Text& text = m_texts[draft.id];
     text.draft = draft;
+    text.draft.accountID = keeper(draft.accountID);
     ++text.version;
     if (!text.isWriting)
         spawn(writeUntilNewest(draft.id), dropFailure);
@@ -123,7 +143,7 @@ Task<> KeptTexts::writeUntilNewest(QUuid draftID)
                 return KeptTextFiles::write(directory, draft, *seal);
             };
             isWritten = co_await runOn(&m_files, work);
-            setTrouble(accountID, !isWritten);
+            setTrouble(m_unwritable, accountID, !isWritten);
         }
         const auto text = m_texts.find(draftID);
         if (text == m_texts.end())
@@ -195,41 +215,67 @@ Task<QList<ComposeDraft>> KeptTexts::recover(QUuid accountID)
         return KeptTextFiles::read(directory, accountID, *seal);
     };
     KeptTextFiles::Found found = co_await runOn(&m_files, work);
-    // A text whose window is open has come back already.
-    found.drafts.removeIf([this](const ComposeDraft& draft) { return m_texts.contains(draft.id); });
-    for (const ComposeDraft& draft : std::as_const(found.drafts))
+    // A text whose window is open, or has closed while the files were read, has come back already.
+    found.drafts.removeIf([this](const ComposeDraft& draft) { return m_seen.contains(draft.id); });
+    for (const ComposeDraft& draft : std::as_const(found.drafts)) {
+        m_seen.insert(draft.id);
         m_texts.insert(draft.id, {draft, 1, 1, false});
-    if (found.hasUnreadable)
-        setTrouble(accountID, true);
+    }
+    setTrouble(m_unreadable, accountID, found.hasUnreadable);
     co_return found.drafts;
+}
+
+Task<QList<QUuid>> KeptTexts::strayAccounts(QList<QUuid> known)
+{
+    const auto self = shared_from_this();
+    if (m_directory.isEmpty())
+        co_return QList<QUuid>();
+    const auto work = [directory = m_directory] { return KeptTextFiles::accounts(directory); };
+    QList<QUuid> strays = co_await runOn(&m_files, work);
+    strays.removeIf([&](const QUuid& id) { return known.contains(id) || m_heirs.contains(id); });
+    co_return strays;
 }
 
 // --- The end of an account
 
+QSet<QUuid> KeptTexts::unwrittenOf(const QSet<QUuid>& open) const
+{
+    QSet<QUuid> unwritten;
+    for (auto text = m_texts.cbegin(); text != m_texts.cend(); ++text) {
+        if (open.contains(text.key()) && text->written != text->version)
+            unwritten.insert(text.key());
+    }
+    return unwritten;
+}
+
 Task<> KeptTexts::removeAccount(QUuid accountID, std::optional<QUuid> heir, QSet<QUuid> open)
 {
     const auto self = shared_from_this();
+    m_heirs.insert(accountID, heir);
+    m_ciphers.remove(accountID);
     m_texts.removeIf([&](const auto& text) {
         return text.value().draft.accountID == accountID && !open.contains(text.key());
     });
     for (Text& text : m_texts) {
         if (heir && text.draft.accountID == accountID) {
-            text.draft.accountID = *heir;
+            text.draft.accountID = keeper(accountID);
             ++text.version;
         }
     }
-    Cipher heirsSeal;
-    if (heir && !m_directory.isEmpty())
-        heirsSeal = co_await cipher(*heir);
-    if (heirsSeal) {
+    QSet<QUuid> spared;
+    if (heir && !m_directory.isEmpty()) {
+        co_await cipher(keeper(accountID));
         writeWaiting();
         co_await settle();
+        // Nothing is erased before its successor is written.
+        spared = unwrittenOf(open);
     }
-    const auto erase = [directory = m_directory, accountID] {
-        KeptTextFiles::eraseAccount(directory, accountID);
+    const auto erase = [directory = m_directory, accountID, spared] {
+        return KeptTextFiles::eraseAccount(directory, accountID, spared);
     };
+    bool isEmpty = true;
     if (!m_directory.isEmpty())
-        co_await runOn(&m_files, erase);
+        isEmpty = co_await runOn(&m_files, erase);
     const auto removeKey = [keys = m_keys, accountID] {
         try {
             keys->remove(accountID);
@@ -237,9 +283,10 @@ Task<> KeptTexts::removeAccount(QUuid accountID, std::optional<QUuid> heir, QSet
             // A key without texts opens nothing.
         }
     };
-    co_await runOn(&m_keyring, removeKey);
-    m_ciphers.remove(accountID);
-    setTrouble(accountID, false);
+    if (isEmpty)
+        co_await runOn(&m_keyring, removeKey);
+    setTrouble(m_unwritable, accountID, false);
+    setTrouble(m_unreadable, accountID, false);
 }
 
 } // namespace Larkhaven

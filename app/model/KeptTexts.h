@@ -35,7 +35,8 @@ public:
     KeptTexts(QString directory, std::shared_ptr<KeychainStore> keys);
     ~KeptTexts() override;
 
-    /// Reads the keys of those accounts whose key isn't known yet. The keyring may ask the user.
+    /// Reads the keys of those accounts whose key isn't known yet. The keyring may ask the user, once for
+    /// each account however many calls wait for it.
     Task<> unlock(QList<QUuid> accounts);
     /// Whether texts of the account can't be read or kept at present.
     bool hasTrouble(const QUuid& accountID) const;
@@ -45,8 +46,12 @@ public:
     /// The window has closed on purpose.
     void forget(const QUuid& draftID);
     /// What an earlier run kept and never forgot; it counts as kept from now on, and is given once.
+    /// `accountID` may be one that isn't known any more.
     Task<QList<ComposeDraft>> recover(QUuid accountID);
-    /// Removes the account's texts and its key. Those that are open go over to `heir` first.
+    /// Accounts other than `known` of which texts are there, because the list of accounts was lost.
+    Task<QList<QUuid>> strayAccounts(QList<QUuid> known);
+    /// Removes the account's texts and its key. Those that are open go over to `heir` first; one that the
+    /// heir can't keep stays where it is, and so does the key.
     Task<> removeAccount(QUuid accountID, std::optional<QUuid> heir, QSet<QUuid> open);
     /// Ends when everything that can be written is.
     Task<> settle();
@@ -69,15 +74,23 @@ private:
     /// Null where the key can't be had.
     Task<Cipher> cipher(QUuid accountID);
     void writeWaiting();
-    void setTrouble(const QUuid& accountID, bool isThere);
+    void setTrouble(QSet<QUuid>& accounts, const QUuid& accountID, bool isThere);
+    /// The account that keeps what is kept for this one.
+    QUuid keeper(QUuid accountID) const;
+    /// Open texts of the heir that aren't on the disk in their newest state.
+    QSet<QUuid> unwrittenOf(const QSet<QUuid>& open) const;
 
     const QString m_directory;
     const std::shared_ptr<KeychainStore> m_keys;
-    QHash<QUuid, Cipher> m_ciphers; ///< by account; null where the key couldn't be read
-    QSet<QUuid> m_unwritable;       ///< accounts whose last write failed
-    QHash<QUuid, Text> m_texts;     ///< by the draft's id
-    QThreadPool m_files;            ///< one thread: in the order of the calls
-    QThreadPool m_keyring;          ///< one thread: a prompt doesn't hold up the files
+    QHash<QUuid, Cipher> m_ciphers;             ///< by account; null where the key couldn't be read
+    QSet<QUuid> m_asking;                       ///< accounts whose key is being read
+    QSet<QUuid> m_unwritable;                   ///< accounts whose last write failed
+    QSet<QUuid> m_unreadable;                   ///< accounts with texts that their key doesn't open
+    QSet<QUuid> m_seen;                         ///< texts of this run, also those that are forgotten
+    QHash<QUuid, std::optional<QUuid>> m_heirs; ///< by account that is removed
+    QHash<QUuid, Text> m_texts;                 ///< by the draft's id
+    QThreadPool m_files;                        ///< one thread: in the order of the calls
+    QThreadPool m_keyring;                      ///< one thread: a prompt doesn't hold up the files
 };
 
 } // namespace Larkhaven

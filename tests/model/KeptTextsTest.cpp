@@ -62,6 +62,13 @@ protected:
             found.append(tree.next());
         return found;
     }
+    /// The file that was written first.
+    QString oldest() const
+    {
+        QStringList all = files();
+        std::ranges::sort(all, {}, [](const QString& path) { return QFileInfo(path).lastModified(); });
+        return all.value(0);
+    }
     QString folderOf(const QUuid& accountID) const
     {
         return folder.filePath(u"texts/"_s + Coding::fromUuid(accountID));
@@ -275,7 +282,117 @@ TEST_F(KeptTextsTest, LetsAnOpenTextOutliveItsAccount)
     EXPECT_EQ(bodies(second), QStringList(u"open"_s));
 }
 
+TEST_F(KeptTextsTest, LeaveAnOpenTextWhereItWasUntilTheHeirHasIt)
+{
+    const ComposeDraft open = draft(u"open"_s);
+    keep(open);
+    keep(draft(u"closed"_s));
+    keychain->readFailure = KeychainStatus::interactionNotAllowed;
+    await(texts->removeAccount(first, second, {open.id}));
+    EXPECT_EQ(files().size(), 1) << "the closed one is gone";
+    // The process may end now: the text is found without its account.
+    keychain->readFailure = KeychainStatus::success;
+    const auto ended = std::exchange(texts, nullptr);
+    restart();
+    EXPECT_EQ(await(texts->strayAccounts({second})), QList<QUuid>{first});
+    EXPECT_EQ(bodies(first), QStringList(u"open"_s));
+    // Or the keyring answers.
+    await(ended->unlock({second}));
+    await(ended->settle());
+    restart();
+    EXPECT_EQ(bodies(second), QStringList(u"open"_s));
+    EXPECT_TRUE(await(texts->strayAccounts({second})).isEmpty());
+}
+
+TEST_F(KeptTextsTest, KeepForTheHeirWhatIsTypedWhileAnAccountIsRemoved)
+{
+    const ComposeDraft open = draft(u"old"_s);
+    keep(open);
+    keychain->hesitates = true;
+    Begun<void> removal(texts->removeAccount(first, second, {open.id}));
+    texts->keep(draft(u"typed"_s, open.id));
+    keychain->hesitates = false;
+    removal.get();
+    texts->keep(draft(u"typed later"_s, open.id));
+    await(texts->settle());
+    EXPECT_FALSE(QDir(folderOf(first)).exists());
+    EXPECT_EQ(keychain->read(u"test"_s, Coding::fromUuid(first)).status, KeychainStatus::itemNotFound);
+    restart();
+    EXPECT_EQ(bodies(second), QStringList(u"typed later"_s));
+}
+
+TEST_F(KeptTextsTest, GoToTheHeirOfTheHeirWhereThatIsRemovedAsWell)
+{
+    const QUuid third = QUuid::createUuid();
+    const ComposeDraft open = draft(u"open"_s);
+    keep(open);
+    Begun<void> one(texts->removeAccount(first, second, {open.id}));
+    Begun<void> other(texts->removeAccount(second, third, {open.id}));
+    one.get();
+    other.get();
+    await(texts->settle());
+    restart();
+    EXPECT_EQ(bodies(third), QStringList(u"open"_s));
+    EXPECT_TRUE(await(texts->strayAccounts({third})).isEmpty());
+}
+
+TEST_F(KeptTextsTest, MakeNoKeyForAnAccountThatIsGone)
+{
+    const ComposeDraft open = draft(u"open"_s);
+    keep(open);
+    await(texts->removeAccount(first, std::nullopt, {open.id}));
+    keep(draft(u"typed"_s, open.id));
+    EXPECT_TRUE(files().isEmpty());
+    EXPECT_EQ(keychain->read(u"test"_s, Coding::fromUuid(first)).status, KeychainStatus::itemNotFound);
+    // Another account takes it.
+    ComposeDraft taken = draft(u"typed"_s, open.id);
+    taken.accountID = second;
+    keep(taken);
+    EXPECT_EQ(files().size(), 1);
+}
+
+TEST_F(KeptTextsTest, OfferNoTextAgainThatIsClosedWhileItIsRead)
+{
+    const ComposeDraft text = draft(u"x"_s);
+    keep(text);
+    Begun<QList<ComposeDraft>> recovered(texts->recover(first));
+    texts->forget(text.id);
+    EXPECT_TRUE(recovered.get().isEmpty());
+}
+
 // --- Keyrings
+
+TEST_F(KeptTextsTest, AskTheKeyringOnceHoweverManyWaitForIt)
+{
+    keychain->readFailure = KeychainStatus::interactionNotAllowed;
+    keychain->hesitates = true;
+    Begun<void> atStart(texts->unlock({second, first}));
+    Begun<void> again(texts->unlock({first}));
+    for (int number = 0; number < 5; ++number)
+        texts->keep(draft(QString::number(number)));
+    ASSERT_TRUE(waitUntil([this] { return keychain->reads > 0; }));
+    keychain->hesitates = false;
+    atStart.get();
+    again.get();
+    await(texts->settle());
+    EXPECT_EQ(keychain->reads, 2) << "once for each account";
+    EXPECT_TRUE(texts->hasTrouble(first));
+}
+
+TEST_F(KeptTextsTest, TellOfATextThatCannotBeOpenedAsLongAsItIsThere)
+{
+    keep(draft(u"old"_s));
+    keychain->update(u"test"_s, Coding::fromUuid(first), QByteArray(AESGCMCipher::keySize, 'k'));
+    restart();
+    EXPECT_TRUE(recover(first).isEmpty());
+    EXPECT_TRUE(texts->hasTrouble(first));
+    keep(draft(u"new"_s));
+    EXPECT_EQ(files().size(), 2);
+    EXPECT_TRUE(texts->hasTrouble(first)) << "what can be written says nothing of what can't be read";
+    ASSERT_TRUE(QFile::remove(oldest()));
+    EXPECT_TRUE(recover(first).isEmpty());
+    EXPECT_FALSE(texts->hasTrouble(first));
+}
 
 TEST_F(KeptTextsTest, LoseNothingWhereTheKeyringRefusesOnce)
 {

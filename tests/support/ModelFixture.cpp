@@ -4,6 +4,7 @@
 #include "model/AccountStore.h"
 #include "support/WaitUntil.h"
 
+#include <thread>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -165,8 +166,10 @@ QString keyOf(const QString& service, const QString& account)
 
 KeychainBackend::ReadResult InMemoryKeychain::read(const QString& service, const QString& account)
 {
-    const std::scoped_lock lock(m_lock);
     ++reads;
+    while (hesitates)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    const std::scoped_lock lock(m_lock);
     if (readFailure != KeychainStatus::success)
         return {readFailure, std::nullopt};
     const auto item = m_items.constFind(keyOf(service, account));

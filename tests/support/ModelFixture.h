@@ -23,6 +23,7 @@ public:
 
     std::atomic<KeychainStatus> readFailure = KeychainStatus::success;  ///< what every reading ends in
     std::atomic<KeychainStatus> writeFailure = KeychainStatus::success; ///< what every writing ends in
+    std::atomic<bool> hesitates = false;                                ///< readings wait as long as it does
     std::atomic<int> reads = 0;                                         ///< how often anything was read
 
 private:
