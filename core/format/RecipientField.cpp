@@ -136,6 +136,7 @@ public:
 private:
     void addConstruct(QStringView construct)
     {
+        m_isBareOver = m_isBareOver || m_hasBare;
         switch (construct.front().unicode()) {
         case u'"':
             m_isBroken = m_isBroken || m_angle;
@@ -155,6 +156,9 @@ private:
 
     void addCharacter(QChar character)
     {
+        const bool isBare = !Text::isSpace(character) && !Text::isLineEnd(character);
+        m_isTorn = m_isTorn || (isBare && m_isBareOver);
+        m_hasBare = m_hasBare || isBare;
         const bool isStray = character == u'"' || character == u'<' || character == u'>';
         const bool isBehind = m_angle && !Text::isSpace(character);
         m_isBroken = m_isBroken || isStray || isBehind;
@@ -178,7 +182,7 @@ private:
     {
         // A comment in the midst of it would make one address of two pieces.
         const QStringView address = Text::trimmedSpaceAndLineEnds(m_bare);
-        if (m_hasQuotes || !address.contains(u'@') || !m_text.contains(address))
+        if (m_hasQuotes || !address.contains(u'@') || m_isTorn)
             return std::nullopt;
         const std::optional<QString> name =
             m_comments.isEmpty() ? std::nullopt : std::optional(m_comments.first());
@@ -190,6 +194,9 @@ private:
     QString m_bare;   ///< what stands in no construct
     QStringList m_comments;
     std::optional<QStringView> m_angle;
+    bool m_hasBare = false;
+    bool m_isBareOver = false; ///< a construct came behind what stands in none
+    bool m_isTorn = false;     ///< and more of it behind that
     bool m_hasQuotes = false;
     bool m_isBroken = false;
 };
@@ -206,7 +213,8 @@ QList<Piece> read(QStringView field)
     };
     Brackets brackets(field);
     qsizetype start = 0;
-    for (qsizetype index = 0; index < field.size();) {
+    qsizetype index = 0;
+    while (index < field.size() && pieces.size() < mostPieces - 1) {
         if (const std::optional<qsizetype> end = brackets.endOf(index)) {
             index = *end;
             continue;
@@ -217,7 +225,10 @@ QList<Piece> read(QStringView field)
         }
         ++index;
     }
-    add(field.sliced(start));
+    if (index == field.size())
+        add(field.sliced(start));
+    else if (const QStringView rest = Text::trimmedSpaceAndLineEnds(field.sliced(start)); !rest.isEmpty())
+        pieces.append({rest.toString(), std::nullopt});
     return pieces;
 }
 

@@ -30,6 +30,9 @@ struct Piece {
     bool operator==(const Piece&) const = default;
 };
 
+/// A field has no more pieces than these; the rest of a longer one makes one piece that is no address.
+inline constexpr qsizetype mostPieces = 200'000;
+
 /// The pieces in their order; those with nothing in them are left out.
 QList<Piece> read(QStringView field);
 
