@@ -81,9 +81,11 @@ private:
         QString kept;
         for (const uint scalar : decoded.toUcs4()) {
             const char32_t character = scalar;
-            const bool isSpace =
-                character == U' ' || character == U'\n' || character == U'\r' || character == U'\t';
-            if (keepsSpace && character == U'\n') {
+            const bool isSpace = character == U' ' || character == U'\n' || character == U'\r' ||
+                                 character == U'\t' || character == U'\f';
+            if (keepsSpace && character == U'\r')
+                continue; // a part of the line end that follows
+            if (keepsSpace && (character == U'\n' || character == U'\f')) {
                 kept += u'\n';
                 m_hasEnded = !m_bounds.breakLine();
             } else if (isSpace && !keepsSpace) {

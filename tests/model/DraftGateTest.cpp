@@ -246,6 +246,16 @@ TEST(DraftGate, BoundsTheElementsOfADocument)
         passedHTML(u"<ul>"_s + u"<li>a</li>"_s.repeated(DraftGate::mostItems + 1) + u"</ul>"_s).isCut);
 }
 
+TEST(DraftGate, TakesEachLineEndOfKeptSpaceForOne)
+{
+    for (const QString& text : {u"-- \r\nAnn\r\n"_s, u"-- &#13;\nAnn&#13;&#10;"_s, u"-- \fAnn\n"_s}) {
+        const DraftGate::Passed result = passedHTML(u"<pre>"_s + text + u"</pre>"_s);
+        EXPECT_TRUE(result.isWhole());
+        EXPECT_TRUE(result.text.contains(u"<pre>-- \nAnn\n</pre>"_s)) << result.text.toStdString();
+    }
+    EXPECT_TRUE(passedHTML(u"<p>a\r\nb\fc</p>"_s).text.contains(u"<p>a b c</p>"_s));
+}
+
 TEST(DraftGate, TakesTablesApartThatAreTooDeep)
 {
     const auto nested = [](int levels) {
