@@ -92,6 +92,7 @@ public:
         QUuid id; ///< a new one for each dialog
         QUuid accountID;
         Kind kind;
+        QByteArray mailbox = {}; ///< of the account when the dialog came up, as `Account::mailboxIdentity`
 
         bool operator==(const LabelEdit&) const = default;
     };
@@ -100,6 +101,7 @@ public:
         QUuid id; ///< a new one for each dialog
         QUuid accountID;
         MailLabel label;
+        QByteArray mailbox = {}; ///< as in `LabelEdit`
 
         bool operator==(const LabelDeletion&) const = default;
     };
@@ -412,8 +414,13 @@ private:
     Task<> prepare(MessageSummary row, bool isOfThread, Prepare writing);
     Task<> openWritten(MessageSummary row, bool isOfThread, Prepare writing);
     Writing::Setting writingSetting(const QUuid& accountID) const;
+    /// As `Account::mailboxIdentity`; empty where there is no such account.
+    QByteArray mailbox(const QUuid& accountID) const;
+    /// Opens the window of a text that an earlier run kept; one of an account that isn't known any more gets
+    /// another.
+    void offerAgain(ComposeDraft draft);
     /// The stored draft that the provider of the sending account is to replace.
-    static std::optional<QString> replacedDraft(const ComposeDraft& draft);
+    std::optional<QString> replacedDraft(const ComposeDraft& draft) const;
     /// The stored draft of a message that another account has sent or stored goes to the trash.
     void removeForeignDraft(const ComposeDraft& draft);
     /// Whether the mailbox is on screen.

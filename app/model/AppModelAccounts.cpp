@@ -38,12 +38,6 @@ bool isSameAddress(const QString& left, const QString& right)
 }
 
 /// Whether both lead to the same messages.
-bool isSameMailbox(const ServerSettings& left, const ServerSettings& right)
-{
-    return left.username == right.username && isSameAddress(left.imapHost, right.imapHost) &&
-           left.imapPort == right.imapPort;
-}
-
 } // namespace
 
 Task<> AppModel::saveIMAPAccount(QString name, QString email, ServerSettings settings, QString password,
@@ -65,11 +59,12 @@ Task<> AppModel::saveIMAPAccount(QString name, QString email, ServerSettings set
 
     Account account = accountToChange(repaired, email);
     // What was listed and read came from other servers, where the same number means another message.
-    const bool hasMoved =
-        account.server && (!isSameMailbox(*account.server, settings) || account.email != email);
+    const std::optional<QByteArray> before =
+        account.server ? std::optional(account.mailboxIdentity()) : std::nullopt;
     account.email = email;
     account.displayName = name.isEmpty() ? std::nullopt : std::optional(name);
     account.server = settings;
+    const bool hasMoved = before && *before != account.mailboxIdentity();
     co_await m_accounts.store(account, Credential::password(password), hasMoved);
     if (!self)
         co_return;
@@ -126,7 +121,7 @@ Task<> AppModel::removeAccount(QUuid accountID)
     if (!m_accounts.beginRemoval(accountID))
         co_return;
     const auto heir = std::ranges::find_if(
-        accounts(), [&accountID](const Account& account) { return account.id != accountID; });
+        accounts(), [this](const Account& account) { return !m_accounts.isLeaving(account.id); });
     const std::optional<QUuid> heirID = heir == accounts().end() ? std::nullopt : std::optional(heir->id);
     // A text whose window is open can still leave by another account.
     const QSet<QUuid> open(m_composeSeeds.keyBegin(), m_composeSeeds.keyEnd());

@@ -54,6 +54,7 @@ Writing::Setting AppModel::writingSetting(const QUuid& accountID) const
     Writing::Setting setting;
     setting.accountID = accountID;
     setting.ownAddress = account ? account->email : QString();
+    setting.mailbox = mailbox(accountID);
     setting.signature = signatureBlock();
     setting.isRichText = defaults().boolean(DefaultsKey::composeRichText);
     return setting;
@@ -181,18 +182,21 @@ OutgoingMessage AppModel::outgoing(const ComposeDraft& draft, bool forSending)
     return Writing::outgoing(draft, *account, forSending ? Writing::Purpose::send : Writing::Purpose::store);
 }
 
-std::optional<QString> AppModel::replacedDraft(const ComposeDraft& draft)
+std::optional<QString> AppModel::replacedDraft(const ComposeDraft& draft) const
 {
-    // The same identifier means another message to another service.
-    return Writing::isForeign(draft) ? std::nullopt : draft.draftMessageID;
+    // The same identifier means another message in another mailbox.
+    const std::optional<Account> sender = m_accounts.find(draft.accountID);
+    return sender && !Writing::isForeign(draft, *sender) ? draft.draftMessageID : std::nullopt;
 }
 
 void AppModel::removeForeignDraft(const ComposeDraft& draft)
 {
-    const bool isToGo = draft.draftMessageID && Writing::isForeign(draft);
-    const std::shared_ptr<MailProvider> origin = isToGo ? provider(draft.originAccountID) : nullptr;
-    if (origin)
-        spawn(origin->trash({*draft.draftMessageID}), dropFailure);
+    const std::optional<Account> origin = m_accounts.find(draft.originAccountID);
+    const bool isToGo = draft.draftMessageID && draft.originAccountID != draft.accountID && origin &&
+                        !Writing::isForeign(draft, *origin);
+    const std::shared_ptr<MailProvider> service = isToGo ? provider(origin->id) : nullptr;
+    if (service)
+        spawn(service->trash({*draft.draftMessageID}), dropFailure);
 }
 
 Task<> AppModel::send(ComposeDraft draft)
@@ -249,19 +253,35 @@ void AppModel::keepForRecovery(const ComposeDraft& draft)
 Task<> AppModel::recoverDrafts()
 {
     const QPointer<AppModel> self(this);
-    const QList<QUuid> accounts = m_accounts.ids();
-    co_await m_texts->unlock(accounts);
-    for (const QUuid& accountID : accounts) {
+    QList<QUuid> owners = m_accounts.ids();
+    if (owners.isEmpty())
+        co_return;
+    // Texts outlive a list of accounts that was lost.
+    owners += co_await m_texts->strayAccounts(owners);
+    co_await m_texts->unlock(owners);
+    for (const QUuid& accountID : std::as_const(owners)) {
         if (!self)
             co_return;
         const QList<ComposeDraft> drafts = co_await m_texts->recover(accountID);
         if (!self)
             co_return;
-        for (const ComposeDraft& draft : drafts) {
-            m_recoveredDrafts.insert(draft.id);
-            openCompose(draft);
-        }
+        for (const ComposeDraft& draft : drafts)
+            offerAgain(draft);
     }
+}
+
+void AppModel::offerAgain(ComposeDraft draft)
+{
+    const std::optional<Account> account = m_accounts.find(draft.accountID);
+    const std::optional<Account> heir = account ? account : composeAccount();
+    if (!account && heir) {
+        if (draft.originAccountID.isNull())
+            draft.originAccountID = draft.accountID;
+        draft.accountID = heir->id;
+        m_texts->keep(draft);
+    }
+    m_recoveredDrafts.insert(draft.id);
+    openCompose(draft);
 }
 
 } // namespace Larkhaven

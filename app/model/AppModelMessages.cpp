@@ -267,6 +267,12 @@ Task<> AppModel::saveFetched(Session session, MessageSummary row, SavePanel choo
 
 // --- Labels
 
+QByteArray AppModel::mailbox(const QUuid& accountID) const
+{
+    const std::optional<Account> account = m_accounts.find(accountID);
+    return account ? account->mailboxIdentity() : QByteArray();
+}
+
 void AppModel::beginCreateLabel(const std::optional<QUuid>& accountID, const std::optional<MailLabel>& parent,
                                 const Rows& applyTo)
 {
@@ -278,26 +284,28 @@ void AppModel::beginCreateLabel(const std::optional<QUuid>& accountID, const std
         owner = selected->id;
     if (!owner)
         return;
-    const LabelEdit edit{QUuid::createUuid(), *owner, LabelEdit::Create{parent, applyTo}};
+    const LabelEdit edit{QUuid::createUuid(), *owner, LabelEdit::Create{parent, applyTo}, mailbox(*owner)};
     assign(m_labelEdit, std::optional(edit), &AppModel::labelEditChanged);
 }
 
 void AppModel::beginRenameLabel(const MailLabel& label, const QUuid& accountID)
 {
-    const LabelEdit edit{QUuid::createUuid(), accountID, LabelEdit::Rename{label}};
+    const LabelEdit edit{QUuid::createUuid(), accountID, LabelEdit::Rename{label}, mailbox(accountID)};
     assign(m_labelEdit, std::optional(edit), &AppModel::labelEditChanged);
 }
 
 void AppModel::beginDeleteLabel(const MailLabel& label, const QUuid& accountID)
 {
-    const LabelDeletion deletion{QUuid::createUuid(), accountID, label};
+    const LabelDeletion deletion{QUuid::createUuid(), accountID, label, mailbox(accountID)};
     assign(m_labelDeletion, std::optional(deletion), &AppModel::labelDeletionChanged);
 }
 
 Task<> AppModel::applyLabelEdit(LabelEdit edit, QString name)
 {
     clearLabelEdit();
-    const Session source = session(edit.accountID);
+    // The account may have got another mailbox while the dialog was up.
+    const bool isSame = edit.mailbox.isEmpty() || edit.mailbox == mailbox(edit.accountID);
+    const Session source = isSame ? session(edit.accountID) : Session();
     const QString trimmed = Text::trimmedSpaceAndLineEnds(name).toString();
     return source ? reporting(changeLabel(source, edit, trimmed), edit.accountID) : nothing();
 }
@@ -340,7 +348,8 @@ Task<> AppModel::createLabel(Session session, LabelEdit::Create create, QString 
 Task<> AppModel::confirmLabelDeletion(LabelDeletion deletion)
 {
     clearLabelDeletion();
-    const Session source = session(deletion.accountID);
+    const bool isSame = deletion.mailbox.isEmpty() || deletion.mailbox == mailbox(deletion.accountID);
+    const Session source = isSame ? session(deletion.accountID) : Session();
     return source ? reporting(deleteLabel(source, deletion.label), deletion.accountID) : nothing();
 }
 

@@ -18,6 +18,8 @@ struct ComposeDraft {
     /// The account that `threadID` and `draftMessageID` mean something to, where another one sends than the
     /// one that the window opened with; null for the one that sends.
     QUuid originAccountID;
+    /// The mailbox of that account, as `Account::mailboxIdentity`, in which they do; empty for any.
+    QByteArray originMailbox;
     // Addresses as the user edits them, joined by ", ".
     QString to;
     QString cc;

@@ -36,6 +36,7 @@ ComposeDraft emptyDraft(const Setting& setting)
     draft.id = QUuid::createUuid();
     draft.accountID = setting.accountID;
     draft.originAccountID = setting.accountID;
+    draft.originMailbox = setting.mailbox;
     draft.isRichText = setting.isRichText;
     return draft;
 }
@@ -52,7 +53,9 @@ QList<OutgoingAttachment> outgoingAttachments(const ParsedMessage& message)
 /// The text of a message as it is shown, or what else is known of it.
 QString plainText(const ParsedMessage& message, const QString& snippet)
 {
-    if (message.textBody)
+    // Newsletters often come with a plain text that is blank.
+    const bool isBlank = !message.textBody || Text::trimmedSpaceAndLineEnds(*message.textBody).isEmpty();
+    if (message.textBody && (!isBlank || !message.htmlBody))
         return *message.textBody;
     if (!message.htmlBody)
         return snippet;
@@ -171,16 +174,22 @@ Answered answered(const MIMEHeaders& headers, const QString& ownAddress, Recipie
 // --- The conversation
 
 /// The identifier as far as a header line can hold it.
+/// Whether it can stand in a header of ours; letters beyond ASCII there need a server that takes them.
+bool isUsableID(const QString& id)
+{
+    return id.size() <= DraftGate::longestReference &&
+           std::ranges::all_of(id, [](QChar unit) { return unit >= u' ' && unit <= u'~'; });
+}
+
 std::optional<QString> boundedID(const std::optional<QString>& id)
 {
-    return id && id->size() <= DraftGate::longestReference ? id : std::nullopt;
+    return id && isUsableID(*id) ? id : std::nullopt;
 }
 
 /// The beginning of the conversation and its latest messages (RFC 5322, 3.6.4).
 QList<QString> boundedReferences(QList<QString> references)
 {
-    references.removeIf(
-        [](const QString& reference) { return reference.size() > DraftGate::longestReference; });
+    references.removeIf([](const QString& reference) { return !isUsableID(reference); });
     const qsizetype excess = references.size() - DraftGate::mostReferences;
     if (excess > 0)
         references.remove(1, excess);
@@ -265,7 +274,7 @@ ComposeDraft reply(const Setting& setting, const ParsedMessage& message, const Q
 
 bool isCut(const ParsedMessage& message, const QString& snippet)
 {
-    return quotable(message, snippet).isCut;
+    return message.isIncomplete || quotable(message, snippet).isCut;
 }
 
 ComposeDraft forward(const Setting& setting, const ParsedMessage& message, const QString& snippet,
@@ -276,12 +285,15 @@ ComposeDraft forward(const Setting& setting, const ParsedMessage& message, const
     const DraftGate::Passed text = quotable(message, snippet);
     draft.body = setting.signature + forwardHead(message.headers) + text.text;
     draft.attachments = outgoingAttachments(message);
-    if (!text.isCut || !raw)
+    if (!raw || (!text.isCut && !message.isIncomplete))
         return draft;
     const QString filename = savedName(message.headers.subject());
     draft.attachments.append({QUuid::createUuid(), filename, u"application/octet-stream"_s, *raw});
-    draft.notices.append(
-        tr("The message is too long to be shown whole, and is attached as well: “%1”.").arg(filename));
+    const QString notice =
+        message.isIncomplete
+            ? tr("Parts of the message could not be read. It is attached as a whole: “%1”.")
+            : tr("The message is too long to be shown whole, and is attached as well: “%1”.");
+    draft.notices.append(notice.arg(filename));
     return draft;
 }
 
@@ -299,7 +311,9 @@ ComposeDraft storedDraft(const Setting& setting, const ParsedMessage& message, c
     draft.bcc = field(u"Bcc", MessageComposer::unreadBccField);
     draft.notices = fields.notices();
     setSubject(draft, message, [](const QString& subject) { return subject; });
-    bool isWhole = draft.notices.isEmpty();
+    bool isWhole = draft.notices.isEmpty() && !message.isIncomplete;
+    if (message.isIncomplete)
+        draft.notices.append(tr("Parts of the draft could not be read, and were left out."));
 
     const QString rest = tr("[The rest of the draft is left out.]");
     const DraftGate::Passed body = DraftGate::text(plainText(message, {}), rest);
@@ -328,9 +342,10 @@ ComposeDraft storedDraft(const Setting& setting, const ParsedMessage& message, c
     return draft;
 }
 
-bool isForeign(const ComposeDraft& draft)
+bool isForeign(const ComposeDraft& draft, const Account& sender)
 {
-    return !draft.originAccountID.isNull() && draft.originAccountID != draft.accountID;
+    const bool isOfAnother = !draft.originAccountID.isNull() && draft.originAccountID != sender.id;
+    return isOfAnother || (!draft.originMailbox.isEmpty() && draft.originMailbox != sender.mailboxIdentity());
 }
 
 OutgoingMessage outgoing(const ComposeDraft& draft, const Account& account, Purpose purpose)
@@ -352,7 +367,7 @@ OutgoingMessage outgoing(const ComposeDraft& draft, const Account& account, Purp
     message.attachments = draft.attachments;
     message.inReplyTo = draft.inReplyTo;
     message.references = draft.references;
-    if (!isForeign(draft))
+    if (!isForeign(draft, account))
         message.threadID = draft.threadID;
     if (purpose == Purpose::send && draft.attempt)
         message.messageID = draft.attempt->messageID;

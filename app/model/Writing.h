@@ -18,6 +18,7 @@ namespace Larkhaven::Writing {
 /// What a draft has that doesn't come from a message.
 struct Setting {
     QUuid accountID;    ///< the account that writes
+    QByteArray mailbox; ///< of this account, as `Account::mailboxIdentity`
     QString ownAddress; ///< of this account
     QString signature;  ///< what goes below a new text, with what sets it off; may be empty
     bool isRichText = false;
@@ -37,7 +38,7 @@ ComposeDraft reply(const Setting& setting, const ParsedMessage& message, const Q
 ComposeDraft forward(const Setting& setting, const ParsedMessage& message, const QString& snippet,
                      const std::optional<QByteArray>& raw = std::nullopt);
 
-/// Whether a forward shows only a part of the message's text.
+/// Whether a forward shows only a part of the message: its text is cut, or parts of it can't be read.
 bool isCut(const ParsedMessage& message, const QString& snippet);
 
 /// A stored draft to be written on. Where the gate changes it, it is a copy: `draftMessageID` is absent, so
@@ -51,7 +52,8 @@ enum class Purpose { send, store };
 /// `MailError`.
 OutgoingMessage outgoing(const ComposeDraft& draft, const Account& account, Purpose purpose);
 
-/// Whether another account sends than the one that the draft came from.
-bool isForeign(const ComposeDraft& draft);
+/// Whether the sender's mailbox is another than the one that the draft came from: that of another account, or
+/// of other servers of the same account.
+bool isForeign(const ComposeDraft& draft, const Account& sender);
 
 } // namespace Larkhaven::Writing

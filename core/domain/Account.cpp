@@ -4,6 +4,7 @@
 #include "domain/Text.h"
 
 #include <QCoreApplication>
+#include <QCryptographicHash>
 
 #include <limits>
 #include <span>
@@ -165,6 +166,18 @@ QString Account::title() const
     const QStringView trimmed =
         Text::trimmedSpaceAndLineEnds(nickname ? QStringView(*nickname) : QStringView());
     return trimmed.isEmpty() ? email : trimmed.toString();
+}
+
+QByteArray Account::mailboxIdentity() const
+{
+    QStringList parts{email};
+    if (server)
+        parts << server->username << Text::lowered(server->imapHost) << QString::number(server->imapPort);
+    // Lengths keep the parts apart, whatever is in them.
+    QByteArray bytes;
+    for (const QString& part : std::as_const(parts))
+        bytes += QByteArray::number(part.size()) + ':' + part.toUtf8();
+    return QCryptographicHash::hash(bytes, QCryptographicHash::Sha256);
 }
 
 Account Account::fromJSON(const QJsonObject& object)

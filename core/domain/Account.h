@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QHash>
 #include <QJsonObject>
 #include <QList>
@@ -66,6 +67,10 @@ struct Account {
     /// The account's name in the sidebar and menus: the trimmed nickname, or the address where that leaves
     /// nothing.
     QString title() const;
+
+    /// Tells mailboxes apart: another user, address or server of incoming mail is another mailbox, in which
+    /// the same identifiers mean other messages. Opaque bytes.
+    QByteArray mailboxIdentity() const;
 
     /// Fails with `DecodingError`.
     static Account fromJSON(const QJsonObject& object);

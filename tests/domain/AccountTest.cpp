@@ -61,6 +61,35 @@ TEST(Account, ShowsItsTrimmedNickname)
     EXPECT_EQ(account.title(), u"Work mail");
 }
 
+TEST(Account, TellsMailboxesApartByUserAddressAndServer)
+{
+    Account account;
+    account.email = u"mia@example.org"_s;
+    const QByteArray bare = account.mailboxIdentity();
+    account.server = ServerSettings();
+    account.server->username = u"mia"_s;
+    account.server->imapHost = u"Mail.example"_s;
+    account.server->imapPort = 993;
+    const QByteArray identity = account.mailboxIdentity();
+    EXPECT_NE(identity, bare);
+    const auto changed = [&account](const std::function<void(Account&)>& change) {
+        Account other = account;
+        change(other);
+        return other.mailboxIdentity();
+    };
+    EXPECT_NE(changed([](Account& other) { other.email = u"Mia@example.org"_s; }), identity);
+    EXPECT_NE(changed([](Account& other) { other.server->username = u"bob"_s; }), identity);
+    EXPECT_NE(changed([](Account& other) { other.server->imapHost = u"mail.other"_s; }), identity);
+    EXPECT_NE(changed([](Account& other) { other.server->imapPort = 143; }), identity);
+    EXPECT_EQ(changed([](Account& other) {
+                  other.server->imapHost = u"mail.EXAMPLE"_s;
+                  other.server->smtpHost = u"other"_s;
+                  other.nickname = u"Work"_s;
+                  other.id = QUuid::createUuid();
+              }),
+              identity);
+}
+
 TEST(Account, IsWrittenWithoutItsAbsentFields)
 {
     EXPECT_EQ(

@@ -1,5 +1,6 @@
 #include "domain/MailError.h"
 #include "format/MIMEParser.h"
+#include "model/AccountStore.h"
 #include "model/AppModel.h"
 #include "support/Await.h"
 #include "support/ModelFixture.h"
@@ -556,6 +557,22 @@ TEST_F(ComposeRecoveryTest, BringsBackATextWhoseWindowWasNeverClosed)
     EXPECT_EQ(drafts[0].attachments[0].filename, u"plan.txt");
     EXPECT_EQ(drafts[0].attachments[0].data, "attached bytes");
     EXPECT_TRUE(model().isRecovered(draft.id));
+}
+
+TEST_F(ComposeRecoveryTest, BringsBackATextWhoseAccountIsNoLongerInTheList)
+{
+    const ComposeDraft draft = kept(u"x"_s);
+    waitForFiles();
+    Account other = fixture.account();
+    other.id = QUuid::createUuid();
+    AccountStore::save({other}, fixture.defaults());
+    for (int start = 0; start < 2; ++start) {
+        const QList<ComposeDraft> drafts = recovered();
+        ASSERT_EQ(drafts.size(), 1);
+        EXPECT_EQ(drafts[0].body, u"x"_s);
+        EXPECT_EQ(drafts[0].accountID, other.id);
+        EXPECT_EQ(drafts[0].originAccountID, draft.accountID) << "whose stored draft it was";
+    }
 }
 
 TEST_F(ComposeRecoveryTest, BringsItBackAgainAndAgainUntilItsWindowCloses)

@@ -271,6 +271,46 @@ TEST_F(AppModelRepair, LeavesAFolderOfTheOldServerForTheInbox)
     EXPECT_EQ(fixture.model().sidebarSelection()->ref, MailboxRef::system(Mailbox::inbox));
 }
 
+TEST_F(AppModelRepair, TouchesNoMessageOfTheNewServerThatHasTheIDOfADraftOfTheOldOne)
+{
+    AppModel& fresh = fixture.model();
+    const Account known = fresh.accounts()[0];
+    fixture.provider().setRaw(u"7"_s, "To: a@x\r\n\r\nText");
+    fixture.provider().setThreadID(u"7"_s, u"t"_s);
+    await(fresh.editDraft(ModelFixture::row(known, u"7"_s)));
+    const ComposeDraft open = fresh.takeSeed(*fresh.pendingCompose()).value();
+    EXPECT_EQ(open.draftMessageID, u"7"_s);
+    fixture.provider().hold(u"fetchRaw"_s);
+    fresh.start(fresh.editDraft(ModelFixture::row(known, u"7"_s)));
+    fresh.beginDeleteLabel({u"Work"_s, u"Work"_s}, known.id);
+    const AppModel::LabelDeletion deletion = fresh.labelDeletion().value();
+    fresh.beginRenameLabel({u"Work"_s, u"Work"_s}, known.id);
+    const AppModel::LabelEdit edit = fresh.labelEdit().value();
+
+    ServerSettings entered = settings();
+    entered.imapHost = u"other.example"_s;
+    fresh.signInAgain(known, [] {});
+    connectTo({signedIn(), verifiedSubmission()});
+    await(fresh.saveIMAPAccount(u"Ann"_s, known.email, entered, u"secret"_s));
+    fixture.provider().completeAll();
+    settle();
+    const ComposeDraft late = fresh.takeSeed(*fresh.pendingCompose()).value();
+
+    const auto service = FakeMailProvider::create(fresh.accounts()[0]);
+    fresh.useProvider(known.id, service);
+    for (const ComposeDraft& draft : {open, late}) {
+        await(fresh.saveDraft(draft));
+        EXPECT_FALSE(service->savedDrafts().constLast().draftID);
+        EXPECT_FALSE(service->savedDrafts().constLast().message.threadID);
+    }
+    await(fresh.confirmLabelDeletion(deletion));
+    await(fresh.applyLabelEdit(edit, u"Play"_s));
+    settle();
+    EXPECT_TRUE(service->calls(u"trash"_s).isEmpty());
+    EXPECT_TRUE(service->calls(u"deleteLabel"_s).isEmpty());
+    EXPECT_TRUE(service->calls(u"renameLabel"_s).isEmpty());
+}
+
 TEST_F(AppModelRepair, DropsTheAnswersOfTheOldServerThatComeLate)
 {
     AppModel& fresh = fixture.model();

@@ -21,7 +21,7 @@ const QString snippet = u"Preview"_s;
 
 Writing::Setting setting(bool isRichText = false)
 {
-    return {accountID, u"mia@example.org"_s, signature, isRichText};
+    return {accountID, {}, u"mia@example.org"_s, signature, isRichText};
 }
 
 ComposeDraft replied(const QByteArray& raw, Writing::Recipients recipients = Writing::Recipients::sender)
@@ -503,8 +503,70 @@ TEST(Writing, KeepsTheThreadOfItsOwnAccountAlone)
     draft.originAccountID = QUuid();
     EXPECT_EQ(Writing::outgoing(draft, account(), Writing::Purpose::send).threadID, u"t"_s);
     draft.originAccountID = QUuid::createUuid();
-    EXPECT_TRUE(Writing::isForeign(draft));
+    EXPECT_TRUE(Writing::isForeign(draft, account()));
     EXPECT_FALSE(Writing::outgoing(draft, account(), Writing::Purpose::send).threadID);
+}
+
+TEST(Writing, KeepsTheThreadOfItsOwnMailboxAlone)
+{
+    Account sender = account();
+    Writing::Setting own = setting();
+    own.mailbox = sender.mailboxIdentity();
+    ComposeDraft draft = Writing::newMessage(own, u"a@x"_s);
+    draft.threadID = u"t"_s;
+    EXPECT_FALSE(Writing::isForeign(draft, sender));
+    EXPECT_EQ(Writing::outgoing(draft, sender, Writing::Purpose::send).threadID, u"t"_s);
+    sender.server = ServerSettings();
+    sender.server->imapHost = u"other.example"_s;
+    EXPECT_TRUE(Writing::isForeign(draft, sender));
+    EXPECT_FALSE(Writing::outgoing(draft, sender, Writing::Purpose::send).threadID);
+}
+
+// --- Messages that can't be read whole
+
+const QByteArray incomplete =
+    "From: a@x\r\nSubject: Plan\r\nContent-Type: multipart/mixed; boundary=b\r\n\r\n"
+    "--b\r\n\r\nHello\r\n--b\r\nContent-Type: image/png\r\n"
+    "Content-Transfer-Encoding: base64\r\n\r\n!!!!\r\n--b--\r\n";
+
+TEST(Writing, ResumesADraftThatCannotBeReadWholeAsACopy)
+{
+    const ComposeDraft draft = resumed(incomplete);
+    EXPECT_EQ(draft.body, u"Hello"_s);
+    EXPECT_FALSE(draft.draftMessageID) << "saving it would erase what can't be read";
+    ASSERT_EQ(draft.notices.size(), 2);
+    EXPECT_EQ(draft.notices[0], u"Parts of the draft could not be read, and were left out."_s);
+}
+
+TEST(Writing, ForwardsAMessageThatCannotBeReadWholeAsItCame)
+{
+    const ParsedMessage message = MIMEParser::parse(incomplete);
+    EXPECT_TRUE(Writing::isCut(message, {}));
+    const ComposeDraft draft = Writing::forward(setting(), message, {}, incomplete);
+    ASSERT_EQ(draft.attachments.size(), 2);
+    EXPECT_EQ(draft.attachments[1].data, incomplete);
+    EXPECT_EQ(draft.attachments[1].filename, u"Plan.eml"_s);
+    EXPECT_EQ(draft.notices, QStringList(u"Parts of the message could not be read. It is attached as a "
+                                         "whole: “Plan.eml”."_s));
+}
+
+TEST(Writing, QuotesTheHTMLWhereThePlainTextIsBlank)
+{
+    const QByteArray letter =
+        "From: a@x\r\nContent-Type: multipart/alternative; boundary=b\r\n\r\n"
+        "--b\r\n\r\n \r\n\r\n--b\r\nContent-Type: text/html\r\n\r\n<p>News</p>\r\n--b--\r\n";
+    EXPECT_TRUE(replied(letter).body.endsWith(u"\n> News"_s));
+    EXPECT_TRUE(forwarded(letter).body.endsWith(u"\nNews"_s));
+    EXPECT_FALSE(replied("From: a@x\r\n\r\n \r\n").body.contains(snippet)) << "what it says is blank";
+}
+
+TEST(Writing, TakesNoIdentifierThatOnlySomeServersCarry)
+{
+    const ComposeDraft draft =
+        replied("From: a@x\r\nMessage-ID: <\xc3\xbc@x>\r\nReferences: <a@x> <\xc3\xbc@y> "
+                "<b\x7f@x> <c@x>\r\n\r\nHi");
+    EXPECT_FALSE(draft.inReplyTo);
+    EXPECT_EQ(draft.references, QStringList({u"<a@x>"_s, u"<c@x>"_s}));
 }
 
 // --- Links
