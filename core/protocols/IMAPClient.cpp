@@ -280,13 +280,14 @@ Task<QList<IMAPResponse>> IMAPClient::execute(QList<IMAPArg> args, std::optional
 {
     const QString tag = nextTag();
     m_answer = {};
-    co_await sendCommand(tag, args);
-    QList<IMAPResponse> responses = co_await collectResponses(tag, continuationData);
+    const QList<IMAPResponse> early = co_await sendCommand(tag, args);
+    QList<IMAPResponse> responses = co_await collectResponses(tag, early, continuationData);
     co_return responses;
 }
 
-Task<> IMAPClient::sendCommand(QString tag, QList<IMAPArg> args)
+Task<QList<IMAPResponse>> IMAPClient::sendCommand(QString tag, QList<IMAPArg> args)
 {
+    QList<IMAPResponse> early;
     QByteArray pending = tag.toUtf8() + ' ';
     std::optional<TransportCloser> unfinishedLiteral;
     for (const IMAPArg& arg : std::as_const(args)) {
@@ -299,21 +300,42 @@ Task<> IMAPClient::sendCommand(QString tag, QList<IMAPArg> args)
             unfinishedLiteral.emplace(m_reader.transport());
         pending += '{' + QByteArray::number(arg.literal()->size()) + "}\r\n";
         co_await m_reader.transport().send(std::exchange(pending, {}));
-        const IMAPResponse response = co_await readResponse();
-        if (response.kind != IMAPResponse::Kind::continuation)
-            throw MailError::protocolError(response.statusText());
+        const QList<IMAPResponse> untagged = co_await untilContinuation(tag);
+        early.append(untagged);
         pending = *arg.literal();
     }
     pending += "\r\n";
     co_await m_reader.transport().send(pending);
     if (unfinishedLiteral)
         unfinishedLiteral->dismiss();
+    co_return early;
 }
 
-Task<QList<IMAPResponse>> IMAPClient::collectResponses(QString tag,
+Task<QList<IMAPResponse>> IMAPClient::untilContinuation(QString tag)
+{
+    QList<IMAPResponse> untagged;
+    for (;;) {
+        IMAPResponse response = co_await readResponse();
+        switch (response.kind) {
+        case IMAPResponse::Kind::untagged:
+            if (response.isNamed("BYE"_L1))
+                throw MailError::connectionClosed();
+            untagged.append(std::move(response));
+            break;
+        case IMAPResponse::Kind::continuation:
+            co_return untagged;
+        case IMAPResponse::Kind::tagged:
+            if (response.tag == tag)
+                throw MailError::protocolError(response.statusText());
+            break;
+        }
+    }
+}
+
+Task<QList<IMAPResponse>> IMAPClient::collectResponses(QString tag, QList<IMAPResponse> early,
                                                        std::optional<QByteArray> continuationData)
 {
-    QList<IMAPResponse> responses;
+    QList<IMAPResponse> responses = early;
     for (;;) {
         IMAPResponse response = co_await readResponse();
         switch (response.kind) {

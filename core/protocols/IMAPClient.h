@@ -166,8 +166,13 @@ private:
     void checkAnswer() const;
     QString nextTag() { return u'P' + QString::number(++m_tagCounter); }
     Task<std::optional<Status>> statusOrNothing(QString mailbox);
-    Task<> sendCommand(QString tag, QList<IMAPArg> args);
-    Task<QList<IMAPResponse>> collectResponses(QString tag, std::optional<QByteArray> continuationData);
+    /// Sends a command, and gives what came untagged while it waited to send its literals.
+    Task<QList<IMAPResponse>> sendCommand(QString tag, QList<IMAPArg> args);
+    /// Waits for the request to go on with a literal. Untagged data may come at any time (RFC 3501, 7).
+    Task<QList<IMAPResponse>> untilContinuation(QString tag);
+    /// The untagged responses of a command up to its end, behind those that came early.
+    Task<QList<IMAPResponse>> collectResponses(QString tag, QList<IMAPResponse> early,
+                                               std::optional<QByteArray> continuationData);
 
     LineReader m_reader;
     quint64 m_tagCounter = 0;

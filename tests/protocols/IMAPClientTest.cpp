@@ -87,9 +87,87 @@ TEST(IMAPClient, ClosesTheConnectionWhereALiteralStaysUnfinished)
     expectProtocolError(refused.client->append(u"Sent"_s, u"\\Seen"_s, "hello"), u"over quota"_s);
     EXPECT_TRUE(refused.isClosed());
     expectProtocolError(refused.client->create(u"x"_s), closedText);
-    Connected untagged("C: P4 APPEND \"Sent\" (\\Seen) {5}\nS: * 3 EXISTS");
-    expectProtocolError(untagged.client->append(u"Sent"_s, u"\\Seen"_s, "hello"), u"EXISTS"_s);
-    EXPECT_TRUE(untagged.isClosed());
+    // Whatever is said before, and however the refusal is put: nothing of the literal is sent.
+    Connected late("C: P4 APPEND \"Sent\" (\\Seen) {5}\nS: * 3 EXISTS\nS: P4 BAD what");
+    expectProtocolError(late.client->append(u"Sent"_s, u"\\Seen"_s, "hello"), u"what"_s);
+    EXPECT_TRUE(late.isClosed());
+    Connected untaken("C: P4 APPEND \"Sent\" (\\Seen) {5}\nS: P4 OK done");
+    expectProtocolError(untaken.client->append(u"Sent"_s, u"\\Seen"_s, "hello"), u"done"_s);
+    EXPECT_TRUE(untaken.isClosed());
+}
+
+TEST(IMAPClient, KeepsWhatComesUntaggedBeforeALiteralForTheAnswer)
+{
+    for (const QByteArray early :
+         {"* 3 EXISTS", "* 2 EXPUNGE", "* 1 FETCH (UID 4 FLAGS (\\Seen))", "* OK [ALERT] Full tomorrow",
+          "* NO Disk almost full", "* SEARCH {3}\r\nabc"}) {
+        Connected connected(signedIn("")
+                                .then("C: P4 APPEND {5}")
+                                .server(early + "\r\n")
+                                .then("S: + go\nC: hello\nS: * 4 EXISTS\nS: P4 OK\nC: P5 X\nS: P5 OK"));
+        const QList<IMAPResponse> responses =
+            await(connected.client->execute({IMAPArg::text(u"APPEND "_s), IMAPArg::literal("hello")}));
+        EXPECT_EQ(responses, QList<IMAPResponse>({IMAPResponse::parse(early + "\r\n"),
+                                                  IMAPResponse::parse("* 4 EXISTS\r\n")}))
+            << early.toStdString();
+        EXPECT_TRUE(await(connected.client->execute({IMAPArg::text(u"X"_s)})).isEmpty());
+        EXPECT_FALSE(connected.isClosed());
+    }
+}
+
+TEST(IMAPClient, KeepsWhatComesUntaggedBeforeEachOfTwoLiterals)
+{
+    Connected connected("C: P4 RENAME {2}\nS: * 1 EXISTS\nS: * 2 EXISTS\nS: +\nC= \\xC3\\xBC {2}\\r\\n\n"
+                        "S: P3 NO late\nS: * 3 EXPUNGE\nS: +\nC= \\xC3\\xA4\\r\\n\nS: * 5 EXISTS\nS: P4 OK");
+    const QList<IMAPResponse> responses =
+        await(connected.client->execute({IMAPArg::text(u"RENAME "_s), IMAPArg::literal("\xC3\xBC"),
+                                         IMAPArg::text(u" "_s), IMAPArg::literal("\xC3\xA4")}));
+    EXPECT_EQ(responses,
+              QList<IMAPResponse>({IMAPResponse::parse("* 1 EXISTS"), IMAPResponse::parse("* 2 EXISTS"),
+                                   IMAPResponse::parse("* 3 EXPUNGE"), IMAPResponse::parse("* 5 EXISTS")}));
+}
+
+TEST(IMAPClient, FindsWhatASearchTellsBeforeItsLiteral)
+{
+    Connected connected("C: P4 UID SEARCH TEXT {1}\nS: * SEARCH 7\nS: +\nC: x\nS: * SEARCH 9\nS: P4 OK");
+    const QList<IMAPArg> criteria{IMAPArg::text(u"TEXT "_s), IMAPArg::literal("x")};
+    EXPECT_EQ(await(connected.client->search(criteria)), QList<qint64>({7, 9}));
+}
+
+TEST(IMAPClient, TakesAGoodbyeBeforeALiteralForALostConnection)
+{
+    Connected connected("C: P4 APPEND \"Sent\" (\\Seen) {5}\nS: * 3 EXISTS\nS: * bye now\nS: +");
+    try {
+        await(connected.client->append(u"Sent"_s, u"\\Seen"_s, "hello"));
+        ADD_FAILURE() << "nothing failed";
+    } catch (const MailError& error) {
+        EXPECT_TRUE(error.isConnectionLost());
+    }
+    EXPECT_TRUE(connected.isClosed());
+}
+
+TEST(IMAPClient, MeasuresWhatComesBeforeALiteralAsPartOfTheAnswer)
+{
+    const QByteArray response = "* 1 EXISTS\r\n";
+    const QList<IMAPArg> command{IMAPArg::text(u"X "_s), IMAPArg::literal("hello")};
+    // Two responses end it: the request to go on, and the answer.
+    constexpr qsizetype before = IMAPClient::answerResponseLimit / 2;
+    const auto script = [&](qsizetype after) {
+        return signedIn("")
+            .then("C: P4 X {5}")
+            .server(response.repeated(before))
+            .then("S: +\nC: hello")
+            .server(response.repeated(after) + "P4 OK\r\n");
+    };
+    constexpr qsizetype left = IMAPClient::answerResponseLimit - before - 2;
+    Connected most(script(left));
+    EXPECT_EQ(await(most.client->execute(command)).size(), before + left);
+    Connected tooMany(script(left + 1));
+    expectProtocolError(tooMany.client->execute(command), u"Server response too large."_s);
+    Connected endless(
+        signedIn("").then("C: P4 X {5}").server(response.repeated(IMAPClient::answerResponseLimit + 1)));
+    expectProtocolError(endless.client->execute(command), u"Server response too large."_s);
+    EXPECT_TRUE(endless.isClosed());
 }
 
 TEST(IMAPClient, RemainsUsableWhereACommandIsRefusedBehindItsLiteral)
