@@ -371,6 +371,9 @@ OutgoingMessage outgoing(const ComposeDraft& draft, const Account& account, Purp
         message.threadID = draft.threadID;
     if (purpose == Purpose::send && draft.attempt)
         message.messageID = draft.attempt->messageID;
+    // What is sent never has it: a copy of the draft may stay behind.
+    if (purpose == Purpose::store && !draft.id.isNull())
+        message.messageID = MessageComposer::lastingMessageID(draft.id, account.email);
     return message;
 }
 

@@ -48,8 +48,8 @@ ComposeDraft storedDraft(const Setting& setting, const ParsedMessage& message, c
 enum class Purpose { send, store };
 
 /// The message that the draft stands for. To be sent it needs a recipient, and every piece of its fields must
-/// be one address that mail can go to; stored, it keeps what is none beside the recipients. Fails with
-/// `MailError`.
+/// be one address that mail can go to; stored, it keeps what is none beside the recipients, and has one
+/// Message-ID whenever it is stored, which nothing that is sent has. Fails with `MailError`.
 OutgoingMessage outgoing(const ComposeDraft& draft, const Account& account, Purpose purpose);
 
 /// Whether the sender's mailbox is another than the one that the draft came from: that of another account, or

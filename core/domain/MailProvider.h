@@ -79,7 +79,9 @@ public:
     /// nothing: the copy may be missing, or on its way. What can't be learned is thrown, never taken for
     /// absence.
     virtual Task<bool> wasSent(QString messageID) = 0;
-    /// Stores the message as a draft, replacing the draft `draftID` if one is given.
+    /// Stores the message as a draft, replacing the draft `draftID` if one is given. Whoever saves a draft
+    /// again after a failure gives it the same `messageID`: what the failed save may have stored is then
+    /// replaced too.
     virtual Task<> saveDraft(OutgoingMessage message, std::optional<QString> draftID) = 0;
 
     /// Number of unread messages in the Inbox.

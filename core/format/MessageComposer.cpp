@@ -190,9 +190,14 @@ QString formatAddressList(const QList<EmailAddress>& addresses)
 
 QString freshMessageID(const QString& sender, const std::optional<QString>& givenDomain)
 {
+    return lastingMessageID(QUuid::createUuid(), sender, givenDomain);
+}
+
+QString lastingMessageID(const QUuid& id, const QString& sender, const std::optional<QString>& givenDomain)
+{
     const QStringList pieces = sender.split(u'@', Qt::SkipEmptyParts);
     const QString domain = givenDomain.value_or(pieces.isEmpty() ? u"localhost"_s : pieces.last());
-    return QUuid::createUuid().toString(QUuid::WithoutBraces) + u'@' + MailEncoding::headerSafe(domain);
+    return id.toString(QUuid::WithoutBraces) + u'@' + MailEncoding::headerSafe(domain);
 }
 
 namespace {

@@ -53,6 +53,9 @@ QString formatAddressList(const QList<EmailAddress>& addresses);
 /// A Message-ID for mail of the sender (RFC 5322, 3.6.4), without its angle brackets, new at each call. Its
 /// domain is the sender's where none is given, "localhost" where there is none.
 QString freshMessageID(const QString& sender, const std::optional<QString>& domain = std::nullopt);
+/// The same for what is known by `id` already: the same one at each call.
+QString lastingMessageID(const QUuid& id, const QString& sender,
+                         const std::optional<QString>& domain = std::nullopt);
 
 // What a stored draft keeps of recipients that can't be read (`OutgoingMessage::unread`), as
 // `RecipientField::kept` writes it. No message that is sent has such a field.

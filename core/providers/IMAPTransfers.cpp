@@ -1,6 +1,8 @@
 #include "providers/IMAPTransfers.h"
 
 #include "domain/MailError.h"
+#include "domain/Text.h"
+#include "format/MIMEParser.h"
 
 #include <algorithm>
 #include <utility>
@@ -120,26 +122,126 @@ Task<QList<qint64>> IMAPTransfers::uidsFrom(Client client, IMAPClient::NextUID f
 
 // --- Appending
 
+namespace {
+
+QList<IMAPArg> withMessageID(const QString& messageID)
+{
+    return {IMAPArg::text(u"HEADER Message-ID "_s), IMAPArg::quoted(u'<' + messageID + u'>')};
+}
+
+/// By which one stored state of a draft is known among those of its Message-ID; empty where nothing tells it
+/// from others. A program that stores another state gives it another date.
+QString identityOf(QByteArrayView message)
+{
+    const MIMEHeaders headers = MIMEParser::splitHeaders(message).headers;
+    const QString messageID = headers.messageID().value_or(QString());
+    const QString date = Text::trimmedSpace(headers.value(u"Date").value_or(QString())).toString();
+    return messageID.isEmpty() || date.isEmpty() ? QString() : messageID + u'\n' + date;
+}
+
+} // namespace
+
 Task<> IMAPTransfers::append(Client client, QString target, std::shared_ptr<Appending> appending)
 {
-    if (appending->hasBegun) {
+    if (!appending->hasBegun) {
+        co_await begin(client, target, appending);
+    } else if (!appending->hasEarlier) {
         const bool isThere = co_await holds(client, target, appending->messageID, appending->next);
-        if (isThere)
+        if (isThere) {
+            forget(target, appending->messageID);
             co_return;
-    } else if (appending->isRepeatedID) {
-        const IMAPClient::NextUID next = co_await client->nextUID(target);
-        appending->next = next;
+        }
     }
     appending->hasBegun = true;
+    // Looked for before, so that the message that is appended now can't be among them.
+    QList<qint64> outdated;
+    if (appending->hasEarlier)
+        outdated = co_await leftBehind(client, target, appending->messageID);
     co_await client->append(target, appending->flags, appending->message);
+    forget(target, appending->messageID);
+    try {
+        co_await client->deleteMessages(outdated);
+    } catch (const LocalizedError&) {
+        // The draft exists twice. Nothing is lost, and what is stored must not be stored again.
+    }
+}
+
+Task<> IMAPTransfers::begin(Client client, QString mailbox, std::shared_ptr<Appending> appending)
+{
+    if (!appending->isRepeatedID)
+        co_return;
+    const IMAPClient::NextUID next = co_await client->nextUID(mailbox);
+    appending->next = next;
+    appending->hasEarlier = std::ranges::any_of(m_unanswered, [&](const Unanswered& unanswered) {
+        return isOf(unanswered, mailbox, appending->messageID);
+    });
+    remember(mailbox, *appending);
+}
+
+void IMAPTransfers::remember(const QString& mailbox, const Appending& appending)
+{
+    if (m_unanswered.size() == unansweredLimit)
+        m_unanswered.removeFirst();
+    m_unanswered.append({mailbox, appending.messageID, identityOf(appending.message), appending.next});
+}
+
+void IMAPTransfers::forget(const QString& mailbox, const QString& messageID)
+{
+    m_unanswered.removeIf([&](const Unanswered& unanswered) { return isOf(unanswered, mailbox, messageID); });
+}
+
+Task<QList<qint64>> IMAPTransfers::leftBehind(Client client, QString mailbox, QString messageID)
+{
+    QList<qint64> copies;
+    // EXPUNGE alone removes whatever else is marked as deleted.
+    if (!client->capabilities().contains(u"UIDPLUS"_s))
+        co_return copies;
+    QList<Unanswered> unanswered = m_unanswered;
+    unanswered.removeIf([&](const Unanswered& one) { return !isOf(one, mailbox, messageID); });
+    try {
+        co_await client->select(mailbox, true);
+        copies = co_await copiesOf(client, unanswered);
+    } catch (const LocalizedError& error) {
+        // The draft is to be stored all the same.
+        if (error.isConnectionLost())
+            throw;
+    }
+    co_return copies;
+}
+
+Task<QList<qint64>> IMAPTransfers::copiesOf(Client client, QList<Unanswered> unanswered)
+{
+    QList<qint64> copies;
+    // Under another UIDVALIDITY no number says what came since.
+    const qint64 uidValidity = client->uidValidity().value_or(0);
+    unanswered.removeIf(
+        [&](const Unanswered& one) { return uidValidity == 0 || one.next.uidValidity != uidValidity; });
+    if (unanswered.isEmpty())
+        co_return copies;
+    const Unanswered first = unanswered.first();
+    const QList<qint64> uids = co_await uidsFrom(client, first.next, withMessageID(first.messageID));
+    const QList<IMAPFetch> fetches =
+        co_await client->fetch(uids, u"BODY.PEEK[HEADER.FIELDS (MESSAGE-ID DATE)]"_s);
+    // A server may search loosely: what is deleted must be known by what it says of itself.
+    const QSet<qint64> asked(uids.cbegin(), uids.cend());
+    QSet<qint64> known;
+    for (const IMAPFetch& fetch : fetches) {
+        const qint64 uid = fetch.uid.value_or(0);
+        const QString identity = identityOf(fetch.body.value_or(QByteArray()) + "\r\n");
+        const bool isCopy = std::ranges::any_of(unanswered, [&](const Unanswered& one) {
+            return !identity.isEmpty() && one.identity == identity && uid >= one.next.uid;
+        });
+        if (isCopy && asked.contains(uid))
+            known.insert(uid);
+    }
+    copies = known.values();
+    co_return copies;
 }
 
 Task<bool> IMAPTransfers::holds(Client client, QString mailbox, QString messageID, IMAPClient::NextUID first)
 {
     co_await client->select(mailbox, true);
-    const QList<IMAPArg> criteria{IMAPArg::text(u"HEADER Message-ID "_s),
-                                  IMAPArg::quoted(u'<' + messageID + u'>')};
-    const QList<qint64> found = co_await uidsFrom(client, first, criteria);
+    const QList<qint64> found = co_await uidsFrom(client, first, withMessageID(messageID));
     co_return !found.isEmpty();
 }
 

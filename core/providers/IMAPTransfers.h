@@ -18,7 +18,9 @@ namespace Larkhaven {
 /// is lost before the answer to COPY, nobody knows whether the copies are there; so the next try looks for
 /// them among what the target has got since, and copies only what isn't there. What is known of copies is
 /// kept until their move has come to its end, so that a try of the user's after a failure looks as well. The
-/// same holds for APPEND, whose message is looked for by its Message-ID.
+/// same holds for APPEND, whose message is looked for by its Message-ID. One that failed for good is
+/// remembered: once a later state of the draft is stored under the same Message-ID, the message of the
+/// earlier one goes, if it lies there after all.
 ///
 /// Every operation runs within a body of the connection, which must outlive this. Main thread; whoever waits
 /// for an operation keeps this alive.
@@ -33,11 +35,16 @@ public:
         /// Whether the mailbox may hold older messages of this Message-ID.
         bool isRepeatedID = false;
         bool hasBegun = false;
+        /// Whether an earlier call for the Message-ID has had no answer: then what lies in the mailbox may be
+        /// its text instead of this one.
+        bool hasEarlier = false;
         IMAPClient::NextUID next; ///< of the mailbox, before
     };
 
     /// The most messages of a mailbox, the newest ones, that are looked at to find copies.
     static constexpr qsizetype lookLimit = 10'000;
+    /// The most failed appends that are remembered, the latest ones.
+    static constexpr qsizetype unansweredLimit = 100;
 
     explicit IMAPTransfers(const IMAPConnection& connection)
         : m_connection(connection)
@@ -45,6 +52,8 @@ public:
 
     /// Moves messages of the mailbox that is selected to another one.
     Task<> move(Client client, IMAPMessageGroup group, QString target);
+    /// Stores a message. Where its Message-ID is repeated, what earlier calls for it left without an answer
+    /// is then deleted, as far as it surely is that; a failure of this isn't told.
     Task<> append(Client client, QString target, std::shared_ptr<Appending> appending);
     /// Whether a message of the Message-ID, given without angle brackets, lies in the mailbox, which is
     /// selected anew, under `first` or a higher UID.
@@ -69,6 +78,13 @@ private:
         }
     };
     using Fingerprints = QHash<qint64, QByteArray>;
+    /// An APPEND that has had no answer, or a refusal: its message may lie in the mailbox.
+    struct Unanswered {
+        QString mailbox;
+        QString messageID;
+        QString identity;         ///< by which its message is known among those of the Message-ID
+        IMAPClient::NextUID next; ///< of the mailbox, before
+    };
 
     Task<> moveInOneCommand(Client client, IMAPMessageGroup group, QString target);
     /// Learns which of the attempted copies are in the target, and selects the source again.
@@ -78,8 +94,22 @@ private:
     /// What lies in the mailbox that is selected under `first` or a higher UID.
     Task<QList<qint64>> uidsFrom(Client client, IMAPClient::NextUID first, QList<IMAPArg> criteria);
 
+    static bool isOf(const Unanswered& unanswered, const QString& mailbox, const QString& messageID)
+    {
+        return unanswered.mailbox == mailbox && unanswered.messageID == messageID;
+    }
+    /// Asks what the mailbox is like before the first try.
+    Task<> begin(Client client, QString mailbox, std::shared_ptr<Appending> appending);
+    void remember(const QString& mailbox, const Appending& appending);
+    void forget(const QString& mailbox, const QString& messageID);
+    /// The messages of unanswered appends of the Message-ID, in the mailbox, which is selected anew; only
+    /// such as can be deleted one by one, and none where this can't be learned.
+    Task<QList<qint64>> leftBehind(Client client, QString mailbox, QString messageID);
+    Task<QList<qint64>> copiesOf(Client client, QList<Unanswered> unanswered);
+
     const IMAPConnection& m_connection;
     std::map<Route, Copies> m_copies; ///< of moves that have not come to their end
+    QList<Unanswered> m_unanswered;   ///< the oldest first
 };
 
 } // namespace Larkhaven

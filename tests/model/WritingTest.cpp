@@ -482,6 +482,25 @@ TEST(Writing, TestsEveryField)
     }
 }
 
+TEST(Writing, StoresADraftUnderOneMessageIDThatNothingSentHas)
+{
+    ComposeDraft draft = Writing::newMessage(setting(), u"good@x"_s);
+    const auto messageIDFor = [&](Writing::Purpose purpose) {
+        return Writing::outgoing(draft, account(), purpose).messageID;
+    };
+    const QString own =
+        draft.id.toString(QUuid::WithoutBraces) + account().email.sliced(account().email.indexOf(u'@'));
+    EXPECT_EQ(messageIDFor(Writing::Purpose::store), own);
+    EXPECT_EQ(messageIDFor(Writing::Purpose::send), std::nullopt);
+    draft.subject = u"changed"_s;
+    draft.attempt = ComposeDraft::Attempt{u"sent@x"_s, draft.accountID, {}};
+    EXPECT_EQ(messageIDFor(Writing::Purpose::store), own);
+    EXPECT_EQ(messageIDFor(Writing::Purpose::send), u"sent@x"_s);
+    // Drafts without an identity aren't states of one draft.
+    draft.id = QUuid();
+    EXPECT_EQ(messageIDFor(Writing::Purpose::store), std::nullopt);
+}
+
 TEST(Writing, SendsNothingOfWhatCannotBeRead)
 {
     ComposeDraft draft = Writing::newMessage(setting(), {});

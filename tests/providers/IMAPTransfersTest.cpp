@@ -1,11 +1,14 @@
 #include "providers/IMAPTransfers.h"
 
 #include "Providing.h"
+#include "format/MIMEParser.h"
 #include "support/Await.h"
 #include "support/IMAPScripts.h"
 #include "support/QtPrinters.h"
 
 #include <gtest/gtest.h>
+#include <memory>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -231,6 +234,223 @@ TEST(IMAPTransfers, TakesAMoveWhoseAnswerWasLostForDone)
     expectProtocolError(left->moveToLabel(both(), work), u"no such messages"_s);
     Providing first({signedIn().then(selected).then("C: P5 UID MOVE 3,5 \"Work\"\nS: P5 NO over quota")});
     expectProtocolError(first->moveToLabel(both(), work), u"over quota"_s);
+}
+
+// --- Drafts that are saved again
+
+OutgoingMessage draft(const QString& text, const QString& messageID = u"1@x.example"_s)
+{
+    OutgoingMessage message;
+    message.from = EmailAddress(u"Ann"_s, u"ann@x.example"_s);
+    message.subject = text;
+    message.messageID = messageID;
+    return message;
+}
+
+constexpr std::string_view lists = "C: P4 LIST \"\" \"*\"\nS: * LIST () \"/\" Drafts\nS: P4 OK";
+constexpr std::string_view appendedFirst = "C: P5 STATUS \"Drafts\" (UIDNEXT UIDVALIDITY)\n"
+                                           "S: * STATUS Drafts (UIDNEXT 30 UIDVALIDITY 4)\nS: P5 OK\n"
+                                           "C: P6 APPEND \"Drafts\" (\\Draft \\Seen) [LITERAL]\n[CLOSE]";
+constexpr std::string_view appended = "C: P4 STATUS \"Drafts\" (UIDNEXT UIDVALIDITY)\nS: P4 OK\n"
+                                      "C: P5 APPEND \"Drafts\" (\\Draft \\Seen) [LITERAL]\n[CLOSE]";
+constexpr std::string_view looked = "C: P4 STATUS \"Drafts\" (UIDNEXT UIDVALIDITY)\n"
+                                    "S: * STATUS Drafts (UIDNEXT 50 UIDVALIDITY 4)\nS: P4 OK\n"
+                                    "C: P5 SELECT \"Drafts\"\nS: * OK [UIDVALIDITY 4]\nS: P5 OK\n"
+                                    "C: P6 UID SEARCH UID 30:* HEADER Message-ID \"<1@x.example>\"\n";
+
+/// A provider whose servers are written down one after the other, since they tell what they were told.
+class Saving {
+public:
+    Saving() = default;
+    ~Saving() { m_servers.back()->expectUsedUp(); }
+    Saving(const Saving&) = delete;
+    Saving& operator=(const Saving&) = delete;
+
+    /// From now on new connections find these.
+    void serve(const QList<Script>& scripts, const Place& where = Place::current())
+    {
+        if (!m_servers.empty())
+            m_servers.back()->expectUsedUp();
+        m_servers.push_back(std::make_unique<ScriptedServer>(scripts, where));
+    }
+    Task<> save(const OutgoingMessage& message) { return m_provider->saveDraft(message, std::nullopt); }
+
+    /// Saves a draft of which nobody knows whether it is there, and gives what was sent.
+    QByteArray loseAnswer(const OutgoingMessage& message = draft(u"first"_s))
+    {
+        const Script first = signedIn().then(lists).then(appendedFirst);
+        const Script further = signedIn().then(appended);
+        serve({m_servers.empty() ? first : further, Script("[REFUSED]")});
+        EXPECT_THROW(await(save(message)), LocalizedError);
+        return m_servers.back()->connection(0).kept().value(0);
+    }
+    QByteArray kept(qsizetype connection = 0) const
+    {
+        return m_servers.back()->connection(connection).kept().value(0);
+    }
+
+private:
+    std::vector<std::unique_ptr<ScriptedServer>> m_servers;
+    std::shared_ptr<IMAPProvider> m_provider =
+        IMAPProvider::create(someAccount(), MailAuth::password(u"secret"_s), nullptr,
+                             [this](const QString& host, int port, bool implicitTLS) {
+                                 return m_servers.back()->factory()(host, port, implicitTLS);
+                             });
+};
+
+/// The answer to a FETCH of what a stored draft is known by.
+QByteArray stored(qint64 uid, const QByteArray& messageID, const QByteArray& date)
+{
+    const QByteArray header = "Date: " + date + "\r\nMessage-ID: " + messageID + "\r\n\r\n";
+    return "* 1 FETCH (UID " + QByteArray::number(uid) + " BODY[HEADER.FIELDS (MESSAGE-ID DATE)] {" +
+           QByteArray::number(header.size()) + "}\r\n" + header + ")\r\n";
+}
+
+QByteArray dateOf(const QByteArray& message)
+{
+    return MIMEParser::parse(message).headers.value(u"Date").value_or(QString()).toUtf8();
+}
+
+TEST(IMAPTransfers, DeletesTheDraftWhoseAnswerWasLostOnceItIsStoredAgain)
+{
+    Saving saving;
+    const QByteArray date = dateOf(saving.loseAnswer());
+    const QByteArray id = "<1@x.example>";
+    // Another program's state of the draft, an older one, another draft, and one that can't be told from
+    // others stay; so does what wasn't asked for.
+    const QByteArray found = stored(31, id, date) + stored(29, id, date) +
+                             stored(32, id, "Mon, 1 Jan 2001 00:00:00 +0000") +
+                             stored(33, "<1@x.example>x", date) + "* 1 FETCH (UID 34)\r\n" +
+                             stored(35, id, date) + stored(36, id, date);
+    saving.serve({signedIn()
+                      .then(looked)
+                      .then("S: * SEARCH 29 31 32 33 34 36\nS: P6 OK\n"
+                            "C: P7 UID FETCH 31:34,36 (UID BODY.PEEK[HEADER.FIELDS (MESSAGE-ID DATE)])")
+                      .server(found)
+                      .then("S: P7 OK\nC: P8 APPEND \"Drafts\" (\\Draft \\Seen) [LITERAL]\nS: P8 OK\n"
+                            "C: P9 UID STORE 31,36 +FLAGS.SILENT (\\Deleted)\nS: P9 OK\n"
+                            "C: P10 UID EXPUNGE 31,36\nS: P10 OK\n"
+                            // What is settled isn't looked for any more.
+                            "C: P11 STATUS \"Drafts\" (UIDNEXT UIDVALIDITY)\nS: P11 OK\n"
+                            "C: P12 APPEND \"Drafts\" (\\Draft \\Seen) [LITERAL]\nS: P12 OK")});
+    await(saving.save(draft(u"second"_s)));
+    EXPECT_TRUE(saving.kept().contains("Subject: second")) << "the text may have changed";
+    await(saving.save(draft(u"third"_s)));
+}
+
+TEST(IMAPTransfers, DeletesEachDraftWhoseAnswerWasLost)
+{
+    Saving saving;
+    const QByteArray first = dateOf(saving.loseAnswer());
+    saving.serve({signedIn().then(looked).then("S: * SEARCH\nS: P6 OK\n"
+                                               "C: P7 APPEND \"Drafts\" (\\Draft \\Seen) [LITERAL]\n[CLOSE]"),
+                  Script("[REFUSED]")});
+    EXPECT_THROW(await(saving.save(draft(u"second"_s))), LocalizedError);
+    const QByteArray second = dateOf(saving.kept());
+    saving.serve({signedIn()
+                      .then(looked)
+                      .then("S: * SEARCH 49 50\nS: P6 OK\n"
+                            "C: P7 UID FETCH 49:50 (UID BODY.PEEK[HEADER.FIELDS (MESSAGE-ID DATE)])")
+                      .server(stored(49, "<1@x.example>", first) + stored(50, "<1@x.example>", second))
+                      .then("S: P7 OK\nC: P8 APPEND \"Drafts\" (\\Draft \\Seen) [LITERAL]\nS: P8 OK\n"
+                            "C: P9 UID STORE 49:50 +FLAGS.SILENT (\\Deleted)\nS: P9 OK\nC: P10 UID EXPUNGE "
+                            "49:50\nS: P10 OK")});
+    await(saving.save(draft(u"third"_s)));
+}
+
+TEST(IMAPTransfers, StoresADraftAgainWhereWhatIsThereMayBeAnOlderText)
+{
+    // A second try alone would take the copy for what it sent itself.
+    Saving saving;
+    const QByteArray date = dateOf(saving.loseAnswer());
+    saving.serve(
+        {signedIn().then(looked).then("S: * SEARCH\nS: P6 OK\n"
+                                      "C: P7 APPEND \"Drafts\" (\\Draft \\Seen) [LITERAL]\n[CLOSE]"),
+         signedIn()
+             .then("C: P4 SELECT \"Drafts\"\nS: * OK [UIDVALIDITY 4]\nS: P4 OK\n"
+                   "C: P5 UID SEARCH UID 30:* HEADER Message-ID \"<1@x.example>\"\nS: * SEARCH 60\nS: P5 OK\n"
+                   "C: P6 UID FETCH 60 (UID BODY.PEEK[HEADER.FIELDS (MESSAGE-ID DATE)])")
+             .server(stored(60, "<1@x.example>", date))
+             .then(
+                 "S: P6 OK\nC: P7 APPEND \"Drafts\" (\\Draft \\Seen) [LITERAL]\nS: P7 OK\n"
+                 "C: P8 UID STORE 60 +FLAGS.SILENT (\\Deleted)\nS: P8 OK\nC: P9 UID EXPUNGE 60\nS: P9 OK")});
+    await(saving.save(draft(u"second"_s)));
+    EXPECT_TRUE(saving.kept(1).contains("Subject: second"));
+}
+
+TEST(IMAPTransfers, DeletesNoDraftUntilAnotherOneIsStored)
+{
+    Saving saving;
+    const QByteArray date = dateOf(saving.loseAnswer());
+    saving.serve(
+        {signedIn()
+             .then(looked)
+             .then("S: * SEARCH 31\nS: P6 OK\nC: P7 UID FETCH 31 (UID BODY.PEEK[HEADER.FIELDS (MESSAGE-ID "
+                   "DATE)])")
+             .server(stored(31, "<1@x.example>", date))
+             .then("S: P7 OK\nC: P8 APPEND \"Drafts\" (\\Draft \\Seen) [LITERAL]\nS: P8 NO over quota")});
+    expectProtocolError(saving.save(draft(u"second"_s)), u"over quota"_s);
+}
+
+TEST(IMAPTransfers, DeletesNoDraftThatIsNotSurelyTheOneWhoseAnswerWasLost)
+{
+    const std::string_view stores = "C: P6 APPEND \"Drafts\" (\\Draft \\Seen) [LITERAL]\nS: P6 OK";
+    const std::string_view numberless = "C: P4 STATUS \"Drafts\" (UIDNEXT UIDVALIDITY)\nS: P4 OK\n";
+    // Its numbers mean something else now, or mean nothing.
+    for (const std::string_view selection :
+         {"S: * OK [UIDVALIDITY 5]\nS: P5 OK\n", "S: P5 OK\n", "S: P5 NO no\n"}) {
+        Saving saving;
+        saving.loseAnswer();
+        saving.serve(
+            {signedIn().then(numberless).then("C: P5 SELECT \"Drafts\"").then(selection).then(stores)});
+        await(saving.save(draft(u"second"_s)));
+    }
+    // It could be deleted only along with others.
+    Saving saving;
+    saving.loseAnswer();
+    saving.serve({signedIn("MOVE")
+                      .then(numberless)
+                      .then("C: P5 APPEND \"Drafts\" (\\Draft \\Seen) [LITERAL]\nS: P5 OK")});
+    await(saving.save(draft(u"second"_s)));
+    // It is another draft.
+    Saving other;
+    other.loseAnswer();
+    other.serve(
+        {signedIn().then(numberless).then("C: P5 APPEND \"Drafts\" (\\Draft \\Seen) [LITERAL]\nS: P5 OK")});
+    await(other.save(draft(u"second"_s, u"2@x.example"_s)));
+}
+
+TEST(IMAPTransfers, StoresADraftOnceThoughTheOneBeforeCannotBeDeleted)
+{
+    for (const std::string_view end : {"S: P9 NO no", "[CLOSE]"}) {
+        Saving saving;
+        const QByteArray date = dateOf(saving.loseAnswer());
+        saving.serve({signedIn()
+                          .then(looked)
+                          .then("S: * SEARCH 31\nS: P6 OK\nC: P7 UID FETCH 31 (UID BODY.PEEK[HEADER.FIELDS "
+                                "(MESSAGE-ID DATE)])")
+                          .server(stored(31, "<1@x.example>", date))
+                          .then("S: P7 OK\nC: P8 APPEND \"Drafts\" (\\Draft \\Seen) [LITERAL]\nS: P8 OK\n"
+                                "C: P9 UID STORE 31 +FLAGS.SILENT (\\Deleted)")
+                          .then(end)});
+        await(saving.save(draft(u"second"_s)));
+    }
+}
+
+TEST(IMAPTransfers, RemembersTheLatestDraftsWhoseAnswersWereLost)
+{
+    Saving saving;
+    saving.loseAnswer(draft(u"first"_s, u"0@x.example"_s));
+    for (qsizetype number = 1; number <= IMAPTransfers::unansweredLimit; ++number)
+        saving.loseAnswer(draft(u"further"_s, QString::number(number) + u"@x.example"_s));
+    saving.serve({signedIn().then(
+        "C: P4 STATUS \"Drafts\" (UIDNEXT UIDVALIDITY)\nS: P4 OK\n"
+        "C: P5 APPEND \"Drafts\" (\\Draft \\Seen) [LITERAL]\nS: P5 OK\n"
+        "C: P6 STATUS \"Drafts\" (UIDNEXT UIDVALIDITY)\nS: P6 OK\nC: P7 SELECT \"Drafts\"\nS: P7 OK\n"
+        "C: P8 APPEND \"Drafts\" (\\Draft \\Seen) [LITERAL]\nS: P8 OK")});
+    await(saving.save(draft(u"again"_s, u"0@x.example"_s)));
+    // That one was remembered for a moment in the place of the next one.
+    await(saving.save(draft(u"again"_s, u"2@x.example"_s)));
 }
 
 } // namespace
