@@ -108,6 +108,76 @@ TEST(IMAPProvider, ListsAPageNewestFirstWithWhatItsHeadersTell)
     EXPECT_EQ(page.total, 1);
 }
 
+/// The row of a message with this header.
+MessageSummary rowOf(const QByteArray& header)
+{
+    Providing providing(
+        {signedIn()
+             .then("C: P4 SELECT \"INBOX\"\nS: * OK [UIDVALIDITY 7]\nS: P4 OK\nC: P5 UID SEARCH ALL\n"
+                   "S: * SEARCH 9\nS: P5 OK\nC: P6 UID FETCH 9 (UID FLAGS INTERNALDATE RFC822.SIZE "
+                   "BODY.PEEK[HEADER.FIELDS (DATE FROM TO SUBJECT CONTENT-TYPE)])")
+             .server("* 1 FETCH (UID 9 BODY[HEADER.FIELDS (DATE FROM TO SUBJECT CONTENT-TYPE)] {" +
+                     QByteArray::number(header.size()) + "}\r\n" + header + ")\r\n")
+             .then("S: P6 OK\nC: P7 LIST \"\" \"*\"\nS: P7 OK")});
+    const MessagePage page = providing.list();
+    return page.messages.value(0);
+}
+
+TEST(IMAPProvider, TakesTheFirstHundredOfAMillionRecipients)
+{
+    static_assert(IMAPListings::recipientLimit == 100);
+    const MessageSummary row =
+        rowOf("To: First <1@x>, " + QByteArray("a@x, ").repeated(98) + "last@x, " +
+              QByteArray("Somebody <b@x>, ").repeated(1'000'000) + "b@x\r\nSubject: behind it\r\n\r\n");
+    ASSERT_EQ(row.to.size(), 100);
+    EXPECT_EQ(row.to.first(), EmailAddress(u"First"_s, u"1@x"_s));
+    EXPECT_EQ(row.to.last().address, u"last@x"_s);
+    EXPECT_EQ(row.subject, u"behind it");
+}
+
+TEST(IMAPProvider, CutsTheRecipientsOfAnEndlessFieldBetweenTwo)
+{
+    // 65 of these fit: in the beginning of the field, and in no other address of the row.
+    const QByteArray address = QByteArray(998, 'a') + "@x";
+    const MessageSummary row = rowOf("To: " + (address + ", ").repeated(2000) + address + "\r\n\r\n");
+    ASSERT_EQ(row.to.size(), 65);
+    EXPECT_EQ(row.to.last().address, QString::fromLatin1(address));
+    static_assert(IMAPListings::fieldLimit == 65'536);
+    // A field that is read to its end keeps its last one, and so does one of a single address.
+    const QByteArray whole = QByteArray(65'536 - 5, 'a') + ", b@x";
+    EXPECT_EQ(rowOf("To: " + whole + "\r\n\r\n").to, QList<EmailAddress>({EmailAddress({}, u"b@x"_s)}));
+    const QByteArray endless = "a@" + QByteArray(70'000, 'x');
+    EXPECT_EQ(rowOf("To: " + endless + "\r\n\r\n").to.value(0).address.size(), 1000);
+}
+
+TEST(IMAPProvider, CutsTheTextsOfARow)
+{
+    const QByteArray cat = "\xF0\x9F\x90\x88"; // two UTF-16 units
+    const MessageSummary row =
+        rowOf("From: " + QByteArray(201, 'n') + " <" + QByteArray(1001, 'a') + ">\r\nTo: n" +
+              cat.repeated(100) + " <n@x>\r\nSubject: s" + cat.repeated(1'000'000) + "\r\n\r\n");
+    ASSERT_TRUE(row.from);
+    EXPECT_EQ(row.from->name, QString(200, u'n'));
+    EXPECT_EQ(row.from->address, QString(1000, u'a'));
+    // No half of a character stays.
+    EXPECT_EQ(row.to.value(0).name, u'n' + u"\U0001F408"_s.repeated(99));
+    EXPECT_EQ(row.subject, u's' + u"\U0001F408"_s.repeated(999));
+    const MessageSummary longest = rowOf("From: " + QByteArray(200, 'n') + " <" + QByteArray(1000, 'a') +
+                                         ">\r\nSubject: " + QByteArray(2000, 's') + "\r\n\r\n");
+    ASSERT_TRUE(longest.from);
+    EXPECT_EQ(longest.from, EmailAddress(QString(200, u'n'), QString(1000, u'a')));
+    EXPECT_EQ(longest.subject, QString(2000, u's'));
+}
+
+TEST(IMAPProvider, ReadsTheBeginningOfAnEndlessDateAndContentType)
+{
+    const QByteArray endless(1'000'000, 'x');
+    const MessageSummary row = rowOf("Content-Type: multipart/mixed; boundary=" + endless +
+                                     "\r\nDate: Tue, 3 Mar 2026 10:11:12 +0100 (" + endless + ")\r\n\r\n");
+    EXPECT_TRUE(row.hasAttachments);
+    EXPECT_EQ(row.date, QDateTime(QDate(2026, 3, 3), QTime(9, 11, 12), Qt::UTC));
+}
+
 TEST(IMAPProvider, ListsNothingOfAnEmptyMailbox)
 {
     Providing providing(
