@@ -3,6 +3,7 @@
 #include "domain/MailError.h"
 #include "domain/Text.h"
 #include "platform/Tasks.h"
+#include "protocols/ResponseTooLarge.h"
 #include "protocols/TransportCloser.h"
 
 #include <QCoreApplication>
@@ -380,7 +381,7 @@ Task<IMAPResponse> IMAPClient::readResponse()
         addPiece(pieces, block);
         size += block.size();
         if (size > IMAPResponse::sizeLimit)
-            throw MailError::protocolError(tr("Server response too large."));
+            throw ResponseTooLarge(tr("Server response too large."));
     }
     IMAPResponse response = co_await parsed(pieces);
     ++m_answer.responses;
@@ -394,7 +395,7 @@ void IMAPClient::checkAnswer() const
 {
     if (m_answer.size > answerSizeLimit || m_answer.responses > answerResponseLimit ||
         m_answer.values > answerValueLimit)
-        throw MailError::protocolError(tr("Server response too large."));
+        throw ResponseTooLarge(tr("Server response too large."));
 }
 
 Task<IMAPResponse> IMAPClient::parsed(QList<QByteArray> pieces)

@@ -1,6 +1,6 @@
 #include "protocols/LineReader.h"
 
-#include "domain/MailError.h"
+#include "protocols/ResponseTooLarge.h"
 
 #include <QCoreApplication>
 
@@ -41,8 +41,7 @@ Task<QByteArray> LineReader::readLine()
 Task<QByteArray> LineReader::readBytes(qsizetype count)
 {
     if (count > blockLimit)
-        throw MailError::protocolError(
-            QCoreApplication::translate("LineReader", "Server response too large."));
+        throw ResponseTooLarge(QCoreApplication::translate("LineReader", "Server response too large."));
     if (m_buffer.size() - m_offset >= count) {
         const QByteArray block = m_buffer.sliced(m_offset, count);
         m_offset += count;

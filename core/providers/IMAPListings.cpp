@@ -153,6 +153,7 @@ QList<IMAPArg> IMAPListings::searchArgs(const MailboxRef& ref, const std::option
 
 Task<MessagePage> IMAPListings::page(Client client, PageRequest request)
 {
+    request.fetching->m_underway.clear();
     const Listing uids = co_await listing(client, request.ref, request.query, request.refresh);
     MessagePage page = co_await pageOf(client, request, uids);
     co_return page;
@@ -213,12 +214,15 @@ Task<MessagePage> IMAPListings::pageOf(Client client, PageRequest request, Listi
         (known.contains(uid) ? cached : missing).append(uid);
     if (!cached.isEmpty())
         known = co_await refreshFlags(client, cached, known);
-    if (!missing.isEmpty()) {
-        const Summaries fetched = co_await fetchSummaries(client, listing.mailbox, missing);
+    m_boxes.insert(listing.mailbox, {uidValidity, known});
+    while (!missing.isEmpty()) {
+        const QList<qint64> group = missing.first(std::min(missing.size(), request.fetching->m_groupSize));
+        const Summaries fetched = co_await fetchSummaries(client, listing.mailbox, group, request.fetching);
+        missing.remove(0, group.size());
         m_isDirty = m_isDirty || !fetched.isEmpty();
         known.insert(fetched);
+        m_boxes.insert(listing.mailbox, {uidValidity, known});
     }
-    m_boxes.insert(listing.mailbox, {uidValidity, known});
 
     MessagePage result;
     for (const qint64 uid : page) {
@@ -257,15 +261,29 @@ Task<IMAPListings::Summaries> IMAPListings::refreshFlags(Client client, QList<qi
     co_return known;
 }
 
-Task<IMAPListings::Summaries> IMAPListings::fetchSummaries(Client client, QString mailbox,
-                                                           QList<qint64> missing)
+bool IMAPListings::Fetching::askForLess()
 {
-    const QList<IMAPFetch> fetches = co_await client->fetch(
-        missing,
-        u"FLAGS INTERNALDATE RFC822.SIZE BODY.PEEK[HEADER.FIELDS (DATE FROM TO SUBJECT CONTENT-TYPE)]"_s);
+    const QList<qint64> failed = std::exchange(m_underway, {});
+    if (failed.isEmpty() || m_headerless.contains(failed.first()))
+        return false;
+    if (failed.size() == 1)
+        m_headerless.insert(failed.first());
+    m_groupSize = std::max<qsizetype>(failed.size() / 2, 1);
+    return true;
+}
+
+Task<IMAPListings::Summaries> IMAPListings::fetchSummaries(Client client, QString mailbox, QList<qint64> uids,
+                                                           std::shared_ptr<Fetching> fetching)
+{
+    QString items = u"FLAGS INTERNALDATE RFC822.SIZE"_s;
+    if (!fetching->m_headerless.contains(uids.first()))
+        items += u" BODY.PEEK[HEADER.FIELDS (DATE FROM TO SUBJECT CONTENT-TYPE)]"_s;
+    fetching->m_underway = uids;
+    const QList<IMAPFetch> fetches = co_await client->fetch(uids, items);
+    fetching->m_underway.clear();
     const QString displayPath = co_await m_folders.displayPath(mailbox, client);
     const SummaryContext context{m_accountID, mailbox, client->uidValidity().value_or(0), displayPath};
-    const auto build = [fetches, missing, context] { return summariesOf(fetches, missing, context); };
+    const auto build = [fetches, uids, context] { return summariesOf(fetches, uids, context); };
     Summaries summaries = co_await runOnWorker(build);
     co_return summaries;
 }

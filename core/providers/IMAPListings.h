@@ -5,7 +5,10 @@
 #include "providers/IMAPSnapshot.h"
 #include "store/MailCache.h"
 
+#include <QSet>
+
 #include <functional>
+#include <limits>
 #include <memory>
 #include <optional>
 
@@ -22,12 +25,27 @@ namespace Larkhaven {
 class IMAPListings {
 public:
     using Client = IMAPConnection::Client;
+    /// How the rows of a page are asked for, which one failed try teaches the next.
+    class Fetching {
+    public:
+        /// Takes note of an answer that was too large, for which a new connection is needed: half of its
+        /// messages are asked for at once from now on, and of a single one only what isn't in its header.
+        /// False if nothing is left to ask less of.
+        bool askForLess();
+
+    private:
+        friend class IMAPListings;
+        qsizetype m_groupSize = std::numeric_limits<qsizetype>::max(); ///< 1 where any header is too large
+        QSet<qint64> m_headerless;                                     ///< UIDs whose headers are too large
+        QList<qint64> m_underway; ///< UIDs that the answer is awaited for
+    };
     struct PageRequest {
         MailboxRef ref;
         std::optional<QString> query;
         qint64 offset;
         qint64 limit;
         bool refresh;
+        std::shared_ptr<Fetching> fetching; ///< the same for all tries
     };
 
     /// How much a row takes of what an untrusted sender writes. In UTF-16 units: of a header field before
@@ -54,6 +72,7 @@ public:
     /// Writes the snapshot if anything has changed.
     Task<> persist();
 
+    /// Fails with `ResponseTooLarge`; what has come until then is known to the next try.
     Task<MessagePage> page(Client client, PageRequest request);
     Task<qint64> lastOffset(Client client, MailboxRef ref, std::optional<QString> query, qint64 pageSize);
 
@@ -80,7 +99,8 @@ private:
     Task<Listing> listing(Client client, MailboxRef ref, std::optional<QString> query, bool refresh);
     Task<MessagePage> pageOf(Client client, PageRequest request, Listing listing);
     Task<Summaries> refreshFlags(Client client, QList<qint64> cached, Summaries known);
-    Task<Summaries> fetchSummaries(Client client, QString mailbox, QList<qint64> missing);
+    Task<Summaries> fetchSummaries(Client client, QString mailbox, QList<qint64> uids,
+                                   std::shared_ptr<Fetching> fetching);
     Summaries cachedMessages(const QString& mailbox, qint64 uidValidity);
     /// The box of the group, if it is of the same UIDVALIDITY.
     IMAPBox* box(const IMAPMessageGroup& group);

@@ -4,6 +4,7 @@
 #include "domain/Text.h"
 #include "format/MessageComposer.h"
 #include "platform/Tasks.h"
+#include "protocols/ResponseTooLarge.h"
 #include "protocols/SMTPClient.h"
 #include "providers/ConnectionTrial.h"
 
@@ -117,11 +118,28 @@ Task<MessagePage> IMAPProvider::listMessages(MailboxRef ref, std::optional<QStri
 {
     const auto self = shared_from_this();
     co_await m_listings.load();
-    const IMAPListings::PageRequest request{ref, query, offset, limit, refresh};
-    const auto body = [this, request](Client client) { return m_listings.page(std::move(client), request); };
-    MessagePage page = co_await withClient(body);
+    const auto fetching = std::make_shared<IMAPListings::Fetching>();
+    MessagePage page = co_await pageInTries({ref, query, offset, limit, refresh, fetching});
     co_await m_listings.persist();
     co_return page;
+}
+
+Task<MessagePage> IMAPProvider::pageInTries(IMAPListings::PageRequest request)
+{
+    for (;;) {
+        try {
+            const auto body = [this, request](Client client) {
+                return m_listings.page(std::move(client), request);
+            };
+            MessagePage page = co_await withClient(body);
+            co_return page;
+        } catch (const ResponseTooLarge&) {
+            if (!request.fetching->askForLess())
+                throw;
+        }
+        // The UIDs that the page is of are known by now.
+        request.refresh = false;
+    }
 }
 
 Task<qint64> IMAPProvider::lastPageOffset(MailboxRef ref, std::optional<QString> query, qint64 pageSize)

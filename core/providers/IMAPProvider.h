@@ -81,6 +81,9 @@ private:
     template <typename Body>
     std::invoke_result_t<Body, Client> withClient(Body body, Turnstile::Order order = Turnstile::Order::next);
 
+    /// The page; as long as its answer is too large, it is asked for in smaller pieces.
+    Task<MessagePage> pageInTries(IMAPListings::PageRequest request);
+
     // Bodies and pieces of bodies: they run while they own the client.
     /// Selects the mailbox of the group, if its messages are still the same ones.
     Task<> select(Client client, IMAPMessageGroup group);

@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <gtest/gtest.h>
+#include <string>
 
 using namespace Qt::StringLiterals;
 
@@ -176,6 +177,97 @@ TEST(IMAPProvider, ReadsTheBeginningOfAnEndlessDateAndContentType)
                                      "\r\nDate: Tue, 3 Mar 2026 10:11:12 +0100 (" + endless + ")\r\n\r\n");
     EXPECT_TRUE(row.hasAttachments);
     EXPECT_EQ(row.date, QDateTime(QDate(2026, 3, 3), QTime(9, 11, 12), Qt::UTC));
+}
+
+// --- Pages that are too large
+
+const std::string headerItems = " (UID FLAGS INTERNALDATE RFC822.SIZE BODY.PEEK[HEADER.FIELDS (DATE FROM TO "
+                                "SUBJECT CONTENT-TYPE)])\n";
+const std::string fourFound = "C: P4 SELECT \"INBOX\"\nS: * OK [UIDVALIDITY 7]\nS: P4 OK\n"
+                              "C: P5 UID SEARCH ALL\nS: * SEARCH 6 7 8 9\nS: P5 OK\n";
+const std::string selectedAgain = "C: P4 SELECT \"INBOX\"\nS: * OK [UIDVALIDITY 7]\nS: P4 OK\n";
+const std::string oneTooLarge = "S: * 1 FETCH (UID 6 BODY[X] {104857601}";
+
+TEST(IMAPProvider, FetchesWhatIsTooLargeForOneAnswerInHalvesAndAtLastWithoutHeaders)
+{
+    Providing providing(
+        {signedIn().then(fourFound + "C: P6 UID FETCH 6:9" + headerItems +
+                         "S: * 4 FETCH (UID 9 BODY[X] \"Subject: lost\")\n" + oneTooLarge),
+         signedIn().then(selectedAgain + "C: P5 UID FETCH 8:9" + headerItems +
+                         "S: * 4 FETCH (UID 9 BODY[X] \"Subject: nine\")\n"
+                         "S: * 3 FETCH (UID 8 BODY[X] \"Subject: eight\")\nS: P5 OK\n"
+                         "C: P6 LIST \"\" \"*\"\nS: P6 OK\n"
+                         "C: P7 UID FETCH 6:7" +
+                         headerItems + oneTooLarge),
+         signedIn().then(selectedAgain +
+                         "C: P5 UID FETCH 8:9 (UID FLAGS)\nS: * 3 FETCH (UID 8 FLAGS ())\n"
+                         "S: * 4 FETCH (UID 9 FLAGS ())\nS: P5 OK\nC: P6 UID FETCH 7" +
+                         headerItems +
+                         "S: * 2 FETCH (UID 7 BODY[X] \"Subject: seven\")\nS: P6 OK\nC: P7 UID FETCH 6" +
+                         headerItems + oneTooLarge),
+         signedIn().then(selectedAgain +
+                         "C: P5 UID FETCH 7:9 (UID FLAGS)\nS: * 2 FETCH (UID 7 FLAGS ())\n"
+                         "S: * 3 FETCH (UID 8 FLAGS ())\nS: * 4 FETCH (UID 9 FLAGS (\\Seen))\nS: P5 OK\n"
+                         "C: P6 UID FETCH 6 (UID FLAGS INTERNALDATE RFC822.SIZE)\n"
+                         "S: * 1 FETCH (UID 6 FLAGS (\\Flagged) INTERNALDATE \" 3-Mar-2026 10:11:12 +0100\" "
+                         "RFC822.SIZE 104900000)\nS: P6 OK\n"
+                         // It is known from now on.
+                         "C: P7 UID FETCH 6:9 (UID FLAGS)\nS: * 1 FETCH (UID 6 FLAGS ())\nS: P7 OK")});
+    const MessagePage page = providing.list();
+    ASSERT_EQ(idsOf(page), QStringList({u"9.7:INBOX"_s, u"8.7:INBOX"_s, u"7.7:INBOX"_s, u"6.7:INBOX"_s}));
+    EXPECT_EQ(page.messages[0].subject, u"nine");
+    EXPECT_TRUE(page.messages[0].isRead);
+    EXPECT_EQ(page.messages[1].subject, u"eight");
+    EXPECT_EQ(page.messages[2].subject, u"seven");
+    const MessageSummary& bare = page.messages[3];
+    EXPECT_EQ(bare.subject, QString());
+    EXPECT_FALSE(bare.from);
+    EXPECT_TRUE(bare.isStarred);
+    EXPECT_EQ(bare.size, 104'900'000);
+    EXPECT_EQ(bare.date, QDateTime(QDate(2026, 3, 3), QTime(9, 11, 12), Qt::UTC));
+    EXPECT_EQ(idsOf(providing.list(inbox, 0, 50, false)), QStringList(u"6.7:INBOX"_s));
+}
+
+TEST(IMAPProvider, FailsWhereAPageIsTooLargeWithoutHeadersToo)
+{
+    const std::string found = "C: P4 SELECT \"INBOX\"\nS: * OK [UIDVALIDITY 7]\nS: P4 OK\n"
+                              "C: P5 UID SEARCH ALL\nS: * SEARCH 6\nS: P5 OK\n";
+    Providing providing(
+        {signedIn().then(found + "C: P6 UID FETCH 6" + headerItems + oneTooLarge),
+         signedIn().then(selectedAgain + "C: P5 UID FETCH 6 (UID FLAGS INTERNALDATE RFC822.SIZE)\n" +
+                         oneTooLarge)});
+    expectProtocolError(providing->listMessages(inbox, std::nullopt, 0, 50, true),
+                        u"Server response too large."_s);
+}
+
+TEST(IMAPProvider, AsksOnceForAListingThatIsTooLarge)
+{
+    Providing searching(
+        session("C: P4 SELECT \"INBOX\"\nS: P4 OK\nC: P5 UID SEARCH ALL\nS: * SEARCH {104857601}"));
+    expectProtocolError(searching->listMessages(inbox, std::nullopt, 0, 50, true),
+                        u"Server response too large."_s);
+    Providing known({listedOnce("C: P8 UID FETCH 3,5 (UID FLAGS)\nS: * 1 FETCH (UID 3 FLAGS {104857601}")});
+    known.list();
+    expectProtocolError(known->listMessages(inbox, std::nullopt, 0, 50, false),
+                        u"Server response too large."_s);
+    // Nor is a page asked for again that was only lost before.
+    Providing lost(
+        {listedOnce("C: P8 SELECT \"INBOX\"\nS: * OK [UIDVALIDITY 7]\nS: P8 OK\n"
+                    "C: P9 UID SEARCH ALL\nS: * SEARCH 3 5 9 10\nS: P9 OK\n"
+                    "C: P10 UID FETCH 3,5 (UID FLAGS)\nS: * 1 FETCH (UID 3 FLAGS ())\n"
+                    "S: * 2 FETCH (UID 5 FLAGS ())\nS: P10 OK\nC: P11 UID FETCH 9:10" +
+                    headerItems + "[CLOSE]"),
+         signedIn().then("C: P4 SELECT \"INBOX\"\nS: * OK [UIDVALIDITY 7]\nS: P4 OK\n"
+                         "C: P5 UID SEARCH ALL\nS: * SEARCH 3 5 9 10\nS: P5 OK\n"
+                         "C: P6 UID FETCH 3,5 (UID FLAGS)\nS: * 1 FETCH (UID 3 FLAGS {104857601}")});
+    lost.list();
+    expectProtocolError(lost->listMessages(inbox, std::nullopt, 0, 50, true),
+                        u"Server response too large."_s);
+    // A refusal in the same words is a refusal.
+    Providing refused({signedIn().then(fourFound + "C: P6 UID FETCH 6:9" + headerItems +
+                                       "S: P6 NO Server response too large.")});
+    expectProtocolError(refused->listMessages(inbox, std::nullopt, 0, 50, true),
+                        u"Server response too large."_s);
 }
 
 TEST(IMAPProvider, ListsNothingOfAnEmptyMailbox)
