@@ -5,35 +5,32 @@
 #include <QCoreApplication>
 
 #include <algorithm>
+#include <unicode/uchar.h>
 
 namespace Larkhaven::SourceText {
 
 namespace {
 
-constexpr char16_t replacement = 0xfffd;
+constexpr char32_t replacement = 0xfffd;
 /// The picture of the first control; those of the others follow.
-constexpr char16_t controlPictures = 0x2400;
+constexpr char32_t controlPictures = 0x2400;
 
-char16_t visible(QChar character)
+/// Of the categories that aren't shown, and what a font need not show (Default_Ignorable_Code_Point): fillers
+/// of Hangul are letters by their category.
+bool isUnseen(UChar32 character)
 {
-    const char16_t unit = character.unicode();
-    if (unit == u'\t' || (unit >= 0x20 && unit < 0x7f))
-        return unit;
-    if (unit < 0x20)
-        return static_cast<char16_t>(controlPictures + unit);
-    switch (character.category()) {
-    case QChar::Other_Control:
-    case QChar::Other_Format:
-    case QChar::Other_NotAssigned:
-    case QChar::Other_PrivateUse:
-    case QChar::Separator_Line:
-    case QChar::Separator_Paragraph:
-    case QChar::Mark_Enclosing:
-    case QChar::Mark_NonSpacing:
-        return replacement;
-    default:
-        return unit;
-    }
+    constexpr uint32_t unseen = U_GC_C_MASK | U_GC_ZL_MASK | U_GC_ZP_MASK | U_GC_MN_MASK | U_GC_ME_MASK;
+    return (U_GET_GC_MASK(character) & unseen) != 0 ||
+           u_hasBinaryProperty(character, UCHAR_DEFAULT_IGNORABLE_CODE_POINT) != 0;
+}
+
+char32_t visible(char32_t character)
+{
+    if (character == U'\t' || (character >= 0x20 && character < 0x7f))
+        return character;
+    if (character < 0x20)
+        return controlPictures + character;
+    return isUnseen(static_cast<UChar32>(character)) ? replacement : character;
 }
 
 /// Where a piece of at most `longestLine` bytes ends that cuts no character of UTF-8 in two.
@@ -49,9 +46,9 @@ qsizetype pieceEnd(QByteArrayView line)
 
 void addLine(QByteArrayView line, QString& result)
 {
-    const QString text = Text::fromRepairedUTF8(line);
-    for (const QChar character : text)
-        result += QChar(visible(character));
+    const QList<uint> characters = Text::fromRepairedUTF8(line).toUcs4();
+    for (const uint character : characters)
+        result += QChar::fromUcs4(visible(character));
     result += u'\n';
 }
 
