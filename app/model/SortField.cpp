@@ -3,6 +3,8 @@
 #include <QCollator>
 #include <QCoreApplication>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace Larkhaven {
@@ -46,6 +48,15 @@ QString title(SortField field)
     Q_UNREACHABLE();
 }
 
+namespace {
+
+QStringView compared(QStringView text)
+{
+    return text.first(std::min(text.size(), mostCompared));
+}
+
+} // namespace
+
 int compareTexts(const QString& left, const QString& right)
 {
     static const QCollator collator = [] {
@@ -54,7 +65,7 @@ int compareTexts(const QString& left, const QString& right)
         words.setNumericMode(true);
         return words;
     }();
-    return collator.compare(left, right);
+    return collator.compare(compared(left), compared(right));
 }
 
 namespace {
@@ -67,7 +78,12 @@ int compareStates(bool left, bool right)
 
 QString senderText(const MessageSummary& row)
 {
-    return row.from ? row.from->displayName() : QString();
+    if (!row.from)
+        return {};
+    EmailAddress sender = *row.from;
+    // Where there is no name, the address is taken apart.
+    sender.address = compared(sender.address).toString();
+    return sender.displayName();
 }
 
 } // namespace

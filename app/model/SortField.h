@@ -23,10 +23,13 @@ struct SortComparator {
     bool operator==(const SortComparator&) const = default;
 };
 
-/// The order of two texts as the user's locale sorts words.
+/// How far two texts are compared, in UTF-16 units: untrusted senders write them, as long as they like.
+inline constexpr qsizetype mostCompared = 1'000;
+
+/// The order of two texts as the user's locale sorts words, by their first `mostCompared` units.
 int compareTexts(const QString& left, const QString& right);
 /// The order of two rows in the field, ascending: negative, 0 or positive. Unread, starred and rows with
-/// attachments come before others. Texts are compared as the user's locale sorts words.
+/// attachments come before others. Texts are compared by `compareTexts`.
 int compare(const MessageSummary& left, const MessageSummary& right, SortField field);
 
 } // namespace Larkhaven

@@ -37,6 +37,37 @@ TEST_F(SortFieldTest, ComparesSendersAndSubjectsWithoutRegardToCase)
     EXPECT_GT(compare(left, right, SortField::subject), 0);
 }
 
+TEST_F(SortFieldTest, PutsATextBeforeALongerOneThatBeginsWithIt)
+{
+    EXPECT_LT(compareTexts(u"Invoice"_s, u"invoice 1"_s), 0);
+    EXPECT_GT(compareTexts(u"a"_s, {}), 0);
+    EXPECT_EQ(compareTexts(u"Zoë"_s, u"zoË"_s), 0);
+}
+
+TEST_F(SortFieldTest, ComparesTextsNoFurtherThanTheirFirstThousandUnits)
+{
+    const QString start(999, u'x');
+    EXPECT_LT(compareTexts(start + u"a"_s, start + u"b"_s), 0);
+    EXPECT_GT(compareTexts(start + u"b"_s, start + u"a"_s), 0);
+    EXPECT_EQ(compareTexts(start + u"xa"_s, start + u"xb"_s), 0);
+    EXPECT_EQ(compareTexts(start + u"x"_s, start + u"xb"_s), 0);
+    EXPECT_EQ(compareTexts(start + u"xa"_s, start + u"x"_s), 0);
+    left.subject = start + u"xa"_s;
+    right.subject = start + u"xb"_s;
+    EXPECT_EQ(compare(left, right, SortField::subject), 0);
+}
+
+TEST_F(SortFieldTest, ReadsASenderWithoutANameNoFurtherThanThat)
+{
+    const QString start(999, u'@');
+    left.from = EmailAddress({}, start + u"b@x"_s);
+    right.from = EmailAddress({}, start + u"c@x"_s);
+    EXPECT_LT(compare(left, right, SortField::from), 0);
+    left.from = EmailAddress({}, start + u"@b@x"_s);
+    right.from = EmailAddress({}, start + u"@c@x"_s);
+    EXPECT_EQ(compare(left, right, SortField::from), 0);
+}
+
 TEST_F(SortFieldTest, ComparesDates)
 {
     right.date = left.date.addSecs(1);
