@@ -13,17 +13,16 @@ namespace Larkhaven {
 
 namespace {
 
-/// More than these of a mass mailing would push the message off the pane.
-constexpr qsizetype shownAddresses = 60;
 /// In UTF-16 units; there may be many of them.
 constexpr qsizetype longestName = 200;
+constexpr qsizetype longestNames = ShownAddresses::mostShown * (longestName + 3);
 
 QString joined(const QList<EmailAddress>& addresses, QString (*text)(const EmailAddress&))
 {
     QStringList texts;
-    for (const EmailAddress& address : addresses.first(std::min(addresses.size(), shownAddresses)))
+    for (const EmailAddress& address : addresses.first(std::min(addresses.size(), ShownAddresses::mostShown)))
         texts.append(text(address));
-    if (addresses.size() > shownAddresses)
+    if (addresses.size() > ShownAddresses::mostShown)
         texts.append(u"…"_s);
     return texts.join(u", "_s);
 }
@@ -36,6 +35,19 @@ QString mailbox(const EmailAddress& address)
 
 } // namespace
 
+ShownAddresses ShownAddresses::of(const QList<EmailAddress>& addresses)
+{
+    const QString names = joined(addresses, [](const EmailAddress& address) {
+        return DisplayText::bounded(address.displayName(), longestName);
+    });
+    QStringList copied;
+    copied.reserve(addresses.size());
+    for (const EmailAddress& address : addresses)
+        copied.append(address.address);
+    return {DisplayText::bounded(names, longestNames), DisplayText::bounded(joined(addresses, mailbox)),
+            copied.join(u", "_s), addresses.size()};
+}
+
 AddressLabel::AddressLabel(QWidget* parent)
     : QLabel(parent)
 {
@@ -44,27 +56,17 @@ AddressLabel::AddressLabel(QWidget* parent)
     setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
 }
 
-void AddressLabel::setAddresses(const QList<EmailAddress>& addresses, const QString& placeholder)
+void AddressLabel::setAddresses(const ShownAddresses& addresses, const QString& placeholder)
 {
-    m_addresses = addresses;
-    const QString names = joined(addresses, [](const EmailAddress& address) {
-        return DisplayText::bounded(address.displayName(), longestName);
-    });
-    constexpr qsizetype longest = shownAddresses * (longestName + 3);
-    setText(addresses.isEmpty() ? placeholder : DisplayText::bounded(names, longest));
-    setToolTip(DisplayText::toolTip(joined(addresses, mailbox)));
+    m_copied = addresses.copied;
+    setText(addresses.count == 0 ? placeholder : DisplayText::bounded(addresses.names, longestNames));
+    setToolTip(DisplayText::toolTip(addresses.mailboxes));
 }
 
 void AddressLabel::copy()
 {
-    if (m_addresses.isEmpty()) {
-        QGuiApplication::clipboard()->setText(hasSelectedText() ? selectedText() : text());
-        return;
-    }
-    QStringList texts;
-    for (const EmailAddress& address : m_addresses)
-        texts.append(address.address);
-    QGuiApplication::clipboard()->setText(texts.join(u", "_s));
+    const QString own = hasSelectedText() ? selectedText() : text();
+    QGuiApplication::clipboard()->setText(m_copied.isEmpty() ? own : m_copied);
 }
 
 void AddressLabel::keyPressEvent(QKeyEvent* event)

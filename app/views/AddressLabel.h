@@ -6,6 +6,22 @@
 
 namespace Larkhaven {
 
+/// What a label shows of addresses that an untrusted sender wrote. Both texts have passed `DisplayText`, and
+/// hold the first `mostShown` addresses, with an ellipsis where there are more.
+struct ShownAddresses {
+    static constexpr qsizetype mostShown = 60;
+
+    QString names;
+    QString mailboxes;   ///< with their names
+    QString copied;      ///< every address, with ", " between them
+    qsizetype count = 0; ///< of the addresses, including those that aren't shown
+
+    /// Pure, from any thread. Linear: there may be a million of them, so it is work for a worker.
+    static ShownAddresses of(const QList<EmailAddress>& addresses);
+
+    bool operator==(const ShownAddresses&) const = default;
+};
+
 /// Shows addresses by their names, selectable and on as many lines as they take, up to a few. The addresses
 /// themselves stand in the tooltip and are what Copy takes.
 class AddressLabel : public QLabel {
@@ -14,8 +30,8 @@ class AddressLabel : public QLabel {
 public:
     explicit AddressLabel(QWidget* parent = nullptr);
 
-    void setAddresses(const QList<EmailAddress>& addresses, const QString& placeholder);
-    const QList<EmailAddress>& addresses() const { return m_addresses; }
+    /// Shows the placeholder where there are none.
+    void setAddresses(const ShownAddresses& addresses, const QString& placeholder);
 
 protected:
     void contextMenuEvent(QContextMenuEvent* event) override;
@@ -24,7 +40,7 @@ protected:
 private:
     void copy();
 
-    QList<EmailAddress> m_addresses;
+    QString m_copied;
 };
 
 } // namespace Larkhaven

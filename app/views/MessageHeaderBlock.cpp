@@ -1,6 +1,5 @@
 #include "views/MessageHeaderBlock.h"
 
-#include "views/AddressLabel.h"
 #include "views/DisplayText.h"
 #include "views/FlatButton.h"
 #include "views/RowText.h"
@@ -14,6 +13,12 @@
 using namespace Qt::StringLiterals;
 
 namespace Larkhaven {
+
+ShownHeaders ShownHeaders::read(const MIMEHeaders& headers)
+{
+    return {DisplayText::bounded(headers.subject()), ShownAddresses::of(headers.from()),
+            ShownAddresses::of(headers.to()), ShownAddresses::of(headers.cc()), headers.date()};
+}
 
 MessageHeaderBlock::MessageHeaderBlock(QWidget* parent)
     : QWidget(parent)
@@ -59,24 +64,24 @@ MessageHeaderBlock::Row MessageHeaderBlock::addRow(const QString& name, const QS
     return labels;
 }
 
-void MessageHeaderBlock::setAddresses(const Row& row, const QList<EmailAddress>& addresses,
+void MessageHeaderBlock::setAddresses(const Row& row, const ShownAddresses& addresses,
                                       const QString& placeholder)
 {
     static_cast<AddressLabel*>(row.value)->setAddresses(addresses, placeholder);
-    const bool isShown = !addresses.isEmpty() || !placeholder.isEmpty();
+    const bool isShown = addresses.count > 0 || !placeholder.isEmpty();
     row.name->setVisible(isShown);
     row.value->setVisible(isShown);
 }
 
-void MessageHeaderBlock::setHeaders(const MIMEHeaders& headers, const std::optional<QDateTime>& fallbackDate)
+void MessageHeaderBlock::setHeaders(const ShownHeaders& headers, const std::optional<QDateTime>& fallbackDate)
 {
-    const QString subject = headers.subject();
-    m_subject->setText(subject.isEmpty() ? tr("(no subject)") : DisplayText::bounded(subject));
-    setAddresses(m_from, headers.from(), tr("Unknown"));
-    setAddresses(m_to, headers.to(), tr("Undisclosed recipients"));
-    setAddresses(m_cc, headers.cc(), {});
+    m_subject->setText(headers.subject.isEmpty() ? tr("(no subject)")
+                                                 : DisplayText::bounded(headers.subject));
+    setAddresses(m_from, headers.from, tr("Unknown"));
+    setAddresses(m_to, headers.to, tr("Undisclosed recipients"));
+    setAddresses(m_cc, headers.cc, {});
 
-    std::optional<QDateTime> date = headers.date();
+    std::optional<QDateTime> date = headers.date;
     if (!date)
         date = fallbackDate;
     const QLocale locale;

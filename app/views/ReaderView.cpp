@@ -7,7 +7,6 @@
 #include "safety/LinkCleaner.h"
 #include "views/AttachmentsRow.h"
 #include "views/EmptyStateView.h"
-#include "views/MessageHeaderBlock.h"
 #include "views/NoticeBanner.h"
 #include "views/PlainAlert.h"
 #include "views/ReaderBanner.h"
@@ -172,6 +171,7 @@ void ReaderView::showMessage(const QString& messageID)
     ++m_generation;
     m_messageID = messageID;
     m_parsed.reset();
+    m_shownHeaders = {};
     m_rendered.reset();
     m_loadError.reset();
     m_pendingLink.reset();
@@ -185,6 +185,7 @@ void ReaderView::close()
     ++m_generation;
     m_messageID.clear();
     m_parsed.reset();
+    m_shownHeaders = {};
     m_rendered.reset();
     m_message->clear();
     m_attachments->setAttachments({});
@@ -203,9 +204,12 @@ Task<> ReaderView::load(QString messageID)
     std::exception_ptr failure;
     try {
         ParsedMessage parsed = co_await fetchParsed(provider, messageID);
+        const auto read = [headers = parsed.headers] { return ShownHeaders::read(headers); };
+        ShownHeaders shownHeaders = co_await runOnWorker(read);
         if (!self || m_generation != generation)
             co_return;
         m_parsed = std::move(parsed);
+        m_shownHeaders = std::move(shownHeaders);
     } catch (...) {
         failure = std::current_exception();
     }
@@ -252,7 +256,7 @@ void ReaderView::setShowRemote(bool isShown)
 QString ReaderView::title() const
 {
     const std::optional<MessageSummary> summary = m_model.message(m_messageID);
-    const QString subject = m_parsed ? m_parsed->headers.subject() : summary ? summary->subject : QString();
+    const QString subject = m_parsed ? m_shownHeaders.subject : summary ? summary->subject : QString();
     return subject.isEmpty() ? tr("(no subject)") : subject;
 }
 
@@ -269,7 +273,7 @@ void ReaderView::update()
         return;
     }
     const std::optional<MessageSummary> summary = m_model.message(m_messageID);
-    m_headers->setHeaders(m_parsed->headers, summary ? std::optional(summary->date) : std::nullopt);
+    m_headers->setHeaders(m_shownHeaders, summary ? std::optional(summary->date) : std::nullopt);
     m_banner->setState(m_rendered->blockedRemoteImages > 0 && !m_showRemote, m_rendered->trackers);
     m_incomplete->setVisible(m_parsed->isIncomplete);
     m_attachments->setAttachments(m_parsed->listedAttachments());

@@ -4,6 +4,7 @@
 #include "model/AppModel.h"
 #include "safety/LinkRecord.h"
 #include "safety/SanitizedHTML.h"
+#include "views/MessageHeaderBlock.h"
 
 #include <QUrl>
 #include <QWidget>
@@ -18,7 +19,6 @@ namespace Larkhaven {
 
 class AttachmentsRow;
 class EmptyStateView;
-class MessageHeaderBlock;
 class NoticeBanner;
 class ReaderBanner;
 class SecureMessageView;
@@ -48,7 +48,7 @@ public:
     /// Lets go of the message.
     void close();
 
-    /// The decoded subject or "(no subject)".
+    /// The decoded subject (as `DisplayText` gives it, once the message is there) or "(no subject)".
     QString title() const;
     const std::optional<SanitizedHTML>& rendered() const { return m_rendered; }
     const std::optional<QString>& loadError() const { return m_loadError; }
@@ -86,6 +86,7 @@ private:
     quint64 m_generation =
         0; ///< tells what was started for the message on screen from what was started before
     std::optional<ParsedMessage> m_parsed;
+    ShownHeaders m_shownHeaders; ///< of `m_parsed`, read on a worker
     std::optional<SanitizedHTML> m_rendered;
     std::optional<QString> m_loadError;
     bool m_showRemote = false;

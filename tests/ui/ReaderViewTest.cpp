@@ -4,6 +4,7 @@
 #include "domain/MailError.h"
 #include "safety/LinkCleaner.h"
 #include "support/QtPrinters.h"
+#include "support/TurnMeter.h"
 #include "views/AddressLabel.h"
 #include "views/AttachmentChip.h"
 #include "views/ComposeWindows.h"
@@ -125,6 +126,26 @@ TEST_F(ReaderViewTest, ShowsAddressesInTheTooltipAndCopiesThem)
     QContextMenuEvent event(QContextMenuEvent::Mouse, QPoint(4, 4), to.mapToGlobal(QPoint(4, 4)));
     QApplication::sendEvent(&to, &event);
     EXPECT_EQ(QApplication::clipboard()->text(), u"mia@example.org, carl@example.org");
+}
+
+/// How long it holds the main thread is printed, never asserted.
+TEST_F(ReaderViewTest, ShowsAMassMailingByItsFirstAddressesAndCopiesAll)
+{
+    const qsizetype count = 200'000;
+    open("Subject: x\r\n\r\nHello");
+    mail->fixture.provider().setRaw(u"2"_s,
+                                    "From: ada@example.com\r\nTo: " + QByteArray("a@b,").repeated(count) +
+                                        "\r\nSubject: many\r\n\r\nHello");
+    TurnMeter meter;
+    meter.step([&] { mail->model().open(*mail->model().message(u"2"_s)); });
+    ASSERT_TRUE(
+        meter.until([&] { return label("readerSubject").text() == u"many"; }, std::chrono::seconds(60)));
+    const TurnMeter::Turn turn = meter.takeLongest();
+    std::printf("%lld addresses: longest turn %.0f ms\n", static_cast<long long>(count), turn.wall);
+    EXPECT_EQ(label("readerTo").text(), u"a, "_s.repeated(60) + u"…"_s);
+    EXPECT_EQ(mail->window->windowTitle(), u"many"_s);
+    QTest::keySequence(&label("readerTo"), QKeySequence::Copy);
+    EXPECT_EQ(QApplication::clipboard()->text().count(u'@'), count);
 }
 
 TEST_F(ReaderViewTest, ShowsAnEmptyPageWithItsAttachmentsWhereAMessageHasNoBody)
