@@ -2,9 +2,12 @@
 
 #include "model/DraftGate.h"
 
+#include <QAction>
 #include <QClipboard>
+#include <QContextMenuEvent>
 #include <QDropEvent>
 #include <QGuiApplication>
+#include <QMenu>
 #include <QMimeData>
 
 #include <limits>
@@ -16,14 +19,18 @@ namespace {
 /// A field notes each letter that comes in. What it refuses in any case doesn't reach it. In UTF-16 units.
 constexpr qsizetype longestText = 1'000'000;
 
+QString clipboardText()
+{
+    return QGuiApplication::clipboard()->text();
+}
+
 /// The text that the event brings into a field at once.
 QString textOf(const QEvent& event)
 {
     switch (event.type()) {
     case QEvent::KeyPress:
-        return static_cast<const QKeyEvent&>(event).matches(QKeySequence::Paste)
-                   ? QGuiApplication::clipboard()->text()
-                   : QString();
+        return static_cast<const QKeyEvent&>(event).matches(QKeySequence::Paste) ? clipboardText()
+                                                                                 : QString();
     case QEvent::MouseButtonRelease:
         return static_cast<const QMouseEvent&>(event).button() == Qt::MiddleButton
                    ? QGuiApplication::clipboard()->text(QClipboard::Selection)
@@ -51,10 +58,37 @@ LineGate::LineGate(qsizetype mostEffort, QLineEdit* line)
 
 bool LineGate::eventFilter(QObject*, QEvent* event)
 {
+    if (event->type() == QEvent::ContextMenu) {
+        showMenu(static_cast<const QContextMenuEvent*>(event)->globalPos());
+        return true;
+    }
     if (textOf(*event).size() <= longestText)
         return false;
     Q_EMIT refused();
     return true;
+}
+
+/// The field's own menu, with a Paste that looks at the clipboard first: what is in it may change while the
+/// menu is open.
+void LineGate::showMenu(const QPoint& place)
+{
+    QMenu* const menu = m_line->createStandardContextMenu();
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    const QList<QAction*> actions = menu->actions();
+    for (QAction* const action : actions) {
+        // Qt 6.4 gives its actions no names; Paste is the one that was connected to it.
+        if (disconnect(action, SIGNAL(triggered()), m_line, SLOT(paste())))
+            connect(action, &QAction::triggered, this, &LineGate::paste);
+    }
+    menu->popup(place);
+}
+
+void LineGate::paste()
+{
+    if (clipboardText().size() > longestText)
+        Q_EMIT refused();
+    else
+        m_line->paste();
 }
 
 void LineGate::load(const QString& text)

@@ -27,6 +27,9 @@ Q_SIGNALS:
     void refused() const;
 
 private:
+    void showMenu(const QPoint& place);
+    void paste();
+
     qsizetype m_mostEffort;
     QLineEdit* m_line;
     mutable QString m_accepted; ///< the last text that wasn't too much

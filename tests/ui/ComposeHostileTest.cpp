@@ -10,9 +10,14 @@
 #include <QClipboard>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
 #include <QMimeData>
+#include <QPointer>
 #include <QTest>
 #include <QTextBlock>
+#include <QWindow>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -189,6 +194,47 @@ TEST_F(ComposeHostileTest, FieldsOfOneLineTakeNoMoreThanTheyCanLayOut)
         closeAll();
         print(paste.name + u", in a field"_s);
     }
+}
+
+/// Chooses Paste of the field's menu, as a user does: a right click, and a click on the entry.
+void pasteByMenu(QLineEdit& line)
+{
+    QWindow* const window = line.window()->windowHandle();
+    const QPoint place = line.mapTo(line.window(), line.rect().center());
+    QTest::mouseClick(window, Qt::RightButton, {}, place);
+    ASSERT_TRUE(waitUntil([] { return qobject_cast<QMenu*>(QApplication::activePopupWidget()) != nullptr; }));
+    const QPointer<QMenu> menu = static_cast<QMenu*>(QApplication::activePopupWidget());
+    const QList<QAction*> actions = menu->actions();
+    const auto paste = std::ranges::find_if(
+        actions, [](const QAction* action) { return action->text().startsWith(u"&Paste"_s); });
+    ASSERT_TRUE(paste != actions.end() && (*paste)->isEnabled());
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(menu));
+    QTest::mouseClick(menu->windowHandle(), Qt::LeftButton, {}, menu->actionGeometry(*paste).center());
+    ASSERT_TRUE(waitUntil([&] { return menu.isNull(); }));
+}
+
+TEST_F(ComposeHostileTest, TheMenuOfAFieldPastesNoMoreThanItsKey)
+{
+    ComposeWindow& window = open(addressed());
+    for (QLineEdit* const line : {&child<QLineEdit>(window, "subject"), &field(window, "to").line()}) {
+        line->setFocus();
+        line->end(false);
+        QTest::keyClicks(line, u"x"_s);
+        line->home(false);
+        const QString before = line->text();
+        QApplication::clipboard()->setText(QString(1'000'001, u'y'));
+        meter.step([&] { pasteByMenu(*line); });
+        EXPECT_EQ(line->text(), before);
+        // The field hasn't seen the text: what was typed can still be taken back, and the cursor stays.
+        EXPECT_EQ(line->cursorPosition(), 0);
+        EXPECT_TRUE(line->isUndoAvailable());
+        QApplication::clipboard()->setText(u"b@example.com, "_s);
+        pasteByMenu(*line);
+        EXPECT_EQ(line->text(), u"b@example.com, "_s + before);
+    }
+    EXPECT_EQ(notices(window), u"What was pasted is more than a field takes, and was left out."_s);
+    closeAll();
+    print(u"million letters, by the menu"_s);
 }
 
 TEST_F(ComposeHostileTest, LinksToWriteToSomebodyPassTheGate)
