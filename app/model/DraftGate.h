@@ -17,7 +17,7 @@ namespace Larkhaven::DraftGate {
 inline constexpr qsizetype mostCharacters = 250'000; ///< of a text, in UTF-16 units
 inline constexpr qsizetype mostLines = 10'000;
 inline constexpr qsizetype mostEffort = 250'000;
-inline constexpr qsizetype mostPastedEffort = 100'000; ///< of a document that comes in at once
+inline constexpr qsizetype mostPastedEffort = 200'000; ///< of a document that comes in at once
 inline constexpr qsizetype longestLine = 10'000;       ///< in units of effort
 inline constexpr qsizetype longestBlock = 50'000;      ///< of a document, in units of effort
 inline constexpr qsizetype longestRun = 2'000;         ///< without a space, in UTF-16 units

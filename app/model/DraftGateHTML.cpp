@@ -18,7 +18,7 @@ namespace {
 
 // The effort of laying out an element, in units of one plain letter, as measured with Qt 6.4.
 constexpr qsizetype effortOfBlock = 40;
-constexpr qsizetype effortOfInline = 160;
+constexpr qsizetype effortOfInline = 80;
 constexpr qsizetype effortOfItem = 120;
 constexpr qsizetype effortOfCell = 500;
 constexpr qsizetype effortOfImage = 200;

@@ -131,7 +131,10 @@ ComposeEditorController::ComposeEditorController(QObject* parent)
     chooseLanguage();
 }
 
-ComposeEditorController::~ComposeEditorController() = default;
+ComposeEditorController::~ComposeEditorController()
+{
+    m_pastesEnd->notify();
+}
 
 void ComposeEditorController::setBaseFont(const QString& family, double size)
 {
@@ -248,7 +251,7 @@ std::optional<QString> ComposeEditorController::html() const
 
 bool ComposeEditorController::isModified() const
 {
-    return textView && textView->document()->isModified();
+    return isPasting() || (textView && textView->document()->isModified());
 }
 
 int ComposeEditorController::revision() const
@@ -568,12 +571,32 @@ void ComposeEditorController::pasteHTML(const QString& html)
 Task<> ComposeEditorController::readAndInsert(QString html, QTextCursor place)
 {
     const QPointer<ComposeEditorController> self(this);
+    const std::shared_ptr<Wakeup> end = m_pastesEnd;
+    ++m_pastes;
     const auto work = [html] { return harmless(html); };
     const QString gated = co_await runOnWorker(work);
-    // The text may have become a plain one meanwhile.
-    const bool isWelcome = self && textView && m_isRichText && !textView->isReadOnly();
-    if (isWelcome)
+    if (!self)
+        co_return;
+    --m_pastes;
+    end->notify();
+    if (!textView || textView->isReadOnly())
+        co_return;
+    if (m_isRichText) {
         insertHTML(gated, place);
+        co_return;
+    }
+    // The text has become a plain one meanwhile.
+    QuietDocument pasted;
+    ComposeHTML::read(gated, pasted, m_sizes);
+    place.insertText(pasted.toPlainText(), QTextCharFormat());
+}
+
+Task<> ComposeEditorController::pastesEnded()
+{
+    const QPointer<ComposeEditorController> self(this);
+    const std::shared_ptr<Wakeup> end = m_pastesEnd;
+    while (self && m_pastes > 0)
+        co_await end->wait(std::chrono::milliseconds(-1));
 }
 
 void ComposeEditorController::insertHTML(const QString& gated, QTextCursor place)

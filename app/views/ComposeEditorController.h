@@ -1,6 +1,7 @@
 #pragma once
 
 #include "domain/MailProvider.h"
+#include "platform/Wakeup.h"
 #include "views/ComposeFormat.h"
 #include "views/ComposeHTML.h"
 #include "views/ComposeTextView.h"
@@ -57,6 +58,11 @@ public:
     QString text() const;
     /// The HTML of a rich text; absent for a plain or an empty one.
     std::optional<QString> html() const;
+
+    /// Whether something that was pasted is on its way into the text.
+    bool isPasting() const { return m_pastes > 0; }
+    /// Ends when all of that is there. The controller may end before it.
+    Task<> pastesEnded();
 
     /// Whether anything, formatting included, is other than at the start. Undoing all takes it back.
     bool isModified() const;
@@ -137,6 +143,8 @@ private:
     QString m_language; ///< of the spelling; empty for none
     ComposeHighlighter* m_highlighter = nullptr;
     QString m_chosenLanguage; ///< what the user chose for this message; empty for none
+    int m_pastes = 0;         ///< on their way into the text
+    std::shared_ptr<Wakeup> m_pastesEnd = std::make_shared<Wakeup>(); ///< notified with each end of one
 };
 
 } // namespace Larkhaven

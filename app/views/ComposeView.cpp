@@ -332,7 +332,7 @@ bool ComposeView::hasUnsavedChanges() const
 /// Whether the text, or how it looks, is another than the original.
 bool ComposeView::hasOtherText() const
 {
-    if (!m_editor.isModified() || m_editor.length() > longestCompared)
+    if (!m_editor.isModified() || m_editor.isPasting() || m_editor.length() > longestCompared)
         return m_editor.isModified();
     if (m_compared.first != m_editor.revision())
         m_compared = {m_editor.revision(),
@@ -455,6 +455,9 @@ Task<ComposeView::Outcome> ComposeView::delivered(QPointer<ComposeView> view, QP
         co_return Outcome::dropped;
     if (!isComplete)
         co_return Outcome::failed;
+    co_await view->m_editor.pastesEnded();
+    if (!view || view->m_isClosed)
+        co_return Outcome::dropped;
     const Delivery delivery = *view->m_delivery;
     const bool isAccepted = co_await view->lossesAccepted(delivery);
     if (!view || view->m_isClosed)
@@ -478,6 +481,9 @@ Task<ComposeView::Outcome> ComposeView::delivered(QPointer<ComposeView> view, QP
     const bool wasSending = draft.wasSending;
     // It may end with the process.
     draft.wasSending = wasSending || delivery == Delivery::send;
+    view->m_draft.wasSending = draft.wasSending;
+    view->m_keepSoon.stop();
+    view->m_keepAtLast.stop();
     model->keepForRecovery(draft);
     view->setSending(true, delivery == Delivery::send ? tr("Sending…") : tr("Saving…"));
     std::exception_ptr error;

@@ -13,6 +13,16 @@ using namespace Qt::StringLiterals;
 
 namespace Larkhaven {
 
+namespace {
+
+Task<> notifyAfter(Task<> task, std::shared_ptr<Wakeup> end)
+{
+    co_await task;
+    end->notify();
+}
+
+} // namespace
+
 ComposeWindows::ComposeWindows(AppModel& model, ComposeView::Desktop desktop, ContactsService& contacts,
                                QObject* parent)
     : QObject(parent)
@@ -159,10 +169,11 @@ Task<bool> ComposeWindows::mayQuit(QPointer<QWidget> parent)
             const bool isSettled = co_await deliveriesEnded(parent);
             if (!self || !isSettled)
                 co_return false;
+            if (m_deliveries.isEmpty())
+                continue;
             // What is still on its way is kept, and comes back when the program starts again.
-            if (!m_deliveries.isEmpty())
-                co_return true;
-            continue;
+            co_await keptAtLast();
+            co_return true;
         }
         const Choice choice = co_await ask(parent, unsaved);
         if (!self || choice == Choice::cancel)
@@ -175,6 +186,15 @@ Task<bool> ComposeWindows::mayQuit(QPointer<QWidget> parent)
             co_return false;
     }
     co_return true;
+}
+
+/// Waits until all is kept that can be. A keyring that asks the user doesn't hold up quitting for long.
+Task<> ComposeWindows::keptAtLast()
+{
+    constexpr std::chrono::seconds patience(3);
+    const auto end = std::make_shared<Wakeup>();
+    spawn(notifyAfter(m_model.settleKeptTexts(), end), dropFailure);
+    co_await end->wait(patience);
 }
 
 Task<ComposeWindows::Choice> ComposeWindows::ask(QPointer<QWidget> parent,
@@ -224,9 +244,14 @@ Task<bool> ComposeWindows::deliveriesEnded(QPointer<QWidget> parent)
         outcome = co_await changed->wait(patience);
     if (!isWaiting())
         co_return self && !m_hasFailed;
-    const QPointer<QMessageBox> alert = makePlainAlert(
-        tr("Messages are still on their way."),
-        tr("Larkhaven quits as soon as they have been sent or saved."), QMessageBox::NoButton, parent);
+    const QPointer<QMessageBox> alert =
+        makePlainAlert(tr("Messages are still on their way."),
+                       m_model.accountsWithLockedTexts().isEmpty()
+                           ? tr("Larkhaven quits as soon as they have been sent or saved.")
+                           : tr("Larkhaven quits as soon as they have been sent or saved. What you write "
+                                "can’t be kept at the moment: "
+                                "quitting now may lose them."),
+                       QMessageBox::NoButton, parent);
     alert->setObjectName("deliveryAlert"_L1);
     QPushButton* const insist = addDestructiveButton(*alert, tr("Quit Anyway"), QMessageBox::ActionRole);
     QPushButton* const cancel = alert->addButton(tr("Cancel"), QMessageBox::ActionRole);

@@ -49,6 +49,7 @@ private:
     Task<Choice> ask(QPointer<QWidget> parent, QList<QPointer<ComposeWindow>> unsaved);
     Task<Choice> askAboutAll(QPointer<QWidget> parent, qsizetype count);
     Task<bool> deliveriesEnded(QPointer<QWidget> parent);
+    Task<> keptAtLast();
 
     AppModel& m_model;
     ComposeView::Desktop m_desktop;

@@ -11,6 +11,7 @@
 #include "views/SuggestionList.h"
 
 #include <QApplication>
+#include <QClipboard>
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QDir>
@@ -486,6 +487,58 @@ TEST_F(ComposeLossTest, WhatLosesNothingIsSavedAtOnce)
     const QString html = fixture.provider().savedDrafts().constFirst().message.htmlBody.value_or(QString());
     EXPECT_TRUE(html.contains("<table"_L1));
     EXPECT_TRUE(html.contains("<ol start=\"3\">"_L1));
+}
+
+// --- What is pasted and still being read
+
+/// HTML that is so long that a worker reads it, with "the end" at its end.
+void pasteLongHTML(ComposeTextView& text)
+{
+    auto* const data = new QMimeData;
+    data->setHtml(u"<p>"_s + u"many words, and many more of them </p><p>"_s.repeated(1'500) +
+                  u"the end</p>"_s);
+    data->setText(u"plain"_s);
+    QApplication::clipboard()->setMimeData(data);
+    text.setFocus();
+    QTest::keyClick(&text, Qt::Key_V, Qt::ControlModifier);
+    ASSERT_FALSE(text.toPlainText().contains(u"the end"_s)) << "it comes in a moment later";
+}
+
+TEST_F(ComposeWindowTest, ALongPasteGoesOutWithAMessageThatIsSentAtOnce)
+{
+    ComposeDraft draft = addressed();
+    draft.isRichText = true;
+    ComposeWindow& window = open(draft);
+    pasteLongHTML(text(window));
+    child<FlatButton>(window, "send").click();
+    ASSERT_TRUE(waitUntil([this] { return !fixture.provider().sent().isEmpty(); }));
+    EXPECT_TRUE(fixture.provider().sent().constFirst().message.body.contains(u"the end"_s));
+}
+
+TEST_F(ComposeWindowTest, ALongPasteIsAskedAboutWhereTheWindowClosesAtOnce)
+{
+    ComposeDraft draft = addressed();
+    draft.isRichText = true;
+    ComposeWindow& window = open(draft);
+    EXPECT_FALSE(window.view().hasUnsavedChanges());
+    pasteLongHTML(text(window));
+    EXPECT_TRUE(window.view().hasUnsavedChanges());
+    window.close();
+    ASSERT_TRUE(waitUntil([&] { return alert(window, "saveSheet"); }));
+    press(*alert(window, "saveSheet"), u"Save"_s);
+    ASSERT_TRUE(waitUntil([this] { return !fixture.provider().savedDrafts().isEmpty(); }));
+    EXPECT_TRUE(fixture.provider().savedDrafts().constFirst().message.body.contains(u"the end"_s));
+}
+
+TEST_F(ComposeWindowTest, ALongPasteComesAsPlainTextWhereTheTextHasBecomeOne)
+{
+    ComposeDraft draft = addressed();
+    draft.isRichText = true;
+    ComposeWindow& window = open(draft);
+    pasteLongHTML(text(window));
+    QTest::mouseClick(&child<QToolButton>(window, "plainText"), Qt::LeftButton);
+    ASSERT_TRUE(waitUntil([&] { return text(window).toPlainText().contains(u"the end"_s); }));
+    EXPECT_FALSE(text(window).document()->toHtml().contains(u"font-weight:700"_s));
 }
 
 // --- Notices

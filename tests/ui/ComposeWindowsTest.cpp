@@ -432,6 +432,45 @@ TEST_F(ComposeQuitTest, ATextThatIsBegunWhileOthersAreOnTheirWayIsAskedAbout)
     EXPECT_TRUE(waitUntil([this] { return quits == 1; }));
 }
 
+TEST_F(ComposeQuitTest, QuittingAnywayKeepsWhatIsOnItsWayFirst)
+{
+    fixture.provider().hold(u"send"_s);
+    fixture.textKeychain().hesitates = true;
+    child<FlatButton>(open(addressed()), "send").click();
+    quit();
+    QMessageBox& question = quitAlert("deliveryAlert");
+    EXPECT_EQ(question.informativeText(), u"Larkhaven quits as soon as they have been sent or saved."_s);
+    press(question, u"Quit Anyway"_s);
+    settle();
+    EXPECT_EQ(quits, 0) << "it isn't kept yet";
+    fixture.textKeychain().hesitates = false;
+    EXPECT_TRUE(waitUntil([this] { return quits == 1; }));
+    EXPECT_FALSE(QDir(fixture.keptTextsDirectory()).isEmpty());
+}
+
+TEST_F(ComposeQuitTest, QuittingAnywayWaitsForNoKeyringForLong)
+{
+    fixture.provider().hold(u"send"_s);
+    fixture.textKeychain().hesitates = true;
+    child<FlatButton>(open(addressed()), "send").click();
+    quit();
+    press(quitAlert("deliveryAlert"), u"Quit Anyway"_s);
+    EXPECT_TRUE(waitUntil([this] { return quits == 1; }, std::chrono::seconds(20)));
+    fixture.textKeychain().hesitates = false;
+}
+
+TEST_F(ComposeQuitTest, SaysThatWhatIsOnItsWayCannotBeKept)
+{
+    fixture.provider().hold(u"send"_s);
+    fixture.textKeychain().readFailure = KeychainStatus::interactionNotAllowed;
+    child<FlatButton>(open(addressed()), "send").click();
+    settle();
+    quit();
+    EXPECT_EQ(quitAlert("deliveryAlert").informativeText(),
+              u"Larkhaven quits as soon as they have been sent or saved. What you write can’t be kept at the "
+              "moment: quitting now may lose them."_s);
+}
+
 TEST_F(ComposeQuitTest, TheEndOfTheProgramEndsTheDecision)
 {
     fixture.provider().hold(u"send"_s);
@@ -479,6 +518,22 @@ TEST_F(ComposeFailureTest, ATextIsKeptAsNotBeingSentAfterItsSendingFailed)
     child<FlatButton>(window, "send").click();
     ASSERT_TRUE(waitUntil([&] { return alert(window, "composeAlert"); }));
     EXPECT_EQ(noteAfterCrash(id), recovered);
+}
+
+TEST_F(ComposeFailureTest, ATextOnItsWayStaysMarkedWhateverWasTypedBefore)
+{
+    fixture.provider().hold(u"send"_s);
+    ComposeWindow& window = open(addressed());
+    const QUuid id = window.view().draftID();
+    text(window).setFocus();
+    QTest::keyClicks(&text(window), u"typed"_s);
+    child<FlatButton>(window, "send").click();
+    ASSERT_TRUE(waitUntil([&] { return window.view().isSending(); }));
+    // What was typed would be kept by now, and an account is changed.
+    fixture.model().setNickname(fixture.account().id, u"Work"_s);
+    QTest::qWait(ComposeView::keepingDelay + 300);
+    EXPECT_EQ(noteAfterCrash(id),
+              u"This was being sent when Larkhaven ended. Look in Sent before you send it again."_s);
 }
 
 TEST_F(ComposeFailureTest, OfTwoDeliveriesTheLastOneCounts)
