@@ -86,7 +86,7 @@ Accounts::Keys Accounts::readKeys(SecretStore& secrets, KeychainStore& cacheKeys
     if (directory.isEmpty())
         return keys;
     try {
-        keys.cacheKey = cacheKeys.loadData(accountID);
+        keys.cacheKey = cacheKeys.findData(accountID);
     } catch (const KeychainError&) {
         // A key that can't be read is a key that is lost: what is in the cache can be had again.
         keys.wasRefused = true;

@@ -32,7 +32,7 @@ KeychainStore::KeychainStore(QString service, QList<std::shared_ptr<KeychainBack
 
 std::optional<Credential> KeychainStore::load(const QUuid& accountID)
 {
-    const std::optional<QByteArray> data = loadData(accountID);
+    const std::optional<QByteArray> data = findData(accountID);
     return data ? std::optional(Credential::fromJSON(*data)) : std::nullopt;
 }
 

@@ -40,12 +40,15 @@ public:
     explicit KeychainStore(QString service,
                            QList<std::shared_ptr<KeychainBackend>> backends = systemKeychainBackends());
 
-    /// Fails with `KeychainError`, or with `DecodingError` where the item isn't a credential; the item stays.
+    /// Nothing only where a keychain states that the item is absent, as `findData`: a keyring that isn't up
+    /// yet must not cost a sign-in. Fails with `KeychainError`, or with `DecodingError` where the item isn't
+    /// a credential; the item stays.
     std::optional<Credential> load(const QUuid& accountID) override;
     void save(const Credential& credential, const QUuid& accountID) override;
     void remove(const QUuid& accountID) override;
 
-    /// The raw bytes of the account's item, or nothing. Fails with `KeychainError`.
+    /// The raw bytes of the account's item, or nothing, also where no keychain is there. Fails with
+    /// `KeychainError`.
     std::optional<QByteArray> loadData(const QUuid& accountID);
     /// As `loadData`, but fails with `KeychainError` "not available" where no keychain is there to state that
     /// the item is absent.

@@ -1,6 +1,7 @@
 #include "platform/KWalletBackend.h"
 
 #include <QDBusConnection>
+#include <QDBusError>
 #include <QDBusMessage>
 #include <QStringList>
 #include <QVariant>
@@ -31,8 +32,12 @@ public:
         : m_service(u"org.kde.kwalletd%1"_s.arg(generation))
         , m_path(u"/modules/kwalletd%1"_s.arg(generation))
     {
-        const QVariant enabled = call(u"isEnabled"_s);
-        if (!enabled.toBool())
+        const QDBusMessage enabled = ask(u"isEnabled"_s, {}, callTimeout);
+        if (!isAnswer(enabled)) {
+            m_status = statusOf(QDBusError(enabled));
+            return;
+        }
+        if (!enabled.arguments().constFirst().toBool())
             return;
         const QString network = call(u"networkWallet"_s).toString();
         const QVariant handle = call(u"open"_s, {network, qlonglong{0}, applicationName()}, openTimeout);
@@ -73,6 +78,21 @@ public:
     }
 
 private:
+    /// What it means that the service didn't answer its first call.
+    static KeychainStatus statusOf(const QDBusError& error)
+    {
+        switch (error.type()) {
+        case QDBusError::ServiceUnknown:
+        case QDBusError::Disconnected: // No bus at all.
+        case QDBusError::AccessDenied:
+            return KeychainStatus::notAvailable;
+        default:
+            // A service that is there but gives no answer in time must not be taken for one without the item.
+            return error.name().startsWith("org.freedesktop.DBus.Error.Spawn."_L1)
+                       ? KeychainStatus::notAvailable
+                       : KeychainStatus::failed;
+        }
+    }
     static KeychainStatus statusOf(const QVariant& answer)
     {
         return answer.isValid() && answer.toInt() == 0 ? KeychainStatus::success : KeychainStatus::failed;
@@ -81,12 +101,19 @@ private:
     /// The first value of the answer; invalid where the call failed.
     QVariant call(const QString& method, const QVariantList& arguments = {}, int timeout = callTimeout) const
     {
+        const QDBusMessage answer = ask(method, arguments, timeout);
+        return isAnswer(answer) ? answer.arguments().constFirst() : QVariant();
+    }
+    static bool isAnswer(const QDBusMessage& message)
+    {
+        return message.type() == QDBusMessage::ReplyMessage && !message.arguments().isEmpty();
+    }
+    QDBusMessage ask(const QString& method, const QVariantList& arguments, int timeout) const
+    {
         QDBusMessage message =
             QDBusMessage::createMethodCall(m_service, m_path, u"org.kde.KWallet"_s, method);
         message.setArguments(arguments);
-        const QDBusMessage answer = QDBusConnection::sessionBus().call(message, QDBus::Block, timeout);
-        const bool answered = answer.type() == QDBusMessage::ReplyMessage && !answer.arguments().isEmpty();
-        return answered ? answer.arguments().constFirst() : QVariant();
+        return QDBusConnection::sessionBus().call(message, QDBus::Block, timeout);
     }
 
     QString m_service;

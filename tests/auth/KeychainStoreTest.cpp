@@ -83,6 +83,15 @@ TEST_F(KeychainStoreTest, FindsNothingOnlyWhereAKeychainStatesIt)
     EXPECT_EQ(store.findData(account), "old");
 }
 
+TEST_F(KeychainStoreTest, FailsToLoadACredentialWhereNoKeychainIsThere)
+{
+    preferred->answerWith(KeychainStatus::notAvailable);
+    legacy->answerWith(KeychainStatus::notAvailable);
+    EXPECT_EQ(failureOf([this] { store.load(account); }), KeychainStatus::notAvailable);
+    legacy->answerWith(KeychainStatus::itemNotFound);
+    EXPECT_EQ(store.load(account), std::nullopt);
+}
+
 TEST_F(KeychainStoreTest, FailsInTheWordsOfTheKeychain)
 {
     preferred->answerWith(KeychainStatus::interactionNotAllowed);

@@ -394,6 +394,34 @@ TEST(AppModelKeyring, IsAskedAgainWhereTheUserChecksForMail)
     EXPECT_TRUE(fixture.model().needsReauth().isEmpty());
 }
 
+TEST(AppModelKeyring, IsAskedAgainForACredentialWhereItWasNotThere)
+{
+    ModelFixture fixture;
+    const auto keychain = std::make_shared<InMemoryKeychain>();
+    const auto secrets = std::make_shared<KeychainStore>(u"test.credentials"_s,
+                                                         QList<std::shared_ptr<KeychainBackend>>{keychain});
+    secrets->save(Credential::password(u"secret"_s), fixture.account().id);
+    fixture.setSecrets(secrets);
+    fixture.cacheKeys().saveData(QByteArray(32, 'k'), fixture.account().id);
+    for (InMemoryKeychain* const absent : {keychain.get(), &fixture.keychain()}) {
+        absent->readFailure = KeychainStatus::notAvailable;
+        absent->writeFailure = KeychainStatus::notAvailable;
+    }
+    fixture.restartWithoutProviders();
+    await(fixture.model().begin());
+    EXPECT_FALSE(fixture.model().provider(fixture.account().id));
+    EXPECT_FALSE(fixture.model().cache(fixture.account().id));
+    keychain->readFailure = KeychainStatus::success;
+    await(fixture.model().refresh());
+    EXPECT_TRUE(fixture.model().provider(fixture.account().id));
+    EXPECT_TRUE(fixture.model().needsReauth().isEmpty());
+    EXPECT_FALSE(fixture.model().cache(fixture.account().id));
+    fixture.keychain().readFailure = KeychainStatus::success;
+    await(fixture.model().refresh());
+    EXPECT_TRUE(fixture.model().cache(fixture.account().id));
+    EXPECT_EQ(fixture.cacheKeys().loadData(fixture.account().id), QByteArray(32, 'k'));
+}
+
 TEST(AppModelKeyring, IsNotAskedAgainForWhatItStatedNotToHave)
 {
     ModelFixture fixture;

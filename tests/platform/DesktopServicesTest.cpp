@@ -57,7 +57,7 @@ public:
         const QMutexLocker lock(&m_mutex);
         m_calls.append(message.member());
         const QVariantList answer = m_answer(message.member(), message.arguments());
-        return connection.send(answer.isEmpty() ? message.createErrorReply(u"org.example.Refused"_s, u"no"_s)
+        return connection.send(answer.isEmpty() ? message.createErrorReply(m_refusal, u"no"_s)
                                                 : message.createReply(answer));
     }
 
@@ -72,9 +72,16 @@ public:
         const QMutexLocker lock(&m_mutex);
         return m_calls;
     }
+    /// The name of the error that a refusal is.
+    void refuseAs(const QString& name)
+    {
+        const QMutexLocker lock(&m_mutex);
+        m_refusal = name;
+    }
 
 private:
     Answer m_answer;
+    QString m_refusal = u"org.example.Refused"_s;
     QString m_path;
     QDBusConnection m_bus;
     QString m_name;
@@ -321,6 +328,23 @@ TEST_F(KWalletBackendTest, IsNotThereWithoutAServiceOrWhereItIsSwitchedOff)
     wallet.isEnabled = false;
     EXPECT_EQ(read().status, KeychainStatus::notAvailable);
     EXPECT_EQ(wallet.service.calls(), QStringList(u"isEnabled"_s));
+}
+
+TEST_F(KWalletBackendTest, AServiceThatDoesNotAnswerIsNoMissingService)
+{
+    WalletDouble older(5);
+    WalletDouble newer(6);
+    older.items.insert(key, "old");
+    newer.refused = u"isEnabled"_s;
+    for (const char* const error : {"NoReply", "Timeout", "TimedOut", "Failed", "UnknownObject"}) {
+        newer.service.refuseAs(u"org.freedesktop.DBus.Error."_s + QLatin1StringView(error));
+        EXPECT_EQ(read().status, KeychainStatus::failed) << error;
+    }
+    EXPECT_TRUE(older.service.calls().isEmpty());
+    for (const char* const error : {"ServiceUnknown", "AccessDenied", "Spawn.ExecFailed"}) {
+        newer.service.refuseAs(u"org.freedesktop.DBus.Error."_s + QLatin1StringView(error));
+        EXPECT_EQ(read().data, QByteArray("old")) << error;
+    }
 }
 
 TEST_F(KWalletBackendTest, KeepsAnItemUntilItIsRemoved)
