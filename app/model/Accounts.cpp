@@ -277,20 +277,53 @@ Task<> removeItem(std::shared_ptr<SecretStore> store, QUuid accountID)
     co_await runOnWorker(remove);
 }
 
+/// Stores the credential and gives the one that was there before; none where it couldn't be read.
+std::optional<Credential> exchange(SecretStore& store, const QUuid& accountID, const Credential& credential)
+{
+    std::optional<Credential> before;
+    try {
+        before = store.load(accountID);
+    } catch (const LocalizedError&) {
+        // What can't be read serves nobody.
+    }
+    store.save(credential, accountID);
+    return before;
+}
+
+/// Puts back what `exchange` gave; what can't be put back is left.
+Task<> putBack(std::shared_ptr<SecretStore> store, QUuid accountID, std::optional<Credential> before)
+{
+    const auto work = [store, accountID, before] {
+        try {
+            if (before)
+                store->save(*before, accountID);
+            else
+                store->remove(accountID);
+        } catch (const LocalizedError&) {
+            // The account stays as it is all the same.
+        }
+    };
+    co_await runOnWorker(work);
+}
+
 } // namespace
 
-Task<> Accounts::store(Account account, Credential credential, bool emptiesCache)
+Task<> Accounts::store(Account account, Credential credential, bool emptiesCache, std::stop_token stop)
 {
     const QPointer<Accounts> self(this);
     const bool isKnown = find(account.id).has_value();
     const auto save = [secrets = m_services.secrets, credential, id = account.id] {
-        secrets->save(credential, id);
+        return exchange(*secrets, id, credential);
     };
-    co_await runOnWorker(save);
+    const std::optional<Credential> before = co_await runOnWorker(save);
     if (!self)
         co_return;
     if (isKnown && (!find(account.id) || isLeaving(account.id))) {
         co_await removeItem(m_services.secrets, account.id);
+        throw MailError::cancelled();
+    }
+    if (stop.stop_requested()) {
+        co_await putBack(m_services.secrets, account.id, before);
         throw MailError::cancelled();
     }
     endEpoch(account.id);

@@ -89,8 +89,9 @@ public:
     // --- Changes
     /// Stores the credential, then the account, which is added where its id is new. `emptiesCache` where what
     /// is cached belongs to other servers. Fails with an error of the keyring, and with `cancelled` where the
-    /// account was removed meanwhile; nothing is stored then.
-    Task<> store(Account account, Credential credential, bool emptiesCache);
+    /// account was removed meanwhile, or `stop` was requested before the keyring had answered, which may ask
+    /// the user first; nothing is stored then.
+    Task<> store(Account account, Credential credential, bool emptiesCache, std::stop_token stop = {});
     /// From now on nothing of the account can be used. False where its removal has begun already.
     bool beginRemoval(const QUuid& accountID);
     /// Ends the removal: the credential goes, then the cache, its key, and the account. What can't be removed

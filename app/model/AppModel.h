@@ -299,7 +299,8 @@ public:
 
     // --- Account set-up
     /// Proves the settings, then adds the account or changes the one that is being repaired. Fails towards
-    /// the form; with `cancelled`, and nothing stored, where `stop` is requested meanwhile.
+    /// the form; with `cancelled`, and nothing stored, where `stop` is requested before the servers and the
+    /// keyring have answered.
     Task<> saveIMAPAccount(QString name, QString email, ServerSettings settings, QString password,
                            std::stop_token stop = {});
     /// The first step of signing in again; for a password account `openSetup` opens the set-up window.

@@ -5,6 +5,8 @@
 #include "platform/Tasks.h"
 #include "providers/IMAPProvider.h"
 
+#include <QScopeGuard>
+
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
@@ -47,10 +49,14 @@ Task<> AppModel::saveIMAPAccount(QString name, QString email, ServerSettings set
     // What is being repaired may change while the servers are asked.
     const std::optional<QUuid> repaired = m_imapSetupAccountID;
     noteSignIn(+1);
+    // The keyring may ask the user as well: until it has answered, another sign-in would add another account.
+    const auto ending = qScopeGuard([self] {
+        if (self)
+            self->noteSignIn(-1);
+    });
     const Outcome<void> proof = co_await settled(prove(settings, password, m_services.transports, stop));
     if (!self)
         co_return;
-    noteSignIn(-1);
     if (proof.failure)
         std::rethrow_exception(proof.failure);
     const bool isGone = repaired && (!m_accounts.find(*repaired) || m_accounts.isLeaving(*repaired));
@@ -65,7 +71,7 @@ Task<> AppModel::saveIMAPAccount(QString name, QString email, ServerSettings set
     account.displayName = name.isEmpty() ? std::nullopt : std::optional(name);
     account.server = settings;
     const bool hasMoved = before && *before != account.mailboxIdentity();
-    co_await m_accounts.store(account, Credential::password(password), hasMoved);
+    co_await m_accounts.store(account, Credential::password(password), hasMoved, stop);
     if (!self)
         co_return;
     if (hasMoved)

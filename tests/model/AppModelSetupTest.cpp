@@ -475,14 +475,19 @@ TEST(AppModelKeyring, HoldsNothingUpWhileItHesitates)
 /// Saves only when it is told to.
 class HoldingSecretStore final : public SecretStore {
 public:
-    std::optional<Credential> load(const QUuid&) override { return std::nullopt; }
-    void save(const Credential&, const QUuid&) override
+    std::optional<Credential> load(const QUuid& accountID) override { return items.load(accountID); }
+    void save(const Credential& credential, const QUuid& accountID) override
     {
         isAsked = true;
         isAnswered.wait(false);
+        items.save(credential, accountID);
         holdsCredential = true;
     }
-    void remove(const QUuid&) override { holdsCredential = false; }
+    void remove(const QUuid& accountID) override
+    {
+        items.remove(accountID);
+        holdsCredential = false;
+    }
     void answer()
     {
         isAnswered = true;
@@ -491,8 +496,66 @@ public:
 
     std::atomic<bool> isAsked = false;
     std::atomic<bool> isAnswered = false;
-    std::atomic<bool> holdsCredential = false;
+    std::atomic<bool> holdsCredential = false; ///< the last one that was saved
+    InMemorySecretStore items;
 };
+
+/// A new account, whose password is on its way into the keyring.
+class AppModelSlowSetup : public AppModelSetup {
+protected:
+    AppModelSlowSetup()
+    {
+        fixture.setSecrets(secrets);
+        fixture.restart();
+        connectTo({signedIn(), verifiedSubmission()});
+    }
+    Task<> add()
+    {
+        return fixture.model().saveIMAPAccount(u"Ann"_s, u"ann@mail.example"_s, settings(), u"secret"_s,
+                                               attempt.get_token());
+    }
+
+    std::shared_ptr<HoldingSecretStore> secrets = std::make_shared<HoldingSecretStore>();
+    std::stop_source attempt;
+};
+
+TEST_F(AppModelSlowSetup, IsSigningInUntilThePasswordIsStored)
+{
+    Begun<void> adding(add());
+    ASSERT_TRUE(waitUntil([this] { return secrets->isAsked.load(); }));
+    EXPECT_TRUE(fixture.model().isSigningIn());
+    secrets->answer();
+    adding.get();
+    EXPECT_FALSE(fixture.model().isSigningIn());
+    EXPECT_EQ(fixture.model().accounts().size(), 2);
+}
+
+TEST_F(AppModelSlowSetup, StoresNothingWhereTheUserGivesUpWhileTheKeyringAsks)
+{
+    Begun<void> adding(add());
+    ASSERT_TRUE(waitUntil([this] { return secrets->isAsked.load(); }));
+    attempt.request_stop();
+    secrets->answer();
+    EXPECT_THROW(adding.get(), MailError);
+    EXPECT_EQ(fixture.model().accounts().size(), 1);
+    EXPECT_FALSE(secrets->holdsCredential);
+    EXPECT_FALSE(fixture.model().isSigningIn());
+}
+
+TEST_F(AppModelSlowSetup, PutsThePasswordBackThatARepairHadReplaced)
+{
+    const QUuid known = fixture.account().id;
+    secrets->items.save(Credential::password(u"old"_s), known);
+    fixture.model().signInAgain(fixture.account(), [] {});
+    Begun<void> repairing(add());
+    ASSERT_TRUE(waitUntil([this] { return secrets->isAsked.load(); }));
+    attempt.request_stop();
+    secrets->answer();
+    EXPECT_THROW(repairing.get(), MailError);
+    EXPECT_EQ(secrets->load(known), Credential::password(u"old"_s));
+    EXPECT_EQ(fixture.model().accounts(), QList<Account>{fixture.account()});
+    EXPECT_EQ(fixture.model().provider(known).get(), &fixture.provider());
+}
 
 /// An account that is repaired, whose password is on its way into the keyring.
 class AppModelSlowRepair : public AppModelSetup {
