@@ -312,13 +312,14 @@ Task<> Accounts::store(Account account, Credential credential, bool emptiesCache
 {
     const QPointer<Accounts> self(this);
     const bool isKnown = find(account.id).has_value();
+    const auto isGone = [this, isKnown, id = account.id] { return isKnown && (!find(id) || isLeaving(id)); };
     const auto save = [secrets = m_services.secrets, credential, id = account.id] {
         return exchange(*secrets, id, credential);
     };
     const std::optional<Credential> before = co_await runOnWorker(save);
     if (!self)
         co_return;
-    if (isKnown && (!find(account.id) || isLeaving(account.id))) {
+    if (isGone()) {
         co_await removeItem(m_services.secrets, account.id);
         throw MailError::cancelled();
     }
@@ -333,6 +334,10 @@ Task<> Accounts::store(Account account, Credential credential, bool emptiesCache
         if (!self)
             co_return;
         m_wiping.remove(account.id);
+        if (isGone()) {
+            co_await removeItem(m_services.secrets, account.id);
+            throw MailError::cancelled();
+        }
     }
     if (m_keys.contains(account.id))
         m_keys[account.id].credential = credential;

@@ -2,6 +2,7 @@
 #include "domain/MailError.h"
 #include "model/AccountStore.h"
 #include "model/AppModel.h"
+#include "platform/Tasks.h"
 #include "support/Await.h"
 #include "support/IMAPScripts.h"
 #include "support/ModelFixture.h"
@@ -61,10 +62,10 @@ protected:
     {
         return model.saveIMAPAccount(u"Ann"_s, email, settings(), u"secret"_s, stop);
     }
-    QStringList storedEmails() const
+    QStringList storedEmails()
     {
         QStringList emails;
-        for (const Account& account : AccountStore::load(model.defaults()))
+        for (const Account& account : AccountStore::load(fixture.defaults()))
             emails.append(account.email);
         return emails;
     }
@@ -594,6 +595,28 @@ TEST_F(AppModelSlowRepair, LeavesNoPasswordOfAnAccountThatIsRemovedMeanwhile)
     EXPECT_THROW(repairing.get(), MailError);
     EXPECT_FALSE(secrets->holdsCredential);
     EXPECT_TRUE(fixture.model().accounts().isEmpty());
+}
+
+TEST_F(AppModelSlowRepair, BringsNoAccountBackThatIsRemovedWhileItsCacheIsEmptied)
+{
+    const QUuid known = fixture.account().id;
+    Begun<void> repairing(repair());
+    ASSERT_TRUE(waitUntil([this] { return secrets->isAsked.load(); }));
+    // The cache is emptied behind what fills the workers.
+    const auto isFree = std::make_shared<std::atomic<bool>>(false);
+    for (int worker = 0; worker < workers().maxThreadCount(); ++worker)
+        workers().start([isFree] { isFree->wait(false); });
+    secrets->answer();
+    const bool isEmptied = waitUntil([&] { return !fixture.model().provider(known); });
+    Begun<void> removal(fixture.model().removeAccount(known));
+    *isFree = true;
+    isFree->notify_all();
+    ASSERT_TRUE(isEmptied);
+    EXPECT_THROW(repairing.get(), MailError);
+    removal.get();
+    EXPECT_FALSE(secrets->holdsCredential);
+    EXPECT_TRUE(fixture.model().accounts().isEmpty());
+    EXPECT_TRUE(storedEmails().isEmpty());
 }
 
 class TwoAccounts : public AppModelSetup {
