@@ -1,10 +1,12 @@
 #include "app/platform/SingleInstance.h"
 
 #include <QCryptographicHash>
+#include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusReply>
 #include <QDeadlineTimer>
 #include <QDir>
+#include <QThread>
 
 using namespace Qt::StringLiterals;
 
@@ -33,7 +35,7 @@ SingleInstance::SingleInstance(QString profile, QDBusConnection bus)
     , m_bus(std::move(bus))
     , m_lock(m_profile + u"/lock"_s)
 {
-    // Only the end of its process frees the lock, never its age.
+    // The age of a lock says nothing: a program may run for months.
     m_lock.setStaleLockTime(0);
 }
 
@@ -55,16 +57,22 @@ QString SingleInstance::profileName() const
 SingleInstance::Role SingleInstance::enter(const QStringList& arguments, std::chrono::milliseconds patience)
 {
     const QDeadlineTimer deadline(patience);
-    while (!m_lock.tryLock(lockInterval)) {
-        if (m_lock.error() != QLockFile::LockFailedError)
-            break; // The folder can't be written, and nothing in it can be erased either.
+    while (true) {
+        // Where nothing can be locked, the bus alone decides: what is kept may lie where it can be erased.
+        const bool isFree = m_lock.tryLock(lockInterval) || m_lock.error() != QLockFile::LockFailedError;
+        if (isFree && listen())
+            return Role::first;
+        m_lock.unlock();
         if (handOver(arguments))
             return Role::later;
-        if (deadline.hasExpired())
+        // What another machine or a full disk left behind never counts as stale. It is removed only where no
+        // process holds the system's lock on it.
+        const bool isLeftBehind = !isFree && m_lock.removeStaleLockFile();
+        if (!isLeftBehind && deadline.hasExpired())
             return Role::refused;
+        if (isFree)
+            QThread::msleep(lockInterval.count());
     }
-    listen();
-    return Role::first;
 }
 
 bool SingleInstance::handOver(const QStringList& arguments)
@@ -80,13 +88,23 @@ bool SingleInstance::handOver(const QStringList& arguments)
     return false;
 }
 
-void SingleInstance::listen()
+bool SingleInstance::listen()
 {
-    m_isFirst = true;
+    // A call that comes as soon as the name is there finds the object.
     m_bus.registerObject(objectPath, this, QDBusConnection::ExportScriptableSlots);
-    m_bus.registerService(profileName());
+    QDBusConnectionInterface* const names = m_bus.interface();
+    if (names) {
+        const QDBusReply<QDBusConnectionInterface::RegisterServiceReply> reply =
+            names->registerService(profileName());
+        if (reply.isValid() && reply.value() == QDBusConnectionInterface::ServiceNotRegistered) {
+            m_bus.unregisterObject(objectPath);
+            return false;
+        }
+    }
+    m_isFirst = true;
     // It may belong to the program of another profile; then the other name serves.
     m_bus.registerService(applicationName);
+    return true;
 }
 
 bool SingleInstance::Activate(const QString& profile, const QStringList& arguments)

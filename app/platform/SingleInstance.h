@@ -11,9 +11,11 @@ namespace Larkhaven {
 
 /// One running program for each profile: two would erase each other's texts.
 ///
-/// A lock in the profile's folder decides; it goes with its process, however that ends. The session bus only
-/// carries the arguments of a later start to the first one: over the application's own name, or, where that
-/// belongs to the program of another profile, over a name made from the profile's path.
+/// A lock in the profile's folder decides. Its file may outlive its process, and may come from another
+/// machine in a backup or a shared home; only a file that the system still locks for a process holds anybody
+/// up. The session bus carries the arguments of a later start to the first one: over the application's own
+/// name, or, where that belongs to the program of another profile, over a name made from the profile's path.
+/// Of programs that can't lock anything, as on a disk that is full, the one that has this name is the first.
 ///
 /// What comes over the bus is from a program of the same user and session, and is passed on as it is within
 /// the bounds; whoever takes it treats it as untrusted. Main thread.
@@ -25,7 +27,7 @@ public:
     enum class Role {
         first,   ///< this process is the program
         later,   ///< the first one has taken the arguments: nothing is left to do
-        refused, ///< another process holds the lock and doesn't answer
+        refused, ///< another process holds the lock or the name and doesn't answer
     };
 
     static constexpr qsizetype maxArguments = 100;
@@ -48,8 +50,10 @@ Q_SIGNALS:
     void activated(const QStringList& arguments);
 
 private:
+    /// Whether the first program has taken the arguments.
     bool handOver(const QStringList& arguments);
-    void listen();
+    /// Takes the profile's name on the bus; false where another process has it. No bus is no hindrance.
+    bool listen();
     QString profileName() const;
 
     const QString m_profile;

@@ -4,6 +4,7 @@
 #include "support/WaitUntil.h"
 
 #include <QDBusConnection>
+#include <QDBusConnectionInterface>
 #include <QDir>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -37,6 +38,13 @@ protected:
         });
         waitUntil([&role] { return role.wait_for(0s) == std::future_status::ready; }, 20s);
         return role.get();
+    }
+    /// A lock that says so and that nobody holds, or that its holder has written over.
+    void leave(const QByteArray& words)
+    {
+        QFile file(profile(u"lock"_s));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(words);
     }
     QString profile(const QString& name) const { return folder.filePath(name); }
 
@@ -117,6 +125,72 @@ TEST_F(SingleInstanceTest, StartsAfterAProgramThatWasKilled)
     }
     SingleInstance next(folder.path(), newConnection());
     EXPECT_EQ(next.enter({}, 300ms), Role::first);
+}
+
+TEST_F(SingleInstanceTest, StartsWhereTheLockIsOfAnotherMachine)
+{
+    leave("1\nlarkhaven\nelsewhere\n01234567-0123-0123-0123-0123456789ab\n"
+          "76543210-3210-3210-3210-ba9876543210\n");
+    SingleInstance next(folder.path(), newConnection());
+    EXPECT_EQ(next.enter({}, 0ms), Role::first);
+    EXPECT_EQ(start(folder.path(), {}), Role::later);
+}
+
+TEST_F(SingleInstanceTest, StartsWhereTheLockIsEmpty)
+{
+    leave({});
+    SingleInstance next(folder.path(), newConnection());
+    EXPECT_EQ(next.enter({}, 0ms), Role::first);
+}
+
+TEST_F(SingleInstanceTest, LeavesTheLockOfALivingProgramWhateverItSays)
+{
+    QLockFile lock(profile(u"lock"_s));
+    lock.setStaleLockTime(0);
+    ASSERT_TRUE(lock.tryLock(0));
+    for (const char* const words : {"", "1\nlarkhaven\nelsewhere\n01234567\n76543210\n"}) {
+        leave(words);
+        EXPECT_EQ(start(folder.path(), {}, 300ms), Role::refused);
+        EXPECT_TRUE(QFile::exists(profile(u"lock"_s)));
+    }
+}
+
+TEST_F(SingleInstanceTest, AsksTheBusWhereNothingCanBeLocked)
+{
+    // No folder, and none can be made.
+    QFile file(profile(u"a"_s));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    SingleInstance first(profile(u"a"_s), newConnection());
+    ASSERT_EQ(first.enter({}), Role::first);
+    QStringList taken;
+    QObject::connect(&first, &SingleInstance::activated,
+                     [&taken](const QStringList& arguments) { taken = arguments; });
+    EXPECT_EQ(start(profile(u"a"_s), {u"one"_s}), Role::later);
+    EXPECT_EQ(taken, QStringList(u"one"_s));
+}
+
+TEST_F(SingleInstanceTest, RunsNotWhereAnotherHasTheNameOfTheProfileAndDoesNotAnswer)
+{
+    QString name;
+    {
+        const QDBusConnection bus = newConnection();
+        SingleInstance first(folder.path(), bus);
+        ASSERT_EQ(first.enter({}), Role::first);
+        name = bus.interface()->registeredServiceNames().value().filter(u".larkhaven.p"_s).value(0);
+    }
+    QDBusConnection silent = newConnection();
+    ASSERT_TRUE(silent.registerService(name));
+    EXPECT_EQ(start(folder.path(), {}, 300ms), Role::refused);
+    QTimer::singleShot(400, [&silent, name] { silent.unregisterService(name); });
+    EXPECT_EQ(start(folder.path(), {}), Role::first);
+}
+
+TEST_F(SingleInstanceTest, RunsWithoutABus)
+{
+    const QDBusConnection none =
+        QDBusConnection::connectToBus(u"unix:path="_s + profile(u"nowhere"_s), u"none"_s);
+    SingleInstance first(folder.path(), none);
+    EXPECT_EQ(first.enter({}), Role::first);
 }
 
 TEST_F(SingleInstanceTest, FreesTheProfileWhenItEnds)
