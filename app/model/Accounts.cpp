@@ -83,8 +83,15 @@ Accounts::Keys Accounts::readKeys(SecretStore& secrets, KeychainStore& cacheKeys
     } catch (const LocalizedError&) {
         keys.wasRefused = true;
     }
+    readCacheKey(keys, cacheKeys, directory, accountID);
+    return keys;
+}
+
+void Accounts::readCacheKey(Keys& keys, KeychainStore& cacheKeys, const QString& directory,
+                            const QUuid& accountID)
+{
     if (directory.isEmpty())
-        return keys;
+        return;
     try {
         keys.cacheKey = cacheKeys.findData(accountID);
     } catch (const KeychainError&) {
@@ -105,7 +112,6 @@ Accounts::Keys Accounts::readKeys(SecretStore& secrets, KeychainStore& cacheKeys
     }
     if (keys.cacheKey && keys.cacheKey->size() != AESGCMCipher::keySize)
         keys.cacheKey.reset();
-    return keys;
 }
 
 const Accounts::Keys& Accounts::keys(const QUuid& accountID)
@@ -313,18 +319,30 @@ Task<> Accounts::store(Account account, Credential credential, bool emptiesCache
     const QPointer<Accounts> self(this);
     const bool isKnown = find(account.id).has_value();
     const auto isGone = [this, isKnown, id = account.id] { return isKnown && (!find(id) || isLeaving(id)); };
-    const auto save = [secrets = m_services.secrets, credential, id = account.id] {
-        return exchange(*secrets, id, credential);
+    // The key of its cache is read along, where it isn't known: whatever asks for it later would wait for the
+    // keyring. One that is known stays, as the cache is in use under it.
+    Keys found = m_keys.value(account.id);
+    found.credential = credential;
+    found.wasRefused = false;
+    const auto save = [services = m_services, directory = cacheDirectory(account.id), found,
+                       id = account.id] {
+        Exchanged exchanged{exchange(*services.secrets, id, *found.credential), found};
+        if (!found.cacheKey)
+            readCacheKey(exchanged.now, *services.cacheKeys, directory, id);
+        return exchanged;
     };
-    const std::optional<Credential> before = co_await runOnWorker(save);
+    const Exchanged exchanged = co_await runOnWorker(save);
     if (!self)
         co_return;
     if (isGone()) {
-        co_await removeItem(m_services.secrets, account.id);
+        co_await removeItems(account.id);
         throw MailError::cancelled();
     }
     if (stop.stop_requested()) {
-        co_await putBack(m_services.secrets, account.id, before);
+        if (isKnown)
+            co_await putBack(m_services.secrets, account.id, exchanged.before);
+        else
+            co_await removeItems(account.id);
         throw MailError::cancelled();
     }
     endEpoch(account.id);
@@ -335,12 +353,11 @@ Task<> Accounts::store(Account account, Credential credential, bool emptiesCache
             co_return;
         m_wiping.remove(account.id);
         if (isGone()) {
-            co_await removeItem(m_services.secrets, account.id);
+            co_await removeItems(account.id);
             throw MailError::cancelled();
         }
     }
-    if (m_keys.contains(account.id))
-        m_keys[account.id].credential = credential;
+    m_keys.insert(account.id, exchanged.now);
     QList<Account> list = m_list;
     const auto known = std::ranges::find(list, account.id, &Account::id);
     if (known == list.end()) {
@@ -352,6 +369,13 @@ Task<> Accounts::store(Account account, Credential credential, bool emptiesCache
     }
     setList(list);
     setNeedsReauth(account.id, false);
+}
+
+Task<> Accounts::removeItems(QUuid accountID)
+{
+    const std::shared_ptr<KeychainStore> cacheKeys = m_services.cacheKeys;
+    co_await removeItem(m_services.secrets, accountID);
+    co_await removeItem(cacheKeys, accountID);
 }
 
 bool Accounts::beginRemoval(const QUuid& accountID)

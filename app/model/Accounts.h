@@ -27,7 +27,7 @@ namespace Larkhaven {
 /// The keyring is read once for each account, by `unlock` on a worker. Where something is needed before that,
 /// it is read at once. What was read is remembered, a miss as well, until a sign-in or a later `unlock`: a
 /// keyring may ask the user each time, and only the start of the program and what the user asks for may do
-/// so.
+/// so. A sign-in reads along what it needs, on the worker that stores the credential.
 ///
 /// Main thread. Operations that wait hold the object weakly.
 class Accounts : public QObject {
@@ -115,8 +115,19 @@ private:
         bool wasRefused = false;            ///< the keyring didn't answer: worth another try
     };
 
+    /// What the keyring held before a sign-in, and what it gives from then on.
+    struct Exchanged {
+        std::optional<Credential> before;
+        Keys now;
+    };
+
     static Keys readKeys(SecretStore& secrets, KeychainStore& cacheKeys, const QString& directory,
                          const QUuid& accountID);
+    /// Reads the key of the cache, or makes one.
+    static void readCacheKey(Keys& keys, KeychainStore& cacheKeys, const QString& directory,
+                             const QUuid& accountID);
+    /// Removes what the keyring holds for the account; what can't be removed is left.
+    Task<> removeItems(QUuid accountID);
     QString cacheDirectory(const QUuid& accountID) const;
     const Keys& keys(const QUuid& accountID);
     bool isUsable(const QUuid& accountID) const;

@@ -262,6 +262,12 @@ TEST_F(AppModelRepair, ForgetsTheOldServerWhereTheAddressIsAnother)
     EXPECT_FALSE(keepsWhatItKnew(u"new@example.org"_s, settings()));
 }
 
+TEST_F(AppModelRepair, GoesOnWithTheKeyThatItsCacheIsInUseUnder)
+{
+    fixture.cacheKeys().remove(fixture.account().id);
+    EXPECT_TRUE(keepsWhatItKnew(fixture.account().email, settings()));
+}
+
 TEST_F(AppModelRepair, LeavesAFolderOfTheOldServerForTheInbox)
 {
     fixture.model().selectMailbox(MailboxRef::label({u"Work"_s, u"Work"_s}));
@@ -520,6 +526,19 @@ protected:
     std::stop_source attempt;
 };
 
+TEST_F(AppModelSetup, AsksTheKeyringForNothingOfANewAccountOnTheMainThread)
+{
+    await(model.load(0, true));
+    const int before = fixture.keychain().readsOnMainThread;
+    connectTo({signedIn(), verifiedSubmission()});
+    await(save(u"ann@mail.example"_s));
+    const QUuid added = model.accounts().last().id;
+    EXPECT_TRUE(model.provider(added));
+    EXPECT_TRUE(model.cache(added));
+    EXPECT_TRUE(fixture.cacheKeys().loadData(added));
+    EXPECT_EQ(fixture.keychain().readsOnMainThread - 1, before) << "but for that of this test";
+}
+
 TEST_F(AppModelSlowSetup, IsSigningInUntilThePasswordIsStored)
 {
     Begun<void> adding(add());
@@ -540,6 +559,7 @@ TEST_F(AppModelSlowSetup, StoresNothingWhereTheUserGivesUpWhileTheKeyringAsks)
     EXPECT_THROW(adding.get(), MailError);
     EXPECT_EQ(fixture.model().accounts().size(), 1);
     EXPECT_FALSE(secrets->holdsCredential);
+    EXPECT_TRUE(fixture.keychain().isEmpty());
     EXPECT_FALSE(fixture.model().isSigningIn());
 }
 
@@ -594,6 +614,7 @@ TEST_F(AppModelSlowRepair, LeavesNoPasswordOfAnAccountThatIsRemovedMeanwhile)
     secrets->answer();
     EXPECT_THROW(repairing.get(), MailError);
     EXPECT_FALSE(secrets->holdsCredential);
+    EXPECT_TRUE(fixture.keychain().isEmpty());
     EXPECT_TRUE(fixture.model().accounts().isEmpty());
 }
 

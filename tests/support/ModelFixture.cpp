@@ -4,6 +4,9 @@
 #include "model/AccountStore.h"
 #include "support/WaitUntil.h"
 
+#include <QCoreApplication>
+#include <QThread>
+
 #include <thread>
 #include <utility>
 
@@ -167,6 +170,8 @@ QString keyOf(const QString& service, const QString& account)
 KeychainBackend::ReadResult InMemoryKeychain::read(const QString& service, const QString& account)
 {
     ++reads;
+    if (QThread::currentThread() == qApp->thread())
+        ++readsOnMainThread;
     while (hesitates)
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     const std::scoped_lock lock(m_lock);
@@ -176,6 +181,12 @@ KeychainBackend::ReadResult InMemoryKeychain::read(const QString& service, const
     if (item == m_items.cend())
         return {KeychainStatus::itemNotFound, std::nullopt};
     return {KeychainStatus::success, *item};
+}
+
+bool InMemoryKeychain::isEmpty()
+{
+    const std::scoped_lock lock(m_lock);
+    return m_items.isEmpty();
 }
 
 KeychainStatus InMemoryKeychain::update(const QString& service, const QString& account,

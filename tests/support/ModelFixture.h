@@ -25,6 +25,8 @@ public:
     std::atomic<KeychainStatus> writeFailure = KeychainStatus::success; ///< what every writing ends in
     std::atomic<bool> hesitates = false;                                ///< readings wait as long as it does
     std::atomic<int> reads = 0;                                         ///< how often anything was read
+    std::atomic<int> readsOnMainThread = 0;
+    bool isEmpty();
 
 private:
     std::mutex m_lock;                  ///< workers read as well
