@@ -175,6 +175,11 @@ Accounts::Session Accounts::session(const QUuid& accountID)
     return {accountID, m_epochs.value(accountID), provider(accountID)};
 }
 
+Accounts::Session Accounts::present(const QUuid& accountID) const
+{
+    return {accountID, m_epochs.value(accountID), m_providers.value(accountID)};
+}
+
 bool Accounts::isCurrent(const Session& session) const
 {
     return m_epochs.value(session.accountID) == session.epoch && find(session.accountID).has_value();

@@ -69,6 +69,8 @@ public:
     // --- What belongs to an account
     /// Builds the provider on the first use. None for an account that is being removed or repaired.
     Session session(const QUuid& accountID);
+    /// As `session`, but builds nothing: for what only asks whether the account is still the same.
+    Session present(const QUuid& accountID) const;
     /// Whether the account is still as the session found it.
     bool isCurrent(const Session& session) const;
     /// The cache, built on the first use; null where it can't be.

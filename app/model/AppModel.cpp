@@ -289,19 +289,23 @@ void AppModel::reportTo(const Session& session, const std::exception_ptr& failur
         report(failure, session.accountID);
 }
 
-Task<> AppModel::reporting(Task<> flow, QUuid accountID)
+Task<> AppModel::reporting(Task<> flow, Session session)
 {
     const QPointer<AppModel> self(this);
     const Outcome<void> outcome = co_await settled(std::move(flow));
     if (self && outcome.failure)
-        report(outcome.failure, accountID);
+        reportTo(session, outcome.failure);
 }
 
 void AppModel::start(Task<> flow, const std::optional<QUuid>& accountID)
 {
-    spawn(std::move(flow), [self = QPointer(this), accountID](const std::exception_ptr& failure) {
-        if (self)
-            self->report(failure, accountID);
+    const std::optional<Session> began =
+        accountID ? std::optional(m_accounts.present(*accountID)) : std::nullopt;
+    spawn(std::move(flow), [self = QPointer(this), began](const std::exception_ptr& failure) {
+        if (self && began)
+            self->reportTo(*began, failure);
+        else if (self)
+            self->report(failure);
     });
 }
 

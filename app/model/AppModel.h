@@ -312,7 +312,8 @@ public:
     /// Empties all caches and asks the services anew.
     Task<> clearCaches();
 
-    /// Runs a flow that nobody waits for; a failure of it goes to `report`.
+    /// Runs a flow that nobody waits for; a failure of it goes to `report`, with an account only where that
+    /// wasn't repaired or removed meanwhile.
     void start(Task<> flow, const std::optional<QUuid>& accountID = std::nullopt);
 
 Q_SIGNALS:
@@ -367,8 +368,8 @@ private:
 
     void connectParts();
     Session session(const QUuid& accountID) { return m_accounts.session(accountID); }
-    /// Waits for a flow, and reports its failure.
-    Task<> reporting(Task<> flow, QUuid accountID);
+    /// Waits for a flow, and reports its failure where the account is still as the session found it.
+    Task<> reporting(Task<> flow, Session session);
     /// As `report`, where the account is still as the session found it.
     void reportTo(const Session& session, const std::exception_ptr& failure);
 

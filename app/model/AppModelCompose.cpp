@@ -100,8 +100,8 @@ Task<ParsedMessage> AppModel::parsed(MessageSummary row)
 
 Task<> AppModel::prepare(MessageSummary row, bool isOfThread, Prepare writing)
 {
-    const QUuid accountID = row.accountID;
-    return reporting(openWritten(std::move(row), isOfThread, std::move(writing)), accountID);
+    const Session source = session(row.accountID);
+    return reporting(openWritten(std::move(row), isOfThread, std::move(writing)), source);
 }
 
 Task<> AppModel::openWritten(MessageSummary row, bool isOfThread, Prepare writing)

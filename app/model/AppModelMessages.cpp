@@ -247,7 +247,7 @@ void AppModel::setLabel(const Rows& rows, const MailLabel& label, bool applied)
 Task<> AppModel::saveMessage(MessageSummary row, SavePanel choose)
 {
     const Session source = session(row.accountID);
-    return source ? reporting(saveFetched(source, row, std::move(choose)), row.accountID) : nothing();
+    return source ? reporting(saveFetched(source, row, std::move(choose)), source) : nothing();
 }
 
 Task<> AppModel::saveFetched(Session session, MessageSummary row, SavePanel choose)
@@ -307,7 +307,7 @@ Task<> AppModel::applyLabelEdit(LabelEdit edit, QString name)
     const bool isSame = edit.mailbox.isEmpty() || edit.mailbox == mailbox(edit.accountID);
     const Session source = isSame ? session(edit.accountID) : Session();
     const QString trimmed = Text::trimmedSpaceAndLineEnds(name).toString();
-    return source ? reporting(changeLabel(source, edit, trimmed), edit.accountID) : nothing();
+    return source ? reporting(changeLabel(source, edit, trimmed), source) : nothing();
 }
 
 Task<> AppModel::changeLabel(Session session, LabelEdit edit, QString name)
@@ -350,7 +350,7 @@ Task<> AppModel::confirmLabelDeletion(LabelDeletion deletion)
     clearLabelDeletion();
     const bool isSame = deletion.mailbox.isEmpty() || deletion.mailbox == mailbox(deletion.accountID);
     const Session source = isSame ? session(deletion.accountID) : Session();
-    return source ? reporting(deleteLabel(source, deletion.label), deletion.accountID) : nothing();
+    return source ? reporting(deleteLabel(source, deletion.label), source) : nothing();
 }
 
 Task<> AppModel::deleteLabel(Session session, MailLabel label)

@@ -217,7 +217,9 @@ Task<> ReaderView::load(QString messageID)
         co_return;
     if (failure) {
         setLoadError(localizedText(failure));
-        m_model.report(failure, summary->accountID);
+        // What a provider of before a repair says of its sign-in is old.
+        if (m_model.provider(summary->accountID) == provider)
+            m_model.report(failure, summary->accountID);
         co_return;
     }
     m_model.setOpenParsed(m_parsed);

@@ -337,6 +337,49 @@ TEST_F(AppModelRepair, DropsTheAnswersOfTheOldServerThatComeLate)
     EXPECT_TRUE(fresh.counts(fixture.account().id).isEmpty());
 }
 
+TEST_F(AppModelRepair, NeedsNoNewSignInForWhatFailsLateOfTheOldOne)
+{
+    AppModel& fresh = fixture.model();
+    FakeMailProvider& provider = fixture.provider();
+    const QUuid id = fixture.account().id;
+    const MessageSummary row = fresh.messages()[0];
+    const MailLabel label{u"Work"_s, u"Work"_s};
+    for (const char* name : {"fetchRaw", "createLabel", "renameLabel", "deleteLabel"}) {
+        provider.hold(QString::fromLatin1(name));
+        provider.failAlways(QString::fromLatin1(name), MailError::notSignedIn());
+    }
+    // What nobody waits for may also fail outside of them.
+    const auto fetched = [](std::shared_ptr<MailProvider> source) -> Task<> {
+        co_await source->fetchRaw(u"1"_s);
+    };
+    fresh.start(fetched(fresh.provider(id)), id);
+    QList<std::shared_ptr<Begun<void>>> flows;
+    const auto begin = [&flows](Task<> flow) {
+        flows.append(std::make_shared<Begun<void>>(std::move(flow)));
+    };
+    begin(fresh.reply(row, false));
+    begin(fresh.forward(row));
+    begin(fresh.editDraft(row));
+    begin(fresh.saveMessage(row, [](const QString&) { return QString(); }));
+    begin(fresh.applyLabelEdit({QUuid::createUuid(), id, AppModel::LabelEdit::Create{}}, u"New"_s));
+    begin(fresh.applyLabelEdit({QUuid::createUuid(), id, AppModel::LabelEdit::Rename{label}}, u"New"_s));
+    begin(fresh.confirmLabelDeletion({QUuid::createUuid(), id, label}));
+    ASSERT_EQ(provider.pending().size(), 8);
+    fresh.report(std::make_exception_ptr(MailError::notSignedIn()), id);
+    fresh.signInAgain(fresh.accounts()[0], [] {});
+    connectTo({signedIn(), verifiedSubmission()});
+    await(fresh.saveIMAPAccount(u"Ann"_s, fixture.account().email, settings(), u"secret"_s));
+    ASSERT_TRUE(fresh.needsReauth().isEmpty());
+    for (qsizetype left = 8; left > 0; --left) {
+        const QString call = provider.pending().first();
+        provider.complete(0);
+        settle();
+        EXPECT_TRUE(fresh.needsReauth().isEmpty()) << call.toStdString();
+    }
+    for (const std::shared_ptr<Begun<void>>& flow : flows)
+        flow->get();
+}
+
 class RefusingSecretStore final : public SecretStore {
 public:
     std::optional<Credential> load(const QUuid&) override

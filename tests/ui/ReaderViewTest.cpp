@@ -59,6 +59,7 @@ protected:
             texts.append(url.toString(QUrl::FullyEncoded));
         return texts;
     }
+    QUuid accountID() const { return mail->fixture.account().id; }
     QString alertText() { return alert() ? alert()->informativeText() : QString(); }
 
     std::unique_ptr<MailWindow> mail;
@@ -213,6 +214,27 @@ TEST_F(ReaderViewTest, SaysWhyAMessageCouldNotBeLoaded)
     EXPECT_TRUE(mail->model().errorMessage());
     mail->model().clearErrorMessage();
     takeScreenshot(*mail->window, u"reader-load-error"_s);
+}
+
+TEST_F(ReaderViewTest, SaysNothingOfTheSignInThatFailsAfterARepair)
+{
+    open("Subject: x\r\n\r\nHello");
+    FakeMailProvider& provider = mail->fixture.provider();
+    const std::shared_ptr<MailProvider> repaired = FakeMailProvider::create(mail->fixture.account());
+    for (const bool isRepaired : {true, false}) {
+        mail->model().setPath({});
+        provider.failNext(u"fetchRaw"_s, MailError::notSignedIn());
+        provider.hold(u"fetchRaw"_s);
+        mail->model().open(*mail->model().message(u"2"_s));
+        ASSERT_TRUE(waitUntil([&] { return !provider.pending().isEmpty(); }));
+        const std::shared_ptr<MailProvider> before = mail->model().provider(accountID());
+        if (isRepaired)
+            mail->model().useProvider(accountID(), repaired);
+        provider.completeAll();
+        ASSERT_TRUE(waitUntil([this] { return reader().loadError().has_value(); }));
+        EXPECT_NE(mail->model().needsReauth().contains(accountID()), isRepaired);
+        mail->model().useProvider(accountID(), before);
+    }
 }
 
 TEST_F(ReaderViewTest, SaysThatAMessageIsNoLongerAvailable)
@@ -389,7 +411,9 @@ TEST_F(ReaderViewTest, SaysThatPartsCouldNotBeReadAndShowsTheSource)
     takeScreenshot(*mail->window, u"reader-incomplete"_s);
     QTest::mouseClick(button, Qt::LeftButton);
     SourceWindows& sources = mail->window->sourceWindows();
-    ASSERT_TRUE(waitUntil([&] { return sources.window(u"1"_s) && sources.window(u"1"_s)->isVisible(); }));
+    ASSERT_TRUE(waitUntil([&] {
+        return sources.window(u"1"_s) && sources.window(u"1"_s)->isVisible();
+    }));
     QWidget& source = *sources.window(u"1"_s);
     auto* const text = source.findChild<QPlainTextEdit*>();
     EXPECT_EQ(text->toPlainText(), QString::fromLatin1(raw).replace(u"\r\n"_s, u"\n"_s).chopped(1));
