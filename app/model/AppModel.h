@@ -318,6 +318,8 @@ public:
 
 Q_SIGNALS:
     void accountsChanged();
+    /// The account was removed, or leads to other servers: its messages are no longer those that were shown.
+    void messagesForgotten(const QUuid& accountID);
     void sidebarSelectionChanged();
     void messagesChanged();
     void isLoadingChanged();

@@ -110,6 +110,7 @@ void AppModel::forgetServers(const QUuid& accountID)
     m_listing.forgetAccount(accountID);
     publish();
     updateBadge();
+    Q_EMIT messagesForgotten(accountID);
 }
 
 void AppModel::signInAgain(const Account& account, const std::function<void()>& openSetup)
@@ -144,6 +145,7 @@ Task<> AppModel::removeAccount(QUuid accountID)
     updateBadge();
     leaveAccount(accountID);
     publish();
+    Q_EMIT messagesForgotten(accountID);
 }
 
 void AppModel::leaveAccount(const QUuid& accountID)

@@ -7,7 +7,9 @@
 #include "views/Style.h"
 
 #include <QFontDatabase>
+#include <QHash>
 #include <QPlainTextEdit>
+#include <QPointer>
 #include <QShortcut>
 #include <QVBoxLayout>
 
@@ -64,12 +66,28 @@ QWidget* makeWindow(const QString& subject, const QString& source)
 SourceWindows::SourceWindows(AppModel& model, QObject* parent)
     : QObject(parent)
     , m_model(model)
-{}
+{
+    connect(&m_model, &AppModel::messagesForgotten, this, &SourceWindows::closeAll);
+}
 
 SourceWindows::~SourceWindows()
 {
-    for (const QPointer<QWidget>& window : std::as_const(m_windows))
-        delete window;
+    qDeleteAll(std::exchange(m_windows, {}));
+}
+
+void SourceWindows::add(const Key& key, QWidget* window)
+{
+    m_windows.insert(key, window);
+    connect(window, &QObject::destroyed, this, [this, key] { m_windows.remove(key); });
+}
+
+void SourceWindows::closeAll(const QUuid& accountID)
+{
+    const QHash<Key, QWidget*> windows = m_windows;
+    for (const auto& [key, window] : windows.asKeyValueRange()) {
+        if (key.first == accountID)
+            window->close();
+    }
 }
 
 void SourceWindows::open(const MessageSummary& row)
@@ -80,7 +98,7 @@ void SourceWindows::open(const MessageSummary& row)
 Task<> SourceWindows::show(MessageSummary row)
 {
     const QPointer<SourceWindows> self(this);
-    if (!window(row.id)) {
+    if (!window(row.accountID, row.id)) {
         const std::shared_ptr<MailProvider> source = m_model.provider(row.accountID);
         if (!source)
             throw MailError::notSignedIn();
@@ -89,11 +107,14 @@ Task<> SourceWindows::show(MessageSummary row)
         const QString text = co_await runOnWorker(work);
         if (!self)
             co_return;
+        // What servers of before gave belongs to no row any more.
+        if (m_model.provider(row.accountID) != source)
+            throw MailError::cancelled();
         // It may have been asked for twice.
-        if (!window(row.id))
-            m_windows.insert(row.id, makeWindow(row.subject, text));
+        if (!window(row.accountID, row.id))
+            add({row.accountID, row.id}, makeWindow(row.subject, text));
     }
-    QWidget* const shown = window(row.id);
+    QWidget* const shown = window(row.accountID, row.id);
     shown->show();
     shown->raise();
     shown->activateWindow();

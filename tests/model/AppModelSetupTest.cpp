@@ -225,10 +225,14 @@ protected:
         const QUuid id = fixture.account().id;
         fresh.signInAgain(fresh.accounts()[0], [] {});
         connectTo({signedIn(), verifiedSubmission()});
+        QList<QUuid> forgotten;
+        QObject::connect(&fresh, &AppModel::messagesForgotten, &fresh,
+                         [&forgotten](const QUuid& accountID) { forgotten.append(accountID); });
         await(fresh.saveIMAPAccount(u"Ann"_s, email, entered, u"secret"_s));
         const bool isCached = await(fresh.cache(id)->read(u"imap:1:1:INBOX"_s)).has_value();
         const bool isCounted = !fresh.counts(id).isEmpty();
         EXPECT_EQ(isCached, isCounted);
+        EXPECT_EQ(forgotten, isCached ? QList<QUuid>() : QList<QUuid>{id});
         EXPECT_EQ(isCached, !fresh.labels(id).isEmpty());
         EXPECT_EQ(isCached, !fresh.messages().isEmpty());
         fixture.restart();
