@@ -2,13 +2,13 @@
 
 #include "app/platform/SpellChecker.h"
 #include "app/platform/Spelling.h"
-#include "model/DraftGate.h"
 #include "platform/Tasks.h"
-#include "safety/HTMLSanitizer.h"
 #include "views/ComposeHTML.h"
 #include "views/ComposeHighlighter.h"
+#include "views/PastedHTML.h"
 #include "views/QuietDocument.h"
 #include "views/Style.h"
+#include "views/TextRuns.h"
 
 #include <QActionGroup>
 #include <QColorDialog>
@@ -43,61 +43,9 @@ constexpr std::chrono::seconds suggestionPatience(2);
 /// Of a level of lists. In pixels.
 constexpr double levelIndent = 24;
 
-/// A run of text of one format.
-struct Run {
-    int start;
-    int end;
-    QTextCharFormat format;
-};
-
-QList<Run> runsIn(const QTextCursor& selection)
-{
-    QList<Run> runs;
-    const int start = selection.selectionStart();
-    const int end = selection.selectionEnd();
-    for (QTextBlock block = selection.document()->findBlock(start); block.isValid() && block.position() < end;
-         block = block.next()) {
-        for (auto place = block.begin(); !place.atEnd(); ++place) {
-            const QTextFragment fragment = place.fragment();
-            const int first = std::max(start, fragment.position());
-            const int last = std::min(end, fragment.position() + fragment.length());
-            if (first < last)
-                runs.append({first, last, fragment.charFormat()});
-        }
-    }
-    return runs;
-}
-
-QTextCursor selected(QTextDocument* document, int start, int end)
-{
-    QTextCursor cursor(document);
-    cursor.setPosition(start);
-    cursor.setPosition(end, QTextCursor::KeepAnchor);
-    return cursor;
-}
-
 bool isBoldFormat(const QTextCharFormat& format)
 {
     return format.hasProperty(QTextFormat::FontWeight) && format.fontWeight() >= QFont::DemiBold;
-}
-
-/// Colours that come with pasted text are those of another page: black on ours may be black on black. Only
-/// what is clearly a colour is kept.
-void dropGroundColors(QTextCharFormat& format)
-{
-    constexpr int leastSaturation = 60;
-    format.clearProperty(QTextFormat::BackgroundBrush);
-    if (format.hasProperty(QTextFormat::ForegroundBrush) &&
-        format.foreground().color().hsvSaturation() < leastSaturation)
-        format.clearProperty(QTextFormat::ForegroundBrush);
-}
-
-/// What may be pasted of the HTML.
-QString harmless(const QString& html)
-{
-    SanitizerOptions options;
-    options.keepsOnlyWordsOfImages = true;
-    return DraftGate::pastedHTML(HTMLSanitizer::sanitize(html, options).document);
 }
 
 /// The address that a link to the typed text has; empty where it is none.
@@ -280,12 +228,12 @@ void ComposeEditorController::changeText(const Change& change)
         return;
     }
     QTextDocument* const document = textView->document();
-    const QList<Run> runs = runsIn(cursor);
+    const QList<TextRun> runs = textRuns(cursor);
     cursor.beginEditBlock();
-    for (const Run& run : runs) {
+    for (const TextRun& run : runs) {
         QTextCharFormat format = run.format;
         change(format);
-        selected(document, run.start, run.end).setCharFormat(format);
+        selectedText(document, run.start, run.end).setCharFormat(format);
     }
     // What is typed into an empty paragraph, and the markers of lists, have the format of the paragraph.
     for (QTextBlock block = document->findBlock(cursor.selectionStart());
@@ -313,10 +261,10 @@ bool ComposeEditorController::allText(const Test& test) const
     if (!textView)
         return false;
     const QTextCursor cursor = textView->textCursor();
-    const QList<Run> runs = cursor.hasSelection() ? runsIn(cursor) : QList<Run>();
+    const QList<TextRun> runs = cursor.hasSelection() ? textRuns(cursor) : QList<TextRun>();
     if (runs.isEmpty())
         return test(textView->currentCharFormat());
-    return std::ranges::all_of(runs, [&test](const Run& run) { return test(run.format); });
+    return std::ranges::all_of(runs, [&test](const TextRun& run) { return test(run.format); });
 }
 
 void ComposeEditorController::toggle(const Test& test, const std::function<void(QTextCharFormat&, bool)>& set)
@@ -376,7 +324,7 @@ QTextCursor ComposeEditorController::paragraphs() const
     int end = cursor.selectionEnd();
     if (end > start && textView->document()->findBlock(end).position() == end)
         --end;
-    return selected(textView->document(), start, end);
+    return selectedText(textView->document(), start, end);
 }
 
 void ComposeEditorController::align(Qt::Alignment alignment)
@@ -554,7 +502,7 @@ void ComposeEditorController::detectLink()
     if (address.isEmpty())
         return;
     const int first = block.position() + static_cast<int>(start);
-    QTextCursor range = selected(textView->document(), first, first + static_cast<int>(word.size()));
+    QTextCursor range = selectedText(textView->document(), first, first + static_cast<int>(word.size()));
     QTextCharFormat link;
     if (ComposeFormat::link(range.charFormat()).isEmpty() && ComposeFormat::setLink(link, address))
         range.mergeCharFormat(link);
@@ -563,7 +511,7 @@ void ComposeEditorController::detectLink()
 void ComposeEditorController::pasteHTML(const QString& html)
 {
     if (html.size() <= longestReadAtOnce)
-        insertHTML(harmless(html), textView->textCursor());
+        insertHTML(PastedHTML::harmless(html), textView->textCursor());
     else
         spawn(readAndInsert(html, textView->textCursor()), dropFailure);
 }
@@ -573,7 +521,7 @@ Task<> ComposeEditorController::readAndInsert(QString html, QTextCursor place)
     const QPointer<ComposeEditorController> self(this);
     const std::shared_ptr<Wakeup> end = m_pastesEnd;
     ++m_pastes;
-    const auto work = [html] { return harmless(html); };
+    const auto work = [html] { return PastedHTML::harmless(html); };
     const QString gated = co_await runOnWorker(work);
     if (!self)
         co_return;
@@ -586,9 +534,7 @@ Task<> ComposeEditorController::readAndInsert(QString html, QTextCursor place)
         co_return;
     }
     // The text has become a plain one meanwhile.
-    QuietDocument pasted;
-    ComposeHTML::read(gated, pasted, m_sizes);
-    place.insertText(pasted.toPlainText(), QTextCharFormat());
+    place.insertText(PastedHTML::plainText(gated, m_sizes), QTextCharFormat());
 }
 
 Task<> ComposeEditorController::pastesEnded()
@@ -601,21 +547,9 @@ Task<> ComposeEditorController::pastesEnded()
 
 void ComposeEditorController::insertHTML(const QString& gated, QTextCursor place)
 {
-    QuietDocument pasted;
-    pasted.setDefaultFont(m_baseFont);
-    ComposeHTML::read(gated, pasted, m_sizes);
-    QTextCursor everything(&pasted);
-    everything.select(QTextCursor::Document);
-    // As one edit, or each of them reads its whole paragraph anew.
-    everything.beginEditBlock();
-    for (const Run& run : runsIn(everything)) {
-        QTextCharFormat format = run.format;
-        dropGroundColors(format);
-        selected(&pasted, run.start, run.end).setCharFormat(format);
-    }
-    everything.endEditBlock();
+    const QTextDocumentFragment pasted = PastedHTML::fragment(gated, m_baseFont, m_sizes);
     if (!pasted.isEmpty())
-        place.insertFragment(QTextDocumentFragment(&pasted));
+        place.insertFragment(pasted);
 }
 
 // --- Spelling
@@ -642,7 +576,7 @@ Task<> ComposeEditorController::addSuggestions(QPointer<QMenu> menu, QPointer<QA
             const int end = position + static_cast<int>(word.size());
             if (!textView || end >= textView->document()->characterCount())
                 return;
-            QTextCursor range = selected(textView->document(), position, end);
+            QTextCursor range = selectedText(textView->document(), position, end);
             if (range.selectedText() == word)
                 range.insertText(suggestion, range.charFormat());
         });

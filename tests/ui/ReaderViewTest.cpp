@@ -1,6 +1,6 @@
 #include "views/ReaderView.h"
 
-#include "UITestSupport.h"
+#include "ReaderViewFixture.h"
 #include "domain/MailError.h"
 #include "safety/LinkCleaner.h"
 #include "support/QtPrinters.h"
@@ -9,7 +9,6 @@
 #include "views/AttachmentChip.h"
 #include "views/ComposeWindows.h"
 #include "views/EmptyStateView.h"
-#include "views/SourceWindows.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -17,7 +16,6 @@
 #include <QLabel>
 #include <QMenu>
 #include <QMessageBox>
-#include <QPlainTextEdit>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QScrollBar>
@@ -32,38 +30,6 @@ namespace {
 const QString remoteImage =
     u"<p>Hello</p><img src=\"https://img.example/a.png\" width=\"200\" height=\"100\">"_s;
 const QString tracker = u"<img src=\"https://track.example/open.gif\" width=\"1\" height=\"1\">"_s;
-
-class ReaderViewTest : public testing::Test {
-protected:
-    void open(const QByteArray& raw, const QList<Account>& accounts = {ModelFixture::imapAccount()})
-    {
-        mail = std::make_unique<MailWindow>(accounts);
-        mail->fill(ModelFixture::rows(mail->fixture.account(), 3));
-        mail->fixture.provider().setRaw(u"1"_s, raw);
-        change();
-        mail->open();
-        mail->read(u"1"_s);
-    }
-
-    virtual void change() {}
-
-    ReaderView& reader() { return mail->window->reader(); }
-    SecureMessageView& message() { return *mail->window->findChild<SecureMessageView*>(); }
-    QMessageBox* alert() { return mail->window->findChild<QMessageBox*>(u"linkAlert"_s); }
-    QLabel& label(const char* name) { return mail->child<QLabel>(name); }
-    void set(QLatin1StringView key, const QVariant& value) { mail->fixture.defaults().set(key, value); }
-    QStringList openedURLs() const
-    {
-        QStringList texts;
-        for (const QUrl& url : mail->openedURLs)
-            texts.append(url.toString(QUrl::FullyEncoded));
-        return texts;
-    }
-    QUuid accountID() const { return mail->fixture.account().id; }
-    QString alertText() { return alert() ? alert()->informativeText() : QString(); }
-
-    std::unique_ptr<MailWindow> mail;
-};
 
 // --- What is shown
 
@@ -392,108 +358,6 @@ TEST_F(ReaderViewTest, SuggestsANameThatAFileCanHave)
     QTest::mouseClick(mail->window->findChild<AttachmentChip*>(), Qt::LeftButton);
     ASSERT_EQ(mail->suggestedNames.size(), 1);
     EXPECT_EQ(mail->suggestedNames.constFirst(), QString(83, u'€') + u".csv"_s);
-}
-
-// --- What could not be read
-
-TEST_F(ReaderViewTest, SaysThatPartsCouldNotBeReadAndShowsTheSource)
-{
-    const QByteArray raw =
-        "From: Ada <ada@example.com>\r\nSubject: Broken\r\n"
-        "Content-Type: multipart/mixed; boundary=b\r\n\r\n--c\r\n\r\nhidden words\r\n--c--\r\n";
-    open(raw);
-    QWidget& banner = mail->child<QWidget>("incompleteBanner");
-    ASSERT_TRUE(banner.isVisible());
-    EXPECT_EQ(banner.findChild<QLabel*>(u"noticeText"_s)->text(),
-              u"Parts of this message could not be read."_s);
-    auto* const button = banner.findChild<QPushButton*>(u"noticeButton"_s);
-    EXPECT_EQ(button->text(), u"Show Source"_s);
-    takeScreenshot(*mail->window, u"reader-incomplete"_s);
-    QTest::mouseClick(button, Qt::LeftButton);
-    SourceWindows& sources = mail->window->sourceWindows();
-    ASSERT_TRUE(waitUntil([&] {
-        return sources.window(accountID(), u"1"_s) && sources.window(accountID(), u"1"_s)->isVisible();
-    }));
-    QWidget& source = *sources.window(accountID(), u"1"_s);
-    auto* const text = source.findChild<QPlainTextEdit*>();
-    EXPECT_EQ(text->toPlainText(), QString::fromLatin1(raw).replace(u"\r\n"_s, u"\n"_s).chopped(1));
-    EXPECT_TRUE(text->isReadOnly());
-    EXPECT_EQ(source.windowTitle(), u"Source of “Subject 1”"_s);
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&source));
-    takeScreenshot(source, u"source"_s);
-    QTest::mouseClick(button, Qt::LeftButton);
-    settle();
-    EXPECT_EQ(sources.window(accountID(), u"1"_s), &source);
-}
-
-TEST_F(ReaderViewTest, SaysNothingOfPartsWhereAllWasRead)
-{
-    open("Subject: x\r\n\r\nHello");
-    EXPECT_FALSE(mail->child<QWidget>("incompleteBanner").isVisible());
-}
-
-TEST_F(ReaderViewTest, ControlUShowsTheSourceInReaderAndList)
-{
-    open(htmlMessage(filled(u"Hello"_s)));
-    SourceWindows& sources = mail->window->sourceWindows();
-    QTest::keyClick(&inputWidget(message()), Qt::Key_U, Qt::ControlModifier);
-    ASSERT_TRUE(waitUntil([&] { return sources.window(accountID(), u"1"_s); }));
-    sources.window(accountID(), u"1"_s)->close();
-    ASSERT_TRUE(waitUntil([&] { return !sources.window(accountID(), u"1"_s); }));
-    mail->model().setPath({});
-    mail->model().setSelection({u"2"_s, u"3"_s});
-    mail->window->activateWindow();
-    mail->table().setFocus();
-    QTest::keyClick(&mail->table(), Qt::Key_U, Qt::ControlModifier);
-    settle();
-    EXPECT_FALSE(sources.window(accountID(), u"2"_s));
-    mail->model().setSelection({u"1"_s});
-    QTest::keyClick(&mail->table(), Qt::Key_U, Qt::ControlModifier);
-    EXPECT_TRUE(waitUntil([&] { return sources.window(accountID(), u"1"_s); }));
-}
-
-TEST_F(ReaderViewTest, KeepsTheSourcesOfTwoAccountsApartAndClosesThoseOfOneThatIsRemoved)
-{
-    open("Subject: one\r\n\r\nHello",
-         {ModelFixture::imapAccount(), ModelFixture::imapAccount(u"other@example.org"_s)});
-    mail->fixture.provider(1).setRaw(u"1"_s, "Subject: two\r\n\r\nHello");
-    SourceWindows& sources = mail->window->sourceWindows();
-    const QUuid other = mail->fixture.account(1).id;
-    sources.open(*mail->model().message(u"1"_s));
-    ASSERT_TRUE(waitUntil([&] { return sources.window(accountID(), u"1"_s); }));
-    sources.open(ModelFixture::row(mail->fixture.account(1), u"1"_s));
-    ASSERT_TRUE(waitUntil([&] { return sources.window(other, u"1"_s); }));
-    const auto text = [&](const QUuid& account) {
-        return sources.window(account, u"1"_s)->findChild<QPlainTextEdit*>()->toPlainText();
-    };
-    EXPECT_TRUE(text(accountID()).startsWith(u"Subject: one"_s));
-    EXPECT_TRUE(text(other).startsWith(u"Subject: two"_s));
-    mail->model().start(mail->model().removeAccount(other));
-    EXPECT_TRUE(waitUntil([&] { return !sources.window(other, u"1"_s); }));
-    EXPECT_TRUE(sources.window(accountID(), u"1"_s));
-}
-
-TEST_F(ReaderViewTest, ShowsNoSourceThatComesFromTheServersOfBefore)
-{
-    open("Subject: x\r\n\r\nHello");
-    FakeMailProvider& provider = mail->fixture.provider();
-    provider.hold(u"fetchRaw"_s);
-    mail->window->sourceWindows().open(*mail->model().message(u"1"_s));
-    ASSERT_EQ(provider.pending().size(), 1);
-    mail->model().useProvider(accountID(), FakeMailProvider::create(mail->fixture.account()));
-    provider.completeAll();
-    settle();
-    EXPECT_FALSE(mail->window->sourceWindows().window(accountID(), u"1"_s));
-    EXPECT_FALSE(mail->model().errorMessage());
-}
-
-TEST_F(ReaderViewTest, ASourceThatCannotBeFetchedIsReported)
-{
-    open("Subject: x\r\n\r\nHello");
-    mail->fixture.provider().failNext(u"fetchRaw"_s, MailError::protocolError(u"Gone."_s));
-    mail->window->sourceWindows().open(*mail->model().message(u"2"_s));
-    EXPECT_TRUE(waitUntil([this] { return mail->model().errorMessage().has_value(); }));
-    EXPECT_FALSE(mail->window->sourceWindows().window(accountID(), u"2"_s));
 }
 
 // --- Links
