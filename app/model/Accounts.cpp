@@ -79,7 +79,7 @@ Accounts::Keys Accounts::readKeys(SecretStore& secrets, KeychainStore& cacheKeys
 {
     Keys keys;
     try {
-        keys.credential = secrets.load(accountID);
+        keys.credential = secrets.find(accountID);
     } catch (const LocalizedError&) {
         keys.wasRefused = true;
     }

@@ -257,7 +257,10 @@ Task<> AppModel::recoverDrafts()
     if (owners.isEmpty())
         co_return;
     // Texts outlive a list of accounts that was lost.
-    owners += co_await m_texts->strayAccounts(owners);
+    const QList<QUuid> strays = co_await m_texts->strayAccounts(owners);
+    if (!self)
+        co_return;
+    owners += strays;
     co_await m_texts->unlock(owners);
     for (const QUuid& accountID : std::as_const(owners)) {
         if (!self)

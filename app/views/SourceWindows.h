@@ -4,6 +4,7 @@
 
 #include <QHash>
 #include <QObject>
+#include <QSize>
 #include <QUuid>
 
 #include <utility>

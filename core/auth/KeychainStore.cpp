@@ -21,6 +21,11 @@ namespace {
     throw KeychainError(status, backend.message(status));
 }
 
+std::optional<Credential> decoded(const std::optional<QByteArray>& data)
+{
+    return data ? std::optional(Credential::fromJSON(*data)) : std::nullopt;
+}
+
 } // namespace
 
 KeychainStore::KeychainStore(QString service, QList<std::shared_ptr<KeychainBackend>> backends)
@@ -32,8 +37,12 @@ KeychainStore::KeychainStore(QString service, QList<std::shared_ptr<KeychainBack
 
 std::optional<Credential> KeychainStore::load(const QUuid& accountID)
 {
-    const std::optional<QByteArray> data = findData(accountID);
-    return data ? std::optional(Credential::fromJSON(*data)) : std::nullopt;
+    return decoded(loadData(accountID));
+}
+
+std::optional<Credential> KeychainStore::find(const QUuid& accountID)
+{
+    return decoded(findData(accountID));
 }
 
 void KeychainStore::save(const Credential& credential, const QUuid& accountID)

@@ -40,10 +40,12 @@ public:
     explicit KeychainStore(QString service,
                            QList<std::shared_ptr<KeychainBackend>> backends = systemKeychainBackends());
 
-    /// Nothing only where a keychain states that the item is absent, as `findData`: a keyring that isn't up
-    /// yet must not cost a sign-in. Fails with `KeychainError`, or with `DecodingError` where the item isn't
-    /// a credential; the item stays.
+    /// Nothing also where no keychain is there. Fails with `KeychainError`, or with `DecodingError` where the
+    /// item isn't a credential; the item stays.
     std::optional<Credential> load(const QUuid& accountID) override;
+    /// Nothing only where a keychain states that the item is absent, as `findData`: a keyring that isn't up
+    /// yet must not cost a sign-in.
+    std::optional<Credential> find(const QUuid& accountID) override;
     void save(const Credential& credential, const QUuid& accountID) override;
     void remove(const QUuid& accountID) override;
 

@@ -18,6 +18,8 @@ public:
 
     /// The stored credential, or nothing. Fails with an error of the store, or `DecodingError`.
     virtual std::optional<Credential> load(const QUuid& accountID) = 0;
+    /// As `load`, but nothing only where the store states that there is none: fails where it can't be asked.
+    virtual std::optional<Credential> find(const QUuid& accountID) { return load(accountID); }
     /// Stores the credential, replacing what was there. Fails with an error of the store.
     virtual void save(const Credential& credential, const QUuid& accountID) = 0;
     /// Removes the credential. Removing what isn't there is no failure.

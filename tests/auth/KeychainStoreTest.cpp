@@ -83,12 +83,14 @@ TEST_F(KeychainStoreTest, FindsNothingOnlyWhereAKeychainStatesIt)
     EXPECT_EQ(store.findData(account), "old");
 }
 
-TEST_F(KeychainStoreTest, FailsToLoadACredentialWhereNoKeychainIsThere)
+TEST_F(KeychainStoreTest, FindsNoAnswerOfACredentialWhereNoKeychainIsThere)
 {
     preferred->answerWith(KeychainStatus::notAvailable);
     legacy->answerWith(KeychainStatus::notAvailable);
-    EXPECT_EQ(failureOf([this] { store.load(account); }), KeychainStatus::notAvailable);
+    EXPECT_EQ(failureOf([this] { store.find(account); }), KeychainStatus::notAvailable);
+    EXPECT_EQ(store.load(account), std::nullopt);
     legacy->answerWith(KeychainStatus::itemNotFound);
+    EXPECT_EQ(store.find(account), std::nullopt);
     EXPECT_EQ(store.load(account), std::nullopt);
 }
 

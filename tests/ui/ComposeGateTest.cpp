@@ -1,4 +1,5 @@
 #include "ComposeSupport.h"
+#include "domain/MailError.h"
 #include "support/QtPrinters.h"
 #include "support/WaitUntil.h"
 #include "views/ComposeNotices.h"

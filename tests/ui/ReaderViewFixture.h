@@ -19,10 +19,10 @@ protected:
     {
         mail = std::make_unique<MailWindow>(accounts);
         mail->fill(ModelFixture::rows(mail->fixture.account(), 3));
-        mail->fixture.provider().setRaw(u"1"_s, raw);
+        mail->fixture.provider().setRaw(QStringLiteral("1"), raw);
         change();
         mail->open();
-        mail->read(u"1"_s);
+        mail->read(QStringLiteral("1"));
     }
 
     /// What is other than usual before the message opens.
@@ -30,7 +30,7 @@ protected:
 
     ReaderView& reader() { return mail->window->reader(); }
     SecureMessageView& message() { return *mail->window->findChild<SecureMessageView*>(); }
-    QMessageBox* alert() { return mail->window->findChild<QMessageBox*>(u"linkAlert"_s); }
+    QMessageBox* alert() { return mail->window->findChild<QMessageBox*>(QStringLiteral("linkAlert")); }
     QLabel& label(const char* name) { return mail->child<QLabel>(name); }
     void set(QLatin1StringView key, const QVariant& value) { mail->fixture.defaults().set(key, value); }
     QStringList openedURLs() const
