@@ -34,12 +34,14 @@ struct Losses {
     bool images = false; ///< their words stand for them
     bool styles = false; ///< style sheets
     bool tables = false; ///< those that are too large or too deep; their rows are paragraphs
+    bool rules = false;  ///< lines across the page
+    bool cells = false;  ///< backgrounds, sizes and places of what is in tables
 
-    bool isEmpty() const { return !images && !styles && !tables; }
+    bool isEmpty() const { return *this == Losses(); }
     bool operator==(const Losses&) const = default;
 };
 
-/// Replaces the document by what the HTML shows, and forgets its undo steps. Rules are left out.
+/// Replaces the document by what the HTML shows, and forgets its undo steps.
 Losses read(const QString& html, QTextDocument& document, const ComposeFormat::Sizes& sizes);
 
 /// Tables deeper than this, wider, or with more cells in all of a text are read row by row.

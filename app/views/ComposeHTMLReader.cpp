@@ -121,6 +121,7 @@ void Reader::startTag(const Tag& tag)
         return;
     }
     if (tag.name == "hr"_L1) {
+        m_losses.rules |= !current().isHidden;
         endParagraph();
         m_isGapDue = true;
         return;
@@ -151,6 +152,23 @@ void Reader::startTag(const Tag& tag)
     // A row of a table that is none here is a paragraph, its cells stand apart by tabs.
     m_space.reset();
     insert(u"\t"_s);
+}
+
+/// A cell has no looks of its own here.
+void Reader::noteLooks(const Tag& tag, const QHash<QString, QString>& style)
+{
+    static constexpr std::array elements{"table"_L1, "tr"_L1, "td"_L1, "th"_L1};
+    static constexpr std::array attributes{"background"_L1, "bgcolor"_L1, "height"_L1, "valign"_L1,
+                                           "width"_L1};
+    static constexpr std::array properties{"background"_L1, "background-color"_L1, "height"_L1,
+                                           "vertical-align"_L1, "width"_L1};
+    if (!isOneOf(elements, tag.name))
+        return;
+    const auto holds = [](const QHash<QString, QString>& values) {
+        return [&values](QLatin1StringView name) { return values.contains(name); };
+    };
+    m_losses.cells = m_losses.cells || std::ranges::any_of(attributes, holds(tag.attributes)) ||
+                     std::ranges::any_of(properties, holds(style));
 }
 
 /// An image gives way to its words.
@@ -283,6 +301,7 @@ void Reader::applyStyle(const Tag& tag, Element& element)
         if (step >= 1 && step <= 7)
             setSize(element, sizes[static_cast<std::size_t>(step)] / 13 * m_sizes.base);
     }
+    noteLooks(tag, style);
     if (style.isEmpty())
         return;
     if (isNotShown(style))

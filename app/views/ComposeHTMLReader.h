@@ -79,6 +79,7 @@ private:
     void applyMargins(const QHash<QString, QString>& style, Element& element);
     void applyDirection(const QString& direction, Element& element);
     void addImage(const Tag& tag);
+    void noteLooks(const Tag& tag, const QHash<QString, QString>& style);
     void openList(const Tag& tag, Element& element);
     void openTable(const Tag& tag, Element& element);
     QSize tableSize();

@@ -412,6 +412,10 @@ Task<bool> ComposeView::lossesAccepted(Delivery delivery)
         lost.append(tr("style sheets"));
     if (losses.tables)
         lost.append(tr("large tables"));
+    if (losses.cells)
+        lost.append(tr("the look of table cells"));
+    if (losses.rules)
+        lost.append(tr("horizontal lines"));
     QMessageBox* const alert =
         makePlainAlert(tr("Not all of this draft can be kept."),
                        tr("The stored draft holds %1, which will be lost when it is replaced.")
