@@ -1,14 +1,12 @@
+#include "AppModelCompose.h"
+
 #include "domain/MailError.h"
 #include "format/MIMEParser.h"
-#include "model/AccountStore.h"
 #include "model/AppModel.h"
 #include "support/Await.h"
 #include "support/ModelFixture.h"
 #include "support/QtPrinters.h"
 #include "support/WaitUntil.h"
-
-#include <QDirIterator>
-#include <QFile>
 
 #include <gtest/gtest.h>
 
@@ -16,45 +14,6 @@ using namespace Qt::StringLiterals;
 
 namespace Larkhaven {
 namespace {
-
-class AppModelCompose : public testing::Test {
-protected:
-    /// The draft of the window that was asked for last.
-    ComposeDraft opened()
-    {
-        const std::optional<QUuid> id = model().pendingCompose();
-        const std::optional<ComposeDraft> seed = id ? model().takeSeed(*id) : std::nullopt;
-        EXPECT_TRUE(seed) << "no window was asked for";
-        return seed.value_or(ComposeDraft());
-    }
-    MessageSummary message(const QByteArray& raw)
-    {
-        const MessageSummary row = ModelFixture::row(fixture.account(), u"7"_s);
-        fixture.provider().setRaw(row.id, raw);
-        return row;
-    }
-    ComposeDraft draftTo(const QString& to) const
-    {
-        ComposeDraft draft;
-        draft.id = QUuid::createUuid();
-        draft.accountID = fixture.account().id;
-        draft.to = to;
-        return draft;
-    }
-    QString refusal(const ComposeDraft& draft, bool forSending)
-    {
-        try {
-            model().outgoing(draft, forSending);
-        } catch (const MailError& error) {
-            return error.text();
-        }
-        return u"accepted"_s;
-    }
-
-    AppModel& model() { return fixture.model(); }
-
-    ModelFixture fixture{{ModelFixture::imapAccount(), ModelFixture::imapAccount(u"second@example.org"_s)}};
-};
 
 const QByteArray original = "From: Ada <ada@example.com>\r\n"
                             "To: mia@example.org, Bo <bo@example.com>\r\n"
@@ -350,6 +309,57 @@ TEST_F(AppModelCompose, SendsNothingFromAnAccountThatIsGone)
     expectMailError(model().send(draft), MailError::Kind::notSignedIn);
 }
 
+TEST_F(AppModelCompose, SendsNothingToNobody)
+{
+    expectUnsupported(model().send(draftTo(u" "_s)), u"Please specify at least one recipient."_s);
+    expectUnsupported(model().send(draftTo(u"bob"_s)), u"Please specify at least one recipient."_s);
+    EXPECT_TRUE(fixture.provider().sent().isEmpty());
+}
+
+TEST_F(AppModelCompose, SendsAndAnswersNothingWithoutASignIn)
+{
+    const MessageSummary row = message(original);
+    fixture.restartWithoutProviders();
+    expectMailError(model().send(draftTo(u"a@x"_s)), MailError::Kind::notSignedIn);
+    expectMailError(model().saveDraft(draftTo(u"a@x"_s)), MailError::Kind::notSignedIn);
+    model().start(model().reply(row, false));
+    settle();
+    EXPECT_FALSE(model().pendingCompose());
+    EXPECT_TRUE(model().needsReauth().contains(row.accountID));
+}
+
+TEST_F(AppModelCompose, AnswersTheRowThatIsMeantAndNotTheOpenOneOfAnotherAccount)
+{
+    fixture.provider(1).setRaw(u"7"_s, "From: Bob <bob@example.com>\r\nSubject: Other\r\n\r\nOther text");
+    const MessageSummary open = message(original);
+    fixture.provider().setListing(MailboxRef::system(Mailbox::inbox), {open});
+    await(model().load(0, true));
+    model().open(open);
+    model().setOpenParsed(MIMEParser::parse(original));
+    await(model().reply(ModelFixture::row(fixture.account(1), u"7"_s), false));
+    EXPECT_EQ(opened().to, u"\"Bob\" <bob@example.com>"_s);
+    EXPECT_TRUE(opened().body.contains(u"> Other text"_s));
+}
+
+TEST_F(AppModelCompose, CarriesAllAttachmentsOfADraftAndOfAForward)
+{
+    const QByteArray part = "--b\r\nContent-Type: application/pdf; name=%1.pdf\r\n"
+                            "Content-Disposition: attachment\r\n\r\nPDF\r\n";
+    const QByteArray raw = "From: a@x\r\nContent-Type: multipart/mixed; boundary=b\r\n\r\n--b\r\n\r\nHi\r\n" +
+                           QByteArray(part).replace("%1", "one") + QByteArray(part).replace("%1", "two") +
+                           "--b--\r\n";
+    const auto names = [this] {
+        QStringList all;
+        for (const OutgoingAttachment& attachment : opened().attachments)
+            all.append(attachment.filename);
+        return all;
+    };
+    await(model().editDraft(message(raw)));
+    EXPECT_EQ(names(), QStringList({u"one.pdf"_s, u"two.pdf"_s}));
+    await(model().forward(message(raw)));
+    EXPECT_EQ(names(), QStringList({u"one.pdf"_s, u"two.pdf"_s}));
+}
+
 TEST_F(AppModelCompose, SendsToNobodyWhomANameOfTheSenderHides)
 {
     for (const QByteArray& name : {QByteArray("=?UTF-8?Q?Bob=22,_victim@evil.example,_=22?="),
@@ -496,159 +506,6 @@ TEST_F(AppModelCompose, TouchesNoMessageOfAnotherAccountThatHasTheIDOfTheDraft)
     EXPECT_FALSE(fixture.provider(1).savedDrafts()[0].draftID);
     EXPECT_EQ(fixture.provider(0).calls(u"trash"_s).first(), u"trash 7")
         << "the stored draft has been replaced";
-}
-
-// --- Recovery
-
-class ComposeRecoveryTest : public AppModelCompose {
-protected:
-    ComposeDraft kept(const QString& body)
-    {
-        ComposeDraft draft = draftTo(u"secret-recipient@x"_s);
-        draft.subject = u"Secret subject"_s;
-        draft.body = body;
-        draft.bcc = u"b@x"_s;
-        draft.isRichText = true;
-        draft.initialHTML = u"<b>x</b>"_s;
-        draft.inReplyTo = u"<1@x>"_s;
-        draft.references = {u"<0@x>"_s, u"<1@x>"_s};
-        draft.draftMessageID = u"3:Drafts"_s;
-        draft.attachments = {{QUuid::createUuid(), u"plan.txt"_s, u"text/plain"_s, "attached bytes"}};
-        model().keepForRecovery(draft);
-        return draft;
-    }
-    /// What the next start of the program offers.
-    QList<ComposeDraft> recovered()
-    {
-        waitForFiles();
-        fixture.restart();
-        QList<ComposeDraft> drafts;
-        QObject::connect(&model(), &AppModel::pendingComposeChanged, &model(), [this, &drafts] {
-            if (model().pendingCompose())
-                drafts.append(*model().takeSeed(*model().pendingCompose()));
-            model().clearPendingCompose();
-        });
-        await(model().recoverDrafts());
-        return drafts;
-    }
-    void waitForFiles() { await(model().settleKeptTexts()); }
-};
-
-TEST_F(ComposeRecoveryTest, BringsBackATextWhoseWindowWasNeverClosed)
-{
-    const ComposeDraft draft = kept(u"first"_s);
-    ComposeDraft later = draft;
-    later.body = u"second"_s;
-    model().keepForRecovery(later);
-    const QList<ComposeDraft> drafts = recovered();
-    ASSERT_EQ(drafts.size(), 1);
-    EXPECT_EQ(drafts[0].id, draft.id);
-    EXPECT_EQ(drafts[0].accountID, draft.accountID);
-    EXPECT_EQ(drafts[0].to, draft.to);
-    EXPECT_EQ(drafts[0].bcc, draft.bcc);
-    EXPECT_EQ(drafts[0].subject, draft.subject);
-    EXPECT_EQ(drafts[0].body, u"second");
-    EXPECT_EQ(drafts[0].isRichText, true);
-    EXPECT_EQ(drafts[0].initialHTML, draft.initialHTML);
-    EXPECT_EQ(drafts[0].inReplyTo, draft.inReplyTo);
-    EXPECT_EQ(drafts[0].references, draft.references);
-    EXPECT_EQ(drafts[0].draftMessageID, draft.draftMessageID);
-    ASSERT_EQ(drafts[0].attachments.size(), 1);
-    EXPECT_EQ(drafts[0].attachments[0].filename, u"plan.txt");
-    EXPECT_EQ(drafts[0].attachments[0].data, "attached bytes");
-    EXPECT_TRUE(model().isRecovered(draft.id));
-}
-
-TEST_F(ComposeRecoveryTest, BringsBackATextWhoseAccountIsNoLongerInTheList)
-{
-    const ComposeDraft draft = kept(u"x"_s);
-    waitForFiles();
-    Account other = fixture.account();
-    other.id = QUuid::createUuid();
-    AccountStore::save({other}, fixture.defaults());
-    for (int start = 0; start < 2; ++start) {
-        const QList<ComposeDraft> drafts = recovered();
-        ASSERT_EQ(drafts.size(), 1);
-        EXPECT_EQ(drafts[0].body, u"x"_s);
-        EXPECT_EQ(drafts[0].accountID, other.id);
-        EXPECT_EQ(drafts[0].originAccountID, draft.accountID) << "whose stored draft it was";
-    }
-}
-
-TEST_F(ComposeRecoveryTest, BringsItBackAgainAndAgainUntilItsWindowCloses)
-{
-    const ComposeDraft draft = kept(u"x"_s);
-    EXPECT_EQ(recovered().size(), 1);
-    EXPECT_EQ(recovered().size(), 1);
-    model().closeCompose(draft.id);
-    EXPECT_TRUE(recovered().isEmpty());
-}
-
-TEST_F(ComposeRecoveryTest, KeepsWhatCameBackWhereAnotherTextIsKeptAfterwards)
-{
-    kept(u"one"_s);
-    ASSERT_EQ(recovered().size(), 1);
-    kept(u"two"_s);
-    EXPECT_EQ(recovered().size(), 2);
-}
-
-TEST_F(ComposeRecoveryTest, ForgetsATextWhoseWindowWasClosed)
-{
-    model().closeCompose(kept(u"x"_s).id);
-    EXPECT_TRUE(recovered().isEmpty());
-}
-
-TEST_F(ComposeRecoveryTest, KeepsNoWordInTheClear)
-{
-    kept(u"Secret body"_s);
-    waitForFiles();
-    int files = 0;
-    QDirIterator tree(fixture.keptTextsDirectory(), QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
-    while (tree.hasNext()) {
-        QFile file(tree.next());
-        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-        const QByteArray bytes = file.readAll() + tree.fileName().toUtf8();
-        for (const char* word : {"ecret", "attached", "plan.txt", "3:Drafts"})
-            EXPECT_FALSE(bytes.contains(word)) << tree.fileName().toStdString();
-        ++files;
-    }
-    EXPECT_EQ(files, 1);
-}
-
-TEST_F(ComposeRecoveryTest, MovesWithTheAccountThatSends)
-{
-    ComposeDraft draft = kept(u"x"_s);
-    draft.accountID = fixture.account(1).id;
-    model().keepForRecovery(draft);
-    const QList<ComposeDraft> drafts = recovered();
-    ASSERT_EQ(drafts.size(), 1);
-    EXPECT_EQ(drafts[0].accountID, fixture.account(1).id);
-}
-
-TEST_F(ComposeRecoveryTest, OutlivesTheClearingOfTheCaches)
-{
-    kept(u"x"_s);
-    await(model().clearCaches());
-    EXPECT_EQ(recovered().size(), 1);
-}
-
-TEST_F(ComposeRecoveryTest, GoesWithItsAccount)
-{
-    kept(u"x"_s);
-    await(model().removeAccount(fixture.account(0).id));
-    EXPECT_TRUE(recovered().isEmpty());
-}
-
-TEST_F(ComposeRecoveryTest, SurvivesFilesThatCannotBeRead)
-{
-    kept(u"x"_s);
-    waitForFiles();
-    QDirIterator tree(fixture.keptTextsDirectory(), QDir::Files, QDirIterator::Subdirectories);
-    while (tree.hasNext()) {
-        QFile file(tree.next());
-        ASSERT_TRUE(file.resize(file.size() / 2));
-    }
-    EXPECT_TRUE(recovered().isEmpty());
 }
 
 } // namespace

@@ -39,6 +39,43 @@ protected:
     AppModel& model = fixture.model();
 };
 
+TEST_F(AppModelMailbox, ReportsThatTheLastPageCannotBeFound)
+{
+    list(Mailbox::inbox, 60);
+    await(model.load(0, true));
+    fixture.provider().failNext(u"lastPageOffset"_s, MailError::protocolError(u"Gone."_s));
+    await(model.lastPage());
+    EXPECT_TRUE(model.errorMessage().value_or(QString()).contains(u"Gone."_s));
+    EXPECT_FALSE(model.isLoading());
+    EXPECT_EQ(model.pageIndex(), 0);
+}
+
+TEST_F(AppModelMailbox, TurnsNoPageBackWhileOneLoads)
+{
+    list(Mailbox::inbox, 80);
+    await(model.load(0, true));
+    await(model.nextPage());
+    fixture.provider().hold(listMessages);
+    model.start(model.load(2, true));
+    await(model.previousPage());
+    EXPECT_EQ(fixture.provider().pending().size(), 1);
+    fixture.provider().completeAll();
+    settle();
+    EXPECT_EQ(model.pageIndex(), 2);
+}
+
+TEST_F(AppModelMailbox, AsksForEachOtherPageAnewAfterALookForNews)
+{
+    list(Mailbox::inbox, 60);
+    await(model.load(0, true));
+    await(model.nextPage());
+    await(model.previousPage());
+    await(model.refresh());
+    const qsizetype before = fixture.provider().calls(listMessages).size();
+    await(model.nextPage());
+    EXPECT_EQ(fixture.provider().calls(listMessages).size(), before + 1);
+}
+
 TEST_F(AppModelMailbox, NeverShowsTheRowsOfTheMailboxThatWasLeftWhicheverAnswerComesFirst)
 {
     for (const bool isOldAnswerFirst : {true, false}) {

@@ -36,6 +36,13 @@ TEST_F(UserDefaultsTest, ReadsThePageSizeAndTheRefreshIntervalThatAreRegisteredW
     EXPECT_EQ(defaults.integer(DefaultsKey::refreshMinutes), 5);
 }
 
+TEST_F(UserDefaultsTest, ReadsATextWithCommasThatWasWrittenByHand)
+{
+    write("[General]\nsignature=Mia, Berlin, Home\n");
+    const UserDefaults defaults(file());
+    EXPECT_EQ(defaults.text(DefaultsKey::signature), u"Mia,Berlin,Home"_s);
+}
+
 TEST_F(UserDefaultsTest, RegistersADefaultForEverySetting)
 {
     UserDefaults defaults(file());
