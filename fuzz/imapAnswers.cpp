@@ -87,11 +87,14 @@ Task<> ask(QByteArray answers)
         const IMAPMailboxes::Listing mailboxes = co_await client->listMailboxes();
         checkMailboxes(mailboxes, namespaces);
         co_await client->select(u"INBOX"_s, false);
-        const QList<qint64> uids = co_await client->search({IMAPArg::text(u"ALL"_s)});
-        const QList<IMAPFetch> fetches = co_await client->fetch({1}, u"ENVELOPE"_s);
+        const QList<IMAPArg> all{IMAPArg::text(u"ALL"_s)};
+        const QList<qint64> uids = co_await client->search(all);
+        const QList<qint64> first{1};
+        const QList<IMAPFetch> fetches = co_await client->fetch(first, u"ENVELOPE"_s);
         const IMAPClient::NextUID next = co_await client->nextUID(u"INBOX"_s);
         require(next.uid >= 1 && next.uidValidity >= 0);
-        const auto counts = co_await client->statuses({u"a"_s, u"b"_s});
+        const QStringList two{u"a"_s, u"b"_s};
+        const auto counts = co_await client->statuses(two);
         require(counts.size() == 2);
         co_await client->append(u"Drafts"_s, {}, "x");
     } catch (const MailError&) {

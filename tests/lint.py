@@ -11,6 +11,9 @@ import sys
 
 FOLDERS = ["core", "app", "tests", "bench", "fuzz", "demo"]
 FAULTS = {
+    "GCC 12 destroys this list of values twice; give it a name before co_await": re.compile(
+        r"co_await\s[^;{]*[(,]\s*\{[^}\s]"
+    ),
     "GCC 12 destroys this closure twice; give it a name before co_await": re.compile(
         r"co_await\s[^;{]*[(,=]\s*\[[^\]\s][^\]]*\]\s*[({]"
     ),

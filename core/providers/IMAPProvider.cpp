@@ -118,8 +118,9 @@ Task<MessagePage> IMAPProvider::listMessages(MailboxRef ref, std::optional<QStri
 {
     const auto self = shared_from_this();
     co_await m_listings.load();
-    const auto fetching = std::make_shared<IMAPListings::Fetching>();
-    MessagePage page = co_await pageInTries({ref, query, offset, limit, refresh, fetching});
+    const IMAPListings::PageRequest request{ref,   query,   offset,
+                                            limit, refresh, std::make_shared<IMAPListings::Fetching>()};
+    MessagePage page = co_await pageInTries(request);
     co_await m_listings.persist();
     co_return page;
 }

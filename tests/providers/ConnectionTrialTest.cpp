@@ -146,6 +146,7 @@ TEST(ConnectionTrial, IsStoppedFromAnyThread)
     Begun<void> running = trial(factoryOf(silence), source);
     std::jthread([&source] { source.request_stop(); }).join();
     expectCancelled(running);
+    settle();
 }
 
 TEST(ConnectionTrial, MayBeStoppedAfterItsEnd)
