@@ -1,0 +1,66 @@
+#pragma once
+
+#include "domain/LocalizedError.h"
+
+#include <QByteArray>
+#include <QList>
+
+#include <chrono>
+#include <optional>
+#include <utility>
+
+namespace Larkhaven {
+
+/// One request of HTTP (RFC 9110).
+struct HTTPRequest {
+    using Header = std::pair<QByteArray, QByteArray>;
+
+    QByteArray url = {}; ///< absolute, percent-encoded
+    QByteArray method = "GET";
+    /// In order. Names and values hold no line end. "Accept" is "*/*" where none is given.
+    QList<Header> headers = {};
+    std::optional<QByteArray> body = std::nullopt;
+    /// Without any byte from or to the server.
+    std::chrono::milliseconds timeout = std::chrono::seconds(30);
+
+    /// Puts the value in the place of the one that stands under this name, in any case, or behind all others.
+    void setHeader(const QByteArray& name, const QByteArray& value);
+    void removeHeader(QByteArrayView name);
+};
+
+struct HTTPResponse {
+    int status = 0;
+    QByteArray body;     ///< decoded from its content encoding
+    QByteArray location; ///< where a redirect leads, as an absolute URL; empty where there is none
+};
+
+/// A request that brought no response, in words for the user. Holds the host, never a path, a query or a
+/// header.
+class HTTPError : public LocalizedError {
+public:
+    enum class Kind {
+        badURL,      ///< not an absolute URL that can be asked
+        unreachable, ///< no connection stood: nothing was sent
+        untrusted,   ///< no TLS that can be trusted: nothing was sent
+        timedOut,    ///< the time-out, or the one for all
+        tooLarge,    ///< the response is beyond the bounds
+        broken,      ///< the connection, or the protocol on it, broke
+    };
+
+    HTTPError(Kind kind, QString host)
+        : m_kind(kind)
+        , m_host(std::move(host))
+    {}
+
+    Kind kind() const { return m_kind; }
+    /// Whether the server may have had the request, and done what it asked for.
+    bool mayHaveArrived() const;
+    bool isConnectionLost() const override { return m_kind == Kind::broken || m_kind == Kind::timedOut; }
+    QString localizedText() const override;
+
+private:
+    Kind m_kind;
+    QString m_host;
+};
+
+} // namespace Larkhaven

@@ -1,0 +1,404 @@
+#include "http/HTTPSession.h"
+
+#include "domain/MailError.h"
+#include "platform/Wakeup.h"
+
+#include <QCoreApplication>
+#include <QPointer>
+#include <QSocketNotifier>
+#include <QTimer>
+
+#include <array>
+#include <csignal>
+#include <curl/curl.h>
+#include <openssl/ssl.h>
+#include <unordered_map>
+
+namespace Larkhaven {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+struct Deleter {
+    void operator()(CURL* handle) const { curl_easy_cleanup(handle); }
+    void operator()(CURLU* url) const { curl_url_cleanup(url); }
+    void operator()(curl_slist* list) const { curl_slist_free_all(list); }
+};
+
+/// The authorities that the environment adds to the system's, as other programs on OpenSSL have it.
+CURLcode trustEnvironment(CURL*, void* context, void*)
+{
+    auto* const tls = static_cast<SSL_CTX*>(context);
+    const QByteArray file = qgetenv("SSL_CERT_FILE");
+    const QByteArray folder = qgetenv("SSL_CERT_DIR");
+    // What can't be read adds nothing; the certificate is refused then.
+    if (!file.isEmpty())
+        SSL_CTX_load_verify_file(tls, file.constData());
+    if (!folder.isEmpty())
+        SSL_CTX_load_verify_dir(tls, folder.constData());
+    return CURLE_OK;
+}
+
+bool changesNothing(const QByteArray& method)
+{
+    return method == "GET" || method == "HEAD";
+}
+
+HTTPError::Kind kindOf(CURLcode code)
+{
+    switch (code) {
+    case CURLE_URL_MALFORMAT:
+        return HTTPError::Kind::badURL;
+    case CURLE_COULDNT_RESOLVE_PROXY:
+    case CURLE_COULDNT_RESOLVE_HOST:
+    case CURLE_COULDNT_CONNECT:
+    case CURLE_PROXY:
+        return HTTPError::Kind::unreachable;
+    case CURLE_SSL_CONNECT_ERROR:
+    case CURLE_PEER_FAILED_VERIFICATION:
+    case CURLE_SSL_ISSUER_ERROR:
+    case CURLE_SSL_CERTPROBLEM:
+    case CURLE_SSL_CIPHER:
+    case CURLE_SSL_CACERT_BADFILE:
+        return HTTPError::Kind::untrusted;
+    case CURLE_OPERATION_TIMEDOUT:
+        return HTTPError::Kind::timedOut;
+    case CURLE_WRITE_ERROR:
+    case CURLE_FILESIZE_EXCEEDED:
+        return HTTPError::Kind::tooLarge;
+    default:
+        return HTTPError::Kind::broken;
+    }
+}
+
+} // namespace
+
+/// One request under way. libcurl holds a pointer to it.
+struct HTTPSession::Transfer {
+    Transfer(HTTPRequest wanted, const Limits& bounds)
+        : request(std::move(wanted))
+        , limits(bounds)
+    {}
+    Transfer(const Transfer&) = delete;
+    Transfer& operator=(const Transfer&) = delete;
+
+    void prepare();
+    QString host() const;
+    [[noreturn]] void fail(HTTPError::Kind kind) const { throw HTTPError(kind, host()); }
+    HTTPResponse response();
+
+    void prepareURL();
+    void prepareBody();
+    void prepareHeaders();
+
+    static size_t takeBody(char* bytes, size_t, size_t count, void* transfer);
+    static size_t takeHeader(char* bytes, size_t, size_t count, void* transfer);
+    static int noteProgress(void* transfer, curl_off_t, curl_off_t down, curl_off_t, curl_off_t up);
+
+    const HTTPRequest request;
+    const Limits limits;
+    std::unique_ptr<CURLU, Deleter> url;
+    std::unique_ptr<curl_slist, Deleter> headers;
+    std::unique_ptr<CURL, Deleter> handle;
+    QByteArray body;
+    qsizetype headerBytes = 0;
+    curl_off_t moved = 0; ///< bytes in both directions
+    Clock::time_point lastProgress = Clock::now();
+    std::optional<CURLcode> result;
+    Wakeup event;
+};
+
+/// What libcurl asks of the event loop.
+struct HTTPSession::Multi : QObject {
+    Multi();
+    ~Multi() override;
+
+    void add(Transfer& transfer) { curl_multi_add_handle(handle, transfer.handle.get()); }
+    void remove(Transfer& transfer) { curl_multi_remove_handle(handle, transfer.handle.get()); }
+
+    static int watch(CURL*, curl_socket_t socket, int what, void* multi, void*);
+    static int setTimer(CURLM*, long milliseconds, void* multi);
+    void act(curl_socket_t socket, int events);
+
+    struct Watch {
+        QSocketNotifier* read = nullptr;
+        QSocketNotifier* write = nullptr;
+    };
+    QSocketNotifier* makeNotifier(curl_socket_t socket, QSocketNotifier::Type type, int event);
+
+    CURLM* handle = nullptr;
+    QTimer timer;
+    std::unordered_map<curl_socket_t, Watch> watches;
+};
+
+// --- Transfer
+
+void HTTPSession::Transfer::prepareURL()
+{
+    url.reset(curl_url());
+    // Blanks, controls and a host behind too many slashes are refused rather than guessed at.
+    constexpr QByteArrayView start("https://");
+    const bool isReadable =
+        url && request.url.first(std::min(start.size(), request.url.size())).toLower() == start &&
+        request.url.size() > start.size() && request.url[start.size()] != '/' &&
+        curl_url_set(url.get(), CURLUPART_URL, request.url.constData(), 0) == CURLUE_OK;
+    if (!isReadable)
+        fail(HTTPError::Kind::badURL);
+    curl_easy_setopt(handle.get(), CURLOPT_CURLU, url.get());
+    curl_easy_setopt(handle.get(), CURLOPT_PROTOCOLS_STR, "https");
+}
+
+QString HTTPSession::Transfer::host() const
+{
+    char* text = nullptr;
+    if (!url || curl_url_get(url.get(), CURLUPART_HOST, &text, 0) != CURLUE_OK)
+        return {};
+    const QString host = QString::fromUtf8(text);
+    curl_free(text);
+    return host;
+}
+
+void HTTPSession::Transfer::prepareBody()
+{
+    const bool sendsBody = request.body || !changesNothing(request.method);
+    if (request.method == "HEAD")
+        curl_easy_setopt(handle.get(), CURLOPT_NOBODY, 1L);
+    if (sendsBody && request.method != "DELETE") {
+        const QByteArray& sent = request.body ? *request.body : body;
+        curl_easy_setopt(handle.get(), CURLOPT_POST, 1L);
+        curl_easy_setopt(handle.get(), CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(sent.size()));
+        curl_easy_setopt(handle.get(), CURLOPT_POSTFIELDS, sent.constData());
+    }
+    curl_easy_setopt(handle.get(), CURLOPT_CUSTOMREQUEST, request.method.constData());
+}
+
+void HTTPSession::Transfer::prepareHeaders()
+{
+    const auto append = [this](const QByteArray& line) {
+        curl_slist* const longer = curl_slist_append(headers.get(), line.constData());
+        if (!longer)
+            throw std::bad_alloc();
+        static_cast<void>(headers.release());
+        headers.reset(longer);
+    };
+    bool hasType = false;
+    for (const HTTPRequest::Header& header : request.headers) {
+        hasType = hasType || header.first.compare("Content-Type", Qt::CaseInsensitive) == 0;
+        append(header.first + ": " + header.second);
+    }
+    // libcurl would add a type of its own, and ask for leave before it sends a large body.
+    if (!hasType)
+        append("Content-Type:");
+    append("Expect:");
+    curl_easy_setopt(handle.get(), CURLOPT_HTTPHEADER, headers.get());
+}
+
+void HTTPSession::Transfer::prepare()
+{
+    handle.reset(curl_easy_init());
+    if (!handle)
+        throw std::bad_alloc();
+    CURL* const curl = handle.get();
+    prepareURL();
+    prepareBody();
+    prepareHeaders();
+    curl_easy_setopt(curl, CURLOPT_PRIVATE, this);
+    curl_easy_setopt(curl, CURLOPT_NOSIGNAL, 1L);
+    curl_easy_setopt(curl, CURLOPT_USERAGENT, "Larkhaven");
+    curl_easy_setopt(curl, CURLOPT_ACCEPT_ENCODING, "gzip");
+    curl_easy_setopt(curl, CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
+    curl_easy_setopt(curl, CURLOPT_SSL_CTX_FUNCTION, trustEnvironment);
+    curl_easy_setopt(curl, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_2TLS));
+    curl_easy_setopt(curl, CURLOPT_FRESH_CONNECT, changesNothing(request.method) ? 0L : 1L);
+    curl_easy_setopt(curl, CURLOPT_TIMEOUT_MS, static_cast<long>(limits.whole.count()));
+    curl_easy_setopt(curl, CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(limits.body));
+    curl_easy_setopt(curl, CURLOPT_WRITEFUNCTION, takeBody);
+    curl_easy_setopt(curl, CURLOPT_WRITEDATA, this);
+    curl_easy_setopt(curl, CURLOPT_HEADERFUNCTION, takeHeader);
+    curl_easy_setopt(curl, CURLOPT_HEADERDATA, this);
+    curl_easy_setopt(curl, CURLOPT_NOPROGRESS, 0L);
+    curl_easy_setopt(curl, CURLOPT_XFERINFOFUNCTION, noteProgress);
+    curl_easy_setopt(curl, CURLOPT_XFERINFODATA, this);
+}
+
+size_t HTTPSession::Transfer::takeBody(char* bytes, size_t, size_t count, void* transfer)
+{
+    auto& self = *static_cast<Transfer*>(transfer);
+    self.lastProgress = Clock::now();
+    const auto size = static_cast<qsizetype>(count);
+    // Anything but the whole count ends the transfer.
+    if (size > self.limits.body - self.body.size())
+        return 0;
+    self.body.append(bytes, size);
+    return count;
+}
+
+size_t HTTPSession::Transfer::takeHeader(char*, size_t, size_t count, void* transfer)
+{
+    auto& self = *static_cast<Transfer*>(transfer);
+    self.lastProgress = Clock::now();
+    self.headerBytes += static_cast<qsizetype>(count);
+    return self.headerBytes > self.limits.headers ? 0 : count;
+}
+
+int HTTPSession::Transfer::noteProgress(void* transfer, curl_off_t, curl_off_t down, curl_off_t,
+                                        curl_off_t up)
+{
+    auto& self = *static_cast<Transfer*>(transfer);
+    if (down + up != self.moved) {
+        self.moved = down + up;
+        self.lastProgress = Clock::now();
+    }
+    return 0;
+}
+
+HTTPResponse HTTPSession::Transfer::response()
+{
+    if (*result != CURLE_OK)
+        fail(kindOf(*result));
+    long status = 0;
+    const char* resolved = nullptr;
+    curl_header* written = nullptr;
+    curl_easy_getinfo(handle.get(), CURLINFO_RESPONSE_CODE, &status);
+    curl_easy_getinfo(handle.get(), CURLINFO_REDIRECT_URL, &resolved);
+    QByteArray location(resolved);
+    // A scheme counts as it is written; libcurl gives it in lower case.
+    if (curl_easy_header(handle.get(), "Location", 0, CURLH_HEADER, -1, &written) == CURLHE_OK) {
+        const QByteArrayView start(written->value, qstrnlen(written->value, 6));
+        if (start.compare("https:", Qt::CaseInsensitive) == 0)
+            location.replace(0, start.size(), start);
+    }
+    return {static_cast<int>(status), std::move(body), location};
+}
+
+// --- Multi
+
+HTTPSession::Multi::Multi()
+{
+    // Once in a process.
+    static const CURLcode initialized = curl_global_init(CURL_GLOBAL_DEFAULT);
+    handle = initialized == CURLE_OK ? curl_multi_init() : nullptr;
+    if (!handle)
+        throw std::bad_alloc();
+    // A write to a connection that has ended is a failure of that write, not of the process.
+    std::signal(SIGPIPE, SIG_IGN);
+    curl_multi_setopt(handle, CURLMOPT_SOCKETFUNCTION, watch);
+    curl_multi_setopt(handle, CURLMOPT_SOCKETDATA, this);
+    curl_multi_setopt(handle, CURLMOPT_TIMERFUNCTION, setTimer);
+    curl_multi_setopt(handle, CURLMOPT_TIMERDATA, this);
+    timer.setSingleShot(true);
+    QObject::connect(&timer, &QTimer::timeout, this, [this] { act(CURL_SOCKET_TIMEOUT, 0); });
+}
+
+HTTPSession::Multi::~Multi()
+{
+    curl_multi_setopt(handle, CURLMOPT_SOCKETFUNCTION, nullptr);
+    curl_multi_setopt(handle, CURLMOPT_TIMERFUNCTION, nullptr);
+    curl_multi_cleanup(handle);
+}
+
+QSocketNotifier* HTTPSession::Multi::makeNotifier(curl_socket_t socket, QSocketNotifier::Type type, int event)
+{
+    auto* const notifier = new QSocketNotifier(socket, type, this);
+    QObject::connect(notifier, &QSocketNotifier::activated, this,
+                     [this, socket, event] { act(socket, event); });
+    return notifier;
+}
+
+int HTTPSession::Multi::watch(CURL*, curl_socket_t socket, int what, void* multi, void*)
+{
+    auto& self = *static_cast<Multi*>(multi);
+    const auto drop = [](QSocketNotifier* notifier) {
+        if (!notifier)
+            return;
+        // It may be the one that is being called.
+        notifier->setEnabled(false);
+        notifier->deleteLater();
+    };
+    Watch& old = self.watches[socket];
+    if (what == CURL_POLL_REMOVE) {
+        drop(old.read);
+        drop(old.write);
+        self.watches.erase(socket);
+        return 0;
+    }
+    const auto follow = [&](QSocketNotifier*& notifier, bool isWanted, QSocketNotifier::Type type,
+                            int event) {
+        if (isWanted && !notifier)
+            notifier = self.makeNotifier(socket, type, event);
+        if (notifier)
+            notifier->setEnabled(isWanted);
+    };
+    follow(old.read, (what & CURL_POLL_IN) != 0, QSocketNotifier::Read, CURL_CSELECT_IN);
+    follow(old.write, (what & CURL_POLL_OUT) != 0, QSocketNotifier::Write, CURL_CSELECT_OUT);
+    return 0;
+}
+
+int HTTPSession::Multi::setTimer(CURLM*, long milliseconds, void* multi)
+{
+    QTimer& timer = static_cast<Multi*>(multi)->timer;
+    if (milliseconds < 0)
+        timer.stop();
+    else
+        timer.start(static_cast<int>(std::min<long>(milliseconds, std::numeric_limits<int>::max())));
+    return 0;
+}
+
+void HTTPSession::Multi::act(curl_socket_t socket, int events)
+{
+    int running = 0;
+    curl_multi_socket_action(handle, socket, events, &running);
+    int left = 0;
+    while (const CURLMsg* const message = curl_multi_info_read(handle, &left)) {
+        if (message->msg != CURLMSG_DONE)
+            continue;
+        void* transfer = nullptr;
+        curl_easy_getinfo(message->easy_handle, CURLINFO_PRIVATE, &transfer);
+        auto& ended = *static_cast<Transfer*>(transfer);
+        ended.result = message->data.result;
+        ended.event.notify();
+    }
+}
+
+// --- HTTPSession
+
+HTTPSession::HTTPSession(Limits limits, QObject* parent)
+    : QObject(parent)
+    , m_multi(std::make_unique<Multi>())
+    , m_limits(limits)
+{}
+
+HTTPSession::~HTTPSession() = default;
+
+HTTPSession& HTTPSession::shared()
+{
+    static QPointer<HTTPSession> session;
+    if (!session)
+        session = new HTTPSession(Limits(), QCoreApplication::instance());
+    return *session;
+}
+
+Task<HTTPResponse> HTTPSession::perform(HTTPRequest request, std::stop_token stop)
+{
+    Transfer transfer(std::move(request), m_limits);
+    transfer.prepare();
+    const std::stop_callback onStop(stop, [&transfer] { transfer.event.notify(); });
+    m_multi->add(transfer);
+    const std::chrono::milliseconds timeout = transfer.request.timeout;
+    auto left = timeout;
+    while (!transfer.result && !stop.stop_requested() && left.count() > 0) {
+        co_await transfer.event.wait(left);
+        const auto idle =
+            std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - transfer.lastProgress);
+        left = timeout - idle;
+    }
+    m_multi->remove(transfer);
+    if (transfer.result)
+        co_return transfer.response();
+    if (stop.stop_requested())
+        throw MailError::cancelled();
+    transfer.fail(HTTPError::Kind::timedOut);
+}
+
+} // namespace Larkhaven

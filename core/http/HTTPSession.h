@@ -1,0 +1,48 @@
+#pragma once
+
+#include "domain/MailProvider.h"
+#include "http/HTTPMessage.h"
+
+#include <QObject>
+
+#include <chrono>
+#include <memory>
+#include <stop_token>
+
+namespace Larkhaven {
+
+/// HTTPS over libcurl's multi interface, which Qt's event loop drives: no thread of ours, and nothing that
+/// the main thread waits for. HTTP/2 where the server has it, TLS 1.2 at least, trust as `TLSTrust` tells,
+/// the proxies of the environment. It knows no cookies, caches, stored credentials or redirects, and says
+/// "Larkhaven" of itself and nothing else.
+///
+/// A request is sent once. libcurl repeats one by itself where a connection that was used before ends without
+/// an answer; whatever changes something on the server therefore gets a connection of its own. Main thread.
+class HTTPSession : public QObject {
+public:
+    struct Limits {
+        qsizetype body = 128 * 1024 * 1024; ///< of a response, decoded, in bytes
+        qsizetype headers = 256 * 1024;     ///< of a response with all that came before it, in bytes
+        std::chrono::milliseconds whole =
+            std::chrono::seconds(600); ///< from the first look-up to the last byte
+    };
+
+    explicit HTTPSession(Limits limits, QObject* parent = nullptr);
+    ~HTTPSession() override;
+
+    /// The one session of the process; made with its first use.
+    static HTTPSession& shared();
+
+    /// Fails with `HTTPError`, or with `MailError::cancelled` once `stop` is requested. The session must
+    /// outlive it.
+    Task<HTTPResponse> perform(HTTPRequest request, std::stop_token stop);
+
+private:
+    struct Transfer;
+    struct Multi;
+
+    std::unique_ptr<Multi> m_multi;
+    Limits m_limits;
+};
+
+} // namespace Larkhaven
