@@ -111,6 +111,16 @@ QByteArray formBody(const QMap<QString, QString>& fields)
     return pairs.join('&');
 }
 
+QByteArray query(const QList<QueryItem>& items)
+{
+    // What RFC 3986 allows in a query and no item ends with.
+    constexpr const char* plain = "!$'()*,:@/?";
+    QByteArrayList pairs;
+    for (const auto& [name, value] : items)
+        pairs.append(name.toUtf8().toPercentEncoding(plain) + '=' + value.toUtf8().toPercentEncoding(plain));
+    return pairs.join('&');
+}
+
 // --- RedirectGuard
 
 RedirectGuard::RedirectGuard(const QByteArray& url)
