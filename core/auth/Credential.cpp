@@ -1,6 +1,7 @@
 #include "auth/Credential.h"
 
 #include "domain/Coding.h"
+#include "format/MailEncoding.h"
 
 #include <QCoreApplication>
 #include <QJsonDocument>
@@ -8,6 +9,20 @@
 using namespace Qt::StringLiterals;
 
 namespace Larkhaven {
+
+bool TokenSet::isValid(std::chrono::seconds leeway) const
+{
+    return expiresAt > QDateTime::currentDateTimeUtc().addSecs(leeway.count());
+}
+
+QJsonObject TokenSet::idTokenClaims() const
+{
+    const QStringList pieces = idToken.value_or(QString()).split(u'.', Qt::SkipEmptyParts);
+    if (pieces.size() < 2)
+        return {};
+    const std::optional<QByteArray> claims = MailEncoding::base64URLDecode(pieces[1]);
+    return QJsonDocument::fromJson(claims.value_or(QByteArray())).object();
+}
 
 TokenSet TokenSet::fromJSON(const QJsonObject& object)
 {

@@ -4,6 +4,7 @@
 #include <QJsonObject>
 #include <QString>
 
+#include <chrono>
 #include <optional>
 #include <variant>
 
@@ -15,6 +16,12 @@ struct TokenSet {
     std::optional<QString> refreshToken;
     QDateTime expiresAt; ///< UTC
     std::optional<QString> idToken;
+
+    /// Whether the access token lasts longer than `leeway` from now.
+    bool isValid(std::chrono::seconds leeway) const;
+    /// What the id token says of the user (OpenID Connect Core 1.0, section 2); empty where there is nothing
+    /// to read. No signature is checked: the token came from the token endpoint over TLS (3.1.3.7).
+    QJsonObject idTokenClaims() const;
 
     /// Fails with `DecodingError`.
     static TokenSet fromJSON(const QJsonObject& object);

@@ -57,8 +57,10 @@ private:
 /// Main thread. No failure holds a token, a code or a verifier.
 class OAuthClient {
 public:
-    /// What is read of a provider's own words about a failure, in UTF-16 units.
+    /// A provider's own words about a failure, in UTF-16 units, on one line.
     static constexpr qsizetype longestDescription = 500;
+    /// A redirect, in bytes.
+    static constexpr qsizetype longestCallback = 16'384;
 
     explicit OAuthClient(OAuthConfig config);
 
@@ -67,8 +69,9 @@ public:
     /// What the user's browser is to open; percent-encoded, "+" as "%2B".
     QByteArray authorizationURL(const PKCE& pkce, const std::optional<QString>& loginHint) const;
 
-    /// The code that the redirect brings. Fails with `MailError::cancelled` where the user has refused, and
-    /// with `MailError::authFailed` where the redirect is another's, an error, or without a code.
+    /// The code that the redirect brings, of which no more than `longestCallback` is read. Fails with
+    /// `MailError::cancelled` where the user has refused, and with `MailError::authFailed` where the redirect
+    /// is another's, an error, or without a code.
     QString authorizationCode(const QByteArray& callback, const PKCE& pkce) const;
 
     /// The tokens for a code. Fails with `MailError::notSignedIn` where the grant is gone ("invalid_grant"),
@@ -77,9 +80,13 @@ public:
     Task<TokenSet> exchange(QString code, PKCE pkce, std::stop_token stop = {}) const;
 
     /// New tokens; they hold the same refresh token where the service gives no new one. Fails as `exchange`.
-    Task<TokenSet> refresh(QString refreshToken) const;
+    Task<TokenSet> refresh(QString refreshToken, std::stop_token stop = {}) const;
 
 private:
+    using Fields = QMap<QString, QString>;
+    static Task<TokenSet> requestToken(QString url, Fields fields,
+                                       std::optional<QString> previousRefreshToken, std::stop_token stop);
+
     OAuthConfig m_config;
 };
 

@@ -1,6 +1,7 @@
 #include "domain/Account.h"
 
 #include "domain/Coding.h"
+#include "domain/ServiceEndpoints.h"
 #include "domain/Text.h"
 
 #include <QCoreApplication>
@@ -115,8 +116,13 @@ const QList<PresetRow>& presetRows()
 
 ServerSettings ServerSettings::microsoft(const QString& username)
 {
-    return {username, u"outlook.office365.com"_s,  993, ConnectionSecurity::tls, u"smtp-mail.outlook.com"_s,
-            587,      ConnectionSecurity::startTLS};
+    return {username,
+            ServiceEndpoints::Microsoft::imapHost,
+            993,
+            ConnectionSecurity::tls,
+            ServiceEndpoints::Microsoft::smtpHost,
+            587,
+            ConnectionSecurity::startTLS};
 }
 
 ServerSettings ServerSettings::preset(const QString& email)

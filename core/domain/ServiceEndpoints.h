@@ -21,8 +21,8 @@ inline constexpr QLatin1StringView gmailUpload("https://gmail.googleapis.com/upl
 
 /// "consumers" is the tenant of personal accounts.
 namespace Microsoft {
-inline constexpr QLatin1StringView authorize(
-    "https://login.microsoftonline.com/consumers/oauth2/v2.0/authorize");
+inline constexpr QLatin1StringView
+    authorize("https://login.microsoftonline.com/consumers/oauth2/v2.0/authorize");
 inline constexpr QLatin1StringView token("https://login.microsoftonline.com/consumers/oauth2/v2.0/token");
 inline constexpr QLatin1StringView imapScope("https://outlook.office.com/IMAP.AccessAsUser.All");
 inline constexpr QLatin1StringView smtpScope("https://outlook.office.com/SMTP.Send");

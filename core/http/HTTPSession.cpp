@@ -103,7 +103,8 @@ struct HTTPSession::Transfer {
     std::unique_ptr<CURL, Deleter> handle;
     QByteArray body;
     qsizetype headerBytes = 0;
-    curl_off_t moved = 0; ///< bytes in both directions
+    bool hasHeaders = false; ///< the empty line behind them was read
+    curl_off_t moved = 0;    ///< bytes in both directions
     Clock::time_point lastProgress = Clock::now();
     std::optional<CURLcode> result;
     Wakeup event;
@@ -137,12 +138,15 @@ struct HTTPSession::Multi : QObject {
 void HTTPSession::Transfer::prepareURL()
 {
     url.reset(curl_url());
-    // Blanks, controls and a host behind too many slashes are refused rather than guessed at.
+    // Blanks, controls and a host behind too many slashes are refused rather than guessed at; ".." is a
+    // component like any other.
     constexpr QByteArrayView start("https://");
     const bool isReadable =
-        url && request.url.first(std::min(start.size(), request.url.size())).toLower() == start &&
+        url &&
+        start.compare(request.url.first(std::min(start.size(), request.url.size())), Qt::CaseInsensitive) ==
+            0 &&
         request.url.size() > start.size() && request.url[start.size()] != '/' &&
-        curl_url_set(url.get(), CURLUPART_URL, request.url.constData(), 0) == CURLUE_OK;
+        curl_url_set(url.get(), CURLUPART_URL, request.url.constData(), CURLU_PATH_AS_IS) == CURLUE_OK;
     if (!isReadable)
         fail(HTTPError::Kind::badURL);
     curl_easy_setopt(handle.get(), CURLOPT_CURLU, url.get());
@@ -234,10 +238,15 @@ size_t HTTPSession::Transfer::takeBody(char* bytes, size_t, size_t count, void* 
     return count;
 }
 
-size_t HTTPSession::Transfer::takeHeader(char*, size_t, size_t count, void* transfer)
+size_t HTTPSession::Transfer::takeHeader(char* bytes, size_t, size_t count, void* transfer)
 {
     auto& self = *static_cast<Transfer*>(transfer);
     self.lastProgress = Clock::now();
+    const QByteArrayView line(bytes, static_cast<qsizetype>(count));
+    // An interim response (1xx) has headers of its own; trailers come behind the empty line.
+    if (line.startsWith("HTTP/"))
+        self.hasHeaders = false;
+    self.hasHeaders = self.hasHeaders || line.trimmed().isEmpty();
     self.headerBytes += static_cast<qsizetype>(count);
     return self.headerBytes > self.limits.headers ? 0 : count;
 }
@@ -257,6 +266,9 @@ HTTPResponse HTTPSession::Transfer::response()
 {
     if (*result != CURLE_OK)
         fail(kindOf(*result));
+    // libcurl takes headers that end with the connection for all of them.
+    if (!hasHeaders)
+        fail(HTTPError::Kind::broken);
     long status = 0;
     const char* resolved = nullptr;
     curl_header* written = nullptr;

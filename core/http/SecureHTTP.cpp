@@ -1,6 +1,7 @@
 #include "http/SecureHTTP.h"
 
 #include "domain/MailError.h"
+#include "domain/Text.h"
 
 #include <QCoreApplication>
 #include <QJsonDocument>
@@ -34,9 +35,9 @@ std::optional<QByteArray> hostOf(const QByteArray& url)
                          curl_url_get(parsed.get(), CURLUPART_HOST, &text, 0) == CURLUE_OK;
     if (!hasHost)
         return std::nullopt;
-    const QByteArray host(text);
+    const QString host = Text::asciiLowered(QString::fromUtf8(text));
     curl_free(text);
-    return host.toLower();
+    return host.toUtf8();
 }
 
 bool isRedirect(int status)
@@ -108,6 +109,16 @@ QByteArray formBody(const QMap<QString, QString>& fields)
     for (auto field = fields.cbegin(); field != fields.cend(); ++field)
         pairs.append(field.key().toUtf8().toPercentEncoding() + '=' +
                      field.value().toUtf8().toPercentEncoding());
+    return pairs.join('&');
+}
+
+QByteArray query(const QList<QueryItem>& items)
+{
+    // What RFC 3986 allows in a query and no item ends with.
+    constexpr const char* plain = "!$'()*,:@/?";
+    QByteArrayList pairs;
+    for (const auto& [name, value] : items)
+        pairs.append(name.toUtf8().toPercentEncoding(plain) + '=' + value.toUtf8().toPercentEncoding(plain));
     return pairs.join('&');
 }
 

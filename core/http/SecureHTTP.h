@@ -3,11 +3,13 @@
 #include "http/HTTPSession.h"
 
 #include <QByteArrayView>
+#include <QList>
 #include <QMap>
 #include <QString>
 
 #include <optional>
 #include <stop_token>
+#include <utility>
 
 /// All HTTP of the program: HTTPS only, no cookies, no caches, no stored credentials, no redirect to another
 /// host. Main thread.
@@ -38,6 +40,11 @@ QString message(const QByteArray& body);
 /// The fields, sorted by key, as application/x-www-form-urlencoded. All but letters and digits of ASCII and
 /// "-._~" is percent-encoded, a blank as well.
 QByteArray formBody(const QMap<QString, QString>& fields);
+
+using QueryItem = std::pair<QString, QString>;
+/// The items in their order as the query of a URL (RFC 3986, 3.4), without the "?". A blank is "%20" and a
+/// "+" is "%2B", which servers read as a blank otherwise.
+QByteArray query(const QList<QueryItem>& items);
 
 /// Decides where redirects of one request may lead: to the same host, over HTTPS. A token or a body never
 /// goes anywhere else.
