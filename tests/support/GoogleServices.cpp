@@ -43,10 +43,13 @@ GoogleServices::GoogleServices(const QString& address)
     , m_gmail(address)
     , m_server([this](const WebRequest& request) { return handle(request); })
 {
-    m_server.setReplied([this](const WebRequest& request) {
-        if (request.host == gmailHost)
-            m_events.append({nameOf(request), -1});
-    });
+    const auto count = [this](int step) {
+        return [this, step](const WebRequest& request) {
+            if (request.host == gmailHost)
+                m_events.append({nameOf(request), step});
+        };
+    };
+    m_server.setObservers(count(1), count(-1));
 }
 
 QByteArray GoogleServices::authorize(const QByteArray& url)
@@ -59,8 +62,6 @@ QByteArray GoogleServices::authorize(const QByteArray& url)
 
 WebReply GoogleServices::handle(const WebRequest& request)
 {
-    if (request.host == gmailHost)
-        m_events.append({nameOf(request), 1});
     if (m_before) {
         if (const std::optional<WebReply> reply = m_before(request))
             return *reply;

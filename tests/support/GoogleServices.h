@@ -57,6 +57,8 @@ public:
     void setAfterHook(After hook) { m_after = std::move(hook); }
     /// The next requests to the Gmail API fail so, those whose path below "users/me/" begins so.
     void failNext(int count, Failure failure, const QByteArray& prefix = {});
+    /// Pages hold at most so many entries, whatever is asked for; at first 500.
+    void setLargestPage(int size) { m_gmail.setLargestPage(size); }
     /// Each reply to the Gmail API waits for so long, in ms, so that requests meet.
     void setDelay(int delay) { m_delay = delay; }
     void expireHistory() { mailbox().expireHistory(); }

@@ -1,7 +1,6 @@
 #include "support/WebServer.h"
 
 #include <QFile>
-#include <QPointer>
 #include <QSslCertificate>
 #include <QSslConfiguration>
 #include <QSslKey>
@@ -98,14 +97,20 @@ void WebServer::read(const std::shared_ptr<Connection>& connection)
         request.body = connection->buffer.sliced(end + 4, length);
         connection->buffer.remove(0, end + 4 + length);
         m_requests.append(request);
-        answer(connection->socket, request);
+        if (m_arrived)
+            m_arrived(request);
+        const QPointer<QTcpSocket> socket(connection->socket);
+        if (m_gate)
+            m_gate(request, [this, socket, request] { answer(socket, request); });
+        else
+            answer(socket, request);
     }
 }
 
-void WebServer::answer(QTcpSocket* socket, const WebRequest& request)
+void WebServer::answer(const QPointer<QTcpSocket>& socket, const WebRequest& request)
 {
     const WebReply reply = m_handler(request);
-    const auto send = [this, socket = QPointer(socket), request, reply] {
+    const auto send = [this, socket, request, reply] {
         if (m_replied)
             m_replied(request);
         if (socket)
