@@ -97,8 +97,29 @@ void WebServer::read(const std::shared_ptr<Connection>& connection)
         request.body = connection->buffer.sliced(end + 4, length);
         connection->buffer.remove(0, end + 4 + length);
         m_requests.append(request);
-        reply(*connection->socket, m_handler(request));
+        if (m_arrived)
+            m_arrived(request);
+        const QPointer<QTcpSocket> socket(connection->socket);
+        if (m_gate)
+            m_gate(request, [this, socket, request] { answer(socket, request); });
+        else
+            answer(socket, request);
     }
+}
+
+void WebServer::answer(const QPointer<QTcpSocket>& socket, const WebRequest& request)
+{
+    const WebReply reply = m_handler(request);
+    const auto send = [this, socket, request, reply] {
+        if (m_replied)
+            m_replied(request);
+        if (socket)
+            WebServer::reply(*socket, reply);
+    };
+    if (reply.delay > 0)
+        QTimer::singleShot(reply.delay, this, send);
+    else
+        send();
 }
 
 void WebServer::reply(QTcpSocket& socket, const WebReply& reply)

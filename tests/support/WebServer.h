@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QList>
+#include <QPointer>
 #include <QSslServer>
 
 #include <chrono>
@@ -38,6 +39,7 @@ struct WebReply {
     End end = End::keepOpen;
     std::optional<QByteArray> raw = std::nullopt; ///< in place of all of it
     int pieces = 1;                               ///< of the body, one each 100 ms
+    int delay = 0;                                ///< before any of it, in ms
 
     static WebReply redirect(int status, const QByteArray& location);
     static WebReply bytes(const QByteArray& raw, End end = End::close);
@@ -48,10 +50,20 @@ struct WebReply {
 class WebServer : public QObject {
 public:
     using Handler = std::function<WebReply(const WebRequest& request)>;
+    using Observer = std::function<void(const WebRequest& request)>;
+    using Gate = std::function<void(const WebRequest& request, std::function<void()> answer)>;
 
     explicit WebServer(Handler handler);
 
     void setHandler(Handler handler) { m_handler = std::move(handler); }
+    /// Called when a request has come, and when the reply to it goes out or is known never to.
+    void setObservers(Observer arrived, Observer replied)
+    {
+        m_arrived = std::move(arrived);
+        m_replied = std::move(replied);
+    }
+    /// Decides when a request is answered: by calling what it is given, once.
+    void setGate(Gate gate) { m_gate = std::move(gate); }
     const QList<WebRequest>& requests() const { return m_requests; }
     /// Connections whose TLS stood.
     int connections() const { return m_connections; }
@@ -65,10 +77,14 @@ private:
 
     void accept();
     void read(const std::shared_ptr<Connection>& connection);
+    void answer(const QPointer<QTcpSocket>& socket, const WebRequest& request);
     static void reply(QTcpSocket& socket, const WebReply& reply);
 
     QSslServer m_server;
     Handler m_handler;
+    Observer m_arrived;
+    Observer m_replied;
+    Gate m_gate;
     QList<WebRequest> m_requests;
     int m_connections = 0;
     int m_attempts = 0;
