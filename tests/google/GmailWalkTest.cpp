@@ -28,7 +28,7 @@ constexpr int firstMessages = 200;
 constexpr int failingRequests = 80;
 constexpr int crossedRequests = 30;
 /// Steps from one look at everything to the next.
-constexpr int lookEvery = 100;
+constexpr int lookEvery = 200;
 
 const QStringList words{u"boat"_s, u"harbour"_s, u"lark"_s, u"tide"_s};
 const QStringList senders{u"Ann <ann@example.org>"_s, u"bob@example.org"_s, u"Cy <cy@example.org>"_s};
