@@ -138,12 +138,15 @@ struct HTTPSession::Multi : QObject {
 void HTTPSession::Transfer::prepareURL()
 {
     url.reset(curl_url());
-    // Blanks, controls and a host behind too many slashes are refused rather than guessed at.
+    // Blanks, controls and a host behind too many slashes are refused rather than guessed at; ".." is a
+    // component like any other.
     constexpr QByteArrayView start("https://");
     const bool isReadable =
-        url && request.url.first(std::min(start.size(), request.url.size())).toLower() == start &&
+        url &&
+        start.compare(request.url.first(std::min(start.size(), request.url.size())), Qt::CaseInsensitive) ==
+            0 &&
         request.url.size() > start.size() && request.url[start.size()] != '/' &&
-        curl_url_set(url.get(), CURLUPART_URL, request.url.constData(), 0) == CURLUE_OK;
+        curl_url_set(url.get(), CURLUPART_URL, request.url.constData(), CURLU_PATH_AS_IS) == CURLUE_OK;
     if (!isReadable)
         fail(HTTPError::Kind::badURL);
     curl_easy_setopt(handle.get(), CURLOPT_CURLU, url.get());

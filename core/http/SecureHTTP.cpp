@@ -1,6 +1,7 @@
 #include "http/SecureHTTP.h"
 
 #include "domain/MailError.h"
+#include "domain/Text.h"
 
 #include <QCoreApplication>
 #include <QJsonDocument>
@@ -34,9 +35,9 @@ std::optional<QByteArray> hostOf(const QByteArray& url)
                          curl_url_get(parsed.get(), CURLUPART_HOST, &text, 0) == CURLUE_OK;
     if (!hasHost)
         return std::nullopt;
-    const QByteArray host(text);
+    const QString host = Text::asciiLowered(QString::fromUtf8(text));
     curl_free(text);
-    return host.toLower();
+    return host.toUtf8();
 }
 
 bool isRedirect(int status)

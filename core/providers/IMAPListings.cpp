@@ -1,11 +1,10 @@
 #include "providers/IMAPListings.h"
 
 #include "domain/Text.h"
-#include "format/AddressParser.h"
 #include "format/MIMEParser.h"
 #include "format/MailDate.h"
-#include "format/MailEncoding.h"
 #include "platform/Tasks.h"
+#include "providers/SummaryFields.h"
 
 #include <QSet>
 
@@ -49,35 +48,10 @@ struct SummaryContext {
     QString displayPath;
 };
 
-/// At most the first `length` UTF-16 units of the text, and no half of a character.
-QString cut(const QString& text, qsizetype length)
-{
-    const bool isWhole = text.size() <= length || !text[length - 1].isHighSurrogate();
-    return text.first(std::min(text.size(), isWhole ? length : length - 1));
-}
-
 /// As much of the first field of the name as a row needs.
 QString fieldOf(const MIMEHeaders& headers, QStringView name)
 {
-    return cut(headers.value(name).value_or(QString()), IMAPListings::fieldLimit);
-}
-
-/// The first addresses of the field, of which one that is cut off is left out.
-QList<EmailAddress> addressesOf(const MIMEHeaders& headers, QStringView name)
-{
-    const QString whole = headers.value(name).value_or(QString());
-    QString field = cut(whole, IMAPListings::fieldLimit);
-    const qsizetype comma = field.lastIndexOf(u',');
-    if (field.size() < whole.size() && comma > 0)
-        field.truncate(comma);
-    const QList<EmailAddress> found = AddressParser::parseList(MailEncoding::decodeHeader(field));
-    QList<EmailAddress> addresses;
-    for (const EmailAddress& address : found.first(std::min(found.size(), IMAPListings::recipientLimit))) {
-        const std::optional<QString> shown =
-            address.name ? std::optional(cut(*address.name, IMAPListings::nameLimit)) : std::nullopt;
-        addresses.emplaceBack(shown, cut(address.address, IMAPListings::addressLimit));
-    }
-    return addresses;
+    return SummaryFields::cut(headers.value(name).value_or(QString()), SummaryFields::fieldLimit);
 }
 
 MessageSummary summaryOf(const IMAPFetch& fetch, qint64 uid, const SummaryContext& context)
@@ -89,12 +63,11 @@ MessageSummary summaryOf(const IMAPFetch& fetch, qint64 uid, const SummaryContex
     MessageSummary summary;
     summary.id = IMAPMessageID{uid, context.uidValidity, context.mailbox}.text();
     summary.accountID = context.accountID;
-    const QList<EmailAddress> senders = addressesOf(headers, u"From");
+    const QList<EmailAddress> senders = SummaryFields::addresses(headers.value(u"From").value_or(QString()));
     if (!senders.isEmpty())
         summary.from = senders.first();
-    summary.to = addressesOf(headers, u"To");
-    summary.subject =
-        cut(MailEncoding::decodeHeader(fieldOf(headers, u"Subject")), IMAPListings::subjectLimit);
+    summary.to = SummaryFields::addresses(headers.value(u"To").value_or(QString()));
+    summary.subject = SummaryFields::subject(headers.value(u"Subject").value_or(QString()));
     std::optional<QDateTime> date = MailDate::parse(fieldOf(headers, u"Date"));
     if (!date && fetch.internalDate)
         date = MailDate::parse(Text::trimmedBlanks(*fetch.internalDate), u"d-MMM-yyyy HH:mm:ss Z");

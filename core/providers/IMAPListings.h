@@ -48,15 +48,6 @@ public:
         std::shared_ptr<Fetching> fetching; ///< the same for all tries
     };
 
-    /// How much a row takes of what an untrusted sender writes. In UTF-16 units: of a header field before
-    /// it is decoded, of the subject, of a name and of an address, all as whole characters; and the number of
-    /// recipients.
-    static constexpr qsizetype fieldLimit = 64 * 1024;
-    static constexpr qsizetype subjectLimit = 2000;
-    static constexpr qsizetype nameLimit = 200;
-    static constexpr qsizetype addressLimit = 1000;
-    static constexpr qsizetype recipientLimit = 100;
-
     /// `cache` may be null.
     IMAPListings(QUuid accountID, std::shared_ptr<MailCache> cache, IMAPFolders& folders)
         : m_accountID(accountID)

@@ -4,6 +4,7 @@
 #include "Providing.h"
 #include "platform/Tasks.h"
 #include "platform/Wakeup.h"
+#include "providers/SummaryFields.h"
 #include "support/Await.h"
 #include "support/IMAPScripts.h"
 #include "support/QtPrinters.h"
@@ -126,7 +127,7 @@ MessageSummary rowOf(const QByteArray& header)
 
 TEST(IMAPProvider, TakesTheFirstHundredOfAMillionRecipients)
 {
-    static_assert(IMAPListings::recipientLimit == 100);
+    static_assert(SummaryFields::recipientLimit == 100);
     const MessageSummary row =
         rowOf("To: First <1@x>, " + QByteArray("a@x, ").repeated(98) + "last@x, " +
               QByteArray("Somebody <b@x>, ").repeated(1'000'000) + "b@x\r\nSubject: behind it\r\n\r\n");
@@ -143,7 +144,7 @@ TEST(IMAPProvider, CutsTheRecipientsOfAnEndlessFieldBetweenTwo)
     const MessageSummary row = rowOf("To: " + (address + ", ").repeated(2000) + address + "\r\n\r\n");
     ASSERT_EQ(row.to.size(), 65);
     EXPECT_EQ(row.to.last().address, QString::fromLatin1(address));
-    static_assert(IMAPListings::fieldLimit == 65'536);
+    static_assert(SummaryFields::fieldLimit == 65'536);
     // A field that is read to its end keeps its last one, and so does one of a single address.
     const QByteArray whole = QByteArray(65'536 - 5, 'a') + ", b@x";
     EXPECT_EQ(rowOf("To: " + whole + "\r\n\r\n").to, QList<EmailAddress>({EmailAddress({}, u"b@x"_s)}));

@@ -1,6 +1,7 @@
 #include "support/WebServer.h"
 
 #include <QFile>
+#include <QPointer>
 #include <QSslCertificate>
 #include <QSslConfiguration>
 #include <QSslKey>
@@ -97,8 +98,23 @@ void WebServer::read(const std::shared_ptr<Connection>& connection)
         request.body = connection->buffer.sliced(end + 4, length);
         connection->buffer.remove(0, end + 4 + length);
         m_requests.append(request);
-        reply(*connection->socket, m_handler(request));
+        answer(connection->socket, request);
     }
+}
+
+void WebServer::answer(QTcpSocket* socket, const WebRequest& request)
+{
+    const WebReply reply = m_handler(request);
+    const auto send = [this, socket = QPointer(socket), request, reply] {
+        if (m_replied)
+            m_replied(request);
+        if (socket)
+            WebServer::reply(*socket, reply);
+    };
+    if (reply.delay > 0)
+        QTimer::singleShot(reply.delay, this, send);
+    else
+        send();
 }
 
 void WebServer::reply(QTcpSocket& socket, const WebReply& reply)

@@ -38,6 +38,7 @@ struct WebReply {
     End end = End::keepOpen;
     std::optional<QByteArray> raw = std::nullopt; ///< in place of all of it
     int pieces = 1;                               ///< of the body, one each 100 ms
+    int delay = 0;                                ///< before any of it, in ms
 
     static WebReply redirect(int status, const QByteArray& location);
     static WebReply bytes(const QByteArray& raw, End end = End::close);
@@ -52,6 +53,11 @@ public:
     explicit WebServer(Handler handler);
 
     void setHandler(Handler handler) { m_handler = std::move(handler); }
+    /// Called when the reply to a request goes out, or is known never to.
+    void setReplied(std::function<void(const WebRequest& request)> replied)
+    {
+        m_replied = std::move(replied);
+    }
     const QList<WebRequest>& requests() const { return m_requests; }
     /// Connections whose TLS stood.
     int connections() const { return m_connections; }
@@ -65,10 +71,12 @@ private:
 
     void accept();
     void read(const std::shared_ptr<Connection>& connection);
+    void answer(QTcpSocket* socket, const WebRequest& request);
     static void reply(QTcpSocket& socket, const WebReply& reply);
 
     QSslServer m_server;
     Handler m_handler;
+    std::function<void(const WebRequest&)> m_replied;
     QList<WebRequest> m_requests;
     int m_connections = 0;
     int m_attempts = 0;

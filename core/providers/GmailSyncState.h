@@ -1,0 +1,105 @@
+#pragma once
+
+#include "domain/Message.h"
+#include "platform/Turnstile.h"
+#include "store/MailCache.h"
+
+#include <QHash>
+#include <QSet>
+
+#include <memory>
+#include <optional>
+
+namespace Larkhaven {
+
+/// The local picture of a Gmail mailbox: the rows that are known, and the position in the server's history up
+/// to which their labels are true. Kept across launches in a sealed snapshot.
+///
+/// The newest word wins. Whoever asks the server for a message's labels, or changes them, holds a `Look`
+/// meanwhile: what was applied since it began is laid over the answer. A row whose labels can't be known from
+/// that, or from the history, is unconfirmed: they are to be read anew when it is shown.
+///
+/// Main thread; whoever waits for an operation keeps the object alive.
+class GmailSyncState {
+public:
+    /// The most rows that a snapshot holds.
+    static constexpr qsizetype summaryLimit = 20'000;
+
+    using Summaries = QHash<QString, MessageSummary>;
+
+    /// A request for labels that is under way.
+    class Look {
+    public:
+        explicit Look(GmailSyncState& state);
+        ~Look();
+        Look(const Look&) = delete;
+        Look& operator=(const Look&) = delete;
+
+    private:
+        friend class GmailSyncState;
+        GmailSyncState& m_state;
+        const quint64 m_since;
+    };
+    /// `cache` may be null.
+    explicit GmailSyncState(std::shared_ptr<MailCache> cache);
+
+    /// Reads the snapshot, once. Whoever relies on the state does so first.
+    Task<> load();
+    /// Writes the snapshot if anything has changed; a failure is dropped.
+    Task<> persist();
+
+    const std::optional<QString>& historyID() const { return m_historyID; }
+    void setHistoryID(const QString& id);
+    /// The position in place of one that has expired, or of none: what is known is unconfirmed.
+    void setBaseline(const QString& id);
+
+    /// Those of the ids that are known.
+    Summaries summaries(const QList<QString>& ids) const;
+    /// Takes the row of an answer to the look; it goes again where the message was deleted meanwhile.
+    void store(MessageSummary summary, const Look& look);
+    /// Takes the labels of an answer to the look, which confirms the row.
+    void confirm(const QString& id, const QList<QString>& labelIDs, const Look& look);
+    bool isUnconfirmed(const QString& id) const { return m_unconfirmed.contains(id); }
+    /// The message is gone.
+    void remove(const QString& id);
+    /// Labels that were added to and removed from messages, as the history has it; a message that isn't known
+    /// stays so.
+    void apply(const QList<QString>& ids, const QList<QString>& add, const QList<QString>& remove);
+    /// The same for a change of ours that the server has taken while the look was held. What the history has
+    /// told of these messages meanwhile may be older or newer, which leaves them unconfirmed.
+    void apply(const QList<QString>& ids, const QList<QString>& add, const QList<QString>& remove,
+               const Look& look);
+
+private:
+    enum class Source { ourChange, history };
+    struct Change {
+        quint64 number = 0;
+        QList<QString> add = {};
+        QList<QString> remove = {};
+        Source source = Source::history;
+        bool isDeletion = false;
+        /// Of ours, and the history has told of the message meanwhile: which of the two is newer isn't known.
+        bool isOvertaken = false;
+    };
+
+    void note(const QString& id, Change change);
+    /// What was applied to the message since the look began.
+    QList<Change> changesSince(const QString& id, const Look& look) const;
+    static void relabel(MessageSummary& summary, const QList<QString>& add, const QList<QString>& remove);
+    void setUnconfirmed(const QString& id, bool isUnconfirmed);
+    void applyTo(const QString& id, const Change& change);
+
+    const std::shared_ptr<MailCache> m_cache;
+    std::optional<QString> m_historyID;
+    Summaries m_messages;
+    QSet<QString> m_unconfirmed;
+    QHash<QString, QList<Change>> m_recent; ///< since the oldest look began
+    quint64 m_changes = 0;
+    quint64 m_baseline = 0; ///< number of the change that the last one was
+    int m_looks = 0;
+    Turnstile m_turn;
+    bool m_isLoaded = false;
+    bool m_isDirty = false;
+};
+
+} // namespace Larkhaven

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+#include <QString>
+
+#include <utility>
+
+/// What the doubles read of a message (RFC 5322). Apart from the reader under test on purpose.
+namespace Larkhaven::RawHeaders {
+
+using Header = std::pair<QString, QString>;
+
+/// In order, names as written, values unfolded.
+QList<Header> read(const QByteArray& raw);
+/// Of the first one with this name in any case; empty where there is none.
+QString value(const QByteArray& raw, const QString& name);
+/// "type/subtype" in lower case; "text/plain" where none is given.
+QString mimeType(const QByteArray& raw);
+/// Behind the first empty line.
+QByteArray body(const QByteArray& raw);
+
+} // namespace Larkhaven::RawHeaders
