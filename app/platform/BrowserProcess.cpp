@@ -17,7 +17,7 @@ constexpr std::chrono::milliseconds watchInterval{50};
 
 } // namespace
 
-BrowserProcess::BrowserProcess(QStringList line, std::unique_ptr<BrowserProfile> profile, Times times)
+BrowserProcess::BrowserProcess(QStringList line, std::shared_ptr<BrowserProfile> profile, Times times)
     : m_line(std::move(line))
     , m_profile(std::move(profile))
     , m_times(times)

@@ -24,7 +24,7 @@ public:
     };
 
     /// `profile` may be null.
-    BrowserProcess(QStringList line, std::unique_ptr<BrowserProfile> profile, Times times);
+    BrowserProcess(QStringList line, std::shared_ptr<BrowserProfile> profile, Times times);
     ~BrowserProcess() override;
 
     void start();

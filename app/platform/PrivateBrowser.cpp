@@ -24,7 +24,7 @@ namespace {
 /// What a browser is started with.
 struct Plan {
     QStringList line;
-    std::unique_ptr<BrowserProfile> profile;
+    std::shared_ptr<BrowserProfile> profile;
 };
 
 Plan planned(const QString& url, const PrivateBrowser::Setting& setting)
@@ -42,14 +42,23 @@ Plan planned(const QString& url, const PrivateBrowser::Setting& setting)
 
 } // namespace
 
-Task<std::shared_ptr<BrowserSession>> PrivateBrowser::open(QByteArray url, Setting setting)
+Task<std::shared_ptr<BrowserSession>> PrivateBrowser::open(QByteArray url, Setting setting,
+                                                           std::stop_token stop)
 {
     const auto plan = [url, setting] { return planned(QString::fromLatin1(url), setting); };
-    Plan found = co_await runOnWorker(plan);
+    const Plan found = co_await runOnWorker(plan);
     if (found.line.isEmpty())
         throw MailError::authFailed(tr("Could not open the sign-in window."));
+    if (stop.stop_requested()) {
+        const auto remove = [profile = found.profile] {
+            if (profile)
+                profile->remove();
+        };
+        co_await runOnWorker(remove);
+        throw MailError::cancelled();
+    }
     auto* const process =
-        new BrowserProcess(found.line, std::move(found.profile), {setting.handOverTime, setting.patience});
+        new BrowserProcess(found.line, found.profile, {setting.handOverTime, setting.patience});
     std::shared_ptr<BrowserSession> session(new PrivateBrowser(process));
     process->start();
     co_return session;

@@ -10,6 +10,7 @@
 
 #include <chrono>
 #include <memory>
+#include <stop_token>
 
 namespace Larkhaven {
 
@@ -40,8 +41,11 @@ public:
 
     /// Starts the browser on the URL, which is seen in the list of processes. Fails with
     /// `MailError::authFailed` "Could not open the sign-in window." where no browser can be had, or none with
-    /// a private window. The disk is read on a worker.
-    static Task<std::shared_ptr<BrowserSession>> open(QByteArray url, Setting setting);
+    /// a private window, and with
+    /// `MailError::cancelled`, and nothing started, where `stop` was requested meanwhile. The disk is read on
+    /// a worker.
+    static Task<std::shared_ptr<BrowserSession>> open(QByteArray url, Setting setting,
+                                                      std::stop_token stop = {});
 
     /// Removes the profiles that a crash left behind; on a worker.
     static Task<> removeLeftovers(Setting setting);
