@@ -5,6 +5,7 @@
 #include "domain/MailError.h"
 #include "domain/ServiceEndpoints.h"
 #include "domain/ShownText.h"
+#include "domain/Text.h"
 #include "http/SecureHTTP.h"
 #include "platform/Tasks.h"
 #include "providers/GmailProvider.h"
@@ -13,6 +14,7 @@
 #include <QCoreApplication>
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <memory>
 
@@ -140,6 +142,17 @@ std::optional<OAuthConfig> config(ProviderKind provider, const Info& info)
         return std::nullopt;
     return isGoogle ? OAuthConfig::google(*clientID)
                     : OAuthConfig::microsoft(*clientID, info.bundleIdentifier());
+}
+
+bool isRedirect(const QString& url, const Info& info)
+{
+    const qsizetype colon = url.indexOf(u':');
+    return std::ranges::any_of(
+        std::array{ProviderKind::google, ProviderKind::microsoft}, [&](ProviderKind provider) {
+            const std::optional<OAuthConfig> known = config(provider, info);
+            return known && colon > 0 &&
+                   Text::isSameKeyword(QStringView(url).first(colon), known->callbackScheme());
+        });
 }
 
 Task<SignedIn> signIn(ProviderKind provider, Services services, QUuid accountID,

@@ -43,6 +43,9 @@ inline constexpr qsizetype longestName = 500;
 /// password.
 std::optional<OAuthConfig> config(ProviderKind provider, const Info& info);
 
+/// Whether the URL is of a scheme that redirects of this build come under; it may be anybody's all the same.
+bool isRedirect(const QString& url, const Info& info);
+
 /// Signs in with the service and gives the account under the identity, with the newest of its tokens.
 /// `loginHint` is the address of an account that is signed in anew.
 ///
