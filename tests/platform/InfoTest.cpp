@@ -78,11 +78,12 @@ Info built(const QByteArray& secrets)
 TEST(Info, IsBuiltFromTheFileOfSecrets)
 {
     const Info info = built("// GOOGLE_CLIENT_ID = no\n"
+                            "GOOGLE_CLIENT_ID = earlier\n"
                             "  GOOGLE_CLIENT_ID = 123-abc.apps.example // mine\n"
-                            "MICROSOFT_CLIENT_ID=0f3a\"\\\n"
+                            "MICROSOFT_CLIENT_ID=0f3a;\"\\\r\n"
                             "OTHER = x\n");
     EXPECT_EQ(info.configured(InfoKey::googleClientID), u"123-abc.apps.example"_s);
-    EXPECT_EQ(info.configured(InfoKey::microsoftClientID), u"0f3a\"\\"_s);
+    EXPECT_EQ(info.configured(InfoKey::microsoftClientID), u"0f3a;\"\\"_s);
 }
 
 TEST(Info, HasNoClientWhereTheFileOfSecretsIsTheSample)
