@@ -430,6 +430,8 @@ private:
     Task<> createLabel(Session session, LabelEdit::Create create, QString name);
     Task<> renameLabel(Session session, MailLabel label, QString name);
     Task<> deleteLabel(Session session, MailLabel label);
+    /// Passes on why labels weren't changed as a whole, and reads what has become of them.
+    [[noreturn]] void rethrowOfLabels(const QUuid& accountID, const std::exception_ptr& failure);
     /// Shows the label that the one on screen has become, or the Inbox where it is gone.
     void followLabels(const QUuid& accountID, const QList<MailLabel>& before);
     /// Puts another mailbox in the place of the selected one, which it was before.

@@ -322,9 +322,12 @@ Task<> AppModel::renameLabel(Session session, MailLabel label, QString name)
     const QPointer<AppModel> self(this);
     const qsizetype slash = label.path.lastIndexOf(u'/');
     const QString path = label.path.first(slash + 1) + name;
-    const MailLabel renamed = co_await session->renameLabel(label, path);
+    const Outcome<MailLabel> outcome = co_await settled(session->renameLabel(label, path));
     if (!self || !m_accounts.isCurrent(session))
         co_return;
+    if (outcome.failure)
+        rethrowOfLabels(session.accountID, outcome.failure);
+    const MailLabel renamed = *outcome.value;
     const bool isShown = m_sidebarSelection && m_sidebarSelection->accountID == session.accountID;
     const MailLabel* const shown = isShown ? m_sidebarSelection->ref.label() : nullptr;
     const std::optional<MailLabel> moved = shown ? afterRenaming(*shown, label, renamed) : std::nullopt;
@@ -333,13 +336,23 @@ Task<> AppModel::renameLabel(Session session, MailLabel label, QString name)
     co_await loadLabels(session.accountID);
 }
 
+void AppModel::rethrowOfLabels(const QUuid& accountID, const std::exception_ptr& failure)
+{
+    // A label above the new one, or some of those below, may have changed all the same. One alert is enough.
+    spawn(loadLabels(accountID), dropFailure);
+    std::rethrow_exception(failure);
+}
+
 Task<> AppModel::createLabel(Session session, LabelEdit::Create create, QString name)
 {
     const QPointer<AppModel> self(this);
     const QString path = create.parent ? create.parent->path + u'/' + name : name;
-    const MailLabel created = co_await session->createLabel(path);
+    const Outcome<MailLabel> outcome = co_await settled(session->createLabel(path));
     if (!self || !m_accounts.isCurrent(session))
         co_return;
+    if (outcome.failure)
+        rethrowOfLabels(session.accountID, outcome.failure);
+    const MailLabel created = *outcome.value;
     co_await loadLabels(session.accountID);
     if (self && !create.applyTo.isEmpty())
         setLabel(create.applyTo, created, true);

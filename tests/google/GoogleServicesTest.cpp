@@ -279,7 +279,11 @@ TEST_F(GoogleServicesTest, GivesAMessageInTheFormatsThatAreAskedFor)
     EXPECT_EQ(
         QByteArray::fromBase64(whole.value(u"raw"_s).toString().toLatin1(), QByteArray::Base64UrlEncoding),
         services.mailbox().message(id)->raw);
-    expectRefusal(request("GET", "messages/none?format=raw"), 404);
+    services.mailbox().remove(id);
+    expectRefusal(request("GET", path + "?format=raw"), 404);
+    expectsViolations = true;
+    // No listing has named it.
+    expectViolation(request("GET", "messages/none?format=raw"), 404);
 }
 
 TEST_F(GoogleServicesTest, ChangesLabelsAndRecordsIt)
@@ -439,6 +443,11 @@ TEST_F(GoogleServicesTest, PagesDrafts)
     EXPECT_EQ(ids(first, u"drafts"_s) + ids(second, u"drafts"_s),
               QStringList(services.mailbox().drafts().keys()));
     EXPECT_FALSE(second.contains(u"nextPageToken"_s));
+    services.mailbox().createDraft(raw("b"));
+    EXPECT_EQ(ids(get("drafts?q=rfc822msgid:b@example.org"), u"drafts"_s),
+              QStringList{services.mailbox().drafts().lastKey()});
+    services.setLargestPage(4);
+    EXPECT_EQ(ids(get("drafts?maxResults=500"), u"drafts"_s).size(), 4);
 }
 
 TEST_F(GoogleServicesTest, SendsIntoAThreadThatIsThere)
@@ -447,7 +456,10 @@ TEST_F(GoogleServicesTest, SendsIntoAThreadThatIsThere)
     const QJsonObject sent =
         send(upload("POST", "messages/send", R"({"threadId":")" + thread.toLatin1() + "\"}", raw("b")));
     EXPECT_EQ(sent.value(u"threadId"_s), thread);
-    expectRefusal(upload("POST", "messages/send", R"({"threadId":"none"})", raw("b")), 404);
+    const QString other = receive("c");
+    services.mailbox().remove(other);
+    expectRefusal(upload("POST", "messages/send", R"({"threadId":")" + other.toLatin1() + "\"}", raw("b")),
+                  404);
     EXPECT_EQ(services.mailbox().messageCount(), 2);
 }
 

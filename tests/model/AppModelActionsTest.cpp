@@ -392,6 +392,24 @@ TEST_F(AppModelActions, TellWhyALabelWasNotMade)
     EXPECT_EQ(model.errorMessage(), u"Please enter a name."_s);
 }
 
+TEST_F(AppModelActions, ReadTheLabelsAgainWhereARenameFailedHalfWay)
+{
+    provider.failNext(u"renameLabel"_s, MailError::http(409, u"Label name exists"_s));
+    provider.failNext(u"listLabels"_s, MailError::http(500, u"not shown"_s));
+    model.beginRenameLabel(label(u"A/B"_s), fixture.account().id);
+    provider.forgetCalls();
+    await(model.applyLabelEdit(*model.labelEdit(), u"C"_s));
+    settle();
+    EXPECT_EQ(model.errorMessage(), u"Server error 409: Label name exists"_s);
+    EXPECT_EQ(provider.calls(u"listLabels"_s).size(), 1);
+    provider.forgetCalls();
+    provider.failNext(u"createLabel"_s, MailError::http(409, u"Label name exists"_s));
+    model.beginCreateLabel();
+    await(model.applyLabelEdit(*model.labelEdit(), u"A/B"_s));
+    settle();
+    EXPECT_EQ(provider.calls(u"listLabels"_s).size(), 1);
+}
+
 TEST_F(AppModelActions, ShowTheInboxWhereTheLabelOnScreenIsDeleted)
 {
     model.selectMailbox(MailboxRef::label(label(u"A"_s)));

@@ -274,8 +274,8 @@ def copy_tree(folder, faults):
 
 
 class Program:
-    """A test program of the copy, as a list names it: "Name", "Name:filter" for some of its tests, or "Name@bus" for
-    one that needs a session bus of its own."""
+    """A test program of the copy, as a list names it: "Name", "Name:filter" for some of its tests, "Name@bus" for one
+    that needs a session bus of its own, or "Name@HOST,HOST..." for one that needs a network of its own with these hosts."""
 
     def __init__(self, text):
         self.name, _, self.filter = text.partition(":")
@@ -288,8 +288,10 @@ class Program:
 
     def command(self, tests, options):
         command = [str(self.path), "--gtest_brief=1", "--gtest_fail_fast", f"--gtest_filter={tests}", *options]
-        if self.surroundings != "bus":
+        if not self.surroundings:
             return command
+        if self.surroundings != "bus":
+            return [str(ROOT / "tests" / "in-network-namespace"), "--hosts", self.surroundings, *command]
         session = self.build_folder / "tests" / "platform" / "session.conf"
         shell = f"DBUS_SYSTEM_BUS_ADDRESS=$DBUS_SESSION_BUS_ADDRESS exec {shlex.join(command)}"
         return ["dbus-run-session", f"--config-file={session}", "--", "sh", "-c", shell]

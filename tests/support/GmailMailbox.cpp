@@ -30,11 +30,7 @@ const QStringList systemLabels{u"CHAT"_s,
 
 QString beginningOf(const QByteArray& raw)
 {
-    if (RawHeaders::mimeType(raw) != u"text/plain"_s)
-        return {};
-    return QString::fromUtf8(
-               RawHeaders::body(raw).first(std::min<qsizetype>(RawHeaders::body(raw).size(), snippetLength)))
-        .simplified();
+    return RawHeaders::text(raw).first(std::min(RawHeaders::text(raw).size(), snippetLength)).simplified();
 }
 
 } // namespace
@@ -134,18 +130,26 @@ bool GmailMailbox::trash(const QString& id)
 
 bool GmailMailbox::remove(const QString& id)
 {
+    // It may be the message's own.
+    const QString removed = id;
     const auto place = m_places.constFind(id);
     if (place == m_places.cend())
         return false;
     const auto stored = m_messages.find(*place);
     Message& message = stored->second;
     index(*place, message, -1);
-    if (--m_threads[message.threadId] == 0)
+    if (--m_threads[message.threadId] == 0) {
         m_threads.remove(message.threadId);
+        m_gone.insert(message.threadId);
+    }
+    m_gone.insert(removed);
     record(Change::messageDeleted, message, {});
     m_messages.erase(stored);
     m_places.erase(place);
-    m_drafts.removeIf([&](const auto& draft) { return draft.value() == id; });
+    for (const QString& draft : m_drafts.keys(removed)) {
+        m_drafts.remove(draft);
+        m_gone.insert(draft);
+    }
     return true;
 }
 
@@ -213,7 +217,7 @@ void GmailMailbox::deleteLabel(const QString& id)
     m_labelled.remove(id);
     m_unread.remove(id);
     m_labels.removeIf([&](const Label& label) { return label.id == id; });
-    m_deletedLabels.insert(id);
+    m_gone.insert(id);
 }
 
 qsizetype GmailMailbox::total(const QString& labelId) const
@@ -245,7 +249,6 @@ QString GmailMailbox::sendDraft(const QString& draftId)
     const Message old = *message(m_drafts.value(draftId));
     const QString sent =
         insert({.raw = old.raw, .labelIds = {u"SENT"_s}, .threadId = old.threadId, .snippet = old.snippet});
-    m_drafts.remove(draftId);
     remove(old.id);
     return sent;
 }

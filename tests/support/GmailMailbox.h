@@ -92,6 +92,8 @@ public:
     bool trash(const QString& id);
     bool remove(const QString& id);
     void setSnippet(const QString& id, const QString& snippet);
+    /// Whether a message, thread, label or draft of this id once was there.
+    bool isGone(const QString& id) const { return m_gone.contains(id); }
 
     // --- Listings
     /// Calls `visit` for the messages with all of the labels that stand behind `behind`, newest first, until
@@ -105,8 +107,6 @@ public:
     const Label* label(const QString& id) const;
     /// By a name in any case; null where there is none.
     const Label* labelNamed(const QString& name) const;
-    /// Whether there once was a label of this id.
-    bool wasLabel(const QString& id) const { return m_deletedLabels.contains(id); }
     /// The id of the new label. Its name must be free.
     QString createLabel(const QString& name, const QString& labelListVisibility = QStringLiteral("labelShow"),
                         const QString& messageListVisibility = QStringLiteral("show"));
@@ -146,7 +146,7 @@ private:
     QHash<QString, qsizetype> m_unread;  ///< by label id
     QHash<QString, qsizetype> m_threads; ///< messages by thread id
     QList<Label> m_labels;
-    QSet<QString> m_deletedLabels;
+    QSet<QString> m_gone;
     QMap<QString, QString> m_drafts;
     std::deque<HistoryRecord> m_history;
     quint64 m_historyId = 1000;

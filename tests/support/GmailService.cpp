@@ -15,7 +15,8 @@ using namespace Qt::StringLiterals;
 namespace Larkhaven {
 namespace {
 
-constexpr int largestPage = 500;
+/// Where the request names no size.
+constexpr int usualPage = 100;
 constexpr qsizetype mostIds = 1000;
 constexpr qsizetype longestLabelName = 225;
 /// Labels that a client can't put on a message or take off it.
@@ -32,13 +33,6 @@ QStringList strings(const QJsonValue& value)
     for (const QJsonValue& entry : value.toArray())
         result.append(entry.toString());
     return result;
-}
-
-/// What a page has room for; `fallback` where the request doesn't name it.
-int pageSize(const GmailCall& call, int fallback)
-{
-    const int asked = call.value(u"maxResults"_s).toInt();
-    return std::min(asked > 0 ? asked : fallback, largestPage);
 }
 
 } // namespace
@@ -109,19 +103,33 @@ QJsonObject GmailService::profile(const GmailCall&)
 
 // --- Messages
 
-const GmailMailbox::Message& GmailService::message(const QString& id) const
+/// What isn't there may be gone; what never was there is nothing to ask for.
+void GmailService::refuseUnknown(const QString& id)
+{
+    if (m_mailbox.isGone(id))
+        throw GoogleError::notFound();
+    refuse(GoogleError::notFound());
+}
+
+const GmailMailbox::Message& GmailService::message(const QString& id)
 {
     const GmailMailbox::Message* const found = m_mailbox.message(id);
     if (!found)
-        throw GoogleError::notFound();
+        refuseUnknown(id);
     return *found;
+}
+
+int GmailService::pageSize(const GmailCall& call) const
+{
+    const int asked = call.value(u"maxResults"_s).toInt();
+    return std::min(asked > 0 ? asked : usualPage, m_largestPage);
 }
 
 QJsonObject GmailService::listMessages(const GmailCall& call)
 {
     const QSet<QString> labelIds = set(call.query.value(u"labelIds"_s));
     for (const QString& id : labelIds) {
-        if (m_mailbox.wasLabel(id))
+        if (m_mailbox.isGone(id))
             throw GoogleError::badRequest(u"Invalid label: "_s + id);
         if (!m_mailbox.label(id))
             refuse(GoogleError::badRequest(u"Invalid label: "_s + id));
@@ -144,7 +152,7 @@ QJsonObject GmailService::listMessages(const GmailCall& call)
     QJsonArray page;
     GmailMailbox::Place last{};
     bool hasMore = false;
-    const int size = pageSize(call, 100);
+    const int size = pageSize(call);
     m_mailbox.visit(
         labelIds, behind, [&](const GmailMailbox::Place& place, const GmailMailbox::Message& message) {
             const bool isHidden =
@@ -181,7 +189,7 @@ QSet<QString> GmailService::changedLabels(const QJsonValue& ids)
     const QStringList named = strings(ids);
     for (const QString& id : named) {
         const GoogleError error = GoogleError::badRequest(u"Invalid label: "_s + id);
-        if (m_mailbox.wasLabel(id))
+        if (m_mailbox.isGone(id))
             throw error;
         if (!m_mailbox.label(id) || fixedLabels.contains(id))
             refuse(error);
@@ -258,11 +266,11 @@ void GmailService::checkMessage(const QByteArray& raw, bool isSent)
 }
 
 /// The thread that the metadata name; empty where they name none.
-QString GmailService::thread(const QJsonObject& message) const
+QString GmailService::thread(const QJsonObject& message)
 {
     const QString id = message.value(u"threadId"_s).toString();
     if (!id.isEmpty() && !m_mailbox.hasThread(id))
-        throw GoogleError::notFound();
+        refuseUnknown(id);
     return id;
 }
 
@@ -300,7 +308,7 @@ QJsonObject GmailService::history(const GmailCall& call)
     QJsonArray page;
     QJsonObject answer{{u"historyId"_s, QString::number(m_mailbox.historyId())}};
     const auto& records = m_mailbox.history();
-    const int size = pageSize(call, 100);
+    const int size = pageSize(call);
     for (auto record = std::ranges::upper_bound(records, position, {}, &GmailMailbox::HistoryRecord::id);
          record != records.end(); ++record) {
         if ((!wanted.isEmpty() && !wanted.contains(types.value(record->change))) ||
@@ -331,7 +339,7 @@ QJsonObject GmailService::getLabel(const GmailCall& call)
 {
     const GmailMailbox::Label* const label = m_mailbox.label(call.path.value(u"id"_s));
     if (!label)
-        throw GoogleError::notFound();
+        refuseUnknown(call.path.value(u"id"_s));
     QJsonObject answer = GmailAnswers::label(*label);
     answer.insert(u"messagesTotal"_s, m_mailbox.total(label->id));
     answer.insert(u"messagesUnread"_s, m_mailbox.unread(label->id));
@@ -379,7 +387,7 @@ GmailMailbox::Label GmailService::userLabel(const QString& id)
 {
     const GmailMailbox::Label* const label = m_mailbox.label(id);
     if (!label)
-        throw GoogleError::notFound();
+        refuseUnknown(id);
     if (label->isSystem)
         refuse(GoogleError::badRequest(u"Invalid update request"_s));
     return *label;
@@ -407,37 +415,39 @@ QJsonObject GmailService::deleteLabel(const GmailCall& call)
 
 // --- Drafts
 
-QString GmailService::draftId(const QString& id) const
+QString GmailService::draftId(const QString& id)
 {
     if (!m_mailbox.drafts().contains(id))
-        throw GoogleError::notFound();
+        refuseUnknown(id);
     return id;
 }
 
 QJsonObject GmailService::listDrafts(const GmailCall& call)
 {
-    if (call.has(u"q"_s) || call.has(u"includeSpamTrash"_s))
-        refuse({501, u"A search in drafts isn't modelled"_s, u"UNIMPLEMENTED"_s});
+    const GmailSearch search(call.value(u"q"_s), m_mailbox);
     const QMap<QString, QString>& drafts = m_mailbox.drafts();
+    const QString key = u"drafts "_s + call.value(u"q"_s);
     auto next = drafts.cbegin();
     if (call.has(u"pageToken"_s)) {
-        const std::optional<GmailMailbox::Place> place =
-            GmailAnswers::place(call.value(u"pageToken"_s), u"drafts"_s);
+        const std::optional<GmailMailbox::Place> place = GmailAnswers::place(call.value(u"pageToken"_s), key);
         if (!place)
             refuse(GoogleError::badRequest(u"Invalid pageToken"_s));
         next = drafts.upperBound(u"r-"_s + QString::number(place->number));
     }
     QJsonArray page;
     QJsonObject answer;
-    const int size = pageSize(call, 100);
+    const int size = pageSize(call);
+    QString last;
     for (; next != drafts.cend(); ++next) {
+        const GmailMailbox::Message& draft = message(next.value());
+        if (!search.matches(draft))
+            continue;
         if (page.size() == size) {
-            answer.insert(u"nextPageToken"_s,
-                          GmailAnswers::token(u"drafts"_s, 0, std::prev(next).key().sliced(2).toULongLong()));
+            answer.insert(u"nextPageToken"_s, GmailAnswers::token(key, 0, last.sliced(2).toULongLong()));
             break;
         }
-        page.append(QJsonObject{{u"id"_s, next.key()},
-                                {u"message"_s, GmailAnswers::reference(message(next.value()))}});
+        last = next.key();
+        page.append(QJsonObject{{u"id"_s, last}, {u"message"_s, GmailAnswers::reference(draft)}});
     }
     answer.insert(u"resultSizeEstimate"_s, page.size());
     if (!page.isEmpty())

@@ -18,6 +18,8 @@ public:
     GmailMailbox& mailbox() { return m_mailbox; }
     const GmailMailbox& mailbox() const { return m_mailbox; }
 
+    void setLargestPage(int size) { m_largestPage = size; }
+
     /// The request has a valid token.
     WebReply answer(const WebRequest& request);
 
@@ -50,19 +52,22 @@ private:
     QJsonObject sendDraft(const GmailCall& call);
 
     [[noreturn]] void refuse(const GoogleError& error);
-    const GmailMailbox::Message& message(const QString& id) const;
+    int pageSize(const GmailCall& call) const;
+    const GmailMailbox::Message& message(const QString& id);
     GmailMailbox::Label userLabel(const QString& id);
-    QString draftId(const QString& id) const;
+    QString draftId(const QString& id);
     QString freeName(const QJsonObject& body, const QString& id);
     QSet<QString> changedLabels(const QJsonValue& ids);
     QByteArray uploaded(const GmailCall& call, bool isSent);
     void checkMessage(const QByteArray& raw, bool isSent);
-    QString thread(const QJsonObject& message) const;
+    QString thread(const QJsonObject& message);
+    [[noreturn]] void refuseUnknown(const QString& id);
 
     GmailMethods m_methods;
     GmailMailbox m_mailbox;
     QStringList m_violations;
     QString m_request; ///< the present one
+    int m_largestPage = 500;
 };
 
 } // namespace Larkhaven

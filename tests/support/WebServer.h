@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <utility>
 
@@ -49,15 +50,20 @@ struct WebReply {
 class WebServer : public QObject {
 public:
     using Handler = std::function<WebReply(const WebRequest& request)>;
+    using Observer = std::function<void(const WebRequest& request)>;
+    using Gate = std::function<void(const WebRequest& request, std::function<void()> answer)>;
 
     explicit WebServer(Handler handler);
 
     void setHandler(Handler handler) { m_handler = std::move(handler); }
-    /// Called when the reply to a request goes out, or is known never to.
-    void setReplied(std::function<void(const WebRequest& request)> replied)
+    /// Called when a request has come, and when the reply to it goes out or the client has gone.
+    void setObservers(Observer arrived, Observer replied)
     {
+        m_arrived = std::move(arrived);
         m_replied = std::move(replied);
     }
+    /// Decides when a request is answered: by calling what it is given, once.
+    void setGate(Gate gate) { m_gate = std::move(gate); }
     const QList<WebRequest>& requests() const { return m_requests; }
     /// Connections whose TLS stood.
     int connections() const { return m_connections; }
@@ -68,15 +74,19 @@ public:
 
 private:
     struct Connection;
+    struct Exchange;
 
     void accept();
     void read(const std::shared_ptr<Connection>& connection);
-    void answer(QTcpSocket* socket, const WebRequest& request);
+    void answer(const std::shared_ptr<Exchange>& exchange);
+    void close(Exchange& exchange);
     static void reply(QTcpSocket& socket, const WebReply& reply);
 
     QSslServer m_server;
     Handler m_handler;
-    std::function<void(const WebRequest&)> m_replied;
+    Observer m_arrived;
+    Observer m_replied;
+    Gate m_gate;
     QList<WebRequest> m_requests;
     int m_connections = 0;
     int m_attempts = 0;

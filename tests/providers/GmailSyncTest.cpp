@@ -1,0 +1,430 @@
+#include "Gmail.h"
+#include "domain/Coding.h"
+#include "platform/Wakeup.h"
+#include "providers/GmailMessage.h"
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven {
+namespace {
+
+/// A page of the history.
+QByteArray history(const QByteArray& records, const QByteArray& position, const QByteArray& rest = {})
+{
+    return "{\"history\":[" + records + "],\"historyId\":\"" + position + "\"" + rest + "}";
+}
+
+QByteArray labelsAdded(const QByteArray& id, const QByteArray& labels)
+{
+    return R"({"labelsAdded":[{"message":{"id":")" + id + R"("},"labelIds":[)" + labels + "]}]}";
+}
+
+QByteArray labelsRemoved(const QByteArray& id, const QByteArray& labels)
+{
+    return R"({"labelsRemoved":[{"message":{"id":")" + id + R"("},"labelIds":[)" + labels + "]}]}";
+}
+
+QByteArray deleted(const QByteArray& id)
+{
+    return R"({"messagesDeleted":[{"message":{"id":")" + id + R"("}}]})";
+}
+
+class GmailSyncTest : public GmailTest {
+protected:
+    /// Lists the Inbox, so that the state knows its rows and the position 100.
+    void begin(const QByteArrayList& messages)
+    {
+        setInbox(messages);
+        await(inbox(0, 10, true));
+        asked();
+    }
+
+    MessageSummary row(qsizetype index, bool refresh = true)
+    {
+        return await(inbox(0, 10, refresh)).messages.value(index);
+    }
+};
+
+// --- Following the history
+
+TEST_F(GmailSyncTest, BeginsWithThePositionOfNow)
+{
+    setInbox({"a"});
+    EXPECT_EQ(idsOf(await(inbox(0, 10, true))), QStringList{u"a"_s});
+    EXPECT_EQ(log.first(), "GET profile?fields=historyId");
+    asked();
+    on(historyRequest("100"), history({}, "101"));
+    await(inbox(0, 10, true));
+    EXPECT_EQ(asked(), (QByteArrayList{historyRequest("100"), "GET labels/INBOX?fields=messagesTotal"}))
+        << "nothing has changed, and nothing is read again";
+    on(historyRequest("101"), history({}, "102"));
+    await(inbox(0, 10, true));
+    EXPECT_EQ(asked().first(), historyRequest("101"));
+}
+
+TEST_F(GmailSyncTest, AsksForNothingWhereNoNewsIsWanted)
+{
+    begin({"a"});
+    await(inbox(0, 10, false));
+    EXPECT_EQ(asked(), QByteArrayList{"GET labels/INBOX?fields=messagesTotal"});
+}
+
+TEST_F(GmailSyncTest, MakesARowReadThatHasLostTheLabelOfTheUnread)
+{
+    setInbox({"a"});
+    addRow("a", R"("INBOX","UNREAD")");
+    EXPECT_FALSE(row(0).isRead);
+    on(historyRequest("100"), history(labelsRemoved("a", R"("UNREAD")"), "101"));
+    EXPECT_TRUE(row(0).isRead);
+}
+
+TEST_F(GmailSyncTest, AppliesEachRecordInItsOrder)
+{
+    begin({"a"});
+    on(historyRequest("100"),
+       history(labelsAdded("a", R"("STARRED","TRASH","STARRED")") + ',' + labelsRemoved("a", R"("INBOX")") +
+                   ',' + labelsAdded("a", R"("UNREAD")") + ',' + labelsRemoved("a", R"("UNREAD")"),
+               "105"));
+    const MessageSummary changed = row(0);
+    EXPECT_TRUE(changed.isStarred);
+    EXPECT_TRUE(changed.isRead);
+    EXPECT_EQ(changed.mailbox, u"Trash");
+    EXPECT_EQ(changed.labelIDs, (QList<QString>{u"STARRED"_s, u"TRASH"_s}));
+}
+
+TEST_F(GmailSyncTest, ReadsTheListingAnewAfterAnyRecord)
+{
+    begin({"a"});
+    addRow("b");
+    on(listRequest("&labelIds=INBOX"), ids({"b", "a"}));
+    on(historyRequest("100"), history(R"({"messagesAdded":[{"message":{"id":"b"}}]})", "101"));
+    EXPECT_EQ(idsOf(await(inbox(0, 10, true))), (QStringList{u"b"_s, u"a"_s}));
+    const QByteArrayList requests = asked();
+    EXPECT_TRUE(requests.contains(rowRequest("b")));
+    EXPECT_FALSE(requests.contains(rowRequest("a"))) << "what is known isn't asked for again";
+}
+
+TEST_F(GmailSyncTest, ForgetsAMessageThatWasDeleted)
+{
+    begin({"a", "b"});
+    onFailure(rowRequest("a"), 404);
+    on(historyRequest("100"), history(deleted("a"), "101"));
+    EXPECT_EQ(idsOf(await(inbox(0, 10, true))), QStringList{u"b"_s});
+    EXPECT_TRUE(asked().contains(rowRequest("a"))) << "the listing names it still";
+}
+
+TEST_F(GmailSyncTest, FollowsAllPagesAndKeepsTheChangeOfTheFirst)
+{
+    begin({"a"});
+    on(historyRequest("100"), history(labelsAdded("a", R"("STARRED")"), "101", R"(,"nextPageToken":"p2")"));
+    on(historyRequest("100", "p2"), history({}, "102"));
+    EXPECT_TRUE(row(0).isStarred);
+    EXPECT_TRUE(asked().contains(listRequest("&labelIds=INBOX")));
+    on(historyRequest("102"), history({}, "102"));
+    row(0);
+    EXPECT_EQ(asked().first(), historyRequest("102"));
+}
+
+TEST_F(GmailSyncTest, EndsWhereTheHistoryRepeatsItsToken)
+{
+    begin({"a"});
+    on(historyRequest("100"), history({}, "101", R"(,"nextPageToken":"p2")"));
+    on(historyRequest("100", "p2"), history({}, "102", R"(,"nextPageToken":"p2")"));
+    row(0);
+    EXPECT_EQ(asked().size(), 3);
+}
+
+TEST_F(GmailSyncTest, GoesOnWithWhatIsKnownWhereTheHistoryFails)
+{
+    begin({"a"});
+    for (const WebReply& reply : {WebReply{500, "{}"}, WebReply{200, "<html>"},
+                                  WebReply{.end = WebReply::End::drop}, WebReply{401, "{}"}}) {
+        on(historyRequest("100"), {reply});
+        EXPECT_EQ(idsOf(await(inbox(0, 10, true))), QStringList{u"a"_s});
+        EXPECT_FALSE(asked().contains(listRequest("&labelIds=INBOX")));
+    }
+    on(historyRequest("100"), history(labelsAdded("a", R"("STARRED")"), "101"));
+    EXPECT_TRUE(row(0).isStarred) << "from the same position";
+}
+
+TEST_F(GmailSyncTest, PassesOverRecordsOfWrongTypes)
+{
+    begin({"a"});
+    on(historyRequest("100"),
+       history(R"(1,[],{"messagesDeleted":7,"labelsAdded":[3,{},{"message":"a","labelIds":["STARRED"]},
+                  {"message":{"id":"a"},"labelIds":"STARRED"},{"message":{"id":"a"},"labelIds":[1,"Label_3"]}]})",
+               "101"));
+    EXPECT_EQ(row(0).labelIDs, (QList<QString>{u"INBOX"_s, u"Label_3"_s}));
+}
+
+TEST_F(GmailSyncTest, AsksOnceForTheNewsOfTwoWhoWantThem)
+{
+    begin({"a"});
+    on(historyRequest("100"), history({}, "100"));
+    std::vector<Begun<MessagePage>> pages;
+    for (int number = 0; number < 5; ++number)
+        pages.emplace_back(inbox(0, 10, true));
+    for (Begun<MessagePage>& page : pages)
+        page.get();
+    EXPECT_EQ(asked().count(historyRequest("100")), 2) << "one under way, and one for all who came later";
+}
+
+// --- An expired position
+
+TEST_F(GmailSyncTest, ReadsAllIdsAnewAfterItsPositionHasExpiredAndNoKnownRow)
+{
+    begin({"a", "b"});
+    onFailure(historyRequest("100"), 404);
+    on("GET profile?fields=historyId", R"({"historyId":"900"})");
+    on(labelsRequest("a"), R"({"id":"a","labelIds":["INBOX","STARRED"]})");
+    on(labelsRequest("b"), R"({"id":"b","labelIds":["INBOX","UNREAD"]})");
+    const MessagePage page = await(inbox(0, 10, true));
+    EXPECT_TRUE(page.messages[0].isStarred);
+    EXPECT_FALSE(page.messages[1].isRead);
+    const QByteArrayList requests = askedSorted();
+    EXPECT_EQ(requests, (QByteArrayList{historyRequest("100"), "GET labels/INBOX?fields=messagesTotal",
+                                        labelsRequest("a"), labelsRequest("b"),
+                                        listRequest("&labelIds=INBOX"), "GET profile?fields=historyId"}));
+    on(historyRequest("900"), history({}, "900"));
+    await(inbox(0, 10, true));
+    EXPECT_EQ(asked(), (QByteArrayList{historyRequest("900"), "GET labels/INBOX?fields=messagesTotal"}))
+        << "once for each row";
+}
+
+TEST_F(GmailSyncTest, StaysWhereItIsWhereNoNewPositionCanBeHad)
+{
+    begin({"a"});
+    onFailure(historyRequest("100"), 404);
+    onFailure("GET profile?fields=historyId", 500);
+    EXPECT_EQ(idsOf(await(inbox(0, 10, true))), QStringList{u"a"_s});
+    EXPECT_FALSE(asked().contains(listRequest("&labelIds=INBOX"))) << "no change is reported";
+    await(inbox(0, 10, true));
+    EXPECT_EQ(asked().first(), historyRequest("100"));
+}
+
+TEST_F(GmailSyncTest, ConfirmsARowOnlyWhenItIsShown)
+{
+    begin({"a", "b"});
+    onFailure(historyRequest("100"), 404);
+    on(labelsRequest("a"), R"({"id":"a","labelIds":["INBOX"]})");
+    on(labelsRequest("b"), R"({"id":"b","labelIds":["INBOX"]})");
+    await(inbox(0, 1, true));
+    QByteArrayList requests = asked();
+    EXPECT_TRUE(requests.contains(labelsRequest("a")));
+    EXPECT_FALSE(requests.contains(labelsRequest("b")));
+    await(inbox(1, 1));
+    EXPECT_TRUE(asked().contains(labelsRequest("b")));
+}
+
+TEST_F(GmailSyncTest, DropsAnUnconfirmedRowThatIsGone)
+{
+    begin({"a", "b"});
+    onFailure(historyRequest("100"), 404);
+    onFailure(labelsRequest("a"), 404);
+    on(labelsRequest("b"), R"({"id":"b","labelIds":["INBOX"]})");
+    EXPECT_EQ(idsOf(await(inbox(0, 10, true))), QStringList{u"b"_s});
+}
+
+TEST_F(GmailSyncTest, ShowsARowThatCannotBeConfirmedAndAsksAgainNextTime)
+{
+    begin({"a"});
+    onFailure(historyRequest("100"), 404);
+    on(labelsRequest("a"), {WebReply{500, "{}"}, WebReply{200, R"({"id":"a","labelIds":["TRASH"]})"}});
+    EXPECT_EQ(row(0).mailbox, u"Inbox");
+    EXPECT_EQ(row(0, false).mailbox, u"Trash");
+}
+
+TEST_F(GmailSyncTest, RemembersAcrossLaunchesWhatIsToBeConfirmed)
+{
+    begin({"a", "b"});
+    onFailure(historyRequest("100"), 404);
+    on("GET profile?fields=historyId", R"({"historyId":"900"})");
+    on(labelsRequest("a"), R"({"id":"a","labelIds":["INBOX"]})");
+    on(labelsRequest("b"), R"({"id":"b","labelIds":["TRASH"]})");
+    await(inbox(0, 1, true));
+    restart();
+    asked();
+    EXPECT_EQ(await(inbox(0, 10)).messages[1].mailbox, u"Trash");
+    const QByteArrayList requests = asked();
+    EXPECT_FALSE(requests.contains(labelsRequest("a")));
+    EXPECT_TRUE(requests.contains(labelsRequest("b")));
+}
+
+TEST_F(GmailSyncTest, ConfirmsRowsThatItKnewBeforeItHadAnyPosition)
+{
+    setInbox({"a"});
+    onFailure("GET profile?fields=historyId", 500);
+    await(inbox(0, 10, true));
+    on("GET profile?fields=historyId", R"({"historyId":"100"})");
+    on(labelsRequest("a"), R"({"id":"a","labelIds":["SPAM"]})");
+    EXPECT_EQ(row(0).mailbox, u"Spam");
+}
+
+// --- The snapshot
+
+TEST_F(GmailSyncTest, KnowsItsRowsAndItsPositionAfterARestart)
+{
+    begin({"a"});
+    restart();
+    on(historyRequest("100"), history({}, "100"));
+    EXPECT_EQ(idsOf(await(inbox(0, 10, true))), QStringList{u"a"_s});
+    EXPECT_EQ(asked(), (QByteArrayList{historyRequest("100"), listRequest("&labelIds=INBOX"),
+                                       "GET labels/INBOX?fields=messagesTotal"}))
+        << "ids come from the service, rows from the snapshot";
+}
+
+TEST_F(GmailSyncTest, BeginsAnewWhereItsSnapshotIsBad)
+{
+    setInbox({"a"});
+    for (const QByteArray bad : {"", "no", "[]", "{}", R"({"messages":[{"id":"a"}]})", R"({"messages":{}})",
+                                 R"({"messages":[],"historyId":7})"}) {
+        await(cache->writeSnapshot(u"gmail"_s, bad));
+        restart();
+        asked();
+        await(inbox(0, 10, true));
+        EXPECT_EQ(asked().first(), "GET profile?fields=historyId") << bad.toStdString();
+    }
+}
+
+TEST_F(GmailSyncTest, WorksWithoutACache)
+{
+    restart(false);
+    begin({"a"});
+    EXPECT_EQ(idsOf(await(inbox())), QStringList{u"a"_s});
+}
+
+TEST_F(GmailSyncTest, WritesItsSnapshotAsAList)
+{
+    begin({"a"});
+    const QJsonObject stored =
+        QJsonDocument::fromJson(await(cache->readSnapshot(u"gmail"_s)).value()).object();
+    EXPECT_EQ(stored["historyId"_L1].toString(), u"100");
+    EXPECT_EQ(stored["messages"_L1].toArray().size(), 1);
+    EXPECT_EQ(stored["messages"_L1][0]["id"_L1].toString(), u"a");
+    EXPECT_EQ(stored.keys(), (QStringList{u"historyId"_s, u"messages"_s}));
+}
+
+// --- The state by itself
+
+class GmailSyncStateTest : public GmailTest {
+protected:
+    static MessageSummary summary(const QString& id, const QList<QString>& labels, qint64 day = 0)
+    {
+        MessageSummary row;
+        row.id = id;
+        row.accountID = QUuid::createUuid();
+        row.date = QDateTime(QDate(2000, 1, 1), QTime(), Qt::UTC).addDays(day);
+        GmailMessage::setLabels(row, labels);
+        return row;
+    }
+
+    void know(const QString& id, const QList<QString>& labels)
+    {
+        const GmailSyncState::Look look(state);
+        state.store(summary(id, labels), look);
+    }
+
+    QList<QString> labelsOf(const QString& id) { return state.summaries({id}).value(id).labelIDs; }
+    bool isKnown(const QString& id) { return state.summaries({id}).contains(id); }
+
+    GmailSyncState state{cache};
+};
+
+TEST_F(GmailSyncStateTest, LaysWhatWasAppliedMeanwhileOverAnAnswer)
+{
+    const GmailSyncState::Look look(state);
+    state.apply({u"a"_s}, {u"STARRED"_s}, {u"UNREAD"_s});
+    state.store(summary(u"a"_s, {u"INBOX"_s, u"UNREAD"_s}), look);
+    EXPECT_EQ(labelsOf(u"a"_s), (QList<QString>{u"INBOX"_s, u"STARRED"_s}));
+}
+
+TEST_F(GmailSyncStateTest, LaysNothingOlderOverAnAnswer)
+{
+    const GmailSyncState::Look first(state);
+    state.apply({u"a"_s}, {u"STARRED"_s}, {});
+    const GmailSyncState::Look second(state);
+    state.store(summary(u"a"_s, {u"INBOX"_s}), second);
+    EXPECT_EQ(labelsOf(u"a"_s), QList<QString>{u"INBOX"_s});
+}
+
+TEST_F(GmailSyncStateTest, DropsAnAnswerForAMessageThatWasDeletedMeanwhile)
+{
+    const GmailSyncState::Look look(state);
+    state.remove(u"a"_s);
+    state.store(summary(u"a"_s, {}), look);
+    EXPECT_FALSE(isKnown(u"a"_s));
+}
+
+TEST_F(GmailSyncStateTest, DropsTheLabelsOfARereadingThatWereOvertaken)
+{
+    know(u"a"_s, {u"INBOX"_s});
+    const GmailSyncState::Look look(state);
+    state.apply({u"a"_s}, {u"TRASH"_s}, {u"INBOX"_s});
+    state.confirm(u"a"_s, {u"INBOX"_s}, look);
+    EXPECT_EQ(labelsOf(u"a"_s), QList<QString>{u"TRASH"_s});
+    state.confirm(u"unknown"_s, {u"INBOX"_s}, look);
+    EXPECT_FALSE(isKnown(u"unknown"_s));
+}
+
+TEST_F(GmailSyncStateTest, ConfirmsNoAnswerThatIsOlderThanThePosition)
+{
+    const GmailSyncState::Look look(state);
+    state.setBaseline(u"7"_s);
+    state.store(summary(u"a"_s, {}), look);
+    EXPECT_TRUE(state.isUnconfirmed(u"a"_s));
+    const GmailSyncState::Look later(state);
+    state.confirm(u"a"_s, {u"SPAM"_s}, later);
+    EXPECT_FALSE(state.isUnconfirmed(u"a"_s));
+    EXPECT_EQ(labelsOf(u"a"_s), QList<QString>{u"SPAM"_s});
+}
+
+TEST_F(GmailSyncStateTest, LeavesARowUnconfirmedThatTheHistoryAndWeHaveChangedAtOnce)
+{
+    know(u"a"_s, {});
+    know(u"b"_s, {});
+    const GmailSyncState::Look ours(state);
+    state.apply({u"a"_s}, {}, {u"STARRED"_s});
+    state.apply({u"a"_s, u"b"_s}, {u"STARRED"_s}, {}, ours);
+    EXPECT_TRUE(state.isUnconfirmed(u"a"_s));
+    EXPECT_FALSE(state.isUnconfirmed(u"b"_s));
+    const GmailSyncState::Look reading(state);
+    const GmailSyncState::Look another(state);
+    state.apply({u"c"_s}, {u"UNREAD"_s}, {});
+    state.apply({u"c"_s}, {}, {u"UNREAD"_s}, another);
+    state.store(summary(u"c"_s, {}), reading);
+    EXPECT_TRUE(state.isUnconfirmed(u"c"_s)) << "also one that came to be known only then";
+}
+
+TEST_F(GmailSyncStateTest, KeepsTheNewest20000Rows)
+{
+    static_assert(GmailSyncState::summaryLimit == 20'000);
+    await(state.load());
+    for (int day = 0; day < 20'001; ++day) {
+        const GmailSyncState::Look look(state);
+        state.store(summary(QString::number(day), {}, day), look);
+    }
+    await(state.persist());
+    EXPECT_FALSE(isKnown(u"0"_s));
+    EXPECT_TRUE(isKnown(u"1"_s));
+    const QByteArray stored = await(cache->readSnapshot(u"gmail"_s)).value();
+    EXPECT_EQ(QJsonDocument::fromJson(stored)["messages"_L1].toArray().size(), 20'000);
+}
+
+TEST_F(GmailSyncStateTest, WritesNothingWhereNothingHasChanged)
+{
+    await(state.load());
+    await(state.persist());
+    EXPECT_EQ(await(cache->readSnapshot(u"gmail"_s)), std::nullopt);
+    state.setHistoryID(u"5"_s);
+    await(state.persist());
+    EXPECT_EQ(await(cache->readSnapshot(u"gmail"_s)), R"({"historyId":"5","messages":[]})");
+    await(cache->removeSnapshot(u"gmail"_s));
+    state.setHistoryID(u"5"_s);
+    state.remove(u"unknown"_s);
+    state.apply({u"unknown"_s}, {u"A"_s}, {});
+    await(state.persist());
+    EXPECT_EQ(await(cache->readSnapshot(u"gmail"_s)), std::nullopt);
+}
+
+} // namespace
+} // namespace Larkhaven
