@@ -30,11 +30,7 @@ const QStringList systemLabels{u"CHAT"_s,
 
 QString beginningOf(const QByteArray& raw)
 {
-    if (RawHeaders::mimeType(raw) != u"text/plain"_s)
-        return {};
-    return QString::fromUtf8(
-               RawHeaders::body(raw).first(std::min<qsizetype>(RawHeaders::body(raw).size(), snippetLength)))
-        .simplified();
+    return RawHeaders::text(raw).first(std::min(RawHeaders::text(raw).size(), snippetLength)).simplified();
 }
 
 } // namespace

@@ -85,7 +85,7 @@ bool GmailSearch::holds(const Term& term, const GmailMailbox::Message& message) 
     return contains(RawHeaders::value(message.raw, u"Subject"_s), term.value) ||
            contains(RawHeaders::value(message.raw, u"From"_s), term.value) ||
            contains(RawHeaders::value(message.raw, u"To"_s), term.value) ||
-           contains(QString::fromUtf8(RawHeaders::body(message.raw)), term.value);
+           contains(RawHeaders::text(message.raw), term.value);
 }
 
 bool GmailSearch::isIn(const QString& place, const GmailMailbox::Message& message) const

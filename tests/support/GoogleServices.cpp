@@ -187,27 +187,25 @@ qsizetype GoogleServices::count(const QByteArray& start) const
     return std::ranges::count_if(lines, [&](const QByteArray& line) { return line.startsWith(start); });
 }
 
-/// Requests without a reply: of the present, or the most that there were.
-int GoogleServices::flights(const QByteArray& start, bool isMost) const
+GoogleServices::Flights GoogleServices::flights(const QByteArray& start, const QByteArray& part) const
 {
-    int now = 0;
-    int most = 0;
+    Flights flights;
     for (const auto& [name, step] : m_events) {
-        if (name.startsWith(start))
-            now += step;
-        most = std::max(most, now);
+        if (name.startsWith(start) && name.contains(part))
+            flights.now += step;
+        flights.most = std::max(flights.most, flights.now);
     }
-    return isMost ? most : now;
+    return flights;
 }
 
 int GoogleServices::inFlight(const QByteArray& start) const
 {
-    return flights(start, false);
+    return flights(start, {}).now;
 }
 
-int GoogleServices::mostInFlight(const QByteArray& start) const
+int GoogleServices::mostInFlight(const QByteArray& start, const QByteArray& part) const
 {
-    return flights(start, true);
+    return flights(start, part).most;
 }
 
 void GoogleServices::forgetRequests()

@@ -43,6 +43,7 @@ public:
     explicit GoogleServices(const QString& address = QStringLiteral("user@gmail.com"));
 
     GmailMailbox& mailbox() { return m_gmail.mailbox(); }
+    const GmailMailbox& mailbox() const { return m_gmail.mailbox(); }
     OAuthDouble& google() { return m_google; }
     OAuthDouble& microsoft() { return m_microsoft; }
     WebServer& server() { return m_server; }
@@ -76,8 +77,8 @@ public:
     /// Requests to the Gmail API without a reply, of those whose method and path below "users/me/" begin so:
     /// "GET messages/".
     int inFlight(const QByteArray& start = {}) const;
-    /// The most that ever were.
-    int mostInFlight(const QByteArray& start = {}) const;
+    /// The most that ever were at once, of those that begin so, and of those that hold this as well.
+    int mostInFlight(const QByteArray& start = {}, const QByteArray& part = {}) const;
     void forgetRequests();
     /// Of all hosts.
     QStringList violations() const;
@@ -87,7 +88,11 @@ private:
     WebReply serve(const WebRequest& request);
     WebReply gmail(const WebRequest& request);
     WebReply fail(const WebRequest& request, Failure failure);
-    int flights(const QByteArray& start, bool isMost) const;
+    struct Flights {
+        int now = 0;
+        int most = 0;
+    };
+    Flights flights(const QByteArray& start, const QByteArray& part) const;
     std::optional<Failure> nextFailure(const QByteArray& path);
     void checkHeaders(const WebRequest& request);
 

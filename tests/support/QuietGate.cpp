@@ -1,9 +1,8 @@
 #include "support/QuietGate.h"
 
-#include <QAbstractEventDispatcher>
-
 #include <algorithm>
 #include <chrono>
+#include <ctime>
 #include <tuple>
 
 namespace Larkhaven {
@@ -11,11 +10,20 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr std::chrono::milliseconds tick = 2ms;
-/// Whoever is woken sooner had something to do.
-constexpr qint64 shortSleep = 1'000'000;
-/// Longer than a tick: the timer alone has woken the thread in between.
-constexpr qint64 quiet = 2'500'000;
+constexpr std::chrono::milliseconds interval = 1ms;
+/// A round of the event loop with nothing but the timer in it takes less, in ns of processors.
+constexpr qint64 littleWork = 300'000;
+/// Rounds like that before a request is served. Each of them has looked for other events first, so a busy
+/// machine makes it wait longer and not serve too early.
+constexpr int calmTicks = 3;
+
+/// Of all threads of the program, in ns.
+qint64 workDone()
+{
+    timespec time{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    return qint64{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
+}
 
 auto orderOf(const WebRequest& request)
 {
@@ -28,18 +36,9 @@ QuietGate::QuietGate(WebServer& server, Choose choose)
     : m_server(server)
     , m_choose(std::move(choose))
 {
-    const QAbstractEventDispatcher* const dispatcher = QAbstractEventDispatcher::instance();
-    connect(dispatcher, &QAbstractEventDispatcher::aboutToBlock, this, [this] { m_blocked.start(); });
-    connect(dispatcher, &QAbstractEventDispatcher::awake, this, [this] {
-        if (!m_blocked.isValid())
-            return;
-        const qint64 slept = m_blocked.nsecsElapsed();
-        m_blocked.invalidate();
-        m_quiet = slept < shortSleep ? 0 : m_quiet + slept;
-    });
     m_timer.setTimerType(Qt::PreciseTimer);
-    m_timer.setInterval(tick);
-    connect(&m_timer, &QTimer::timeout, this, &QuietGate::release);
+    m_timer.setInterval(interval);
+    connect(&m_timer, &QTimer::timeout, this, &QuietGate::tick);
     m_server.setGate([this](const WebRequest& request, std::function<void()> answer) {
         hold(request, std::move(answer));
     });
@@ -55,19 +54,27 @@ void QuietGate::hold(const WebRequest& request, std::function<void()> answer)
     const auto place = std::ranges::upper_bound(
         m_waiting, orderOf(request), {}, [](const Waiting& waiting) { return orderOf(waiting.request); });
     m_waiting.insert(place, {request, std::move(answer)});
-    m_quiet = 0;
-    m_timer.start();
+    m_calm = 0;
+    if (!m_timer.isActive())
+        m_timer.start();
+}
+
+void QuietGate::tick()
+{
+    const qint64 worked = workDone();
+    m_calm = worked - m_worked < littleWork ? m_calm + 1 : 0;
+    if (m_calm >= calmTicks)
+        release();
+    m_worked = workDone();
 }
 
 void QuietGate::release()
 {
-    if (m_quiet < quiet)
-        return;
     QList<WebRequest> requests;
     for (const Waiting& waiting : m_waiting)
         requests.append(waiting.request);
     const Waiting chosen = m_waiting.takeAt(m_choose(requests));
-    m_quiet = 0;
+    m_calm = 0;
     if (m_waiting.isEmpty())
         m_timer.stop();
     chosen.answer();

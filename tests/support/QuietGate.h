@@ -2,7 +2,6 @@
 
 #include "support/WebServer.h"
 
-#include <QElapsedTimer>
 #include <QList>
 #include <QObject>
 #include <QTimer>
@@ -11,7 +10,7 @@
 
 namespace Larkhaven {
 
-/// Holds the requests that come to a web server of the same thread until the thread has nothing else to do,
+/// Holds the requests that come to a web server of the same thread until the program has nothing else to do,
 /// and has one of them answered then. So it doesn't depend on the machine's load in which order requests are
 /// served, nor which of them a client sends before it has read an answer.
 class QuietGate : public QObject {
@@ -29,14 +28,15 @@ private:
     };
 
     void hold(const WebRequest& request, std::function<void()> answer);
+    void tick();
     void release();
 
     WebServer& m_server;
     Choose m_choose;
     QList<Waiting> m_waiting;
     QTimer m_timer;
-    QElapsedTimer m_blocked;
-    qint64 m_quiet = 0; ///< how long the thread has slept without being woken by anything but the timer, in ns
+    int m_calm = 0;      ///< ticks in a row between which nothing was done
+    qint64 m_worked = 0; ///< time of processors, in ns, at the last tick
 };
 
 } // namespace Larkhaven

@@ -46,10 +46,14 @@ QString mimeType(const QByteArray& raw)
     return type.isEmpty() ? u"text/plain"_s : type;
 }
 
-QByteArray body(const QByteArray& raw)
+QString text(const QByteArray& raw)
 {
     const qsizetype end = raw.indexOf("\r\n\r\n");
-    return end < 0 ? QByteArray() : raw.sliced(end + 4);
+    if (end < 0 || mimeType(raw) != u"text/plain"_s)
+        return {};
+    const QByteArray body = raw.sliced(end + 4);
+    const bool isEncoded = value(raw, u"Content-Transfer-Encoding"_s) == u"base64"_s;
+    return QString::fromUtf8(isEncoded ? QByteArray::fromBase64(body) : body);
 }
 
 } // namespace Larkhaven::RawHeaders

@@ -17,7 +17,7 @@ QList<Header> read(const QByteArray& raw);
 QString value(const QByteArray& raw, const QString& name);
 /// "type/subtype" in lower case; "text/plain" where none is given.
 QString mimeType(const QByteArray& raw);
-/// Behind the first empty line.
-QByteArray body(const QByteArray& raw);
+/// Of a plain text: what stands behind the first empty line, without its base64. Empty for other types.
+QString text(const QByteArray& raw);
 
 } // namespace Larkhaven::RawHeaders

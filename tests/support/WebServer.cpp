@@ -16,6 +16,13 @@ struct WebServer::Connection {
     QTcpSocket* socket;
     int number;
     QByteArray buffer;
+    QList<std::shared_ptr<Exchange>> open; ///< requests without a reply
+};
+
+struct WebServer::Exchange {
+    WebRequest request;
+    std::weak_ptr<Connection> connection;
+    bool isOver = false;
 };
 
 std::optional<QByteArray> WebRequest::header(const QByteArray& name) const
@@ -62,11 +69,16 @@ void WebServer::forget()
 void WebServer::accept()
 {
     while (QTcpSocket* const socket = m_server.nextPendingConnection()) {
-        const auto connection = std::make_shared<Connection>(Connection{socket, ++m_connections, {}});
+        const auto connection = std::make_shared<Connection>(Connection{socket, ++m_connections, {}, {}});
         ++m_open;
-        connect(socket, &QTcpSocket::disconnected, this, [this, socket] {
+        // A reply must not wait until the client has acknowledged what TLS sent before it.
+        socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
+        connect(socket, &QTcpSocket::disconnected, this, [this, connection] {
             --m_open;
-            socket->deleteLater();
+            for (const std::shared_ptr<Exchange>& exchange : QList(connection->open))
+                close(*exchange);
+            connection->socket->deleteLater();
+            connection->socket = nullptr;
         });
         connect(socket, &QTcpSocket::readyRead, this, [this, connection] { read(connection); });
         read(connection);
@@ -99,27 +111,41 @@ void WebServer::read(const std::shared_ptr<Connection>& connection)
         m_requests.append(request);
         if (m_arrived)
             m_arrived(request);
-        const QPointer<QTcpSocket> socket(connection->socket);
+        const auto exchange = std::make_shared<Exchange>(Exchange{request, connection});
+        connection->open.append(exchange);
         if (m_gate)
-            m_gate(request, [this, socket, request] { answer(socket, request); });
+            m_gate(request, [this, exchange] { answer(exchange); });
         else
-            answer(socket, request);
+            answer(exchange);
+        if (!connection->socket)
+            return;
     }
 }
 
-void WebServer::answer(const QPointer<QTcpSocket>& socket, const WebRequest& request)
+/// Also where the client has gone meanwhile: it can't undo what it asked for.
+void WebServer::answer(const std::shared_ptr<Exchange>& exchange)
 {
-    const WebReply reply = m_handler(request);
-    const auto send = [this, socket, request, reply] {
-        if (m_replied)
-            m_replied(request);
-        if (socket)
-            WebServer::reply(*socket, reply);
+    const WebReply reply = m_handler(exchange->request);
+    const auto send = [this, exchange, reply] {
+        if (exchange->isOver)
+            return;
+        const std::shared_ptr<Connection> connection = exchange->connection.lock();
+        close(*exchange);
+        WebServer::reply(*connection->socket, reply);
     };
     if (reply.delay > 0)
         QTimer::singleShot(reply.delay, this, send);
     else
         send();
+}
+
+void WebServer::close(Exchange& exchange)
+{
+    exchange.isOver = true;
+    if (const std::shared_ptr<Connection> connection = exchange.connection.lock())
+        connection->open.removeIf([&](const auto& known) { return known.get() == &exchange; });
+    if (m_replied)
+        m_replied(exchange.request);
 }
 
 void WebServer::reply(QTcpSocket& socket, const WebReply& reply)

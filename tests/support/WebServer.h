@@ -2,11 +2,11 @@
 
 #include <QByteArray>
 #include <QList>
-#include <QPointer>
 #include <QSslServer>
 
 #include <chrono>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <utility>
 
@@ -56,7 +56,7 @@ public:
     explicit WebServer(Handler handler);
 
     void setHandler(Handler handler) { m_handler = std::move(handler); }
-    /// Called when a request has come, and when the reply to it goes out or is known never to.
+    /// Called when a request has come, and when the reply to it goes out or the client has gone.
     void setObservers(Observer arrived, Observer replied)
     {
         m_arrived = std::move(arrived);
@@ -74,10 +74,12 @@ public:
 
 private:
     struct Connection;
+    struct Exchange;
 
     void accept();
     void read(const std::shared_ptr<Connection>& connection);
-    void answer(const QPointer<QTcpSocket>& socket, const WebRequest& request);
+    void answer(const std::shared_ptr<Exchange>& exchange);
+    void close(Exchange& exchange);
     static void reply(QTcpSocket& socket, const WebReply& reply);
 
     QSslServer m_server;
