@@ -1,11 +1,13 @@
 #include "model/Accounts.h"
 
+#include "app/signin/SignInService.h"
 #include "domain/Coding.h"
 #include "domain/MailError.h"
 #include "domain/Text.h"
 #include "model/AccountStore.h"
 #include "platform/RandomBytes.h"
 #include "platform/Tasks.h"
+#include "providers/GmailProvider.h"
 #include "providers/IMAPProvider.h"
 #include "store/AESGCMCipher.h"
 
@@ -149,6 +151,9 @@ Task<> Accounts::unlock()
             continue;
         m_keys.insert(accountID, found);
         m_caches.remove(accountID);
+        // Tokens that were made from a refusal know none.
+        if (m_access.remove(accountID))
+            m_providers.remove(accountID);
         if (found.credential)
             setNeedsReauth(accountID, false);
     }
@@ -204,9 +209,24 @@ std::shared_ptr<MailProvider> Accounts::provider(const QUuid& accountID)
 
 std::shared_ptr<MailProvider> Accounts::makeProvider(const Account& account)
 {
-    // The services that sign in with OAuth need a client identifier, which this build has not.
-    if (account.provider != ProviderKind::imap)
+    if (account.provider == ProviderKind::imap)
+        return makePasswordProvider(account);
+    const std::optional<OAuthConfig> config = SignInService::config(account.provider, m_services.info);
+    if (!config)
         return nullptr;
+    const std::shared_ptr<TokenManager> manager = tokens(account.id, *config);
+    if (account.provider == ProviderKind::google)
+        return GmailProvider::create(account, manager, cache(account.id));
+    try {
+        return IMAPProvider::create(account, MailAuth::oauth(manager), cache(account.id),
+                                    m_services.transports);
+    } catch (const MailError&) {
+        return nullptr;
+    }
+}
+
+std::shared_ptr<MailProvider> Accounts::makePasswordProvider(const Account& account)
+{
     const std::optional<Credential> credential = keys(account.id).credential;
     if (!credential || !credential->password()) {
         setNeedsReauth(account.id, true);
@@ -218,6 +238,39 @@ std::shared_ptr<MailProvider> Accounts::makeProvider(const Account& account)
     } catch (const MailError&) {
         return nullptr;
     }
+}
+
+std::shared_ptr<TokenManager> Accounts::tokens(const QUuid& accountID, const OAuthConfig& config)
+{
+    const auto known = m_access.constFind(accountID);
+    if (known != m_access.cend())
+        return known->tokens;
+    const auto secret = std::make_shared<KnownSecret>(m_services.secrets, keys(accountID).credential);
+    const auto made = TokenManager::create(accountID, OAuthClient(config), secret);
+    m_access.insert(accountID, {secret, made});
+    return made;
+}
+
+Task<> Accounts::retireTokens(QUuid accountID)
+{
+    const std::shared_ptr<TokenManager> manager = m_access.value(accountID).tokens;
+    if (manager)
+        co_await manager->retire();
+}
+
+std::optional<Credential> Accounts::knownCredential(const QUuid& accountID) const
+{
+    const std::shared_ptr<KnownSecret> secret = m_access.value(accountID).secret;
+    return secret ? secret->load(accountID) : m_keys.value(accountID).credential;
+}
+
+void Accounts::renewAccess(const QUuid& accountID)
+{
+    if (!m_access.contains(accountID))
+        return;
+    m_keys[accountID].credential = knownCredential(accountID);
+    m_access.remove(accountID);
+    m_providers.remove(accountID);
 }
 
 QString Accounts::cacheDirectory(const QUuid& accountID) const
@@ -323,7 +376,10 @@ Task<> Accounts::store(Account account, Credential credential, bool emptiesCache
 {
     const QPointer<Accounts> self(this);
     const bool isKnown = find(account.id).has_value();
-    const auto isGone = [this, isKnown, id = account.id] { return isKnown && (!find(id) || isLeaving(id)); };
+    // What is renewed meanwhile would be stored over what is stored here.
+    co_await retireTokens(account.id);
+    if (!self)
+        co_return;
     // The key of its cache is read along, where it isn't known: whatever asks for it later would wait for the
     // keyring. One that is known stays, as the cache is in use under it.
     Keys found = m_keys.value(account.id);
@@ -336,21 +392,43 @@ Task<> Accounts::store(Account account, Credential credential, bool emptiesCache
             readCacheKey(exchanged.now, *services.cacheKeys, directory, id);
         return exchanged;
     };
-    const Exchanged exchanged = co_await runOnWorker(save);
+    const Outcome<Exchanged> exchanged = co_await settled(runOnWorker(save));
     if (!self)
         co_return;
+    std::exception_ptr failure = exchanged.failure;
+    if (!failure) {
+        const Outcome<void> taken =
+            co_await settled(takeStored(account, *exchanged.value, emptiesCache, isKnown, stop));
+        failure = taken.failure;
+    }
+    if (!failure)
+        co_return;
+    // The account goes on with what it had.
+    if (self)
+        renewAccess(account.id);
+    std::rethrow_exception(failure);
+}
+
+Task<> Accounts::takeStored(Account account, Exchanged exchanged, bool emptiesCache, bool wasKnown,
+                            std::stop_token stop)
+{
+    const QPointer<Accounts> self(this);
+    const auto isGone = [this, wasKnown, id = account.id] {
+        return wasKnown && (!find(id) || isLeaving(id));
+    };
     if (isGone()) {
         co_await removeItems(account.id);
         throw MailError::cancelled();
     }
     if (stop.stop_requested()) {
-        if (isKnown)
+        if (wasKnown)
             co_await putBack(m_services.secrets, account.id, exchanged.before);
         else
             co_await removeItems(account.id);
         throw MailError::cancelled();
     }
     endEpoch(account.id);
+    m_access.remove(account.id);
     if (emptiesCache) {
         m_wiping.insert(account.id);
         co_await wipeCache(account.id);
@@ -392,9 +470,35 @@ bool Accounts::beginRemoval(const QUuid& accountID)
     return true;
 }
 
+Task<> Accounts::takeGrantBack(QUuid accountID)
+{
+    const QPointer<Accounts> self(this);
+    co_await retireTokens(accountID);
+    if (!self)
+        co_return;
+    const auto read = [secrets = m_services.secrets, accountID] {
+        try {
+            return secrets->load(accountID);
+        } catch (const LocalizedError&) {
+            return std::optional<Credential>();
+        }
+    };
+    const std::optional<Credential> stored = co_await runOnWorker(read);
+    if (!self)
+        co_return;
+    // What can't be read any more may still be known.
+    const std::optional<Credential> credential = stored ? stored : knownCredential(accountID);
+    const std::optional<Account> account = find(accountID);
+    if (credential && account && m_services.revoke)
+        spawn(m_services.revoke(*credential, account->provider), dropFailure);
+}
+
 Task<> Accounts::endRemoval(QUuid accountID)
 {
     const QPointer<Accounts> self(this);
+    co_await takeGrantBack(accountID);
+    if (!self)
+        co_return;
     co_await removeItem(m_services.secrets, accountID);
     if (!self)
         co_return;
@@ -404,6 +508,7 @@ Task<> Accounts::endRemoval(QUuid accountID)
     co_await removeItem(m_services.cacheKeys, accountID);
     if (!self)
         co_return;
+    m_access.remove(accountID);
     m_keys.remove(accountID);
     m_leaving.remove(accountID);
     setNeedsReauth(accountID, false);

@@ -1,8 +1,11 @@
 #pragma once
 
+#include "app/platform/Info.h"
 #include "auth/KeychainStore.h"
+#include "auth/TokenManager.h"
 #include "domain/Account.h"
 #include "domain/MailProvider.h"
+#include "model/KnownSecret.h"
 #include "model/UserDefaults.h"
 #include "protocols/MailTransport.h"
 #include "store/MailCache.h"
@@ -12,6 +15,7 @@
 #include <QObject>
 #include <QSet>
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -29,6 +33,9 @@ namespace Larkhaven {
 /// keyring may ask the user each time, and only the start of the program and what the user asks for may do
 /// so. A sign-in reads along what it needs, on the worker that stores the credential.
 ///
+/// An account has at most one `TokenManager`, which lasts until its next sign-in: two of them would store
+/// their tokens over each other's. It is retired before anything else is stored or removed.
+///
 /// Main thread. Operations that wait hold the object weakly.
 class Accounts : public QObject {
     Q_OBJECT
@@ -40,6 +47,9 @@ public:
         std::shared_ptr<KeychainStore> cacheKeys;
         QString cachesDirectory; ///< the user's; empty where there is none
         TransportFactory transports;
+        Info info; ///< names the clients of the services that sign in with OAuth
+        /// Takes a grant back; never fails.
+        std::function<Task<>(Credential credential, ProviderKind provider)> revoke;
     };
     /// An account's provider as a flow found it; null where there was none.
     struct Session {
@@ -97,7 +107,7 @@ public:
     /// From now on nothing of the account can be used. False where its removal has begun already.
     bool beginRemoval(const QUuid& accountID);
     /// Ends the removal: the credential goes, then the cache, its key, and the account. What can't be removed
-    /// holds nothing up.
+    /// holds nothing up. The grant that the credential stands for is taken back, which isn't waited for.
     Task<> endRemoval(QUuid accountID);
     bool isLeaving(const QUuid& accountID) const { return m_leaving.contains(accountID); }
     /// Bytes held by the caches of all accounts.
@@ -123,6 +133,12 @@ private:
         Keys now;
     };
 
+    /// How an account comes by its access tokens.
+    struct Access {
+        std::shared_ptr<KnownSecret> secret;
+        std::shared_ptr<TokenManager> tokens;
+    };
+
     static Keys readKeys(SecretStore& secrets, KeychainStore& cacheKeys, const QString& directory,
                          const QUuid& accountID);
     /// Reads the key of the cache, or makes one.
@@ -135,9 +151,21 @@ private:
     bool isUsable(const QUuid& accountID) const;
     std::shared_ptr<MailProvider> provider(const QUuid& accountID);
     std::shared_ptr<MailProvider> makeProvider(const Account& account);
+    std::shared_ptr<MailProvider> makePasswordProvider(const Account& account);
+    std::shared_ptr<TokenManager> tokens(const QUuid& accountID, const OAuthConfig& config);
+    /// From now on nothing that renews tokens stores any of the account's.
+    Task<> retireTokens(QUuid accountID);
+    /// Provider and tokens are made anew when they are needed again, from the credential that is known.
+    void renewAccess(const QUuid& accountID);
+    /// The newest credential that is known without asking the keyring.
+    std::optional<Credential> knownCredential(const QUuid& accountID) const;
+    Task<> takeGrantBack(QUuid accountID);
     /// Ends the use of what the account had: late answers and late writes no longer count.
     void endEpoch(const QUuid& accountID);
     Task<> wipeCache(QUuid accountID);
+    /// The end of `store`, once the credential is in the keyring.
+    Task<> takeStored(Account account, Exchanged exchanged, bool emptiesCache, bool wasKnown,
+                      std::stop_token stop);
     void setList(const QList<Account>& list);
 
     Services m_services;
@@ -146,6 +174,7 @@ private:
     QHash<QUuid, Keys> m_keys;
     QHash<QUuid, std::shared_ptr<MailCache>> m_caches;
     QHash<QUuid, std::shared_ptr<MailProvider>> m_providers;
+    QHash<QUuid, Access> m_access;
     QSet<QUuid> m_needsReauth;
     QSet<QUuid> m_leaving; ///< whose removal is under way
     QSet<QUuid> m_wiping;  ///< whose cache is being emptied

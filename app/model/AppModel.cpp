@@ -28,7 +28,7 @@ const QString& AppModel::bundleIdentifier()
     return identifier;
 }
 
-AppModel::Services AppModel::systemServices()
+AppModel::Services AppModel::systemServices(const SignInService::Authenticate& authenticate)
 {
     Services services;
     services.defaults = std::make_shared<UserDefaults>(UserDefaults::defaultFile());
@@ -41,6 +41,13 @@ AppModel::Services AppModel::systemServices()
     services.transports = MailTransports::open;
     services.sleep = ContinuousClock::sleepFor;
     services.showBadge = LauncherBadge::show;
+    services.info = Info::ofProgram();
+    services.signIn = [signIn = SignInService::Services{services.info, authenticate, services.transports}](
+                          ProviderKind provider, const QUuid& accountID,
+                          const std::optional<QString>& loginHint, const std::stop_token& stop) {
+        return SignInService::signIn(provider, signIn, accountID, loginHint, stop);
+    };
+    services.revoke = SignInService::revoke;
     return services;
 }
 
@@ -64,7 +71,7 @@ AppModel::AppModel(Services services, QObject* parent)
     : QObject(parent)
     , m_services(registered(std::move(services)))
     , m_accounts({m_services.defaults, m_services.secrets, m_services.cacheKeys, m_services.cachesDirectory,
-                  m_services.transports})
+                  m_services.transports, m_services.info, m_services.revoke})
     , m_sidebar(m_accounts)
     , m_texts(std::make_shared<KeptTexts>(m_services.keptTextsDirectory, m_services.textKeys))
 {
@@ -77,6 +84,7 @@ AppModel::AppModel(Services services, QObject* parent)
 AppModel::~AppModel()
 {
     m_refreshLoop.request_stop();
+    m_browserStop.request_stop();
     m_texts->flush();
 }
 
@@ -273,7 +281,8 @@ void AppModel::report(const std::exception_ptr& failure, const std::optional<QUu
     } catch (const MailError& error) {
         if (error.kind() == MailError::Kind::cancelled)
             return;
-        if (error.kind() == MailError::Kind::notSignedIn && accountID) {
+        // An account that was never added has no mark: its sign-in mustn't fail in silence.
+        if (error.kind() == MailError::Kind::notSignedIn && accountID && m_accounts.find(*accountID)) {
             m_accounts.setNeedsReauth(*accountID, true);
             return;
         }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "app/platform/Info.h"
+#include "app/signin/SignInService.h"
 #include "auth/KeychainStore.h"
 #include "domain/Account.h"
 #include "domain/MailProvider.h"
@@ -70,9 +72,16 @@ public:
         /// stopped.
         std::function<Task<bool>(std::chrono::milliseconds, std::stop_token)> sleep;
         std::function<void(qint64)> showBadge; ///< the number on the launcher's icon; 0 for none
+        Info info;                             ///< names the services that this build can sign in with
+        /// As `SignInService::signIn`, with the user's browser.
+        std::function<Task<SignInService::SignedIn>(ProviderKind provider, QUuid accountID,
+                                                    std::optional<QString> loginHint, std::stop_token stop)>
+            signIn;
+        /// As `SignInService::revoke`.
+        std::function<Task<>(Credential credential, ProviderKind provider)> revoke;
     };
-    /// The real ones.
-    static Services systemServices();
+    /// The real ones; `authenticate` shows a page of a sign-in in the user's browser.
+    static Services systemServices(const SignInService::Authenticate& authenticate);
 
     /// The open label dialog.
     struct LabelEdit {
@@ -152,6 +161,8 @@ public:
     const std::optional<LabelDeletion>& labelDeletion() const { return m_labelDeletion; }
     /// Whether a sign-in or a test of server settings is under way.
     bool isSigningIn() const { return m_signIns > 0; }
+    /// The service that the user is signing in with in the browser; absent while none is.
+    const std::optional<ProviderKind>& browserSignIn() const { return m_browserSignIn; }
     /// Accounts whose kept texts can't be read at present, and whose new ones can't be kept.
     QList<QUuid> accountsWithLockedTexts() const;
     /// The account that the set-up window repairs; absent when it adds one.
@@ -303,9 +314,18 @@ public:
     /// keyring have answered.
     Task<> saveIMAPAccount(QString name, QString email, ServerSettings settings, QString password,
                            std::stop_token stop = {});
-    /// The first step of signing in again; for a password account `openSetup` opens the set-up window.
+    /// Whether this build can sign in with the service in the browser.
+    bool canSignIn(ProviderKind provider) const;
+    /// Signs in with the service in the browser, and adds the account. One that is there already under the
+    /// same address is signed in anew. Failures are reported; where nobody has asked for the end, by an
+    /// alert. While a sign-in is under way no other begins: the user is shown the first one.
+    Task<> signIn(ProviderKind provider);
+    /// The user gives up what goes on in the browser: nothing is stored, and nothing reported.
+    void cancelSignIn();
+    /// Signs the account in anew: in the browser, or for a password account in the set-up window, which
+    /// `openSetup` opens. The browser has to come back with the same address.
     void signInAgain(const Account& account, const std::function<void()>& openSetup);
-    /// Removes the account with its credential, its cache and its key.
+    /// Removes the account with its credential, its cache and its key, and takes back a grant of Google's.
     Task<> removeAccount(QUuid accountID);
     /// Bytes held by the caches of all accounts.
     Task<qint64> cacheSize();
@@ -339,6 +359,9 @@ Q_SIGNALS:
     void labelEditChanged();
     void labelDeletionChanged();
     void signingInChanged();
+    void browserSignInChanged();
+    /// The user has asked for a sign-in while one goes on in the browser.
+    void browserSignInWanted();
     void imapSetupAccountIDChanged();
 
 private:
@@ -439,6 +462,13 @@ private:
     /// Shows another account, if there is one, in place of one that is gone.
     void leaveAccount(const QUuid& accountID);
     void noteSignIn(int change);
+    void setBrowserSignIn(const std::optional<ProviderKind>& provider);
+    /// A sign-in in the browser from beginning to end; `renewed` is signed in anew where it is given.
+    Task<> signInByBrowser(ProviderKind provider, std::optional<Account> renewed);
+    Task<> storeSignedIn(ProviderKind provider, QUuid accountID, std::optional<Account> renewed,
+                         std::stop_token stop);
+    /// The account that a sign-in by this address renews, or the new one.
+    Account accountToStore(const Account& signedIn, const std::optional<Account>& renewed) const;
 
     Services m_services;
     Accounts m_accounts;
@@ -463,6 +493,8 @@ private:
     std::optional<LabelEdit> m_labelEdit;
     std::optional<LabelDeletion> m_labelDeletion;
     int m_signIns = 0; ///< how many are under way
+    std::optional<ProviderKind> m_browserSignIn;
+    std::stop_source m_browserStop;
     std::optional<QUuid> m_imapSetupAccountID;
     std::optional<ParsedMessage> m_openParsed;
     std::optional<QString> m_errorMessage;

@@ -1,5 +1,6 @@
 #include "domain/Coding.h"
 #include "domain/MailError.h"
+#include "domain/ShownText.h"
 #include "domain/Text.h"
 #include "model/AppModel.h"
 #include "platform/Tasks.h"
@@ -113,13 +114,102 @@ void AppModel::forgetServers(const QUuid& accountID)
     Q_EMIT messagesForgotten(accountID);
 }
 
+// --- In the browser
+
+bool AppModel::canSignIn(ProviderKind provider) const
+{
+    return provider != ProviderKind::imap && SignInService::config(provider, m_services.info).has_value();
+}
+
+void AppModel::setBrowserSignIn(const std::optional<ProviderKind>& provider)
+{
+    assign(m_browserSignIn, provider, &AppModel::browserSignInChanged);
+}
+
+void AppModel::cancelSignIn()
+{
+    m_browserStop.request_stop();
+}
+
+Task<> AppModel::signIn(ProviderKind provider)
+{
+    return signInByBrowser(provider, std::nullopt);
+}
+
 void AppModel::signInAgain(const Account& account, const std::function<void()>& openSetup)
 {
-    // The services that sign in with OAuth need a client identifier, which this build has not.
-    if (account.provider != ProviderKind::imap)
-        return;
-    setImapSetupAccountID(account.id);
-    openSetup();
+    if (account.provider == ProviderKind::imap) {
+        setImapSetupAccountID(account.id);
+        openSetup();
+    } else {
+        start(signInByBrowser(account.provider, account));
+    }
+}
+
+Task<> AppModel::signInByBrowser(ProviderKind provider, std::optional<Account> renewed)
+{
+    const QPointer<AppModel> self(this);
+    if (m_browserSignIn)
+        Q_EMIT browserSignInWanted();
+    if (isSigningIn())
+        co_return;
+    const QUuid accountID = renewed ? renewed->id : QUuid::createUuid();
+    m_browserStop = std::stop_source();
+    const std::stop_token stop = m_browserStop.get_token();
+    noteSignIn(+1);
+    setBrowserSignIn(provider);
+    const Outcome<void> outcome = co_await settled(storeSignedIn(provider, accountID, renewed, stop));
+    if (!self)
+        co_return;
+    setBrowserSignIn(std::nullopt);
+    noteSignIn(-1);
+    // Nobody wants to hear of an account that was removed meanwhile, nor of what was given up.
+    const bool isWanted = !renewed || (m_accounts.find(accountID) && !m_accounts.isLeaving(accountID));
+    if (outcome.failure && isWanted && !stop.stop_requested())
+        report(outcome.failure, accountID);
+}
+
+Task<> AppModel::storeSignedIn(ProviderKind provider, QUuid accountID, std::optional<Account> renewed,
+                               std::stop_token stop)
+{
+    const QPointer<AppModel> self(this);
+    const std::optional<QString> hint = renewed ? std::optional(renewed->email) : std::nullopt;
+    const SignInService::SignedIn signedIn = co_await m_services.signIn(provider, accountID, hint, stop);
+    if (!self)
+        co_return;
+    if (stop.stop_requested())
+        throw MailError::cancelled();
+    const Account account = accountToStore(signedIn.account, renewed);
+    co_await m_accounts.store(account, signedIn.credential, false, stop);
+    if (!self)
+        co_return;
+    const SidebarItem inbox{account.id, MailboxRef::system(Mailbox::inbox)};
+    if (renewed || m_sidebarSelection == inbox)
+        start(refresh());
+    else
+        select(inbox);
+}
+
+Account AppModel::accountToStore(const Account& signedIn, const std::optional<Account>& renewed) const
+{
+    if (!renewed) {
+        const auto known = std::ranges::find_if(accounts(), [&](const Account& account) {
+            return account.provider == signedIn.provider && isSameAddress(account.email, signedIn.email) &&
+                   !m_accounts.isLeaving(account.id);
+        });
+        return known == accounts().end() ? signedIn : *known;
+    }
+    const std::optional<Account> known = m_accounts.find(renewed->id);
+    if (!known || m_accounts.isLeaving(renewed->id))
+        throw MailError::cancelled();
+    if (!isSameAddress(known->email, signedIn.email)) {
+        const auto shown = [](const QString& address) {
+            return ShownText::line(address, SignInService::longestAddress);
+        };
+        throw MailError::authFailed(
+            tr("You signed in as %1, not %2.").arg(shown(signedIn.email), shown(known->email)));
+    }
+    return *known;
 }
 
 Task<> AppModel::removeAccount(QUuid accountID)

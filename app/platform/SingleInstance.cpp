@@ -1,5 +1,7 @@
 #include "app/platform/SingleInstance.h"
 
+#include "app/platform/ActivatableApplication.h"
+
 #include <QCryptographicHash>
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
@@ -37,6 +39,7 @@ SingleInstance::SingleInstance(QString profile, QDBusConnection bus)
 {
     // The age of a lock says nothing: a program may run for months.
     m_lock.setStaleLockTime(0);
+    new ActivatableApplication(*this);
 }
 
 SingleInstance::~SingleInstance()
@@ -91,7 +94,8 @@ bool SingleInstance::handOver(const QStringList& arguments)
 bool SingleInstance::listen()
 {
     // A call that comes as soon as the name is there finds the object.
-    m_bus.registerObject(objectPath, this, QDBusConnection::ExportScriptableSlots);
+    m_bus.registerObject(objectPath, this,
+                         QDBusConnection::ExportScriptableSlots | QDBusConnection::ExportAdaptors);
     QDBusConnectionInterface* const names = m_bus.interface();
     if (names) {
         const QDBusReply<QDBusConnectionInterface::RegisterServiceReply> reply =
@@ -111,10 +115,15 @@ bool SingleInstance::Activate(const QString& profile, const QStringList& argumen
 {
     if (profile != m_profile)
         return false;
+    take(arguments);
+    return true;
+}
+
+void SingleInstance::take(const QStringList& arguments)
+{
     QStringList taken = arguments.first(std::min(arguments.size(), maxArguments));
     taken.removeIf([](const QString& argument) { return argument.size() > maxArgumentLength; });
     Q_EMIT activated(taken);
-    return true;
 }
 
 } // namespace Larkhaven

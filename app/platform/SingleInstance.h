@@ -17,6 +17,8 @@ namespace Larkhaven {
 /// name, or, where that belongs to the program of another profile, over a name made from the profile's path.
 /// Of programs that can't lock anything, as on a disk that is full, the one that has this name is the first.
 ///
+/// Under the application's own name the desktop starts it as well, as `ActivatableApplication`.
+///
 /// What comes over the bus is from a program of the same user and session, and is passed on as it is within
 /// the bounds; whoever takes it treats it as untrusted. Main thread.
 class SingleInstance : public QObject {
@@ -40,6 +42,9 @@ public:
     /// Takes the lock, or hands the arguments to whoever has it. Waits for one that is about to end, as after
     /// a restart, for at most `patience`.
     Role enter(const QStringList& arguments, std::chrono::milliseconds patience = std::chrono::seconds(10));
+
+    /// Passes the arguments of a later start on, within the bounds.
+    void take(const QStringList& arguments);
 
 public Q_SLOTS:
     /// For the bus: whether the arguments were taken, which only those of the same profile are.

@@ -1,10 +1,18 @@
 #include "views/Application.h"
 
+#include "app/platform/PrivateBrowser.h"
+#include "app/signin/SignInService.h"
+#include "platform/Tasks.h"
 #include "views/SecureMessageView.h"
 #include "views/Style.h"
 
 #include <QFileInfo>
 #include <QTextStream>
+#include <QTimer>
+
+#include <algorithm>
+#include <chrono>
+#include <cstring>
 
 using namespace Qt::StringLiterals;
 
@@ -26,26 +34,83 @@ Style::Scheme schemeOf(const DesktopAppearance& appearance, bool isPaletteDark)
     return isPaletteDark ? Style::Scheme::dark : Style::Scheme::light;
 }
 
+/// Started by the session bus, which says what for only then.
+const QString& busOption()
+{
+    static const QString option = u"--dbus-service"_s;
+    return option;
+}
+
+/// How long a program that the bus has started waits for what it was started for.
+constexpr std::chrono::seconds busPatience{10};
+
+bool isRedirect(const QString& argument)
+{
+    return SignInService::isRedirect(argument, Info::ofProgram());
+}
+
+Task<std::shared_ptr<BrowserSession>> openBrowser(QByteArray url, std::stop_token stop)
+{
+    return PrivateBrowser::open(url, PrivateBrowser::systemSetting(), stop);
+}
+
 } // namespace
 
-Application::Preparation::Preparation()
+Application::Preparation::Preparation(int argc, char** argv)
 {
     SecureMessageView::registerScheme();
     QApplication::setApplicationName(u"Larkhaven"_s);
     QApplication::setDesktopFileName(AppModel::bundleIdentifier());
+    // A redirect holds a code, which the list of processes shows as long as it stands here.
+    for (int place = 1; place < argc; ++place) {
+        const QString argument = QString::fromLocal8Bit(argv[place]);
+        if (!isRedirect(argument))
+            continue;
+        redirects.append(argument);
+        std::fill_n(argv[place], std::strlen(argv[place]), '\0');
+    }
 }
 
 Application::Application(int& argc, char** argv)
-    : m_application(argc, argv)
+    : m_preparation(argc, argv)
+    , m_application(argc, argv)
     , m_instance(QFileInfo(UserDefaults::defaultFile()).path())
-    , m_role(m_instance.enter(QApplication::arguments().mid(1)))
+    , m_role(m_instance.enter(arguments()))
+    , m_authenticator(openBrowser)
 {
-    if (!isFirst())
+    const bool isForRedirects = !m_preparation.redirects.isEmpty() && arguments() == m_preparation.redirects;
+    if (m_role != SingleInstance::Role::first || isForRedirects)
         return;
-    m_model = std::make_unique<AppModel>(AppModel::systemServices());
+    m_model = std::make_unique<AppModel>(AppModel::systemServices(
+        [this](const QByteArray& url, const QString& scheme, const std::stop_token& stop) {
+            return m_authenticator.authenticate(url, scheme, stop);
+        }));
     // The looks come first: widgets take their icons from them.
     followAppearance();
     m_window = std::make_unique<ContentView>(*m_model);
+    spawn(PrivateBrowser::removeLeftovers(PrivateBrowser::systemSetting()), dropFailure);
+}
+
+QStringList Application::arguments() const
+{
+    QStringList arguments = QApplication::arguments().mid(1);
+    // Where a redirect stood, nothing stands any more.
+    arguments.removeAll(QString());
+    arguments.removeAll(busOption());
+    return arguments + m_preparation.redirects;
+}
+
+void Application::take(const QStringList& arguments)
+{
+    QStringList others;
+    for (const QString& argument : arguments) {
+        if (isRedirect(argument))
+            m_authenticator.takeRedirect(argument.toUtf8());
+        else
+            others.append(argument);
+    }
+    if (arguments.isEmpty() || !others.isEmpty())
+        raiseWindow();
 }
 
 void Application::followAppearance()
@@ -82,11 +147,19 @@ int Application::run()
     if (m_role == SingleInstance::Role::refused)
         QTextStream(stderr) << "Larkhaven is running already, and doesn't answer." << Qt::endl;
     if (!isFirst())
-        return m_role == SingleInstance::Role::later ? 0 : 1;
-    QObject::connect(&m_instance, &SingleInstance::activated, m_window.get(), [this] { raiseWindow(); });
+        return m_role == SingleInstance::Role::refused ? 1 : 0;
+    QObject::connect(&m_instance, &SingleInstance::activated, m_window.get(),
+                     [this](const QStringList& arguments) { take(arguments); });
     QObject::connect(m_window.get(), &ContentView::quitApproved, &m_application, &QApplication::quit,
                      Qt::QueuedConnection);
-    m_window->show();
+    if (QApplication::arguments().contains(busOption())) {
+        QTimer::singleShot(busPatience, m_window.get(), [this] {
+            if (!m_window->isVisible())
+                QApplication::quit();
+        });
+    } else {
+        m_window->show();
+    }
     return QApplication::exec();
 }
 

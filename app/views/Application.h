@@ -2,6 +2,7 @@
 
 #include "app/platform/DesktopAppearance.h"
 #include "app/platform/SingleInstance.h"
+#include "app/signin/WebAuthenticator.h"
 #include "model/AppModel.h"
 #include "views/ContentView.h"
 
@@ -15,13 +16,16 @@ namespace Larkhaven {
 /// main thread.
 ///
 /// Where the program runs already on this profile, there is no model and no window: the other one has been
-/// asked to show itself.
+/// asked to show itself. Nor are there any where this process was started for nothing but redirects of
+/// sign-ins: no sign-in waits for them.
+///
+/// A redirect goes to the sign-in under way, if it is that one's, and shows no window.
 class Application {
 public:
     Application(int& argc, char** argv);
 
     /// Whether this process is the program.
-    bool isFirst() const { return m_role == SingleInstance::Role::first; }
+    bool isFirst() const { return m_model != nullptr; }
     AppModel& model() { return *m_model; }
     ContentView& window() { return *m_window; }
 
@@ -31,9 +35,15 @@ public:
 private:
     /// What must be told to Qt before the application object exists.
     struct Preparation {
-        Preparation();
+        Preparation(int argc, char** argv);
+
+        QStringList redirects; ///< that this process was started with
     };
 
+    /// What this process was started with, but for what is Qt's or our own.
+    QStringList arguments() const;
+    /// Takes the arguments of this or of a later start.
+    void take(const QStringList& arguments);
     void followAppearance();
     void raiseWindow();
 
@@ -41,6 +51,7 @@ private:
     QApplication m_application;
     SingleInstance m_instance;
     SingleInstance::Role m_role;
+    WebAuthenticator m_authenticator;
     std::unique_ptr<AppModel> m_model;
     DesktopAppearance m_appearance;
     std::unique_ptr<ContentView> m_window;

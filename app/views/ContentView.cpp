@@ -13,10 +13,12 @@
 #include "views/SearchField.h"
 #include "views/SidebarPane.h"
 #include "views/SidebarView.h"
+#include "views/SignInWindow.h"
 #include "views/SourceWindows.h"
 #include "views/Style.h"
 #include "views/WelcomeView.h"
 
+#include <QApplication>
 #include <QCloseEvent>
 #include <QMessageBox>
 #include <QQuickWidget>
@@ -79,6 +81,12 @@ ContentView::ContentView(AppModel& model, ReaderView::Desktop desktop, QWidget* 
     (new QQuickWidget(this))->hide();
 
     new LabelDialogs(model, this);
+    new SignInWindow(model, this);
+    connect(&model, &AppModel::browserSignInChanged, this, [this] {
+        // The user is in the browser then: the window asks to be looked at, and takes nothing.
+        if (!m_model.browserSignIn())
+            QApplication::alert(this);
+    });
     connect(m_compose, &ComposeWindows::quitRequested, this, &QWidget::close);
     m_listing->table().setSavePanel(
         [this](const QString& name) { return m_desktop.chooseSavePath(this, SavedFile::name(name)); });

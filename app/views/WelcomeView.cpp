@@ -12,13 +12,13 @@ namespace Larkhaven {
 
 WelcomeView::WelcomeView(AppModel& model, QWidget* parent)
     : QWidget(parent)
+    , m_model(model)
     , m_title(new QLabel(tr("Welcome to Larkhaven")))
     , m_text(new QLabel(
           tr("Add an account to get started. Google accounts sign in on Google's own page, so Larkhaven "
              "never sees that password. Other providers sign in over IMAP with a password kept in your "
              "%1.")
               .arg(tr("keyring"))))
-    , m_imap(new QPushButton(tr("Other Mail Account (IMAP)…")))
 {
     setObjectName("welcome"_L1);
     m_title->setAlignment(Qt::AlignCenter);
@@ -30,15 +30,34 @@ WelcomeView::WelcomeView(AppModel& model, QWidget* parent)
     layout->addWidget(m_title);
     layout->addWidget(m_text, 0, Qt::AlignHCenter);
     layout->addSpacing(Style::smallPadding);
-    layout->addWidget(m_imap, 0, Qt::AlignHCenter);
+    QList<QPushButton*> buttons;
+    const auto addSignIn = [&](ProviderKind provider, const QString& text, QLatin1StringView name) {
+        if (!model.canSignIn(provider))
+            return;
+        buttons.append(addButton(text, name));
+        connect(buttons.last(), &QPushButton::clicked, this,
+                [&model, provider] { model.start(model.signIn(provider)); });
+    };
+    addSignIn(ProviderKind::google, tr("Sign In with Google…"), "signInGoogle"_L1);
+    addSignIn(ProviderKind::microsoft, tr("Sign In with Microsoft…"), "signInMicrosoft"_L1);
+    buttons.append(addButton(tr("Other Mail Account (IMAP)…"), "addIMAP"_L1));
+    connect(buttons.last(), &QPushButton::clicked, this, &WelcomeView::setupRequested);
+    buttons.first()->setDefault(true);
+    for (QPushButton* const button : std::as_const(buttons))
+        layout->addWidget(button, 0, Qt::AlignHCenter);
     layout->addStretch(3);
-    m_imap->setObjectName("addIMAP"_L1);
-    m_imap->setDefault(true);
-    connect(m_imap, &QPushButton::clicked, this, &WelcomeView::setupRequested);
-    const auto followSignIn = [this, &model] { m_imap->setEnabled(!model.isSigningIn()); };
-    connect(&model, &AppModel::signingInChanged, this, followSignIn);
     connect(&Style::shared(), &Style::changed, this, &WelcomeView::applyStyle);
     applyStyle();
+}
+
+QPushButton* WelcomeView::addButton(const QString& text, QLatin1StringView name)
+{
+    auto* const button = new QPushButton(text);
+    button->setObjectName(name);
+    const auto followSignIn = [this, button] { button->setEnabled(!m_model.isSigningIn()); };
+    connect(&m_model, &AppModel::signingInChanged, button, followSignIn);
+    followSignIn();
+    return button;
 }
 
 void WelcomeView::applyStyle()

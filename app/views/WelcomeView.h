@@ -21,11 +21,13 @@ Q_SIGNALS:
     void setupRequested();
 
 private:
+    /// A button that can be pressed while no sign-in is under way.
+    QPushButton* addButton(const QString& text, QLatin1StringView name);
     void applyStyle();
 
+    AppModel& m_model;
     QLabel* m_title;
     QLabel* m_text;
-    QPushButton* m_imap;
 };
 
 } // namespace Larkhaven

@@ -57,8 +57,10 @@ QList<SecureHTTP::QueryItem> queryItems(const QByteArray& url)
 }
 
 /// The provider's words, from which whatever must stay secret is taken out.
-QString shownDescription(QString text, const QMap<QString, QString>& fields)
+QString shownDescription(const QString& description, const QMap<QString, QString>& fields)
 {
+    // Characters that aren't seen could hide a secret from the search.
+    QString text = ShownText::line(description, OAuthClient::longestCallback);
     constexpr std::array secrets{"code"_L1, "code_verifier"_L1, "refresh_token"_L1};
     for (const QLatin1StringView name : secrets) {
         const QString secret = fields.value(name);

@@ -23,8 +23,8 @@ using GmailRequest::get;
 
 namespace {
 
-/// The longest page of the listing, of the history and of the drafts that the service gives.
-const QString pageSize = u"500"_s;
+/// The longest page of the listing and of the history that the service gives.
+const QString longestPage = u"500"_s;
 
 SecureHTTP::QueryItem fields(const QString& names)
 {
@@ -149,7 +149,7 @@ Task<GmailProvider::Listings::Entry> GmailProvider::listing(MailboxRef ref, std:
 Task<GmailProvider::Listings::Page> GmailProvider::fetchPage(Query specification,
                                                              std::optional<QString> continuation)
 {
-    Query query{{u"maxResults"_s, pageSize}, fields(u"messages/id,nextPageToken,resultSizeEstimate"_s)};
+    Query query{{u"maxResults"_s, longestPage}, fields(u"messages/id,nextPageToken,resultSizeEstimate"_s)};
     if (continuation)
         query.append({u"pageToken"_s, *continuation});
     const QJsonObject answer = co_await m_api.requestJSON(get("messages", query + specification));
@@ -306,7 +306,7 @@ Task<bool> GmailProvider::followHistory()
     const QString start = position;
     std::optional<QString> token;
     for (int page = 0; page < mostPages; ++page) {
-        Query query{{u"startHistoryId"_s, start}, {u"maxResults"_s, pageSize}};
+        Query query{{u"startHistoryId"_s, start}, {u"maxResults"_s, longestPage}};
         if (token)
             query.append({u"pageToken"_s, *token});
         const Outcome<QJsonObject> answer = co_await settled(m_api.requestJSON(get("history", query)));

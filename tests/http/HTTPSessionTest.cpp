@@ -5,6 +5,14 @@
 #include "support/QtPrinters.h"
 #include "support/WebServer.h"
 
+#include <QFile>
+#include <QSslCertificate>
+#include <QSslConfiguration>
+#include <QSslKey>
+#include <QSslServer>
+#include <QTcpSocket>
+#include <QTimer>
+
 using namespace Qt::StringLiterals;
 
 namespace Larkhaven {
@@ -179,9 +187,11 @@ TEST_F(HTTPSessionTest, GivesTheSchemeOfARedirectAsItIsWritten)
 
 TEST_F(HTTPSessionTest, FailsWhereAnAnswerIsCut)
 {
-    for (const QByteArray raw : {"HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nhalf",
-                                 "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n5\r\nhal",
-                                 "HTTP/1.1 200 OK\r\nContent-Le", "HTTP/1.1 2", "hello\r\n\r\n", ""}) {
+    for (const QByteArray raw :
+         {"HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nhalf",
+          "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n5\r\nhal", "HTTP/1.1 200 OK\r\nContent-Le",
+          "HTTP/1.1 2", "HTTP/1.1 103 Early Hints\r\nLink: x\r\n\r\nHTTP/1.1 200 OK\r\nConten",
+          "hello\r\n\r\n", ""}) {
         reply = WebReply::bytes(raw);
         expectBroken(post());
     }
@@ -194,6 +204,62 @@ TEST_F(HTTPSessionTest, FailsWhereNobodyAnswersForTheTimeOut)
     request.timeout = std::chrono::milliseconds(300);
     expectFailure(perform(request), HTTPError::Kind::timedOut, u"api.example stopped responding."_s);
     EXPECT_TRUE(waitUntil([this] { return server.open() == 0; })) << "the connection is closed";
+}
+
+/// Takes a little of what comes in every 50 ms, and answers after so many bytes.
+class SlowReader : public QObject {
+public:
+    SlowReader(qsizetype size, qsizetype step)
+    {
+        QFile key(qEnvironmentVariable("LARKHAVEN_TEST_KEY"));
+        EXPECT_TRUE(key.open(QIODevice::ReadOnly));
+        QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
+        configuration.setLocalCertificateChain(
+            QSslCertificate::fromPath(qEnvironmentVariable("LARKHAVEN_TEST_CERTIFICATE")));
+        configuration.setPrivateKey(QSslKey(&key, QSsl::Ec));
+        m_server.setSslConfiguration(configuration);
+        EXPECT_TRUE(m_server.listen(QHostAddress::LocalHost, 8443));
+        connect(&m_server, &QTcpServer::pendingConnectionAvailable, this, [this, size, step] {
+            QTcpSocket* const socket = m_server.nextPendingConnection();
+            socket->setReadBufferSize(step);
+            auto* const timer = new QTimer(socket);
+            connect(timer, &QTimer::timeout, this, [this, socket, timer, size, step] {
+                m_taken += socket->read(step).size();
+                if (m_taken < size)
+                    return;
+                timer->stop();
+                socket->write("HTTP/1.1 200 OK\r\nContent-Length: 2\r\n\r\nok");
+            });
+            timer->start(50);
+        });
+    }
+
+private:
+    QSslServer m_server;
+    qsizetype m_taken = 0;
+};
+
+TEST_F(HTTPSessionTest, WaitsForASlowUploadAsLongAsItGoesOn)
+{
+    // More than all buffers on the way hold, so that bytes leave all the time.
+    constexpr qsizetype size = 24 * 1024 * 1024;
+    const SlowReader reader(size, 1024 * 1024);
+    HTTPRequest request = post();
+    request.url = "https://api.example:8443/";
+    request.body = QByteArray(size, 'x');
+    request.timeout = std::chrono::milliseconds(700);
+    EXPECT_EQ(await(perform(request)).body, "ok");
+}
+
+TEST(HTTPRequest, HasAHeaderOnceUnderWhateverCase)
+{
+    HTTPRequest request;
+    request.setHeader("Accept", "a");
+    request.setHeader("X-Other", "b");
+    request.setHeader("ACCEPT", "c");
+    EXPECT_EQ(request.headers, (QList<HTTPRequest::Header>{{"Accept", "c"}, {"X-Other", "b"}}));
+    request.removeHeader("x-other");
+    EXPECT_EQ(request.headers, (QList<HTTPRequest::Header>{{"Accept", "c"}}));
 }
 
 TEST_F(HTTPSessionTest, WaitsForASlowAnswerAsLongAsItGoesOn)

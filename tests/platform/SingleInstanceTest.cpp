@@ -5,6 +5,8 @@
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QDBusPendingCall>
 #include <QDir>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -216,6 +218,63 @@ TEST_F(SingleInstanceTest, TakesNoMoreThanItsBounds)
     EXPECT_EQ(taken.size(), SingleInstance::maxArguments - 1);
     taken.clear();
     EXPECT_FALSE(first.Activate(u"/elsewhere"_s, {u"x"_s}));
+    EXPECT_TRUE(taken.isEmpty());
+}
+
+// --- As the desktop starts it
+
+class ActivationTest : public SingleInstanceTest {
+protected:
+    ActivationTest()
+    {
+        EXPECT_EQ(first.enter({}), Role::first);
+        QObject::connect(&first, &SingleInstance::activated,
+                         [this](const QStringList& arguments) { taken.append(arguments); });
+    }
+    /// What another program of the session calls; whether it was answered.
+    bool call(const QString& method, const QVariantList& arguments)
+    {
+        QDBusMessage message =
+            QDBusMessage::createMethodCall(u"com.tundra42.larkhaven"_s, u"/com/tundra42/larkhaven"_s,
+                                           u"org.freedesktop.Application"_s, method);
+        message.setArguments(arguments);
+        const QDBusPendingCall pending = caller.asyncCall(message);
+        EXPECT_TRUE(waitUntil([&pending] { return pending.isFinished(); }));
+        return !pending.isError();
+    }
+
+    QDBusConnection caller = newConnection();
+    SingleInstance first{profile(u"a"_s), newConnection()};
+    QList<QStringList> taken;
+};
+
+TEST_F(ActivationTest, TakesTheAddressesThatTheDesktopOpens)
+{
+    const QVariantMap data{{u"desktop-startup-id"_s, u"x"_s}};
+    EXPECT_TRUE(call(u"Open"_s, {QStringList{u"msauth.x://auth?code=1"_s, u"b"_s}, data}));
+    EXPECT_EQ(taken, (QList<QStringList>{{u"msauth.x://auth?code=1"_s, u"b"_s}}));
+}
+
+TEST_F(ActivationTest, IsStartedAgainByActivateAndByAnyAction)
+{
+    EXPECT_TRUE(call(u"Activate"_s, {QVariantMap()}));
+    EXPECT_TRUE(call(u"ActivateAction"_s, {u"new"_s, QVariantList(), QVariantMap()}));
+    EXPECT_EQ(taken, (QList<QStringList>{{}, {}}));
+}
+
+TEST_F(ActivationTest, TakesNoMoreThanItsBounds)
+{
+    QStringList many(SingleInstance::maxArguments + 1, u"x"_s);
+    many[0] = QString(SingleInstance::maxArgumentLength + 1, u'x');
+    EXPECT_TRUE(call(u"Open"_s, {many, QVariantMap()}));
+    ASSERT_EQ(taken.size(), 1);
+    EXPECT_EQ(taken[0].size(), SingleInstance::maxArguments - 1);
+}
+
+TEST_F(ActivationTest, RefusesACallOfAnotherShape)
+{
+    EXPECT_FALSE(call(u"Open"_s, {u"msauth.x://auth?code=1"_s}));
+    EXPECT_FALSE(call(u"take"_s, {QStringList()}));
     EXPECT_TRUE(taken.isEmpty());
 }
 

@@ -39,7 +39,28 @@ Task<std::shared_ptr<MailTransport>> refuseConnection(std::shared_ptr<QStringLis
     co_return std::shared_ptr<MailTransport>();
 }
 
+Task<SignInService::SignedIn> refuseSignIn()
+{
+    throw MailError::authFailed(u"Could not open the sign-in window."_s);
+    co_return SignInService::SignedIn{Account(), Credential::password({})};
+}
+
 } // namespace
+
+Info ModelFixture::info()
+{
+    return Info({{InfoKey::googleClientID, u"1234-abcd.apps.googleusercontent.com"_s},
+                 {InfoKey::microsoftClientID, u"00000000-1111-2222-3333-444444444444"_s}});
+}
+
+Task<> ModelFixture::noteRevocation(std::shared_ptr<QList<std::pair<Credential, ProviderKind>>> list,
+                                    std::shared_ptr<std::function<Task<>()>> then, Credential credential,
+                                    ProviderKind provider)
+{
+    list->append({credential, provider});
+    if (*then)
+        co_await (*then)();
+}
 
 Account ModelFixture::imapAccount(const QString& email)
 {
@@ -90,6 +111,9 @@ ModelFixture::ModelFixture()
 ModelFixture::ModelFixture(const QList<Account>& accounts)
     : m_accounts(accounts)
 {
+    // What speaks HTTP finds nobody, unless the whole network is this machine.
+    if (!qEnvironmentVariableIsSet("LARKHAVEN_TEST_NAMESPACE"))
+        qputenv("https_proxy", "http://127.0.0.1:1");
     m_services.defaults = std::make_shared<UserDefaults>(m_folder.filePath(u"settings.ini"_s));
     m_services.secrets = m_secrets;
     m_services.cacheKeys = std::make_shared<KeychainStore>(
@@ -104,6 +128,14 @@ ModelFixture::ModelFixture(const QList<Account>& accounts)
     };
     m_services.sleep = [clock = m_clock](std::chrono::milliseconds duration, const std::stop_token& stop) {
         return sleepOn(clock, duration, stop);
+    };
+    m_services.signIn = [signIn = m_signIn](ProviderKind provider, const QUuid& accountID,
+                                            const std::optional<QString>& hint, const std::stop_token& stop) {
+        return *signIn ? (*signIn)(provider, accountID, hint, stop) : refuseSignIn();
+    };
+    m_services.revoke = [list = m_revocations, then = m_revocation](const Credential& credential,
+                                                                    ProviderKind provider) {
+        return noteRevocation(list, then, credential, provider);
     };
     m_services.showBadge = [badges = m_badges](qint64 count) { badges->append(count); };
     AccountStore::save(m_accounts, defaults());

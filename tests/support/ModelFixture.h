@@ -9,6 +9,7 @@
 #include <chrono>
 #include <memory>
 #include <mutex>
+#include <utility>
 
 namespace Larkhaven {
 
@@ -73,6 +74,16 @@ public:
     const Account& account(qsizetype index = 0) const { return m_accounts[index]; }
     QString cachesDirectory() const { return m_services.cachesDirectory; }
     QString keptTextsDirectory() const { return m_services.keptTextsDirectory; }
+    /// What the build knows of itself, from the next model on. It can sign in with nothing otherwise.
+    void setInfo(const Info& info) { m_services.info = info; }
+    /// Both clients are there.
+    static Info info();
+    /// What a sign-in in the browser does from now on. It is refused otherwise.
+    void setSignIn(decltype(AppModel::Services::signIn) signIn) { *m_signIn = std::move(signIn); }
+    /// Grants that were taken back, in their order.
+    const QList<std::pair<Credential, ProviderKind>>& revocations() const { return *m_revocations; }
+    /// What becomes of a revocation; it ends at once otherwise.
+    void setRevocation(std::function<Task<>()> revocation) { *m_revocation = std::move(revocation); }
     /// Replaces the model by one that starts over the same files, secrets and providers.
     void restart();
     /// As `restart`, but the new model has no providers given and must build its own.
@@ -100,6 +111,9 @@ private:
 
     static Task<bool> sleepOn(std::shared_ptr<Clock> clock, std::chrono::milliseconds duration,
                               std::stop_token stop);
+    static Task<> noteRevocation(std::shared_ptr<QList<std::pair<Credential, ProviderKind>>> list,
+                                 std::shared_ptr<std::function<Task<>()>> then, Credential credential,
+                                 ProviderKind provider);
     void letGoOfModel();
 
     QTemporaryDir m_folder;
@@ -111,6 +125,11 @@ private:
     std::shared_ptr<QList<qint64>> m_badges = std::make_shared<QList<qint64>>();
     std::shared_ptr<QStringList> m_connections = std::make_shared<QStringList>();
     std::shared_ptr<TransportFactory> m_transports = std::make_shared<TransportFactory>();
+    std::shared_ptr<decltype(AppModel::Services::signIn)> m_signIn =
+        std::make_shared<decltype(AppModel::Services::signIn)>();
+    std::shared_ptr<QList<std::pair<Credential, ProviderKind>>> m_revocations =
+        std::make_shared<QList<std::pair<Credential, ProviderKind>>>();
+    std::shared_ptr<std::function<Task<>()>> m_revocation = std::make_shared<std::function<Task<>()>>();
     AppModel::Services m_services;
     QList<std::shared_ptr<FakeMailProvider>> m_providers;
     std::unique_ptr<AppModel> m_model;

@@ -116,9 +116,11 @@ LinkRecord link(const QString& url, const QString& text)
     return {*MailURL::parse(url), text};
 }
 
-MailWindow::MailWindow(const QList<Account>& accounts)
+MailWindow::MailWindow(const QList<Account>& accounts, const Info& info)
     : fixture(accounts)
 {
+    fixture.setInfo(info);
+    fixture.restart();
     Style::shared().setTextSize(Style::standardTextSize);
     Style::shared().setScheme(Style::Scheme::light);
     Style::shared().applyToApplication();

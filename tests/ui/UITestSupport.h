@@ -54,7 +54,9 @@ LinkRecord link(const QString& url, const QString& text = QStringLiteral("text")
 /// A main window over a model without network, and a desktop that only takes notes.
 class MailWindow {
 public:
-    explicit MailWindow(const QList<Account>& accounts = {ModelFixture::imapAccount()});
+    /// `info` names the services that can be signed in with.
+    explicit MailWindow(const QList<Account>& accounts = {ModelFixture::imapAccount()},
+                        const Info& info = {});
     ~MailWindow();
     MailWindow(const MailWindow&) = delete;
     MailWindow& operator=(const MailWindow&) = delete;
