@@ -8,6 +8,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <iostream>
 
@@ -424,6 +425,34 @@ TEST_F(GmailOddAnswersTest, ThatAreCutAtAnyPointEndInWords)
     EXPECT_EQ(m_failures, reply.size());
     fixture.services.setHook([&](const WebRequest&) { return std::optional(WebReply::bytes(reply)); });
     EXPECT_EQ(await(fixture.provider().inboxUnreadCount()), 5);
+}
+
+TEST_F(GmailOddAnswersTest, ThatNeverComeEndInWords)
+{
+    // All of them wait out the same time.
+    fixture.services.setHook(
+        [](const WebRequest&) { return std::optional(WebReply{.end = WebReply::End::silent}); });
+    const QList<QByteArray> asking{"lastPageOffset", "listLabels", "inboxUnreadCount", "fetchRaw",
+                                   "threadID",       "wasSent",    "setRead",          "send",
+                                   "createLabel",    "deleteLabel"};
+    QList<Begun<void>> begun;
+    for (const Operation& operation : operations) {
+        if (asking.contains(operation.name))
+            begun.append(Begun<void>(operation.run(fixture, static_cast<int>(begun.size()))));
+    }
+    EXPECT_EQ(begun.size(), asking.size());
+    EXPECT_TRUE(waitUntil([&] { return std::ranges::all_of(begun, &Begun<void>::isDone); },
+                          2 * std::chrono::milliseconds(AuthorizedAPI::timeout)));
+    for (Begun<void>& task : begun) {
+        try {
+            task.get();
+            ADD_FAILURE() << "nothing failed";
+        } catch (const LocalizedError& error) {
+            EXPECT_TRUE(error.localizedText().contains(u"stopped responding"_s))
+                << error.localizedText().toStdString();
+        }
+    }
+    EXPECT_EQ(fixture.services.allRequests().size(), asking.size()) << "none is sent again";
 }
 
 TEST_F(GmailOddAnswersTest, GiveTheWordsOfGooglesError)
