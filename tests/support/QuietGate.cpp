@@ -1,9 +1,15 @@
 #include "support/QuietGate.h"
 
+#include <QDir>
+#include <QFile>
+
 #include <algorithm>
 #include <chrono>
 #include <ctime>
 #include <tuple>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
 
 namespace Larkhaven {
 namespace {
@@ -23,6 +29,21 @@ qint64 workDone()
     timespec time{};
     clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
     return qint64{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
+}
+
+/// Whether another thread of the program runs, or would run if the machine let it.
+bool isAnyoneWorking()
+{
+    const QByteArray self = QByteArray::number(gettid());
+    const QStringList threads = QDir(u"/proc/self/task"_s).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+    return std::ranges::any_of(threads, [&](const QString& thread) {
+        QFile file(u"/proc/self/task/"_s + thread + u"/stat"_s);
+        if (thread.toLatin1() == self || !file.open(QIODevice::ReadOnly))
+            return false;
+        // The state stands behind the name of the program, in brackets.
+        const QByteArray stat = file.readAll();
+        return !stat.sliced(stat.lastIndexOf(')') + 1).startsWith(" S");
+    });
 }
 
 auto orderOf(const WebRequest& request)
@@ -61,8 +82,8 @@ void QuietGate::hold(const WebRequest& request, std::function<void()> answer)
 
 void QuietGate::tick()
 {
-    const qint64 worked = workDone();
-    m_calm = worked - m_worked < littleWork ? m_calm + 1 : 0;
+    const bool isCalm = workDone() - m_worked < littleWork && !isAnyoneWorking();
+    m_calm = isCalm ? m_calm + 1 : 0;
     if (m_calm >= calmTicks)
         release();
     m_worked = workDone();
