@@ -298,7 +298,11 @@ TEST_F(GoogleServicesTest, ChangesLabelsAndRecordsIt)
     send(request("POST", "messages/" + other.toLatin1() + "/trash"));
     EXPECT_EQ(services.mailbox().message(one)->labelIds, (QSet<QString>{u"INBOX"_s, u"STARRED"_s}));
     EXPECT_EQ(services.mailbox().message(other)->labelIds, (QSet<QString>{u"TRASH"_s, u"UNREAD"_s}));
+    EXPECT_EQ(services.mailbox().total(u"INBOX"_s), 1);
+    EXPECT_EQ(services.mailbox().unread(u"TRASH"_s), 1);
     services.mailbox().remove(other);
+    EXPECT_EQ(services.mailbox().total(u"TRASH"_s), 0);
+    EXPECT_EQ(services.mailbox().unread(u"TRASH"_s), 0);
     const QString later = receive("c");
 
     const QJsonObject answer = get(start);
