@@ -214,11 +214,11 @@ std::shared_ptr<MailProvider> Accounts::makeProvider(const Account& account)
     const std::optional<OAuthConfig> config = SignInService::config(account.provider, m_services.info);
     if (!config)
         return nullptr;
-    const std::shared_ptr<TokenManager> manager = tokens(account.id, *config);
+    const std::shared_ptr<TokenSource> source = tokens(account.id, *config);
     if (account.provider == ProviderKind::google)
-        return GmailProvider::create(account, manager, cache(account.id));
+        return GmailProvider::create(account, source, cache(account.id));
     try {
-        return IMAPProvider::create(account, MailAuth::oauth(manager), cache(account.id),
+        return IMAPProvider::create(account, MailAuth::oauth(source), cache(account.id),
                                     m_services.transports);
     } catch (const MailError&) {
         return nullptr;
@@ -240,20 +240,38 @@ std::shared_ptr<MailProvider> Accounts::makePasswordProvider(const Account& acco
     }
 }
 
-std::shared_ptr<TokenManager> Accounts::tokens(const QUuid& accountID, const OAuthConfig& config)
+std::shared_ptr<TokenSource> Accounts::tokens(const QUuid& accountID, const OAuthConfig& config)
 {
     const auto known = m_access.constFind(accountID);
     if (known != m_access.cend())
         return known->tokens;
     const auto secret = std::make_shared<KnownSecret>(m_services.secrets, keys(accountID).credential);
-    const auto made = TokenManager::create(accountID, OAuthClient(config), secret);
-    m_access.insert(accountID, {secret, made});
+    const auto manager = TokenManager::create(accountID, OAuthClient(config), secret);
+    const auto made = WatchedTokens::create(manager, [self = QPointer(this), accountID] {
+        if (self)
+            self->noteRefusal(accountID);
+    });
+    m_access.insert(accountID, {secret, manager, made});
     return made;
+}
+
+void Accounts::noteRefusal(const QUuid& accountID)
+{
+    const std::shared_ptr<WatchedTokens> current = m_access.value(accountID).tokens;
+    if (current && current->isRefused() && !isLeaving(accountID))
+        setNeedsReauth(accountID, true);
+}
+
+void Accounts::noteListing(const QUuid& accountID)
+{
+    const std::shared_ptr<WatchedTokens> current = m_access.value(accountID).tokens;
+    if (!current || !current->isRefused())
+        setNeedsReauth(accountID, false);
 }
 
 Task<> Accounts::retireTokens(QUuid accountID)
 {
-    const std::shared_ptr<TokenManager> manager = m_access.value(accountID).tokens;
+    const std::shared_ptr<TokenManager> manager = m_access.value(accountID).manager;
     if (manager)
         co_await manager->retire();
 }

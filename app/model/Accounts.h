@@ -7,6 +7,7 @@
 #include "domain/MailProvider.h"
 #include "model/KnownSecret.h"
 #include "model/UserDefaults.h"
+#include "model/WatchedTokens.h"
 #include "protocols/MailTransport.h"
 #include "store/MailCache.h"
 
@@ -91,6 +92,9 @@ public:
     /// Accounts whose credential no longer works.
     const QSet<QUuid>& needsReauth() const { return m_needsReauth; }
     void setNeedsReauth(const QUuid& accountID, bool isNeeded);
+    /// The account's service has listed something: its sign-in works, unless it is known to be gone. What is
+    /// cached may be listed all the same.
+    void noteListing(const QUuid& accountID);
 
     /// Reads what isn't known yet of the accounts, and what the keyring refused before. It may ask the user;
     /// until it has answered, accounts that it wasn't read for have no session.
@@ -136,7 +140,8 @@ private:
     /// How an account comes by its access tokens.
     struct Access {
         std::shared_ptr<KnownSecret> secret;
-        std::shared_ptr<TokenManager> tokens;
+        std::shared_ptr<TokenManager> manager;
+        std::shared_ptr<WatchedTokens> tokens; ///< the manager's, as a provider gets them
     };
 
     static Keys readKeys(SecretStore& secrets, KeychainStore& cacheKeys, const QString& directory,
@@ -152,7 +157,9 @@ private:
     std::shared_ptr<MailProvider> provider(const QUuid& accountID);
     std::shared_ptr<MailProvider> makeProvider(const Account& account);
     std::shared_ptr<MailProvider> makePasswordProvider(const Account& account);
-    std::shared_ptr<TokenManager> tokens(const QUuid& accountID, const OAuthConfig& config);
+    std::shared_ptr<TokenSource> tokens(const QUuid& accountID, const OAuthConfig& config);
+    /// No token can be had any more, of tokens that may have been replaced since.
+    void noteRefusal(const QUuid& accountID);
     /// From now on nothing that renews tokens stores any of the account's.
     Task<> retireTokens(QUuid accountID);
     /// Provider and tokens are made anew when they are needed again, from the credential that is known.

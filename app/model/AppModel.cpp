@@ -413,7 +413,7 @@ Task<> AppModel::load(int page, bool refresh)
     } else {
         m_listing.take(asked, *answer.value);
         publish();
-        m_accounts.setNeedsReauth(item->accountID, false);
+        m_accounts.noteListing(item->accountID);
     }
     setLoading(false);
 }

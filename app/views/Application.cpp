@@ -1,7 +1,7 @@
 #include "views/Application.h"
 
 #include "app/platform/PrivateBrowser.h"
-#include "app/signin/SignInService.h"
+#include "app/signin/Redirects.h"
 #include "platform/Tasks.h"
 #include "views/SecureMessageView.h"
 #include "views/Style.h"
@@ -10,9 +10,7 @@
 #include <QTextStream>
 #include <QTimer>
 
-#include <algorithm>
 #include <chrono>
-#include <cstring>
 
 using namespace Qt::StringLiterals;
 
@@ -44,11 +42,6 @@ const QString& busOption()
 /// How long a program that the bus has started waits for what it was started for.
 constexpr std::chrono::seconds busPatience{10};
 
-bool isRedirect(const QString& argument)
-{
-    return SignInService::isRedirect(argument, Info::ofProgram());
-}
-
 Task<std::shared_ptr<BrowserSession>> openBrowser(QByteArray url, std::stop_token stop)
 {
     return PrivateBrowser::open(url, PrivateBrowser::systemSetting(), stop);
@@ -61,14 +54,7 @@ Application::Preparation::Preparation(int argc, char** argv)
     SecureMessageView::registerScheme();
     QApplication::setApplicationName(u"Larkhaven"_s);
     QApplication::setDesktopFileName(AppModel::bundleIdentifier());
-    // A redirect holds a code, which the list of processes shows as long as it stands here.
-    for (int place = 1; place < argc; ++place) {
-        const QString argument = QString::fromLocal8Bit(argv[place]);
-        if (!isRedirect(argument))
-            continue;
-        redirects.append(argument);
-        std::fill_n(argv[place], std::strlen(argv[place]), '\0');
-    }
+    redirects = Redirects::takeFrom(argc, argv, Info::ofProgram());
 }
 
 Application::Application(int& argc, char** argv)
@@ -98,19 +84,6 @@ QStringList Application::arguments() const
     arguments.removeAll(QString());
     arguments.removeAll(busOption());
     return arguments + m_preparation.redirects;
-}
-
-void Application::take(const QStringList& arguments)
-{
-    QStringList others;
-    for (const QString& argument : arguments) {
-        if (isRedirect(argument))
-            m_authenticator.takeRedirect(argument.toUtf8());
-        else
-            others.append(argument);
-    }
-    if (arguments.isEmpty() || !others.isEmpty())
-        raiseWindow();
 }
 
 void Application::followAppearance()
@@ -149,7 +122,10 @@ int Application::run()
     if (!isFirst())
         return m_role == SingleInstance::Role::refused ? 1 : 0;
     QObject::connect(&m_instance, &SingleInstance::activated, m_window.get(),
-                     [this](const QStringList& arguments) { take(arguments); });
+                     [this](const QStringList& arguments) {
+                         if (Redirects::deliver(arguments, Info::ofProgram(), m_authenticator))
+                             raiseWindow();
+                     });
     QObject::connect(m_window.get(), &ContentView::quitApproved, &m_application, &QApplication::quit,
                      Qt::QueuedConnection);
     if (QApplication::arguments().contains(busOption())) {

@@ -42,8 +42,6 @@ private:
 
     /// What this process was started with, but for what is Qt's or our own.
     QStringList arguments() const;
-    /// Takes the arguments of this or of a later start.
-    void take(const QStringList& arguments);
     void followAppearance();
     void raiseWindow();
 

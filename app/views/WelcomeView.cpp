@@ -43,8 +43,16 @@ WelcomeView::WelcomeView(AppModel& model, QWidget* parent)
     buttons.append(addButton(tr("Other Mail Account (IMAP)…"), "addIMAP"_L1));
     connect(buttons.last(), &QPushButton::clicked, this, &WelcomeView::setupRequested);
     buttons.first()->setDefault(true);
+    // One below the other, as wide as the widest.
+    auto* const column = new QVBoxLayout;
+    column->setSpacing(Style::smallPadding);
     for (QPushButton* const button : std::as_const(buttons))
-        layout->addWidget(button, 0, Qt::AlignHCenter);
+        column->addWidget(button);
+    auto* const row = new QHBoxLayout;
+    row->addStretch();
+    row->addLayout(column);
+    row->addStretch();
+    layout->addLayout(row);
     layout->addStretch(3);
     connect(&Style::shared(), &Style::changed, this, &WelcomeView::applyStyle);
     applyStyle();

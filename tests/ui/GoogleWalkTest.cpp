@@ -85,8 +85,8 @@ protected:
         };
         mail.fixture.setSignIn([authenticate](ProviderKind provider, QUuid accountID,
                                               std::optional<QString> hint, const std::stop_token& stop) {
-            const SignInService::Services services{ModelFixture::info(), authenticate, MailTransports::open};
-            return SignInService::signIn(provider, services, accountID, hint, stop);
+            const SignInService::Services needs{ModelFixture::info(), authenticate, MailTransports::open};
+            return SignInService::signIn(provider, needs, accountID, hint, stop);
         });
     }
 
@@ -372,6 +372,36 @@ TEST_F(GoogleWalkTest, FromTheSignInToATidyMailbox)
     EXPECT_EQ(mailbox().messageCount(), 5);
     EXPECT_TRUE(hasLabels({u"Office"_s}));
     EXPECT_EQ(model().errorMessage(), std::nullopt);
+    EXPECT_EQ(services.violations(), QStringList());
+}
+
+TEST_F(GoogleWalkTest, AsksForANewSignInWhereTheGrantIsGoneAndForNothingElse)
+{
+    const QString first = receive("Minutes", "Here are the minutes.");
+    mail.open();
+    QTest::mouseClick(&mail.child<QPushButton>("signInGoogle"), Qt::LeftButton);
+    ASSERT_TRUE(comes([&] { return !model().isLoading() && listed() == QStringList{first}; }));
+    const QUuid account = model().accounts().first().id;
+    ASSERT_TRUE(comes([this] { return browsers.profiles().isEmpty(); }));
+
+    services.revokeGrant();
+    QTest::mouseClick(&mail.child<QToolButton>("getMail"), Qt::LeftButton);
+    EXPECT_TRUE(comes([&] { return model().needsReauth().contains(account); }));
+    EXPECT_TRUE(comes([this] { return !model().isLoading() && services.inFlight() == 0; }));
+    settle();
+    EXPECT_EQ(model().errorMessage(), std::nullopt);
+    EXPECT_FALSE(QApplication::activeModalWidget());
+    EXPECT_EQ(listed(), QStringList{first}) << "what is known stays";
+    takeScreenshot(*mail.window, u"google-20-grant-gone"_s);
+
+    services.google().setExpectedHint(u"user@gmail.com"_s);
+    QTest::mouseClick(&mail.child<QPushButton>("signInButton"), Qt::LeftButton);
+    EXPECT_TRUE(comes([&] { return !model().needsReauth().contains(account); }))
+        << model().errorMessage().value_or(QString()).toStdString();
+    EXPECT_EQ(model().accounts().size(), 1);
+    const QString second = receive("Lunch", "Shall we?");
+    QTest::mouseClick(&mail.child<QToolButton>("getMail"), Qt::LeftButton);
+    EXPECT_TRUE(comes([&] { return listed() == (QStringList{second, first}); }));
     EXPECT_EQ(services.violations(), QStringList());
 }
 
