@@ -561,6 +561,17 @@ TEST_F(GoogleServicesTest, CountsRequestsThatWaitForTheirReplies)
     EXPECT_EQ(services.mostInFlight("POST"), 0);
 }
 
+TEST_F(GoogleServicesTest, CountsNoRequestWhoseClientHasGone)
+{
+    std::stop_source stop;
+    services.setHook([](const WebRequest&) { return std::optional(WebReply{.delay = 60'000}); });
+    Begun<HTTPResponse> begun(SecureHTTP::send(request("GET", "labels"), stop.get_token()));
+    EXPECT_TRUE(waitUntil([&] { return services.inFlight() == 1; }));
+    stop.request_stop();
+    EXPECT_THROW(begun.get(), MailError);
+    EXPECT_TRUE(waitUntil([&] { return services.inFlight() == 0; })) << "the client has gone";
+}
+
 TEST_F(GoogleServicesTest, ListsALabelOfManyMessagesPageByPage)
 {
     constexpr int many = 200'000;

@@ -59,6 +59,13 @@ WebServer::WebServer(Handler handler)
     connect(&m_server, &QTcpServer::pendingConnectionAvailable, this, &WebServer::accept);
 }
 
+WebServer::~WebServer()
+{
+    // The ends of connections that are still open are nobody's business any more.
+    for (QTcpSocket* const socket : m_server.findChildren<QTcpSocket*>())
+        socket->disconnect(this);
+}
+
 void WebServer::forget()
 {
     m_requests.clear();

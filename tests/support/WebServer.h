@@ -54,6 +54,7 @@ public:
     using Gate = std::function<void(const WebRequest& request, std::function<void()> answer)>;
 
     explicit WebServer(Handler handler);
+    ~WebServer() override;
 
     void setHandler(Handler handler) { m_handler = std::move(handler); }
     /// Called when a request has come, and when the reply to it goes out or the client has gone.
