@@ -60,9 +60,8 @@ QuietGate::QuietGate(WebServer& server, Choose choose)
     m_timer.setTimerType(Qt::PreciseTimer);
     m_timer.setInterval(interval);
     connect(&m_timer, &QTimer::timeout, this, &QuietGate::tick);
-    m_server.setGate([this](const WebRequest& request, std::function<void()> answer) {
-        hold(request, std::move(answer));
-    });
+    m_server.setGate(
+        [this](const WebRequest& request, const WebServer::Serve& serve) { hold(request, serve); });
 }
 
 QuietGate::~QuietGate()
@@ -70,11 +69,11 @@ QuietGate::~QuietGate()
     m_server.setGate({});
 }
 
-void QuietGate::hold(const WebRequest& request, std::function<void()> answer)
+void QuietGate::hold(const WebRequest& request, const WebServer::Serve& serve)
 {
     const auto place = std::ranges::upper_bound(
         m_waiting, orderOf(request), {}, [](const Waiting& waiting) { return orderOf(waiting.request); });
-    m_waiting.insert(place, {request, std::move(answer)});
+    m_waiting.insert(place, {request, serve});
     m_calm = 0;
     if (!m_timer.isActive())
         m_timer.start();
@@ -94,11 +93,19 @@ void QuietGate::release()
     QList<WebRequest> requests;
     for (const Waiting& waiting : m_waiting)
         requests.append(waiting.request);
-    const Waiting chosen = m_waiting.takeAt(m_choose(requests));
+    const Choice choice = m_choose(requests);
     m_calm = 0;
+    Waiting chosen = m_waiting.takeAt(choice.index);
+    if (!chosen.send) {
+        chosen.send = chosen.serve();
+        if (choice.isHeldBack) {
+            m_waiting.insert(choice.index, chosen);
+            return;
+        }
+    }
     if (m_waiting.isEmpty())
         m_timer.stop();
-    chosen.answer();
+    chosen.send();
 }
 
 } // namespace Larkhaven
