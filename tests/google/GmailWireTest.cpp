@@ -163,6 +163,50 @@ TEST_F(GmailWireTest, EscapesEveryIdThatTheServiceGives)
     }
 }
 
+// --- At once
+
+TEST_F(GmailWireTest, KnowsWhatAnotherClientDidWhileTheRowWasUnderWay)
+{
+    list(inbox);
+    const QString id = fixture.receive("a");
+    services.setAfterHook([&](const WebRequest& request, WebReply reply) {
+        if (request.target.contains("format=metadata")) {
+            mailbox().modify(id, {u"STARRED"_s}, {u"UNREAD"_s});
+            reply.delay = 500;
+        }
+        return reply;
+    });
+    Begun<MessagePage> begun(provider().listMessages(inbox, std::nullopt, 0, 50, true));
+    ASSERT_TRUE(waitUntil([&] { return services.inFlight("GET messages/") == 1; }));
+    Begun<MessagePage> other(
+        provider().listMessages(MailboxRef::system(Mailbox::spam), std::nullopt, 0, 50, true));
+    EXPECT_TRUE(waitUntil([&] { return services.requests().last().contains("labelIds=SPAM"); }));
+    EXPECT_EQ(services.inFlight("GET messages/"), 1) << "the history came first";
+    begun.get();
+    other.get();
+    EXPECT_EQ(list(inbox).messages, QList<MessageSummary>{fixture.row(*mailbox().message(id))});
+}
+
+TEST_F(GmailWireTest, ForgetsAPageThatIsOlderThanTheHistory)
+{
+    fixture.receive("a");
+    list(inbox);
+    fixture.receive("b");
+    bool isOlder = true;
+    services.setAfterHook([&](const WebRequest& request, WebReply reply) {
+        if (request.target.contains("/messages?") && std::exchange(isOlder, false)) {
+            fixture.receive("c");
+            reply.delay = 500;
+        }
+        return reply;
+    });
+    Begun<MessagePage> begun(provider().listMessages(inbox, std::nullopt, 0, 50, true));
+    ASSERT_TRUE(waitUntil([&] { return services.inFlight("GET messages?") == 1; }));
+    list(MailboxRef::system(Mailbox::spam));
+    EXPECT_EQ(begun.get().messages.size(), 3);
+    EXPECT_EQ(list(inbox, 0, 50, false).messages.size(), 3);
+}
+
 // --- Many
 
 qint64 memory(const char* name)
