@@ -26,15 +26,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 {
     const QByteArray json(reinterpret_cast<const char*>(data), static_cast<qsizetype>(size));
     const MessageSummary row = GmailMessage::summary(QJsonDocument::fromJson(json).object(), QUuid());
-    const bool isBounded =
-        row.subject.size() <= SummaryFields::subjectLimit &&
-        row.snippet.size() <= SummaryFields::snippetLimit && row.to.size() <= SummaryFields::recipientLimit &&
-        row.labelIDs.size() <= GmailMessage::mostLabels && !row.mailbox.isEmpty() && row.date.isValid() &&
-        row.isRead != row.labelIDs.contains(QLatin1StringView("UNREAD"));
-    if (!isBounded)
-        std::abort();
+    require(row.subject.size() <= SummaryFields::subjectLimit);
+    require(row.snippet.size() <= SummaryFields::snippetLimit);
+    require(row.to.size() <= SummaryFields::recipientLimit);
+    require(row.labelIDs.size() <= GmailMessage::mostLabels);
+    require(row.isRead != row.labelIDs.contains(GmailMessage::SystemLabel::unread));
+    require(!row.mailbox.isEmpty() && row.date.isValid());
     // What is kept is read again as it was.
-    if (MessageSummary::fromJSON(row.toJSON()).labelIDs != row.labelIDs)
-        std::abort();
+    require(MessageSummary::fromJSON(row.toJSON()).labelIDs == row.labelIDs);
     return 0;
 }

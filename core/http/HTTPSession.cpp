@@ -277,7 +277,9 @@ HTTPResponse HTTPSession::Transfer::response()
     QByteArray location(resolved);
     // A scheme counts as it is written; libcurl gives it in lower case.
     if (curl_easy_header(handle.get(), "Location", 0, CURLH_HEADER, -1, &written) == CURLHE_OK) {
-        const QByteArrayView start(written->value, qstrnlen(written->value, 6));
+        const QByteArrayView start =
+            QByteArrayView(written->value)
+                .first(std::min<qsizetype>(6, static_cast<qsizetype>(qstrlen(written->value))));
         if (start.compare("https:", Qt::CaseInsensitive) == 0)
             location.replace(0, start.size(), start);
     }

@@ -23,8 +23,8 @@ using GmailRequest::get;
 
 namespace {
 
-/// The longest page of the listing, of the history and of the drafts that the service gives.
-const QString pageSize = u"500"_s;
+/// The longest page of the listing and of the history that the service gives.
+const QString longestPage = u"500"_s;
 
 SecureHTTP::QueryItem fields(const QString& names)
 {
@@ -149,7 +149,7 @@ Task<GmailProvider::Listings::Entry> GmailProvider::listing(MailboxRef ref, std:
 Task<GmailProvider::Listings::Page> GmailProvider::fetchPage(Query specification,
                                                              std::optional<QString> continuation)
 {
-    Query query{{u"maxResults"_s, pageSize}, fields(u"messages/id,nextPageToken,resultSizeEstimate"_s)};
+    Query query{{u"maxResults"_s, longestPage}, fields(u"messages/id,nextPageToken,resultSizeEstimate"_s)};
     if (continuation)
         query.append({u"pageToken"_s, *continuation});
     const QJsonObject answer = co_await m_api.requestJSON(get("messages", query + specification));
@@ -169,7 +169,7 @@ Task<> GmailProvider::completeRows(QList<QString> ids)
 {
     // Of two pages that share rows, the second finds them.
     const Turnstile::Turn turn = co_await m_rowTurn.enter();
-    const GmailSyncState::Summaries known = m_state.summaries(ids);
+    const SyncState::Summaries known = m_state.summaries(ids);
     QList<QString> missing;
     QList<QString> unconfirmed;
     for (const QString& id : QSet<QString>(ids.cbegin(), ids.cend())) {
@@ -193,7 +193,7 @@ Task<> GmailProvider::completeRows(QList<QString> ids)
 
 Task<> GmailProvider::fetchRow(QString id, std::stop_token stop)
 {
-    const GmailSyncState::Look look(m_state);
+    const SyncState::Look look(m_state);
     const Query query{{u"format"_s, u"metadata"_s},
                       {u"metadataHeaders"_s, u"From"_s},
                       {u"metadataHeaders"_s, u"To"_s},
@@ -213,7 +213,7 @@ Task<> GmailProvider::fetchRow(QString id, std::stop_token stop)
 
 Task<> GmailProvider::confirmRow(QString id, std::stop_token stop)
 {
-    const GmailSyncState::Look look(m_state);
+    const SyncState::Look look(m_state);
     const Query query{{u"format"_s, u"minimal"_s}, fields(u"id,labelIds"_s)};
     const QByteArray path = "messages/" + GmailRequest::escaped(id);
     const Outcome<QJsonObject> answer = co_await settled(m_api.requestJSON(get(path, query), stop));
@@ -229,7 +229,7 @@ Task<> GmailProvider::confirmRow(QString id, std::stop_token stop)
 
 Task<QList<MessageSummary>> GmailProvider::rows(QList<QString> ids)
 {
-    GmailSyncState::Summaries known = m_state.summaries(ids);
+    SyncState::Summaries known = m_state.summaries(ids);
     const auto hasUnknownLabel = [this](const MessageSummary& summary) {
         const QStringList labels = GmailMessage::labelsIn(summary.mailbox);
         return std::ranges::any_of(labels, [this](const QString& id) { return !m_labelNames.contains(id); });
@@ -286,7 +286,7 @@ Task<> GmailProvider::sync()
 {
     bool hasChanged = false;
     try {
-        if (m_state.historyID()) {
+        if (m_state.historyId()) {
             hasChanged = co_await followHistory();
         } else {
             co_await takeBaseline();
@@ -302,11 +302,11 @@ Task<> GmailProvider::sync()
 Task<bool> GmailProvider::followHistory()
 {
     bool hasChanged = false;
-    QString position = *m_state.historyID();
+    QString position = *m_state.historyId();
     const QString start = position;
     std::optional<QString> token;
     for (int page = 0; page < mostPages; ++page) {
-        Query query{{u"startHistoryId"_s, start}, {u"maxResults"_s, pageSize}};
+        Query query{{u"startHistoryId"_s, start}, {u"maxResults"_s, longestPage}};
         if (token)
             query.append({u"pageToken"_s, *token});
         const Outcome<QJsonObject> answer = co_await settled(m_api.requestJSON(get("history", query)));
@@ -327,7 +327,7 @@ Task<bool> GmailProvider::followHistory()
         if (isLast)
             break;
     }
-    m_state.setHistoryID(position);
+    m_state.setHistoryId(position);
     co_await m_state.persist();
     co_return hasChanged;
 }

@@ -72,6 +72,7 @@ public:
     Task<> setLabel(MailLabel label, bool applied, QList<QString> ids) override;
 
 private:
+    using SyncState = GmailSyncState;
     using Listings = ListingCache<QString>;
     using Query = QList<SecureHTTP::QueryItem>;
     using Names = QHash<QString, QString>;
@@ -127,7 +128,7 @@ private:
     const Account m_account;
     const AuthorizedAPI m_api;
     const std::shared_ptr<MailCache> m_cache;
-    GmailSyncState m_state;
+    SyncState m_state;
     Listings m_index;
     Names m_labelNames;
     std::shared_ptr<Coalescer> m_syncs;

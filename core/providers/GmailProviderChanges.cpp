@@ -57,7 +57,7 @@ Task<> GmailProvider::modify(QList<QString> ids, QList<QString> add, QList<QStri
         const QJsonObject json{{u"ids"_s, QJsonArray::fromStringList(piece)},
                                {u"addLabelIds"_s, QJsonArray::fromStringList(add)},
                                {u"removeLabelIds"_s, QJsonArray::fromStringList(remove)}};
-        const GmailSyncState::Look look(m_state);
+        const SyncState::Look look(m_state);
         outcome =
             co_await settled(m_api.request(GmailRequest::withJSON("POST", "messages/batchModify", json)));
         if (outcome.value)
@@ -113,7 +113,7 @@ Task<> GmailProvider::trash(QList<QString> ids)
         co_return;
     co_await m_state.load();
     const Turnstile::Turn turn = co_await m_changeTurn.enter();
-    const GmailSyncState::Look look(m_state);
+    const SyncState::Look look(m_state);
     const auto trashEach = [this](QString id, std::stop_token stop) { return trashOne(id, std::move(stop)); };
     co_await inGroup(ids, trashingWidth, trashEach);
     m_state.apply(ids, {SystemLabel::trash}, {SystemLabel::inbox, SystemLabel::spam}, look);

@@ -26,7 +26,7 @@ const QString& snapshotName()
 /// The stored form: "historyId", left out where there is none; "messages", a list of rows; and "unconfirmed",
 /// a list of ids, left out where it is empty.
 struct Snapshot {
-    std::optional<QString> historyID;
+    std::optional<QString> historyId;
     QHash<QString, MessageSummary> messages;
     QSet<QString> unconfirmed;
 
@@ -34,7 +34,7 @@ struct Snapshot {
     {
         const QJsonObject object = Coding::object(Coding::parse(json));
         Snapshot snapshot;
-        snapshot.historyID = Coding::optionalString(object, "historyId"_L1);
+        snapshot.historyId = Coding::optionalString(object, "historyId"_L1);
         const QJsonArray rows = Coding::array(object, "messages"_L1);
         for (const auto row : rows) {
             const MessageSummary summary = MessageSummary::fromJSON(Coding::object(row));
@@ -53,8 +53,8 @@ struct Snapshot {
         for (const MessageSummary& summary : messages)
             rows.append(summary.toJSON());
         QJsonObject object{{u"messages"_s, rows}};
-        if (historyID)
-            object.insert(u"historyId"_s, *historyID);
+        if (historyId)
+            object.insert(u"historyId"_s, *historyId);
         if (!unconfirmed.isEmpty())
             object.insert(u"unconfirmed"_s, QJsonArray::fromStringList(unconfirmed.values()));
         return QJsonDocument(object).toJson(QJsonDocument::Compact);
@@ -110,16 +110,16 @@ GmailSyncState::GmailSyncState(std::shared_ptr<MailCache> cache)
     : m_cache(std::move(cache))
 {}
 
-void GmailSyncState::setHistoryID(const QString& id)
+void GmailSyncState::setHistoryId(const QString& id)
 {
-    m_isDirty = m_isDirty || m_historyID != id;
-    m_historyID = id;
+    m_isDirty = m_isDirty || m_historyId != id;
+    m_historyId = id;
 }
 
 void GmailSyncState::setBaseline(const QString& id)
 {
     m_baseline = ++m_changes;
-    setHistoryID(id);
+    setHistoryId(id);
     m_isDirty = m_isDirty || !m_messages.isEmpty();
     m_unconfirmed = QSet<QString>(m_messages.keyBegin(), m_messages.keyEnd());
 }
@@ -240,7 +240,7 @@ Task<> GmailSyncState::load()
     const auto decode = [json = *stored] { return Snapshot::decode(json); };
     try {
         Snapshot snapshot = co_await runOnWorker(decode);
-        m_historyID = snapshot.historyID;
+        m_historyId = snapshot.historyId;
         m_messages = std::move(snapshot.messages);
         m_unconfirmed = std::move(snapshot.unconfirmed);
     } catch (const LocalizedError&) {
@@ -256,7 +256,7 @@ Task<> GmailSyncState::persist()
         co_return;
     trim(m_messages, summaryLimit);
     m_unconfirmed.removeIf([this](const QString& id) { return !m_messages.contains(id); });
-    const Snapshot snapshot{m_historyID, m_messages, m_unconfirmed};
+    const Snapshot snapshot{m_historyId, m_messages, m_unconfirmed};
     const auto encode = [snapshot] { return snapshot.encode(); };
     const QByteArray json = co_await runOnWorker(encode);
     co_await m_cache->writeSnapshot(snapshotName(), json);

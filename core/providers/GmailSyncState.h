@@ -48,8 +48,8 @@ public:
     /// Writes the snapshot if anything has changed; a failure is dropped.
     Task<> persist();
 
-    const std::optional<QString>& historyID() const { return m_historyID; }
-    void setHistoryID(const QString& id);
+    const std::optional<QString>& historyId() const { return m_historyId; }
+    void setHistoryId(const QString& id);
     /// The position in place of one that has expired, or of none: what is known is unconfirmed.
     void setBaseline(const QString& id);
 
@@ -90,7 +90,7 @@ private:
     void applyTo(const QString& id, const Change& change);
 
     const std::shared_ptr<MailCache> m_cache;
-    std::optional<QString> m_historyID;
+    std::optional<QString> m_historyId;
     Summaries m_messages;
     QSet<QString> m_unconfirmed;
     QHash<QString, QList<Change>> m_recent; ///< since the oldest look began

@@ -134,6 +134,18 @@ TEST_F(TokenManagerTest, MakesOneRequestWhereAGoodTokenIsForced)
     EXPECT_EQ(refreshes(), 2);
 }
 
+TEST_F(TokenManagerTest, GivesAGoodTokenAtOnceWhileAnotherIsForced)
+{
+    keep(tokens(u"kept"_s, 1h));
+    await(manager->validToken(false));
+    store->isHeld = true;
+    Begun<QString> forced(manager->validToken(true));
+    EXPECT_EQ(await(manager->validToken(false)), u"kept");
+    EXPECT_FALSE(forced.isDone());
+    store->release.release();
+    EXPECT_EQ(forced.get(), u"new-1");
+}
+
 TEST_F(TokenManagerTest, DoesNotTakeAStoredTokenForAnAnswerToWhoWasRefused)
 {
     keep(tokens(u"kept"_s, 1h));

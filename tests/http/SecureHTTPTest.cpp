@@ -223,5 +223,12 @@ TEST(SecureHTTP, WritesAFormSortedAndWithEachBlankEncoded)
     EXPECT_EQ(SecureHTTP::formBody({}), "");
 }
 
+TEST(SecureHTTP, WritesAQueryInItsOrderWithNoPlusAndNoBlank)
+{
+    EXPECT_EQ(SecureHTTP::query({{u"b"_s, u"x+y z"_s}, {u"a&"_s, u"=;#%"_s}, {u"b"_s, u"ä/?:@!$'()*,"_s}}),
+              "b=x%2By%20z&a%26=%3D%3B%23%25&b=%C3%A4/?:@!$'()*,");
+    EXPECT_EQ(SecureHTTP::query({}), "");
+}
+
 } // namespace
 } // namespace Larkhaven

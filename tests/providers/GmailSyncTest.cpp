@@ -415,11 +415,11 @@ TEST_F(GmailSyncStateTest, WritesNothingWhereNothingHasChanged)
     await(state.load());
     await(state.persist());
     EXPECT_EQ(await(cache->readSnapshot(u"gmail"_s)), std::nullopt);
-    state.setHistoryID(u"5"_s);
+    state.setHistoryId(u"5"_s);
     await(state.persist());
     EXPECT_EQ(await(cache->readSnapshot(u"gmail"_s)), R"({"historyId":"5","messages":[]})");
     await(cache->removeSnapshot(u"gmail"_s));
-    state.setHistoryID(u"5"_s);
+    state.setHistoryId(u"5"_s);
     state.remove(u"unknown"_s);
     state.apply({u"unknown"_s}, {u"A"_s}, {});
     await(state.persist());

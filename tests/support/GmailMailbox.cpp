@@ -197,11 +197,11 @@ const GmailMailbox::Label* GmailMailbox::labelNamed(const QString& name) const
 }
 
 QString GmailMailbox::createLabel(const QString& name, const QString& labelListVisibility,
-                                  const QString& messageListVisibility)
+                                  const QString& messageListVisibility, const QString& id)
 {
-    const QString id = u"Label_"_s + QString::number(m_nextLabel++);
-    m_labels.append({id, name, false, labelListVisibility, messageListVisibility});
-    return id;
+    const QString used = id.isEmpty() ? u"Label_"_s + QString::number(m_nextLabel++) : id;
+    m_labels.append({used, name, false, labelListVisibility, messageListVisibility});
+    return used;
 }
 
 void GmailMailbox::updateLabel(const Label& label)

@@ -107,9 +107,10 @@ public:
     const Label* label(const QString& id) const;
     /// By a name in any case; null where there is none.
     const Label* labelNamed(const QString& name) const;
-    /// The id of the new label. Its name must be free.
+    /// The id of the new label, the next one where none is given. Its name must be free.
     QString createLabel(const QString& name, const QString& labelListVisibility = QStringLiteral("labelShow"),
-                        const QString& messageListVisibility = QStringLiteral("show"));
+                        const QString& messageListVisibility = QStringLiteral("show"),
+                        const QString& id = {});
     void updateLabel(const Label& label);
     void deleteLabel(const QString& id);
     qsizetype total(const QString& labelId) const;
