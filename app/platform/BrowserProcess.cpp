@@ -128,7 +128,8 @@ void BrowserProcess::endNow()
         const QDeadlineTimer deadline(m_times.patience);
         while (!deadline.hasExpired() && (!m_hasExited || isGroupThere())) {
             if (!m_hasExited)
-                m_hasExited = m_process.waitForFinished(static_cast<int>(watchInterval.count()));
+                m_hasExited = m_process.waitForFinished(static_cast<int>(watchInterval.count())) ||
+                              m_process.state() == QProcess::NotRunning;
             else
                 QThread::msleep(static_cast<unsigned long>(watchInterval.count()));
         }

@@ -8,6 +8,9 @@
 #include "support/ModelFixture.h"
 #include "support/QtPrinters.h"
 
+#include <QCoreApplication>
+#include <QThread>
+
 #include <atomic>
 #include <gtest/gtest.h>
 
@@ -34,6 +37,7 @@ public:
     std::optional<Credential> load(const QUuid& accountID) override
     {
         ++loads;
+        noteThread();
         if (refusesReading)
             throw KeychainError(KeychainStatus::interactionNotAllowed);
         return items.load(accountID);
@@ -41,12 +45,17 @@ public:
     void save(const Credential& saved, const QUuid& accountID) override
     {
         isSaving = true;
+        noteThread();
         hesitates.wait(true);
         if (refusesWriting)
             throw KeychainError(KeychainStatus::failed, u"The keyring is locked."_s);
         items.save(saved, accountID);
     }
-    void remove(const QUuid& accountID) override { items.remove(accountID); }
+    void remove(const QUuid& accountID) override
+    {
+        noteThread();
+        items.remove(accountID);
+    }
     void goOn()
     {
         hesitates = false;
@@ -55,10 +64,18 @@ public:
 
     InMemorySecretStore items;
     std::atomic<int> loads = 0;
+    std::atomic<int> onMainThread = 0; ///< calls that would make the windows stand still
     std::atomic<bool> refusesReading = false;
     std::atomic<bool> refusesWriting = false;
     std::atomic<bool> hesitates = false;
     std::atomic<bool> isSaving = false;
+
+private:
+    void noteThread()
+    {
+        if (QThread::currentThread() == qApp->thread())
+            ++onMainThread;
+    }
 };
 
 /// The browser and the services behind it are functions; what they give is proven elsewhere.
@@ -484,6 +501,21 @@ TEST_F(AppModelSignIn, AsksTheKeyringOnceForAllThatNeedsTokens)
     EXPECT_EQ(secrets->loads, 2);
     EXPECT_TRUE(model().needsReauth().contains(fixture.account(0).id));
     EXPECT_FALSE(model().errorMessage());
+}
+
+TEST_F(AppModelSignIn, NeverAsksTheKeyringOnTheMainThread)
+{
+    fixture.restartWithoutProviders();
+    await(model().begin());
+    email = fixture.account(0).email;
+    signIn(ProviderKind::google);
+    email = u"new@outlook.com"_s;
+    signIn(ProviderKind::microsoft);
+    await(model().load(0, true));
+    await(model().removeAccount(fixture.account(0).id));
+    EXPECT_EQ(model().accounts().size(), 2);
+    EXPECT_EQ(secrets->onMainThread, 0);
+    EXPECT_EQ(fixture.keychain().readsOnMainThread, 0);
 }
 
 TEST_F(AppModelSignIn, MarksAnAccountWhoseTokensTheKeyringRefusesUntilItGivesThem)

@@ -3,6 +3,8 @@
 #include "ScriptedBrowsers.h"
 #include "support/QtPrinters.h"
 
+#include <QScopeGuard>
+
 using namespace Qt::StringLiterals;
 
 namespace Larkhaven {
@@ -116,6 +118,29 @@ TEST_F(DefaultBrowser, IsNoFileOutsideTheFoldersOfApplications)
                                         desktop.addProgram(u"firefox"_s).toUtf8() + "\n");
     desktop.setDefault("../../out.desktop;" + desktop.path(u"out.desktop"_s).toUtf8());
     EXPECT_FALSE(command());
+}
+
+TEST(DesktopFolders, AreThoseOfTheEnvironment)
+{
+    const auto set = [](const char* name, const QByteArray& value) {
+        const QByteArray before = qgetenv(name);
+        const bool wasSet = qEnvironmentVariableIsSet(name);
+        value.isNull() ? qunsetenv(name) : qputenv(name, value);
+        return qScopeGuard([=] { wasSet ? qputenv(name, before) : qunsetenv(name); });
+    };
+    const auto home = set("HOME", "/h");
+    const auto config = set("XDG_CONFIG_HOME", "/c");
+    const auto configs = set("XDG_CONFIG_DIRS", "/d1:relative:/d2");
+    const auto data = set("XDG_DATA_HOME", {});
+    const auto datas = set("XDG_DATA_DIRS", "");
+    const auto names = set("XDG_CURRENT_DESKTOP", "Ubuntu:GNOME");
+    const auto browser = set("BROWSER", "firefox:chromium");
+    const DesktopFolders folders = DesktopFolders::ofEnvironment();
+    EXPECT_EQ(folders.config, (QStringList{u"/c"_s, u"/d1"_s, u"/d2"_s}));
+    EXPECT_EQ(folders.data, (QStringList{u"/h/.local/share"_s, u"/usr/local/share"_s, u"/usr/share"_s}));
+    EXPECT_EQ(folders.desktops, (QStringList{u"ubuntu"_s, u"gnome"_s}));
+    EXPECT_EQ(folders.preferredBrowser, u"firefox");
+    EXPECT_FALSE(folders.searchPath.isEmpty());
 }
 
 // --- How it is started

@@ -98,7 +98,21 @@ TEST_F(SignInWindowTest, BeginsFromTheWelcomeView)
     EXPECT_TRUE(isOver());
 }
 
-TEST_F(SignInWindowTest, ClosesBySelfAndShowsTheNewAccount)
+TEST_F(SignInWindowTest, FitsLargeTextInTheDarkScheme)
+{
+    Style::shared().setScheme(Style::Scheme::dark);
+    Style::shared().setTextSize(24);
+    takeScreenshot(*mail.window, u"welcome-all-services-dark-24"_s);
+    begin();
+    takeScreenshot(window(), u"sign-in-window-dark-24"_s);
+    const auto& text = *window().findChild<QLabel*>(u"signInTitle"_s);
+    EXPECT_GE(text.width(), text.sizeHint().width());
+    EXPECT_LT(window().palette().color(QPalette::Window).lightness(), 80);
+    mail.model().cancelSignIn();
+    EXPECT_TRUE(isOver());
+}
+
+TEST_F(SignInWindowTest, ClosesByItselfAndShowsTheNewAccount)
 {
     begin();
     EXPECT_EQ(mail.child<QLabel>("signInTitle").text(), u"Sign In with Microsoft");

@@ -37,7 +37,8 @@ void useFolder(const QTemporaryDir& folder)
     qputenv("XDG_CONFIG_HOME", path("config"_L1));
     qputenv("XDG_CACHE_HOME", path("cache"_L1));
     qputenv("XDG_DATA_HOME", path("data"_L1));
-    qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + path("no-bus"_L1));
+    if (!qEnvironmentVariableIsSet("LARKHAVEN_TEST_KEEPS_BUS"))
+        qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + path("no-bus"_L1));
 }
 
 } // namespace
