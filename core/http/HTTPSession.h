@@ -21,6 +21,7 @@ namespace Larkhaven {
 class HTTPSession : public QObject {
 public:
     struct Limits {
+        qsizetype head = 64 * 1024;         ///< of a request: its URL and its headers, in bytes
         qsizetype body = 128 * 1024 * 1024; ///< of a response, decoded, in bytes
         qsizetype headers = 256 * 1024;     ///< of a response with all that came before it, in bytes
         std::chrono::milliseconds whole =
@@ -33,8 +34,8 @@ public:
     /// The one session of the process; made with its first use.
     static HTTPSession& shared();
 
-    /// Fails with `HTTPError`, or with `MailError::cancelled` once `stop` is requested. The session must
-    /// outlive it.
+    /// Fails with `HTTPError`, of `badURL` where the head of the request is beyond the bounds, or with
+    /// `MailError::cancelled` once `stop` is requested. The session must outlive it.
     Task<HTTPResponse> perform(HTTPRequest request, std::stop_token stop);
 
 private:

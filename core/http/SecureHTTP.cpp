@@ -96,11 +96,10 @@ QString message(const QByteArray& body)
 {
     const QJsonValue error = QJsonDocument::fromJson(body).object()["error"_L1];
     const QJsonValue text = error.isObject() ? error["message"_L1] : error;
-    if (text.isString())
-        return firstPart(text.toString().toUtf8());
-    const QByteArray start = body.first(std::min(body.size(), longestMessage)).trimmed();
+    const QByteArray words = text.isString() ? text.toString().toUtf8() : body;
+    const QByteArray start = words.first(std::min(words.size(), longestMessage)).trimmed();
     const bool isForPrograms = start.startsWith('{') || start.startsWith('[') || start.startsWith('<');
-    return isForPrograms ? QString() : firstPart(body);
+    return isForPrograms ? QString() : firstPart(words);
 }
 
 QByteArray formBody(const QMap<QString, QString>& fields)

@@ -408,6 +408,7 @@ Task<QHash<QString, qint64>> GmailProvider::counts(QList<MailLabel> labels)
         QLatin1StringView number;
     };
     const auto self = shared_from_this();
+    const Turnstile::Turn turn = co_await m_countTurn.enter();
     constexpr auto unread = "messagesUnread"_L1;
     QList<Entry> entries{
         {MailboxRef::system(Mailbox::inbox).id(), GmailMessage::SystemLabel::inbox, unread},

@@ -133,6 +133,7 @@ private:
     Names m_labelNames;
     std::shared_ptr<Coalescer> m_syncs;
     Turnstile m_rowTurn;
+    Turnstile m_countTurn;
     Turnstile m_changeTurn;
     /// Message-IDs of drafts whose first saving failed: they may be stored all the same.
     QSet<QString> m_unsureDrafts;

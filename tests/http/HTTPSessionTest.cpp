@@ -206,7 +206,7 @@ TEST_F(HTTPSessionTest, FailsWhereNobodyAnswersForTheTimeOut)
     EXPECT_TRUE(waitUntil([this] { return server.open() == 0; })) << "the connection is closed";
 }
 
-/// Takes a little of what comes in every 50 ms, and answers after so many bytes.
+/// Takes a little of what comes in every 100 ms, and answers after so many bytes.
 class SlowReader : public QObject {
 public:
     SlowReader(qsizetype size, qsizetype step)
@@ -230,7 +230,7 @@ public:
                 timer->stop();
                 socket->write("HTTP/1.1 200 OK\r\nContent-Length: 2\r\n\r\nok");
             });
-            timer->start(50);
+            timer->start(100);
         });
     }
 
@@ -243,11 +243,11 @@ TEST_F(HTTPSessionTest, WaitsForASlowUploadAsLongAsItGoesOn)
 {
     // More than all buffers on the way hold, so that bytes leave all the time.
     constexpr qsizetype size = 24 * 1024 * 1024;
-    const SlowReader reader(size, 1024 * 1024);
+    const SlowReader reader(size, 512 * 1024);
     HTTPRequest request = post();
     request.url = "https://api.example:8443/";
     request.body = QByteArray(size, 'x');
-    request.timeout = std::chrono::milliseconds(700);
+    request.timeout = std::chrono::seconds(2);
     EXPECT_EQ(await(perform(request)).body, "ok");
 }
 
@@ -333,6 +333,19 @@ TEST_F(HTTPSessionTest, AsksNothingOfAURLThatCannotBeRead)
                                  "https://api.example:99999/"})
         expectFailure(perform({url}), HTTPError::Kind::badURL, text);
     EXPECT_EQ(server.attempts(), 0);
+}
+
+TEST_F(HTTPSessionTest, SendsNoHeadThatNoServerTakes)
+{
+    const qsizetype room = HTTPSession::Limits().head - get("/").url.size();
+    reply.body = "taken";
+    EXPECT_EQ(await(perform(get('/' + QByteArray(room, 'a')))).body, "taken");
+    expectFailure(perform(get('/' + QByteArray(room + 1, 'a'))), HTTPError::Kind::badURL,
+                  u"The address of the service can’t be used."_s);
+    HTTPRequest request = get("/");
+    request.headers = {{"X", QByteArray(room, 'b')}};
+    expectFailure(perform(request), HTTPError::Kind::badURL, u"The address of the service can’t be used."_s);
+    EXPECT_EQ(server.requests().size(), 1);
 }
 
 TEST_F(HTTPSessionTest, EndsWhereItIsStopped)
