@@ -134,8 +134,27 @@ TEST_F(GmailWireTest, HasFiveRequestsForRowsAndFourForTheTrashAtOnce)
         const QString name = QString::number(number);
         labels.append({mailbox().createLabel(name), name});
     }
-    await(provider().counts(labels));
+    // However many count.
+    Begun<QHash<QString, qint64>> first(provider().counts(labels));
+    Begun<QHash<QString, qint64>> second(provider().counts(labels));
+    first.get();
+    second.get();
     EXPECT_EQ(services.mostInFlight("GET labels/"), 5);
+}
+
+TEST_F(GmailWireTest, HasFiveRequestsForRowsAtOnceHoweverManyPagesAreWanted)
+{
+    for (int number = 0; number < 30; ++number)
+        fixture.receive(QByteArray::number(number));
+    services.setDelay(20);
+    const auto page = [this](qint64 offset) {
+        return provider().listMessages(inbox, std::nullopt, offset, 10, false);
+    };
+    Begun<MessagePage> first(page(0));
+    Begun<MessagePage> second(page(10));
+    Begun<MessagePage> third(page(20));
+    EXPECT_EQ(first.get().messages.size() + second.get().messages.size() + third.get().messages.size(), 30);
+    EXPECT_EQ(services.mostInFlight("GET messages/"), 5);
 }
 
 // --- Ids
