@@ -32,13 +32,12 @@ bool isMailError(const std::exception_ptr& failure, MailError::Kind kind)
     }
 }
 
-/// The host of an absolute URL as it is written, without user and port.
+/// The host of an absolute URL as it is written, without its port, but with a user: nobody here names one.
 QByteArray writtenHost(const QByteArray& url)
 {
     QByteArray authority = url.sliced(std::min<qsizetype>(url.size(), url.indexOf("//") + 2));
     for (const char end : {'/', '?', '#'})
         authority.truncate(std::min(authority.size(), (authority + end).indexOf(end)));
-    authority.remove(0, authority.lastIndexOf('@') + 1);
     const qsizetype port = authority.lastIndexOf(':');
     return port > authority.lastIndexOf(']') ? authority.first(port) : authority;
 }

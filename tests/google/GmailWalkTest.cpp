@@ -40,8 +40,11 @@ public:
     GmailWalk(unsigned seed, bool fails)
         : m_random(seed)
         , m_fails(fails)
-        , m_gate(m_fixture.services.server(),
-                 [this](const QList<WebRequest>& waiting) { return below(static_cast<int>(waiting.size())); })
+        , m_gate(m_fixture.services.server(), [this](const QList<WebRequest>& waiting) {
+            // An answer may be older than others that arrive before it.
+            const int index = below(static_cast<int>(waiting.size()));
+            return QuietGate::Choice{index, below(3) == 0};
+        })
     {
         // Smaller than what is asked for, so that there are pages.
         m_fixture.services.setLargestPage(40);
@@ -71,6 +74,8 @@ public:
             m_fixture.services.expireTokens();
         if (below(100) == 0)
             m_fixture.restart();
+        if (below(60) == 0)
+            readAllElsewhere();
         if (++m_steps % lookEvery == 0)
             expectTruth();
     }
@@ -236,6 +241,20 @@ private:
         default:
             mailbox().createDraft(GmailFixture::raw(subject(), "user@gmail.com"));
         }
+    }
+
+    /// More records than a page of the history holds.
+    void readAllElsewhere()
+    {
+        QStringList ids;
+        mailbox().visit({u"UNREAD"_s}, {},
+                        [&](const GmailMailbox::Place&, const GmailMailbox::Message& message) {
+                            ids.append(message.id);
+                            return ids.size() < 90;
+                        });
+        for (const QString& id : std::as_const(ids))
+            mailbox().modify(id, {}, {u"UNREAD"_s});
+        ++m_changes;
     }
 
     void changeLabelElsewhere(const GmailMailbox::Message& message)

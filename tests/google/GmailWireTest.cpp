@@ -273,8 +273,10 @@ TEST_F(GmailWireTest, SendsAPostOnceThatIsDroppedAfterItWasRead)
 {
     await(provider().listLabels());
     services.failNext(1, Failure::dropAfter, "messages/send");
+    OutgoingMessage reply = text();
+    reply.threadID = fixture.receive("a");
     try {
-        await(provider().send(text()));
+        await(provider().send(reply));
         ADD_FAILURE() << "nothing failed";
     } catch (const MailError& error) {
         EXPECT_TRUE(error.mayHaveBeenSent());

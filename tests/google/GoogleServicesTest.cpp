@@ -298,7 +298,11 @@ TEST_F(GoogleServicesTest, ChangesLabelsAndRecordsIt)
     send(request("POST", "messages/" + other.toLatin1() + "/trash"));
     EXPECT_EQ(services.mailbox().message(one)->labelIds, (QSet<QString>{u"INBOX"_s, u"STARRED"_s}));
     EXPECT_EQ(services.mailbox().message(other)->labelIds, (QSet<QString>{u"TRASH"_s, u"UNREAD"_s}));
+    EXPECT_EQ(services.mailbox().total(u"INBOX"_s), 1);
+    EXPECT_EQ(services.mailbox().unread(u"TRASH"_s), 1);
     services.mailbox().remove(other);
+    EXPECT_EQ(services.mailbox().total(u"TRASH"_s), 0);
+    EXPECT_EQ(services.mailbox().unread(u"TRASH"_s), 0);
     const QString later = receive("c");
 
     const QJsonObject answer = get(start);
@@ -555,6 +559,17 @@ TEST_F(GoogleServicesTest, CountsRequestsThatWaitForTheirReplies)
     EXPECT_EQ(services.mostInFlight(), 4);
     EXPECT_EQ(services.mostInFlight("GET labels/"), 2);
     EXPECT_EQ(services.mostInFlight("POST"), 0);
+}
+
+TEST_F(GoogleServicesTest, CountsNoRequestWhoseClientHasGone)
+{
+    std::stop_source stop;
+    services.setHook([](const WebRequest&) { return std::optional(WebReply{.delay = 60'000}); });
+    Begun<HTTPResponse> begun(SecureHTTP::send(request("GET", "labels"), stop.get_token()));
+    EXPECT_TRUE(waitUntil([&] { return services.inFlight() == 1; }));
+    stop.request_stop();
+    EXPECT_THROW(begun.get(), MailError);
+    EXPECT_TRUE(waitUntil([&] { return services.inFlight() == 0; })) << "the client has gone";
 }
 
 TEST_F(GoogleServicesTest, ListsALabelOfManyMessagesPageByPage)

@@ -77,14 +77,15 @@ protected:
     /// Connections to Outlook lead to the servers of the test.
     TransportFactory transports()
     {
-        const ServerSettings real = *server().account().server;
-        return [real](const QString& host, int port, bool implicitTLS) {
-            EXPECT_TRUE((host == u"outlook.office365.com" && port == 993 && implicitTLS) ||
-                        (host == u"smtp-mail.outlook.com" && port == 587 && !implicitTLS))
-                << host.toStdString() << port;
-            return host == u"outlook.office365.com"
-                       ? MailTransports::open(real.imapHost, real.imapPort, implicitTLS)
-                       : MailTransports::open(real.smtpHost, real.smtpPort, implicitTLS);
+        const ServerSettings mailbox = *server().account(ConnectionSecurity::tls).server;
+        const ServerSettings submission = *server().account(ConnectionSecurity::startTLS).server;
+        return [mailbox, submission](const QString& host, int port, bool implicitTLS) {
+            const bool isMailbox = host == ServiceEndpoints::Microsoft::imapHost;
+            EXPECT_EQ(isMailbox, host != ServiceEndpoints::Microsoft::smtpHost);
+            EXPECT_EQ(port, isMailbox ? 993 : 587);
+            EXPECT_EQ(implicitTLS, isMailbox);
+            return isMailbox ? MailTransports::open(mailbox.imapHost, mailbox.imapPort, true)
+                             : MailTransports::open(submission.smtpHost, submission.smtpPort, false);
         };
     }
 

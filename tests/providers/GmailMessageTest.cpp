@@ -107,6 +107,13 @@ TEST(GmailMessage, InTheTrashWithAUserLabelIsInTheTrash)
     EXPECT_EQ(GmailMessage::mailboxText({u"Label_1"_s, u"TRASH"_s}), u"Trash");
 }
 
+TEST(GmailMessage, HasAttachmentsWhereItIsMixedAndNotWhereItIsAnAlternative)
+{
+    EXPECT_TRUE(summaryOf(R"({"payload":{"mimeType":"multipart/mixed"}})").hasAttachments);
+    EXPECT_FALSE(summaryOf(R"({"payload":{"mimeType":"multipart/alternative"}})").hasAttachments);
+    EXPECT_FALSE(summaryOf(R"({"payload":{"mimeType":"text/plain"}})").hasAttachments);
+}
+
 TEST(GmailMessage, KeepsEachLabelOnce)
 {
     MessageSummary row;

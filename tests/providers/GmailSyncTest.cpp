@@ -395,6 +395,25 @@ TEST_F(GmailSyncStateTest, LeavesARowUnconfirmedThatTheHistoryAndWeHaveChangedAt
     EXPECT_TRUE(state.isUnconfirmed(u"c"_s)) << "also one that came to be known only then";
 }
 
+TEST_F(GmailSyncStateTest, TakesNoChangeOfOursForOneThatOvertookAnother)
+{
+    know(u"a"_s, {});
+    const GmailSyncState::Look ours(state);
+    state.apply({u"a"_s}, {u"STARRED"_s}, {}, ours);
+    state.apply({u"a"_s}, {u"UNREAD"_s}, {}, ours);
+    EXPECT_FALSE(state.isUnconfirmed(u"a"_s));
+}
+
+TEST_F(GmailSyncStateTest, ReadsItsSnapshotOnce)
+{
+    await(cache->writeSnapshot(u"gmail"_s, R"({"historyId":"1","messages":[]})"));
+    await(state.load());
+    EXPECT_EQ(state.historyId(), u"1");
+    state.setHistoryId(u"5"_s);
+    await(state.load());
+    EXPECT_EQ(state.historyId(), u"5");
+}
+
 TEST_F(GmailSyncStateTest, KeepsTheNewest20000Rows)
 {
     static_assert(GmailSyncState::summaryLimit == 20'000);

@@ -76,10 +76,10 @@ TEST_F(GmailChangesTest, ReachTheRowsOnceTheServiceHasTakenThem)
     begin({"a", "b"});
     acceptsBatches = true;
     await(provider->setStarred(true, {u"a"_s}));
-    EXPECT_TRUE(row(0).isStarred);
-    EXPECT_FALSE(row(1).isStarred);
     restart();
     EXPECT_TRUE(row(0).isStarred) << "kept";
+    await(provider->setStarred(true, {u"b"_s}));
+    EXPECT_TRUE(row(1).isStarred);
 }
 
 TEST_F(GmailChangesTest, LeaveTheRowsAsTheyAreWhereTheyAreRefused)
@@ -341,6 +341,10 @@ TEST_F(GmailWritingTest, SendsOnceMoreWithoutAConversationThatIsGone)
     await(provider->send(message));
     EXPECT_EQ(asked(), (QByteArrayList{request, request}));
     EXPECT_EQ(metadata(), QJsonObject());
+    asked();
+    on(request, {WebReply{400, "{}"}, WebReply{200, "{}"}});
+    expectMailError(provider->send(message), MailError::Kind::http);
+    EXPECT_EQ(asked(), QByteArrayList{request}) << "any other failure is one";
     message.threadID.reset();
     on(request, {WebReply{404, "{}"}, WebReply{200, "{}"}});
     expectMailError(provider->send(message), MailError::Kind::http);

@@ -1,9 +1,15 @@
 #include "support/QuietGate.h"
 
+#include <QDir>
+#include <QFile>
+
 #include <algorithm>
 #include <chrono>
 #include <ctime>
 #include <tuple>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
 
 namespace Larkhaven {
 namespace {
@@ -25,6 +31,21 @@ qint64 workDone()
     return qint64{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
 }
 
+/// Whether another thread of the program runs, or would run if the machine let it.
+bool isAnyoneWorking()
+{
+    const QByteArray self = QByteArray::number(gettid());
+    const QStringList threads = QDir(u"/proc/self/task"_s).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+    return std::ranges::any_of(threads, [&](const QString& thread) {
+        QFile file(u"/proc/self/task/"_s + thread + u"/stat"_s);
+        if (thread.toLatin1() == self || !file.open(QIODevice::ReadOnly))
+            return false;
+        // The state stands behind the name of the program, in brackets.
+        const QByteArray stat = file.readAll();
+        return !stat.sliced(stat.lastIndexOf(')') + 1).startsWith(" S");
+    });
+}
+
 auto orderOf(const WebRequest& request)
 {
     return std::tie(request.host, request.target, request.method);
@@ -39,9 +60,8 @@ QuietGate::QuietGate(WebServer& server, Choose choose)
     m_timer.setTimerType(Qt::PreciseTimer);
     m_timer.setInterval(interval);
     connect(&m_timer, &QTimer::timeout, this, &QuietGate::tick);
-    m_server.setGate([this](const WebRequest& request, std::function<void()> answer) {
-        hold(request, std::move(answer));
-    });
+    m_server.setGate(
+        [this](const WebRequest& request, const WebServer::Serve& serve) { hold(request, serve); });
 }
 
 QuietGate::~QuietGate()
@@ -49,11 +69,11 @@ QuietGate::~QuietGate()
     m_server.setGate({});
 }
 
-void QuietGate::hold(const WebRequest& request, std::function<void()> answer)
+void QuietGate::hold(const WebRequest& request, const WebServer::Serve& serve)
 {
     const auto place = std::ranges::upper_bound(
         m_waiting, orderOf(request), {}, [](const Waiting& waiting) { return orderOf(waiting.request); });
-    m_waiting.insert(place, {request, std::move(answer)});
+    m_waiting.insert(place, {request, serve});
     m_calm = 0;
     if (!m_timer.isActive())
         m_timer.start();
@@ -61,8 +81,8 @@ void QuietGate::hold(const WebRequest& request, std::function<void()> answer)
 
 void QuietGate::tick()
 {
-    const qint64 worked = workDone();
-    m_calm = worked - m_worked < littleWork ? m_calm + 1 : 0;
+    const bool isCalm = workDone() - m_worked < littleWork && !isAnyoneWorking();
+    m_calm = isCalm ? m_calm + 1 : 0;
     if (m_calm >= calmTicks)
         release();
     m_worked = workDone();
@@ -73,11 +93,19 @@ void QuietGate::release()
     QList<WebRequest> requests;
     for (const Waiting& waiting : m_waiting)
         requests.append(waiting.request);
-    const Waiting chosen = m_waiting.takeAt(m_choose(requests));
+    const Choice choice = m_choose(requests);
     m_calm = 0;
+    Waiting chosen = m_waiting.takeAt(choice.index);
+    if (!chosen.send) {
+        chosen.send = chosen.serve();
+        if (choice.isHeldBack) {
+            m_waiting.insert(choice.index, chosen);
+            return;
+        }
+    }
     if (m_waiting.isEmpty())
         m_timer.stop();
-    chosen.answer();
+    chosen.send();
 }
 
 } // namespace Larkhaven

@@ -11,12 +11,18 @@
 namespace Larkhaven {
 
 /// Holds the requests that come to a web server of the same thread until the program has nothing else to do,
-/// and has one of them answered then. So it doesn't depend on the machine's load in which order requests are
-/// served, nor which of them a client sends before it has read an answer.
+/// and then has one of them served, or sends the reply to one that was served before. So it doesn't depend on
+/// the machine's load in which order requests are served, nor which of them a client sends before it has read
+/// an answer.
 class QuietGate : public QObject {
 public:
-    /// `choose` gets the requests that wait, in an order of their own, and names the one that is served.
-    using Choose = std::function<qsizetype(const QList<WebRequest>& waiting)>;
+    struct Choice {
+        qsizetype index;
+        /// Whether the reply is to wait, while other requests are served, until it is chosen again.
+        bool isHeldBack;
+    };
+    /// `choose` gets the requests that wait, in an order of their own.
+    using Choose = std::function<Choice(const QList<WebRequest>& waiting)>;
 
     QuietGate(WebServer& server, Choose choose);
     ~QuietGate() override;
@@ -24,10 +30,11 @@ public:
 private:
     struct Waiting {
         WebRequest request;
-        std::function<void()> answer;
+        WebServer::Serve serve;
+        std::function<void()> send = {}; ///< once it was served
     };
 
-    void hold(const WebRequest& request, std::function<void()> answer);
+    void hold(const WebRequest& request, const WebServer::Serve& serve);
     void tick();
     void release();
 

@@ -59,6 +59,13 @@ WebServer::WebServer(Handler handler)
     connect(&m_server, &QTcpServer::pendingConnectionAvailable, this, &WebServer::accept);
 }
 
+WebServer::~WebServer()
+{
+    // The ends of connections that are still open are nobody's business any more.
+    for (QTcpSocket* const socket : m_server.findChildren<QTcpSocket*>())
+        socket->disconnect(this);
+}
+
 void WebServer::forget()
 {
     m_requests.clear();
@@ -114,16 +121,16 @@ void WebServer::read(const std::shared_ptr<Connection>& connection)
         const auto exchange = std::make_shared<Exchange>(Exchange{request, connection});
         connection->open.append(exchange);
         if (m_gate)
-            m_gate(request, [this, exchange] { answer(exchange); });
+            m_gate(request, [this, exchange] { return serve(exchange); });
         else
-            answer(exchange);
+            serve(exchange)();
         if (!connection->socket)
             return;
     }
 }
 
 /// Also where the client has gone meanwhile: it can't undo what it asked for.
-void WebServer::answer(const std::shared_ptr<Exchange>& exchange)
+std::function<void()> WebServer::serve(const std::shared_ptr<Exchange>& exchange)
 {
     const WebReply reply = m_handler(exchange->request);
     const auto send = [this, exchange, reply] {
@@ -133,10 +140,9 @@ void WebServer::answer(const std::shared_ptr<Exchange>& exchange)
         close(*exchange);
         WebServer::reply(*connection->socket, reply);
     };
-    if (reply.delay > 0)
-        QTimer::singleShot(reply.delay, this, send);
-    else
-        send();
+    if (reply.delay == 0)
+        return send;
+    return [this, delay = reply.delay, send] { QTimer::singleShot(delay, this, send); };
 }
 
 void WebServer::close(Exchange& exchange)

@@ -51,9 +51,12 @@ class WebServer : public QObject {
 public:
     using Handler = std::function<WebReply(const WebRequest& request)>;
     using Observer = std::function<void(const WebRequest& request)>;
-    using Gate = std::function<void(const WebRequest& request, std::function<void()> answer)>;
+    /// Serves the request and gives what sends the reply.
+    using Serve = std::function<std::function<void()>()>;
+    using Gate = std::function<void(const WebRequest& request, Serve serve)>;
 
     explicit WebServer(Handler handler);
+    ~WebServer() override;
 
     void setHandler(Handler handler) { m_handler = std::move(handler); }
     /// Called when a request has come, and when the reply to it goes out or the client has gone.
@@ -62,7 +65,7 @@ public:
         m_arrived = std::move(arrived);
         m_replied = std::move(replied);
     }
-    /// Decides when a request is answered: by calling what it is given, once.
+    /// Decides when a request is served and when its reply goes out: by calling what it is given, once.
     void setGate(Gate gate) { m_gate = std::move(gate); }
     const QList<WebRequest>& requests() const { return m_requests; }
     /// Connections whose TLS stood.
@@ -78,7 +81,7 @@ private:
 
     void accept();
     void read(const std::shared_ptr<Connection>& connection);
-    void answer(const std::shared_ptr<Exchange>& exchange);
+    std::function<void()> serve(const std::shared_ptr<Exchange>& exchange);
     void close(Exchange& exchange);
     static void reply(QTcpSocket& socket, const WebReply& reply);
 

@@ -17,6 +17,7 @@
 #include <QApplication>
 #include <QContextMenuEvent>
 #include <QDialog>
+#include <QDirIterator>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMessageBox>
@@ -25,6 +26,8 @@
 #include <QSignalSpy>
 #include <QTest>
 #include <QToolButton>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -224,6 +227,37 @@ protected:
         return window;
     }
 
+    /// What holds a code, a token or a verifier: files of the program and of the browser, and texts of
+    /// windows.
+    QStringList placesOfSecrets()
+    {
+        QStringList places;
+        const auto holdsSecret = [this](const QByteArray& bytes) {
+            return std::ranges::any_of(services.google().secrets(),
+                                       [&bytes](const QByteArray& secret) { return bytes.contains(secret); });
+        };
+        const QString ofModel = QFileInfo(mail.fixture.cachesDirectory()).path();
+        for (const QString& folder :
+             {ofModel, browsers.path(QString()), qEnvironmentVariable("XDG_CONFIG_HOME"),
+              qEnvironmentVariable("XDG_CACHE_HOME"), qEnvironmentVariable("XDG_DATA_HOME")}) {
+            QDirIterator files(folder, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+            while (files.hasNext()) {
+                QFile file(files.next());
+                ++m_searched;
+                if (file.open(QIODevice::ReadOnly) && holdsSecret(file.readAll()))
+                    places.append(file.fileName());
+            }
+        }
+        for (const QWidget* const widget : QApplication::allWidgets()) {
+            for (const char* const property : {"text", "windowTitle", "toolTip", "accessibleName"}) {
+                if (holdsSecret(widget->property(property).toString().toUtf8()))
+                    places.append(QString::fromLatin1(widget->metaObject()->className()));
+            }
+        }
+        return places;
+    }
+
+    int m_searched = 0; ///< files
     Bus bus;
     ScriptedBrowsers browsers;
     GoogleServices services;
@@ -373,6 +407,9 @@ TEST_F(GoogleWalkTest, FromTheSignInToATidyMailbox)
     EXPECT_TRUE(hasLabels({u"Office"_s}));
     EXPECT_EQ(model().errorMessage(), std::nullopt);
     EXPECT_EQ(services.violations(), QStringList());
+    EXPECT_GE(services.google().secrets().size(), 4) << "a code, a verifier and two tokens";
+    EXPECT_EQ(placesOfSecrets(), QStringList());
+    EXPECT_GE(m_searched, 5) << "settings, cached messages, a snapshot, what the browser was told";
 }
 
 TEST_F(GoogleWalkTest, AsksForANewSignInWhereTheGrantIsGoneAndForNothingElse)
