@@ -441,6 +441,32 @@ TEST_F(TwoAccounts, BringNoAccountBackThatIsRemovedWhileItIsRepaired)
     EXPECT_EQ(model.accounts().size(), 1);
 }
 
+/// The servers can be reached once the gate has opened.
+Task<std::shared_ptr<MailTransport>> behind(std::shared_ptr<Wakeup> gate, TransportFactory servers,
+                                            QString host, int port, bool implicitTLS)
+{
+    co_await gate->wait(std::chrono::seconds(30));
+    gate->notify();
+    std::shared_ptr<MailTransport> transport = co_await servers(host, port, implicitTLS);
+    co_return transport;
+}
+
+TEST_F(TwoAccounts, BringNoAccountBackThatIsGoneWhenTheServersAnswer)
+{
+    model.signInAgain(fixture.account(0), [] {});
+    connectTo({signedIn(), verifiedSubmission()});
+    const auto gate = std::make_shared<Wakeup>();
+    fixture.setTransports([gate, servers = server->factory()](const QString& host, int port, bool tls) {
+        return behind(gate, servers, host, port, tls);
+    });
+    Begun<void> saving(save(u"new@mail.example"_s));
+    await(model.removeAccount(first));
+    gate->notify();
+    EXPECT_THROW(saving.get(), MailError);
+    EXPECT_FALSE(fixture.secrets().load(first));
+    EXPECT_EQ(model.accounts().size(), 1);
+}
+
 TEST_F(TwoAccounts, MakeNoCacheForAnAccountThatIsGone)
 {
     await(model.removeAccount(second));
