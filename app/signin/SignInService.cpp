@@ -40,6 +40,14 @@ MailError notConfigured(ProviderKind provider)
                                            "Config/Secrets.xcconfig."));
 }
 
+OAuthClient configuredClient(ProviderKind provider, const Info& info)
+{
+    const std::optional<OAuthConfig> known = config(provider, info);
+    if (!known)
+        throw notConfigured(provider);
+    return OAuthClient(*known);
+}
+
 /// An address that can stand in a header and in a command.
 bool isUsableAddress(const QString& address)
 {
@@ -131,13 +139,18 @@ Task<SignedIn> finishMicrosoft(OAuthClient client, QUuid accountID, TokenSet obt
 
 } // namespace
 
+std::optional<QString> configuredClientID(const QString& key, const Info& info)
+{
+    return info.configured(key);
+}
+
 std::optional<OAuthConfig> config(ProviderKind provider, const Info& info)
 {
     if (provider == ProviderKind::imap)
         return std::nullopt;
     const bool isGoogle = provider == ProviderKind::google;
     const std::optional<QString> clientID =
-        info.configured(isGoogle ? InfoKey::googleClientID : InfoKey::microsoftClientID);
+        configuredClientID(isGoogle ? InfoKey::googleClientID : InfoKey::microsoftClientID, info);
     if (!clientID)
         return std::nullopt;
     return isGoogle ? OAuthConfig::google(*clientID)
@@ -155,20 +168,30 @@ bool isRedirect(const QString& url, const Info& info)
         });
 }
 
+Task<SignedIn> signInGoogle(Services services, QUuid accountID, std::optional<QString> loginHint,
+                            std::stop_token stop)
+{
+    const OAuthClient client = configuredClient(ProviderKind::google, services.info);
+    const TokenSet tokens = co_await obtainTokens(client, services.authenticate, loginHint, stop);
+    SignedIn signedIn = co_await finishGoogle(client, accountID, tokens, stop);
+    co_return signedIn;
+}
+
+Task<SignedIn> signInMicrosoft(Services services, QUuid accountID, std::optional<QString> loginHint,
+                               std::stop_token stop)
+{
+    const OAuthClient client = configuredClient(ProviderKind::microsoft, services.info);
+    const TokenSet tokens = co_await obtainTokens(client, services.authenticate, loginHint, stop);
+    SignedIn signedIn = co_await finishMicrosoft(client, accountID, tokens, services.transports, stop);
+    co_return signedIn;
+}
+
 Task<SignedIn> signIn(ProviderKind provider, Services services, QUuid accountID,
                       std::optional<QString> loginHint, std::stop_token stop)
 {
-    const std::optional<OAuthConfig> known = config(provider, services.info);
-    if (!known)
-        throw notConfigured(provider);
-    const OAuthClient client(*known);
-    const TokenSet tokens = co_await obtainTokens(client, services.authenticate, loginHint, stop);
-    if (provider == ProviderKind::google) {
-        SignedIn google = co_await finishGoogle(client, accountID, tokens, stop);
-        co_return google;
-    }
-    SignedIn microsoft = co_await finishMicrosoft(client, accountID, tokens, services.transports, stop);
-    co_return microsoft;
+    return provider == ProviderKind::microsoft
+               ? signInMicrosoft(std::move(services), accountID, std::move(loginHint), std::move(stop))
+               : signInGoogle(std::move(services), accountID, std::move(loginHint), std::move(stop));
 }
 
 Task<> revoke(Credential credential, ProviderKind provider)

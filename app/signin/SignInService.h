@@ -39,6 +39,9 @@ inline constexpr qsizetype longestAddress = 320;
 /// The longest name of a user that is kept, in UTF-16 units.
 inline constexpr qsizetype longestName = 500;
 
+/// The client id under the key of Info, as it stands; absent where it is blank or was never filled in.
+std::optional<QString> configuredClientID(const QString& key, const Info& info);
+
 /// How this build signs in with the service; absent where it has no client id for it, and for accounts with a
 /// password.
 std::optional<OAuthConfig> config(ProviderKind provider, const Info& info);
@@ -46,14 +49,20 @@ std::optional<OAuthConfig> config(ProviderKind provider, const Info& info);
 /// Whether the URL is of a scheme that redirects of this build come under; it may be anybody's all the same.
 bool isRedirect(const QString& url, const Info& info);
 
-/// Signs in with the service and gives the account under the identity, with the newest of its tokens.
-/// `loginHint` is the address of an account that is signed in anew.
+/// Signs in with Google and gives the account under the identity, with the newest of its tokens. `loginHint`
+/// is the address of an account that is signed in anew.
 ///
 /// Fails with `MailError::unsupported` where the build has no client id; with `cancelled` where the user
 /// gives up, or `stop` is requested; with `authFailed` where the browser, the redirect or the tokens are of
-/// no use, or where Outlook's servers refuse them; with `notSignedIn` where the grant is gone already; with
-/// `protocolError` "No email in Gmail profile"; and as `OAuthClient::exchange` and
+/// no use; with `notSignedIn` where the grant is gone already; with `protocolError` "No email in Gmail
+/// profile"; and as `OAuthClient::exchange`.
+Task<SignedIn> signInGoogle(Services services, QUuid accountID, std::optional<QString> loginHint,
+                            std::stop_token stop = {});
+/// The same with Microsoft. Fails as well with `authFailed` where Outlook's servers refuse the tokens, and as
 /// `IMAPProvider::testConnection`.
+Task<SignedIn> signInMicrosoft(Services services, QUuid accountID, std::optional<QString> loginHint,
+                               std::stop_token stop = {});
+/// With Microsoft where it is named, and with Google otherwise.
 Task<SignedIn> signIn(ProviderKind provider, Services services, QUuid accountID,
                       std::optional<QString> loginHint, std::stop_token stop = {});
 
