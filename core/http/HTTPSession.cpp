@@ -141,8 +141,11 @@ void HTTPSession::Transfer::prepareURL()
     // Blanks, controls and a host behind too many slashes are refused rather than guessed at; ".." is a
     // component like any other.
     constexpr QByteArrayView start("https://");
+    qsizetype head = request.url.size();
+    for (const HTTPRequest::Header& header : request.headers)
+        head += header.first.size() + header.second.size();
     const bool isReadable =
-        url &&
+        url && head <= limits.head &&
         start.compare(request.url.first(std::min(start.size(), request.url.size())), Qt::CaseInsensitive) ==
             0 &&
         request.url.size() > start.size() && request.url[start.size()] != '/' &&
