@@ -23,6 +23,8 @@ namespace Larkhaven {
 namespace {
 
 constexpr std::chrono::seconds requestTime{60};
+/// In bytes; tokens have a few thousand.
+constexpr qsizetype longestAnswer = 256 * 1024;
 
 QString tr(const char* text)
 {
@@ -80,6 +82,13 @@ QDateTime expiry(const QJsonValue& expiresIn)
     return QDateTime::currentDateTimeUtc().addMSecs(static_cast<qint64>(seconds * 1000));
 }
 
+/// Visible characters of ASCII (RFC 6749, A.12 and A.17): whatever else goes into a header could end it.
+bool isToken(const QString& text)
+{
+    const auto isVisible = [](QChar letter) { return letter > u' ' && letter <= u'~'; };
+    return !text.isEmpty() && std::ranges::all_of(text, isVisible);
+}
+
 TokenSet readTokens(const QByteArray& body, const std::optional<QString>& previousRefreshToken)
 {
     try {
@@ -87,8 +96,10 @@ TokenSet readTokens(const QByteArray& body, const std::optional<QString>& previo
         TokenSet tokens;
         tokens.accessToken = Coding::string(answer, "access_token"_L1);
         tokens.refreshToken = Coding::optionalString(answer, "refresh_token"_L1);
-        if (!tokens.refreshToken)
+        if (tokens.refreshToken.value_or(QString()).isEmpty())
             tokens.refreshToken = previousRefreshToken;
+        if (!isToken(tokens.accessToken) || (tokens.refreshToken && !isToken(*tokens.refreshToken)))
+            throw DecodingError({});
         tokens.expiresAt = expiry(answer["expires_in"_L1]);
         tokens.idToken = Coding::optionalString(answer, "id_token"_L1);
         return tokens;
@@ -250,6 +261,7 @@ Task<TokenSet> OAuthClient::requestToken(QString url, Fields fields,
     request.headers = {{"Content-Type", "application/x-www-form-urlencoded"}, {"Accept", "application/json"}};
     request.body = SecureHTTP::formBody(fields);
     request.timeout = requestTime;
+    request.mostBody = longestAnswer;
     const HTTPResponse response = co_await SecureHTTP::send(request, stop);
     if (response.status < 200 || response.status > 299)
         throw refusal(response, fields);

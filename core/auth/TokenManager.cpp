@@ -25,16 +25,23 @@ std::optional<QString> TokenManager::known() const
 Task<QString> TokenManager::validToken(bool forceRefresh)
 {
     const auto self = shared_from_this();
+    if (m_retired.stop_requested())
+        throw MailError::cancelled();
     if (const std::optional<QString> token = known(); token && !forceRefresh)
         co_return QString(*token);
-    const bool joins = m_isObtaining;
+    // The one under way counts for whoever comes meanwhile, and so does any later one.
+    const quint64 wanted = m_isObtaining ? m_begun : m_begun + 1;
     const Turnstile::Turn turn = co_await m_turnstile.enter();
-    // Whoever came while another asked shares the answer; a token from the store is none to who was refused.
-    const bool isAnswered = joins && (m_last.hasAskedService || !forceRefresh);
+    if (m_retired.stop_requested())
+        throw MailError::cancelled();
+    // A token from the store is none to who was refused.
+    const bool isAnswered = m_ended >= wanted && (m_last.hasAskedService || !forceRefresh);
     if (!isAnswered) {
+        const quint64 number = ++m_begun;
         m_isObtaining = true;
         const Outcome outcome = co_await obtain(forceRefresh);
         m_isObtaining = false;
+        m_ended = number;
         m_last = outcome;
     }
     if (m_last.failure)
@@ -46,8 +53,6 @@ Task<TokenManager::Outcome> TokenManager::obtain(bool forceRefresh)
 {
     Outcome outcome;
     try {
-        if (m_retired.stop_requested())
-            throw MailError::cancelled();
         if (!m_cached)
             co_await load();
         if (forceRefresh || !known()) {

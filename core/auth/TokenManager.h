@@ -57,7 +57,9 @@ private:
     const std::shared_ptr<SecretStore> m_store;
     std::optional<TokenSet> m_cached;
     Turnstile m_turnstile;
+    quint64 m_begun = 0; ///< number of the last one who obtained a token
     bool m_isObtaining = false;
+    quint64 m_ended = 0; ///< number of the one that `m_last` is of
     Outcome m_last;
     std::stop_source m_retired;
 };

@@ -17,11 +17,13 @@ struct HTTPRequest {
 
     QByteArray url = {}; ///< absolute, percent-encoded
     QByteArray method = "GET";
-    /// In order. Names and values hold no line end. "Accept" is "*/*" where none is given.
+    /// In order. One with a line end or a NUL is refused as a bad URL is. "Accept" is "*/*" where none is
+    /// given.
     QList<Header> headers = {};
     std::optional<QByteArray> body = std::nullopt;
     /// Without any byte from or to the server.
     std::chrono::milliseconds timeout = std::chrono::seconds(30);
+    qsizetype mostBody = 16 * 1024 * 1024; ///< of the response, decoded, in bytes
 
     /// Puts the value in the place of the one that stands under this name, in any case, or behind all others.
     void setHeader(const QByteArray& name, const QByteArray& value);
@@ -40,7 +42,7 @@ class HTTPError : public LocalizedError {
 public:
     enum class Kind {
         badURL,      ///< not an absolute URL that can be asked
-        unreachable, ///< no connection stood: nothing was sent
+        unreachable, ///< no connection stood that the request could go over: nothing was sent
         untrusted,   ///< no TLS that can be trusted: nothing was sent
         timedOut,    ///< the time-out, or the one for all
         tooLarge,    ///< the response is beyond the bounds

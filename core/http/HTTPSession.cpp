@@ -8,6 +8,7 @@
 #include <QSocketNotifier>
 #include <QTimer>
 
+#include <algorithm>
 #include <array>
 #include <csignal>
 #include <curl/curl.h>
@@ -53,9 +54,9 @@ HTTPError::Kind kindOf(CURLcode code)
     case CURLE_COULDNT_RESOLVE_PROXY:
     case CURLE_COULDNT_RESOLVE_HOST:
     case CURLE_COULDNT_CONNECT:
+    case CURLE_SSL_CONNECT_ERROR:
     case CURLE_PROXY:
         return HTTPError::Kind::unreachable;
-    case CURLE_SSL_CONNECT_ERROR:
     case CURLE_PEER_FAILED_VERIFICATION:
     case CURLE_SSL_ISSUER_ERROR:
     case CURLE_SSL_CERTPROBLEM:
@@ -85,13 +86,14 @@ struct HTTPSession::Transfer {
 
     void prepare();
     QString host() const;
-    [[noreturn]] void fail(HTTPError::Kind kind) const { throw HTTPError(kind, host()); }
+    [[noreturn]] void fail(HTTPError::Kind kind) const;
     HTTPResponse response();
 
     void prepareURL();
     void prepareBody();
     void prepareHeaders();
 
+    static int beginSending(void* transfer, char*, char*, int, int);
     static size_t takeBody(char* bytes, size_t, size_t count, void* transfer);
     static size_t takeHeader(char* bytes, size_t, size_t count, void* transfer);
     static int noteProgress(void* transfer, curl_off_t, curl_off_t down, curl_off_t, curl_off_t up);
@@ -103,6 +105,7 @@ struct HTTPSession::Transfer {
     std::unique_ptr<CURL, Deleter> handle;
     QByteArray body;
     qsizetype headerBytes = 0;
+    int sendings = 0;        ///< how often the request was begun on a connection
     bool hasHeaders = false; ///< the empty line behind them was read
     curl_off_t moved = 0;    ///< bytes in both directions
     Clock::time_point lastProgress = Clock::now();
@@ -191,6 +194,11 @@ void HTTPSession::Transfer::prepareHeaders()
     };
     bool hasType = false;
     for (const HTTPRequest::Header& header : request.headers) {
+        const bool endsLine = std::ranges::any_of(header.first + header.second, [](char character) {
+            return character == '\r' || character == '\n' || character == '\0';
+        });
+        if (endsLine)
+            fail(HTTPError::Kind::badURL);
         hasType = hasType || header.first.compare("Content-Type", Qt::CaseInsensitive) == 0;
         append(header.first + ": " + header.second);
     }
@@ -224,9 +232,23 @@ void HTTPSession::Transfer::prepare()
     curl_easy_setopt(curl, CURLOPT_WRITEDATA, this);
     curl_easy_setopt(curl, CURLOPT_HEADERFUNCTION, takeHeader);
     curl_easy_setopt(curl, CURLOPT_HEADERDATA, this);
+    curl_easy_setopt(curl, CURLOPT_PREREQFUNCTION, beginSending);
+    curl_easy_setopt(curl, CURLOPT_PREREQDATA, this);
+    // A look-up that nobody waits for any more must not be waited for.
+    curl_easy_setopt(curl, CURLOPT_QUICK_EXIT, 1L);
+    // Only a file of authorities is kept between connections.
+    curl_easy_setopt(curl, CURLOPT_CAPATH, static_cast<const char*>(nullptr));
     curl_easy_setopt(curl, CURLOPT_NOPROGRESS, 0L);
     curl_easy_setopt(curl, CURLOPT_XFERINFOFUNCTION, noteProgress);
     curl_easy_setopt(curl, CURLOPT_XFERINFODATA, this);
+}
+
+int HTTPSession::Transfer::beginSending(void* transfer, char*, char*, int, int)
+{
+    auto& self = *static_cast<Transfer*>(transfer);
+    const bool mayBegin = self.sendings == 0 || changesNothing(self.request.method);
+    ++self.sendings;
+    return mayBegin ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
 }
 
 size_t HTTPSession::Transfer::takeBody(char* bytes, size_t, size_t count, void* transfer)
@@ -235,7 +257,7 @@ size_t HTTPSession::Transfer::takeBody(char* bytes, size_t, size_t count, void* 
     self.lastProgress = Clock::now();
     const auto size = static_cast<qsizetype>(count);
     // Anything but the whole count ends the transfer.
-    if (size > self.limits.body - self.body.size())
+    if (size > std::min(self.limits.body, self.request.mostBody) - self.body.size())
         return 0;
     self.body.append(bytes, size);
     return count;
@@ -287,6 +309,14 @@ HTTPResponse HTTPSession::Transfer::response()
             location.replace(0, start.size(), start);
     }
     return {static_cast<int>(status), std::move(body), location};
+}
+
+void HTTPSession::Transfer::fail(HTTPError::Kind kind) const
+{
+    // Nobody must believe that something was done where nothing was said.
+    const bool isOfConnecting =
+        sendings == 0 && (kind == HTTPError::Kind::timedOut || kind == HTTPError::Kind::broken);
+    throw HTTPError(isOfConnecting ? HTTPError::Kind::unreachable : kind, host());
 }
 
 // --- Multi

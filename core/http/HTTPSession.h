@@ -16,13 +16,14 @@ namespace Larkhaven {
 /// the proxies of the environment. It knows no cookies, caches, stored credentials or redirects, and says
 /// "Larkhaven" of itself and nothing else.
 ///
-/// A request is sent once. libcurl repeats one by itself where a connection that was used before ends without
-/// an answer; whatever changes something on the server therefore gets a connection of its own. Main thread.
+/// What changes something on the server is sent once. libcurl repeats a request by itself where a connection
+/// that was used before ends without an answer, and where a stream of HTTP/2 is refused; such a request
+/// therefore gets a connection of its own, and ends where libcurl would send it again. Main thread.
 class HTTPSession : public QObject {
 public:
     struct Limits {
         qsizetype head = 64 * 1024;         ///< of a request: its URL and its headers, in bytes
-        qsizetype body = 128 * 1024 * 1024; ///< of a response, decoded, in bytes
+        qsizetype body = 128 * 1024 * 1024; ///< of a response, whatever its request allows, in bytes
         qsizetype headers = 256 * 1024;     ///< of a response with all that came before it, in bytes
         std::chrono::milliseconds whole =
             std::chrono::seconds(600); ///< from the first look-up to the last byte

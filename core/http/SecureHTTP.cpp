@@ -19,6 +19,19 @@ namespace {
 
 constexpr qsizetype searchedForLimit = 4000; ///< bytes of a body
 constexpr qsizetype longestMessage = 500;    ///< bytes
+/// A longer body, in bytes, isn't read for a message.
+constexpr qsizetype longestReadMessage = 64 * 1024;
+
+/// The token of the request (RFC 6750, 2.1); empty where it has none.
+QByteArray bearer(const HTTPRequest& request)
+{
+    constexpr QByteArrayView scheme("Bearer ");
+    for (const auto& [name, value] : request.headers) {
+        if (name.compare("Authorization", Qt::CaseInsensitive) == 0 && value.startsWith(scheme))
+            return value.sliced(scheme.size());
+    }
+    return {};
+}
 
 bool isHTTPS(const QByteArray& url)
 {
@@ -71,6 +84,7 @@ Task<HTTPResponse> send(HTTPRequest request, std::stop_token stop)
 
 Task<QByteArray> checked(HTTPRequest request, std::stop_token stop)
 {
+    const QByteArray secret = bearer(request);
     HTTPResponse response = co_await send(std::move(request), std::move(stop));
     if (response.status >= 200 && response.status <= 299)
         co_return std::move(response.body);
@@ -78,6 +92,9 @@ Task<QByteArray> checked(HTTPRequest request, std::stop_token stop)
         throw MailError::notSignedIn();
     if (isRateLimited(response.status, response.body))
         throw MailError::rateLimited();
+    // A service may repeat in its words what it was sent.
+    if (!secret.isEmpty() && response.body.size() <= longestReadMessage)
+        response.body.replace(secret, "…");
     throw MailError::http(response.status, message(response.body));
 }
 
@@ -94,12 +111,19 @@ bool isRateLimited(int status, QByteArrayView body)
 
 QString message(const QByteArray& body)
 {
+    if (body.size() > longestReadMessage)
+        return {};
     const QJsonValue error = QJsonDocument::fromJson(body).object()["error"_L1];
     const QJsonValue text = error.isObject() ? error["message"_L1] : error;
-    const QByteArray words = text.isString() ? text.toString().toUtf8() : body;
-    const QByteArray start = words.first(std::min(words.size(), longestMessage)).trimmed();
-    const bool isForPrograms = start.startsWith('{') || start.startsWith('[') || start.startsWith('<');
-    return isForPrograms ? QString() : firstPart(words);
+    if (text.isString()) {
+        const QByteArray words = text.toString().trimmed().toUtf8();
+        const bool isForPrograms = words.startsWith('{') || words.startsWith('[') || words.startsWith('<');
+        return isForPrograms ? QString() : firstPart(words);
+    }
+    const QString words = firstPart(body);
+    const bool isForPrograms =
+        std::ranges::any_of(words, [](QChar letter) { return QStringView(u"{[<").contains(letter); });
+    return isForPrograms ? QString() : words;
 }
 
 QByteArray formBody(const QMap<QString, QString>& fields)

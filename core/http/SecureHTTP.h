@@ -26,15 +26,15 @@ Task<HTTPResponse> send(HTTPRequest request, std::stop_token stop = {});
 
 /// The body of a response of the statuses 200 to 299. Any other fails: 401 with `MailError::notSignedIn`, one
 /// that `isRateLimited` with `MailError::rateLimited`, the rest with `MailError::http` and `message` of the
-/// body.
+/// body, in which the request's bearer token doesn't stand.
 Task<QByteArray> checked(HTTPRequest request, std::stop_token stop = {});
 
 /// 429; or 403 where the first 4000 bytes of the body are UTF-8 and hold one of Google's words for it.
 bool isRateLimited(int status, QByteArrayView body);
 
 /// What the body of a failure says: the message of the error object where it is JSON with one (as Google's
-/// services and RFC 6749, section 5.2, have it), otherwise its first 500 bytes; empty where those are other
-/// JSON, HTML or XML, or aren't UTF-8, also where they end within a character.
+/// services and RFC 6749, section 5.2, have it), otherwise its first 500 bytes; empty where those hold other
+/// JSON, HTML or XML, or aren't UTF-8, also where they end within a character, and of more than 64 KiB.
 QString message(const QByteArray& body);
 
 /// The fields, sorted by key, as application/x-www-form-urlencoded. All but letters and digits of ASCII and

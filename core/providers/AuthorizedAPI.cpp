@@ -133,6 +133,7 @@ Task<QByteArray> AuthorizedAPI::sendOnce(QByteArray url, Request request, QStrin
     sent.url = url;
     sent.method = request.method;
     sent.timeout = timeout;
+    sent.mostBody = request.mostBody;
     sent.headers = {{"Authorization", "Bearer " + token.toUtf8()}, {"Accept", "application/json"}};
     for (const auto& [name, value] : std::as_const(request.headers))
         sent.setHeader(name, value);
@@ -143,15 +144,8 @@ Task<QByteArray> AuthorizedAPI::sendOnce(QByteArray url, Request request, QStrin
         sent.body = request.body;
         sent.setHeader("Content-Type", request.contentType);
     }
-    try {
-        QByteArray body = co_await SecureHTTP::checked(sent, stop);
-        co_return body;
-    } catch (const MailError& error) {
-        // A service may repeat in its words what it was sent.
-        if (error.kind() != MailError::Kind::http || !error.text().contains(token))
-            throw;
-        throw MailError::http(error.status(), QString(error.text()).replace(token, QStringLiteral("…")));
-    }
+    QByteArray body = co_await SecureHTTP::checked(sent, stop);
+    co_return body;
 }
 
 Task<QJsonObject> AuthorizedAPI::requestJSON(Request request, std::stop_token stop) const

@@ -29,6 +29,7 @@ public:
         std::optional<QByteArray> body = std::nullopt;
         QByteArray contentType = "application/octet-stream"; ///< of `body`
         QList<HTTPRequest::Header> headers = {};             ///< overwrite those that every request has
+        qsizetype mostBody = HTTPRequest().mostBody;         ///< of the response, in bytes
     };
     /// False where the sleep was ended by the stop.
     using Sleep = std::function<Task<bool>(std::chrono::milliseconds, std::stop_token)>;

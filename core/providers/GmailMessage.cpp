@@ -85,6 +85,8 @@ void setLabels(MessageSummary& summary, QList<QString> labelIDs)
 {
     std::ranges::sort(labelIDs);
     labelIDs.erase(std::unique(labelIDs.begin(), labelIDs.end()), labelIDs.end());
+    if (labelIDs.size() > mostLabels)
+        labelIDs.resize(mostLabels);
     summary.isRead = !labelIDs.contains(SystemLabel::unread);
     summary.isStarred = labelIDs.contains(SystemLabel::starred);
     summary.mailbox = mailboxText(labelIDs);

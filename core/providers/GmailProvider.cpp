@@ -126,9 +126,9 @@ Task<MessagePage> GmailProvider::listMessages(MailboxRef ref, std::optional<QStr
     const qint64 count = entry.items.size();
     const qint64 start = std::clamp<qint64>(offset, 0, count);
     const QList<QString> ids = entry.items.sliced(start, std::clamp<qint64>(limit, 0, count - start));
-    co_await completeRows(ids);
+    const SyncState::Summaries known = co_await completeRows(ids);
     MessagePage page;
-    page.messages = co_await rows(ids);
+    page.messages = co_await rows(ids, known);
     page.hasMore = count > offset + limit || !entry.exhausted;
     page.total = co_await total(ref, query, entry.estimate);
     co_return page;
@@ -165,35 +165,45 @@ Task<GmailProvider::Listings::Page> GmailProvider::fetchPage(Query specification
     co_return page;
 }
 
-Task<> GmailProvider::completeRows(QList<QString> ids)
+GmailProvider::Lacking GmailProvider::lacking(const QList<QString>& ids) const
 {
+    const SyncState::Summaries known = m_state.summaries(ids);
+    Lacking lacking;
+    QSet<QString> seen;
+    for (const QString& id : ids) {
+        if (seen.contains(id))
+            continue;
+        seen.insert(id);
+        if (!known.contains(id))
+            lacking.rows.append(id);
+        else if (m_state.isUnconfirmed(id))
+            lacking.labels.append(id);
+    }
+    return lacking;
+}
+
+Task<GmailProvider::SyncState::Summaries> GmailProvider::completeRows(QList<QString> ids)
+{
+    Lacking wanted = lacking(ids);
+    if (wanted.rows.isEmpty() && wanted.labels.isEmpty())
+        co_return m_state.summaries(ids);
     // Of two pages that share rows, the second finds them.
     const Turnstile::Turn turn = co_await m_rowTurn.enter();
-    const SyncState::Summaries known = m_state.summaries(ids);
-    QList<QString> missing;
-    QList<QString> unconfirmed;
-    for (const QString& id : QSet<QString>(ids.cbegin(), ids.cend())) {
-        if (!known.contains(id))
-            missing.append(id);
-        else if (m_state.isUnconfirmed(id))
-            unconfirmed.append(id);
-    }
-    const auto byPosition = [&ids](const QString& left, const QString& right) {
-        return ids.indexOf(left) < ids.indexOf(right);
-    };
-    std::ranges::sort(missing, byPosition);
-    std::ranges::sort(unconfirmed, byPosition);
+    wanted = lacking(ids);
     const auto fetch = [this](QString id, std::stop_token stop) { return fetchRow(id, std::move(stop)); };
-    co_await inGroup(missing, readingWidth, fetch);
+    co_await inGroup(wanted.rows, readingWidth, fetch);
     const auto confirm = [this](QString id, std::stop_token stop) { return confirmRow(id, std::move(stop)); };
     // Those that can't be read wait for the next time that they are shown.
-    co_await settled(inGroup(unconfirmed, readingWidth, confirm));
+    co_await settled(inGroup(wanted.labels, readingWidth, confirm));
+    // A snapshot drops the oldest rows, also those of the page that is asked for.
+    SyncState::Summaries rows = m_state.summaries(ids);
     co_await m_state.persist();
+    co_return rows;
 }
 
 Task<> GmailProvider::fetchRow(QString id, std::stop_token stop)
 {
-    const SyncState::Look look(m_state);
+    const SyncState::Look look(m_state, {id});
     const Query query{{u"format"_s, u"metadata"_s},
                       {u"metadataHeaders"_s, u"From"_s},
                       {u"metadataHeaders"_s, u"To"_s},
@@ -213,7 +223,7 @@ Task<> GmailProvider::fetchRow(QString id, std::stop_token stop)
 
 Task<> GmailProvider::confirmRow(QString id, std::stop_token stop)
 {
-    const SyncState::Look look(m_state);
+    const SyncState::Look look(m_state, {id});
     const Query query{{u"format"_s, u"minimal"_s}, fields(u"id,labelIds"_s)};
     const QByteArray path = "messages/" + GmailRequest::escaped(id);
     const Outcome<QJsonObject> answer = co_await settled(m_api.requestJSON(get(path, query), stop));
@@ -227,9 +237,8 @@ Task<> GmailProvider::confirmRow(QString id, std::stop_token stop)
         m_state.confirm(id, GmailMessage::strings((*answer.value)["labelIds"_L1]), look);
 }
 
-Task<QList<MessageSummary>> GmailProvider::rows(QList<QString> ids)
+Task<QList<MessageSummary>> GmailProvider::rows(QList<QString> ids, SyncState::Summaries known)
 {
-    SyncState::Summaries known = m_state.summaries(ids);
     const auto hasUnknownLabel = [this](const MessageSummary& summary) {
         const QStringList labels = GmailMessage::labelsIn(summary.mailbox);
         return std::ranges::any_of(labels, [this](const QString& id) { return !m_labelNames.contains(id); });
@@ -267,8 +276,10 @@ Task<std::optional<qint64>> GmailProvider::total(MailboxRef ref, std::optional<Q
     const QByteArray path = label.isEmpty() ? "profile" : "labels/" + GmailRequest::escaped(label);
     const Query asked{fields(u"messagesTotal"_s)};
     const Outcome<QJsonObject> answer = co_await settled(m_api.requestJSON(get(path, asked)));
-    if (answer.value)
-        total = optionalInteger((*answer.value)["messagesTotal"_L1]);
+    const std::optional<qint64> counted =
+        answer.value ? optionalInteger((*answer.value)["messagesTotal"_L1]) : std::nullopt;
+    if (counted && *counted >= 0)
+        total = counted;
     co_return total;
 }
 
@@ -302,6 +313,7 @@ Task<> GmailProvider::sync()
 Task<bool> GmailProvider::followHistory()
 {
     bool hasChanged = false;
+    bool isWhole = false;
     QString position = *m_state.historyId();
     const QString start = position;
     std::optional<QString> token;
@@ -322,14 +334,18 @@ Task<bool> GmailProvider::followHistory()
         hasChanged = hasChanged || !records.isEmpty();
         position = optionalText((*answer.value)["historyId"_L1]).value_or(position);
         const std::optional<QString> next = optionalText((*answer.value)["nextPageToken"_L1]);
-        const bool isLast = !next || next == token;
-        token = next;
-        if (isLast)
+        isWhole = !next;
+        if (isWhole || next == token)
             break;
+        token = next;
     }
-    m_state.setHistoryId(position);
+    // What stands on pages that weren't read is never told again.
+    if (isWhole)
+        m_state.setHistoryId(position);
+    else
+        m_state.setBaseline(position);
     co_await m_state.persist();
-    co_return hasChanged;
+    co_return hasChanged || !isWhole;
 }
 
 void GmailProvider::applyRecord(const QJsonObject& record)
@@ -430,8 +446,8 @@ Task<> GmailProvider::addCount(std::shared_ptr<QHash<QString, qint64>> counts, Q
 {
     const Outcome<QJsonObject> numbers =
         co_await settled(labelNumbers(labelID, u"messagesUnread,messagesTotal"_s, stop));
-    // Without a sign-in the others fail as well, and each would ask for a new token.
-    if (numbers.failure && GmailRequest::isSignInGone(numbers.failure))
+    // The others would fail as well: each would ask for a new token, or wait as long.
+    if (numbers.failure && GmailRequest::isOfAllRequests(numbers.failure))
         std::rethrow_exception(numbers.failure);
     const qint64 count = numbers.value ? (*numbers.value)[number].toInteger(0) : 0;
     if (count > 0)

@@ -82,11 +82,18 @@ private:
     // Listing. Whoever calls these keeps the provider alive.
     Task<Listings::Entry> listing(MailboxRef ref, std::optional<QString> query, qint64 count);
     Task<Listings::Page> fetchPage(Query specification, std::optional<QString> continuation);
-    /// Sees to it that the rows of the ids are known and confirmed, as far as they can be.
-    Task<> completeRows(QList<QString> ids);
+    /// Ids, in their order and each once, of which there is something to ask.
+    struct Lacking {
+        QList<QString> rows;
+        QList<QString> labels; ///< the rows are known, and unconfirmed
+    };
+    Lacking lacking(const QList<QString>& ids) const;
+    /// The rows of the ids, known and confirmed as far as they can be.
+    Task<SyncState::Summaries> completeRows(QList<QString> ids);
     Task<> fetchRow(QString id, std::stop_token stop);
     Task<> confirmRow(QString id, std::stop_token stop);
-    Task<QList<MessageSummary>> rows(QList<QString> ids);
+    /// With their labels by name.
+    Task<QList<MessageSummary>> rows(QList<QString> ids, SyncState::Summaries known);
     Task<std::optional<qint64>> total(MailboxRef ref, std::optional<QString> query,
                                       std::optional<qint64> estimate);
     /// Follows the history. Never fails: what can't be learned is left to the next time.

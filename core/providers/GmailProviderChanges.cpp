@@ -57,7 +57,7 @@ Task<> GmailProvider::modify(QList<QString> ids, QList<QString> add, QList<QStri
         const QJsonObject json{{u"ids"_s, QJsonArray::fromStringList(piece)},
                                {u"addLabelIds"_s, QJsonArray::fromStringList(add)},
                                {u"removeLabelIds"_s, QJsonArray::fromStringList(remove)}};
-        const SyncState::Look look(m_state);
+        const SyncState::Look look(m_state, piece);
         outcome =
             co_await settled(m_api.request(GmailRequest::withJSON("POST", "messages/batchModify", json)));
         if (outcome.value)
@@ -113,7 +113,7 @@ Task<> GmailProvider::trash(QList<QString> ids)
         co_return;
     co_await m_state.load();
     const Turnstile::Turn turn = co_await m_changeTurn.enter();
-    const SyncState::Look look(m_state);
+    const SyncState::Look look(m_state, ids);
     const auto trashEach = [this](QString id, std::stop_token stop) { return trashOne(id, std::move(stop)); };
     co_await inGroup(ids, trashingWidth, trashEach);
     m_state.apply(ids, {SystemLabel::trash}, {SystemLabel::inbox, SystemLabel::spam}, look);
@@ -142,6 +142,7 @@ Task<MailLabel> GmailProvider::createLabel(QString name)
 {
     const auto self = shared_from_this();
     const QString path = normalizedLabelName(name);
+    const Turnstile::Turn turn = co_await m_changeTurn.enter();
     const QList<MailLabel> labels = co_await allLabels();
     // A label is shown as nested only where those above it exist.
     for (qsizetype slash = path.indexOf(u'/'); slash >= 0; slash = path.indexOf(u'/', slash + 1)) {
@@ -168,6 +169,7 @@ Task<MailLabel> GmailProvider::renameLabel(MailLabel label, QString newName)
 {
     const auto self = shared_from_this();
     const QString path = normalizedLabelName(newName);
+    const Turnstile::Turn turn = co_await m_changeTurn.enter();
     const QList<MailLabel> labels = co_await allLabels();
     const QString prefix = label.path + u'/';
     co_await patchLabel(label.id, path);
@@ -181,6 +183,7 @@ Task<MailLabel> GmailProvider::renameLabel(MailLabel label, QString newName)
 Task<> GmailProvider::deleteLabel(MailLabel label)
 {
     const auto self = shared_from_this();
+    const Turnstile::Turn turn = co_await m_changeTurn.enter();
     const AuthorizedAPI::Request request{.method = "DELETE",
                                          .path = "labels/" + GmailRequest::escaped(label.id)};
     co_await m_api.request(request);

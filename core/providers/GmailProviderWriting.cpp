@@ -30,6 +30,9 @@ QString tr(const char* text)
     return QCoreApplication::translate("GmailProvider", text);
 }
 
+/// A message of 50 MB, the largest that Gmail has, in base64, with room to spare.
+constexpr qsizetype longestRawAnswer = 128 * 1024 * 1024;
+
 QString cacheKey(const QString& id)
 {
     return u"gmail:"_s + id;
@@ -88,7 +91,9 @@ Task<QByteArray> GmailProvider::fetchRaw(QString id)
             co_return bytes;
     }
     const Query query{{u"format"_s, u"raw"_s}};
-    const QByteArray answer = co_await m_api.request(get("messages/" + GmailRequest::escaped(id), query));
+    AuthorizedAPI::Request request = get("messages/" + GmailRequest::escaped(id), query);
+    request.mostBody = longestRawAnswer;
+    const QByteArray answer = co_await m_api.request(request);
     const auto decode = [answer] { return rawContent(answer); };
     QByteArray bytes = co_await runOnWorker(decode);
     if (m_cache)
@@ -101,8 +106,8 @@ Task<std::optional<QString>> GmailProvider::threadID(QString id)
     const auto self = shared_from_this();
     const Query query{{u"format"_s, u"minimal"_s}};
     const QByteArray answer = co_await m_api.request(get("messages/" + GmailRequest::escaped(id), query));
-    const QJsonValue thread = QJsonDocument::fromJson(answer)["threadId"_L1];
-    co_return thread.isString() ? std::optional(thread.toString()) : std::nullopt;
+    const QString thread = QJsonDocument::fromJson(answer)["threadId"_L1].toString();
+    co_return thread.isEmpty() ? std::nullopt : std::optional(thread);
 }
 
 Task<bool> GmailProvider::wasSent(QString messageID)

@@ -30,12 +30,12 @@ bool isNotFound(const std::exception_ptr& failure)
     }
 }
 
-bool isSignInGone(const std::exception_ptr& failure)
+bool isOfAllRequests(const std::exception_ptr& failure)
 {
     try {
         std::rethrow_exception(failure);
     } catch (const MailError& error) {
-        return error.kind() == MailError::Kind::notSignedIn;
+        return error.kind() == MailError::Kind::notSignedIn || error.kind() == MailError::Kind::rateLimited;
     } catch (...) {
         return false;
     }

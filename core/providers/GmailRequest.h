@@ -18,8 +18,8 @@ AuthorizedAPI::Request withJSON(const QByteArray& method, const QByteArray& path
 
 /// Whether the service knows nothing under this path. `failure` must not be null.
 bool isNotFound(const std::exception_ptr& failure);
-/// Whether no token is to be had any more.
-bool isSignInGone(const std::exception_ptr& failure);
+/// Whether other requests would fail so too: no token is to be had, or their rate is limited.
+bool isOfAllRequests(const std::exception_ptr& failure);
 /// Whether the service may have done what it was asked for all the same.
 bool mayHaveArrived(const std::exception_ptr& failure);
 

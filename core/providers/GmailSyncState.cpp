@@ -78,22 +78,28 @@ void trim(QHash<QString, MessageSummary>& messages, qsizetype limit)
 
 // --- Look
 
-GmailSyncState::Look::Look(GmailSyncState& state)
+GmailSyncState::Look::Look(GmailSyncState& state, QList<QString> ids)
     : m_state(state)
+    , m_ids(std::move(ids))
     , m_since(state.m_changes)
 {
-    ++m_state.m_looks;
+    for (const QString& id : m_ids)
+        ++m_state.m_looks[id];
 }
 
 GmailSyncState::Look::~Look()
 {
-    if (--m_state.m_looks == 0)
-        m_state.m_recent.clear();
+    for (const QString& id : m_ids) {
+        if (--m_state.m_looks[id] > 0)
+            continue;
+        m_state.m_looks.remove(id);
+        m_state.m_recent.remove(id);
+    }
 }
 
 void GmailSyncState::note(const QString& id, Change change)
 {
-    if (m_looks > 0)
+    if (m_looks.contains(id))
         m_recent[id].append(std::move(change));
 }
 
@@ -186,8 +192,9 @@ void GmailSyncState::remove(const QString& id)
 
 void GmailSyncState::relabel(MessageSummary& summary, const QList<QString>& add, const QList<QString>& remove)
 {
+    const QSet<QString> removed(remove.cbegin(), remove.cend());
     QList<QString> labels = summary.labelIDs;
-    labels.removeIf([&remove](const QString& label) { return remove.contains(label); });
+    labels.removeIf([&removed](const QString& label) { return removed.contains(label); });
     GmailMessage::setLabels(summary, labels + add);
 }
 

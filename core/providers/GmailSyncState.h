@@ -27,10 +27,10 @@ public:
 
     using Summaries = QHash<QString, MessageSummary>;
 
-    /// A request for labels that is under way.
+    /// A request for labels of messages that is under way.
     class Look {
     public:
-        explicit Look(GmailSyncState& state);
+        Look(GmailSyncState& state, QList<QString> ids);
         ~Look();
         Look(const Look&) = delete;
         Look& operator=(const Look&) = delete;
@@ -38,6 +38,7 @@ public:
     private:
         friend class GmailSyncState;
         GmailSyncState& m_state;
+        const QList<QString> m_ids;
         const quint64 m_since;
     };
     /// `cache` may be null.
@@ -50,7 +51,8 @@ public:
 
     const std::optional<QString>& historyId() const { return m_historyId; }
     void setHistoryId(const QString& id);
-    /// The position in place of one that has expired, or of none: what is known is unconfirmed.
+    /// The position behind changes that nobody has told of, as where the last one has expired, or there was
+    /// none: what is known is unconfirmed.
     void setBaseline(const QString& id);
 
     /// Those of the ids that are known.
@@ -93,10 +95,10 @@ private:
     std::optional<QString> m_historyId;
     Summaries m_messages;
     QSet<QString> m_unconfirmed;
-    QHash<QString, QList<Change>> m_recent; ///< since the oldest look began
+    QHash<QString, int> m_looks;            ///< how many are at a message
+    QHash<QString, QList<Change>> m_recent; ///< of those messages
     quint64 m_changes = 0;
     quint64 m_baseline = 0; ///< number of the change that the last one was
-    int m_looks = 0;
     Turnstile m_turn;
     bool m_isLoaded = false;
     bool m_isDirty = false;

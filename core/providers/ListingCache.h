@@ -20,6 +20,8 @@ public:
     /// A listing ends for us after so many items, or pages: a runaway one must not grow without end.
     static constexpr qsizetype mostItems = 200'000;
     static constexpr int mostPages = 10'000;
+    /// Listings that are kept; the one that nobody has asked for for longest goes.
+    static constexpr qsizetype mostListings = 32;
 
     struct Entry {
         QList<Item> items; ///< from the listing's start, in the service's order
@@ -42,6 +44,10 @@ public:
     /// is one that was begun before `clear`.
     Task<Entry> ensure(QString key, qint64 count, Fetch fetch)
     {
+        m_recentKeys.removeOne(key);
+        m_recentKeys.append(key);
+        if (m_recentKeys.size() > mostListings)
+            m_entries.remove(m_recentKeys.takeFirst());
         for (;;) {
             {
                 const Entry& known = m_entries[key];
@@ -65,6 +71,7 @@ public:
     void clear()
     {
         m_entries.clear();
+        m_recentKeys.clear();
         ++m_generation;
     }
 
@@ -81,6 +88,7 @@ private:
     }
 
     QHash<QString, Entry> m_entries;
+    QList<QString> m_recentKeys; ///< the one that was asked for last at the end
     quint64 m_generation = 0;
 };
 

@@ -62,6 +62,17 @@ protected:
     void keep(const TokenSet& tokens) { store->items.save(Credential::oauth(tokens), id); }
     QString stored() { return store->items.load(id)->tokens()->accessToken; }
 
+    /// As a request to a service does.
+    Task<QString> askTwice()
+    {
+        try {
+            co_await manager->validToken(false);
+        } catch (const MailError&) {
+        }
+        QString token = co_await manager->validToken(true);
+        co_return token;
+    }
+
     qsizetype refreshes() const { return server.requests().size(); }
 
     static void expectStoreError(Task<QString> task) { EXPECT_THROW(await(std::move(task)), StoreError); }
@@ -188,6 +199,27 @@ TEST_F(TokenManagerTest, GivesThoseWhoWaitTheSameFailureAndAsksAgainLater)
     EXPECT_EQ(refreshes(), 2);
 }
 
+TEST_F(TokenManagerTest, AsksOnceMoreForAllWhoAskAgainAfterAFailure)
+{
+    keep(tokens(u"kept"_s, 0s));
+    reply = WebReply{400, "{\"error\":\"invalid_grant\"}"};
+    for (const bool isForced : {false, true}) {
+        std::vector<Begun<QString>> asking;
+        for (int number = 0; number < 20; ++number)
+            asking.emplace_back(manager->validToken(isForced));
+        for (Begun<QString>& one : asking)
+            EXPECT_THROW(one.get(), MailError);
+    }
+    EXPECT_EQ(refreshes(), 2);
+    // Also where the second time comes while the first ones are being answered.
+    std::vector<Begun<QString>> asking;
+    for (int number = 0; number < 20; ++number)
+        asking.emplace_back(askTwice());
+    for (Begun<QString>& one : asking)
+        EXPECT_THROW(one.get(), MailError);
+    EXPECT_EQ(refreshes(), 4);
+}
+
 TEST_F(TokenManagerTest, KeepsTheRefreshTokenThroughALostGrant)
 {
     keep(tokens(u"kept"_s, 0s));
@@ -267,6 +299,14 @@ TEST_F(TokenManagerTest, StoresNothingMoreOnceItIsRetired)
     EXPECT_THROW(asking.get(), MailError);
     EXPECT_EQ(store->saves, 0);
     EXPECT_EQ(refreshes(), 1);
+}
+
+TEST_F(TokenManagerTest, GivesNoTokenThatItKnowsOnceItIsRetired)
+{
+    keep(tokens(u"kept"_s, 1h));
+    await(manager->validToken(false));
+    await(manager->retire());
+    expectMailError(manager->validToken(false), MailError::Kind::cancelled);
 }
 
 TEST_F(TokenManagerTest, IsRetiredWhenWhatIsBeingStoredHasBeenStored)

@@ -80,6 +80,9 @@ TEST_F(TokenRequestTest, KeepsTheRefreshTokenWhereAnAnswerBringsNone)
     answer(200, R"({"access_token":"a"})");
     EXPECT_EQ(refresh().refreshToken, u"old");
     EXPECT_EQ(exchange().refreshToken, std::nullopt);
+    answer(200, R"({"access_token":"a","refresh_token":""})");
+    EXPECT_EQ(refresh().refreshToken, u"old");
+    EXPECT_EQ(exchange().refreshToken, std::nullopt);
     answer(200, R"({"access_token":"a","refresh_token":null,"id_token":null})");
     EXPECT_EQ(refresh().refreshToken, u"old");
     EXPECT_EQ(refresh().idToken, std::nullopt);
@@ -109,6 +112,8 @@ TEST_F(TokenRequestTest, FailsOnAnAnswerThatIsNone)
 {
     for (const QByteArray body :
          {"", "<html>", "[]", "{}", R"({"access_token":1})", R"({"access_token":null})", "{\"access_token\"",
+          R"({"access_token":""})", R"({"access_token":"a\r\nX-Evil: 1"})", R"({"access_token":"a\u0001"})",
+          R"({"access_token":"ä"})", R"({"access_token":"a","refresh_token":"b c"})",
           R"({"access_token":"a","expires_in":"3600"})", R"({"access_token":"a","refresh_token":1})"})
         EXPECT_EQ(decodingError(body), u"The answer of the sign-in service can’t be read.") << body.data();
 }

@@ -242,12 +242,12 @@ private:
 TEST_F(HTTPSessionTest, WaitsForASlowUploadAsLongAsItGoesOn)
 {
     // More than all buffers on the way hold, so that bytes leave all the time.
-    constexpr qsizetype size = 24 * 1024 * 1024;
-    const SlowReader reader(size, 512 * 1024);
+    constexpr qsizetype size = 48 * 1024 * 1024;
+    const SlowReader reader(size, 1024 * 1024);
     HTTPRequest request = post();
     request.url = "https://api.example:8443/";
     request.body = QByteArray(size, 'x');
-    request.timeout = std::chrono::seconds(2);
+    request.timeout = std::chrono::milliseconds(2'500);
     EXPECT_EQ(await(perform(request)).body, "ok");
 }
 
@@ -346,6 +346,46 @@ TEST_F(HTTPSessionTest, SendsNoHeadThatNoServerTakes)
     request.headers = {{"X", QByteArray(room, 'b')}};
     expectFailure(perform(request), HTTPError::Kind::badURL, u"The address of the service can’t be used."_s);
     EXPECT_EQ(server.requests().size(), 1);
+}
+
+TEST_F(HTTPSessionTest, SendsNoHeaderThatEndsItsLine)
+{
+    for (const QByteArray value : {"a\r\nX-Evil: 1", "a\nb", "a\rb"}) {
+        HTTPRequest request = get();
+        request.headers = {{"X", value}};
+        expectFailure(perform(request), HTTPError::Kind::badURL,
+                      u"The address of the service can’t be used."_s);
+    }
+    EXPECT_EQ(server.attempts(), 0);
+}
+
+TEST_F(HTTPSessionTest, TellsThatNothingWasSentWhereNoConnectionStood)
+{
+    // It takes connections and says nothing, as a host that hangs.
+    QTcpServer silent;
+    ASSERT_TRUE(silent.listen(QHostAddress::LocalHost, 8444));
+    HTTPRequest request = post();
+    request.url = "https://api.example:8444/";
+    request.timeout = std::chrono::milliseconds(300);
+    expectFailure(perform(request), HTTPError::Kind::unreachable,
+                  u"No connection to api.example could be made."_s);
+    QObject::connect(&silent, &QTcpServer::newConnection, &silent, [&silent] {
+        while (QTcpSocket* const socket = silent.nextPendingConnection())
+            socket->abort();
+    });
+    request.timeout = std::chrono::seconds(10);
+    expectFailure(perform(request), HTTPError::Kind::unreachable,
+                  u"No connection to api.example could be made."_s);
+}
+
+TEST_F(HTTPSessionTest, TakesNoMoreOfABodyThanTheRequestAllows)
+{
+    reply.body = QByteArray(1000, 'x');
+    HTTPRequest request = get();
+    request.mostBody = 1000;
+    EXPECT_EQ(await(perform(request)).body, reply.body);
+    request.mostBody = 999;
+    expectFailure(perform(request), HTTPError::Kind::tooLarge, u"The answer of api.example was too large."_s);
 }
 
 TEST_F(HTTPSessionTest, EndsWhereItIsStopped)

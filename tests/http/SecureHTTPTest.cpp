@@ -203,7 +203,7 @@ TEST(SecureHTTP, ShowsNobodyRawJSONOrHTML)
     for (const QByteArray body :
          {R"({"error":{"status":"PERMISSION_DENIED"}})", R"({"error":{"message":7}})",
           R"({"error":{"message":"{\"a\":[1]}"}})", R"({"error":{"message":" <b>No</b>"}})", R"([1,2])",
-          R"( {"a":1})", "{\"cut", "<html><p>Bad</p></html>", "\r\n<!DOCTYPE html>",
+          R"( {"a":1})", "{\"cut", "<html><p>Bad</p></html>", ")]}'\n{\"a\":1}", "\r\n<!DOCTYPE html>",
           "<?xml version=\"1.0\"?>"})
         EXPECT_EQ(SecureHTTP::message(body), u""_s) << body.toStdString();
 }

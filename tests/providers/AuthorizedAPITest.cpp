@@ -301,6 +301,10 @@ TEST_F(AuthorizedAPITest, NeverRepeatsItsTokenInAText)
     body = R"({"error":{"message":"Bearer t1 isn't good"}})";
     answerInTurn({400});
     expectMailError(request({.path = "x"}), MailError::Kind::http, u"Bearer … isn't good"_s);
+    // Also where its end is cut off.
+    body = QByteArray(499, 'x') + "t1";
+    answerInTurn({400});
+    expectMailError(request({.path = "x"}), MailError::Kind::http, QString());
 }
 
 TEST_F(AuthorizedAPITest, ReadsAnEmptyBodyAsAnEmptyObject)

@@ -125,13 +125,19 @@ TEST_F(GmailSyncTest, FollowsAllPagesAndKeepsTheChangeOfTheFirst)
     EXPECT_EQ(asked().first(), historyRequest("102"));
 }
 
-TEST_F(GmailSyncTest, EndsWhereTheHistoryRepeatsItsToken)
+TEST_F(GmailSyncTest, EndsWhereTheHistoryRepeatsItsTokenAndReadsLabelsAnew)
 {
     begin({"a"});
     on(historyRequest("100"), history({}, "101", R"(,"nextPageToken":"p2")"));
     on(historyRequest("100", "p2"), history({}, "102", R"(,"nextPageToken":"p2")"));
+    on(labelsRequest("a"), R"({"id":"a","labelIds":["TRASH"]})");
+    EXPECT_EQ(row(0).mailbox, u"Trash") << "which stood on a page that never came";
+    EXPECT_EQ(asked(), (QByteArrayList{historyRequest("100"), historyRequest("100", "p2"),
+                                       listRequest("&labelIds=INBOX"), labelsRequest("a"),
+                                       "GET labels/INBOX?fields=messagesTotal"}));
+    on(historyRequest("102"), history({}, "102"));
     row(0);
-    EXPECT_EQ(asked().size(), 3);
+    EXPECT_EQ(asked().first(), historyRequest("102"));
 }
 
 TEST_F(GmailSyncTest, GoesOnWithWhatIsKnownWhereTheHistoryFails)
@@ -293,6 +299,23 @@ TEST_F(GmailSyncTest, WorksWithoutACache)
     EXPECT_EQ(idsOf(await(inbox())), QStringList{u"a"_s});
 }
 
+TEST_F(GmailSyncTest, ShowsAPageOfMessagesThatAreOlderThanAllThatASnapshotHolds)
+{
+    QJsonArray newer;
+    for (qsizetype number = 0; number < GmailSyncState::summaryLimit; ++number) {
+        MessageSummary known;
+        known.id = u"n%1"_s.arg(number);
+        known.accountID = account.id;
+        known.date = QDateTime(QDate(2030, 1, 1), QTime(), Qt::UTC);
+        newer.append(known.toJSON());
+    }
+    const QJsonObject snapshot{{u"historyId"_s, u"100"_s}, {u"messages"_s, newer}};
+    await(cache->writeSnapshot(u"gmail"_s, QJsonDocument(snapshot).toJson()));
+    restart();
+    setInbox({"a"});
+    EXPECT_EQ(idsOf(await(inbox())), QStringList{u"a"_s});
+}
+
 TEST_F(GmailSyncTest, WritesItsSnapshotAsAList)
 {
     begin({"a"});
@@ -320,19 +343,20 @@ protected:
 
     void know(const QString& id, const QList<QString>& labels)
     {
-        const GmailSyncState::Look look(state);
+        const GmailSyncState::Look look(state, {id});
         state.store(summary(id, labels), look);
     }
 
     QList<QString> labelsOf(const QString& id) { return state.summaries({id}).value(id).labelIDs; }
     bool isKnown(const QString& id) { return state.summaries({id}).contains(id); }
 
+    const QList<QString> watched{u"a"_s, u"b"_s, u"c"_s};
     GmailSyncState state{cache};
 };
 
 TEST_F(GmailSyncStateTest, LaysWhatWasAppliedMeanwhileOverAnAnswer)
 {
-    const GmailSyncState::Look look(state);
+    const GmailSyncState::Look look(state, watched);
     state.apply({u"a"_s}, {u"STARRED"_s}, {u"UNREAD"_s});
     state.store(summary(u"a"_s, {u"INBOX"_s, u"UNREAD"_s}), look);
     EXPECT_EQ(labelsOf(u"a"_s), (QList<QString>{u"INBOX"_s, u"STARRED"_s}));
@@ -340,16 +364,16 @@ TEST_F(GmailSyncStateTest, LaysWhatWasAppliedMeanwhileOverAnAnswer)
 
 TEST_F(GmailSyncStateTest, LaysNothingOlderOverAnAnswer)
 {
-    const GmailSyncState::Look first(state);
+    const GmailSyncState::Look first(state, watched);
     state.apply({u"a"_s}, {u"STARRED"_s}, {});
-    const GmailSyncState::Look second(state);
+    const GmailSyncState::Look second(state, watched);
     state.store(summary(u"a"_s, {u"INBOX"_s}), second);
     EXPECT_EQ(labelsOf(u"a"_s), QList<QString>{u"INBOX"_s});
 }
 
 TEST_F(GmailSyncStateTest, DropsAnAnswerForAMessageThatWasDeletedMeanwhile)
 {
-    const GmailSyncState::Look look(state);
+    const GmailSyncState::Look look(state, watched);
     state.remove(u"a"_s);
     state.store(summary(u"a"_s, {}), look);
     EXPECT_FALSE(isKnown(u"a"_s));
@@ -358,7 +382,7 @@ TEST_F(GmailSyncStateTest, DropsAnAnswerForAMessageThatWasDeletedMeanwhile)
 TEST_F(GmailSyncStateTest, DropsTheLabelsOfARereadingThatWereOvertaken)
 {
     know(u"a"_s, {u"INBOX"_s});
-    const GmailSyncState::Look look(state);
+    const GmailSyncState::Look look(state, watched);
     state.apply({u"a"_s}, {u"TRASH"_s}, {u"INBOX"_s});
     state.confirm(u"a"_s, {u"INBOX"_s}, look);
     EXPECT_EQ(labelsOf(u"a"_s), QList<QString>{u"TRASH"_s});
@@ -368,11 +392,11 @@ TEST_F(GmailSyncStateTest, DropsTheLabelsOfARereadingThatWereOvertaken)
 
 TEST_F(GmailSyncStateTest, ConfirmsNoAnswerThatIsOlderThanThePosition)
 {
-    const GmailSyncState::Look look(state);
+    const GmailSyncState::Look look(state, watched);
     state.setBaseline(u"7"_s);
     state.store(summary(u"a"_s, {}), look);
     EXPECT_TRUE(state.isUnconfirmed(u"a"_s));
-    const GmailSyncState::Look later(state);
+    const GmailSyncState::Look later(state, watched);
     state.confirm(u"a"_s, {u"SPAM"_s}, later);
     EXPECT_FALSE(state.isUnconfirmed(u"a"_s));
     EXPECT_EQ(labelsOf(u"a"_s), QList<QString>{u"SPAM"_s});
@@ -382,23 +406,36 @@ TEST_F(GmailSyncStateTest, LeavesARowUnconfirmedThatTheHistoryAndWeHaveChangedAt
 {
     know(u"a"_s, {});
     know(u"b"_s, {});
-    const GmailSyncState::Look ours(state);
+    const GmailSyncState::Look ours(state, watched);
     state.apply({u"a"_s}, {}, {u"STARRED"_s});
     state.apply({u"a"_s, u"b"_s}, {u"STARRED"_s}, {}, ours);
     EXPECT_TRUE(state.isUnconfirmed(u"a"_s));
     EXPECT_FALSE(state.isUnconfirmed(u"b"_s));
-    const GmailSyncState::Look reading(state);
-    const GmailSyncState::Look another(state);
+    const GmailSyncState::Look reading(state, watched);
+    const GmailSyncState::Look another(state, watched);
     state.apply({u"c"_s}, {u"UNREAD"_s}, {});
     state.apply({u"c"_s}, {}, {u"UNREAD"_s}, another);
     state.store(summary(u"c"_s, {}), reading);
     EXPECT_TRUE(state.isUnconfirmed(u"c"_s)) << "also one that came to be known only then";
 }
 
+TEST_F(GmailSyncStateTest, RemembersChangesOfThoseMessagesAloneThatAreAskedFor)
+{
+    const GmailSyncState::Look look(state, {u"a"_s});
+    state.apply({u"a"_s, u"other"_s}, {u"STARRED"_s}, {});
+    state.store(summary(u"other"_s, {}), look);
+    EXPECT_EQ(labelsOf(u"other"_s), QList<QString>());
+    {
+        const GmailSyncState::Look second(state, {u"a"_s});
+    }
+    state.store(summary(u"a"_s, {}), look);
+    EXPECT_EQ(labelsOf(u"a"_s), QList<QString>{u"STARRED"_s}) << "as long as anybody asks";
+}
+
 TEST_F(GmailSyncStateTest, TakesNoChangeOfOursForOneThatOvertookAnother)
 {
     know(u"a"_s, {});
-    const GmailSyncState::Look ours(state);
+    const GmailSyncState::Look ours(state, watched);
     state.apply({u"a"_s}, {u"STARRED"_s}, {}, ours);
     state.apply({u"a"_s}, {u"UNREAD"_s}, {}, ours);
     EXPECT_FALSE(state.isUnconfirmed(u"a"_s));
@@ -419,7 +456,7 @@ TEST_F(GmailSyncStateTest, KeepsTheNewest20000Rows)
     static_assert(GmailSyncState::summaryLimit == 20'000);
     await(state.load());
     for (int day = 0; day < 20'001; ++day) {
-        const GmailSyncState::Look look(state);
+        const GmailSyncState::Look look(state, {QString::number(day)});
         state.store(summary(QString::number(day), {}, day), look);
     }
     await(state.persist());

@@ -172,6 +172,21 @@ TEST_F(GmailChangesTest, MakeNoLabelThatIsThereAbove)
     EXPECT_EQ(asked(), (QByteArrayList{"GET labels", newLabel("a/b"), newLabel("a/b/c")}));
 }
 
+TEST_F(GmailChangesTest, MakeLabelsOneAfterTheOther)
+{
+    on("GET labels",
+       {WebReply{200, "{}"}, WebReply{200, R"({"labels":[{"id":"L1","name":"a","type":"user"}]})"}});
+    on(newLabel("a"), R"({"id":"L1"})");
+    on(newLabel("a/b"), R"({"id":"L2"})");
+    on(newLabel("a/c"), R"({"id":"L3"})");
+    Begun<MailLabel> first(provider->createLabel(u"a/b"_s));
+    Begun<MailLabel> second(provider->createLabel(u"a/c"_s));
+    first.get();
+    second.get();
+    EXPECT_EQ(asked(),
+              (QByteArrayList{"GET labels", newLabel("a"), newLabel("a/b"), "GET labels", newLabel("a/c")}));
+}
+
 TEST_F(GmailChangesTest, RefuseALabelWithoutANameWithoutAnyRequest)
 {
     for (const QString& name : {u"///"_s, u""_s, u" \t/ "_s}) {
@@ -304,9 +319,10 @@ TEST_F(GmailWritingTest, FailsWhereAMessageHasNoContent)
 
 TEST_F(GmailWritingTest, FindsTheConversationOfAMessage)
 {
-    on("GET messages/a?format=minimal",
-       {WebReply{200, R"({"threadId":"t1"})"}, WebReply{200, "{}"}, WebReply{200, "<html>"}});
+    on("GET messages/a?format=minimal", {WebReply{200, R"({"threadId":"t1"})"}, WebReply{200, "{}"},
+                                         WebReply{200, "<html>"}, WebReply{200, R"({"threadId":""})"}});
     EXPECT_EQ(await(provider->threadID(u"a"_s)), u"t1");
+    EXPECT_EQ(await(provider->threadID(u"a"_s)), std::nullopt);
     EXPECT_EQ(await(provider->threadID(u"a"_s)), std::nullopt);
     EXPECT_EQ(await(provider->threadID(u"a"_s)), std::nullopt);
     expectMailError(provider->threadID(u"b"_s), MailError::Kind::http, u"Requested entity was not found."_s);
