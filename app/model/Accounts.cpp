@@ -13,6 +13,7 @@
 
 #include <QDir>
 #include <QPointer>
+#include <QScopeGuard>
 
 #include <algorithm>
 
@@ -135,7 +136,7 @@ Task<> Accounts::unlock()
             co_return;
         const auto isKnown = [this, &accountID] {
             const auto known = m_keys.constFind(accountID);
-            return known != m_keys.cend() && !known->wasRefused;
+            return m_storing.contains(accountID) || (known != m_keys.cend() && !known->wasRefused);
         };
         if (isKnown())
             continue;
@@ -143,16 +144,20 @@ Task<> Accounts::unlock()
         const auto read = [secrets = m_services.secrets, cacheKeys = m_services.cacheKeys,
                            directory = cacheDirectory(accountID),
                            accountID] { return readKeys(*secrets, *cacheKeys, directory, accountID); };
-        const Keys found = co_await runOnWorker(read);
+        Keys found = co_await runOnWorker(read);
         if (!self)
             co_return;
         // A sign-in meanwhile has brought newer ones.
         if (m_epochs.value(accountID) != epoch || isKnown())
             continue;
+        // What is known already may have been renewed since it was stored.
+        const std::optional<Credential> before = knownCredential(accountID);
+        if (before)
+            found.credential = before;
         m_keys.insert(accountID, found);
         m_caches.remove(accountID);
         // Tokens that were made from a refusal know none.
-        if (m_access.remove(accountID))
+        if (!before && m_access.remove(accountID))
             m_providers.remove(accountID);
         if (found.credential)
             setNeedsReauth(accountID, false);
@@ -172,7 +177,7 @@ bool Accounts::isUsable(const QUuid& accountID) const
 {
     const bool isBeingRead = m_unlocking > 0 && !m_keys.contains(accountID);
     return !m_leaving.contains(accountID) && !m_wiping.contains(accountID) && !isBeingRead &&
-           find(accountID).has_value();
+           !m_storing.contains(accountID) && find(accountID).has_value();
 }
 
 Accounts::Session Accounts::session(const QUuid& accountID)
@@ -395,6 +400,11 @@ Task<> Accounts::store(Account account, Credential credential, bool emptiesCache
     const QPointer<Accounts> self(this);
     const bool isKnown = find(account.id).has_value();
     // What is renewed meanwhile would be stored over what is stored here.
+    m_storing.insert(account.id);
+    const auto ending = qScopeGuard([self, id = account.id] {
+        if (self)
+            self->m_storing.remove(id);
+    });
     co_await retireTokens(account.id);
     if (!self)
         co_return;
@@ -440,7 +450,8 @@ Task<> Accounts::takeStored(Account account, Exchanged exchanged, bool emptiesCa
     }
     if (stop.stop_requested()) {
         if (wasKnown)
-            co_await putBack(m_services.secrets, account.id, exchanged.before);
+            co_await putBack(m_services.secrets, account.id,
+                             exchanged.before ? exchanged.before : knownCredential(account.id));
         else
             co_await removeItems(account.id);
         throw MailError::cancelled();

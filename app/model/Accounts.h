@@ -184,6 +184,7 @@ private:
     QHash<QUuid, Access> m_access;
     QSet<QUuid> m_needsReauth;
     QSet<QUuid> m_leaving; ///< whose removal is under way
+    QSet<QUuid> m_storing; ///< whose new credential is being stored
     QSet<QUuid> m_wiping;  ///< whose cache is being emptied
     int m_unlocking = 0;   ///< how many read the keyring on a worker
 };

@@ -495,6 +495,7 @@ private:
     int m_signIns = 0; ///< how many are under way
     std::optional<ProviderKind> m_browserSignIn;
     std::stop_source m_browserStop;
+    std::optional<QUuid> m_renewedAccount; ///< by the sign-in in the browser
     std::optional<QUuid> m_imapSetupAccountID;
     std::optional<ParsedMessage> m_openParsed;
     std::optional<QString> m_errorMessage;

@@ -157,10 +157,12 @@ Task<> AppModel::signInByBrowser(ProviderKind provider, std::optional<Account> r
     m_browserStop = std::stop_source();
     const std::stop_token stop = m_browserStop.get_token();
     noteSignIn(+1);
+    m_renewedAccount = renewed ? std::optional(accountID) : std::nullopt;
     setBrowserSignIn(provider);
     const Outcome<void> outcome = co_await settled(storeSignedIn(provider, accountID, renewed, stop));
     if (!self)
         co_return;
+    m_renewedAccount.reset();
     setBrowserSignIn(std::nullopt);
     noteSignIn(-1);
     // Nobody wants to hear of an account that was removed meanwhile, nor of what was given up.
@@ -217,6 +219,8 @@ Task<> AppModel::removeAccount(QUuid accountID)
     const QPointer<AppModel> self(this);
     if (!m_accounts.beginRemoval(accountID))
         co_return;
+    if (m_renewedAccount == accountID)
+        cancelSignIn();
     const auto heir = std::ranges::find_if(
         accounts(), [this](const Account& account) { return !m_accounts.isLeaving(account.id); });
     const std::optional<QUuid> heirID = heir == accounts().end() ? std::nullopt : std::optional(heir->id);

@@ -1,7 +1,9 @@
 #include "app/platform/BrowserCommand.h"
 
 #include "domain/Text.h"
+#include "platform/RegularFile.h"
 
+#include <QFile>
 #include <QFileInfo>
 
 #include <algorithm>
@@ -53,13 +55,26 @@ Family familyOf(const QString& program)
     return Family::other;
 }
 
+/// Whether the file is a script that starts a program behind walls, as some systems have in place of
+/// browsers.
+bool isScriptForWalls(const QString& path)
+{
+    constexpr qint64 longestScript = 65'536;
+    QFile file;
+    if (!RegularFile::open(file, path))
+        return false;
+    const QByteArray start = file.read(longestScript);
+    return start.startsWith("#!") && (start.contains("/snap/") || start.contains("flatpak run"));
+}
+
 /// Whether the program only starts another one behind walls, where our folders aren't.
 bool isBehindWalls(const QString& program)
 {
     const QFileInfo file(program);
     const QString real = file.canonicalFilePath();
     const QString name = QFileInfo(real).fileName();
-    return name == "snap"_L1 || name == "flatpak"_L1 || file.fileName() == "flatpak"_L1 ||
+    return isScriptForWalls(real) || name == "snap"_L1 || name == "flatpak"_L1 ||
+           file.fileName() == "flatpak"_L1 ||
            std::ranges::any_of(QStringList{file.absoluteFilePath(), real}, [](const QString& path) {
                return path.startsWith("/snap/"_L1) || path.startsWith("/var/lib/snapd/"_L1) ||
                       path.contains("/flatpak/exports/"_L1);
@@ -149,7 +164,9 @@ QStringList BrowserCommand::line(const QString& url, const QString& profile) con
     case Family::edge:
         return line << u"--user-data-dir="_s + profile
                     << (family == Family::edge ? u"--inprivate"_s : u"--incognito"_s) << u"--no-first-run"_s
-                    << u"--no-default-browser-check"_s << url;
+                    << u"--no-default-browser-check"_s
+                    // The keyring is asked for nothing by a browser that is thrown away.
+                    << u"--password-store=basic"_s << url;
     case Family::other:
         break;
     }

@@ -21,26 +21,28 @@ BrowserProcess::BrowserProcess(QStringList line, std::shared_ptr<BrowserProfile>
     : m_line(std::move(line))
     , m_profile(std::move(profile))
     , m_times(times)
+    , m_process(new QProcess(this))
 {
-    m_process.setProgram(m_line.first());
-    m_process.setArguments(m_line.mid(1));
-    m_process.setStandardInputFile(QProcess::nullDevice());
-    m_process.setStandardOutputFile(QProcess::nullDevice());
-    m_process.setStandardErrorFile(QProcess::nullDevice());
-    m_process.setChildProcessModifier([] {
+    m_process->setProgram(m_line.first());
+    m_process->setArguments(m_line.mid(1));
+    m_process->setStandardInputFile(QProcess::nullDevice());
+    m_process->setStandardOutputFile(QProcess::nullDevice());
+    m_process->setStandardErrorFile(QProcess::nullDevice());
+    m_process->setChildProcessModifier([isOurs = m_profile != nullptr] {
         ::setpgid(0, 0);
         // The browser of a sign-in that nobody waits for any more ends with the program, however that ends.
-        ::prctl(PR_SET_PDEATHSIG, SIGTERM);
+        if (isOurs)
+            ::prctl(PR_SET_PDEATHSIG, SIGTERM);
     });
     m_watch.setInterval(watchInterval);
     connect(&m_watch, &QTimer::timeout, this, &BrowserProcess::watch);
-    connect(&m_process, &QProcess::finished, this, [this](int code, QProcess::ExitStatus status) {
+    connect(m_process, &QProcess::finished, this, [this](int code, QProcess::ExitStatus status) {
         m_hasExited = true;
         m_hasExitedWell = status == QProcess::NormalExit && code == 0;
         m_watch.start();
         watch();
     });
-    connect(&m_process, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
+    connect(m_process, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
         if (error != QProcess::FailedToStart)
             return;
         // Whoever started it hears of this from the event loop, as of every other end.
@@ -55,8 +57,8 @@ BrowserProcess::~BrowserProcess() = default;
 void BrowserProcess::start()
 {
     m_clock.start();
-    m_process.start();
-    m_group = m_process.processId();
+    m_process->start();
+    m_group = m_process->processId();
 }
 
 bool BrowserProcess::isGroupThere()
@@ -98,18 +100,37 @@ void BrowserProcess::conclude()
     m_watch.stop();
     const bool isAtOnce = !m_clock.hasExpired(m_times.handOver.count());
     m_phase = Phase::handedOver;
-    if (isAtOnce && m_hasExitedWell)
+    // A browser on a profile of its own has nobody to hand over to.
+    if (isAtOnce && m_hasExitedWell && !m_profile)
         return;
-    if (isAtOnce)
+    if (isAtOnce && !m_hasExitedWell)
         Q_EMIT failed();
     else
         Q_EMIT closed();
+}
+
+void BrowserProcess::letGo()
+{
+    m_watch.stop();
+    m_phase = Phase::over;
+    m_process->disconnect(this);
+    // The end of the object would be the end of the process.
+    m_process->setParent(nullptr);
+    if (m_process->state() == QProcess::NotRunning)
+        m_process->deleteLater();
+    else
+        connect(m_process, &QProcess::finished, m_process, &QObject::deleteLater);
+    deleteLater();
 }
 
 void BrowserProcess::end()
 {
     if (m_phase == Phase::ending || m_phase == Phase::over)
         return;
+    if (!m_profile) {
+        letGo();
+        return;
+    }
     m_phase = Phase::ending;
     m_clock.start();
     signalGroup(SIGTERM);
@@ -121,15 +142,19 @@ void BrowserProcess::endNow()
 {
     if (m_phase == Phase::over)
         return;
+    if (!m_profile) {
+        letGo();
+        return;
+    }
     m_watch.stop();
-    m_process.disconnect(this);
+    m_process->disconnect(this);
     const auto waitForEnd = [this](int signal) {
         signalGroup(signal);
         const QDeadlineTimer deadline(m_times.patience);
         while (!deadline.hasExpired() && (!m_hasExited || isGroupThere())) {
             if (!m_hasExited)
-                m_hasExited = m_process.waitForFinished(static_cast<int>(watchInterval.count())) ||
-                              m_process.state() == QProcess::NotRunning;
+                m_hasExited = m_process->waitForFinished(static_cast<int>(watchInterval.count())) ||
+                              m_process->state() == QProcess::NotRunning;
             else
                 QThread::msleep(static_cast<unsigned long>(watchInterval.count()));
         }
@@ -137,8 +162,7 @@ void BrowserProcess::endNow()
     for (const int signal : {SIGTERM, SIGKILL})
         waitForEnd(signal);
     m_phase = Phase::over;
-    if (m_profile)
-        m_profile->remove();
+    m_profile->remove();
     deleteLater();
 }
 
@@ -146,10 +170,7 @@ void BrowserProcess::removeProfile()
 {
     m_watch.stop();
     m_phase = Phase::over;
-    const auto remove = [profile = m_profile] {
-        if (profile)
-            profile->remove();
-    };
+    const auto remove = [profile = m_profile] { profile->remove(); };
     spawn(runOnWorker(remove), dropFailure);
     deleteLater();
 }

@@ -13,7 +13,8 @@
 namespace Larkhaven {
 
 /// The processes of one `PrivateBrowser`, which may outlive it for as long as they take to end. It deletes
-/// itself when they have, and their profile is gone. Main thread.
+/// itself when they have, and their profile is gone. Without a profile of ours the browser is the user's own,
+/// which may hold other windows by now: it is let go, and no signal is ever sent to it. Main thread.
 class BrowserProcess : public QObject {
     Q_OBJECT
 
@@ -28,7 +29,7 @@ public:
     ~BrowserProcess() override;
 
     void start();
-    /// Asks the group to end, and makes it end once the patience is over.
+    /// Asks the group to end, and makes it end once the patience is over; lets it go where it is the user's.
     void end();
     /// As `end`, but returns when the group has ended and the profile is gone; within twice the patience.
     void endNow();
@@ -50,12 +51,14 @@ private:
     void conclude();
     bool isGroupThere();
     void signalGroup(int signal);
+    /// The browser goes on without us.
+    void letGo();
     void removeProfile();
 
     const QStringList m_line;
     std::shared_ptr<BrowserProfile> m_profile;
     const Times m_times;
-    QProcess m_process;
+    QProcess* m_process; ///< outlives this where it is let go
     QTimer m_watch;
     QElapsedTimer m_clock; ///< since the start, and then since the end was asked for
     Phase m_phase = Phase::running;

@@ -31,17 +31,29 @@ QByteArray contents(const QString& path, qint64 largest)
     return file.read(largest);
 }
 
+/// The entries of a list, without the blanks that someone may have written around them.
+QStringList identifiers(const QString& list)
+{
+    QStringList entries;
+    for (const QStringView entry : QStringView(list).split(u';')) {
+        if (!entry.trimmed().isEmpty())
+            entries.append(entry.trimmed().toString());
+    }
+    return entries;
+}
+
 /// The identifiers that the group of the list names for the type.
 QStringList named(const QByteArray& list, const QByteArray& group, const QString& type)
 {
-    const QByteArray key = type.toUtf8() + '=';
+    const QByteArray key = type.toUtf8();
     bool isInGroup = false;
     for (const QByteArray& line : list.split('\n')) {
         const QByteArray content = line.trimmed();
+        const qsizetype equals = (content + '=').indexOf('=');
         if (content.startsWith('['))
             isInGroup = content == group;
-        else if (isInGroup && content.startsWith(key))
-            return QString::fromUtf8(content.sliced(key.size())).split(u';', Qt::SkipEmptyParts);
+        else if (isInGroup && content.first(equals).trimmed() == key)
+            return identifiers(QString::fromUtf8(content.mid(equals + 1)));
     }
     return {};
 }

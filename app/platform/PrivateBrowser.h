@@ -18,14 +18,15 @@ class BrowserProcess;
 
 /// The user's own default browser in a private window, on a throwaway profile where it can have one.
 ///
-/// Its processes are a group of their own: with the object that group is asked to end, and made to after
-/// `patience`; no other process is ever touched. Then the profile is removed.
+/// On such a profile its processes are a group of their own: with the object that group is asked to end, and
+/// made to after `patience`, and the profile is removed. A browser without one is the user's own, and stays:
+/// no process of another is ever touched.
 ///
-/// How an end is read: a group that is empty within `handOverTime` after the start, and whose first process
-/// gave 0, has handed the address to a browser that runs already. It says nothing, and the object lasts until
-/// the sign-in is over. With another code, or by a signal, the browser has failed within that time. Any later
-/// end is the user's. A first process that ends and leaves others of its group behind was only a script that
-/// started them: what counts is the end of the last.
+/// How an end is read: within `handOverTime` after the start a group that is empty, whose first process gave
+/// 0 and which has no profile of its own, has handed the address to a browser that runs already. It says
+/// nothing, and the object lasts until the sign-in is over. With another code, or by a signal, the browser
+/// has failed within that time. Any other end is the user's. A first process that ends and leaves others of
+/// its group behind was only a script that started them: what counts is the end of the last.
 class PrivateBrowser final : public BrowserSession {
     Q_OBJECT
 
@@ -33,7 +34,7 @@ public:
     struct Setting {
         DesktopFolders folders;
         QString runtimeFolder; ///< where the profile goes
-        std::chrono::milliseconds handOverTime = std::chrono::seconds(5);
+        std::chrono::milliseconds handOverTime = std::chrono::seconds(30);
         std::chrono::milliseconds patience = std::chrono::seconds(3);
     };
     /// That of the user's desktop.

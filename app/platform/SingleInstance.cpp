@@ -123,7 +123,9 @@ void SingleInstance::take(const QStringList& arguments)
 {
     QStringList taken = arguments.first(std::min(arguments.size(), maxArguments));
     taken.removeIf([](const QString& argument) { return argument.size() > maxArgumentLength; });
-    Q_EMIT activated(taken);
+    // What was dropped is no wish to see the window.
+    if (arguments.isEmpty() || !taken.isEmpty())
+        Q_EMIT activated(taken);
 }
 
 } // namespace Larkhaven

@@ -160,6 +160,10 @@ std::optional<OAuthConfig> config(ProviderKind provider, const Info& info)
 bool isRedirect(const QString& url, const Info& info)
 {
     const qsizetype colon = url.indexOf(u':');
+    // The desktop entry names this one whether or not there is a client.
+    const QString always = OAuthConfig::microsoft({}, info.bundleIdentifier()).callbackScheme();
+    if (colon > 0 && Text::isSameKeyword(QStringView(url).first(colon), always))
+        return true;
     return std::ranges::any_of(
         std::array{ProviderKind::google, ProviderKind::microsoft}, [&](ProviderKind provider) {
             const std::optional<OAuthConfig> known = config(provider, info);

@@ -8,6 +8,7 @@
 #include <QPointer>
 
 #include <exception>
+#include <optional>
 
 namespace Larkhaven {
 
@@ -16,15 +17,27 @@ namespace {
 /// Redirects of more sign-ins than this that come late are taken for strange ones.
 constexpr qsizetype mostEndedStates = 100;
 
-/// The state that an authorization URL or a redirect holds (RFC 6749, 4.1); empty where it holds none.
-QByteArray stateOf(const QByteArray& url)
+/// The first item of that name in the query; absent where there is none.
+std::optional<QByteArray> itemOf(const QByteArray& url, const QByteArray& name)
 {
     const QByteArray query = url.mid(url.indexOf('?') + 1).split('#').first();
     for (const QByteArray& item : query.split('&')) {
-        if (item.startsWith("state="))
-            return QByteArray::fromPercentEncoding(item.sliced(6));
+        const qsizetype equals = (item + '=').indexOf('=');
+        if (QByteArray::fromPercentEncoding(item.first(equals)) == name)
+            return QByteArray::fromPercentEncoding(item.mid(equals + 1));
     }
-    return {};
+    return std::nullopt;
+}
+
+/// The state that an authorization URL or a redirect holds (RFC 6749, 4.1); empty where it holds none.
+QByteArray stateOf(const QByteArray& url)
+{
+    return itemOf(url, "state").value_or(QByteArray());
+}
+
+bool holdsError(const QByteArray& url)
+{
+    return itemOf(url, "error").has_value();
 }
 
 } // namespace
@@ -122,8 +135,10 @@ bool WebAuthenticator::takeRedirect(const QByteArray& url)
     if (!Text::isSameKeyword(QString::fromLatin1(url.first(colon)), m_session->scheme))
         return false;
     // Another state than ours goes on to whoever validates it: the user learns that something strange came.
-    // A late redirect of a sign-in that has ended is nothing strange.
-    if (m_endedStates.contains(stateOf(url)))
+    // A late redirect of a sign-in that has ended is nothing strange; and words or a cancel of whoever
+    // doesn't know the state are no answer of the service.
+    const QByteArray state = stateOf(url);
+    if (m_endedStates.contains(state) || (holdsError(url) && state != m_session->state))
         return false;
     m_session->decide(url, nullptr);
     return true;

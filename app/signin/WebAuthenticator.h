@@ -45,8 +45,8 @@ public:
     bool isUnderWay() const { return m_session != nullptr; }
 
     /// Whether the URL was taken as the redirect of the sign-in under way. It isn't where there is none,
-    /// where it is too long or of another scheme, or where its state is that of an earlier sign-in of this
-    /// program.
+    /// where it is too long or of another scheme, where its state is that of an earlier sign-in of this
+    /// program, and where it tells of an error under a state that isn't this one's.
     bool takeRedirect(const QByteArray& url);
 
 private:

@@ -64,9 +64,11 @@ Application::Application(int& argc, char** argv)
     , m_role(m_instance.enter(arguments()))
     , m_authenticator(openBrowser)
 {
+    // Nobody here waits for them, and they hold codes.
     const bool isForRedirects = !m_preparation.redirects.isEmpty() && arguments() == m_preparation.redirects;
     if (m_role != SingleInstance::Role::first || isForRedirects)
         return;
+    m_preparation.redirects.clear();
     m_model = std::make_unique<AppModel>(AppModel::systemServices(
         [this](const QByteArray& url, const QString& scheme, const std::stop_token& stop) {
             return m_authenticator.authenticate(url, scheme, stop);

@@ -290,6 +290,19 @@ TEST_F(AppModelSignIn, StoresNothingWhereTheUserGivesUpWhileTheKeyringHesitates)
     EXPECT_FALSE(model().errorMessage());
 }
 
+TEST_F(AppModelSignIn, EndsWithTheAccountThatItWasToRenew)
+{
+    waits = true;
+    model().signInAgain(fixture.account(1), [] {});
+    ASSERT_TRUE(model().browserSignIn());
+    await(model().removeAccount(fixture.account(0).id));
+    EXPECT_TRUE(model().browserSignIn()) << "another account";
+    await(model().removeAccount(fixture.account(1).id));
+    EXPECT_TRUE(waitUntil([this] { return !model().isSigningIn(); }));
+    EXPECT_FALSE(model().browserSignIn());
+    EXPECT_FALSE(model().errorMessage());
+}
+
 TEST_F(AppModelSignIn, BeginsNoSecondOneButShowsTheFirst)
 {
     waits = true;

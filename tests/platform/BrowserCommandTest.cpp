@@ -54,6 +54,22 @@ TEST_F(DefaultBrowser, IsThatOfTheRunningDesktopBeforeThatOfAll)
     EXPECT_EQ(command()->family, Family::chromium);
 }
 
+TEST_F(DefaultBrowser, IsFoundInAListThatWasWrittenByHand)
+{
+    desktop.addEntry(u"b.desktop"_s, desktop.addProgram(u"firefox"_s));
+    desktop.write(u"config/mimeapps.list"_s,
+                  "[Default Applications]\n x-scheme-handler/https = b.desktop ;\n");
+    ASSERT_TRUE(command());
+    EXPECT_EQ(command()->family, Family::firefox);
+}
+
+TEST_F(DefaultBrowser, IsNoneWhereOnlyAScriptStartsItBehindWalls)
+{
+    desktop.addEntry(u"b.desktop"_s, desktop.addProgram(u"firefox"_s, "exec /snap/bin/firefox \"$@\""));
+    desktop.setDefault("b.desktop");
+    EXPECT_FALSE(command()) << "it can't reach a profile of ours";
+}
+
 TEST_F(DefaultBrowser, IsThatOfTheUserBeforeThatOfTheSystem)
 {
     desktop.addEntry(u"b.desktop"_s, desktop.addProgram(u"firefox"_s));
@@ -162,12 +178,12 @@ TEST_F(DefaultBrowser, OfTheChromiumFamilyGetsAProfileAndAPrivateWindow)
                                 u"brave-browser"_s, u"vivaldi-stable"_s}) {
         desktop.useBrowser(name);
         EXPECT_EQ(line(), (QStringList{u"--user-data-dir=/p"_s, u"--incognito"_s, u"--no-first-run"_s,
-                                       u"--no-default-browser-check"_s, url}))
+                                       u"--no-default-browser-check"_s, u"--password-store=basic"_s, url}))
             << qPrintable(name);
     }
     desktop.useBrowser(u"microsoft-edge"_s);
     EXPECT_EQ(line(), (QStringList{u"--user-data-dir=/p"_s, u"--inprivate"_s, u"--no-first-run"_s,
-                                   u"--no-default-browser-check"_s, url}));
+                                   u"--no-default-browser-check"_s, u"--password-store=basic"_s, url}));
 }
 
 TEST_F(DefaultBrowser, KeepsWhatItsEntrySetsForIt)

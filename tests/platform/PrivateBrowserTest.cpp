@@ -26,6 +26,13 @@ protected:
     {
         return {desktop.folders, desktop.runtime(), handOverTime, patience};
     }
+    /// A browser that is known by the action of its desktop entry alone.
+    void useOther(const QByteArray& script)
+    {
+        desktop.useBrowser(u"epiphany"_s, script,
+                           "Actions=new-private-window;\n[Desktop Action new-private-window]\nExec=" +
+                               desktop.path(u"bin/epiphany"_s).toUtf8() + " --incognito\n");
+    }
     /// Opens the browser and waits until it has noted its arguments.
     void open()
     {
@@ -94,7 +101,7 @@ TEST_F(PrivateBrowserTest, OpensChromiumOnAProfileOfItsOwnEachTime)
     desktop.useBrowser(u"chromium"_s);
     open();
     const QStringList first = desktop.arguments();
-    ASSERT_EQ(first.size(), 5);
+    ASSERT_EQ(first.size(), 6);
     session.reset();
     QFile::remove(desktop.noted());
     open();
@@ -104,7 +111,7 @@ TEST_F(PrivateBrowserTest, OpensChromiumOnAProfileOfItsOwnEachTime)
 
 TEST_F(PrivateBrowserTest, OpensAnyOtherByItsActionWithoutAProfile)
 {
-    desktop.useBrowser(u"epiphany"_s, "exec sleep 60",
+    desktop.useBrowser(u"epiphany"_s, "exec sleep 2",
                        "Actions=new-private-window;\n[Desktop Action new-private-window]\nExec=" +
                            desktop.path(u"bin/epiphany"_s).toUtf8() + " --incognito\n");
     open();
@@ -214,12 +221,30 @@ TEST_F(PrivateBrowserTest, TellsThatTheUserHasClosedIt)
 
 TEST_F(PrivateBrowserTest, TakesAnEndWithinTheFirstSecondsForHandingOver)
 {
-    desktop.useBrowser(u"firefox"_s, "exit 0");
+    useOther("exit 0");
     open();
     EXPECT_FALSE(waitUntil([this] { return closed + failed > 0; }, 400ms));
-    EXPECT_EQ(desktop.profiles().size(), 2) << "another process may use it";
+}
+
+TEST_F(PrivateBrowserTest, IsClosedHoweverSoonItEndsOnAProfileOfItsOwn)
+{
+    desktop.useBrowser(u"firefox"_s, "exit 0");
+    open();
+    EXPECT_TRUE(waitUntil([this] { return closed > 0; }));
+    EXPECT_EQ(failed, 0);
     session.reset();
     EXPECT_TRUE(desktop.profiles().isEmpty());
+}
+
+TEST_F(PrivateBrowserTest, LeavesABrowserAloneThatIsTheUsersOwn)
+{
+    useOther("echo $$ > \"" + desktop.path(u"pid"_s).toUtf8() + "\"\nexec sleep 3");
+    open();
+    ASSERT_TRUE(waitUntil([this] { return runs(u"pid"_s); }));
+    session.reset();
+    settle();
+    EXPECT_TRUE(runs(u"pid"_s)) << "it may hold other windows by now";
+    EXPECT_TRUE(waitUntil([this] { return !runs(u"pid"_s); })) << "it ends by itself";
 }
 
 TEST_F(PrivateBrowserTest, TellsThatItHasFailedWhereItEndsAtOnceWithAnError)

@@ -224,6 +224,17 @@ TEST_F(WebAuthenticatorTest, HandsAStrangeStateOnToWhoeverValidatesIt)
     EXPECT_EQ(signIn.get(), "com.example.app:/?state=strange&code=x");
 }
 
+TEST_F(WebAuthenticatorTest, TakesNoErrorFromWhoeverDoesNotKnowTheState)
+{
+    Begun<QByteArray> signIn = begin();
+    for (const char* url : {"com.example.app:/?error=access_denied",
+                            "com.example.app:/?error=x&error_description=Call+us&state=two",
+                            "com.example.app:/?code=c&%65rror=x", "com.example.app:/?error"})
+        EXPECT_FALSE(authenticator->takeRedirect(url)) << url;
+    EXPECT_TRUE(authenticator->takeRedirect("com.example.app:/?error=access_denied&state=one"));
+    EXPECT_EQ(signIn.get(), "com.example.app:/?error=access_denied&state=one");
+}
+
 TEST_F(WebAuthenticatorTest, TakesNothingOfAnotherSchemeAndNothingTooLong)
 {
     Begun<QByteArray> signIn = begin();
