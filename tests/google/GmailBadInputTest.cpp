@@ -437,8 +437,11 @@ TEST_F(GmailOddAnswersTest, ThatNeverComeEndInWords)
                                    "createLabel",    "deleteLabel"};
     QList<Begun<void>> begun;
     for (const Operation& operation : operations) {
-        if (asking.contains(operation.name))
-            begun.append(Begun<void>(operation.run(fixture, static_cast<int>(begun.size()))));
+        if (!asking.contains(operation.name))
+            continue;
+        // Changes through one provider go out one after the other.
+        fixture.restart();
+        begun.append(Begun<void>(operation.run(fixture, static_cast<int>(begun.size()))));
     }
     EXPECT_EQ(begun.size(), asking.size());
     EXPECT_TRUE(waitUntil([&] { return std::ranges::all_of(begun, &Begun<void>::isDone); },

@@ -119,7 +119,7 @@ public:
                   << digest().toStdString() << '\n';
         if (steps < 1000)
             return;
-        EXPECT_GT(m_listings, steps / 10);
+        EXPECT_GE(m_listings, steps / 20);
         EXPECT_GT(m_changes, steps / 10);
         if (m_fails) {
             EXPECT_GT(m_failures, steps / 10);

@@ -178,7 +178,7 @@ TEST_F(MicrosoftAccountTest, IsProvenOnBothServersAtItsSignIn)
 
 TEST_F(MicrosoftAccountTest, SaysWhatToLookForWhereTheServersRefuseItsTokens)
 {
-    m_given = "not for mail";
+    m_given = "not-for-mail";
     expectMailError(
         signIn(), MailError::Kind::authFailed,
         u"Outlook's mail servers didn't accept the sign-in. In Outlook.com, check Settings ▸ Mail ▸ "
