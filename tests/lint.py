@@ -20,6 +20,9 @@ FAULTS = {
     "GCC 12 destroys twice what is awaited within a conditional expression": re.compile(
         r"\?[^?;{}]*\bco_await\b"
     ),
+    "GCC 12 destroys twice what is chosen for co_await; give it a name before": re.compile(
+        r"co_await\s[^;{}]*\s\?\s[^;{}]*;"
+    ),
     "QCoro 0.8 moves this value out of its owner; return a copy": re.compile(
         r"\bco_return\s+(?:\*\s*[\w.>-]+|(?:this->)?m_\w+(?:(?:\.|->)\w+)*|[\w.]+->\w+)\s*;"
     ),

@@ -449,9 +449,12 @@ Task<> Accounts::takeStored(Account account, Exchanged exchanged, bool emptiesCa
         throw MailError::cancelled();
     }
     if (stop.stop_requested()) {
+        // What couldn't be read may still be known.
+        std::optional<Credential> before = exchanged.before;
+        if (!before)
+            before = knownCredential(account.id);
         if (wasKnown)
-            co_await putBack(m_services.secrets, account.id,
-                             exchanged.before ? exchanged.before : knownCredential(account.id));
+            co_await putBack(m_services.secrets, account.id, before);
         else
             co_await removeItems(account.id);
         throw MailError::cancelled();

@@ -97,9 +97,9 @@ TEST_F(SignInOverBusTest, LeadsOverTheBusToTheInboxAndLeavesNothingButTheCredent
     EXPECT_EQ(wantsWindow, 0) << "a redirect shows no window";
     // The browser got the page and nothing else, and is gone with its profile.
     const QStringList arguments = desktop.arguments();
-    ASSERT_EQ(arguments.size(), 5);
+    ASSERT_EQ(arguments.size(), 6);
     EXPECT_EQ(arguments[1], u"--incognito");
-    EXPECT_TRUE(arguments[4].startsWith(u"https://accounts.google.com/"_s));
+    EXPECT_TRUE(arguments.last().startsWith(u"https://accounts.google.com/"_s));
     EXPECT_FALSE(isSecretIn(arguments.join(u' ').toUtf8()));
     EXPECT_TRUE(comes([this] { return desktop.profiles().isEmpty(); }));
     EXPECT_EQ(services.google().exchanges(), 1);
