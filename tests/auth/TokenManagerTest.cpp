@@ -23,12 +23,18 @@ public:
 /// A store that refuses or waits where it is told to.
 class StubbornStore final : public SecretStore {
 public:
+    /// As a keyring: what can't be read is nothing to who doesn't ask further.
     std::optional<Credential> load(const QUuid& accountID) override
     {
         ++loads;
+        return refusesLoads ? std::nullopt : items.load(accountID);
+    }
+
+    std::optional<Credential> find(const QUuid& accountID) override
+    {
         if (refusesLoads)
             throw StoreError();
-        return items.load(accountID);
+        return load(accountID);
     }
 
     void save(const Credential& credential, const QUuid& accountID) override

@@ -164,6 +164,14 @@ TEST_F(SecureHTTPTest, TellsFailuresApart)
     }
 }
 
+TEST_F(SecureHTTPTest, NeverRepeatsTheTokenOfItsRequestInAText)
+{
+    HTTPRequest request = get();
+    request.headers = {{"authorization", "Bearer S3CRET"}};
+    answer(400, "It said S3CRET.");
+    expectMailError(SecureHTTP::checked(request), MailError::Kind::http, u"It said …."_s);
+}
+
 TEST(SecureHTTP, KnowsARateLimitByStatusAndWord)
 {
     EXPECT_TRUE(SecureHTTP::isRateLimited(429, ""));
