@@ -1,4 +1,4 @@
-#include "views/Application.h"
+#include "views/main/Application.h"
 
 int main(int argc, char** argv)
 {

@@ -1,7 +1,7 @@
 #include "support/ModelFixture.h"
 #include "support/WaitUntil.h"
-#include "views/ComposeTextView.h"
-#include "views/ComposeWindows.h"
+#include "views/compose/ComposeTextView.h"
+#include "views/compose/ComposeWindows.h"
 
 #include <QApplication>
 #include <QClipboard>

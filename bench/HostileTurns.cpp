@@ -2,12 +2,12 @@
 #include "support/HostileMessages.h"
 #include "support/ModelFixture.h"
 #include "support/TurnMeter.h"
-#include "views/AddressField.h"
-#include "views/ComposeTextView.h"
-#include "views/ComposeWindows.h"
-#include "views/ContentView.h"
-#include "views/SecureMessageView.h"
-#include "views/Style.h"
+#include "views/compose/AddressField.h"
+#include "views/compose/ComposeTextView.h"
+#include "views/compose/ComposeWindows.h"
+#include "views/main/ContentView.h"
+#include "views/reader/SecureMessageView.h"
+#include "views/style/Style.h"
 
 #include <QApplication>
 #include <QClipboard>

@@ -5,10 +5,10 @@
 // usage: larkhaven-tour FOLDER
 
 #include "platform/Wakeup.h"
-#include "views/Application.h"
-#include "views/MessageTable.h"
-#include "views/MessageTableView.h"
-#include "views/Style.h"
+#include "views/list/MessageTable.h"
+#include "views/list/MessageTableView.h"
+#include "views/main/Application.h"
+#include "views/style/Style.h"
 
 #include <QDeadlineTimer>
 #include <QDir>

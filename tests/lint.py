@@ -55,18 +55,18 @@ UNTRUSTED = re.compile(
 CLEANED = "DisplayText::"
 # Calls that must take the text as it is: what the user edits and gets back, and names that are our own.
 TAKEN_AS_IT_IS = {
-    "app/views/ComposeView.cpp": ["draft.subject"],  # a field; drafts pass the gate
-    "app/views/IMAPSetupView.cpp": [
+    "app/views/compose/ComposeView.cpp": ["draft.subject"],  # a field; drafts pass the gate
+    "app/views/setup/IMAPSetupView.cpp": [
         "account->displayName.value_or(QString())",  # fields of the user's own settings
         "account->email",
         "title + u' ' + tr()",  # "Incoming", "Outgoing"
         "label(security), QVariant::fromValue(static_cast<int>(security))",
     ],
-    "app/views/ComposeRow.cpp": ["label", "name.remove(u':')"],  # "To:", "Subject:"
-    "app/views/ComposeEditorController.cpp": ["name"],  # a language, as the system names it
-    "app/views/EmptyStateView.cpp": ["state.title"],  # one of our own sentences
-    "app/views/FormatBar.cpp": ["label"],  # "Bold"
-    "app/views/MessageHeaderBlock.cpp": ["name"],  # "From:"
+    "app/views/compose/ComposeRow.cpp": ["label", "name.remove(u':')"],  # "To:", "Subject:"
+    "app/views/compose/ComposeEditorController.cpp": ["name"],  # a language, as the system names it
+    "app/views/style/EmptyStateView.cpp": ["state.title"],  # one of our own sentences
+    "app/views/compose/FormatBar.cpp": ["label"],  # "Bold"
+    "app/views/reader/ReaderHeaders.cpp": ["name"],  # "From:"
 }
 
 

@@ -2,10 +2,10 @@
 #include "domain/MailError.h"
 #include "support/IMAPScripts.h"
 #include "support/QtPrinters.h"
-#include "views/IMAPSetupView.h"
-#include "views/SidebarDelegate.h"
-#include "views/SidebarView.h"
-#include "views/WelcomeView.h"
+#include "views/main/SidebarDelegate.h"
+#include "views/main/SidebarView.h"
+#include "views/main/WelcomeView.h"
+#include "views/setup/IMAPSetupView.h"
 
 #include <QAction>
 #include <QApplication>

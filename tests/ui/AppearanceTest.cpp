@@ -1,9 +1,9 @@
 #include "UITestSupport.h"
 #include "domain/MailError.h"
 #include "support/QtPrinters.h"
-#include "views/ContentView.h"
-#include "views/MessageTableView.h"
-#include "views/SidebarView.h"
+#include "views/list/MessageTableView.h"
+#include "views/main/ContentView.h"
+#include "views/main/SidebarView.h"
 
 #include <QLabel>
 #include <QScrollArea>

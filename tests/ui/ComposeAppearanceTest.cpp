@@ -1,6 +1,6 @@
 #include "ComposeSupport.h"
 #include "support/QtPrinters.h"
-#include "views/SuggestionList.h"
+#include "views/compose/SuggestionList.h"
 
 #include <QLabel>
 #include <QTest>

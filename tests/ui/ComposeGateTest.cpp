@@ -2,9 +2,9 @@
 #include "domain/MailError.h"
 #include "support/QtPrinters.h"
 #include "support/WaitUntil.h"
-#include "views/ComposeNotices.h"
-#include "views/ComposeWindow.h"
-#include "views/FlatButton.h"
+#include "views/compose/ComposeNotices.h"
+#include "views/compose/ComposeWindow.h"
+#include "views/style/FlatButton.h"
 
 #include <QApplication>
 #include <QClipboard>

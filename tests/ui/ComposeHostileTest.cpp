@@ -4,7 +4,7 @@
 #include "support/QtPrinters.h"
 #include "support/TurnMeter.h"
 #include "support/WaitUntil.h"
-#include "views/DisplayText.h"
+#include "views/style/DisplayText.h"
 
 #include <QApplication>
 #include <QClipboard>

@@ -4,7 +4,7 @@
 #include "support/Await.h"
 #include "support/QtPrinters.h"
 #include "support/WaitUntil.h"
-#include "views/FlatButton.h"
+#include "views/style/FlatButton.h"
 
 #include <QLabel>
 #include <QMessageBox>

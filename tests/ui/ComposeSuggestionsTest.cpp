@@ -1,7 +1,7 @@
 #include "ComposeSupport.h"
 #include "support/QtPrinters.h"
 #include "support/WaitUntil.h"
-#include "views/SuggestionList.h"
+#include "views/compose/SuggestionList.h"
 
 #include <QLineEdit>
 #include <QTest>

@@ -2,10 +2,10 @@
 
 #include "UITestSupport.h"
 #include "support/ModelFixture.h"
-#include "views/AddressField.h"
-#include "views/AttachmentStrip.h"
-#include "views/ComposeTextView.h"
-#include "views/ComposeWindows.h"
+#include "views/compose/AddressField.h"
+#include "views/compose/AttachmentStrip.h"
+#include "views/compose/ComposeTextView.h"
+#include "views/compose/ComposeWindows.h"
 
 #include <QMessageBox>
 #include <QPushButton>

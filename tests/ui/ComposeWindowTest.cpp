@@ -1,4 +1,4 @@
-#include "views/ComposeWindow.h"
+#include "views/compose/ComposeWindow.h"
 
 #include "ComposeSupport.h"
 #include "domain/MailError.h"
@@ -6,8 +6,8 @@
 #include "support/Await.h"
 #include "support/QtPrinters.h"
 #include "support/WaitUntil.h"
-#include "views/FlatButton.h"
-#include "views/SuggestionList.h"
+#include "views/compose/SuggestionList.h"
+#include "views/style/FlatButton.h"
 
 #include <QApplication>
 #include <QClipboard>

@@ -1,11 +1,11 @@
-#include "views/ComposeWindows.h"
+#include "views/compose/ComposeWindows.h"
 
 #include "ComposeSupport.h"
 #include "domain/MailError.h"
 #include "support/Await.h"
 #include "support/QtPrinters.h"
 #include "support/WaitUntil.h"
-#include "views/FlatButton.h"
+#include "views/style/FlatButton.h"
 
 #include <QDirIterator>
 #include <QLabel>

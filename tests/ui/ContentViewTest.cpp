@@ -1,11 +1,11 @@
-#include "views/ContentView.h"
+#include "views/main/ContentView.h"
 
 #include "UITestSupport.h"
 #include "domain/Coding.h"
 #include "domain/MailError.h"
 #include "support/QtPrinters.h"
-#include "views/SidebarView.h"
-#include "views/WelcomeView.h"
+#include "views/main/SidebarView.h"
+#include "views/main/WelcomeView.h"
 
 #include <QApplication>
 #include <QLabel>

@@ -7,12 +7,12 @@
 #include "protocols/StreamTransport.h"
 #include "support/GoogleServices.h"
 #include "support/QtPrinters.h"
-#include "views/AddressField.h"
-#include "views/ComposeTextView.h"
-#include "views/ComposeWindows.h"
-#include "views/MessageTable.h"
-#include "views/SidebarView.h"
-#include "views/SignInWindow.h"
+#include "views/compose/AddressField.h"
+#include "views/compose/ComposeTextView.h"
+#include "views/compose/ComposeWindows.h"
+#include "views/list/MessageTable.h"
+#include "views/main/SidebarView.h"
+#include "views/setup/SignInWindow.h"
 
 #include <QApplication>
 #include <QContextMenuEvent>

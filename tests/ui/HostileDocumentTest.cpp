@@ -1,6 +1,6 @@
 #include "UITestSupport.h"
 #include "support/QtPrinters.h"
-#include "views/SecureMessageView.h"
+#include "views/reader/SecureMessageView.h"
 
 #include <QLabel>
 #include <QSignalSpy>

@@ -1,12 +1,12 @@
-#include "views/MessageActions.h"
+#include "views/list/MessageActions.h"
 
 #include "UITestSupport.h"
 #include "domain/MailError.h"
 #include "support/QtPrinters.h"
-#include "views/ComposeWindows.h"
-#include "views/DraggedMessages.h"
-#include "views/MessageTable.h"
-#include "views/SidebarView.h"
+#include "views/compose/ComposeWindows.h"
+#include "views/list/DraggedMessages.h"
+#include "views/list/MessageTable.h"
+#include "views/main/SidebarView.h"
 
 #include <QApplication>
 #include <QClipboard>

@@ -1,9 +1,9 @@
-#include "views/MessageTableView.h"
+#include "views/list/MessageTableView.h"
 
 #include "UITestSupport.h"
 #include "domain/MailError.h"
 #include "support/QtPrinters.h"
-#include "views/SearchField.h"
+#include "views/main/SearchField.h"
 
 #include <QContextMenuEvent>
 #include <QHeaderView>

@@ -2,7 +2,7 @@
 #include "UITestSupport.h"
 #include "safety/HTMLSanitizer.h"
 #include "support/QtPrinters.h"
-#include "views/SecureMessageView.h"
+#include "views/reader/SecureMessageView.h"
 
 #include <QApplication>
 #include <QSignalSpy>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "UITestSupport.h"
-#include "views/ReaderView.h"
+#include "views/reader/ReaderView.h"
 
 #include <QLabel>
 #include <QMessageBox>

@@ -1,14 +1,14 @@
-#include "views/ReaderView.h"
+#include "views/reader/ReaderView.h"
 
 #include "ReaderViewFixture.h"
 #include "domain/MailError.h"
 #include "safety/LinkCleaner.h"
 #include "support/QtPrinters.h"
 #include "support/TurnMeter.h"
-#include "views/AddressLabel.h"
-#include "views/AttachmentChip.h"
-#include "views/ComposeWindows.h"
-#include "views/EmptyStateView.h"
+#include "views/compose/ComposeWindows.h"
+#include "views/reader/AddressLabel.h"
+#include "views/style/AttachmentChip.h"
+#include "views/style/EmptyStateView.h"
 
 #include <QApplication>
 #include <QClipboard>

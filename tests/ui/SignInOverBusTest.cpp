@@ -7,7 +7,7 @@
 #include "support/Await.h"
 #include "support/GoogleServices.h"
 #include "support/QtPrinters.h"
-#include "views/SignInWindow.h"
+#include "views/setup/SignInWindow.h"
 
 #include <QApplication>
 #include <QDirIterator>

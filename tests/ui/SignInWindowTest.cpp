@@ -1,13 +1,13 @@
-#include "views/SignInWindow.h"
+#include "views/setup/SignInWindow.h"
 
 #include "UITestSupport.h"
 #include "domain/MailError.h"
 #include "platform/Wakeup.h"
 #include "support/QtPrinters.h"
-#include "views/SearchField.h"
-#include "views/SidebarDelegate.h"
-#include "views/SidebarView.h"
-#include "views/WelcomeView.h"
+#include "views/main/SearchField.h"
+#include "views/main/SidebarDelegate.h"
+#include "views/main/SidebarView.h"
+#include "views/main/WelcomeView.h"
 
 #include <QAction>
 #include <QApplication>

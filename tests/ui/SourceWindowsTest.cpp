@@ -1,4 +1,4 @@
-#include "views/SourceWindows.h"
+#include "views/reader/SourceWindows.h"
 
 #include "ReaderViewFixture.h"
 #include "domain/MailError.h"

@@ -1,4 +1,4 @@
-#include "views/SecureMessageView.h"
+#include "views/reader/SecureMessageView.h"
 
 #include <QApplication>
 #include <QLocale>

@@ -1,6 +1,6 @@
 #include "UITestSupport.h"
 
-#include "views/MessageTableView.h"
+#include "views/list/MessageTableView.h"
 
 #include <QApplication>
 #include <QDir>

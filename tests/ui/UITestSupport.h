@@ -2,10 +2,10 @@
 
 #include "support/ModelFixture.h"
 #include "support/WaitUntil.h"
-#include "views/ContentView.h"
-#include "views/MessageTable.h"
-#include "views/SecureMessageView.h"
-#include "views/Style.h"
+#include "views/list/MessageTable.h"
+#include "views/main/ContentView.h"
+#include "views/reader/SecureMessageView.h"
+#include "views/style/Style.h"
 
 #include <QColor>
 #include <QImage>

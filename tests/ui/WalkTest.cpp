@@ -5,12 +5,12 @@
 #include "providers/IMAPProvider.h"
 #include "support/Await.h"
 #include "support/QtPrinters.h"
-#include "views/AddressField.h"
-#include "views/ComposeTextView.h"
-#include "views/ComposeWindows.h"
-#include "views/IMAPSetupView.h"
-#include "views/MessageTable.h"
-#include "views/SidebarView.h"
+#include "views/compose/AddressField.h"
+#include "views/compose/ComposeTextView.h"
+#include "views/compose/ComposeWindows.h"
+#include "views/list/MessageTable.h"
+#include "views/main/SidebarView.h"
+#include "views/setup/IMAPSetupView.h"
 
 #include <QApplication>
 #include <QComboBox>

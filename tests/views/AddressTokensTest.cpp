@@ -1,4 +1,4 @@
-#include "views/AddressTokens.h"
+#include "views/compose/AddressTokens.h"
 
 #include "format/RecipientField.h"
 #include "support/QtPrinters.h"

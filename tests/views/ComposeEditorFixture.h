@@ -1,8 +1,8 @@
 #pragma once
 
 #include "support/WaitUntil.h"
-#include "views/ComposeEditor.h"
-#include "views/ComposeEditorController.h"
+#include "views/compose/ComposeEditor.h"
+#include "views/compose/ComposeEditorController.h"
 
 #include <QApplication>
 #include <QClipboard>

@@ -1,12 +1,12 @@
-#include "views/ComposeEditor.h"
+#include "views/compose/ComposeEditor.h"
 
 #include "ComposeEditorFixture.h"
 #include "app/platform/Spelling.h"
 #include "model/DraftGate.h"
 #include "support/QtPrinters.h"
-#include "views/ComposeEditorController.h"
-#include "views/FlatButton.h"
-#include "views/FormatBar.h"
+#include "views/compose/ComposeEditorController.h"
+#include "views/compose/FormatBar.h"
+#include "views/style/FlatButton.h"
 
 #include <QApplication>
 #include <QColorDialog>

@@ -1,6 +1,6 @@
 #include "ComposedDocuments.h"
 #include "support/QtPrinters.h"
-#include "views/ComposeHTML.h"
+#include "views/richtext/ComposeHTML.h"
 
 #include <QTextCursor>
 #include <QTextDocument>

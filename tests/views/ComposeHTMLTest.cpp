@@ -1,4 +1,4 @@
-#include "views/ComposeHTML.h"
+#include "views/richtext/ComposeHTML.h"
 
 #include "ComposedDocuments.h"
 #include "support/QtPrinters.h"

@@ -2,8 +2,8 @@
 #include "app/platform/Spelling.h"
 #include "support/QtPrinters.h"
 #include "support/WaitUntil.h"
-#include "views/ComposeEditor.h"
-#include "views/ComposeHighlighter.h"
+#include "views/compose/ComposeEditor.h"
+#include "views/compose/ComposeHighlighter.h"
 
 #include <QMenu>
 #include <QTest>

@@ -2,7 +2,7 @@
 
 #include "format/MIMEParser.h"
 #include "safety/HTMLSanitizer.h"
-#include "views/ComposeHTML.h"
+#include "views/richtext/ComposeHTML.h"
 
 #include <QTextBlock>
 #include <QTextCursor>

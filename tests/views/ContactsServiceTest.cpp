@@ -1,4 +1,4 @@
-#include "views/ContactsService.h"
+#include "views/compose/ContactsService.h"
 
 #include "support/Await.h"
 #include "support/QtPrinters.h"

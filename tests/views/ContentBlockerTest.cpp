@@ -1,4 +1,4 @@
-#include "views/ContentBlocker.h"
+#include "views/reader/ContentBlocker.h"
 
 #include "support/QtPrinters.h"
 

@@ -1,4 +1,4 @@
-#include "views/DisplayText.h"
+#include "views/style/DisplayText.h"
 
 #include "support/QtPrinters.h"
 

@@ -1,4 +1,4 @@
-#include "views/MessageTableModel.h"
+#include "views/list/MessageTableModel.h"
 
 #include "support/ModelFixture.h"
 #include "support/QtPrinters.h"

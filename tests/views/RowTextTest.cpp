@@ -1,4 +1,4 @@
-#include "views/RowText.h"
+#include "views/style/RowText.h"
 
 #include "support/ModelFixture.h"
 #include "support/QtPrinters.h"

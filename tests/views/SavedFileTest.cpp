@@ -1,4 +1,4 @@
-#include "views/SavedFile.h"
+#include "views/reader/SavedFile.h"
 
 #include "domain/LocalizedError.h"
 #include "domain/ShownText.h"

@@ -1,7 +1,7 @@
 #include "support/ModelFixture.h"
 #include "support/QtPrinters.h"
 #include "support/WaitUntil.h"
-#include "views/MessageTableModel.h"
+#include "views/list/MessageTableModel.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "views/SourceText.h"
+#include "views/reader/SourceText.h"
 
 #include "support/QtPrinters.h"
 

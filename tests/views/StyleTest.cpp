@@ -1,4 +1,4 @@
-#include "views/Style.h"
+#include "views/style/Style.h"
 
 #include "support/QtPrinters.h"
 

@@ -1,0 +1,89 @@
+#include "views/compose/ComposeFiles.h"
+
+#include "views/style/RowText.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QFileInfo>
+#include <QMimeDatabase>
+
+#include <optional>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven::ComposeFiles {
+
+namespace {
+
+/// The bytes of a file; absent if it can't be read or has more than `room` of them. A file that grows while
+/// it is read comes as far as it went at its end.
+std::optional<QByteArray> bytesOf(const QString& path, qint64 room)
+{
+    constexpr qint64 pieceSize = 1 << 20;
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    QByteArray data;
+    data.reserve(static_cast<qsizetype>(std::min(file.size(), room)));
+    while (true) {
+        const QByteArray piece = file.read(pieceSize);
+        if (file.error() != QFileDevice::NoError)
+            return std::nullopt;
+        if (piece.isEmpty())
+            return data;
+        data += piece;
+        if (data.size() > room)
+            return std::nullopt;
+    }
+}
+
+std::optional<OutgoingAttachment> attachmentFor(const QUrl& url, qint64 room)
+{
+    const QString path = url.toLocalFile();
+    const QFileInfo info(path);
+    if (!url.isLocalFile() || info.isSymLink() || !info.isFile() || info.size() > room)
+        return std::nullopt;
+    std::optional<QByteArray> data = bytesOf(path, room);
+    if (!data)
+        return std::nullopt;
+    const QMimeType type = QMimeDatabase().mimeTypeForFile(info.fileName(), QMimeDatabase::MatchExtension);
+    return OutgoingAttachment{QUuid::createUuid(), info.fileName(),
+                              type.isValid() ? type.name() : u"application/octet-stream"_s, std::move(*data)};
+}
+
+QString nameOf(const QUrl& url)
+{
+    const QString name = url.adjusted(QUrl::StripTrailingSlash).fileName();
+    return name.isEmpty() ? url.toDisplayString() : name;
+}
+
+} // namespace
+
+Files read(const QList<QUrl>& files, qint64 total, qint64 limit)
+{
+    Files result;
+    for (const QUrl& file : files) {
+        const std::optional<OutgoingAttachment> attachment = attachmentFor(file, limit - total);
+        if (!attachment) {
+            result.refused.append(nameOf(file));
+            continue;
+        }
+        total += attachment->data.size();
+        result.attachments.append(*attachment);
+    }
+    return result;
+}
+
+QString refusal(const QStringList& names, qint64 limit)
+{
+    return QCoreApplication::translate("ComposeFiles",
+                                       "Couldn't attach %1. Only files can be attached, up to %2 in total.")
+        .arg(names.join(u", "_s), size(limit));
+}
+
+QString size(qint64 bytes)
+{
+    return RowText::size(bytes);
+}
+
+} // namespace Larkhaven::ComposeFiles

@@ -1,0 +1,30 @@
+#include "views/list/MessageTableView.h"
+
+#include "views/list/MessageTable.h"
+#include "views/list/PagerControl.h"
+#include "views/list/SignInBanner.h"
+#include "views/style/Style.h"
+
+#include <QVBoxLayout>
+
+namespace Larkhaven {
+
+MessageTableView::MessageTableView(AppModel& model, QWidget* parent)
+    : QWidget(parent)
+    , m_table(new MessageTable(model))
+{
+    auto* const layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    auto* const banner = new SignInBanner(model);
+    auto* const bannerLine = new QVBoxLayout;
+    bannerLine->setContentsMargins(Style::padding, 0, Style::padding, 0);
+    bannerLine->addWidget(banner);
+    layout->addLayout(bannerLine);
+    layout->addWidget(m_table, 1);
+    connect(banner, &SignInBanner::setupRequested, this, &MessageTableView::setupRequested);
+    layout->addWidget(new PagerControl(model));
+    setFocusProxy(m_table);
+}
+
+} // namespace Larkhaven

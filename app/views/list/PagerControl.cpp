@@ -1,0 +1,74 @@
+#include "views/list/PagerControl.h"
+
+#include "views/style/FlatButton.h"
+#include "views/style/Style.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QMenu>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven {
+
+PagerControl::PagerControl(AppModel& model, QWidget* parent)
+    : QWidget(parent)
+    , m_model(model)
+    , m_text(new QLabel)
+    , m_jump(new FlatButton(Symbol::chevronDown, tr("Jump to the newest or oldest messages")))
+    , m_back(new FlatButton(Symbol::back, tr("Newer (%1)").arg(u"Ctrl+Alt+["_s)))
+    , m_forward(new FlatButton(Symbol::forward, tr("Older (%1)").arg(u"Ctrl+Alt+]"_s)))
+{
+    setObjectName("pager"_L1);
+    m_text->setObjectName("pagerText"_L1);
+    m_back->setObjectName("pagerBack"_L1);
+    m_forward->setObjectName("pagerForward"_L1);
+    m_jump->setObjectName("pagerJump"_L1);
+    m_back->setShortcut(QKeySequence(u"Ctrl+Alt+["_s));
+    m_forward->setShortcut(QKeySequence(u"Ctrl+Alt+]"_s));
+
+    auto* const menu = new QMenu(m_jump);
+    menu->addAction(tr("Newest"), this, [this] { m_model.start(m_model.firstPage()); });
+    menu->addAction(tr("Oldest"), this, [this] { m_model.start(m_model.lastPage()); });
+    m_jump->setMenu(menu);
+    m_jump->setPopupMode(QToolButton::InstantPopup);
+    connect(m_back, &QToolButton::clicked, this, [this] { m_model.start(m_model.previousPage()); });
+    connect(m_forward, &QToolButton::clicked, this, [this] { m_model.start(m_model.nextPage()); });
+
+    auto* const layout = new QHBoxLayout(this);
+    layout->setContentsMargins(Style::smallPadding, Style::grid, Style::smallPadding, Style::grid);
+    layout->setSpacing(Style::grid);
+    layout->addStretch();
+    layout->addWidget(m_text);
+    layout->addWidget(m_jump);
+    layout->addWidget(m_back);
+    layout->addWidget(m_forward);
+    layout->addStretch();
+
+    connect(&model, &AppModel::messagesChanged, this, &PagerControl::update);
+    connect(&model, &AppModel::pagingChanged, this, &PagerControl::update);
+    connect(&model, &AppModel::isLoadingChanged, this, &PagerControl::update);
+    connect(&Style::shared(), &Style::changed, this, &PagerControl::applyStyle);
+    applyStyle();
+    update();
+}
+
+void PagerControl::applyStyle()
+{
+    const Style& style = Style::shared();
+    m_text->setFont(style.font(Style::Type::caption));
+    QPalette palette = m_text->palette();
+    palette.setColor(QPalette::WindowText, style.colors().secondary);
+    m_text->setPalette(palette);
+}
+
+void PagerControl::update()
+{
+    const bool isIdle = !m_model.isLoading() && !m_model.messages().isEmpty();
+    m_text->setText(m_model.pagerText());
+    m_jump->setEnabled(isIdle);
+    m_back->setEnabled(isIdle && m_model.pageIndex() > 0);
+    m_forward->setEnabled(isIdle && m_model.hasNextPage());
+}
+
+} // namespace Larkhaven

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "model/AppModel.h"
+#include "views/style/WarningCard.h"
+
+class QLabel;
+class QPushButton;
+
+namespace Larkhaven {
+
+/// Stands above the table while the selected account needs to sign in again.
+class SignInBanner : public WarningCard {
+    Q_OBJECT
+
+public:
+    explicit SignInBanner(AppModel& model, QWidget* parent = nullptr);
+
+Q_SIGNALS:
+    /// The window for setting up an account is asked for.
+    void setupRequested();
+
+private:
+    void update();
+    void signIn();
+    void applyStyle();
+
+    AppModel& m_model;
+    QLabel* m_symbol;
+    QLabel* m_title;
+    QLabel* m_text;
+    QPushButton* m_button;
+};
+
+} // namespace Larkhaven

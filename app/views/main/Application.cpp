@@ -1,0 +1,144 @@
+#include "views/main/Application.h"
+
+#include "app/platform/PrivateBrowser.h"
+#include "app/signin/Redirects.h"
+#include "platform/Tasks.h"
+#include "views/reader/SecureMessageView.h"
+#include "views/style/Style.h"
+
+#include <QFileInfo>
+#include <QTextStream>
+#include <QTimer>
+
+#include <chrono>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven {
+
+namespace {
+
+/// Light or dark as the desktop wants it; as its palette looks where it doesn't say.
+Style::Scheme schemeOf(const DesktopAppearance& appearance, bool isPaletteDark)
+{
+    switch (appearance.scheme()) {
+    case DesktopAppearance::Scheme::dark:
+        return Style::Scheme::dark;
+    case DesktopAppearance::Scheme::light:
+        return Style::Scheme::light;
+    case DesktopAppearance::Scheme::noPreference:
+        break;
+    }
+    return isPaletteDark ? Style::Scheme::dark : Style::Scheme::light;
+}
+
+/// Started by the session bus, which says what for only then.
+const QString& busOption()
+{
+    static const QString option = u"--dbus-service"_s;
+    return option;
+}
+
+/// How long a program that the bus has started waits for what it was started for.
+constexpr std::chrono::seconds busPatience{10};
+
+Task<std::shared_ptr<BrowserSession>> openBrowser(QByteArray url, std::stop_token stop)
+{
+    return PrivateBrowser::open(url, PrivateBrowser::systemSetting(), stop);
+}
+
+} // namespace
+
+Application::Preparation::Preparation(int argc, char** argv)
+{
+    SecureMessageView::registerScheme();
+    QApplication::setApplicationName(u"Larkhaven"_s);
+    QApplication::setDesktopFileName(AppModel::bundleIdentifier());
+    redirects = Redirects::takeFrom(argc, argv, Info::ofProgram());
+}
+
+Application::Application(int& argc, char** argv)
+    : m_preparation(argc, argv)
+    , m_application(argc, argv)
+    , m_instance(QFileInfo(UserDefaults::defaultFile()).path())
+    , m_role(m_instance.enter(arguments()))
+    , m_authenticator(openBrowser)
+{
+    // Nobody here waits for them, and they hold codes.
+    const bool isForRedirects = !m_preparation.redirects.isEmpty() && arguments() == m_preparation.redirects;
+    if (m_role != SingleInstance::Role::first || isForRedirects)
+        return;
+    m_preparation.redirects.clear();
+    m_model = std::make_unique<AppModel>(AppModel::systemServices(
+        [this](const QByteArray& url, const QString& scheme, const std::stop_token& stop) {
+            return m_authenticator.authenticate(url, scheme, stop);
+        }));
+    // The looks come first: widgets take their icons from them.
+    followAppearance();
+    m_window = std::make_unique<ContentView>(*m_model);
+    spawn(PrivateBrowser::removeLeftovers(PrivateBrowser::systemSetting()), dropFailure);
+}
+
+QStringList Application::arguments() const
+{
+    QStringList arguments = QApplication::arguments().mid(1);
+    // Where a redirect stood, nothing stands any more.
+    arguments.removeAll(QString());
+    arguments.removeAll(busOption());
+    return arguments + m_preparation.redirects;
+}
+
+void Application::followAppearance()
+{
+    Style& style = Style::shared();
+    const QPalette desktop = QApplication::palette();
+    const bool isPaletteDark =
+        desktop.color(QPalette::Window).lightness() < desktop.color(QPalette::WindowText).lightness();
+    const auto take = [this, &style, isPaletteDark] {
+        style.setScheme(schemeOf(m_appearance, isPaletteDark));
+        style.setHighContrast(m_appearance.wantsHighContrast());
+    };
+    take();
+    style.setTextSize(m_model->defaults().real(DefaultsKey::textSize));
+    style.applyToApplication();
+    QObject::connect(&m_appearance, &DesktopAppearance::changed, &style, take);
+    QObject::connect(&m_model->defaults(), &UserDefaults::changed, &style,
+                     [this, &style](const QString& key) {
+                         if (key == DefaultsKey::textSize)
+                             style.setTextSize(m_model->defaults().real(DefaultsKey::textSize));
+                     });
+}
+
+void Application::raiseWindow()
+{
+    m_window->setWindowState(m_window->windowState() & ~Qt::WindowMinimized);
+    m_window->show();
+    m_window->raise();
+    m_window->activateWindow();
+}
+
+int Application::run()
+{
+    if (m_role == SingleInstance::Role::refused)
+        QTextStream(stderr) << "Larkhaven is running already, and doesn't answer." << Qt::endl;
+    if (!isFirst())
+        return m_role == SingleInstance::Role::refused ? 1 : 0;
+    QObject::connect(&m_instance, &SingleInstance::activated, m_window.get(),
+                     [this](const QStringList& arguments) {
+                         if (Redirects::deliver(arguments, Info::ofProgram(), m_authenticator))
+                             raiseWindow();
+                     });
+    QObject::connect(m_window.get(), &ContentView::quitApproved, &m_application, &QApplication::quit,
+                     Qt::QueuedConnection);
+    if (QApplication::arguments().contains(busOption())) {
+        QTimer::singleShot(busPatience, m_window.get(), [this] {
+            if (!m_window->isVisible())
+                QApplication::quit();
+        });
+    } else {
+        m_window->show();
+    }
+    return QApplication::exec();
+}
+
+} // namespace Larkhaven

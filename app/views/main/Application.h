@@ -1,0 +1,58 @@
+#pragma once
+
+#include "app/platform/DesktopAppearance.h"
+#include "app/platform/SingleInstance.h"
+#include "app/signin/WebAuthenticator.h"
+#include "model/AppModel.h"
+#include "views/main/ContentView.h"
+
+#include <QApplication>
+
+#include <memory>
+
+namespace Larkhaven {
+
+/// The running program: the one model, its looks, and its main window. Made after nothing else of Qt, on the
+/// main thread.
+///
+/// Where the program runs already on this profile, there is no model and no window: the other one has been
+/// asked to show itself. Nor are there any where this process was started for nothing but redirects of
+/// sign-ins: no sign-in waits for them.
+///
+/// A redirect goes to the sign-in under way, if it is that one's, and shows no window.
+class Application {
+public:
+    Application(int& argc, char** argv);
+
+    /// Whether this process is the program.
+    bool isFirst() const { return m_model != nullptr; }
+    AppModel& model() { return *m_model; }
+    ContentView& window() { return *m_window; }
+
+    /// Shows the window and runs until the user quits; gives the exit code of the process.
+    int run();
+
+private:
+    /// What must be told to Qt before the application object exists.
+    struct Preparation {
+        Preparation(int argc, char** argv);
+
+        QStringList redirects; ///< that this process was started with
+    };
+
+    /// What this process was started with, but for what is Qt's or our own.
+    QStringList arguments() const;
+    void followAppearance();
+    void raiseWindow();
+
+    Preparation m_preparation;
+    QApplication m_application;
+    SingleInstance m_instance;
+    SingleInstance::Role m_role;
+    WebAuthenticator m_authenticator;
+    std::unique_ptr<AppModel> m_model;
+    DesktopAppearance m_appearance;
+    std::unique_ptr<ContentView> m_window;
+};
+
+} // namespace Larkhaven

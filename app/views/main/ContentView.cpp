@@ -1,0 +1,230 @@
+#include "views/main/ContentView.h"
+
+#include "views/compose/ComposeWindows.h"
+#include "views/list/MessageTable.h"
+#include "views/list/MessageTableView.h"
+#include "views/main/KeptTextsBanner.h"
+#include "views/main/LabelDialogs.h"
+#include "views/main/MailToolbar.h"
+#include "views/main/SearchField.h"
+#include "views/main/SidebarPane.h"
+#include "views/main/SidebarView.h"
+#include "views/main/WelcomeView.h"
+#include "views/reader/SavedFile.h"
+#include "views/reader/SourceWindows.h"
+#include "views/setup/IMAPSetupView.h"
+#include "views/setup/SignInWindow.h"
+#include "views/style/DisplayText.h"
+#include "views/style/PlainAlert.h"
+#include "views/style/Style.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QMessageBox>
+#include <QQuickWidget>
+#include <QShortcut>
+#include <QSplitter>
+#include <QStackedWidget>
+#include <QTimer>
+#include <QVBoxLayout>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven {
+
+ContentView::ContentView(AppModel& model, ReaderView::Desktop desktop, QWidget* parent)
+    : QMainWindow(parent)
+    , m_model(model)
+    , m_desktop(std::move(desktop))
+    , m_root(new QStackedWidget)
+    , m_welcome(new WelcomeView(model))
+    , m_mail(new QWidget)
+    , m_toolbar(new MailToolbar(model))
+    , m_split(new QSplitter)
+    , m_sidebar(new SidebarPane(model))
+    , m_detail(new QStackedWidget)
+    , m_listing(new MessageTableView(model))
+    , m_compose(new ComposeWindows(model, ComposeView::systemDesktop(), ContactsService::shared(), this))
+    , m_sources(new SourceWindows(model, this))
+{
+    setObjectName("main"_L1);
+    resize(defaultSize);
+    setMinimumSize(smallestSize);
+    m_detail->addWidget(m_listing);
+    m_split->setHandleWidth(1);
+    m_split->setChildrenCollapsible(false);
+    m_split->addWidget(m_sidebar);
+    m_split->addWidget(m_detail);
+    m_split->setStretchFactor(1, 1);
+    m_split->setSizes({SidebarView::idealColumnWidth, defaultSize.width() - SidebarView::idealColumnWidth});
+    auto* const layout = new QVBoxLayout(m_mail);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(m_toolbar);
+    auto* const bannerLine = new QVBoxLayout;
+    auto* const banner = new KeptTextsBanner(model);
+    bannerLine->addWidget(banner);
+    const auto makeRoom = [bannerLine, banner] {
+        const int gap = banner->isHidden() ? 0 : Style::smallPadding;
+        bannerLine->setContentsMargins(Style::padding, gap, Style::padding, gap);
+    };
+    makeRoom();
+    for (const auto signal : {&AppModel::lockedTextsChanged, &AppModel::accountsChanged})
+        connect(&model, signal, banner, makeRoom);
+    layout->addLayout(bannerLine);
+    layout->addWidget(m_split, 1);
+    m_root->addWidget(m_welcome);
+    m_root->addWidget(m_mail);
+    setCentralWidget(m_root);
+    // The message view draws by the graphics card. A window that learns of such a child only when the first
+    // message opens is taken off the screen and made anew, and loses its place and the keyboard.
+    (new QQuickWidget(this))->hide();
+
+    new LabelDialogs(model, this);
+    new SignInWindow(model, this);
+    connect(&model, &AppModel::browserSignInChanged, this, [this] {
+        // The user is in the browser then: the window asks to be looked at, and takes nothing.
+        if (!m_model.browserSignIn())
+            QApplication::alert(this);
+    });
+    connect(m_compose, &ComposeWindows::quitRequested, this, &QWidget::close);
+    m_listing->table().setSavePanel(
+        [this](const QString& name) { return m_desktop.chooseSavePath(this, SavedFile::name(name)); });
+    connect(&m_listing->table(), &MessageTable::sourceRequested, m_sources, &SourceWindows::open);
+    auto* const source = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_U), m_detail);
+    source->setContext(Qt::WidgetWithChildrenShortcut);
+    connect(source, &QShortcut::activated, this, &ContentView::showSource);
+    connect(m_welcome, &WelcomeView::setupRequested, this, [this] {
+        m_model.setImapSetupAccountID(std::nullopt);
+        openSetup();
+    });
+    connect(m_sidebar, &SidebarPane::setupRequested, this, &ContentView::openSetup);
+    connect(m_listing, &MessageTableView::setupRequested, this, &ContentView::openSetup);
+    connect(m_toolbar, &MailToolbar::sidebarToggled, this,
+            [this] { m_sidebar->setVisible(m_sidebar->isHidden()); });
+    connect(new QShortcut(QKeySequence::Find, this), &QShortcut::activated, this,
+            [this] { m_toolbar->searchField().setFocus(Qt::ShortcutFocusReason); });
+    connect(new QShortcut(QKeySequence::Quit, this), &QShortcut::activated, this, &QWidget::close);
+    connect(&model, &AppModel::accountsChanged, this, &ContentView::followAccounts);
+    connect(&model, &AppModel::pathChanged, this, &ContentView::followPath);
+    connect(&model, &AppModel::sidebarSelectionChanged, this, &ContentView::updateTitle);
+    connect(&model, &AppModel::errorMessageChanged, this, &ContentView::followError);
+    followAccounts();
+    followPath();
+}
+
+ContentView::~ContentView() = default;
+
+SidebarView& ContentView::sidebar() const
+{
+    return m_sidebar->sidebar();
+}
+
+void ContentView::openSetup()
+{
+    if (!m_setup)
+        m_setup = std::make_unique<IMAPSetupView>(m_model);
+    m_setup->show();
+    m_setup->raise();
+    m_setup->activateWindow();
+}
+
+ReaderView& ContentView::reader()
+{
+    if (!m_reader) {
+        m_reader = new ReaderView(m_model, m_desktop);
+        m_detail->addWidget(m_reader);
+        connect(m_reader, &ReaderView::titleChanged, this, &ContentView::updateTitle);
+        connect(m_reader, &ReaderView::sourceRequested, this, &ContentView::showSource);
+    }
+    return *m_reader;
+}
+
+void ContentView::showSource()
+{
+    const QList<MessageSummary> rows = m_model.actedOn();
+    if (rows.size() == 1)
+        m_sources->open(rows.first());
+}
+
+void ContentView::showEvent(QShowEvent* event)
+{
+    QMainWindow::showEvent(event);
+    if (std::exchange(m_hasAppeared, true))
+        return;
+    m_model.start(m_model.begin());
+    m_listing->setFocus();
+    // The first message opens faster when the engine is up by then.
+    constexpr int idleTime = 400;
+    QTimer::singleShot(idleTime, this, [this] { reader(); });
+}
+
+void ContentView::closeEvent(QCloseEvent* event)
+{
+    if (m_isQuitting || !m_compose->holdsQuit()) {
+        event->accept();
+        Q_EMIT quitApproved();
+        return;
+    }
+    event->ignore();
+    m_compose->confirmQuit(this, [this] {
+        m_isQuitting = true;
+        close();
+    });
+}
+
+void ContentView::followAccounts()
+{
+    m_root->setCurrentWidget(m_model.accounts().isEmpty() ? m_welcome : m_mail);
+    updateTitle();
+}
+
+void ContentView::followPath()
+{
+    if (m_model.path().isEmpty()) {
+        m_detail->setCurrentWidget(m_listing);
+        if (m_reader)
+            m_reader->close();
+        m_listing->setFocus();
+    } else {
+        reader().showMessage(m_model.path().last());
+        m_detail->setCurrentWidget(m_reader);
+        m_reader->setFocus();
+    }
+    updateTitle();
+}
+
+void ContentView::updateTitle()
+{
+    const std::optional<Account> account = m_model.selectedAccount();
+    if (!m_model.path().isEmpty() && m_reader)
+        setWindowTitle(DisplayText::bounded(m_reader->title()));
+    else if (account)
+        setWindowTitle(DisplayText::bounded(
+            u"%1 – %2"_s.arg(m_model.sidebarSelection()->ref.name(account->provider), account->title())));
+    else
+        setWindowTitle(tr("Larkhaven"));
+}
+
+void ContentView::followError()
+{
+    const std::optional<QString>& message = m_model.errorMessage();
+    if (!message) {
+        if (m_alert)
+            m_alert->close();
+        return;
+    }
+    if (!m_alert) {
+        m_alert = makePlainAlert(tr("Something went wrong"), *message, QMessageBox::Ok, this);
+        m_alert->setObjectName("errorAlert"_L1);
+        connect(m_alert, &QMessageBox::finished, this, [this] {
+            // It is on its way out: the next failure gets an alert of its own.
+            m_alert.clear();
+            m_model.clearErrorMessage();
+        });
+    }
+    setPlainText(*m_alert, *message);
+    m_alert->open();
+}
+
+} // namespace Larkhaven

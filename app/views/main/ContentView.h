@@ -1,0 +1,80 @@
+#pragma once
+
+#include "model/AppModel.h"
+#include "views/reader/ReaderView.h"
+
+#include <QMainWindow>
+#include <QPointer>
+
+class QMessageBox;
+class QSplitter;
+class QStackedWidget;
+
+namespace Larkhaven {
+
+class ComposeWindows;
+class IMAPSetupView;
+class MailToolbar;
+class MessageTableView;
+class SidebarPane;
+class SourceWindows;
+class SidebarView;
+class WelcomeView;
+
+/// The main window: the sidebar beside the listing or the open message; the welcome view while there are no
+/// accounts. It turns the model's fields into what is on screen, alerts among it.
+class ContentView : public QMainWindow {
+    Q_OBJECT
+
+public:
+    static constexpr QSize defaultSize{1180, 720};
+    static constexpr QSize smallestSize{720, 480};
+
+    explicit ContentView(AppModel& model, ReaderView::Desktop desktop = ReaderView::systemDesktop(),
+                         QWidget* parent = nullptr);
+    ~ContentView() override;
+
+    SidebarView& sidebar() const;
+    MessageTableView& listing() const { return *m_listing; }
+    /// The reader, made on the first use: its engine takes its time.
+    ReaderView& reader();
+    /// Opens the window that sets up an account, or raises it.
+    void openSetup();
+    ComposeWindows& composeWindows() const { return *m_compose; }
+    SourceWindows& sourceWindows() const { return *m_sources; }
+
+Q_SIGNALS:
+    /// The window has closed, and nothing that was written is lost by the end of the program.
+    void quitApproved();
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+
+private:
+    void showSource();
+    void followAccounts();
+    void followPath();
+    void followError();
+    void updateTitle();
+
+    AppModel& m_model;
+    ReaderView::Desktop m_desktop;
+    QStackedWidget* m_root;
+    WelcomeView* m_welcome;
+    QWidget* m_mail;
+    MailToolbar* m_toolbar;
+    QSplitter* m_split;
+    SidebarPane* m_sidebar;
+    QStackedWidget* m_detail;
+    MessageTableView* m_listing;
+    ReaderView* m_reader = nullptr;
+    QPointer<QMessageBox> m_alert;
+    std::unique_ptr<IMAPSetupView> m_setup; ///< made on the first use
+    ComposeWindows* m_compose;
+    SourceWindows* m_sources;
+    bool m_isQuitting = false; ///< the user has been asked
+    bool m_hasAppeared = false;
+};
+
+} // namespace Larkhaven

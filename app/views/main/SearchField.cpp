@@ -1,0 +1,68 @@
+#include "views/main/SearchField.h"
+
+#include "views/style/Style.h"
+
+#include <QAction>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven {
+
+SearchField::SearchField(AppModel& model, QWidget* parent)
+    : QLineEdit(parent)
+    , m_model(model)
+    , m_magnifier(addAction(QIcon(), LeadingPosition))
+    , m_clear(addAction(QIcon(), TrailingPosition))
+{
+    setObjectName("searchField"_L1);
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    setPlaceholderText(tr("Search"));
+    setAccessibleName(tr("Search"));
+    m_clear->setToolTip(tr("Clear"));
+    connect(m_clear, &QAction::triggered, this, &QLineEdit::clear);
+    connect(this, &QLineEdit::textChanged, this, &SearchField::takeText);
+    connect(this, &QLineEdit::returnPressed, this, [this] { m_model.start(m_model.applySearch()); });
+    connect(&model, &AppModel::searchTextChanged, this, [this] {
+        if (text() != m_model.searchText()) {
+            const QSignalBlocker blocker(this);
+            setText(m_model.searchText());
+            m_clear->setVisible(!text().isEmpty());
+        }
+    });
+    connect(&Style::shared(), &Style::changed, this, &SearchField::applyStyle);
+    setText(model.searchText());
+    m_clear->setVisible(!text().isEmpty());
+    applyStyle();
+}
+
+void SearchField::takeText()
+{
+    const bool becameEmpty = text().isEmpty() && !m_model.searchText().isEmpty();
+    m_model.setSearchText(text());
+    m_clear->setVisible(!text().isEmpty());
+    if (becameEmpty)
+        m_model.start(m_model.applySearch());
+}
+
+int SearchField::idealWidth()
+{
+    return Style::shared().scaled(260.0 / Style::standardTextSize);
+}
+
+QSize SearchField::sizeHint() const
+{
+    return {idealWidth(), QLineEdit::sizeHint().height()};
+}
+
+void SearchField::applyStyle()
+{
+    const Style& style = Style::shared();
+    m_magnifier->setIcon(style.icon(Symbol::magnifier, style.colors().secondary));
+    m_clear->setIcon(style.icon(Symbol::clear, style.colors().secondary));
+    setMinimumWidth(style.scaled(8));
+    setMaximumWidth(idealWidth());
+    updateGeometry();
+    setFixedHeight(style.scaled(2.3));
+}
+
+} // namespace Larkhaven

@@ -1,0 +1,387 @@
+#include "views/reader/ReaderView.h"
+
+#include "format/MailEncoding.h"
+#include "platform/Tasks.h"
+#include "providers/FetchParsed.h"
+#include "safety/HTMLSanitizer.h"
+#include "safety/LinkCleaner.h"
+#include "views/reader/AttachmentsRow.h"
+#include "views/reader/ReaderBanner.h"
+#include "views/reader/SavedFile.h"
+#include "views/reader/SecureMessageView.h"
+#include "views/style/EmptyStateView.h"
+#include "views/style/NoticeBanner.h"
+#include "views/style/PlainAlert.h"
+#include "views/style/Style.h"
+
+#include <QDesktopServices>
+#include <QFileDialog>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPainter>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QScrollArea>
+#include <QStackedLayout>
+#include <QStandardPaths>
+#include <QVBoxLayout>
+#include <QWebEngineView>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven {
+
+namespace {
+
+/// The white sheet on which a message stands, in both schemes.
+class Card : public QWidget {
+public:
+    using QWidget::QWidget;
+
+protected:
+    void paintEvent(QPaintEvent*) override
+    {
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(QPen(Style::shared().colors().hairline, 1));
+        painter.setBrush(Qt::white);
+        painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), Style::cardRadius,
+                                Style::cardRadius);
+    }
+};
+
+SanitizedHTML makeHarmless(const ParsedMessage& message, bool showRemote)
+{
+    if (!message.htmlBody)
+        return HTMLSanitizer::plainText(message.textBody.value_or(QString()));
+    SanitizerOptions options;
+    options.allowRemoteImages = showRemote;
+    options.indirectLinks = true;
+    for (const MailAttachment& attachment : message.attachments) {
+        if (attachment.contentID)
+            options.inlineImages.insert(*attachment.contentID, {attachment.mimeType, attachment.data});
+    }
+    return HTMLSanitizer::sanitize(*message.htmlBody, options);
+}
+
+} // namespace
+
+ReaderView::Desktop ReaderView::systemDesktop()
+{
+    return {[](const QUrl& url) { QDesktopServices::openUrl(url); },
+            [](QWidget* parent, const QString& suggestedName) {
+                const QString folder = QStandardPaths::writableLocation(QStandardPaths::DownloadLocation);
+                return QFileDialog::getSaveFileName(parent, QString(), folder + u'/' + suggestedName);
+            }};
+}
+
+ReaderView::ReaderView(AppModel& model, Desktop desktop, QWidget* parent)
+    : QWidget(parent)
+    , m_model(model)
+    , m_desktop(std::move(desktop))
+    , m_states(new QStackedLayout(this))
+    , m_progress(new QWidget)
+    , m_error(new EmptyStateView)
+    , m_scroll(new QScrollArea)
+    , m_content(new QWidget)
+    , m_headers(new ReaderHeaders)
+    , m_banner(new ReaderBanner)
+    , m_incomplete(new NoticeBanner(tr("Parts of this message could not be read."), tr("Show Source")))
+    , m_card(new Card)
+    , m_message(new SecureMessageView)
+    , m_attachments(new AttachmentsRow)
+{
+    setObjectName("reader"_L1);
+    auto* const bar = new QProgressBar;
+    bar->setRange(0, 0);
+    bar->setTextVisible(false);
+    bar->setFixedSize(160, Style::grid);
+    auto* const progressLayout = new QVBoxLayout(m_progress);
+    progressLayout->addWidget(bar, 0, Qt::AlignCenter);
+
+    auto* const cardLayout = new QVBoxLayout(m_card);
+    // The corners of the card stay free of the page, which has none.
+    cardLayout->setContentsMargins(Style::grid, Style::grid, Style::grid, Style::grid);
+    cardLayout->addWidget(m_message);
+    auto* const bannerLine = new QVBoxLayout;
+    bannerLine->setContentsMargins(Style::largePadding, 0, Style::largePadding, Style::padding);
+    bannerLine->setSpacing(Style::smallPadding);
+    m_incomplete->setObjectName("incompleteBanner"_L1);
+    bannerLine->addWidget(m_incomplete);
+    bannerLine->addWidget(m_banner);
+    auto* const cardLine = new QVBoxLayout;
+    cardLine->setContentsMargins(Style::largePadding, 0, Style::largePadding, Style::padding);
+    cardLine->addWidget(m_card, 1);
+    auto* const contentLayout = new QVBoxLayout(m_content);
+    contentLayout->setContentsMargins(0, 0, 0, 0);
+    contentLayout->setSpacing(0);
+    contentLayout->addWidget(m_headers);
+    contentLayout->addLayout(bannerLine);
+    contentLayout->addLayout(cardLine, 1);
+    contentLayout->addWidget(m_attachments);
+    m_states->addWidget(m_progress);
+    m_states->addWidget(m_error);
+    // Where headers and attachments leave no room for the message, the whole of it scrolls.
+    m_scroll->setFrameShape(QFrame::NoFrame);
+    m_scroll->setWidgetResizable(true);
+    m_scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_scroll->setFocusPolicy(Qt::NoFocus);
+    m_scroll->setWidget(m_content);
+    m_scroll->viewport()->setAutoFillBackground(false);
+    m_content->setAutoFillBackground(false);
+    m_card->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Ignored);
+    m_states->addWidget(m_scroll);
+
+    connect(m_headers, &ReaderHeaders::backRequested, this, [this] { m_model.setPath({}); });
+    connect(m_banner, &ReaderBanner::loadRequested, this, [this] { setShowRemote(true); });
+    connect(m_incomplete, &NoticeBanner::clicked, this, &ReaderView::sourceRequested);
+    connect(m_attachments, &AttachmentsRow::saveRequested, this,
+            [this](const MailAttachment& attachment) { m_model.start(saveAttachment(attachment)); });
+    connect(m_message, &SecureMessageView::linkActivated, this, &ReaderView::followLink);
+    connect(m_message, &SecureMessageView::loadFinished, this, &ReaderView::shown);
+    // The engine takes the keys in a child of its own, which comes and goes.
+    m_message->webView().installEventFilter(this);
+    if (QWidget* const proxy = m_message->webView().focusProxy())
+        proxy->installEventFilter(this);
+    connect(&Style::shared(), &Style::changed, this, &ReaderView::applyStyle);
+    setFocusPolicy(Qt::StrongFocus);
+    applyStyle();
+}
+
+ReaderView::~ReaderView() = default;
+
+void ReaderView::applyStyle()
+{
+    QPalette own = palette();
+    own.setColor(QPalette::Window, Style::shared().colors().surface);
+    setPalette(own);
+    setAutoFillBackground(true);
+    m_message->setZoom(static_cast<double>(Style::shared().textSize()) / Style::standardTextSize);
+    m_card->setMinimumHeight(Style::shared().scaled(12));
+    m_card->update();
+}
+
+// --- Loading and rendering
+
+void ReaderView::showMessage(const QString& messageID)
+{
+    ++m_generation;
+    m_messageID = messageID;
+    m_parsed.reset();
+    m_shownHeaders = {};
+    m_rendered.reset();
+    m_loadError.reset();
+    m_pendingLink.reset();
+    m_showRemote = m_model.defaults().boolean(DefaultsKey::loadRemoteContent);
+    update();
+    m_model.start(load(messageID));
+}
+
+void ReaderView::close()
+{
+    ++m_generation;
+    m_messageID.clear();
+    m_parsed.reset();
+    m_shownHeaders = {};
+    m_rendered.reset();
+    m_message->clear();
+    m_attachments->setAttachments({});
+}
+
+Task<> ReaderView::load(QString messageID)
+{
+    const QPointer<ReaderView> self(this);
+    const quint64 generation = m_generation;
+    const std::optional<MessageSummary> summary = m_model.message(messageID);
+    const std::shared_ptr<MailProvider> provider = summary ? m_model.provider(summary->accountID) : nullptr;
+    if (!provider) {
+        setLoadError(tr("This message is no longer available."));
+        co_return;
+    }
+    std::exception_ptr failure;
+    try {
+        ParsedMessage parsed = co_await fetchParsed(provider, messageID);
+        const auto read = [headers = parsed.headers] { return ShownHeaders::read(headers); };
+        ShownHeaders shownHeaders = co_await runOnWorker(read);
+        if (!self || m_generation != generation)
+            co_return;
+        m_parsed = std::move(parsed);
+        m_shownHeaders = std::move(shownHeaders);
+    } catch (...) {
+        failure = std::current_exception();
+    }
+    if (!self || m_generation != generation)
+        co_return;
+    if (failure) {
+        setLoadError(localizedText(failure));
+        // What a provider of before a repair says of its sign-in is old.
+        if (m_model.provider(summary->accountID) == provider)
+            m_model.report(failure, summary->accountID);
+        co_return;
+    }
+    m_model.setOpenParsed(m_parsed);
+    co_await render();
+}
+
+Task<> ReaderView::render()
+{
+    const QPointer<ReaderView> self(this);
+    const quint64 generation = m_generation;
+    if (!m_parsed)
+        co_return;
+    const bool showRemote = m_showRemote;
+    const auto work = [message = *m_parsed, showRemote] { return makeHarmless(message, showRemote); };
+    SanitizedHTML result = co_await runOnWorker(work);
+    if (!self || m_generation != generation || m_showRemote != showRemote)
+        co_return;
+    m_rendered = std::move(result);
+    update();
+}
+
+void ReaderView::setLoadError(const QString& text)
+{
+    m_loadError = text;
+    update();
+}
+
+void ReaderView::setShowRemote(bool isShown)
+{
+    if (m_showRemote == isShown)
+        return;
+    m_showRemote = isShown;
+    m_model.start(render());
+}
+
+QString ReaderView::title() const
+{
+    const std::optional<MessageSummary> summary = m_model.message(m_messageID);
+    const QString subject = m_parsed ? m_shownHeaders.subject : summary ? summary->subject : QString();
+    return subject.isEmpty() ? tr("(no subject)") : subject;
+}
+
+void ReaderView::update()
+{
+    Q_EMIT titleChanged();
+    if (m_loadError) {
+        m_error->setState({Symbol::warning, tr("Couldn't Load Message"), *m_loadError});
+        m_states->setCurrentWidget(m_error);
+        return;
+    }
+    if (!m_parsed || !m_rendered) {
+        m_states->setCurrentWidget(m_progress);
+        return;
+    }
+    const std::optional<MessageSummary> summary = m_model.message(m_messageID);
+    m_headers->setHeaders(m_shownHeaders, summary ? std::optional(summary->date) : std::nullopt);
+    m_banner->setState(m_rendered->blockedRemoteImages > 0 && !m_showRemote, m_rendered->trackers);
+    m_incomplete->setVisible(m_parsed->isIncomplete);
+    m_attachments->setAttachments(m_parsed->listedAttachments());
+    m_states->setCurrentWidget(m_scroll);
+    m_message->display(*m_rendered, m_showRemote,
+                       static_cast<double>(Style::shared().textSize()) / Style::standardTextSize);
+}
+
+// --- Links
+
+void ReaderView::followLink(const LinkRecord& link)
+{
+    if (link.url.scheme() == "mailto"_L1) {
+        // More than a field can hold.
+        constexpr qsizetype longestTarget = 1'000'000;
+        const QString target =
+            link.url.absoluteString().mid("mailto:"_L1.size(), longestTarget).section(u'?', 0, 0);
+        const QByteArray decoded = QByteArray::fromPercentEncoding(target.toUtf8());
+        // What the sender wrote goes into a field of one line.
+        m_model.newMessage(
+            MailEncoding::headerSafe(decoded.isValidUtf8() ? QString::fromUtf8(decoded) : target));
+        return;
+    }
+    const QList<LinkCleaner::Warning> warnings = LinkCleaner::warnings(link);
+    const bool isDeceptive = std::ranges::any_of(warnings, [](const LinkCleaner::Warning& warning) {
+        return warning.kind != LinkCleaner::Warning::Kind::insecure;
+    });
+    if (!m_model.defaults().boolean(DefaultsKey::warnSuspiciousLinks) || !isDeceptive) {
+        openLink(link);
+        return;
+    }
+    QStringList messages;
+    for (const LinkCleaner::Warning& warning : warnings)
+        messages.append(warning.message());
+    confirmLink(link, messages);
+}
+
+QString ReaderView::destination(const LinkRecord& link) const
+{
+    const bool cleans = m_model.defaults().boolean(DefaultsKey::stripTrackingParams);
+    return (cleans ? LinkCleaner::clean(link.url) : link.url).absoluteString();
+}
+
+void ReaderView::confirmLink(const LinkRecord& link, const QStringList& warnings)
+{
+    m_pendingLink = link;
+    QMessageBox* const alert =
+        makePlainAlert(tr("This link may be deceptive"), warnings.join(u'\n') + u"\n\n"_s + destination(link),
+                       QMessageBox::Cancel, this);
+    alert->setObjectName("linkAlert"_L1);
+    QPushButton* const open = alert->addButton(tr("Open Anyway"), QMessageBox::AcceptRole);
+    alert->setDefaultButton(QMessageBox::Cancel);
+    connect(alert, &QMessageBox::finished, this, [this, alert, open] {
+        const std::optional<LinkRecord> pending = std::exchange(m_pendingLink, std::nullopt);
+        if (pending && alert->clickedButton() == open)
+            openLink(*pending);
+    });
+    alert->open();
+}
+
+void ReaderView::openLink(const LinkRecord& link)
+{
+    const QString scheme = link.url.scheme();
+    if (scheme != "http"_L1 && scheme != "https"_L1)
+        return;
+    const bool cleans = m_model.defaults().boolean(DefaultsKey::stripTrackingParams);
+    m_desktop.openURL((cleans ? LinkCleaner::clean(link.url) : link.url).toQUrl());
+}
+
+// --- Attachments and keys
+
+Task<> ReaderView::saveAttachment(MailAttachment attachment)
+{
+    const QString path = m_desktop.chooseSavePath(this, SavedFile::name(attachment.filename));
+    if (path.isEmpty())
+        co_return;
+    const auto work = [path, data = attachment.data] { SavedFile::write(path, data); };
+    co_await runOnWorker(work);
+}
+
+bool ReaderView::handleKey(QKeyEvent* event)
+{
+    const bool isPlain = (event->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
+    const bool isShortcut =
+        event->text() == "u"_L1 && isPlain && m_model.defaults().boolean(DefaultsKey::gmailShortcuts);
+    if (!isShortcut && event->key() != Qt::Key_Escape)
+        return false;
+    m_model.setPath({});
+    return true;
+}
+
+void ReaderView::keyPressEvent(QKeyEvent* event)
+{
+    if (!handleKey(event))
+        QWidget::keyPressEvent(event);
+}
+
+bool ReaderView::eventFilter(QObject* watched, QEvent* event)
+{
+    if (event->type() == QEvent::ChildAdded) {
+        // The engine's own widget, which gets the keys; each document has another.
+        static_cast<QChildEvent*>(event)->child()->installEventFilter(this);
+    }
+    if (event->type() == QEvent::KeyPress && handleKey(static_cast<QKeyEvent*>(event)))
+        return true;
+    return QWidget::eventFilter(watched, event);
+}
+
+} // namespace Larkhaven

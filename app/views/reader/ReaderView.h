@@ -1,0 +1,108 @@
+#pragma once
+
+#include "format/ParsedMessage.h"
+#include "model/AppModel.h"
+#include "safety/LinkRecord.h"
+#include "safety/SanitizedHTML.h"
+#include "views/reader/ReaderHeaders.h"
+
+#include <QUrl>
+#include <QWidget>
+
+#include <functional>
+#include <optional>
+
+class QScrollArea;
+class QStackedLayout;
+
+namespace Larkhaven {
+
+class AttachmentsRow;
+class EmptyStateView;
+class NoticeBanner;
+class ReaderBanner;
+class SecureMessageView;
+
+/// The pane that shows one message: its headers, a banner about what was held back, the message in its
+/// sandbox, and its attachments. It owns the decisions around a message: whether remote content loads, what a
+/// click on a link does, how attachments are saved.
+///
+/// One pane serves one message after another; each gets a fresh decision about remote content.
+class ReaderView : public QWidget {
+    Q_OBJECT
+
+public:
+    /// What the pane asks of the desktop. Tests give their own.
+    struct Desktop {
+        std::function<void(const QUrl&)> openURL;
+        /// Where to save a file of the suggested name; empty if the user gave up.
+        std::function<QString(QWidget* parent, const QString& suggestedName)> chooseSavePath;
+    };
+    static Desktop systemDesktop();
+
+    explicit ReaderView(AppModel& model, Desktop desktop = systemDesktop(), QWidget* parent = nullptr);
+    ~ReaderView() override;
+
+    /// Fetches the message and shows it.
+    void showMessage(const QString& messageID);
+    /// Lets go of the message.
+    void close();
+
+    /// The decoded subject (as `DisplayText` gives it, once the message is there) or "(no subject)".
+    QString title() const;
+    const std::optional<SanitizedHTML>& rendered() const { return m_rendered; }
+    const std::optional<QString>& loadError() const { return m_loadError; }
+    bool showsRemote() const { return m_showRemote; }
+
+    /// What a click on a link does.
+    void followLink(const LinkRecord& link);
+
+Q_SIGNALS:
+    void titleChanged();
+    void shown();
+    /// The bytes of the message on screen are asked for.
+    void sourceRequested();
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    Task<> load(QString messageID);
+    Task<> render();
+    void update();
+    void setLoadError(const QString& text);
+    void setShowRemote(bool isShown);
+    bool handleKey(QKeyEvent* event);
+    void confirmLink(const LinkRecord& link, const QStringList& warnings);
+    void openLink(const LinkRecord& link);
+    QString destination(const LinkRecord& link) const;
+    Task<> saveAttachment(MailAttachment attachment);
+    void applyStyle();
+
+    AppModel& m_model;
+    Desktop m_desktop;
+    QString m_messageID;
+    quint64 m_generation =
+        0; ///< tells what was started for the message on screen from what was started before
+    std::optional<ParsedMessage> m_parsed;
+    ShownHeaders m_shownHeaders; ///< of `m_parsed`, read on a worker
+    std::optional<SanitizedHTML> m_rendered;
+    std::optional<QString> m_loadError;
+    bool m_showRemote = false;
+    std::optional<LinkRecord> m_pendingLink; ///< waits for a confirmation
+
+    QStackedLayout* m_states;
+    QWidget* m_progress;
+    EmptyStateView* m_error;
+    QScrollArea* m_scroll;
+    QWidget* m_content;
+    ReaderHeaders* m_headers;
+    ReaderBanner* m_banner;
+    NoticeBanner* m_incomplete;
+    QWidget* m_card;
+    SecureMessageView* m_message;
+    AttachmentsRow* m_attachments;
+};
+
+} // namespace Larkhaven

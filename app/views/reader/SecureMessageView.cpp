@@ -1,0 +1,382 @@
+#include "views/reader/SecureMessageView.h"
+
+#include "domain/MailError.h"
+#include "safety/HTMLSanitizer.h"
+
+#include <QAuthenticator>
+#include <QBuffer>
+#include <QCryptographicHash>
+#include <QLabel>
+#include <QStackedLayout>
+#include <QWebEngineCookieStore>
+#include <QWebEngineDownloadRequest>
+#include <QWebEngineFullScreenRequest>
+#include <QWebEngineNewWindowRequest>
+#include <QWebEnginePage>
+#include <QWebEngineProfile>
+#include <QWebEngineSettings>
+#include <QWebEngineUrlRequestInterceptor>
+#include <QWebEngineUrlRequestJob>
+#include <QWebEngineUrlScheme>
+#include <QWebEngineUrlSchemeHandler>
+#include <QWebEngineView>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <optional>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven {
+
+namespace {
+
+/// The scheme under which the engine asks us for the document; a document given as a "data:" URL would be cut
+/// at 2 MB.
+constexpr const char* documentScheme = "larkhaven-message";
+
+QUrl documentURL()
+{
+    return QUrl(u"larkhaven-message:document"_s);
+}
+
+ContentBlocker::Resource resourceOf(QWebEngineUrlRequestInfo::ResourceType type)
+{
+    switch (type) {
+    case QWebEngineUrlRequestInfo::ResourceTypeImage:
+        return ContentBlocker::Resource::image;
+    case QWebEngineUrlRequestInfo::ResourceTypeMainFrame:
+        return ContentBlocker::Resource::document;
+    default:
+        return ContentBlocker::Resource::other;
+    }
+}
+
+/// Behind every document: this engine draws a broken image where a message's own style keeps a blocked one
+/// from being hidden.
+constexpr const char* blockedImagesStyle = "<style>img[data-lh-blocked]{display:none!important}</style>";
+
+/// Before all of a document: no name is looked up for a link that might be clicked. The first word counts, so
+/// that nothing in the document can allow it.
+constexpr const char* noPrefetch =
+    "<!DOCTYPE html><meta http-equiv=\"x-dns-prefetch-control\" content=\"off\">";
+
+/// The document between what it can't take back.
+QByteArray framed(const QString& document)
+{
+    return noPrefetch + document.toUtf8() + blockedImagesStyle;
+}
+
+/// A page whose remote images take their time is shown before they are there.
+constexpr std::chrono::milliseconds longestCover{600};
+
+/// Everything that a page could do beyond showing text, formatting and images.
+constexpr std::array forbiddenFeatures{
+    QWebEngineSettings::JavascriptEnabled,
+    QWebEngineSettings::JavascriptCanOpenWindows,
+    QWebEngineSettings::JavascriptCanAccessClipboard,
+    QWebEngineSettings::JavascriptCanPaste,
+    QWebEngineSettings::AllowWindowActivationFromJavaScript,
+    QWebEngineSettings::LocalStorageEnabled,
+    QWebEngineSettings::LocalContentCanAccessRemoteUrls,
+    QWebEngineSettings::LocalContentCanAccessFileUrls,
+    QWebEngineSettings::AllowRunningInsecureContent,
+    QWebEngineSettings::AllowGeolocationOnInsecureOrigins,
+    QWebEngineSettings::HyperlinkAuditingEnabled,
+    QWebEngineSettings::PluginsEnabled,
+    QWebEngineSettings::PdfViewerEnabled,
+    QWebEngineSettings::FullScreenSupportEnabled,
+    QWebEngineSettings::ScreenCaptureEnabled,
+    QWebEngineSettings::WebGLEnabled,
+    QWebEngineSettings::Accelerated2dCanvasEnabled,
+    QWebEngineSettings::AutoLoadIconsForPage,
+    QWebEngineSettings::TouchIconsEnabled,
+    QWebEngineSettings::DnsPrefetchEnabled,
+    QWebEngineSettings::ErrorPageEnabled,
+    QWebEngineSettings::NavigateOnDropEnabled,
+    QWebEngineSettings::FocusOnNavigationEnabled,
+};
+
+} // namespace
+
+/// Hands the engine the document on screen.
+class SecureMessageView::DocumentServer : public QWebEngineUrlSchemeHandler {
+public:
+    void setDocument(const QByteArray& document) { m_document = document; }
+
+    void requestStarted(QWebEngineUrlRequestJob* job) override
+    {
+        if (job->requestUrl() != documentURL()) {
+            job->fail(QWebEngineUrlRequestJob::UrlNotFound);
+            return;
+        }
+        auto* const body = new QBuffer(job);
+        body->setData(m_document);
+        body->open(QIODevice::ReadOnly);
+        job->reply("text/html; charset=utf-8", body);
+    }
+
+private:
+    QByteArray m_document;
+};
+
+/// Lets pass what the rule list allows.
+class SecureMessageView::RequestFilter : public QWebEngineUrlRequestInterceptor {
+public:
+    void setRules(const ContentBlocker::RuleList* rules) { m_rules = rules; }
+
+    void interceptRequest(QWebEngineUrlRequestInfo& info) override
+    {
+        // The document itself is no request of the page; whether it may load is decided as a navigation.
+        const bool isDocument = info.resourceType() == QWebEngineUrlRequestInfo::ResourceTypeMainFrame &&
+                                info.requestUrl() == documentURL();
+        if (isDocument)
+            return;
+        const bool isBlocked =
+            !m_rules || m_rules->verdict(info.requestUrl(), resourceOf(info.resourceType())).isBlocked;
+        info.block(isBlocked);
+    }
+
+private:
+    const ContentBlocker::RuleList* m_rules = nullptr;
+};
+
+/// Shows one document and goes nowhere: of all navigations, the one that loads the document is allowed once.
+class SecureMessageView::Page : public QWebEnginePage {
+public:
+    Page(QWebEngineProfile* profile, SecureMessageView& owner)
+        : QWebEnginePage(profile, profile)
+        , m_owner(owner)
+    {}
+
+    void allowNextLoad() { m_isNextLoadAllowed = true; }
+
+protected:
+    bool acceptNavigationRequest(const QUrl& url, NavigationType, bool isMainFrame) override
+    {
+        if (url.scheme() == HTMLSanitizer::linkScheme) {
+            m_owner.followLink(url);
+            return false;
+        }
+        if (!m_isNextLoadAllowed || !isMainFrame || url != documentURL())
+            return false;
+        m_isNextLoadAllowed = false;
+        return true;
+    }
+
+    QWebEnginePage* createWindow(WebWindowType) override { return nullptr; }
+    QStringList chooseFiles(FileSelectionMode, const QStringList&, const QStringList&) override { return {}; }
+    void javaScriptConsoleMessage(JavaScriptConsoleMessageLevel, const QString&, int, const QString&) override
+    {}
+
+private:
+    SecureMessageView& m_owner;
+    bool m_isNextLoadAllowed = false;
+};
+
+void SecureMessageView::DeletePageLater::operator()(Page* page) const
+{
+    // It may be what is calling us.
+    page->disconnect();
+    page->deleteLater();
+}
+
+void SecureMessageView::registerScheme()
+{
+    QWebEngineUrlScheme document(documentScheme);
+    document.setSyntax(QWebEngineUrlScheme::Syntax::Path);
+    QWebEngineUrlScheme::registerScheme(document);
+    // NB: the scheme of links stays unknown to the engine. It refuses a page the way to a scheme that it
+    // knows and that isn't safe for the web, by an empty page in place of the message, before it asks us.
+}
+
+SecureMessageView::SecureMessageView(QWidget* parent, RuleLists ruleLists)
+    : QWidget(parent)
+    , m_ruleLists(std::move(ruleLists))
+    , m_server(std::make_unique<DocumentServer>())
+    , m_filter(std::make_unique<RequestFilter>())
+    , m_view(new QWebEngineView)
+    , m_cover(new QWidget)
+    , m_refusal(new QLabel(tr("Unable to display this message safely.")))
+    , m_layout(new QStackedLayout(this))
+{
+    makeProfile();
+    makePage();
+    m_view->setContextMenuPolicy(Qt::NoContextMenu);
+    m_view->setAcceptDrops(false);
+    m_refusal->setAlignment(Qt::AlignCenter);
+    m_refusal->setWordWrap(true);
+    // The page stays visible to its engine, which would else stop drawing; what stands on top is what the
+    // user sees.
+    m_layout->setStackingMode(QStackedLayout::StackAll);
+    for (QWidget* const sheet : {m_cover, static_cast<QWidget*>(m_refusal)}) {
+        QPalette white = sheet->palette();
+        white.setColor(QPalette::Window, Qt::white);
+        white.setColor(QPalette::WindowText, Qt::black);
+        sheet->setPalette(white);
+        sheet->setAutoFillBackground(true);
+    }
+    m_layout->addWidget(m_view);
+    m_layout->addWidget(m_cover);
+    m_layout->addWidget(m_refusal);
+    m_layout->setCurrentWidget(m_cover);
+    m_uncoverTimer.setSingleShot(true);
+    m_uncoverTimer.setInterval(longestCover);
+    connect(&m_uncoverTimer, &QTimer::timeout, this, &SecureMessageView::uncover);
+}
+
+SecureMessageView::~SecureMessageView()
+{
+    delete m_view;
+    // The profile must not go before its pages.
+    delete m_page.release();
+    const QList<QWebEnginePage*> leaving = m_profile->findChildren<QWebEnginePage*>();
+    qDeleteAll(leaving);
+}
+
+void SecureMessageView::makeProfile()
+{
+    // Without a name it keeps nothing on disk.
+    m_profile = std::make_unique<QWebEngineProfile>();
+    m_profile->setHttpCacheType(QWebEngineProfile::NoCache);
+    m_profile->setPersistentCookiesPolicy(QWebEngineProfile::NoPersistentCookies);
+    // What servers of images learn of the reader: neither program, version, platform nor language.
+    m_profile->setHttpUserAgent(u"Mozilla/5.0"_s);
+    m_profile->setHttpAcceptLanguage(u"en"_s);
+    m_profile->setSpellCheckEnabled(false);
+    m_profile->cookieStore()->setCookieFilter(
+        [](const QWebEngineCookieStore::FilterRequest&) { return false; });
+    m_profile->setUrlRequestInterceptor(m_filter.get());
+    m_profile->installUrlSchemeHandler(documentScheme, m_server.get());
+    connect(m_profile.get(), &QWebEngineProfile::downloadRequested, this,
+            [](QWebEngineDownloadRequest* download) { download->cancel(); });
+    for (const QWebEngineSettings::WebAttribute feature : forbiddenFeatures)
+        m_profile->settings()->setAttribute(feature, false);
+    m_profile->settings()->setAttribute(QWebEngineSettings::PlaybackRequiresUserGesture, true);
+    m_profile->settings()->setAttribute(QWebEngineSettings::WebRTCPublicInterfacesOnly, true);
+    // With this the engine asks the page about the scheme of our links, too. The page says no to all.
+    m_profile->settings()->setUnknownUrlSchemePolicy(
+        QWebEngineSettings::AllowUnknownUrlSchemesFromUserInteraction);
+}
+
+void SecureMessageView::makePage()
+{
+    Page* const page = new Page(m_profile.get(), *this);
+    page->setBackgroundColor(Qt::white);
+    page->setZoomFactor(m_zoom);
+    connect(page, &QWebEnginePage::loadFinished, this, &SecureMessageView::finishLoad);
+    connect(page, &QWebEnginePage::newWindowRequested, this, [this](QWebEngineNewWindowRequest& request) {
+        if (request.requestedUrl().scheme() == HTMLSanitizer::linkScheme)
+            followLink(request.requestedUrl());
+    });
+    connect(page, &QWebEnginePage::featurePermissionRequested, page,
+            [page](const QUrl& origin, QWebEnginePage::Feature feature) {
+                page->setFeaturePermission(origin, feature, QWebEnginePage::PermissionDeniedByUser);
+            });
+    connect(page, &QWebEnginePage::fullScreenRequested, page,
+            [](QWebEngineFullScreenRequest request) { request.reject(); });
+    connect(page, &QWebEnginePage::authenticationRequired, page,
+            [](const QUrl&, QAuthenticator* authenticator) { *authenticator = QAuthenticator(); });
+    connect(page, &QWebEnginePage::renderProcessTerminated, this, &SecureMessageView::showRefusal);
+    // The engine puts an empty page in the place of some that it refuses by itself.
+    connect(page, &QWebEnginePage::urlChanged, this, [this](const QUrl& url) {
+        if (!url.isEmpty() && url != documentURL())
+            showRefusal();
+    });
+    m_view->setPage(page);
+    m_page.reset(page);
+}
+
+void SecureMessageView::display(const SanitizedHTML& content, bool allowRemoteImages, double zoom)
+{
+    m_links = content.links;
+    setZoom(zoom);
+    const QByteArray hash = QCryptographicHash::hash(content.document.toUtf8(), QCryptographicHash::Sha256);
+    const QString key = (allowRemoteImages ? u"true|"_s : u"false|"_s) + QString::fromLatin1(hash.toHex());
+    if (m_loadedKey == key)
+        return;
+    m_loadedKey = key;
+    load(content.document,
+         allowRemoteImages ? ContentBlocker::Mode::httpsImagesOnly : ContentBlocker::Mode::blockAll);
+}
+
+void SecureMessageView::load(const QString& document, ContentBlocker::Mode mode)
+{
+    try {
+        m_filter->setRules(&m_ruleLists(mode));
+    } catch (const MailError&) {
+        showRefusal();
+        return;
+    }
+    // The rules are in force before anything loads.
+    cover();
+    // A page for each document: nothing of the one before is left, not even its process.
+    makePage();
+    ++m_loadCount;
+    m_server->setDocument(framed(document));
+    m_page->allowNextLoad();
+    m_page->load(documentURL());
+}
+
+void SecureMessageView::clear()
+{
+    m_links.clear();
+    m_loadedKey.clear();
+    m_server->setDocument({});
+    cover();
+    m_uncoverTimer.stop();
+    makePage();
+}
+
+void SecureMessageView::cover()
+{
+    // The message before must not be seen under the headers of this one.
+    m_layout->setCurrentWidget(m_cover);
+    m_uncoverTimer.start();
+}
+
+void SecureMessageView::uncover()
+{
+    if (!m_loadedKey.isEmpty() && m_layout->currentWidget() == m_cover)
+        m_layout->setCurrentWidget(m_view);
+}
+
+void SecureMessageView::finishLoad(bool isSuccess)
+{
+    if (m_loadedKey.isEmpty())
+        return;
+    m_uncoverTimer.stop();
+    uncover();
+    Q_EMIT loadFinished(isSuccess);
+}
+
+void SecureMessageView::showRefusal()
+{
+    m_layout->setCurrentWidget(m_refusal);
+}
+
+void SecureMessageView::setZoom(double zoom)
+{
+    // What the engine accepts.
+    m_zoom = std::clamp(zoom, 0.25, 5.0);
+    m_page->setZoomFactor(m_zoom);
+}
+
+void SecureMessageView::followLink(const QUrl& url)
+{
+    const QString text = url.toString(QUrl::FullyEncoded);
+    const QString digits = text.sliced(HTMLSanitizer::linkPrefix.size());
+    const bool isNumber = !digits.isEmpty() && std::ranges::all_of(digits, [](QChar digit) {
+        return digit >= u'0' && digit <= u'9';
+    });
+    bool isInRange = false;
+    const qlonglong index = digits.toLongLong(&isInRange);
+    if (isNumber && isInRange && index < m_links.size()) {
+        // The handler may show another message.
+        const LinkRecord link = m_links[index];
+        Q_EMIT linkActivated(link);
+    }
+}
+
+} // namespace Larkhaven

@@ -1,0 +1,49 @@
+#include "views/style/Picker.h"
+
+#include "views/style/Style.h"
+
+#include <QPainter>
+
+namespace Larkhaven {
+
+namespace {
+
+constexpr int textPadding = 9;
+constexpr int arrowSize = 12;
+constexpr int bareMargin = 2; ///< as line edits without a frame have it
+
+} // namespace
+
+QSize Picker::sizeHint() const
+{
+    int width = 0;
+    for (int index = 0; index < count(); ++index)
+        width = std::max(width, fontMetrics().horizontalAdvance(itemText(index)));
+    return {width + 3 * textPadding + arrowSize, fontMetrics().height() + 2 * Style::grid + 2};
+}
+
+void Picker::paintEvent(QPaintEvent*)
+{
+    const Style::Colors& colors = Style::shared().colors();
+    const bool isFramed = m_frame == Frame::field;
+    const bool isLit = hasFocus() && isEnabled();
+    const int arrow = isFramed ? arrowSize : Style::shared().scaled(1);
+    const int margin = isFramed ? textPadding : bareMargin;
+    const int room = width() - margin - arrow - (isFramed ? 2 * textPadding : Style::grid);
+    const QString text = fontMetrics().elidedText(currentText(), Qt::ElideMiddle, room);
+    QPainter painter(this);
+    if (isFramed) {
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(isLit ? colors.accent : colors.hairline);
+        painter.setBrush(colors.surface);
+        painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), Style::radius, Style::radius);
+    }
+    painter.setPen(!isEnabled() ? colors.secondary : isLit && !isFramed ? colors.accent : colors.text);
+    painter.drawText(QRect(margin, 0, room, height()), Qt::AlignVCenter | Qt::TextSingleLine, text);
+    const int behindText = margin + fontMetrics().horizontalAdvance(text) + Style::grid;
+    const QPoint place(isFramed ? width() - textPadding - arrow : behindText, (height() - arrow) / 2);
+    painter.drawPixmap(
+        place, Style::shared().pixmap(Symbol::chevronDown, arrow, colors.secondary, devicePixelRatioF()));
+}
+
+} // namespace Larkhaven

@@ -1,0 +1,90 @@
+#include "views/style/RowText.h"
+
+#include "views/style/DisplayText.h"
+
+#include <QCoreApplication>
+#include <QLocale>
+#include <QRegularExpression>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven::RowText {
+
+namespace {
+
+QString tr(const char* text)
+{
+    return QCoreApplication::translate("RowText", text);
+}
+
+QString recipients(const MessageSummary& row, const std::optional<Account>& account)
+{
+    if (row.to.isEmpty())
+        return tr("(no recipient)");
+    // Nobody sees more of a mass mailing.
+    constexpr qsizetype mostShown = 50;
+    QStringList names;
+    for (const EmailAddress& recipient : row.to.first(std::min(row.to.size(), mostShown))) {
+        const bool isOwn = account && recipient.address.compare(account->email, Qt::CaseInsensitive) == 0;
+        names.append(isOwn ? tr("me") : DisplayText::bounded(recipient.displayName()));
+    }
+    if (row.to.size() > mostShown)
+        names.append(u"…"_s);
+    return tr("To: %1").arg(names.join(u", "_s));
+}
+
+/// The locale's short date pattern without its year and what ties the year to the rest.
+QString patternWithoutYear(const QLocale& locale)
+{
+    static const QRegularExpression year(u"[^dM]*y+[^dM]*"_s);
+    const QString pattern = locale.dateFormat(QLocale::ShortFormat);
+    const QRegularExpressionMatch match = year.match(pattern);
+    const bool isInside =
+        match.hasMatch() && match.capturedStart() > 0 && match.capturedEnd() < pattern.size();
+    return QString(pattern).replace(year, isInside ? u"/"_s : QString());
+}
+
+} // namespace
+
+QString sender(const MessageSummary& row, const MailboxRef& mailbox, const std::optional<Account>& account)
+{
+    if (mailbox.role() == Mailbox::sent || mailbox.role() == Mailbox::drafts)
+        return recipients(row, account);
+    return row.from ? row.from->displayName() : tr("(unknown sender)");
+}
+
+QString subject(const MessageSummary& row)
+{
+    return row.subject.isEmpty() ? tr("(no subject)") : row.subject;
+}
+
+QString date(const QDateTime& date, const QDateTime& now)
+{
+    const QLocale locale;
+    const QDateTime local = date.toLocalTime();
+    const QDate today = now.toLocalTime().date();
+    if (local.date() == today)
+        return time(local.time());
+    if (local.date() == today.addDays(-1))
+        return tr("Yesterday");
+    if (local.date().year() == today.year())
+        return locale.toString(local.date(), patternWithoutYear(locale));
+    return locale.toString(local.date(), QLocale::ShortFormat);
+}
+
+QString time(const QTime& time)
+{
+    // A few locales put seconds even into their short form.
+    static const QRegularExpression seconds(u"[^a-zA-Z]?ss?"_s);
+    const QLocale locale;
+    return locale.toString(time, locale.timeFormat(QLocale::ShortFormat).remove(seconds));
+}
+
+QString size(qint64 bytes)
+{
+    return QLocale().formattedDataSize(bytes, 1, QLocale::DataSizeSIFormat);
+}
+
+} // namespace Larkhaven::RowText
