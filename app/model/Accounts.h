@@ -14,6 +14,7 @@
 #include <QHash>
 #include <QList>
 #include <QObject>
+#include <QPointer>
 #include <QSet>
 
 #include <functional>
@@ -57,6 +58,7 @@ public:
         QUuid accountID;
         quint64 epoch = 0;
         std::shared_ptr<MailProvider> provider;
+        QPointer<QObject> asker = nullptr; ///< the window in which the user asked for the flow
 
         explicit operator bool() const { return provider != nullptr; }
         MailProvider* operator->() const { return provider.get(); }

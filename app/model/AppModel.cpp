@@ -3,11 +3,15 @@
 #include "app/platform/ContinuousClock.h"
 #include "app/platform/LauncherBadge.h"
 #include "app/platform/WakeMonitor.h"
+#include "domain/Coding.h"
 #include "domain/MailError.h"
 #include "domain/Text.h"
+#include "model/KeptRows.h"
 #include "platform/Tasks.h"
 #include "protocols/StreamTransport.h"
 
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QLocale>
 #include <QStandardPaths>
 
@@ -60,6 +64,18 @@ AppModel::Services registered(AppModel::Services services)
     return services;
 }
 
+/// Whether the failure has no words of its own: the account is marked, or the user has given up.
+bool isOfSignIn(const std::exception_ptr& failure)
+{
+    try {
+        std::rethrow_exception(failure);
+    } catch (const MailError& error) {
+        return error.kind() == MailError::Kind::notSignedIn || error.kind() == MailError::Kind::cancelled;
+    } catch (...) {
+        return false;
+    }
+}
+
 Task<> nothing()
 {
     co_return;
@@ -75,9 +91,12 @@ AppModel::AppModel(Services services, QObject* parent)
     , m_sidebar(m_accounts)
     , m_texts(std::make_shared<KeptTexts>(m_services.keptTextsDirectory, m_services.textKeys))
 {
+    m_undoTimer.setSingleShot(true);
+    m_undoTimer.setInterval(undoTime);
+    connect(&m_undoTimer, &QTimer::timeout, this, [this] { setUndoOffer(std::nullopt); });
     connectParts();
-    if (!accounts().isEmpty())
-        m_sidebarSelection = SidebarItem{accounts().first().id, MailboxRef::system(Mailbox::inbox)};
+    restoreMailbox();
+    connect(this, &AppModel::sidebarSelectionChanged, this, &AppModel::keepMailbox);
     startRefreshLoop();
 }
 
@@ -92,21 +111,65 @@ void AppModel::connectParts()
 {
     const QPointer<AppModel> self(this);
     m_pageReloads = Coalescer::create([self] { return self ? self->reloadPage() : nothing(); });
-    m_refreshes = Coalescer::create([self] { return self ? self->checkForNews() : nothing(); });
+    m_refreshes =
+        Coalescer::create([self] { return self ? self->checkForNews(Asked::byNobody) : nothing(); });
     connect(&m_accounts, &Accounts::listChanged, this, &AppModel::accountsChanged);
     connect(&m_accounts, &Accounts::needsReauthChanged, this, &AppModel::needsReauthChanged);
+    connect(&m_accounts, &Accounts::needsReauthChanged, this, [this] {
+        // The new sign-in that is asked for is the news of those.
+        for (const QUuid& accountID : needsReauth())
+            m_checks.forget(accountID);
+    });
+    connect(&m_checks, &CheckResults::changed, this, &AppModel::failedChecksChanged);
     connect(&m_sidebar, &LabelsAndCounts::countsChanged, this, &AppModel::countsChanged);
+    connect(&m_sidebar, &LabelsAndCounts::answered, &m_checks, [this](const QUuid& accountID) {
+        // Of an account that isn't on screen nothing is listed: its counts are its check.
+        const bool isOnScreen = m_sidebarSelection && m_sidebarSelection->accountID == accountID;
+        m_checks.succeed(accountID, isOnScreen ? CheckResults::Of::counts : CheckResults::Of::listing);
+    });
+    connect(&m_sidebar, &LabelsAndCounts::failed, this,
+            [this](const QUuid& accountID, const std::exception_ptr& failure) {
+                noteFailedCheck(accountID, CheckResults::Of::counts, failure);
+            });
     connect(&m_sidebar, &LabelsAndCounts::labelsChanged, this,
             [this](const QUuid& accountID, const QList<MailLabel>& before) {
                 followLabels(accountID, before);
                 Q_EMIT labelsChanged();
             });
     connect(m_texts.get(), &KeptTexts::troubleChanged, this, &AppModel::lockedTextsChanged);
-    connect(new WakeMonitor(this), &WakeMonitor::woke, this, [this] { start(checkForNews()); });
+    connect(new WakeMonitor(this), &WakeMonitor::woke, this,
+            [this] { start(checkForNews(Asked::byNobody)); });
     connect(&defaults(), &UserDefaults::changed, this, [this](const QString& key) {
         if (key == DefaultsKey::pageSize && m_sidebarSelection)
             start(load(0, true));
     });
+}
+
+void AppModel::restoreMailbox()
+{
+    if (accounts().isEmpty())
+        return;
+    m_sidebarSelection = SidebarItem{accounts().first().id, MailboxRef::system(Mailbox::inbox)};
+    try {
+        const QByteArray stored = defaults().text(DefaultsKey::mailboxOnScreen).toUtf8();
+        const QJsonObject object = QJsonDocument::fromJson(stored).object();
+        const SidebarItem item{QUuid::fromString(Coding::string(object, "account"_L1)),
+                               MailboxRef::fromJSON(object.value("mailbox"_L1))};
+        if (m_accounts.find(item.accountID))
+            m_sidebarSelection = item;
+    } catch (const LocalizedError&) {
+        // Nothing was kept, or nothing that means anything: the Inbox is as good.
+    }
+}
+
+void AppModel::keepMailbox()
+{
+    if (!m_sidebarSelection)
+        return;
+    const QJsonObject object{{u"account"_s, Coding::fromUuid(m_sidebarSelection->accountID)},
+                             {u"mailbox"_s, m_sidebarSelection->ref.toJSON()}};
+    defaults().set(DefaultsKey::mailboxOnScreen,
+                   QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact)));
 }
 
 // --- Fields
@@ -124,6 +187,7 @@ void AppModel::setSortOrder(const QList<SortComparator>& order)
 void AppModel::setSelection(const QSet<QString>& selection)
 {
     m_restoredSelection.clear();
+    m_successors.clear();
     selectRows(selection);
 }
 
@@ -274,28 +338,64 @@ QList<QUuid> AppModel::accountsWithLockedTexts() const
 
 // --- Failures
 
-void AppModel::report(const std::exception_ptr& failure, const std::optional<QUuid>& accountID)
+std::optional<QString> AppModel::wordsFor(const std::exception_ptr& failure,
+                                          const std::optional<QUuid>& accountID)
 {
     try {
         std::rethrow_exception(failure);
     } catch (const MailError& error) {
         if (error.kind() == MailError::Kind::cancelled)
-            return;
+            return std::nullopt;
         // An account that was never added has no mark: its sign-in mustn't fail in silence.
         if (error.kind() == MailError::Kind::notSignedIn && accountID && m_accounts.find(*accountID)) {
             m_accounts.setNeedsReauth(*accountID, true);
-            return;
+            return std::nullopt;
         }
     } catch (...) {
         // Every other failure has words for the user.
     }
-    assign(m_errorMessage, std::optional(localizedText(failure)), &AppModel::errorMessageChanged);
+    return localizedText(failure);
+}
+
+void AppModel::report(const std::exception_ptr& failure, const std::optional<QUuid>& accountID,
+                      QObject* asker)
+{
+    const std::optional<QString> words = wordsFor(failure, accountID);
+    if (!words)
+        return;
+    m_errorAsker = asker;
+    assign(m_errorMessage, words, &AppModel::errorMessageChanged);
 }
 
 void AppModel::reportTo(const Session& session, const std::exception_ptr& failure)
 {
     if (m_accounts.isCurrent(session))
-        report(failure, session.accountID);
+        report(failure, session.accountID, session.asker);
+}
+
+void AppModel::noteFailedCheck(const QUuid& accountID, CheckResults::Of of, const std::exception_ptr& failure)
+{
+    const std::optional<Account> account = m_accounts.find(accountID);
+    if (account && !isOfSignIn(failure))
+        m_checks.fail(*account, of, failure);
+}
+
+void AppModel::noteFailedListing(const Session& session, const std::exception_ptr& failure, Asked asked)
+{
+    const std::optional<QString> before = m_checks.failureText(session.accountID);
+    if (asked != Asked::byUser || CheckResults::isUnreachable(failure))
+        noteFailedCheck(session.accountID, CheckResults::Of::listing, failure);
+    // One cause speaks once: whoever goes from mailbox to mailbox without a network has been told.
+    const bool isKnown = before && before == m_checks.failureText(session.accountID);
+    if (asked == Asked::asNews || (asked == Asked::byUser && !isKnown) || isOfSignIn(failure))
+        reportTo(session, failure);
+}
+
+AppModel::Session AppModel::session(const QUuid& accountID)
+{
+    Session session = m_accounts.session(accountID);
+    session.asker = asker();
+    return session;
 }
 
 Task<> AppModel::reporting(Task<> flow, Session session)
@@ -310,11 +410,10 @@ void AppModel::start(Task<> flow, const std::optional<QUuid>& accountID)
 {
     const std::optional<Session> began =
         accountID ? std::optional(m_accounts.present(*accountID)) : std::nullopt;
-    spawn(std::move(flow), [self = QPointer(this), began](const std::exception_ptr& failure) {
-        if (self && began)
-            self->reportTo(*began, failure);
-        else if (self)
-            self->report(failure);
+    const QPointer<QObject> asker(this->asker());
+    spawn(std::move(flow), [self = QPointer(this), began, asker](const std::exception_ptr& failure) {
+        if (self && (!began || self->m_accounts.isCurrent(*began)))
+            self->report(failure, began ? std::optional(began->accountID) : std::nullopt, asker);
     });
 }
 
@@ -322,15 +421,19 @@ void AppModel::start(Task<> flow, const std::optional<QUuid>& accountID)
 
 void AppModel::select(const std::optional<SidebarItem>& item)
 {
-    if (!item || item == m_sidebarSelection)
-        return;
-    assign(m_sidebarSelection, item, &AppModel::sidebarSelectionChanged);
+    if (item && item != m_sidebarSelection)
+        show(*item, Asked::byUser);
+}
+
+void AppModel::show(const SidebarItem& item, Asked asked)
+{
+    assign(m_sidebarSelection, std::optional(item), &AppModel::sidebarSelectionChanged);
     setPath({});
     m_listing.clearRows();
     resetPaging();
-    start(load(0, true));
-    if (!m_sidebar.hasLabels(item->accountID))
-        start(loadLabelsAndCounts(item->accountID));
+    start(load(0, true, asked));
+    if (!m_sidebar.hasLabels(item.accountID))
+        start(loadLabelsAndCounts(item.accountID));
 }
 
 void AppModel::selectMailbox(const MailboxRef& ref)
@@ -346,7 +449,7 @@ void AppModel::showInstead(const SidebarItem& item)
 {
     assign(m_sidebarSelection, std::optional(item), &AppModel::sidebarSelectionChanged);
     resetPaging();
-    start(load(0, true));
+    start(load(0, true, Asked::byNobody));
 }
 
 void AppModel::resetPaging()
@@ -380,6 +483,11 @@ void AppModel::publish()
 
 Task<> AppModel::load(int page, bool refresh)
 {
+    return load(page, refresh, Asked::byUser);
+}
+
+Task<> AppModel::load(int page, bool refresh, Asked asker)
+{
     const QPointer<AppModel> self(this);
     const std::optional<SidebarItem> item = m_sidebarSelection;
     const Session source = item ? session(item->accountID) : Session();
@@ -398,6 +506,8 @@ Task<> AppModel::load(int page, bool refresh)
     }
     const Listing::Load asked = m_listing.beginLoad(page);
     setLoading(true);
+    if (page == 0 && !key.query && !m_listing.showsOwnRows())
+        start(showKeptRows(key, m_listing.number()));
     const qint64 limit = key.pageSize;
     const Outcome<MessagePage> answer =
         co_await settled(source->listMessages(key.ref, key.query, page * limit, limit, refresh));
@@ -409,13 +519,43 @@ Task<> AppModel::load(int page, bool refresh)
         co_return;
     }
     if (answer.failure) {
-        report(answer.failure, item->accountID);
+        noteFailedListing(source, answer.failure, asker);
     } else {
         m_listing.take(asked, *answer.value);
         publish();
         m_accounts.noteListing(item->accountID);
+        if (refresh)
+            m_checks.succeed(item->accountID, CheckResults::Of::listing);
+        if (page == 0 && !key.query)
+            keepRows(key, *answer.value);
     }
     setLoading(false);
+}
+
+Task<> AppModel::showKeptRows(Listing::Key key, quint64 listing)
+{
+    const QPointer<AppModel> self(this);
+    const std::shared_ptr<MailCache> cache = m_accounts.cache(key.accountID);
+    if (!cache)
+        co_return;
+    const std::optional<KeptRows::Page> kept = co_await KeptRows::read(cache, key.accountID, key.ref);
+    if (!self || !kept || m_accounts.cache(key.accountID) != cache)
+        co_return;
+    m_checks.remember(key.accountID, kept->time);
+    if (m_listing.number() != listing)
+        co_return;
+    MessagePage page = kept->page;
+    // It may have been kept for larger pages.
+    page.hasMore = page.hasMore || page.messages.size() > key.pageSize;
+    page.messages = page.messages.first(std::min<qsizetype>(page.messages.size(), key.pageSize));
+    m_listing.showOld(page);
+    publish();
+}
+
+void AppModel::keepRows(const Listing::Key& key, const MessagePage& page)
+{
+    if (const std::shared_ptr<MailCache> cache = m_accounts.cache(key.accountID))
+        spawn(KeptRows::write(cache, key.ref, {page, QDateTime::currentDateTimeUtc()}), dropFailure);
 }
 
 int AppModel::wantedPage() const
@@ -433,30 +573,35 @@ Task<> AppModel::begin()
         co_return;
     setLoading(false);
     start(recoverDrafts());
-    co_await checkForNews();
+    co_await checkForNews(Asked::byNobody);
 }
 
 Task<> AppModel::refresh()
 {
     const bool isLocked = m_accounts.wasRefused() || !accountsWithLockedTexts().isEmpty();
-    return isLocked ? unlockAndCheck() : checkForNews();
+    return isLocked ? unlockAndCheck(Asked::asNews) : checkForNews(Asked::asNews);
 }
 
-Task<> AppModel::unlockAndCheck()
+Task<> AppModel::tryAgain()
+{
+    return checkForNews(Asked::byNobody);
+}
+
+Task<> AppModel::unlockAndCheck(Asked asked)
 {
     const QPointer<AppModel> self(this);
     co_await m_accounts.unlock();
     if (!self)
         co_return;
     start(recoverDrafts());
-    co_await checkForNews();
+    co_await checkForNews(asked);
 }
 
-Task<> AppModel::checkForNews()
+Task<> AppModel::checkForNews(Asked asked)
 {
     m_listing.forgetPages();
     // What the user looks at goes before what is counted.
-    Task<> loading = load(wantedPage(), true);
+    Task<> loading = load(wantedPage(), true, asked);
     for (const QUuid& accountID : m_accounts.ids())
         start(loadLabelsAndCounts(accountID));
     return loading;
@@ -498,13 +643,15 @@ Task<> AppModel::lastPage()
     if (!m_listing.isOfThisListing(asked) || !m_accounts.isCurrent(source))
         co_return;
     if (offset.failure)
-        report(offset.failure, item->accountID);
+        noteFailedListing(source, offset.failure, Asked::byUser);
     else
         co_await load(static_cast<int>(*offset.value / key.pageSize), false);
 }
 
 Task<> AppModel::applySearch()
 {
+    // The results are what the user wants to see.
+    setPath({});
     resetPaging();
     return load(0, true);
 }
@@ -513,7 +660,6 @@ void AppModel::search(const MessageSummary& sender)
 {
     if (!sender.from)
         return;
-    setPath({});
     setSearchText(u"from:"_s + sender.from->address);
     start(applySearch());
 }
@@ -559,7 +705,7 @@ Task<> AppModel::refreshLoop(QPointer<AppModel> model, std::stop_token stop)
         co_await model->m_services.sleep(std::chrono::minutes(std::min(minutes, longest)), stop);
         if (!model || stop.stop_requested())
             co_return;
-        co_await model->checkForNews();
+        co_await model->checkForNews(Asked::byNobody);
     }
 }
 

@@ -9,6 +9,7 @@
 #include "domain/Message.h"
 #include "format/ParsedMessage.h"
 #include "model/Accounts.h"
+#include "model/CheckResults.h"
 #include "model/ComposeDraft.h"
 #include "model/KeptTexts.h"
 #include "model/LabelsAndCounts.h"
@@ -25,6 +26,7 @@
 #include <QObject>
 #include <QPointer>
 #include <QSet>
+#include <QTimer>
 
 #include <chrono>
 #include <exception>
@@ -83,6 +85,18 @@ public:
     /// The real ones; `authenticate` shows a page of a sign-in in the user's browser.
     static Services systemServices(const SignInService::Authenticate& authenticate);
 
+    /// Messages that have just been moved, and can be moved back.
+    struct UndoOffer {
+        QUuid accountID;
+        QString text; ///< "Archived."
+        QList<QString> ids;
+        quint64 number; ///< another one for each
+
+        bool operator==(const UndoOffer&) const = default;
+    };
+    /// How long a move can be undone.
+    static constexpr std::chrono::seconds undoTime{8};
+
     /// The open label dialog.
     struct LabelEdit {
         struct Create {
@@ -123,7 +137,8 @@ public:
     static constexpr qint64 cacheLimit = Accounts::cacheLimit;
     static constexpr int defaultPageSize = 25;
 
-    /// Reads the account list, selects the first account's Inbox and starts the refresh loop. Loads nothing.
+    /// Reads the account list, selects the mailbox that was on screen last, or the first account's Inbox, and
+    /// starts the refresh loop. Loads nothing.
     explicit AppModel(Services services, QObject* parent = nullptr);
     ~AppModel() override;
 
@@ -144,8 +159,13 @@ public:
     const std::optional<QUuid>& pendingCompose() const { return m_pendingCompose; }
     /// The body of the open message.
     const std::optional<ParsedMessage>& openParsed() const { return m_openParsed; }
-    /// The alert to show.
+    /// The alert to show: the failure of what the user has asked for.
     const std::optional<QString>& errorMessage() const { return m_errorMessage; }
+    /// The window in which it was asked for; null where that isn't known, or it is gone.
+    QObject* errorAsker() const { return m_errorAsker; }
+    /// The accounts whose last check for news failed, for whatever reason it was made. Those that need a new
+    /// sign-in aren't among them.
+    const QList<CheckResults::Failure>& failedChecks() const { return m_checks.failures(); }
     /// Accounts whose credential no longer works.
     const QSet<QUuid>& needsReauth() const { return m_accounts.needsReauth(); }
     QList<MailLabel> labels(const QUuid& accountID) const { return m_sidebar.labels(accountID); }
@@ -155,6 +175,13 @@ public:
     const std::optional<qint64>& total() const { return m_paging.total; }
     /// Unread counts of an account by `MailboxRef::id`.
     QHash<QString, qint64> counts(const QUuid& accountID) const { return m_sidebar.counts(accountID); }
+    /// The search whose results are listed, or asked for; absent where all messages are.
+    const std::optional<QString>& listedQuery() const { return m_listing.key().query; }
+    /// Whether the rows, or that there are none, are what the service has said of the listing. Otherwise they
+    /// wait for another one, or come from an earlier run of the program.
+    bool isListingAnswered() const { return m_listing.isAnswered(); }
+    /// What can be moved back for a while.
+    const std::optional<UndoOffer>& undoOffer() const { return m_undo; }
     /// Whether the page is kept, so that it shows without the network.
     bool hasCachedPage(int page) const { return m_listing.hasPage(page); }
     const std::optional<LabelEdit>& labelEdit() const { return m_labelEdit; }
@@ -213,8 +240,11 @@ public:
     /// Moves the accounts at the offsets, in their order, before the one at `destination` (as counted before
     /// the move).
     void moveAccounts(const QList<int>& sources, int destination) { m_accounts.move(sources, destination); }
-    /// The one gate through which failures reach the user.
-    void report(const std::exception_ptr& failure, const std::optional<QUuid>& accountID = std::nullopt);
+    /// The one gate through which failures of what the user has asked for reach them.
+    void report(const std::exception_ptr& failure, const std::optional<QUuid>& accountID = std::nullopt,
+                QObject* asker = nullptr);
+    /// Names the window in which the user is, so that a failure shows where it was asked for.
+    void setAskerSource(std::function<QObject*()> asker) { m_asker = std::move(asker); }
 
     // --- The mailbox on screen
     /// Shows another mailbox. The search in force stays.
@@ -229,6 +259,8 @@ public:
     /// Checks all accounts for news, as the user asks for it: what the keyring refused before is asked for
     /// again.
     Task<> refresh();
+    /// The same at the side of a failed check, which keeps telling of the failure.
+    Task<> tryAgain();
     Task<> nextPage();
     Task<> previousPage();
     Task<> firstPage();
@@ -251,13 +283,19 @@ public:
     void toggleRead(const QList<MessageSummary>& rows);
     /// Stars all if any isn't starred, otherwise takes the star from all.
     void toggleStarred(const QList<MessageSummary>& rows);
-    // These take the rows off the list.
+    // These take the rows off the list. Where they were selected, the row that takes their place is then, as
+    // `setSuccessor` names it; and for `undoTime` they can be moved back, where the service can do so.
     void archive(const QList<MessageSummary>& rows);
     void trash(const QList<MessageSummary>& rows);
     void moveToInbox(const QList<MessageSummary>& rows);
     void reportSpam(const QList<MessageSummary>& rows);
     void move(const QList<MessageSummary>& rows, const MailboxRef& target);
     void setLabel(const QList<MessageSummary>& rows, const MailLabel& label, bool applied);
+    /// Names the row to be selected in place of those that are being removed; to be called while `removing`
+    /// is told.
+    void setSuccessor(const QString& id) { m_successor = id; }
+    /// Moves back what `undoOffer` offers.
+    Task<> undo();
     /// Saves the message as it came to the file that the user chooses.
     Task<> saveMessage(MessageSummary row, SavePanel choose);
 
@@ -350,6 +388,10 @@ Q_SIGNALS:
     void pendingComposeChanged();
     void openParsedChanged();
     void errorMessageChanged();
+    void failedChecksChanged();
+    void undoOfferChanged();
+    /// Rows are about to leave the list, as the user wants it.
+    void removing(const QSet<QString>& ids);
     void needsReauthChanged();
     void labelsChanged();
     void lockedTextsChanged();
@@ -368,6 +410,12 @@ private:
     using Session = Accounts::Session;
     using Edit = std::function<void(MessageSummary&)>;
     using Request = std::function<Task<>(MailProvider&, QList<QString>)>;
+    /// Who asked for a listing.
+    enum class Asked {
+        byNobody, ///< the loop, a wake, a start, or what follows from a change
+        byUser,
+        asNews, ///< the user wants to know what is new
+    };
     struct Paging {
         int index = 0;
         bool hasNext = false;
@@ -392,7 +440,13 @@ private:
     }
 
     void connectParts();
-    Session session(const QUuid& accountID) { return m_accounts.session(accountID); }
+    /// Selects the mailbox that was on screen last, or else the first Inbox.
+    void restoreMailbox();
+    void keepMailbox();
+    Session session(const QUuid& accountID);
+    QObject* asker() const { return m_asker ? m_asker() : nullptr; }
+    /// The words for a failure that is to be told; what is told otherwise, or by nothing, is dealt with.
+    std::optional<QString> wordsFor(const std::exception_ptr& failure, const std::optional<QUuid>& accountID);
     /// Waits for a flow, and reports its failure where the account is still as the session found it.
     Task<> reporting(Task<> flow, Session session);
     /// As `report`, where the account is still as the session found it.
@@ -403,10 +457,19 @@ private:
     /// Tells of what the listing has become.
     void publish();
     void setLoading(bool isLoading);
+    Task<> load(int page, bool refresh, Asked asked);
+    /// Shows what an earlier run had of the mailbox, until the service answers.
+    Task<> showKeptRows(Listing::Key key, quint64 listing);
+    void keepRows(const Listing::Key& key, const MessagePage& page);
+    /// A listing has failed: its account can't be checked, and the user is told as they asked for it.
+    void noteFailedListing(const Session& session, const std::exception_ptr& failure, Asked asked);
+    void noteFailedCheck(const QUuid& accountID, CheckResults::Of of, const std::exception_ptr& failure);
+    /// As `select`.
+    void show(const SidebarItem& item, Asked asked);
     /// As `refresh`, but asks the keyring for nothing.
-    Task<> checkForNews();
+    Task<> checkForNews(Asked asked);
     Task<> loadLabelsAndCounts(QUuid accountID);
-    Task<> unlockAndCheck();
+    Task<> unlockAndCheck(Asked asked);
     void updateBadge();
     static Task<> refreshLoop(QPointer<AppModel> model, std::stop_token stop);
 
@@ -415,8 +478,11 @@ private:
     void change(QList<MessageSummary> rows, const Edit& edit, const Request& request);
     Task<> tellChange(Session session, QList<QString> ids, Request request, quint64 change);
     /// Takes the rows off the list at once and tells the server in a task.
-    void removeRows(QList<MessageSummary> rows, const Request& request);
-    Task<> tellRemoval(Session session, QList<QString> ids, Request request, quint64 change);
+    void removeRows(QList<MessageSummary> rows, const QString& done, const Request& request);
+    Task<> tellRemoval(Session session, QList<QString> ids, QString done, Request request, quint64 change);
+    /// Offers to move back what a removal has moved, if all of it can be.
+    Task<> offerUndo(Session session, QList<QString> ids, QString done, quint64 change);
+    void setUndoOffer(const std::optional<UndoOffer>& offer);
     /// Fills the page again from which rows have gone.
     Task<> reloadPage();
     /// The page that is on screen, or will be once the load under way has ended.
@@ -473,6 +539,7 @@ private:
     Services m_services;
     Accounts m_accounts;
     LabelsAndCounts m_sidebar;
+    CheckResults m_checks;
     Listing m_listing;
     std::shared_ptr<KeptTexts> m_texts;
 
@@ -483,7 +550,12 @@ private:
     QString m_searchText;
     QList<SortComparator> m_sortOrder{SortComparator{}};
     QSet<QString> m_selection;
-    QSet<QString> m_restoredSelection;  ///< what of it came back with refused removals
+    QSet<QString> m_restoredSelection; ///< what of it came back with refused removals
+    QSet<QString> m_successors;        ///< what of it took the place of removed rows
+    QString m_successor;
+    std::optional<UndoOffer> m_undo;
+    QTimer m_undoTimer;
+    quint64 m_lastRemoval = 0;          ///< the newest, by the number of its change
     QHash<quint64, Removal> m_removals; ///< by the number of the change
     QList<QString> m_path;
     QHash<QString, MessageSummary> m_opened; ///< rows kept for what `path` holds
@@ -499,6 +571,8 @@ private:
     std::optional<QUuid> m_imapSetupAccountID;
     std::optional<ParsedMessage> m_openParsed;
     std::optional<QString> m_errorMessage;
+    QPointer<QObject> m_errorAsker;
+    std::function<QObject*()> m_asker;
     std::stop_source m_refreshLoop;
     std::shared_ptr<Coalescer> m_pageReloads;
     std::shared_ptr<Coalescer> m_refreshes; ///< after refused removals

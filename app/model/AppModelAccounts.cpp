@@ -80,7 +80,7 @@ Task<> AppModel::saveIMAPAccount(QString name, QString email, ServerSettings set
     if (m_imapSetupAccountID == repaired)
         setImapSetupAccountID(std::nullopt);
     if (m_sidebarSelection && m_sidebarSelection->accountID == account.id)
-        start(checkForNews());
+        start(checkForNews(Asked::byUser));
     else
         select(SidebarItem{account.id, MailboxRef::system(Mailbox::inbox)});
 }
@@ -102,6 +102,7 @@ Account AppModel::accountToChange(const std::optional<QUuid>& repaired, const QS
 void AppModel::forgetServers(const QUuid& accountID)
 {
     m_sidebar.forget(accountID);
+    m_checks.forget(accountID);
     if (m_sidebarSelection && m_sidebarSelection->accountID == accountID) {
         setPath({});
         // Its folders may be others as well.
@@ -235,6 +236,7 @@ Task<> AppModel::removeAccount(QUuid accountID)
     if (defaults().text(DefaultsKey::defaultAccountID) == Coding::fromUuid(accountID))
         defaults().set(DefaultsKey::defaultAccountID, QString());
     m_sidebar.forget(accountID);
+    m_checks.forget(accountID);
     m_listing.forgetAccount(accountID);
     updateBadge();
     leaveAccount(accountID);
@@ -254,7 +256,7 @@ void AppModel::leaveAccount(const QUuid& accountID)
     resetPaging();
     setLoading(false);
     if (!accounts().isEmpty())
-        select(SidebarItem{accounts().first().id, MailboxRef::system(Mailbox::inbox)});
+        show({accounts().first().id, MailboxRef::system(Mailbox::inbox)}, Asked::byNobody);
 }
 
 Task<qint64> AppModel::cacheSize()

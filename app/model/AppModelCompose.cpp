@@ -211,7 +211,7 @@ Task<> AppModel::send(ComposeDraft draft)
     const bool isShown = shows(draft.accountID, Mailbox::sent) ||
                          (draft.draftMessageID && shows(draft.accountID, Mailbox::drafts));
     if (isShown)
-        start(checkForNews());
+        start(checkForNews(Asked::byNobody));
     start(loadCounts(draft.accountID));
 }
 
@@ -233,7 +233,7 @@ Task<> AppModel::saveDraft(ComposeDraft draft)
     if (self)
         removeForeignDraft(draft);
     if (self && shows(draft.accountID, Mailbox::drafts))
-        start(checkForNews());
+        start(checkForNews(Asked::byNobody));
 }
 
 bool AppModel::shows(const QUuid& accountID, Mailbox role) const

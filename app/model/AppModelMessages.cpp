@@ -97,7 +97,7 @@ Task<> AppModel::tellChange(Session session, QList<QString> ids, Request request
     co_await loadCounts(session.accountID);
 }
 
-void AppModel::removeRows(QList<MessageSummary> rows, const Request& request)
+void AppModel::removeRows(QList<MessageSummary> rows, const QString& done, const Request& request)
 {
     const Session source = rows.isEmpty() ? Session() : session(rows.first().accountID);
     if (!source)
@@ -109,15 +109,24 @@ void AppModel::removeRows(QList<MessageSummary> rows, const Request& request)
         from = m_sidebarSelection->ref;
     const Removal removal{m_listing.number(), m_listing.pageIndex(),
                           QSet<QString>(m_selection).intersect(ids)};
+    m_successor.clear();
+    Q_EMIT removing(ids);
     const quint64 number = m_listing.lay({source.accountID, ids, {}, from});
     m_removals.insert(number, removal);
+    m_lastRemoval = number;
+    setUndoOffer(std::nullopt);
     publish();
+    if (m_selection.isEmpty() && !removal.selected.isEmpty() && !m_successor.isEmpty()) {
+        m_successors.insert(m_successor);
+        selectRows({m_successor});
+    }
     if (!m_path.isEmpty() && ids.contains(m_path.last()))
         setPath({});
-    start(tellRemoval(source, ids.values(), request, number));
+    start(tellRemoval(source, ids.values(), done, request, number));
 }
 
-Task<> AppModel::tellRemoval(Session session, QList<QString> ids, Request request, quint64 change)
+Task<> AppModel::tellRemoval(Session session, QList<QString> ids, QString done, Request request,
+                             quint64 change)
 {
     const QPointer<AppModel> self(this);
     const Outcome<void> answer = co_await settled(request(*session.provider, ids));
@@ -137,24 +146,67 @@ Task<> AppModel::tellRemoval(Session session, QList<QString> ids, Request reques
     const bool isOnScreen = m_listing.number() == removal.listing && m_listing.pageIndex() == removal.page;
     if (isOnScreen)
         start(m_pageReloads->request());
+    if (m_accounts.isCurrent(session))
+        start(offerUndo(session, ids, done, change));
     co_await loadCounts(session.accountID);
+}
+
+Task<> AppModel::offerUndo(Session session, QList<QString> ids, QString done, quint64 change)
+{
+    const QPointer<AppModel> self(this);
+    const Outcome<bool> answer = co_await settled(session->canPutBack(ids));
+    // Whoever undoes means the newest of what was done.
+    const bool isOffered =
+        self && !answer.failure && *answer.value && m_accounts.isCurrent(session) && m_lastRemoval == change;
+    if (isOffered)
+        setUndoOffer(UndoOffer{session.accountID, done, ids, change});
+}
+
+void AppModel::setUndoOffer(const std::optional<UndoOffer>& offer)
+{
+    assign(m_undo, offer, &AppModel::undoOfferChanged);
+    if (offer)
+        m_undoTimer.start();
+    else
+        m_undoTimer.stop();
+}
+
+Task<> AppModel::undo()
+{
+    const QPointer<AppModel> self(this);
+    const std::optional<UndoOffer> offer = m_undo;
+    const Session source = offer ? session(offer->accountID) : Session();
+    setUndoOffer(std::nullopt);
+    if (!source)
+        co_return;
+    const Outcome<void> answer = co_await settled(source->putBack(offer->ids));
+    if (!self)
+        co_return;
+    if (answer.failure)
+        reportTo(source, answer.failure);
+    if (!m_accounts.isCurrent(source))
+        co_return;
+    m_listing.forgetPages();
+    start(m_pageReloads->request());
+    co_await loadCounts(source.accountID);
 }
 
 Task<> AppModel::reloadPage()
 {
     const QPointer<AppModel> self(this);
-    co_await load(wantedPage(), true);
+    co_await load(wantedPage(), true, Asked::byNobody);
     // Nobody is left on a page that has ceased to exist.
     if (self && m_messages.isEmpty() && m_listing.showsOwnRows() && m_paging.index >= 1)
-        co_await load(m_paging.index - 1, true);
+        co_await load(m_paging.index - 1, true, Asked::byNobody);
 }
 
 void AppModel::restoreSelection(const QSet<QString>& ids)
 {
     // What the user has selected since is what the next command acts on, and nothing else.
-    if (!m_restoredSelection.contains(m_selection))
+    const QSet<QString> own = QSet<QString>(m_selection).subtract(m_successors);
+    if (!m_restoredSelection.contains(own))
         return;
-    m_restoredSelection = QSet<QString>(m_selection).unite(ids);
+    m_restoredSelection = QSet<QString>(own).unite(ids);
     selectRows(m_restoredSelection);
 }
 
@@ -204,29 +256,34 @@ void AppModel::toggleStarred(const Rows& rows)
 
 void AppModel::archive(const Rows& rows)
 {
-    removeRows(rows, [](MailProvider& source, QList<QString> ids) { return source.archive(std::move(ids)); });
+    removeRows(rows, tr("Archived."),
+               [](MailProvider& source, QList<QString> ids) { return source.archive(std::move(ids)); });
 }
 
 void AppModel::trash(const Rows& rows)
 {
-    removeRows(rows, [](MailProvider& source, QList<QString> ids) { return source.trash(std::move(ids)); });
+    removeRows(rows, tr("Deleted."),
+               [](MailProvider& source, QList<QString> ids) { return source.trash(std::move(ids)); });
 }
 
 void AppModel::moveToInbox(const Rows& rows)
 {
-    removeRows(rows,
+    removeRows(rows, tr("Moved to Inbox."),
                [](MailProvider& source, QList<QString> ids) { return source.moveToInbox(std::move(ids)); });
 }
 
 void AppModel::reportSpam(const Rows& rows)
 {
-    removeRows(rows,
+    removeRows(rows, tr("Marked as junk."),
                [](MailProvider& source, QList<QString> ids) { return source.markSpam(std::move(ids)); });
 }
 
 void AppModel::move(const Rows& rows, const MailboxRef& target)
 {
-    removeRows(rows, [target](MailProvider& source, QList<QString> ids) {
+    const std::optional<Account> account =
+        rows.isEmpty() ? std::nullopt : m_accounts.find(rows.first().accountID);
+    const QString name = account ? target.name(account->provider) : QString();
+    removeRows(rows, tr("Moved to %1.").arg(name), [target](MailProvider& source, QList<QString> ids) {
         return source.move(std::move(ids), target);
     });
 }
@@ -373,7 +430,7 @@ Task<> AppModel::deleteLabel(Session session, MailLabel label)
     if (!self || !m_accounts.isCurrent(session))
         co_return;
     if (m_sidebarSelection == SidebarItem{session.accountID, MailboxRef::label(label)})
-        select(SidebarItem{session.accountID, MailboxRef::system(Mailbox::inbox)});
+        show(SidebarItem{session.accountID, MailboxRef::system(Mailbox::inbox)}, Asked::byNobody);
     co_await loadLabels(session.accountID);
 }
 
@@ -381,12 +438,14 @@ void AppModel::followLabels(const QUuid& accountID, const QList<MailLabel>& befo
 {
     const bool isShown = m_sidebarSelection && m_sidebarSelection->accountID == accountID;
     const MailLabel* const shown = isShown ? m_sidebarSelection->ref.label() : nullptr;
-    if (!shown || !before.contains(*shown))
+    // What an earlier run had on screen may have gone meanwhile.
+    const bool isFirstList = before.isEmpty() && !labels(accountID).isEmpty();
+    if (!shown || (!isFirstList && !before.contains(*shown)))
         return;
     const QList<MailLabel> now = labels(accountID);
     const auto same = std::ranges::find(now, shown->id, &MailLabel::id);
     if (same == now.end())
-        select(SidebarItem{accountID, MailboxRef::system(Mailbox::inbox)});
+        show(SidebarItem{accountID, MailboxRef::system(Mailbox::inbox)}, Asked::byNobody);
     else if (*same != *shown)
         showInstead({accountID, MailboxRef::label(*same)});
 }

@@ -50,7 +50,10 @@ Task<> LabelsAndCounts::askForLabels(QUuid accountID)
     if (!session)
         co_return;
     const Outcome<QList<MailLabel>> answer = co_await settled(session->listLabels());
-    if (!self || answer.failure || !m_accounts.isCurrent(session))
+    if (!self || !m_accounts.isCurrent(session))
+        co_return;
+    tell(accountID, answer.failure);
+    if (answer.failure)
         co_return;
     const QList<MailLabel> before = m_labels.value(accountID);
     if (m_labels.contains(accountID) && before == *answer.value)
@@ -66,12 +69,23 @@ Task<> LabelsAndCounts::askForCounts(QUuid accountID)
     if (!session)
         co_return;
     const Outcome<QHash<QString, qint64>> answer = co_await settled(session->counts(labels(accountID)));
-    if (!self || answer.failure || !m_accounts.isCurrent(session))
+    if (!self || !m_accounts.isCurrent(session))
+        co_return;
+    tell(accountID, answer.failure);
+    if (answer.failure)
         co_return;
     if (m_counts.value(accountID) == *answer.value)
         co_return;
     m_counts.insert(accountID, *answer.value);
     Q_EMIT countsChanged();
+}
+
+void LabelsAndCounts::tell(const QUuid& accountID, const std::exception_ptr& failure)
+{
+    if (failure)
+        Q_EMIT failed(accountID, failure);
+    else
+        Q_EMIT answered(accountID);
 }
 
 void LabelsAndCounts::forget(const QUuid& accountID)

@@ -7,6 +7,7 @@
 #include <QHash>
 #include <QObject>
 
+#include <exception>
 #include <memory>
 
 namespace Larkhaven {
@@ -38,6 +39,9 @@ public:
 Q_SIGNALS:
     void labelsChanged(const QUuid& accountID, const QList<MailLabel>& before);
     void countsChanged();
+    /// A service has answered, or not.
+    void answered(const QUuid& accountID);
+    void failed(const QUuid& accountID, const std::exception_ptr& failure);
 
 private:
     struct Requests {
@@ -48,6 +52,7 @@ private:
     Requests& requests(const QUuid& accountID);
     Task<> askForLabels(QUuid accountID);
     Task<> askForCounts(QUuid accountID);
+    void tell(const QUuid& accountID, const std::exception_ptr& failure);
 
     Accounts& m_accounts;
     QHash<QUuid, QList<MailLabel>> m_labels;

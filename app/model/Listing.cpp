@@ -80,6 +80,18 @@ bool Listing::show(int page)
     return true;
 }
 
+void Listing::showOld(const MessagePage& page)
+{
+    if (showsOwnRows())
+        return;
+    m_shown = Page{page, 0};
+    m_shownKey = m_key;
+    m_shownListing = m_number;
+    m_pageIndex = 0;
+    if (page.total)
+        m_total = Total{*page.total, 0};
+}
+
 // --- Changes
 
 quint64 Listing::lay(const Change& change)

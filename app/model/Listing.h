@@ -75,6 +75,9 @@ public:
     void take(const Load& load, const MessagePage& answer);
     /// Shows a page that was kept; whether there is one.
     bool show(int page);
+    /// Shows what an earlier run of the program had of the first page, unless there is something of this
+    /// listing to show.
+    void showOld(const MessagePage& page);
     bool hasPage(int page) const { return m_pages.contains(page); }
 
     // --- Changes
@@ -87,6 +90,7 @@ public:
 
     // --- What is on screen
     quint64 number() const { return m_number; }
+    const Key& key() const { return m_key; }
     int pageIndex() const { return m_pageIndex; }
     /// Of the pages that are asked for.
     int pageSize() const { return m_key.pageSize; }
@@ -94,6 +98,8 @@ public:
     QList<MessageSummary> rows() const;
     /// Whether the rows are those of this listing, and not of the one before.
     bool showsOwnRows() const { return m_shown && m_shownListing == m_number; }
+    /// Whether the service has answered for what is shown.
+    bool isAnswered() const { return showsOwnRows() && m_shown->load > 0; }
     bool hasMore() const { return showsOwnRows() && m_shown->answer.hasMore; }
     /// How many messages the listing has, where the service knows.
     std::optional<qint64> total() const;
@@ -101,7 +107,7 @@ public:
 private:
     struct Page {
         MessagePage answer;
-        quint64 load = 0; ///< the load that it is the answer to
+        quint64 load = 0; ///< the load that it is the answer to; 0 for what an earlier run had
     };
     struct Total {
         qint64 count = 0;

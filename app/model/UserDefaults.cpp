@@ -124,6 +124,8 @@ void registerUserSettings(UserDefaults& defaults)
         {showDockBadge, true},
         {accent, u"larkhaven"_s},
         {textSize, 13.0},
+        {sidebarWidth, 210},
+        {sidebarHidden, false},
     });
 }
 

@@ -16,6 +16,8 @@ public:
     /// done of the command under way isn't known, and a new connection may serve. The text doesn't decide: a
     /// server's refusal may have the same words, and a translation has others.
     virtual bool isConnectionLost() const { return false; }
+    /// Whether nothing is heard of the service: no connection stood, or it was lost.
+    virtual bool isUnreachable() const { return isConnectionLost(); }
 
     const char* what() const noexcept override { return "Larkhaven::LocalizedError"; }
 };

@@ -39,4 +39,15 @@ Task<> MailProvider::move(QList<QString> ids, const MailboxRef& target)
                                    .arg(target.name(account().provider))));
 }
 
+Task<bool> MailProvider::canPutBack(QList<QString>)
+{
+    co_return false;
+}
+
+Task<> MailProvider::putBack(QList<QString>)
+{
+    return fail(MailError::unsupported(
+        QCoreApplication::translate("MailProvider", "These messages can’t be moved back.")));
+}
+
 } // namespace Larkhaven

@@ -68,6 +68,13 @@ public:
     virtual Task<> markSpam(QList<QString> ids) = 0;
     virtual Task<> moveToLabel(QList<QString> ids, MailLabel label) = 0;
 
+    /// Whether all of what the last of the operations above has moved, which were the messages of `ids`, can
+    /// be put back where it was. May ask the service; what can't be learned counts as no.
+    virtual Task<bool> canPutBack(QList<QString> ids);
+    /// Puts them back, in which they may get other ids. Fails with `unsupported` where `canPutBack` didn't
+    /// say that it can.
+    virtual Task<> putBack(QList<QString> ids);
+
     /// Submits the message, blind copies included, which no recipient sees. The draft `draftID`, if there is
     /// one, is replaced by the sent message. The message goes out under its `messageID`, or a fresh one, and
     /// so does the copy of it in the Sent mailbox. Whatever fails after the service has taken the message is

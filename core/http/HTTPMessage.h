@@ -58,6 +58,7 @@ public:
     /// Whether the server may have had the request, and done what it asked for.
     bool mayHaveArrived() const;
     bool isConnectionLost() const override { return m_kind == Kind::broken || m_kind == Kind::timedOut; }
+    bool isUnreachable() const override { return isConnectionLost() || m_kind == Kind::unreachable; }
     QString localizedText() const override;
 
 private:

@@ -20,6 +20,13 @@ QString tr(const char* text)
     return QCoreApplication::translate("StreamTransport", text);
 }
 
+bool isOfTLS(QAbstractSocket::SocketError error)
+{
+    constexpr std::array ofTLS{QAbstractSocket::SslHandshakeFailedError, QAbstractSocket::SslInternalError,
+                               QAbstractSocket::SslInvalidUserDataError};
+    return std::ranges::find(ofTLS, error) != ofTLS.end();
+}
+
 } // namespace
 
 void StreamTransport::DeleteLater::operator()(QSslSocket* socket) const
@@ -101,12 +108,15 @@ void StreamTransport::noteWritten()
     m_wakeup.notify();
 }
 
+bool StreamError::isUnreachable() const
+{
+    return !isOfTLS(m_code);
+}
+
 void StreamTransport::noteFailure(QAbstractSocket::SocketError error)
 {
     // After an alert or a broken record the socket stays connected, and nothing ever comes of it.
-    constexpr std::array ofTLS{QAbstractSocket::SslHandshakeFailedError, QAbstractSocket::SslInternalError,
-                               QAbstractSocket::SslInvalidUserDataError};
-    m_hasFailed = m_hasFailed || std::ranges::find(ofTLS, error) != ofTLS.end();
+    m_hasFailed = m_hasFailed || isOfTLS(error);
     m_wakeup.notify();
 }
 

@@ -30,6 +30,8 @@ public:
     QAbstractSocket::SocketError code() const { return m_code; }
     QString localizedText() const override { return m_text; }
     bool isConnectionLost() const override { return m_stage == Stage::open; }
+    /// What goes wrong with TLS is the server's, and has words of its own.
+    bool isUnreachable() const override;
 
 private:
     QAbstractSocket::SocketError m_code;

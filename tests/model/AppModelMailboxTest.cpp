@@ -330,7 +330,7 @@ TEST_F(AppModelMailbox, RefreshesThePageOnScreenAndTheLabelsAndCountsOfAllAccoun
     EXPECT_EQ(two.model().counts(two.account(1).id).value(u"label:Work"_s), 2);
 }
 
-TEST_F(AppModelMailbox, ShowsNothingWhereLabelsOrCountsCannotBeHad)
+TEST_F(AppModelMailbox, RaisesNoAlertWhereLabelsOrCountsCannotBeHad)
 {
     fixture.provider().setLabels({{u"Work"_s, u"Work"_s}});
     await(model.loadLabels(fixture.account().id));
@@ -340,6 +340,8 @@ TEST_F(AppModelMailbox, ShowsNothingWhereLabelsOrCountsCannotBeHad)
     await(model.loadCounts(fixture.account().id));
     EXPECT_FALSE(model.errorMessage());
     EXPECT_TRUE(model.needsReauth().isEmpty());
+    ASSERT_EQ(model.failedChecks().size(), 1);
+    EXPECT_EQ(model.failedChecks().first().text, u"Mail protocol error: no");
     EXPECT_EQ(model.labels(fixture.account().id).size(), 1);
 }
 

@@ -193,6 +193,7 @@ Task<> FakeMailProvider::removing(QString operation, QList<QString> ids, QString
     const auto self = shared_from_this();
     const Task<> step = perform(operation, arguments);
     co_await step;
+    m_beforeRemoval = m_listings;
     for (QList<MessageSummary>& rows : m_listings)
         rows.removeIf([&ids](const MessageSummary& row) { return ids.contains(row.id); });
 }
@@ -220,6 +221,23 @@ Task<> FakeMailProvider::markSpam(QList<QString> ids)
 Task<> FakeMailProvider::moveToLabel(QList<QString> ids, MailLabel label)
 {
     return removing(u"moveToLabel"_s, ids, QStringList(label.id) + ids);
+}
+
+Task<bool> FakeMailProvider::canPutBack(QList<QString> ids)
+{
+    const auto self = shared_from_this();
+    const bool isPossible = m_canPutBack;
+    const Task<> step = perform(u"canPutBack"_s, ids);
+    co_await step;
+    co_return isPossible;
+}
+
+Task<> FakeMailProvider::putBack(QList<QString> ids)
+{
+    const auto self = shared_from_this();
+    const Task<> step = perform(u"putBack"_s, ids);
+    co_await step;
+    m_listings = m_beforeRemoval;
 }
 
 Task<> FakeMailProvider::send(OutgoingMessage message, std::optional<QString> draftID)

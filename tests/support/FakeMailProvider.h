@@ -34,6 +34,8 @@ public:
     void setSentIDs(const QSet<QString>& messageIDs) { m_sentIDs = messageIDs; }
     void setThreadID(const QString& id, const QString& threadID) { m_threadIDs.insert(id, threadID); }
     void setSupportsLabels(bool isSupported) { m_supportsLabels = isSupported; }
+    /// Whether what was moved can be put back. At first it can't.
+    void setCanPutBack(bool isPossible) { m_canPutBack = isPossible; }
 
     // --- What goes wrong
     /// The next call of the operation fails.
@@ -95,6 +97,8 @@ public:
     Task<> moveToInbox(QList<QString> ids) override;
     Task<> markSpam(QList<QString> ids) override;
     Task<> moveToLabel(QList<QString> ids, MailLabel label) override;
+    Task<bool> canPutBack(QList<QString> ids) override;
+    Task<> putBack(QList<QString> ids) override;
     Task<> send(OutgoingMessage message, std::optional<QString> draftID) override;
     Task<bool> wasSent(QString messageID) override;
     Task<> saveDraft(OutgoingMessage message, std::optional<QString> draftID) override;
@@ -133,6 +137,8 @@ private:
     QHash<QString, QString> m_threadIDs;
     QSet<QString> m_sentIDs;
     bool m_supportsLabels = false;
+    bool m_canPutBack = false;
+    QHash<QString, QList<MessageSummary>> m_beforeRemoval; ///< the listings, before the last of them
     QHash<QString, QList<std::exception_ptr>> m_failures;
     QHash<QString, std::exception_ptr> m_standingFailures;
     QSet<QString> m_held;
