@@ -177,7 +177,7 @@ TEST_F(ActionsTest, OffersWhatCanBeDoneToOneMessage)
               QStringList({u"Open"_s, u"-"_s, u"Reply"_s, u"Reply All"_s, u"Forward"_s, u"-"_s,
                            u"Mark as Read"_s, u"Add Star"_s, u"-"_s, u"Archive"_s, u"Move To"_s,
                            u"Mark as Junk"_s, u"Delete"_s, u"-"_s, u"Show Messages from Sender"_s,
-                           u"Copy Sender Address"_s, u"Show Source"_s, u"Save As…"_s}));
+                           u"Copy Sender Address"_s, u"Save As…"_s, u"Show Source"_s}));
     const auto* const targets = menu->findChild<QMenu*>(u"moveTo"_s);
     EXPECT_EQ(titles(*targets), QStringList({u"Inbox"_s, u"Archive"_s, u"Junk"_s, u"Trash"_s, u"-"_s,
                                              u"Projects"_s, u"Projects/A && B"_s}));
@@ -381,7 +381,7 @@ TEST_F(ActionsTest, EnablesTheToolbarForWhatIsSelected)
         EXPECT_FALSE(isEnabled(name)) << name;
     select({u"1"_s});
     EXPECT_TRUE(isEnabled("reply"));
-    EXPECT_EQ(mail.child<QToolButton>("junk").toolTip(), u"Mark as Junk");
+    EXPECT_EQ(mail.child<QToolButton>("junk").toolTip(), u"Mark as Junk (Ctrl+Shift+J)");
 }
 
 TEST_F(ActionsTest, ActsOnTheOpenMessageFromTheToolbar)

@@ -137,9 +137,13 @@ TEST_F(MessageTableViewTest, SortsByTheColumnThatIsClicked)
 
 TEST_F(MessageTableViewTest, SortsByNothingForColumnsWithoutAnOrder)
 {
-    mail.fixture.defaults().set(DefaultsKey::tableColumns, u"from,subject,date,mailbox,size"_s);
-    mail.window = std::make_unique<ContentView>(mail.model());
     mail.open();
+    withColumnMenu([](QMenu& menu) {
+        for (const QString& title : {u"Mailbox"_s, u"Size"_s})
+            action(menu, title)->trigger();
+        for (const QString& title : {u"Unread"_s, u"Starred"_s, u"Attachments"_s})
+            action(menu, title)->trigger();
+    });
     ASSERT_TRUE(isShown(MessageColumn::size));
     clickHeader(MessageColumn::mailbox);
     clickHeader(MessageColumn::size);
@@ -154,6 +158,7 @@ TEST_F(MessageTableViewTest, ShowsAndHidesColumnsByItsMenu)
         QStringList titles;
         for (const QAction* const entry : menu.actions())
             titles.append(entry->text());
+        EXPECT_EQ(titles.takeFirst(), u"A click on a title sorts this page");
         EXPECT_EQ(titles.join(u' '), u"Unread Starred Attachments From Subject Date Mailbox Size");
         EXPECT_TRUE(action(menu, u"Date"_s)->isChecked());
         EXPECT_FALSE(action(menu, u"Size"_s)->isChecked());
@@ -163,13 +168,66 @@ TEST_F(MessageTableViewTest, ShowsAndHidesColumnsByItsMenu)
     });
     EXPECT_TRUE(isShown(MessageColumn::size));
     EXPECT_FALSE(isShown(MessageColumn::unread));
-    EXPECT_EQ(mail.fixture.defaults().text(DefaultsKey::tableColumns),
-              u"star,attachments,from,subject,date,size");
     EXPECT_EQ(table().horizontalHeader()->length(), table().viewport()->width());
 
     mail.window = std::make_unique<ContentView>(mail.model());
     EXPECT_TRUE(isShown(MessageColumn::size));
     EXPECT_FALSE(isShown(MessageColumn::unread));
+}
+
+TEST_F(MessageTableViewTest, TradesTheWidthOfAColumnWithTheSubjectAndKeepsIt)
+{
+    mail.open();
+    QHeaderView& header = *table().horizontalHeader();
+    const auto width = [&header](MessageColumn column) {
+        return header.sectionSize(static_cast<int>(column));
+    };
+    const auto endOf = [&header](MessageColumn column) {
+        const int section = static_cast<int>(column);
+        return header.sectionViewportPosition(section) + header.sectionSize(section);
+    };
+    const auto drag = [&header](int from, int to) {
+        QWidget* const place = header.viewport();
+        QTest::mousePress(place, Qt::LeftButton, {}, QPoint(from, 8));
+        for (int step = 1; step <= 4; ++step)
+            QTest::mouseMove(place, QPoint(from + (to - from) * step / 4, 8));
+        QTest::mouseRelease(place, Qt::LeftButton, {}, QPoint(to, 8));
+    };
+    const int dateBefore = width(MessageColumn::date);
+    const int fromBefore = width(MessageColumn::from);
+    drag(endOf(MessageColumn::from) - 1, endOf(MessageColumn::from) + 79);
+    EXPECT_NEAR(width(MessageColumn::from), fromBefore + 80, 3);
+    EXPECT_EQ(width(MessageColumn::date), dateBefore);
+    EXPECT_EQ(endOf(MessageColumn::date), table().viewport()->width()) << "nothing is pushed out";
+    drag(endOf(MessageColumn::subject) - 1, endOf(MessageColumn::subject) - 51);
+    EXPECT_NEAR(width(MessageColumn::date), dateBefore + 50, 3);
+    EXPECT_EQ(endOf(MessageColumn::date), table().viewport()->width());
+    drag(endOf(MessageColumn::from) - 1, 5000);
+    EXPECT_EQ(endOf(MessageColumn::date), table().viewport()->width()) << "however far it is dragged";
+    drag(endOf(MessageColumn::from) - 1, endOf(MessageColumn::from) - 201);
+
+    const int from = width(MessageColumn::from);
+    const int date = width(MessageColumn::date);
+    mail.window->resize(900, 600);
+    mail.window->resize(ContentView::defaultSize);
+    settle();
+    EXPECT_EQ(width(MessageColumn::from), from) << "a narrow window for a while changes nothing";
+    mail.window = std::make_unique<ContentView>(mail.model());
+    mail.open();
+    EXPECT_EQ(table().horizontalHeader()->sectionSize(static_cast<int>(MessageColumn::from)), from);
+    EXPECT_EQ(table().horizontalHeader()->sectionSize(static_cast<int>(MessageColumn::date)), date);
+}
+
+TEST_F(MessageTableViewTest, TakesAStoredStateThatIsBrokenForNone)
+{
+    for (const QString& broken : {u"from,subject"_s, u"AAAA"_s, u"/////w=="_s, QString(100'000, u'A')}) {
+        mail.fixture.defaults().set(DefaultsKey::tableColumns, broken);
+        mail.window = std::make_unique<ContentView>(mail.model());
+        mail.open();
+        EXPECT_FALSE(isShown(MessageColumn::size));
+        EXPECT_TRUE(isShown(MessageColumn::from));
+        EXPECT_EQ(table().horizontalHeader()->length(), table().viewport()->width());
+    }
 }
 
 // --- Selecting and opening

@@ -2,48 +2,74 @@
 
 #include "model/AppModel.h"
 
-class QMenu;
+#include <QAction>
+#include <QKeySequence>
+#include <QMenu>
 
 namespace Larkhaven {
 
-/// The menu of what can be done to messages: the context menu of the table.
-class MessageActions {
+/// The items of a menu for what can be done to messages: of the table's context menu, which shows what fits
+/// them, and of the "Message" menu of the menu bar, which shows all with their shortcuts and turns off what
+/// doesn't fit at the moment.
+class MessageActions : public QObject {
+    Q_OBJECT
+
 public:
+    enum class Place { contextMenu, menuBar };
+    /// The rows that are acted on, all of one account; asked for anew each time.
+    using Items = std::function<QList<MessageSummary>()>;
     using ShowSource = std::function<void(const MessageSummary&)>;
 
-    /// `items` are rows of one account, at least one. `choose` asks where a message is to be saved.
-    MessageActions(AppModel& model, QList<MessageSummary> items, AppModel::SavePanel choose,
-                   ShowSource showSource)
-        : m_model(model)
-        , m_items(std::move(items))
-        , m_choose(std::move(choose))
-        , m_showSource(std::move(showSource))
-    {}
+    /// Fills the menu, which must outlive this. `choose` asks where a message is to be saved.
+    MessageActions(AppModel& model, QMenu& menu, Place place, Items items, AppModel::SavePanel choose,
+                   ShowSource showSource);
 
-    void fill(QMenu& menu) const;
+    /// Takes over what the rows are now.
+    void update();
 
     /// Shows a row in the reader; a row of the drafts is edited instead.
     static void open(AppModel& model, const MessageSummary& row);
 
 private:
-    using Action = void (AppModel::*)(const QList<MessageSummary>&);
+    using Rows = QList<MessageSummary>;
+    struct State {
+        bool isOn = false;
+        QString title;
+    };
+    using Follow = std::function<State(const Rows&)>;
+    using Perform = std::function<void(const Rows&)>;
+    struct Item {
+        QAction* action;
+        Follow follow;
+    };
 
-    void addOpening(QMenu& menu) const;
-    void addWriting(QMenu& menu) const;
-    void addFlags(QMenu& menu) const;
-    void addMoves(QMenu& menu) const;
-    void addMoveMenu(QMenu& menu) const;
-    void addLabelMenu(QMenu& menu) const;
-    void addSender(QMenu& menu) const;
-    void add(QMenu& menu, const char* name, const QString& title, Action action) const;
-    bool isSingle() const { return m_items.size() == 1; }
+    void addOpening();
+    void addWriting();
+    void addFlags();
+    void addMoves();
+    void addSender();
+    void add(const char* name, Follow follow, Perform perform, const QList<QKeySequence>& chords);
+    /// A menu below this one, filled when it opens.
+    void addMenu(const char* name, Follow follow,
+                 void (MessageActions::*fill)(QMenu& menu, const Rows& rows));
+    void addLine() { m_isLineWanted = true; }
+    /// Whether the item is to be added, the line before it included.
+    bool begin(const Follow& follow);
+    void fillMoves(QMenu& menu, const Rows& rows);
+    void fillLabels(QMenu& menu, const Rows& rows);
+
     bool isIn(Mailbox role) const;
-    ProviderKind provider() const;
+    /// Of the rows' account, else of the selected one.
+    ProviderKind provider(const Rows& rows) const;
 
     AppModel& m_model;
-    QList<MessageSummary> m_items;
+    QMenu& m_menu;
+    Place m_place;
+    Items m_items;
     AppModel::SavePanel m_choose;
     ShowSource m_showSource;
+    QList<Item> m_actions;
+    bool m_isLineWanted = false;
 };
 
 } // namespace Larkhaven

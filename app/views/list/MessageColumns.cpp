@@ -6,6 +6,14 @@ using namespace Qt::StringLiterals;
 
 namespace Larkhaven {
 
+namespace {
+
+struct Words {
+    Q_DECLARE_TR_FUNCTIONS(MessageColumn)
+};
+
+} // namespace
+
 QLatin1StringView columnID(MessageColumn column)
 {
     switch (column) {
@@ -31,24 +39,23 @@ QLatin1StringView columnID(MessageColumn column)
 
 QString columnTitle(MessageColumn column)
 {
-    const auto tr = [](const char* text) { return QCoreApplication::translate("MessageColumn", text); };
     switch (column) {
     case MessageColumn::unread:
-        return tr("Unread");
+        return Words::tr("Unread");
     case MessageColumn::star:
-        return tr("Starred");
+        return Words::tr("Starred");
     case MessageColumn::attachments:
-        return tr("Attachments");
+        return Words::tr("Attachments");
     case MessageColumn::from:
-        return tr("From");
+        return Words::tr("From");
     case MessageColumn::subject:
-        return tr("Subject");
+        return Words::tr("Subject");
     case MessageColumn::date:
-        return tr("Date");
+        return Words::tr("Date");
     case MessageColumn::mailbox:
-        return tr("Mailbox");
+        return Words::tr("Mailbox");
     case MessageColumn::size:
-        return tr("Size");
+        return Words::tr("Size");
     }
     Q_UNREACHABLE();
 }

@@ -62,12 +62,15 @@ void MessageRowDelegate::paintBackground(QPainter& painter, const QStyleOptionVi
     const Style::Colors& colors = Style::shared().colors();
     const bool isSelected = option.state.testFlag(QStyle::State_Selected);
     painter.fillRect(option.rect, colors.surface);
+    const bool hasKeyboard =
+        option.state.testFlag(QStyle::State_Active) && option.widget && option.widget->hasFocus();
     if (isSelected)
-        painter.fillRect(option.rect, colors.selected);
+        painter.fillRect(option.rect, hasKeyboard ? colors.selected : colors.quietSelected);
     else if (index.row() == m_hoveredRow)
         painter.fillRect(option.rect, colors.hover);
     if (isSelected && index.column() == m_firstVisibleColumn)
-        painter.fillRect(QRect(option.rect.topLeft(), QSize(edgeWidth, option.rect.height())), colors.accent);
+        painter.fillRect(QRect(option.rect.topLeft(), QSize(edgeWidth, option.rect.height())),
+                         hasKeyboard ? colors.accent : colors.secondary);
     painter.fillRect(QRect(option.rect.left(), option.rect.bottom(), option.rect.width(), 1),
                      colors.hairline);
 }

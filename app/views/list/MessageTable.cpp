@@ -2,6 +2,7 @@
 
 #include "views/list/DraggedMessages.h"
 #include "views/list/MessageActions.h"
+#include "views/style/DisplayText.h"
 #include "views/style/Style.h"
 
 #include <QContextMenuEvent>
@@ -22,6 +23,22 @@ namespace {
 constexpr int skeletonRows = 8;
 constexpr int animationSteps = 60;
 constexpr int animationInterval = 25;
+
+/// Keeps its place where there is nothing to scroll, so that columns don't move when rows come.
+class ReservedScrollBar : public QScrollBar {
+public:
+    ReservedScrollBar()
+        : QScrollBar(Qt::Vertical)
+    {}
+
+protected:
+    void paintEvent(QPaintEvent* event) override
+    {
+        QPainter(this).fillRect(rect(), Style::shared().colors().surface);
+        if (maximum() > minimum())
+            QScrollBar::paintEvent(event);
+    }
+};
 
 } // namespace
 
@@ -45,6 +62,8 @@ MessageTable::MessageTable(AppModel& model, QWidget* parent)
     setSelectionMode(ExtendedSelection);
     setVerticalScrollMode(ScrollPerPixel);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setVerticalScrollBar(new ReservedScrollBar);
+    setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
     setTabKeyNavigation(false);
     setWordWrap(false);
     setMouseTracking(true);
@@ -66,6 +85,7 @@ MessageTable::MessageTable(AppModel& model, QWidget* parent)
     connect(&model, &AppModel::isLoadingChanged, this, followLoading);
     connect(&model, &AppModel::selectionChanged, this, &MessageTable::takeSelection);
     connect(&model, &AppModel::searchTextChanged, viewport(), qOverload<>(&QWidget::update));
+    connect(&model, &AppModel::removing, this, &MessageTable::nameSuccessor);
     connect(m_rows, &SortedMessages::modelAboutToBeReset, this, &MessageTable::keepPlace);
     connect(m_rows, &SortedMessages::modelReset, this, [this] {
         takeSelection();
@@ -73,7 +93,7 @@ MessageTable::MessageTable(AppModel& model, QWidget* parent)
     });
     connect(m_rows, &SortedMessages::layoutChanged, this, &MessageTable::takeSelection);
     connect(&model.defaults(), &UserDefaults::changed, viewport(), qOverload<>(&QWidget::update));
-    connect(m_header, &MessageTableHeader::columnsChanged, this, &MessageTable::layOutColumns);
+    connect(m_header, &MessageTableHeader::columnsChanged, this, &MessageTable::followColumns);
     connect(&Style::shared(), &Style::changed, this, &MessageTable::applyMetrics);
     m_header->restoreColumns();
     applyMetrics();
@@ -84,64 +104,23 @@ void MessageTable::applyMetrics()
 {
     verticalHeader()->setMinimumSectionSize(1);
     verticalHeader()->setDefaultSectionSize(Style::shared().scaled(2.3));
-    m_header->setMinimumSectionSize(Style::shared().scaled(1.5));
-    layOutColumns();
+    m_header->applyMetrics();
     viewport()->update();
     m_header->viewport()->update();
 }
 
-void MessageTable::layOutColumns()
+void MessageTable::followColumns()
 {
-    const Style& style = Style::shared();
-    const int shortestDate = QFontMetrics(style.font(Style::Type::body)).horizontalAdvance(u"00/00/00"_s) +
-                             2 * Style::smallPadding;
-    const int leastText = style.scaled(3.2);
-    // Told for the standard text size; a fixed column is as wide as its image and the space around it.
-    const auto ideal = [&](MessageColumn column) {
-        constexpr double standard = Style::standardTextSize;
-        switch (column) {
-        case MessageColumn::unread:
-        case MessageColumn::star:
-        case MessageColumn::attachments:
-            return style.scaled(1.9);
-        case MessageColumn::from:
-            return std::min(style.scaled(300 / standard), viewport()->width() / 4);
-        case MessageColumn::date:
-            return std::min(style.scaled(140 / standard), std::max(viewport()->width() / 5, shortestDate));
-        case MessageColumn::mailbox:
-            return std::min(style.scaled(220 / standard), viewport()->width() / 5);
-        case MessageColumn::size:
-            return std::min(style.scaled(110 / standard), viewport()->width() / 6);
-        case MessageColumn::subject:
-            break;
-        }
-        return 0;
-    };
-    int left = viewport()->width();
-    int first = -1;
-    for (int section = 0; section < m_header->count(); ++section) {
-        if (m_header->isSectionHidden(section))
-            continue;
-        first = first < 0 ? section : first;
-        const int width = ideal(allMessageColumns[static_cast<size_t>(section)]);
-        left -= width;
-        if (width > 0)
-            m_header->resizeSection(section, width);
-    }
-    constexpr int from = static_cast<int>(MessageColumn::from);
-    if (const int missing = style.scaled(6) - left; missing > 0 && !m_header->isSectionHidden(from)) {
-        const int given = std::clamp(m_header->sectionSize(from) - leastText, 0, missing);
-        m_header->resizeSection(from, m_header->sectionSize(from) - given);
-        left += given;
-    }
-    m_header->resizeSection(static_cast<int>(MessageColumn::subject), std::max(left, leastText));
-    m_delegate->setFirstVisibleColumn(std::max(first, 0));
+    int first = 0;
+    while (first < m_header->count() - 1 && m_header->isSectionHidden(first))
+        ++first;
+    m_delegate->setFirstVisibleColumn(first);
+    viewport()->update();
 }
 
-void MessageTable::resizeEvent(QResizeEvent* event)
+void MessageTable::fillColumnMenu(QMenu& menu)
 {
-    QTableView::resizeEvent(event);
-    layOutColumns();
+    m_header->fillMenu(menu);
 }
 
 // --- Selection
@@ -186,6 +165,22 @@ void MessageTable::selectionChanged(const QItemSelection& selected, const QItemS
         ids.insert(m_rows->row(index.row()).id);
     m_model.setSelection(ids);
     viewport()->update();
+}
+
+void MessageTable::nameSuccessor(const QSet<QString>& removed)
+{
+    int first = -1;
+    int successor = -1;
+    for (int row = 0; row < m_rows->rowCount(); ++row) {
+        const bool goes = removed.contains(m_rows->row(row).id);
+        if (goes && first < 0)
+            first = row;
+        // The one that moves up, or else the last of those before.
+        if (!goes && (first < 0 || successor < first))
+            successor = row;
+    }
+    if (first >= 0 && successor >= 0)
+        m_model.setSuccessor(m_rows->row(successor).id);
 }
 
 // --- The place in the list
@@ -281,7 +276,9 @@ void MessageTable::contextMenuEvent(QContextMenuEvent* event)
         if (table)
             Q_EMIT table->sourceRequested(message);
     };
-    MessageActions(m_model, items, m_savePanel, showSource).fill(*menu);
+    new MessageActions(
+        m_model, *menu, MessageActions::Place::contextMenu, [items] { return items; }, m_savePanel,
+        showSource);
     menu->popup(event->reason() == QContextMenuEvent::Mouse
                     ? event->globalPos()
                     : viewport()->mapToGlobal(visualRect(clicked).bottomLeft()));
@@ -381,8 +378,21 @@ void MessageTable::paintEvent(QPaintEvent* event)
         paintSkeleton(painter);
     else if (const std::optional<EmptyState> state = emptyState())
         EmptyState::paint(painter, viewport()->rect(), *state);
+    paintFocus(painter);
     if (m_model.isLoading())
         paintLoadingLine(painter);
+}
+
+void MessageTable::paintFocus(QPainter& painter) const
+{
+    if (!hasFocus() || !isActiveWindow() || m_rows->rowCount() == 0 || !currentIndex().isValid())
+        return;
+    const int current = currentIndex().row();
+    const QRect row(0, rowViewportPosition(current), viewport()->width(), rowHeight(current) - 1);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(Style::shared().colors().accent, Style::ring));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRoundedRect(QRectF(row).adjusted(1, 1, -1, -1), Style::radius / 2.0, Style::radius / 2.0);
 }
 
 void MessageTable::paintLoadingLine(QPainter& painter) const
@@ -420,10 +430,14 @@ std::optional<EmptyState> MessageTable::emptyState() const
 {
     if (m_rows->rowCount() > 0 || m_model.isLoading() || !m_model.sidebarSelection())
         return std::nullopt;
-    const QString search = m_model.searchText().trimmed();
-    if (search.isEmpty())
+    const std::optional<QString>& search = m_model.listedQuery();
+    if (!m_model.isListingAnswered())
+        // Whether there are any only the service can tell.
+        return EmptyState{Symbol::warning, tr("Messages Not Loaded"),
+                          tr("They show as soon as the mail service answers.")};
+    if (!search)
         return EmptyState{Symbol::tray, tr("No Messages"), {}};
-    return EmptyState{Symbol::magnifier, tr("No Results for “%1”").arg(search),
+    return EmptyState{Symbol::magnifier, tr("No Results for “%1”").arg(DisplayText::bounded(*search, 60)),
                       tr("Check the spelling or try a new search.")};
 }
 

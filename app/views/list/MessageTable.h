@@ -28,6 +28,8 @@ public:
     QList<MessageSummary> selectedRows() const;
     /// Asks where a message is to be saved.
     void setSavePanel(AppModel::SavePanel choose) { m_savePanel = std::move(choose); }
+    /// Adds an item for each column, which shows and hides it.
+    void fillColumnMenu(QMenu& menu);
 
 Q_SIGNALS:
     /// The bytes of the message are asked for.
@@ -35,7 +37,6 @@ Q_SIGNALS:
 
 protected:
     void paintEvent(QPaintEvent* event) override;
-    void resizeEvent(QResizeEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
@@ -47,8 +48,10 @@ protected:
 
 private:
     void applyMetrics();
-    void layOutColumns();
+    void followColumns();
     void takeSelection();
+    /// Tells the model which row takes the place of those that go.
+    void nameSuccessor(const QSet<QString>& removed);
     void keepPlace();
     void returnToPlace();
     void hover(int row);
@@ -58,6 +61,8 @@ private:
     QPixmap dragPicture(qsizetype count) const;
     void paintLoadingLine(QPainter& painter) const;
     void paintSkeleton(QPainter& painter) const;
+    /// A ring around the row that the keyboard is at.
+    void paintFocus(QPainter& painter) const;
 
     AppModel& m_model;
     AppModel::SavePanel m_savePanel;

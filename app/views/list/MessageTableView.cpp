@@ -1,8 +1,11 @@
 #include "views/list/MessageTableView.h"
 
+#include "views/list/CheckStrips.h"
 #include "views/list/MessageTable.h"
 #include "views/list/PagerControl.h"
+#include "views/list/SearchLine.h"
 #include "views/list/SignInBanner.h"
+#include "views/list/UndoLine.h"
 #include "views/style/Style.h"
 
 #include <QVBoxLayout>
@@ -21,7 +24,10 @@ MessageTableView::MessageTableView(AppModel& model, QWidget* parent)
     bannerLine->setContentsMargins(Style::padding, 0, Style::padding, 0);
     bannerLine->addWidget(banner);
     layout->addLayout(bannerLine);
+    layout->addWidget(new CheckStrips(model));
+    layout->addWidget(new SearchLine(model));
     layout->addWidget(m_table, 1);
+    layout->addWidget(new UndoLine(model));
     connect(banner, &SignInBanner::setupRequested, this, &MessageTableView::setupRequested);
     layout->addWidget(new PagerControl(model));
     setFocusProxy(m_table);

@@ -16,16 +16,14 @@ PagerControl::PagerControl(AppModel& model, QWidget* parent)
     , m_model(model)
     , m_text(new QLabel)
     , m_jump(new FlatButton(Symbol::chevronDown, tr("Jump to the newest or oldest messages")))
-    , m_back(new FlatButton(Symbol::back, tr("Newer (%1)").arg(u"Ctrl+Alt+["_s)))
-    , m_forward(new FlatButton(Symbol::forward, tr("Older (%1)").arg(u"Ctrl+Alt+]"_s)))
+    , m_back(new FlatButton(Symbol::back, tr("Newer"), QKeySequence(u"Ctrl+Alt+["_s)))
+    , m_forward(new FlatButton(Symbol::forward, tr("Older"), QKeySequence(u"Ctrl+Alt+]"_s)))
 {
     setObjectName("pager"_L1);
     m_text->setObjectName("pagerText"_L1);
     m_back->setObjectName("pagerBack"_L1);
     m_forward->setObjectName("pagerForward"_L1);
     m_jump->setObjectName("pagerJump"_L1);
-    m_back->setShortcut(QKeySequence(u"Ctrl+Alt+["_s));
-    m_forward->setShortcut(QKeySequence(u"Ctrl+Alt+]"_s));
 
     auto* const menu = new QMenu(m_jump);
     menu->addAction(tr("Newest"), this, [this] { m_model.start(m_model.firstPage()); });

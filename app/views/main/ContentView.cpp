@@ -3,8 +3,10 @@
 #include "views/compose/ComposeWindows.h"
 #include "views/list/MessageTable.h"
 #include "views/list/MessageTableView.h"
+#include "views/main/ErrorAlert.h"
 #include "views/main/KeptTextsBanner.h"
 #include "views/main/LabelDialogs.h"
+#include "views/main/MailCommands.h"
 #include "views/main/MailToolbar.h"
 #include "views/main/SearchField.h"
 #include "views/main/SidebarPane.h"
@@ -15,18 +17,19 @@
 #include "views/setup/IMAPSetupView.h"
 #include "views/setup/SignInWindow.h"
 #include "views/style/DisplayText.h"
-#include "views/style/PlainAlert.h"
 #include "views/style/Style.h"
 
 #include <QApplication>
 #include <QCloseEvent>
-#include <QMessageBox>
+#include <QMenuBar>
 #include <QQuickWidget>
 #include <QShortcut>
 #include <QSplitter>
 #include <QStackedWidget>
 #include <QTimer>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -56,7 +59,11 @@ ContentView::ContentView(AppModel& model, ReaderView::Desktop desktop, QWidget* 
     m_split->addWidget(m_sidebar);
     m_split->addWidget(m_detail);
     m_split->setStretchFactor(1, 1);
-    m_split->setSizes({SidebarView::idealColumnWidth, defaultSize.width() - SidebarView::idealColumnWidth});
+    const int sidebarWidth = static_cast<int>(
+        std::clamp<qint64>(model.defaults().integer(DefaultsKey::sidebarWidth),
+                           SidebarView::minimumColumnWidth, SidebarView::maximumColumnWidth));
+    m_split->setSizes({sidebarWidth, defaultSize.width() - sidebarWidth});
+    m_sidebar->setVisible(!model.defaults().boolean(DefaultsKey::sidebarHidden));
     auto* const layout = new QVBoxLayout(m_mail);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
@@ -80,6 +87,8 @@ ContentView::ContentView(AppModel& model, ReaderView::Desktop desktop, QWidget* 
     // message opens is taken off the screen and made anew, and loses its place and the keyboard.
     (new QQuickWidget(this))->hide();
 
+    model.setAskerSource([] { return QApplication::activeWindow(); });
+    new ErrorAlert(model, *this);
     new LabelDialogs(model, this);
     new SignInWindow(model, this);
     connect(&model, &AppModel::browserSignInChanged, this, [this] {
@@ -91,24 +100,21 @@ ContentView::ContentView(AppModel& model, ReaderView::Desktop desktop, QWidget* 
     m_listing->table().setSavePanel(
         [this](const QString& name) { return m_desktop.chooseSavePath(this, SavedFile::name(name)); });
     connect(&m_listing->table(), &MessageTable::sourceRequested, m_sources, &SourceWindows::open);
-    auto* const source = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_U), m_detail);
-    source->setContext(Qt::WidgetWithChildrenShortcut);
-    connect(source, &QShortcut::activated, this, &ContentView::showSource);
     connect(m_welcome, &WelcomeView::setupRequested, this, [this] {
         m_model.setImapSetupAccountID(std::nullopt);
         openSetup();
     });
     connect(m_sidebar, &SidebarPane::setupRequested, this, &ContentView::openSetup);
     connect(m_listing, &MessageTableView::setupRequested, this, &ContentView::openSetup);
-    connect(m_toolbar, &MailToolbar::sidebarToggled, this,
-            [this] { m_sidebar->setVisible(m_sidebar->isHidden()); });
-    connect(new QShortcut(QKeySequence::Find, this), &QShortcut::activated, this,
-            [this] { m_toolbar->searchField().setFocus(Qt::ShortcutFocusReason); });
-    connect(new QShortcut(QKeySequence::Quit, this), &QShortcut::activated, this, &QWidget::close);
+    connect(m_toolbar, &MailToolbar::sidebarToggled, this, &ContentView::toggleSidebar);
+    connect(m_split, &QSplitter::splitterMoved, this, &ContentView::keepLayout);
+    for (const auto& [chord, direction] : {std::pair(u"F6"_s, 1), std::pair(u"Shift+F6"_s, -1)})
+        connect(new QShortcut(QKeySequence(chord), this), &QShortcut::activated, this,
+                [this, direction = direction] { stepPane(direction); });
+    makeMenu();
     connect(&model, &AppModel::accountsChanged, this, &ContentView::followAccounts);
     connect(&model, &AppModel::pathChanged, this, &ContentView::followPath);
     connect(&model, &AppModel::sidebarSelectionChanged, this, &ContentView::updateTitle);
-    connect(&model, &AppModel::errorMessageChanged, this, &ContentView::followError);
     followAccounts();
     followPath();
 }
@@ -175,7 +181,11 @@ void ContentView::closeEvent(QCloseEvent* event)
 
 void ContentView::followAccounts()
 {
-    m_root->setCurrentWidget(m_model.accounts().isEmpty() ? m_welcome : m_mail);
+    const bool isWelcome = m_model.accounts().isEmpty();
+    const bool isNew = !isWelcome && m_root->currentWidget() == m_welcome;
+    m_root->setCurrentWidget(isWelcome ? m_welcome : m_mail);
+    if (isNew)
+        m_detail->currentWidget()->setFocus();
     updateTitle();
 }
 
@@ -206,25 +216,74 @@ void ContentView::updateTitle()
         setWindowTitle(tr("Larkhaven"));
 }
 
-void ContentView::followError()
+// --- The menu bar and the panes
+
+void ContentView::makeMenu()
 {
-    const std::optional<QString>& message = m_model.errorMessage();
-    if (!message) {
-        if (m_alert)
-            m_alert->close();
-        return;
+    MailCommands::Window window;
+    window.choose = [this](const QString& name) {
+        return m_desktop.chooseSavePath(this, SavedFile::name(name));
+    };
+    window.showSource = [this](const MessageSummary& row) { m_sources->open(row); };
+    window.openSetup = [this] { openSetup(); };
+    window.openSettings = [this] { openSettings(); };
+    window.openAccounts = [this] { openSettings(); };
+    window.toggleSidebar = [this] { toggleSidebar(); };
+    window.isSidebarShown = [this] { return !m_sidebar->isHidden(); };
+    window.fillColumns = [this](QMenu& menu) { m_listing->table().fillColumnMenu(menu); };
+    window.find = [this] { m_toolbar->searchField().setFocus(Qt::ShortcutFocusReason); };
+    window.quit = [this] { close(); };
+    window.edit = [this](const char* command) { return edit(command); };
+    window.stepTextSize = [this](int direction) { stepTextSize(direction); };
+    window.resetTextSize = [this] { m_model.defaults().set(DefaultsKey::textSize, Style::standardTextSize); };
+    new MailCommands(m_model, *menuBar(), window);
+}
+
+void ContentView::openSettings() {}
+
+void ContentView::stepTextSize(int) {}
+
+bool ContentView::edit(const char* command)
+{
+    // What has the focus in the message is a widget of the engine.
+    for (QWidget* target = QApplication::focusWidget(); target; target = target->parentWidget()) {
+        if (target->metaObject()->indexOfMethod((QByteArray(command) + "()").constData()) >= 0)
+            return QMetaObject::invokeMethod(target, command);
     }
-    if (!m_alert) {
-        m_alert = makePlainAlert(tr("Something went wrong"), *message, QMessageBox::Ok, this);
-        m_alert->setObjectName("errorAlert"_L1);
-        connect(m_alert, &QMessageBox::finished, this, [this] {
-            // It is on its way out: the next failure gets an alert of its own.
-            m_alert.clear();
-            m_model.clearErrorMessage();
-        });
+    return false;
+}
+
+void ContentView::toggleSidebar()
+{
+    if (m_sidebar->isAncestorOf(QApplication::focusWidget()))
+        m_detail->currentWidget()->setFocus();
+    m_sidebar->setVisible(m_sidebar->isHidden());
+    m_model.defaults().set(DefaultsKey::sidebarHidden, m_sidebar->isHidden());
+}
+
+void ContentView::stepPane(int direction)
+{
+    QList<QWidget*> panes;
+    if (!m_sidebar->isHidden())
+        panes.append(&m_sidebar->sidebar());
+    panes.append(m_detail->currentWidget());
+    panes.append(m_toolbar);
+    const QWidget* const focused = QApplication::focusWidget();
+    qsizetype present = -1;
+    for (qsizetype index = 0; index < panes.size(); ++index) {
+        if (focused && (panes[index] == focused || panes[index]->isAncestorOf(focused)))
+            present = index;
     }
-    setPlainText(*m_alert, *message);
-    m_alert->open();
+    const qsizetype count = panes.size();
+    const qsizetype next = present < 0 ? 0 : (present + direction + count) % count;
+    // A ring shows where the keyboard has gone.
+    panes[next]->setFocus(direction > 0 ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+}
+
+void ContentView::keepLayout()
+{
+    if (!m_sidebar->isHidden())
+        m_model.defaults().set(DefaultsKey::sidebarWidth, m_split->sizes().constFirst());
 }
 
 } // namespace Larkhaven

@@ -6,7 +6,6 @@
 #include <QMainWindow>
 #include <QPointer>
 
-class QMessageBox;
 class QSplitter;
 class QStackedWidget;
 
@@ -52,10 +51,18 @@ protected:
     void showEvent(QShowEvent* event) override;
 
 private:
+    void makeMenu();
     void showSource();
+    void toggleSidebar();
+    /// Moves the focus to the next pane, or the one before.
+    void stepPane(int direction);
+    /// Sends an editing command to the widget with the focus; whether it has one.
+    bool edit(const char* command);
+    void keepLayout();
+    void openSettings();
+    void stepTextSize(int direction);
     void followAccounts();
     void followPath();
-    void followError();
     void updateTitle();
 
     AppModel& m_model;
@@ -69,7 +76,6 @@ private:
     QStackedWidget* m_detail;
     MessageTableView* m_listing;
     ReaderView* m_reader = nullptr;
-    QPointer<QMessageBox> m_alert;
     std::unique_ptr<IMAPSetupView> m_setup; ///< made on the first use
     ComposeWindows* m_compose;
     SourceWindows* m_sources;

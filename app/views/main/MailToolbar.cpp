@@ -17,25 +17,24 @@ MailToolbar::MailToolbar(AppModel& model, QWidget* parent)
     : QWidget(parent)
     , m_model(model)
     , m_sidebar(new FlatButton(Symbol::sidebar, tr("Show or Hide Sidebar")))
-    , m_getMail(new FlatButton(Symbol::envelope, tr("Get New Mail (%1)").arg(u"Ctrl+Shift+N"_s)))
-    , m_newMessage(new FlatButton(Symbol::pencil, tr("New Message")))
-    , m_archive(new FlatButton(Symbol::archivebox, tr("Archive")))
-    , m_delete(new FlatButton(Symbol::trash, tr("Delete")))
-    , m_junk(new FlatButton(Symbol::xmarkBin, tr("Junk")))
-    , m_reply(new FlatButton(Symbol::reply, tr("Reply")))
-    , m_replyAll(new FlatButton(Symbol::replyAll, tr("Reply All")))
-    , m_forward(new FlatButton(Symbol::forwardMessage, tr("Forward")))
-    , m_star(new FlatButton(Symbol::star, tr("Star")))
+    , m_getMail(new FlatButton(Symbol::envelope, tr("Get New Mail"), QKeySequence(u"Ctrl+Shift+N"_s)))
+    , m_newMessage(new FlatButton(Symbol::pencil, tr("New Message"), QKeySequence(u"Ctrl+N"_s)))
+    , m_archive(new FlatButton(Symbol::archivebox, tr("Archive"), QKeySequence(u"Ctrl+Alt+A"_s)))
+    , m_delete(new FlatButton(Symbol::trash, tr("Delete"), QKeySequence(u"Ctrl+Delete"_s)))
+    , m_junk(new FlatButton(Symbol::xmarkBin, tr("Mark as Junk"), QKeySequence(u"Ctrl+Shift+J"_s)))
+    , m_reply(new FlatButton(Symbol::reply, tr("Reply"), QKeySequence(u"Ctrl+R"_s)))
+    , m_replyAll(new FlatButton(Symbol::replyAll, tr("Reply All"), QKeySequence(u"Ctrl+Shift+R"_s)))
+    , m_forward(new FlatButton(Symbol::forwardMessage, tr("Forward"), QKeySequence(u"Ctrl+Shift+F"_s)))
+    , m_star(new FlatButton(Symbol::star, tr("Star"), QKeySequence(u"Ctrl+Shift+L"_s)))
     , m_search(new SearchField(model))
 {
     setObjectName("toolbar"_L1);
     m_sidebar->setObjectName("toggleSidebar"_L1);
+    setFocusProxy(m_getMail);
     connect(m_sidebar, &QToolButton::clicked, this, &MailToolbar::sidebarToggled);
     m_getMail->setObjectName("getMail"_L1);
-    m_getMail->setShortcut(QKeySequence(u"Ctrl+Shift+N"_s));
     connect(m_getMail, &QToolButton::clicked, this, [this] { m_model.start(m_model.refresh()); });
     m_newMessage->setObjectName("newMessage"_L1);
-    m_newMessage->setShortcut(QKeySequence(u"Ctrl+N"_s));
     connect(m_newMessage, &QToolButton::clicked, this, [this] { m_model.newMessage({}); });
     addAction(m_archive, "archive", &AppModel::archive);
     addAction(m_delete, "delete", &AppModel::trash);
@@ -105,7 +104,7 @@ void MailToolbar::update()
     m_star->setSymbol(isStarred ? Symbol::starFill : Symbol::star);
     const std::optional<Account> account = m_model.selectedAccount();
     const bool isGoogle = account && account->provider == ProviderKind::google;
-    m_junk->setToolTip(isGoogle ? tr("Report Spam") : tr("Mark as Junk"));
+    m_junk->setHelp(isGoogle ? tr("Report Spam") : tr("Mark as Junk"), QKeySequence(u"Ctrl+Shift+J"_s));
 }
 
 void MailToolbar::paintEvent(QPaintEvent*)

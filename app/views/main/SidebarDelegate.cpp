@@ -18,6 +18,23 @@ bool isHeading(const QModelIndex& index)
     return !index.parent().isValid();
 }
 
+bool hasKeyboard(const QStyleOptionViewItem& option)
+{
+    return option.state.testFlag(QStyle::State_Active) && option.widget && option.widget->hasFocus();
+}
+
+/// A ring around the row that the keyboard is at.
+void paintFocus(QPainter& painter, const QStyleOptionViewItem& option, const QRect& place)
+{
+    if (!hasKeyboard(option) || !option.state.testFlag(QStyle::State_HasFocus))
+        return;
+    const bool isOnAccent = option.state.testFlag(QStyle::State_Selected);
+    const Style::Colors& colors = Style::shared().colors();
+    painter.setPen(QPen(isOnAccent ? colors.text : colors.accent, Style::ring));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRoundedRect(QRectF(place).adjusted(1, 1, -1, -1), Style::radius, Style::radius);
+}
+
 } // namespace
 
 int SidebarDelegate::signInTop()
@@ -54,11 +71,12 @@ void SidebarDelegate::paintHeading(QPainter& painter, const QStyleOptionViewItem
     const bool isFolded = tree && !tree->isExpanded(index);
     const QRect content = option.rect.adjusted(Style::padding, 0, -Style::padding, 0);
     const QRect titleLine = content.adjusted(0, style.scaled(0.7), 0, 0);
+    paintFocus(painter, option, option.rect.adjusted(Style::grid, style.scaled(0.6), -Style::grid, -1));
     const int lineHeight = style.scaled(1.4);
     const QFont font = style.font(Style::Type::caption, Style::Weight::semibold);
 
     int arrowWidth = 0;
-    if (m_hovered == index || isFolded) {
+    if (m_hovered == index || isFolded || option.state.testFlag(QStyle::State_HasFocus)) {
         arrowWidth = style.scaled(1.2);
         const Symbol symbol = isFolded ? Symbol::chevronRight : Symbol::chevronDown;
         const QRect place(content.right() - arrowWidth + 1, titleLine.top() + (lineHeight - arrowWidth) / 2,
@@ -107,13 +125,17 @@ void SidebarDelegate::paintRow(QPainter& painter, const QStyleOptionViewItem& op
 {
     const Style& style = Style::shared();
     const Style::Colors& colors = style.colors();
-    const bool isSelected = option.state.testFlag(QStyle::State_Selected);
+    const auto* const sidebar = qobject_cast<const SidebarView*>(option.widget);
+    const bool isShown = sidebar && sidebar->isShown(index);
+    // A pane that the keyboard isn't in shows its selection quietly.
+    const bool isSelected = isShown && hasKeyboard(option);
     const QRect fill = option.rect.adjusted(Style::smallPadding, 1, -Style::smallPadding, -1);
     painter.setPen(Qt::NoPen);
-    if (isSelected || m_hovered == index) {
-        painter.setBrush(isSelected ? colors.accent : colors.hover);
+    if (isShown || m_hovered == index) {
+        painter.setBrush(isSelected ? colors.accent : isShown ? colors.quietSelected : colors.hover);
         painter.drawRoundedRect(fill, Style::radius, Style::radius);
     }
+    paintFocus(painter, option, fill);
 
     const int depth = index.data(SidebarView::DepthRole).toInt();
     // A deep tree keeps room for its names.
@@ -132,7 +154,8 @@ void SidebarDelegate::paintRow(QPainter& painter, const QStyleOptionViewItem& op
     const QFont font = style.font(Style::Type::body);
     const QRect name = content.adjusted(icon + Style::smallPadding, 0, 0, 0);
     painter.setFont(font);
-    painter.setPen(isSelected ? colors.onAccent : colors.text);
+    const bool isEnabled = index.flags().testFlag(Qt::ItemIsEnabled);
+    painter.setPen(isSelected ? colors.onAccent : isEnabled ? colors.text : colors.secondary);
     painter.drawText(name, Qt::AlignVCenter | Qt::TextSingleLine,
                      QFontMetrics(font).elidedText(index.data().toString(), Qt::ElideRight, name.width()));
 }

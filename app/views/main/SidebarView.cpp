@@ -7,7 +7,6 @@
 
 #include <QContextMenuEvent>
 #include <QDragMoveEvent>
-#include <QKeyEvent>
 #include <QMenu>
 #include <QMouseEvent>
 #include <QPainter>
@@ -62,7 +61,6 @@ SidebarView::SidebarView(AppModel& model, QWidget* parent)
     setFrameShape(NoFrame);
     setIndentation(0);
     setRootIsDecorated(false);
-    setItemsExpandable(false);
     setExpandsOnDoubleClick(false);
     setEditTriggers(NoEditTriggers);
     setMouseTracking(true);
@@ -72,6 +70,13 @@ SidebarView::SidebarView(AppModel& model, QWidget* parent)
     setMaximumWidth(maximumColumnWidth);
     setAcceptDrops(true);
 
+    connect(this, &QTreeView::expanded, this, &SidebarView::storeCollapsed);
+    connect(this, &QTreeView::collapsed, this, [this](const QModelIndex& heading) {
+        storeCollapsed();
+        // The keyboard stays where it can be seen.
+        if (currentIndex().parent() == heading)
+            setCurrentIndex(heading);
+    });
     connect(&model, &AppModel::accountsChanged, this, &SidebarView::rebuild);
     connect(&model, &AppModel::labelsChanged, this, &SidebarView::rebuild);
     connect(&model, &AppModel::countsChanged, this, &SidebarView::updateCounts);
@@ -109,6 +114,28 @@ void SidebarView::addRow(QStandardItem* heading, const Account& account, const M
     m_refs.insert(keyOf(accountID, ref.id()), ref);
 }
 
+void SidebarView::addParents(QStandardItem* heading, const MailLabel& label, Symbol symbol,
+                             QSet<QString>& paths)
+{
+    int depth = 0;
+    for (qsizetype slash = label.path.indexOf(u'/'); slash >= 0;
+         slash = label.path.indexOf(u'/', slash + 1)) {
+        const QString path = label.path.first(slash);
+        if (!paths.contains(path) && !path.isEmpty()) {
+            paths.insert(path);
+            auto* const item =
+                new QStandardItem(DisplayText::bounded(path.sliced(path.lastIndexOf(u'/') + 1)));
+            item->setData(heading->data(AccountRole), AccountRole);
+            item->setData(static_cast<int>(symbol), SymbolRole);
+            item->setData(depth, DepthRole);
+            item->setToolTip(DisplayText::toolTip(path));
+            item->setFlags(Qt::NoItemFlags);
+            heading->appendRow(item);
+        }
+        ++depth;
+    }
+}
+
 void SidebarView::rebuild()
 {
     m_isTakingSelection = true;
@@ -123,8 +150,13 @@ void SidebarView::rebuild()
             addRow(heading, account, MailboxRef::system(role), symbolOf(role), 0);
         const Symbol labelSymbol = account.provider == ProviderKind::google ? Symbol::tag : Symbol::folder;
         const QList<MailLabel> labels = m_model.labels(account.id);
+        QSet<QString> paths;
         for (const MailLabel& label : labels)
+            paths.insert(label.path);
+        for (const MailLabel& label : labels) {
+            addParents(heading, label, labelSymbol, paths);
             addRow(heading, account, MailboxRef::label(label), labelSymbol, label.depth());
+        }
         m_items->appendRow(heading);
         setExpanded(heading->index(), !collapsed.contains(Coding::fromUuid(account.id)));
     }
@@ -177,8 +209,18 @@ QModelIndex SidebarView::indexOf(const SidebarItem& item) const
 void SidebarView::takeSelection()
 {
     m_isTakingSelection = true;
-    setCurrentIndex(m_model.sidebarSelection() ? indexOf(*m_model.sidebarSelection()) : QModelIndex());
+    const QModelIndex shown =
+        m_model.sidebarSelection() ? indexOf(*m_model.sidebarSelection()) : QModelIndex();
+    if (!shown.isValid() || isExpanded(shown.parent()))
+        setCurrentIndex(shown);
     m_isTakingSelection = false;
+    viewport()->update();
+}
+
+bool SidebarView::isShown(const QModelIndex& index) const
+{
+    const std::optional<SidebarItem> item = itemOf(index);
+    return item && item == m_model.sidebarSelection();
 }
 
 std::optional<SidebarItem> SidebarView::itemOf(const QModelIndex& index) const
@@ -210,13 +252,18 @@ void SidebarView::fillMenu(QMenu& menu, const QModelIndex& index)
     const std::optional<Account> account = accountOf(index);
     const std::optional<SidebarItem> item = itemOf(index);
     const MailLabel* const label = item ? item->ref.label() : nullptr;
-    if (!account || (item && !label))
+    if (!account || (item && !label) || (!item && index.parent().isValid()))
         return;
     const QString noun = AppModel::labelNoun(account->provider);
     const auto add = [&](const char* name, const QString& title, const auto& action) {
         menu.addAction(DisplayText::menuItem(title), this, action)->setObjectName(QLatin1StringView(name));
     };
     const QUuid accountID = account->id;
+    if (!label && m_model.needsReauth().contains(accountID)) {
+        add("signInAgain", tr("Sign In…"),
+            [this, chosen = *account] { m_model.signInAgain(chosen, [this] { Q_EMIT setupRequested(); }); });
+        menu.addSeparator();
+    }
     add("newLabel", tr("New %1…").arg(noun), [this, accountID] { m_model.beginCreateLabel(accountID); });
     if (!label)
         return;
@@ -284,16 +331,10 @@ void SidebarView::dropEvent(QDropEvent* event)
 
 // --- Folding
 
-void SidebarView::toggle(const QModelIndex& heading)
-{
-    setExpanded(heading, !isExpanded(heading));
-    storeCollapsed();
-    // Folding takes the current row away from the tree, unfolding brings it back.
-    takeSelection();
-}
-
 void SidebarView::storeCollapsed()
 {
+    if (m_isTakingSelection)
+        return;
     QStringList collapsed;
     for (int section = 0; section < m_items->rowCount(); ++section) {
         if (!isExpanded(m_items->index(section, 0)))
@@ -309,7 +350,7 @@ void SidebarView::mousePressEvent(QMouseEvent* event)
         if (event->button() != Qt::LeftButton)
             return;
         if (!isOnSignIn(index, event->position().toPoint()))
-            toggle(index);
+            setExpanded(index, !isExpanded(index));
         else if (const std::optional<Account> account = accountOf(index); account && !m_model.isSigningIn())
             m_model.signInAgain(*account, [this] { Q_EMIT setupRequested(); });
         return;
@@ -344,16 +385,6 @@ void SidebarView::leaveEvent(QEvent* event)
 {
     QTreeView::leaveEvent(event);
     hover({});
-}
-
-void SidebarView::keyPressEvent(QKeyEvent* event)
-{
-    const QModelIndex heading = currentIndex().parent();
-    if (heading.isValid() && event->key() == Qt::Key_Left) {
-        toggle(heading);
-        return;
-    }
-    QTreeView::keyPressEvent(event);
 }
 
 void SidebarView::drawBranches(QPainter*, const QRect&, const QModelIndex&) const

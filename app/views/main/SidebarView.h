@@ -32,6 +32,9 @@ public:
 
     explicit SidebarView(AppModel& model, QWidget* parent = nullptr);
 
+    /// Whether the row is the mailbox on screen.
+    bool isShown(const QModelIndex& index) const;
+
 Q_SIGNALS:
     /// The window for setting up an account is asked for.
     void setupRequested();
@@ -41,7 +44,6 @@ protected:
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void leaveEvent(QEvent* event) override;
-    void keyPressEvent(QKeyEvent* event) override;
     void drawBranches(QPainter* painter, const QRect& rect, const QModelIndex& index) const override;
     void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
@@ -58,7 +60,8 @@ private:
     void applyStyle();
     void addRow(QStandardItem* heading, const Account& account, const MailboxRef& ref, Symbol symbol,
                 int depth);
-    void toggle(const QModelIndex& heading);
+    /// Adds the rows above a label that can't be chosen themselves.
+    void addParents(QStandardItem* heading, const MailLabel& label, Symbol symbol, QSet<QString>& paths);
     void storeCollapsed();
     QModelIndex indexOf(const SidebarItem& item) const;
     std::optional<SidebarItem> itemOf(const QModelIndex& index) const;

@@ -379,4 +379,14 @@ void SecureMessageView::followLink(const QUrl& url)
     }
 }
 
+void SecureMessageView::copy()
+{
+    m_view->triggerPageAction(QWebEnginePage::Copy);
+}
+
+void SecureMessageView::selectAll()
+{
+    m_view->triggerPageAction(QWebEnginePage::SelectAll);
+}
+
 } // namespace Larkhaven

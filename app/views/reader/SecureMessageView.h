@@ -49,6 +49,11 @@ public:
     int loadCount() const { return m_loadCount; }
     QWebEngineView& webView() const { return *m_view; }
 
+public Q_SLOTS:
+    /// Copies what is selected of the message.
+    void copy();
+    void selectAll();
+
 Q_SIGNALS:
     void linkActivated(const Larkhaven::LinkRecord& link);
     /// The document of the last `display` is complete.

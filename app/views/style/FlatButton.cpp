@@ -3,16 +3,25 @@
 namespace Larkhaven {
 
 FlatButton::FlatButton(Symbol symbol, const QString& help, QWidget* parent)
+    : FlatButton(symbol, help, QKeySequence(), parent)
+{}
+
+FlatButton::FlatButton(Symbol symbol, const QString& help, const QKeySequence& chord, QWidget* parent)
     : QToolButton(parent)
     , m_symbol(symbol)
 {
     setProperty("flat", true);
     setAutoRaise(true);
-    setToolTip(help);
-    setAccessibleName(help);
+    setHelp(help, chord);
     setFocusPolicy(Qt::TabFocus);
     connect(&Style::shared(), &Style::changed, this, &FlatButton::applyStyle);
     applyStyle();
+}
+
+void FlatButton::setHelp(const QString& help, const QKeySequence& chord)
+{
+    setAccessibleName(help);
+    setToolTip(chord.isEmpty() ? help : tr("%1 (%2)").arg(help, chord.toString(QKeySequence::NativeText)));
 }
 
 void FlatButton::setSymbol(Symbol symbol)

@@ -30,6 +30,7 @@ Style::Colors derived(Style::Colors colors)
     colors.hairline = withAlpha(colors.text, 0.10);
     colors.hover = withAlpha(colors.accent, 0.10);
     colors.selected = withAlpha(colors.accent, 0.18);
+    colors.quietSelected = withAlpha(colors.text, 0.10);
     return colors;
 }
 
@@ -357,6 +358,7 @@ Style::Colors Style::systemColors() const
     colors.hairline = palette.color(QPalette::WindowText);
     colors.hover = withAlpha(colors.accent, 0.10);
     colors.selected = withAlpha(colors.accent, 0.18);
+    colors.quietSelected = withAlpha(colors.text, 0.10);
     colors.warningBackground = colors.surface;
     colors.warningText = colors.text;
     return colors;
@@ -418,6 +420,11 @@ QString Style::styleSheet() const
         QPushButton:hover { background: @hover; }
         QPushButton:default { background: @accent; color: @onAccent; border-color: @accent; }
         QPushButton:focus { border-color: @accent; }
+        QPushButton[role="quiet"] { border: 1px solid transparent; background: transparent; color: @accent; padding: 1px 8px;
+                                    font-size: @caption; font-weight: 600; }
+        QPushButton[role="quiet"]:hover { background: @hover; }
+        QPushButton[role="quiet"]:focus { border: 2px solid @accent; padding: 0 7px; }
+        QLabel[role="caption"] { color: @secondary; font-size: @caption; }
         QPushButton[destructive="true"] { color: @danger; border-color: @danger; }
         QPushButton:disabled { color: @secondary; border-color: @hairline; background: transparent; }
         QLineEdit { border: 1px solid @hairline; border-radius: 6px; background: @surface; color: @text; padding: 4px 8px;
@@ -463,6 +470,7 @@ QString Style::styleSheet() const
         {"@text"_L1, m_colors.text}};
     for (const auto& [token, color] : tokens)
         sheet.replace(token, css(color));
+    sheet.replace("@caption"_L1, u"%1px"_s.arg(font(Type::caption).pixelSize()));
     return sheet;
 }
 

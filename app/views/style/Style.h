@@ -78,8 +78,9 @@ public:
         QColor hairline;
         QColor accent;
         QColor onAccent;
-        QColor hover;    ///< accent at 10%
-        QColor selected; ///< accent at 18%
+        QColor hover;         ///< accent at 10%
+        QColor selected;      ///< accent at 18%
+        QColor quietSelected; ///< of a pane without the focus
         QColor warningBackground;
         QColor warningText;
         QColor danger;
@@ -96,6 +97,7 @@ public:
     static constexpr int padding = 12;
     static constexpr int largePadding = 16;
     static constexpr int radius = 6;
+    static constexpr int ring = 2; ///< around what has the focus
     static constexpr int cardRadius = 10;
     static constexpr int smallIcon = 16;
     static constexpr int largeIcon = 20;
