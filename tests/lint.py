@@ -64,6 +64,11 @@ TAKEN_AS_IT_IS = {
     ],
     "app/views/compose/ComposeRow.cpp": ["label", "name.remove(u':')"],  # "To:", "Subject:"
     "app/views/compose/ComposeEditorController.cpp": ["name"],  # a language, as the system names it
+    "app/views/list/MessageActions.cpp": ["follow(m_items()).title", "state.title"],  # "Mark as Read"
+    "app/views/main/MailCommands.cpp": [
+        "title, this, perform",  # "New Message"
+        "title(field), this, [this, present, field] { m_model.setSortOrder({SortComparator{field, present().order}}); }",
+    ],
     "app/views/style/EmptyStateView.cpp": ["state.title"],  # one of our own sentences
     "app/views/compose/FormatBar.cpp": ["label"],  # "Bold"
     "app/views/reader/ReaderHeaders.cpp": ["name"],  # "From:"
