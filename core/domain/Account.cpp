@@ -14,6 +14,15 @@ using namespace Qt::StringLiterals;
 
 namespace Larkhaven {
 
+namespace {
+
+/// The texts of this file.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(ConnectionSecurity)
+};
+
+} // namespace
+
 QString storedText(ProviderKind kind)
 {
     switch (kind) {
@@ -34,9 +43,7 @@ QString storedText(ConnectionSecurity security)
 
 QString label(ConnectionSecurity security)
 {
-    return security == ConnectionSecurity::tls
-               ? QCoreApplication::translate("ConnectionSecurity", "SSL/TLS")
-               : QCoreApplication::translate("ConnectionSecurity", "STARTTLS");
+    return security == ConnectionSecurity::tls ? Texts::tr("SSL/TLS") : Texts::tr("STARTTLS");
 }
 
 namespace {
@@ -49,16 +56,14 @@ Enumeration storedCase(const QJsonObject& object, QLatin1StringView key, std::sp
         if (storedText(value) == text)
             return value;
     }
-    throw DecodingError(
-        QCoreApplication::translate("DecodingError", "The stored value “%1” can't be read.").arg(key));
+    throw Coding::unreadable(key);
 }
 
 int port(const QJsonObject& object, QLatin1StringView key)
 {
     const qint64 value = Coding::integer(object, key);
     if (value < std::numeric_limits<int>::min() || value > std::numeric_limits<int>::max())
-        throw DecodingError(
-            QCoreApplication::translate("DecodingError", "The stored value “%1” can't be read.").arg(key));
+        throw Coding::unreadable(key);
     return static_cast<int>(value);
 }
 

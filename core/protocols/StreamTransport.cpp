@@ -15,10 +15,10 @@ namespace Larkhaven {
 
 namespace {
 
-QString tr(const char* text)
-{
-    return QCoreApplication::translate("StreamTransport", text);
-}
+/// The texts of this file.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(StreamTransport)
+};
 
 } // namespace
 
@@ -221,7 +221,7 @@ Task<> StreamTransport::startTLS()
     // What the system has received and the socket has not fetched yet counts as well.
     m_socket->waitForReadyRead(0);
     if (hasReadableBytes())
-        fail(MailError::protocolError(tr("Unexpected data before TLS.")));
+        fail(MailError::protocolError(Texts::tr("Unexpected data before TLS.")));
     checkAlive();
     m_wantsTLS = true;
     m_isOpen = false;

@@ -21,10 +21,10 @@ namespace Larkhaven {
 
 namespace {
 
-QString tr(const char* text)
-{
-    return QCoreApplication::translate("IMAPProvider", text);
-}
+/// The texts of this file.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(IMAPProvider)
+};
 
 /// A destination that needs no search.
 Task<QString> given(QString wireName)
@@ -80,7 +80,7 @@ std::shared_ptr<IMAPProvider> IMAPProvider::create(Account account, MailAuth aut
                                                    std::shared_ptr<MailCache> cache, TransportFactory factory)
 {
     if (!account.server)
-        throw MailError::unsupported(tr("Missing server settings."));
+        throw MailError::unsupported(Texts::tr("Missing server settings."));
     return std::shared_ptr<IMAPProvider>(
         new IMAPProvider(std::move(account), std::move(auth), std::move(cache), std::move(factory)));
 }
@@ -470,7 +470,8 @@ Task<> IMAPProvider::deleteLabel(MailLabel label)
 
 Task<> IMAPProvider::setLabel(MailLabel, bool, QList<QString>)
 {
-    throw MailError::unsupported(tr("Labels can't be added to messages in this account; use Move To."));
+    throw MailError::unsupported(
+        Texts::tr("Labels can't be added to messages in this account; use Move To."));
     co_return;
 }
 
