@@ -4,6 +4,7 @@
 #include "domain/Text.h"
 #include "platform/Tasks.h"
 #include "protocols/ResponseTooLarge.h"
+#include "protocols/StreamTransport.h"
 #include "protocols/TransportCloser.h"
 
 #include <QCoreApplication>
@@ -22,6 +23,15 @@ namespace {
 struct Texts {
     Q_DECLARE_TR_FUNCTIONS(IMAPClient)
 };
+
+/// The failure of a connection before its first word, with the other security where there is no TLS.
+[[noreturn]] void failAtGreeting(const StreamError& error)
+{
+    if (!error.isWithoutTLS())
+        throw error;
+    throw MailError::unsupported(error.localizedText() + u' ' +
+                                 Texts::tr("Try STARTTLS (usually port 143)."));
+}
 
 IMAPArg quoted(const QString& text)
 {
@@ -207,7 +217,11 @@ Task<std::shared_ptr<IMAPClient>> IMAPClient::connect(ServerSettings settings, M
 
 Task<> IMAPClient::open(ServerSettings settings, MailAuth auth)
 {
-    co_await readGreeting();
+    try {
+        co_await readGreeting();
+    } catch (const StreamError& error) {
+        failAtGreeting(error);
+    }
     co_await refreshCapabilities();
     if (settings.imapSecurity == ConnectionSecurity::startTLS)
         co_await upgradeToTLS(settings.imapHost);

@@ -3,6 +3,7 @@
 #include "domain/MailError.h"
 #include "domain/Text.h"
 #include "platform/Tasks.h"
+#include "protocols/StreamTransport.h"
 #include "protocols/TransportCloser.h"
 
 #include <QCoreApplication>
@@ -20,6 +21,15 @@ namespace {
 struct Texts {
     Q_DECLARE_TR_FUNCTIONS(SMTPClient)
 };
+
+/// The failure of a connection before its first word, with the other security where there is no TLS.
+[[noreturn]] void failAtGreeting(const StreamError& error)
+{
+    if (!error.isWithoutTLS())
+        throw error;
+    throw MailError::unsupported(error.localizedText() + u' ' +
+                                 Texts::tr("Try STARTTLS (usually port 587)."));
+}
 
 constexpr std::array ready{220};
 constexpr std::array closing{221};
@@ -198,7 +208,11 @@ Task<Reply> Session::readReply()
 
 Task<> Session::open(ServerSettings settings, MailAuth auth)
 {
-    co_await expect(ready);
+    try {
+        co_await expect(ready);
+    } catch (const StreamError& error) {
+        failAtGreeting(error);
+    }
     co_await greet();
     if (settings.smtpSecurity == ConnectionSecurity::startTLS)
         co_await upgradeToTLS(settings.smtpHost);

@@ -6,7 +6,6 @@
 #include "platform/Tasks.h"
 #include "protocols/ResponseTooLarge.h"
 #include "protocols/SMTPClient.h"
-#include "providers/ConnectionTrial.h"
 
 #include <QCoreApplication>
 #include <QUuid>
@@ -330,9 +329,10 @@ Task<> IMAPProvider::moveToLabel(QList<QString> ids, MailLabel label)
 // --- Sending and drafts
 
 Task<> IMAPProvider::testConnection(ServerSettings settings, MailAuth auth, TransportFactory factory,
-                                    std::stop_token stop)
+                                    std::stop_token stop, ConnectionTrial::Progress progress)
 {
-    return ConnectionTrial::run(std::move(settings), std::move(auth), std::move(factory), std::move(stop));
+    return ConnectionTrial::run(std::move(settings), std::move(auth), std::move(factory), std::move(stop),
+                                std::move(progress));
 }
 
 Task<> IMAPProvider::send(OutgoingMessage message, std::optional<QString> draftID)
