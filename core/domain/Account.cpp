@@ -7,6 +7,7 @@
 #include <QCoreApplication>
 #include <QCryptographicHash>
 
+#include <algorithm>
 #include <limits>
 #include <span>
 
@@ -117,6 +118,20 @@ const QList<PresetRow>& presetRows()
     return rows;
 }
 
+QString domainOf(const QString& email)
+{
+    return Text::asciiLowered(email.mid(email.lastIndexOf(u'@') + 1));
+}
+
+/// Null for a provider that isn't among them.
+const PresetRow* presetOf(const QString& domain)
+{
+    const QList<PresetRow>& rows = presetRows();
+    const auto found =
+        std::ranges::find_if(rows, [&domain](const PresetRow& row) { return row.domains.contains(domain); });
+    return found == rows.end() ? nullptr : &*found;
+}
+
 } // namespace
 
 ServerSettings ServerSettings::microsoft(const QString& username)
@@ -132,14 +147,17 @@ ServerSettings ServerSettings::microsoft(const QString& username)
 
 ServerSettings ServerSettings::preset(const QString& email)
 {
-    const QString domain = Text::asciiLowered(email.mid(email.lastIndexOf(u'@') + 1));
-    for (const PresetRow& row : presetRows()) {
-        if (row.domains.contains(domain))
-            return {email,        row.imapHost, row.imapPort,    row.imapSecurity,
-                    row.smtpHost, row.smtpPort, row.smtpSecurity};
-    }
+    const QString domain = domainOf(email);
+    if (const PresetRow* const row = presetOf(domain))
+        return {email,         row->imapHost, row->imapPort,    row->imapSecurity,
+                row->smtpHost, row->smtpPort, row->smtpSecurity};
     return {email, u"imap."_s + domain,    993, ConnectionSecurity::tls, u"smtp."_s + domain,
             465,   ConnectionSecurity::tls};
+}
+
+bool ServerSettings::isKnown(const QString& email)
+{
+    return presetOf(domainOf(email)) != nullptr;
 }
 
 ServerSettings ServerSettings::fromJSON(const QJsonObject& object)

@@ -144,6 +144,8 @@ Task<> talk(ServerSettings settings, MailAuth auth, TransportFactory factory, Pr
     if (progress)
         progress(Server::outgoing);
     co_await SMTPClient::verify(settings, auth, factory);
+    if (progress)
+        progress(std::nullopt);
 }
 
 Task<> talkAndTell(std::shared_ptr<Trial> trial, ServerSettings settings, MailAuth auth,
@@ -171,7 +173,7 @@ Task<> run(ServerSettings settings, MailAuth auth, TransportFactory factory, std
             &trial->wakeup, [trial] { trial->wakeup.notify(); }, Qt::QueuedConnection);
     });
     // Nobody hears of a trial that was stopped.
-    const Progress told = [trial, progress](Server server) {
+    const Progress told = [trial, progress](std::optional<Server> server) {
         if (progress && !trial->isStopped)
             progress(server);
     };

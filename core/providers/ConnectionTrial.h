@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <functional>
+#include <optional>
 #include <stop_token>
 
 /// Proves a set of server settings before an account is stored with them.
@@ -17,9 +18,9 @@ enum class Server {
     outgoing, ///< SMTP submission
 };
 
-/// Hears of each server before its connection is opened; the one heard of last is the one that a failure is
-/// about. Main thread.
-using Progress = std::function<void(Server)>;
+/// Hears of each server before its connection is opened, and of none once both have accepted: what was heard
+/// last is what a failure is about. Main thread.
+using Progress = std::function<void(std::optional<Server>)>;
 
 /// How long a server to which STARTTLS is spoken may say nothing before it is asked whether it expects TLS.
 inline constexpr std::chrono::milliseconds greetingPatience{10'000};

@@ -270,21 +270,21 @@ TEST(ConnectionTrial, ClosesBothConnectionsWhereItIsStopped)
 TEST(ConnectionTrial, TellsWhichServerIsAsked)
 {
     using enum ConnectionTrial::Server;
+    using Heard = QList<std::optional<ConnectionTrial::Server>>;
     const auto heardOf = [](const Script& imapScript, const Script& smtpScript) {
         ScriptedServer imap({imapScript});
         ScriptedServer smtp({smtpScript});
-        QList<ConnectionTrial::Server> heard;
-        const auto note = [&heard](ConnectionTrial::Server server) { heard.append(server); };
+        Heard heard;
+        const auto note = [&heard](std::optional<ConnectionTrial::Server> server) { heard.append(server); };
         Begun<void> running(IMAPProvider::testConnection(*someAccount().server,
                                                          MailAuth::password(u"secret"_s),
                                                          Providing::bothServers(imap, smtp), {}, note));
         EXPECT_TRUE(waitUntil([&running] { return running.isDone(); }));
         return heard;
     };
-    EXPECT_EQ(heardOf(signedIn(), verifiedSubmission()),
-              QList<ConnectionTrial::Server>({incoming, outgoing}));
-    EXPECT_EQ(heardOf(signedIn(), Script("[CLOSE]")), QList<ConnectionTrial::Server>({incoming, outgoing}));
-    EXPECT_EQ(heardOf(refusedSignIn(), verifiedSubmission()), QList<ConnectionTrial::Server>({incoming}))
+    EXPECT_EQ(heardOf(signedIn(), verifiedSubmission()), Heard({incoming, outgoing, std::nullopt}));
+    EXPECT_EQ(heardOf(signedIn(), Script("[CLOSE]")), Heard({incoming, outgoing}));
+    EXPECT_EQ(heardOf(refusedSignIn(), verifiedSubmission()), Heard({incoming}))
         << "the failure is about the last";
 }
 
