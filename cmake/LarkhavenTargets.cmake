@@ -21,6 +21,11 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang" AND CMAKE_CXX_COMPILER_VERSION VERSION
     # Clang 14 has the coroutines of C++20 but does not say so in the way that libstdc++ asks.
     target_compile_definitions(LarkhavenOptions INTERFACE __cpp_impl_coroutine=201902L)
 endif()
+# What Debian hardens its own programs with.
+set(optimized $<AND:$<NOT:$<CONFIG:Debug>>,$<NOT:$<BOOL:${LARKHAVEN_FUZZ}>>>)
+target_compile_options(LarkhavenOptions INTERFACE
+    $<${optimized}:-fstack-protector-strong> $<${optimized}:-D_FORTIFY_SOURCE=2>)
+target_link_options(LarkhavenOptions INTERFACE $<${optimized}:-Wl,-z,relro> $<${optimized}:-Wl,-z,now>)
 if(LARKHAVEN_SANITIZE)
     target_compile_options(LarkhavenOptions INTERFACE
         -fsanitize=${LARKHAVEN_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)

@@ -59,9 +59,8 @@ TAKEN_AS_IT_IS = {
     "app/views/setup/IMAPSetupView.cpp": [
         "account->displayName.value_or(QString())",  # fields of the user's own settings
         "account->email",
-        "title + u' ' + tr()",  # "Incoming", "Outgoing"
-        "label(security), QVariant::fromValue(static_cast<int>(security))",
     ],
+    "app/views/setup/ServerFields.cpp": ["label(security), QVariant::fromValue(static_cast<int>(security))"],
     "app/views/compose/ComposeRow.cpp": ["label", "name.remove(u':')"],  # "To:", "Subject:"
     "app/views/compose/ComposeEditorController.cpp": ["name"],  # a language, as the system names it
     "app/views/list/MessageActions.cpp": ["follow(m_items()).title", "state.title"],  # "Mark as Read"

@@ -19,6 +19,7 @@
 #include "model/Writing.h"
 #include "platform/Coalescer.h"
 #include "protocols/MailTransport.h"
+#include "providers/ConnectionTrial.h"
 #include "store/MailCache.h"
 
 #include <QHash>
@@ -349,9 +350,9 @@ public:
     // --- Account set-up
     /// Proves the settings, then adds the account or changes the one that is being repaired. Fails towards
     /// the form; with `cancelled`, and nothing stored, where `stop` is requested before the servers and the
-    /// keyring have answered.
+    /// keyring have answered. `progress` hears which of the servers is asked.
     Task<> saveIMAPAccount(QString name, QString email, ServerSettings settings, QString password,
-                           std::stop_token stop = {});
+                           std::stop_token stop = {}, ConnectionTrial::Progress progress = {});
     /// Whether this build can sign in with the service in the browser.
     bool canSignIn(ProviderKind provider) const;
     /// Signs in with the service in the browser, and adds the account. One that is there already under the

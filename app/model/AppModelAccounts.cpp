@@ -21,11 +21,12 @@ namespace Larkhaven {
 namespace {
 
 /// The connection test, in whose failure a refused login has words for the form.
-Task<> prove(ServerSettings settings, QString password, TransportFactory transports, std::stop_token stop)
+Task<> prove(ServerSettings settings, QString password, TransportFactory transports, std::stop_token stop,
+             ConnectionTrial::Progress progress)
 {
     try {
         const MailAuth auth = MailAuth::password(password);
-        co_await IMAPProvider::testConnection(settings, auth, transports, stop);
+        co_await IMAPProvider::testConnection(settings, auth, transports, stop, progress);
     } catch (const MailError& error) {
         if (error.kind() != MailError::Kind::notSignedIn)
             throw;
@@ -44,7 +45,7 @@ bool isSameAddress(const QString& left, const QString& right)
 } // namespace
 
 Task<> AppModel::saveIMAPAccount(QString name, QString email, ServerSettings settings, QString password,
-                                 std::stop_token stop)
+                                 std::stop_token stop, ConnectionTrial::Progress progress)
 {
     const QPointer<AppModel> self(this);
     // What is being repaired may change while the servers are asked.
@@ -55,7 +56,8 @@ Task<> AppModel::saveIMAPAccount(QString name, QString email, ServerSettings set
         if (self)
             self->noteSignIn(-1);
     });
-    const Outcome<void> proof = co_await settled(prove(settings, password, m_services.transports, stop));
+    const Outcome<void> proof =
+        co_await settled(prove(settings, password, m_services.transports, stop, progress));
     if (!self)
         co_return;
     if (proof.failure)

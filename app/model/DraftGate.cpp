@@ -14,10 +14,10 @@ namespace Larkhaven::DraftGate {
 
 namespace {
 
-QString tr(const char* text)
-{
-    return QCoreApplication::translate("DraftGate", text);
-}
+/// The texts of this file.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(DraftGate)
+};
 
 /// The character at the position, which moves behind it. What would be no character of a document (half a
 /// surrogate pair, a noncharacter, or the place of an object) is U+FFFD.
@@ -86,7 +86,7 @@ Passed text(QStringView text, const QString& rest)
             passed.text += QChar::fromUcs4(character);
     }
     if (hasDropped)
-        passed.text += u'\n' + tr("[Marks beyond what a letter can carry are left out.]");
+        passed.text += u'\n' + Texts::tr("[Marks beyond what a letter can carry are left out.]");
     if (hasEnded)
         passed.text += u'\n' + rest;
     passed.isCut = hasDropped || hasEnded;
@@ -95,12 +95,12 @@ Passed text(QStringView text, const QString& rest)
 
 QString pasted(QStringView text)
 {
-    return DraftGate::text(text, tr("[The rest of what was pasted is left out.]")).text;
+    return DraftGate::text(text, Texts::tr("[The rest of what was pasted is left out.]")).text;
 }
 
 QString pastedHTML(QStringView sanitized)
 {
-    return html(sanitized, tr("[The rest of what was pasted is left out.]"), mostPastedEffort).text;
+    return html(sanitized, Texts::tr("[The rest of what was pasted is left out.]"), mostPastedEffort).text;
 }
 
 Passed line(QStringView text, qsizetype length)

@@ -22,10 +22,10 @@ constexpr qsizetype longestPiece = 200; ///< of a text that a notice names
 /// As much is looked at of what a link brings; most of it may be escapes, or text that goes.
 constexpr qsizetype longestGiven = 4 * DraftGate::mostFieldEffort;
 
-QString tr(const char* text)
-{
-    return QCoreApplication::translate("RecipientFields", text);
-}
+/// The texts of this file.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(RecipientFields)
+};
 
 /// The addresses of a list of which all can be read without a guess; absent for any other.
 std::optional<QList<EmailAddress>> exactAddresses(const QString& list)
@@ -139,15 +139,15 @@ QStringList RecipientFields::notices() const
 {
     QStringList notices;
     for (const QString& address : m_refused)
-        notices.append(tr("“%1” isn’t a valid email address, and was left out.").arg(address));
+        notices.append(Texts::tr("“%1” isn’t a valid email address, and was left out.").arg(address));
     if (m_refusedBeyond > 0)
-        notices.append(tr("Further addresses that aren’t valid were left out: %1.")
+        notices.append(Texts::tr("Further addresses that aren’t valid were left out: %1.")
                            .arg(QString::number(m_refusedBeyond)));
     if (m_tooMany > 0)
-        notices.append(
-            tr("A window doesn’t take that many recipients. Left out: %1.").arg(QString::number(m_tooMany)));
+        notices.append(Texts::tr("A window doesn’t take that many recipients. Left out: %1.")
+                           .arg(QString::number(m_tooMany)));
     if (m_hasCutNames)
-        notices.append(tr("Names of recipients that were too long were left out."));
+        notices.append(Texts::tr("Names of recipients that were too long were left out."));
     return notices;
 }
 

@@ -9,6 +9,15 @@ using namespace Qt::StringLiterals;
 
 namespace Larkhaven {
 
+namespace {
+
+/// The texts of this file.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(SortField)
+};
+
+} // namespace
+
 QString storedText(SortField field)
 {
     switch (field) {
@@ -30,20 +39,19 @@ QString storedText(SortField field)
 
 QString title(SortField field)
 {
-    const auto tr = [](const char* text) { return QCoreApplication::translate("SortField", text); };
     switch (field) {
     case SortField::date:
-        return tr("Date");
+        return Texts::tr("Date");
     case SortField::from:
-        return tr("From");
+        return Texts::tr("From");
     case SortField::subject:
-        return tr("Subject");
+        return Texts::tr("Subject");
     case SortField::unread:
-        return tr("Unread");
+        return Texts::tr("Unread");
     case SortField::starred:
-        return tr("Starred");
+        return Texts::tr("Starred");
     case SortField::attachments:
-        return tr("Attachments");
+        return Texts::tr("Attachments");
     }
     Q_UNREACHABLE();
 }

@@ -23,12 +23,14 @@ namespace Larkhaven::Writing {
 
 namespace {
 
+using DraftGate::Passed;
+
 constexpr qsizetype longestPiece = 200; ///< of a text that a failure names
 
-QString tr(const char* text)
-{
-    return QCoreApplication::translate("Writing", text);
-}
+/// The texts of this file.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(Writing)
+};
 
 ComposeDraft emptyDraft(const Setting& setting)
 {
@@ -66,9 +68,9 @@ QString plainText(const ParsedMessage& message, const QString& snippet)
 }
 
 /// As much of the text as an answer takes up.
-DraftGate::Passed quotable(const ParsedMessage& message, const QString& snippet)
+Passed quotable(const ParsedMessage& message, const QString& snippet)
 {
-    return DraftGate::text(plainText(message, snippet), tr("[The rest of the message is left out.]"));
+    return DraftGate::text(plainText(message, snippet), Texts::tr("[The rest of the message is left out.]"));
 }
 
 /// Sets the subject with "Re: " or "Fwd: " before it, as much of it as an answer takes up.
@@ -78,7 +80,7 @@ void setSubject(ComposeDraft& draft, const ParsedMessage& message, QString (*mar
     draft.subject = marked(subject.text);
     if (!subject.isWhole())
         draft.notices.append(
-            tr("The subject was too long or had too many marks, and a part of it was left out."));
+            Texts::tr("The subject was too long or had too many marks, and a part of it was left out."));
 }
 
 /// What a forwarded message says of itself, each line as long as an editor can take it.
@@ -97,7 +99,7 @@ QString savedName(const QString& subject)
     constexpr qsizetype mostCharacters = 80;
     constexpr qsizetype mostBytes = 255;
     const QString ending = u".eml"_s;
-    QString name = MIMEParser::safeFilename(subject.isEmpty() ? tr("Message") : subject);
+    QString name = MIMEParser::safeFilename(subject.isEmpty() ? Texts::tr("Message") : subject);
     name = Text::prefix(ShownText::line(name, mostCharacters * 4), mostCharacters);
     while (name.toUtf8().size() + ending.size() > mostBytes)
         name.chop(name.back().isLowSurrogate() ? 2 : 1);
@@ -201,7 +203,7 @@ QList<QString> boundedReferences(QList<QString> references)
 [[noreturn]] void refuse(const QString& piece)
 {
     throw MailError::unsupported(
-        tr("“%1” isn’t a valid email address.").arg(ShownText::line(piece, longestPiece)));
+        Texts::tr("“%1” isn’t a valid email address.").arg(ShownText::line(piece, longestPiece)));
 }
 
 void expectRecipients(const QList<RecipientField::Piece>& pieces)
@@ -209,7 +211,7 @@ void expectRecipients(const QList<RecipientField::Piece>& pieces)
     const bool hasAny = std::ranges::any_of(
         pieces, [](const RecipientField::Piece& piece) { return piece.address.has_value(); });
     if (!hasAny)
-        throw MailError::unsupported(tr("Please specify at least one recipient."));
+        throw MailError::unsupported(Texts::tr("Please specify at least one recipient."));
     for (const RecipientField::Piece& piece : pieces) {
         if (!piece.address || piece.address->address.isEmpty())
             refuse(piece.text);
@@ -291,8 +293,8 @@ ComposeDraft forward(const Setting& setting, const ParsedMessage& message, const
     draft.attachments.append({QUuid::createUuid(), filename, u"application/octet-stream"_s, *raw});
     const QString notice =
         message.isIncomplete
-            ? tr("Parts of the message could not be read. It is attached as a whole: “%1”.")
-            : tr("The message is too long to be shown whole, and is attached as well: “%1”.");
+            ? Texts::tr("Parts of the message could not be read. It is attached as a whole: “%1”.")
+            : Texts::tr("The message is too long to be shown whole, and is attached as well: “%1”.");
     draft.notices.append(notice.arg(filename));
     return draft;
 }
@@ -313,9 +315,9 @@ ComposeDraft storedDraft(const Setting& setting, const ParsedMessage& message, c
     setSubject(draft, message, [](const QString& subject) { return subject; });
     bool isWhole = draft.notices.isEmpty() && !message.isIncomplete;
     if (message.isIncomplete)
-        draft.notices.append(tr("Parts of the draft could not be read, and were left out."));
+        draft.notices.append(Texts::tr("Parts of the draft could not be read, and were left out."));
 
-    const QString rest = tr("[The rest of the draft is left out.]");
+    const QString rest = Texts::tr("[The rest of the draft is left out.]");
     const DraftGate::Passed body = DraftGate::text(plainText(message, {}), rest);
     draft.body = body.text;
     if (message.htmlBody) {
@@ -337,8 +339,8 @@ ComposeDraft storedDraft(const Setting& setting, const ParsedMessage& message, c
         draft.draftMessageID = messageID;
     else
         draft.notices.append(
-            tr("This is a copy of a draft that is more than a window can take. Saving it leaves "
-               "the draft as it is."));
+            Texts::tr("This is a copy of a draft that is more than a window can take. Saving it leaves "
+                      "the draft as it is."));
     return draft;
 }
 

@@ -26,18 +26,19 @@ namespace {
 
 constexpr std::chrono::seconds revocationTime{60};
 
-QString tr(const char* text)
-{
-    return QCoreApplication::translate("SignInService", text);
-}
+/// The texts of this file.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(SignInService)
+};
 
 MailError notConfigured(ProviderKind provider)
 {
-    return MailError::unsupported(provider != ProviderKind::microsoft
-                                      ? tr("Google sign-in isn't configured. Add GOOGLE_CLIENT_ID to "
-                                           "Config/Secrets.xcconfig.")
-                                      : tr("Microsoft sign-in isn't configured. Add MICROSOFT_CLIENT_ID to "
-                                           "Config/Secrets.xcconfig."));
+    return MailError::unsupported(
+        provider != ProviderKind::microsoft
+            ? Texts::tr("Google sign-in isn't configured. Add GOOGLE_CLIENT_ID to "
+                        "Config/Secrets.xcconfig.")
+            : Texts::tr("Microsoft sign-in isn't configured. Add MICROSOFT_CLIENT_ID to "
+                        "Config/Secrets.xcconfig."));
 }
 
 OAuthClient configuredClient(ProviderKind provider, const Info& info)
@@ -66,7 +67,7 @@ Task<TokenSet> obtainTokens(OAuthClient client, Authenticate authenticate, std::
     const QString code = client.authorizationCode(redirect, pkce);
     TokenSet tokens = co_await client.exchange(code, pkce, stop);
     if (!tokens.refreshToken)
-        throw MailError::authFailed(tr("The provider did not grant offline access."));
+        throw MailError::authFailed(Texts::tr("The provider did not grant offline access."));
     co_return tokens;
 }
 
@@ -89,7 +90,7 @@ Task<SignedIn> finishGoogle(OAuthClient client, QUuid accountID, TokenSet obtain
     const Trial trial(client, accountID, obtained);
     const QString address = co_await GmailProvider::profileAddress(trial.tokens, stop);
     if (!isUsableAddress(address))
-        throw MailError::protocolError(tr("No email in Gmail profile"));
+        throw MailError::protocolError(Texts::tr("No email in Gmail profile"));
     Account account;
     account.id = accountID;
     account.provider = ProviderKind::google;
@@ -111,7 +112,7 @@ Task<SignedIn> finishMicrosoft(OAuthClient client, QUuid accountID, TokenSet obt
     const QJsonObject claims = obtained.idTokenClaims();
     const QString address = claimedAddress(claims);
     if (address.isEmpty())
-        throw MailError::authFailed(tr("Microsoft didn't return the account's email address."));
+        throw MailError::authFailed(Texts::tr("Microsoft didn't return the account's email address."));
     const Trial trial(client, accountID, obtained);
     const ServerSettings settings = ServerSettings::microsoft(address);
     const MailAuth auth = MailAuth::oauth(trial.tokens);
@@ -123,9 +124,9 @@ Task<SignedIn> finishMicrosoft(OAuthClient client, QUuid accountID, TokenSet obt
     } catch (const MailError& error) {
         if (error.kind() != MailError::Kind::notSignedIn)
             throw;
-        throw MailError::authFailed(
-            tr("Outlook's mail servers didn't accept the sign-in. In Outlook.com, check Settings ▸ Mail ▸ "
-               "Forwarding and IMAP ▸ “Let devices and apps use IMAP”."));
+        throw MailError::authFailed(Texts::tr(
+            "Outlook's mail servers didn't accept the sign-in. In Outlook.com, check Settings ▸ Mail ▸ "
+            "Forwarding and IMAP ▸ “Let devices and apps use IMAP”."));
     }
     Account account;
     account.id = accountID;

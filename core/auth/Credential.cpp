@@ -10,6 +10,15 @@ using namespace Qt::StringLiterals;
 
 namespace Larkhaven {
 
+namespace {
+
+/// The texts of this file.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(Credential)
+};
+
+} // namespace
+
 bool TokenSet::isValid(std::chrono::seconds leeway) const
 {
     return expiresAt > QDateTime::currentDateTimeUtc().addSecs(leeway.count());
@@ -47,7 +56,7 @@ Credential Credential::fromJSON(const QByteArray& json)
         return oauth(TokenSet::fromJSON(Coding::object(stored.payload)));
     if (stored.name == "password"_L1 && stored.payload.isString())
         return password(stored.payload.toString());
-    throw DecodingError(QCoreApplication::translate("DecodingError", "The stored credential can't be read."));
+    throw DecodingError(Texts::tr("The stored credential can't be read."));
 }
 
 QByteArray Credential::toJSON() const

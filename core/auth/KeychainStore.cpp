@@ -8,10 +8,18 @@ using namespace Qt::StringLiterals;
 
 namespace Larkhaven {
 
+namespace {
+
+/// The texts of this file.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(KeychainError)
+};
+
+} // namespace
+
 QString KeychainError::localizedText() const
 {
-    return m_message.value_or(
-        QCoreApplication::translate("KeychainError", "Keychain error %1").arg(static_cast<qint32>(m_status)));
+    return m_message.value_or(Texts::tr("Keychain error %1").arg(static_cast<qint32>(m_status)));
 }
 
 namespace {

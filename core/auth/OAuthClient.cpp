@@ -26,16 +26,16 @@ constexpr std::chrono::seconds requestTime{60};
 /// In bytes; tokens have a few thousand.
 constexpr qsizetype longestAnswer = 256 * 1024;
 
-QString tr(const char* text)
-{
-    return QCoreApplication::translate("OAuthClient", text);
-}
+/// The texts of this file.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(OAuthClient)
+};
 
 QString randomText(qsizetype count)
 {
     const std::optional<QByteArray> bytes = randomBytes(count);
     if (!bytes)
-        throw MailError::authFailed(tr("This computer gives no random numbers."));
+        throw MailError::authFailed(Texts::tr("This computer gives no random numbers."));
     return MailEncoding::base64URLEncode(*bytes);
 }
 
@@ -104,7 +104,7 @@ TokenSet readTokens(const QByteArray& body, const std::optional<QString>& previo
         tokens.idToken = Coding::optionalString(answer, "id_token"_L1);
         return tokens;
     } catch (const DecodingError&) {
-        throw DecodingError(tr("The answer of the sign-in service can’t be read."));
+        throw DecodingError(Texts::tr("The answer of the sign-in service can’t be read."));
     }
 }
 
@@ -203,7 +203,7 @@ QString OAuthClient::authorizationCode(const QByteArray& callback, const PKCE& p
         Text::isSameKeyword(QString::fromLatin1(callback.first(std::max<qsizetype>(0, colon))),
                             m_config.callbackScheme());
     if (!isOurs)
-        throw MailError::authFailed(tr("Unexpected redirect"));
+        throw MailError::authFailed(Texts::tr("Unexpected redirect"));
     const QList<SecureHTTP::QueryItem> items = queryItems(callback);
     const auto find = [&items](const QString& name) {
         const auto item = std::ranges::find(items, name, &SecureHTTP::QueryItem::first);
@@ -218,10 +218,10 @@ QString OAuthClient::authorizationCode(const QByteArray& callback, const PKCE& p
                                            {u"code"_s, find(u"code"_s).value_or(QString())}}));
     }
     if (find(u"state"_s) != pkce.state())
-        throw MailError::authFailed(tr("State mismatch (possible CSRF)"));
+        throw MailError::authFailed(Texts::tr("State mismatch (possible CSRF)"));
     const QString code = find(u"code"_s).value_or(QString());
     if (code.isEmpty())
-        throw MailError::authFailed(tr("No authorization code"));
+        throw MailError::authFailed(Texts::tr("No authorization code"));
     return code;
 }
 

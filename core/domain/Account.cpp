@@ -7,12 +7,22 @@
 #include <QCoreApplication>
 #include <QCryptographicHash>
 
+#include <algorithm>
 #include <limits>
 #include <span>
 
 using namespace Qt::StringLiterals;
 
 namespace Larkhaven {
+
+namespace {
+
+/// The texts of this file.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(ConnectionSecurity)
+};
+
+} // namespace
 
 QString storedText(ProviderKind kind)
 {
@@ -34,9 +44,7 @@ QString storedText(ConnectionSecurity security)
 
 QString label(ConnectionSecurity security)
 {
-    return security == ConnectionSecurity::tls
-               ? QCoreApplication::translate("ConnectionSecurity", "SSL/TLS")
-               : QCoreApplication::translate("ConnectionSecurity", "STARTTLS");
+    return security == ConnectionSecurity::tls ? Texts::tr("SSL/TLS") : Texts::tr("STARTTLS");
 }
 
 namespace {
@@ -49,16 +57,14 @@ Enumeration storedCase(const QJsonObject& object, QLatin1StringView key, std::sp
         if (storedText(value) == text)
             return value;
     }
-    throw DecodingError(
-        QCoreApplication::translate("DecodingError", "The stored value “%1” can't be read.").arg(key));
+    throw Coding::unreadable(key);
 }
 
 int port(const QJsonObject& object, QLatin1StringView key)
 {
     const qint64 value = Coding::integer(object, key);
     if (value < std::numeric_limits<int>::min() || value > std::numeric_limits<int>::max())
-        throw DecodingError(
-            QCoreApplication::translate("DecodingError", "The stored value “%1” can't be read.").arg(key));
+        throw Coding::unreadable(key);
     return static_cast<int>(value);
 }
 
@@ -112,6 +118,20 @@ const QList<PresetRow>& presetRows()
     return rows;
 }
 
+QString domainOf(const QString& email)
+{
+    return Text::asciiLowered(email.mid(email.lastIndexOf(u'@') + 1));
+}
+
+/// Null for a provider that isn't among them.
+const PresetRow* presetOf(const QString& domain)
+{
+    const QList<PresetRow>& rows = presetRows();
+    const auto found =
+        std::ranges::find_if(rows, [&domain](const PresetRow& row) { return row.domains.contains(domain); });
+    return found == rows.end() ? nullptr : &*found;
+}
+
 } // namespace
 
 ServerSettings ServerSettings::microsoft(const QString& username)
@@ -127,14 +147,17 @@ ServerSettings ServerSettings::microsoft(const QString& username)
 
 ServerSettings ServerSettings::preset(const QString& email)
 {
-    const QString domain = Text::asciiLowered(email.mid(email.lastIndexOf(u'@') + 1));
-    for (const PresetRow& row : presetRows()) {
-        if (row.domains.contains(domain))
-            return {email,        row.imapHost, row.imapPort,    row.imapSecurity,
-                    row.smtpHost, row.smtpPort, row.smtpSecurity};
-    }
+    const QString domain = domainOf(email);
+    if (const PresetRow* const row = presetOf(domain))
+        return {email,         row->imapHost, row->imapPort,    row->imapSecurity,
+                row->smtpHost, row->smtpPort, row->smtpSecurity};
     return {email, u"imap."_s + domain,    993, ConnectionSecurity::tls, u"smtp."_s + domain,
             465,   ConnectionSecurity::tls};
+}
+
+bool ServerSettings::isKnown(const QString& email)
+{
+    return presetOf(domainOf(email)) != nullptr;
 }
 
 ServerSettings ServerSettings::fromJSON(const QJsonObject& object)

@@ -46,6 +46,8 @@ struct ServerSettings {
     static ServerSettings microsoft(const QString& username);
     /// The settings that fit an address's provider, or a guess from its domain.
     static ServerSettings preset(const QString& email);
+    /// Whether `preset` knows the address's provider, so that its hosts are no guess.
+    static bool isKnown(const QString& email);
 
     /// Fails with `DecodingError`.
     static ServerSettings fromJSON(const QJsonObject& object);

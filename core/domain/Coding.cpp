@@ -12,49 +12,49 @@ namespace Larkhaven::Coding {
 
 namespace {
 
-QString tr(const char* text)
-{
-    return QCoreApplication::translate("DecodingError", text);
-}
+/// The texts of this file.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(DecodingError)
+};
 
 /// 2001-01-01 00:00:00 UTC, in milliseconds since 1970.
 constexpr qint64 referenceDate = 978'307'200'000;
-
-DecodingError mismatch(QLatin1StringView key)
-{
-    return DecodingError(tr("The stored value “%1” can't be read.").arg(key));
-}
 
 QJsonValue required(const QJsonObject& object, QLatin1StringView key)
 {
     const QJsonValue value = object.value(key);
     if (value.isUndefined() || value.isNull())
-        throw DecodingError(tr("The stored value “%1” is missing.").arg(key));
+        throw DecodingError(Texts::tr("The stored value “%1” is missing.").arg(key));
     return value;
 }
 
 } // namespace
+
+DecodingError unreadable(QAnyStringView key)
+{
+    return DecodingError(Texts::tr("The stored value “%1” can't be read.").arg(key.toString()));
+}
 
 QJsonValue parse(const QByteArray& json)
 {
     QJsonParseError error;
     const QJsonDocument document = QJsonDocument::fromJson(json, &error);
     if (error.error != QJsonParseError::NoError)
-        throw DecodingError(tr("The stored data isn't valid JSON."));
+        throw DecodingError(Texts::tr("The stored data isn't valid JSON."));
     return document.isArray() ? QJsonValue(document.array()) : QJsonValue(document.object());
 }
 
 QJsonObject object(const QJsonValue& value)
 {
     if (!value.isObject())
-        throw DecodingError(tr("An object was expected in the stored data."));
+        throw DecodingError(Texts::tr("An object was expected in the stored data."));
     return value.toObject();
 }
 
 QJsonArray array(const QJsonValue& value)
 {
     if (!value.isArray())
-        throw DecodingError(tr("A list was expected in the stored data."));
+        throw DecodingError(Texts::tr("A list was expected in the stored data."));
     return value.toArray();
 }
 
@@ -62,7 +62,7 @@ QString string(const QJsonObject& object, QLatin1StringView key)
 {
     const QJsonValue value = required(object, key);
     if (!value.isString())
-        throw mismatch(key);
+        throw unreadable(key);
     return value.toString();
 }
 
@@ -79,7 +79,7 @@ qint64 integer(const QJsonObject& object, QLatin1StringView key)
     constexpr qint64 none = std::numeric_limits<qint64>::min();
     const qint64 number = required(object, key).toInteger(none);
     if (number == none)
-        throw mismatch(key);
+        throw unreadable(key);
     return number;
 }
 
@@ -87,7 +87,7 @@ bool boolean(const QJsonObject& object, QLatin1StringView key)
 {
     const QJsonValue value = required(object, key);
     if (!value.isBool())
-        throw mismatch(key);
+        throw unreadable(key);
     return value.toBool();
 }
 
@@ -97,7 +97,7 @@ QDateTime time(const QJsonObject& object, QLatin1StringView key)
     constexpr double limit = 9.0e15;
     const QJsonValue value = required(object, key);
     if (!value.isDouble() || std::abs(value.toDouble()) > limit)
-        throw mismatch(key);
+        throw unreadable(key);
     return QDateTime::fromMSecsSinceEpoch(referenceDate + std::llround(value.toDouble() * 1000.0), Qt::UTC);
 }
 
@@ -107,7 +107,7 @@ QUuid uuid(const QJsonObject& object, QLatin1StringView key)
     const QString text = string(object, key);
     const QUuid uuid = QUuid::fromString(text);
     if (text.size() != canonicalLength || text.compare(fromUuid(uuid), Qt::CaseInsensitive) != 0)
-        throw mismatch(key);
+        throw unreadable(key);
     return uuid;
 }
 
@@ -115,7 +115,7 @@ QJsonObject object(const QJsonObject& object, QLatin1StringView key)
 {
     const QJsonValue value = required(object, key);
     if (!value.isObject())
-        throw mismatch(key);
+        throw unreadable(key);
     return value.toObject();
 }
 
@@ -123,7 +123,7 @@ QJsonArray array(const QJsonObject& object, QLatin1StringView key)
 {
     const QJsonValue value = required(object, key);
     if (!value.isArray())
-        throw mismatch(key);
+        throw unreadable(key);
     return value.toArray();
 }
 
@@ -141,7 +141,7 @@ Case enumerationCase(const QJsonValue& value)
 {
     const QJsonObject outer = object(value);
     if (outer.size() != 1)
-        throw DecodingError(tr("Invalid number of keys found, expected one."));
+        throw DecodingError(Texts::tr("Invalid number of keys found, expected one."));
     const QJsonObject inner = object(outer.begin().value());
     return {outer.begin().key(), required(inner, QLatin1StringView("_0"))};
 }

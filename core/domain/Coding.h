@@ -33,6 +33,9 @@ private:
 /// another type.
 namespace Coding {
 
+/// The failure of a reader whose value under the key is none that it knows.
+DecodingError unreadable(QAnyStringView key);
+
 /// Parses a whole JSON text. Fails with `DecodingError` if it isn't JSON.
 QJsonValue parse(const QByteArray& json);
 

@@ -6,6 +6,15 @@
 
 namespace Larkhaven {
 
+namespace {
+
+/// The texts of this file.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(LocalizedError)
+};
+
+} // namespace
+
 QString localizedText(const std::exception_ptr& failure)
 {
     try {
@@ -13,9 +22,9 @@ QString localizedText(const std::exception_ptr& failure)
     } catch (const LocalizedError& error) {
         return error.localizedText();
     } catch (const std::bad_alloc&) {
-        return QCoreApplication::translate("LocalizedError", "There is not enough memory.");
+        return Texts::tr("There is not enough memory.");
     } catch (...) {
-        return QCoreApplication::translate("LocalizedError", "An unexpected error occurred.");
+        return Texts::tr("An unexpected error occurred.");
     }
 }
 

@@ -8,6 +8,11 @@ namespace Larkhaven {
 
 namespace {
 
+/// The texts of this file.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(MailProvider)
+};
+
 Task<> fail(MailError error)
 {
     throw error;
@@ -34,9 +39,8 @@ Task<> MailProvider::move(QList<QString> ids, const MailboxRef& target)
     case Mailbox::drafts:
         break;
     }
-    return fail(
-        MailError::unsupported(QCoreApplication::translate("MailProvider", "Messages can't be moved to %1.")
-                                   .arg(target.name(account().provider))));
+    return fail(MailError::unsupported(
+        Texts::tr("Messages can't be moved to %1.").arg(target.name(account().provider))));
 }
 
 Task<bool> MailProvider::canPutBack(QList<QString>)
@@ -46,8 +50,7 @@ Task<bool> MailProvider::canPutBack(QList<QString>)
 
 Task<> MailProvider::putBack(QList<QString>)
 {
-    return fail(MailError::unsupported(
-        QCoreApplication::translate("MailProvider", "These messages can’t be moved back.")));
+    return fail(MailError::unsupported(Texts::tr("These messages can’t be moved back.")));
 }
 
 } // namespace Larkhaven

@@ -13,6 +13,11 @@ namespace Larkhaven {
 
 namespace {
 
+/// The texts of this file.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(Mailbox)
+};
+
 std::optional<Mailbox> mailboxFromStoredText(const QString& text)
 {
     const auto found =
@@ -45,23 +50,22 @@ QString storedText(Mailbox role)
 
 QString name(Mailbox role, ProviderKind provider)
 {
-    const auto tr = [](const char* text) { return QCoreApplication::translate("Mailbox", text); };
     const bool google = provider == ProviderKind::google;
     switch (role) {
     case Mailbox::inbox:
-        return tr("Inbox");
+        return Texts::tr("Inbox");
     case Mailbox::starred:
-        return google ? tr("Starred") : tr("Flagged");
+        return google ? Texts::tr("Starred") : Texts::tr("Flagged");
     case Mailbox::sent:
-        return tr("Sent");
+        return Texts::tr("Sent");
     case Mailbox::drafts:
-        return tr("Drafts");
+        return Texts::tr("Drafts");
     case Mailbox::archive:
-        return google ? tr("All Mail") : tr("Archive");
+        return google ? Texts::tr("All Mail") : Texts::tr("Archive");
     case Mailbox::spam:
-        return google ? tr("Spam") : tr("Junk");
+        return google ? Texts::tr("Spam") : Texts::tr("Junk");
     case Mailbox::trash:
-        return tr("Trash");
+        return Texts::tr("Trash");
     }
     Q_UNREACHABLE();
 }
@@ -143,9 +147,7 @@ MailboxRef MailboxRef::fromJSON(const QJsonValue& value)
     const std::optional<Mailbox> role =
         stored.name == "system"_L1 ? mailboxFromStoredText(stored.payload.toString()) : std::nullopt;
     if (!role)
-        throw DecodingError(
-            QCoreApplication::translate("DecodingError", "The stored value “%1” can't be read.")
-                .arg(stored.name));
+        throw Coding::unreadable(stored.name);
     return system(*role);
 }
 

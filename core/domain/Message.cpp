@@ -3,8 +3,6 @@
 #include "domain/Coding.h"
 #include "domain/Text.h"
 
-#include <QCoreApplication>
-
 using namespace Qt::StringLiterals;
 
 namespace Larkhaven {
@@ -69,9 +67,7 @@ MessageSummary MessageSummary::fromJSON(const QJsonObject& object)
     const QJsonArray labels = Coding::array(object, "labelIDs"_L1);
     for (const auto label : labels) {
         if (!label.isString())
-            throw DecodingError(
-                QCoreApplication::translate("DecodingError", "The stored value “%1” can't be read.")
-                    .arg("labelIDs"_L1));
+            throw Coding::unreadable("labelIDs"_L1);
         summary.labelIDs.append(label.toString());
     }
     return summary;

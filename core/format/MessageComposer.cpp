@@ -22,10 +22,10 @@ namespace Larkhaven::MessageComposer {
 
 namespace {
 
-QString tr(const char* text)
-{
-    return QCoreApplication::translate("MessageComposer", text);
-}
+/// The texts of this file.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(MessageComposer)
+};
 
 // --- Replies and forwards
 
@@ -90,9 +90,9 @@ QString forwardSubject(const QString& subject)
 QString quotedReply(const QString& body, const std::optional<QString>& senderName,
                     const std::optional<QString>& senderAddress, const std::optional<QDateTime>& date)
 {
-    const QString writer = senderAddress ? shownAddress(senderName, *senderAddress) : tr("someone");
+    const QString writer = senderAddress ? shownAddress(senderName, *senderAddress) : Texts::tr("someone");
     const QString dateText = date && date->isValid() ? mediumDate(*date) : QString();
-    QString reply = "\n\n"_L1 + tr("On %1, %2 wrote:").arg(dateText, writer);
+    QString reply = "\n\n"_L1 + Texts::tr("On %1, %2 wrote:").arg(dateText, writer);
     reply.reserve(reply.size() + body.size() + 3 * (body.count(u'\n') + 1));
     for (const QStringView line : QStringView(body).tokenize(u'\n')) {
         reply += "\n> "_L1;
@@ -103,12 +103,12 @@ QString quotedReply(const QString& body, const std::optional<QString>& senderNam
 
 QString forwardBody(const MIMEHeaders& headers, const QString& body)
 {
-    QString head = "\n\n"_L1 + tr("---------- Forwarded message ---------") + u'\n';
-    head += tr("From: %1").arg(shownAddresses(headers.from())) + u'\n';
+    QString head = "\n\n"_L1 + Texts::tr("---------- Forwarded message ---------") + u'\n';
+    head += Texts::tr("From: %1").arg(shownAddresses(headers.from())) + u'\n';
     if (const std::optional<QDateTime> date = headers.date())
-        head += tr("Date: %1").arg(MailDate::format(*date)) + u'\n';
-    head += tr("Subject: %1").arg(oneLine(headers.subject())) + u'\n';
-    head += tr("To: %1").arg(shownAddresses(headers.to())) + "\n\n"_L1;
+        head += Texts::tr("Date: %1").arg(MailDate::format(*date)) + u'\n';
+    head += Texts::tr("Subject: %1").arg(oneLine(headers.subject())) + u'\n';
+    head += Texts::tr("To: %1").arg(shownAddresses(headers.to())) + "\n\n"_L1;
     return head + body;
 }
 

@@ -8,6 +8,11 @@ namespace Larkhaven {
 
 namespace {
 
+/// The texts of this file.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(HTTPError)
+};
+
 auto named(QByteArrayView name)
 {
     return [name](const HTTPRequest::Header& header) {
@@ -38,20 +43,19 @@ bool HTTPError::mayHaveArrived() const
 
 QString HTTPError::localizedText() const
 {
-    const auto tr = [](const char* text) { return QCoreApplication::translate("HTTPError", text); };
     switch (m_kind) {
     case Kind::badURL:
-        return tr("The address of the service can’t be used.");
+        return Texts::tr("The address of the service can’t be used.");
     case Kind::unreachable:
-        return tr("No connection to %1 could be made.").arg(m_host);
+        return Texts::tr("No connection to %1 could be made.").arg(m_host);
     case Kind::untrusted:
-        return tr("The identity of %1 couldn’t be verified.").arg(m_host);
+        return Texts::tr("The identity of %1 couldn’t be verified.").arg(m_host);
     case Kind::timedOut:
-        return tr("%1 stopped responding.").arg(m_host);
+        return Texts::tr("%1 stopped responding.").arg(m_host);
     case Kind::tooLarge:
-        return tr("The answer of %1 was too large.").arg(m_host);
+        return Texts::tr("The answer of %1 was too large.").arg(m_host);
     case Kind::broken:
-        return tr("The connection to %1 broke off.").arg(m_host);
+        return Texts::tr("The connection to %1 broke off.").arg(m_host);
     }
     return {};
 }

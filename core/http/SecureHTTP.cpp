@@ -17,6 +17,11 @@ namespace Larkhaven::SecureHTTP {
 
 namespace {
 
+/// The texts of this file.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(SecureHTTP)
+};
+
 constexpr qsizetype searchedForLimit = 4000; ///< bytes of a body
 constexpr qsizetype longestMessage = 500;    ///< bytes
 /// A longer body, in bytes, isn't read for a message.
@@ -70,8 +75,7 @@ QString firstPart(const QByteArray& body)
 Task<HTTPResponse> send(HTTPRequest request, std::stop_token stop)
 {
     if (!isHTTPS(request.url))
-        throw MailError::protocolError(
-            QCoreApplication::translate("SecureHTTP", "Refusing non-HTTPS request"));
+        throw MailError::protocolError(Texts::tr("Refusing non-HTTPS request"));
     const RedirectGuard guard(request.url);
     for (int redirects = 0;; ++redirects) {
         HTTPResponse response = co_await HTTPSession::shared().perform(request, stop);

@@ -7,16 +7,24 @@
 
 namespace Larkhaven {
 
+namespace {
+
+/// The texts of this file.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(KeychainBackend)
+};
+
+} // namespace
+
 std::optional<QString> KeychainBackend::message(KeychainStatus status) const
 {
-    const auto tr = [](const char* text) { return QCoreApplication::translate("KeychainBackend", text); };
     switch (status) {
     case KeychainStatus::itemNotFound:
-        return tr("The item isn't in the keyring.");
+        return Texts::tr("The item isn't in the keyring.");
     case KeychainStatus::notAvailable:
-        return tr("No keyring is running in this session.");
+        return Texts::tr("No keyring is running in this session.");
     case KeychainStatus::interactionNotAllowed:
-        return tr("The keyring is locked.");
+        return Texts::tr("The keyring is locked.");
     case KeychainStatus::success:
     case KeychainStatus::failed:
         break;

@@ -13,6 +13,11 @@ namespace Larkhaven::TLSTrust {
 
 namespace {
 
+/// The texts of this file.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(TLSTrust)
+};
+
 QList<QSslCertificate> environmentAuthorities()
 {
     QList<QSslCertificate> authorities;
@@ -49,7 +54,6 @@ QSslConfiguration configuration()
 
 QString refusalText(const QString& host, const QList<QSslError>& errors)
 {
-    const auto tr = [](const char* text) { return QCoreApplication::translate("TLSTrust", text); };
     const auto has = [&](std::initializer_list<QSslError::SslError> kinds) {
         return std::ranges::any_of(errors, [&](const QSslError& error) {
             return std::ranges::find(kinds, error.error()) != kinds.end();
@@ -60,15 +64,15 @@ QString refusalText(const QString& host, const QList<QSslError>& errors)
     if (has({SelfSignedCertificate, SelfSignedCertificateInChain, UnableToGetLocalIssuerCertificate,
              UnableToGetIssuerCertificate, UnableToVerifyFirstCertificate, CertificateUntrusted,
              NoPeerCertificate}))
-        return tr("The certificate of %1 was issued by an authority that this computer doesn't trust.")
+        return Texts::tr("The certificate of %1 was issued by an authority that this computer doesn't trust.")
             .arg(host);
     if (has({CertificateExpired}))
-        return tr("The certificate of %1 has expired.").arg(host);
+        return Texts::tr("The certificate of %1 has expired.").arg(host);
     if (has({CertificateNotYetValid}))
-        return tr("The certificate of %1 isn't valid yet.").arg(host);
+        return Texts::tr("The certificate of %1 isn't valid yet.").arg(host);
     if (has({HostNameMismatch}))
-        return tr("The certificate that %1 presented belongs to another server.").arg(host);
-    return tr("The certificate of %1 can't be trusted: %2").arg(host, errors.first().errorString());
+        return Texts::tr("The certificate that %1 presented belongs to another server.").arg(host);
+    return Texts::tr("The certificate of %1 can't be trusted: %2").arg(host, errors.first().errorString());
 }
 
 } // namespace Larkhaven::TLSTrust

@@ -4,6 +4,7 @@
 #include "domain/Text.h"
 #include "platform/Tasks.h"
 #include "protocols/ResponseTooLarge.h"
+#include "protocols/StreamTransport.h"
 #include "protocols/TransportCloser.h"
 
 #include <QCoreApplication>
@@ -18,9 +19,18 @@ namespace Larkhaven {
 
 namespace {
 
-QString tr(const char* text)
+/// The texts of this file.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(IMAPClient)
+};
+
+/// The failure of a connection before its first word, with the other security where there is no TLS.
+[[noreturn]] void failAtGreeting(const StreamError& error)
 {
-    return QCoreApplication::translate("IMAPClient", text);
+    if (!error.isWithoutTLS())
+        throw error;
+    throw MailError::unsupported(error.localizedText() + u' ' +
+                                 Texts::tr("Try STARTTLS (usually port 143)."));
 }
 
 IMAPArg quoted(const QString& text)
@@ -207,7 +217,11 @@ Task<std::shared_ptr<IMAPClient>> IMAPClient::connect(ServerSettings settings, M
 
 Task<> IMAPClient::open(ServerSettings settings, MailAuth auth)
 {
-    co_await readGreeting();
+    try {
+        co_await readGreeting();
+    } catch (const StreamError& error) {
+        failAtGreeting(error);
+    }
     co_await refreshCapabilities();
     if (settings.imapSecurity == ConnectionSecurity::startTLS)
         co_await upgradeToTLS(settings.imapHost);
@@ -225,18 +239,18 @@ Task<> IMAPClient::readGreeting()
     const QList<QByteArray> pieces(1, line);
     const IMAPResponse greeting = co_await parsed(pieces);
     if (!greeting.isNamed("OK"_L1) && !greeting.isNamed("PREAUTH"_L1))
-        throw MailError::protocolError(tr("The IMAP server refused the connection."));
+        throw MailError::protocolError(Texts::tr("The IMAP server refused the connection."));
 }
 
 Task<> IMAPClient::upgradeToTLS(QString host)
 {
     if (!m_capabilities.contains(u"STARTTLS"_s))
         throw MailError::unsupported(
-            tr("%1 doesn't offer STARTTLS. Try SSL/TLS (usually port 993).").arg(host));
+            Texts::tr("%1 doesn't offer STARTTLS. Try SSL/TLS (usually port 993).").arg(host));
     co_await execute(command(u"STARTTLS"_s));
     // Whoever sits in the middle may have sent more in the clear, to be read as if it had come through TLS.
     if (m_reader.hasBufferedBytes())
-        throw MailError::protocolError(tr("Unexpected data before TLS."));
+        throw MailError::protocolError(Texts::tr("Unexpected data before TLS."));
     co_await m_reader.transport().startTLS();
     co_await refreshCapabilities();
 }
@@ -245,7 +259,7 @@ Task<> IMAPClient::signIn(QString username, QString password)
 {
     const bool hasPlain = m_capabilities.contains(u"AUTH=PLAIN"_s);
     if (!hasPlain && m_capabilities.contains(u"LOGINDISABLED"_s))
-        throw MailError::unsupported(tr("The server doesn't accept password sign-in."));
+        throw MailError::unsupported(Texts::tr("The server doesn't accept password sign-in."));
     try {
         if (hasPlain) {
             const QByteArray response = '\0' + username.toUtf8() + '\0' + password.toUtf8();
@@ -263,7 +277,7 @@ Task<> IMAPClient::signIn(QString username, QString password)
 Task<> IMAPClient::signInWithToken(QString username, std::shared_ptr<TokenSource> manager)
 {
     if (!m_capabilities.contains(u"AUTH=XOAUTH2"_s))
-        throw MailError::unsupported(tr("The server doesn't accept OAuth sign-in."));
+        throw MailError::unsupported(Texts::tr("The server doesn't accept OAuth sign-in."));
     for (const bool forceRefresh : {false, true}) {
         const QString token = co_await manager->validToken(forceRefresh);
         try {
@@ -381,7 +395,7 @@ Task<IMAPResponse> IMAPClient::readResponse()
         addPiece(pieces, block);
         size += block.size();
         if (size > IMAPResponse::sizeLimit)
-            throw ResponseTooLarge(tr("Server response too large."));
+            throw ResponseTooLarge(Texts::tr("Server response too large."));
     }
     IMAPResponse response = co_await parsed(pieces);
     ++m_answer.responses;
@@ -395,7 +409,7 @@ void IMAPClient::checkAnswer() const
 {
     if (m_answer.size > answerSizeLimit || m_answer.responses > answerResponseLimit ||
         m_answer.values > answerValueLimit)
-        throw ResponseTooLarge(tr("Server response too large."));
+        throw ResponseTooLarge(Texts::tr("Server response too large."));
 }
 
 Task<IMAPResponse> IMAPClient::parsed(QList<QByteArray> pieces)

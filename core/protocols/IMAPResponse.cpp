@@ -14,9 +14,14 @@ namespace Larkhaven {
 
 namespace {
 
+/// The texts of this file.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(IMAPResponse)
+};
+
 MailError protocolError(const char* text)
 {
-    return MailError::protocolError(QCoreApplication::translate("IMAPResponse", text));
+    return MailError::protocolError(Texts::tr(text));
 }
 
 constexpr const char* tooLarge = QT_TRANSLATE_NOOP("IMAPResponse", "Server response too large.");

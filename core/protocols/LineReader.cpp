@@ -8,6 +8,15 @@
 
 namespace Larkhaven {
 
+namespace {
+
+/// The texts of this file.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(LineReader)
+};
+
+} // namespace
+
 Task<> LineReader::receiveMore(qsizetype expected)
 {
     const QByteArray chunk = co_await m_transport->receive();
@@ -32,8 +41,7 @@ Task<QByteArray> LineReader::readLine()
         }
         searched = m_buffer.size() - m_offset;
         if (searched > lineLimit)
-            throw MailError::protocolError(
-                QCoreApplication::translate("LineReader", "Server response too long."));
+            throw MailError::protocolError(Texts::tr("Server response too long."));
         co_await receiveMore(0);
     }
 }
@@ -41,7 +49,7 @@ Task<QByteArray> LineReader::readLine()
 Task<QByteArray> LineReader::readBytes(qsizetype count)
 {
     if (count > blockLimit)
-        throw ResponseTooLarge(QCoreApplication::translate("LineReader", "Server response too large."));
+        throw ResponseTooLarge(Texts::tr("Server response too large."));
     if (m_buffer.size() - m_offset >= count) {
         const QByteArray block = m_buffer.sliced(m_offset, count);
         m_offset += count;

@@ -3,6 +3,7 @@
 #include "domain/MailError.h"
 #include "domain/Text.h"
 #include "platform/Tasks.h"
+#include "protocols/StreamTransport.h"
 #include "protocols/TransportCloser.h"
 
 #include <QCoreApplication>
@@ -16,9 +17,18 @@ namespace Larkhaven::SMTPClient {
 
 namespace {
 
-QString tr(const char* text)
+/// The texts of this file.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(SMTPClient)
+};
+
+/// The failure of a connection before its first word, with the other security where there is no TLS.
+[[noreturn]] void failAtGreeting(const StreamError& error)
 {
-    return QCoreApplication::translate("SMTPClient", text);
+    if (!error.isWithoutTLS())
+        throw error;
+    throw MailError::unsupported(error.localizedText() + u' ' +
+                                 Texts::tr("Try STARTTLS (usually port 587)."));
 }
 
 constexpr std::array ready{220};
@@ -81,7 +91,8 @@ void check(const Reply& reply, Session::Codes expected)
     if (std::ranges::find(expected, reply.code) != expected.end())
         return;
     const QString text = Text::prefix(reply.lines.join(u' '), errorTextLimit);
-    throw MailError::protocolError(tr("The mail server said: %1 %2").arg(QString::number(reply.code), text));
+    throw MailError::protocolError(
+        Texts::tr("The mail server said: %1 %2").arg(QString::number(reply.code), text));
 }
 
 Task<QByteArray> stuffed(QByteArray data)
@@ -126,7 +137,7 @@ QString validateAddress(const QString& address)
                          std::none_of(address.cbegin(), address.cbegin() + at, isSeparator) &&
                          std::none_of(address.cbegin() + at + 1, address.cend(), isSeparator);
     if (!isValid)
-        throw MailError::unsupported(tr("“%1” isn’t a valid email address.").arg(address));
+        throw MailError::unsupported(Texts::tr("“%1” isn’t a valid email address.").arg(address));
     return address;
 }
 
@@ -160,7 +171,7 @@ Task<QList<QString>> Session::command(QString text, Codes expected)
 {
     // Nothing from outside can thus become a second command.
     if (text.contains(u'\r') || text.contains(u'\n'))
-        throw MailError::protocolError(tr("Invalid SMTP command."));
+        throw MailError::protocolError(Texts::tr("Invalid SMTP command."));
     co_await m_reader.transport().send(text.toUtf8() + "\r\n");
     QList<QString> lines = co_await expect(expected);
     co_return lines;
@@ -184,10 +195,10 @@ Task<Reply> Session::readReply()
         const QString line = Text::fromRepairedUTF8(bytes);
         const auto isDigit = [](QChar character) { return character >= u'0' && character <= u'9'; };
         if (line.size() < codeSize || !std::ranges::all_of(QStringView(line).first(codeSize), isDigit))
-            throw MailError::protocolError(tr("Unexpected SMTP reply."));
+            throw MailError::protocolError(Texts::tr("Unexpected SMTP reply."));
         size += bytes.size();
         if (reply.lines.size() == replyLineLimit || size > replySizeLimit)
-            throw MailError::protocolError(tr("SMTP reply too long."));
+            throw MailError::protocolError(Texts::tr("SMTP reply too long."));
         reply.code = QStringView(line).first(codeSize).toInt();
         reply.lines.append(line.sliced(std::min(codeSize + 1, line.size())));
         if (line.size() == codeSize || line[codeSize] != u'-')
@@ -197,7 +208,11 @@ Task<Reply> Session::readReply()
 
 Task<> Session::open(ServerSettings settings, MailAuth auth)
 {
-    co_await expect(ready);
+    try {
+        co_await expect(ready);
+    } catch (const StreamError& error) {
+        failAtGreeting(error);
+    }
     co_await greet();
     if (settings.smtpSecurity == ConnectionSecurity::startTLS)
         co_await upgradeToTLS(settings.smtpHost);
@@ -229,11 +244,11 @@ Task<> Session::upgradeToTLS(QString host)
         m_offers, [](const QString& offer) { return Text::asciiUppered(offer) == "STARTTLS"_L1; });
     if (!isOffered)
         throw MailError::unsupported(
-            tr("%1 doesn't offer STARTTLS. Try SSL/TLS (usually port 465).").arg(host));
+            Texts::tr("%1 doesn't offer STARTTLS. Try SSL/TLS (usually port 465).").arg(host));
     co_await command(u"STARTTLS"_s, ready);
     // Whoever sits in the middle may have sent more in the clear, to be read as if it had come through TLS.
     if (m_reader.hasBufferedBytes())
-        throw MailError::protocolError(tr("Unexpected data before TLS."));
+        throw MailError::protocolError(Texts::tr("Unexpected data before TLS."));
     co_await m_reader.transport().startTLS();
     // What the server said before TLS counts for nothing.
     co_await greet();
@@ -243,7 +258,7 @@ Task<> Session::signIn(ServerSettings settings, QString password, QString mechan
 {
     const bool hasPlain = hasMechanism(mechanisms, "PLAIN"_L1);
     if (!hasPlain && !hasMechanism(mechanisms, "LOGIN"_L1))
-        throw MailError::unsupported(tr("%1 doesn't accept password sign-in.").arg(settings.smtpHost));
+        throw MailError::unsupported(Texts::tr("%1 doesn't accept password sign-in.").arg(settings.smtpHost));
     try {
         if (hasPlain) {
             const QString credential = QChar(u'\0') + settings.username + QChar(u'\0') + password;
@@ -264,7 +279,7 @@ Task<> Session::signInWithToken(ServerSettings settings, std::shared_ptr<TokenSo
                                 QString mechanisms)
 {
     if (!hasMechanism(mechanisms, "XOAUTH2"_L1))
-        throw MailError::unsupported(tr("%1 doesn't accept OAuth sign-in.").arg(settings.smtpHost));
+        throw MailError::unsupported(Texts::tr("%1 doesn't accept OAuth sign-in.").arg(settings.smtpHost));
     for (const bool forceRefresh : {false, true}) {
         const QString token = co_await manager->validToken(forceRefresh);
         const int code = co_await tryToken(xoauth2Payload(settings.username, token));
@@ -310,7 +325,7 @@ QString Session::senderParameters(const QList<QString>& addresses, const QByteAr
         return {};
     if (!offers("SMTPUTF8"_L1))
         throw MailError::unsupported(
-            tr("“%1” has letters that this mail server doesn’t take in addresses.").arg(*foreign));
+            Texts::tr("“%1” has letters that this mail server doesn’t take in addresses.").arg(*foreign));
     return offers("8BITMIME"_L1) && !isASCII(data) ? u" SMTPUTF8 BODY=8BITMIME"_s : u" SMTPUTF8"_s;
 }
 

@@ -11,14 +11,20 @@
 #include <array>
 #include <limits>
 
+using namespace Qt::StringLiterals;
+
 namespace Larkhaven {
 
 namespace {
 
-QString tr(const char* text)
-{
-    return QCoreApplication::translate("StreamTransport", text);
-}
+/// The texts of this file.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(StreamTransport)
+};
+
+/// How OpenSSL numbers its failures to read a record where none was sent: a wrong version, a length beyond
+/// bounds, and what looks like HTTP. Their words depend on its version.
+constexpr std::array<QLatin1StringView, 3> noRecord{"0A00010B"_L1, "0A0000C6"_L1, "0A00009C"_L1};
 
 bool isOfTLS(QAbstractSocket::SocketError error)
 {
@@ -76,6 +82,8 @@ void StreamTransport::connectToHost(int port, bool implicitTLS)
     // What a server sends faster than it is read stays in the network.
     socket->setReadBufferSize(maximumRead);
     m_wantsTLS = implicitTLS;
+    m_beginsWithTLS = implicitTLS;
+    m_port = port;
     if (port < 1 || port > std::numeric_limits<quint16>::max()) {
         m_isDead = true;
         return;
@@ -132,10 +140,25 @@ void StreamTransport::failWithSocketError()
     const QAbstractSocket::SocketError code = m_socket->error();
     if (code == QAbstractSocket::RemoteHostClosedError)
         fail(MailError::connectionClosed());
+    if (code == QAbstractSocket::SslHandshakeFailedError && m_certificateErrors.isEmpty() && !m_isOpen)
+        fail(handshakeError());
     const QString text = m_certificateErrors.isEmpty()
                              ? QStringLiteral("%1: %2").arg(m_host, m_socket->errorString())
                              : TLSTrust::refusalText(m_host, m_certificateErrors);
     fail(StreamError(code, text, m_isOpen ? StreamError::Stage::open : StreamError::Stage::opening));
+}
+
+StreamError StreamTransport::handshakeError() const
+{
+    const QString reason = m_socket->errorString();
+    const bool isNoRecord = std::ranges::any_of(
+        noRecord, [&reason](QLatin1StringView number) { return reason.contains(number); });
+    constexpr auto code = QAbstractSocket::SslHandshakeFailedError;
+    if (m_beginsWithTLS && isNoRecord)
+        return {code, Texts::tr("%1 doesn’t speak SSL/TLS on port %2.").arg(m_host, QString::number(m_port)),
+                StreamError::Stage::withoutTLS};
+    return {code, Texts::tr("No secure connection to %1 could be made on port %2.")
+                      .arg(m_host, QString::number(m_port))};
 }
 
 bool StreamTransport::hasEnded() const
@@ -231,7 +254,7 @@ Task<> StreamTransport::startTLS()
     // What the system has received and the socket has not fetched yet counts as well.
     m_socket->waitForReadyRead(0);
     if (hasReadableBytes())
-        fail(MailError::protocolError(tr("Unexpected data before TLS.")));
+        fail(MailError::protocolError(Texts::tr("Unexpected data before TLS.")));
     checkAlive();
     m_wantsTLS = true;
     m_isOpen = false;

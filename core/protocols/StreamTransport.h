@@ -19,8 +19,9 @@ namespace Larkhaven {
 class StreamError : public LocalizedError {
 public:
     enum class Stage {
-        opening, ///< the connection never stood, or its TLS
-        open,    ///< it stood: the failure means that it is lost
+        opening,    ///< the connection never stood, or its TLS
+        withoutTLS, ///< the same, because what the server says is no TLS
+        open,       ///< it stood: the failure means that it is lost
     };
     StreamError(QAbstractSocket::SocketError code, QString text, Stage stage = Stage::opening)
         : m_code(code)
@@ -32,6 +33,8 @@ public:
     bool isConnectionLost() const override { return m_stage == Stage::open; }
     /// What goes wrong with TLS is the server's, and has words of its own.
     bool isUnreachable() const override;
+    /// Whether TLS was to begin with the first byte, and the server speaks something else there.
+    bool isWithoutTLS() const { return m_stage == Stage::withoutTLS; }
 
 private:
     QAbstractSocket::SocketError m_code;
@@ -90,13 +93,18 @@ private:
         void operator()(QSslSocket* socket) const;
     };
 
+    /// The failure of a handshake that no certificate is to blame for.
+    StreamError handshakeError() const;
+
     QString m_host;
+    int m_port = 0;
     std::chrono::milliseconds m_timeout;
     std::chrono::milliseconds m_receiveTimeout;
     std::unique_ptr<QSslSocket, DeleteLater> m_socket;
     Wakeup m_wakeup;
     QList<QSslError> m_certificateErrors;
     bool m_wantsTLS = false;
+    bool m_beginsWithTLS = false;
     bool m_isOpen = false;    ///< the connection has stood, in TLS where it is wanted
     bool m_hasFailed = false; ///< of TLS, though the connection below it may stand
     bool m_isFlushed = true;  ///< the system has all that was written

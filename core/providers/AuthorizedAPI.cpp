@@ -16,10 +16,10 @@ namespace {
 /// From this size on, in bytes, an answer is read on a worker.
 constexpr qsizetype longAnswer = 64 * 1024;
 
-QString tr(const char* text)
-{
-    return QCoreApplication::translate("AuthorizedAPI", text);
-}
+/// The texts of this file.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(AuthorizedAPI)
+};
 
 bool isMailError(const std::exception_ptr& failure, MailError::Kind kind)
 {
@@ -53,7 +53,7 @@ QJsonObject readObject(const QByteArray& body)
         return {};
     const QJsonDocument answer = QJsonDocument::fromJson(body);
     if (!answer.isObject())
-        throw DecodingError(tr("The answer of the mail service can’t be read."));
+        throw DecodingError(Texts::tr("The answer of the mail service can’t be read."));
     return answer.object();
 }
 
@@ -75,16 +75,16 @@ QByteArray AuthorizedAPI::url(const Request& request) const
 {
     if (request.path.startsWith("https://")) {
         if (!isURL(request.path) || writtenHost(request.path) != writtenHost(m_base))
-            throw MailError::protocolError(tr("Unexpected host"));
+            throw MailError::protocolError(Texts::tr("Unexpected host"));
         return request.path;
     }
     QByteArray text = m_base + '/' + request.path;
     if (!isURL(text))
-        throw MailError::protocolError(tr("Bad request path"));
+        throw MailError::protocolError(Texts::tr("Bad request path"));
     if (!request.query.isEmpty())
         text += '?' + SecureHTTP::query(request.query);
     if (!isURL(text))
-        throw MailError::protocolError(tr("Bad request URL"));
+        throw MailError::protocolError(Texts::tr("Bad request URL"));
     return text;
 }
 

@@ -1,11 +1,11 @@
 #include "providers/GmailMessage.h"
 
+#include "domain/Mailbox.h"
 #include "domain/Text.h"
 #include "format/MailDate.h"
 #include "providers/SummaryFields.h"
 #include "safety/HTMLSanitizer.h"
 
-#include <QCoreApplication>
 #include <QJsonArray>
 
 #include <algorithm>
@@ -17,11 +17,6 @@ using namespace Qt::StringLiterals;
 namespace Larkhaven::GmailMessage {
 
 namespace {
-
-QString tr(const char* text)
-{
-    return QCoreApplication::translate("Mailbox", text);
-}
 
 /// The first header of that name, in whatever case.
 QString header(const QJsonArray& headers, QStringView name)
@@ -97,16 +92,16 @@ QString mailboxText(const QList<QString>& labelIDs)
 {
     struct Place {
         QLatin1StringView label;
-        const char* name;
+        Mailbox role;
     };
-    constexpr std::array<Place, 5> places{{{SystemLabel::trash, "Trash"},
-                                           {SystemLabel::spam, "Spam"},
-                                           {SystemLabel::draft, "Drafts"},
-                                           {SystemLabel::inbox, "Inbox"},
-                                           {SystemLabel::sent, "Sent"}}};
+    constexpr std::array<Place, 5> places{{{SystemLabel::trash, Mailbox::trash},
+                                           {SystemLabel::spam, Mailbox::spam},
+                                           {SystemLabel::draft, Mailbox::drafts},
+                                           {SystemLabel::inbox, Mailbox::inbox},
+                                           {SystemLabel::sent, Mailbox::sent}}};
     for (const Place& place : places) {
         if (labelIDs.contains(place.label))
-            return tr(place.name);
+            return name(place.role, ProviderKind::google);
     }
     QStringList own;
     for (const QString& label : labelIDs) {
@@ -114,7 +109,7 @@ QString mailboxText(const QList<QString>& labelIDs)
             own.append(label);
     }
     std::ranges::sort(own);
-    return own.isEmpty() ? tr("All Mail") : own.join(u',');
+    return own.isEmpty() ? name(Mailbox::archive, ProviderKind::google) : own.join(u',');
 }
 
 QStringList labelsIn(const QString& mailboxText)

@@ -23,6 +23,11 @@ using GmailRequest::get;
 
 namespace {
 
+/// The texts of this file.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(GmailProvider)
+};
+
 /// The longest page of the listing and of the history that the service gives.
 const QString longestPage = u"500"_s;
 
@@ -107,8 +112,7 @@ Task<QString> GmailProvider::profileAddress(std::shared_ptr<TokenSource> tokens,
     const QJsonObject profile = co_await api.requestJSON(get("profile"), stop);
     const QString address = profile["emailAddress"_L1].toString();
     if (address.isEmpty())
-        throw MailError::protocolError(
-            QCoreApplication::translate("GmailProvider", "No email in Gmail profile"));
+        throw MailError::protocolError(Texts::tr("No email in Gmail profile"));
     co_return QString(address);
 }
 
@@ -368,8 +372,7 @@ Task<> GmailProvider::takeBaseline()
     const QJsonObject profile = co_await m_api.requestJSON(get("profile", query));
     const QString position = profile["historyId"_L1].toString();
     if (position.isEmpty())
-        throw MailError::protocolError(
-            QCoreApplication::translate("GmailProvider", "No history in Gmail profile"));
+        throw MailError::protocolError(Texts::tr("No history in Gmail profile"));
     m_state.setBaseline(position);
     co_await m_state.persist();
 }

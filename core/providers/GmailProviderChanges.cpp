@@ -20,10 +20,10 @@ namespace SystemLabel = GmailMessage::SystemLabel;
 
 namespace {
 
-QString tr(const char* text)
-{
-    return QCoreApplication::translate("GmailProvider", text);
-}
+/// The texts of this file.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(GmailProvider)
+};
 
 /// The name without blanks around its components, and without empty ones.
 QString normalizedLabelName(const QString& name)
@@ -35,7 +35,7 @@ QString normalizedLabelName(const QString& name)
             components.append(trimmed.toString());
     }
     if (components.isEmpty())
-        throw MailError::unsupported(tr("Please enter a name."));
+        throw MailError::unsupported(Texts::tr("Please enter a name."));
     return components.join(u'/');
 }
 
@@ -153,7 +153,7 @@ Task<MailLabel> GmailProvider::createLabel(QString name)
     const QJsonObject made = co_await postLabel(path);
     MailLabel label{made["id"_L1].toString(), path};
     if (label.id.isEmpty())
-        throw MailError::protocolError(tr("Gmail didn't return the new label."));
+        throw MailError::protocolError(Texts::tr("Gmail didn't return the new label."));
     m_labelNames.insert(label.id, label.path);
     co_return label;
 }

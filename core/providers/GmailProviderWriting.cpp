@@ -25,10 +25,10 @@ using GmailRequest::get;
 
 namespace {
 
-QString tr(const char* text)
-{
-    return QCoreApplication::translate("GmailProvider", text);
-}
+/// The texts of this file.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(GmailProvider)
+};
 
 /// A message of 50 MB, the largest that Gmail has, in base64, with room to spare.
 constexpr qsizetype longestRawAnswer = 128 * 1024 * 1024;
@@ -44,7 +44,7 @@ QByteArray rawContent(const QByteArray& answer)
     const std::optional<QByteArray> bytes =
         raw.isString() ? MailEncoding::base64URLDecode(raw.toString()) : std::nullopt;
     if (!bytes)
-        throw MailError::protocolError(tr("Message has no raw content"));
+        throw MailError::protocolError(Texts::tr("Message has no raw content"));
     return *bytes;
 }
 

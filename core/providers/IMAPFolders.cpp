@@ -13,19 +13,19 @@ namespace Larkhaven {
 
 namespace {
 
-QString tr(const char* text)
-{
-    return QCoreApplication::translate("IMAPProvider", text);
-}
+/// The texts of this file.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(IMAPFolders)
+};
 
 /// A name is refused before the server is asked to change anything.
 void checkName(const QString& path, const QString& delimiter)
 {
     switch (IMAPMailboxes::naming(path, delimiter)) {
     case IMAPMailboxes::Naming::empty:
-        throw MailError::unsupported(tr("Please enter a name."));
+        throw MailError::unsupported(Texts::tr("Please enter a name."));
     case IMAPMailboxes::Naming::holdsDelimiter:
-        throw MailError::unsupported(tr("A folder name can’t contain “%1”.").arg(delimiter));
+        throw MailError::unsupported(Texts::tr("A folder name can’t contain “%1”.").arg(delimiter));
     case IMAPMailboxes::Naming::good:
         break;
     }
@@ -82,7 +82,7 @@ Task<QString> IMAPFolders::require(Mailbox role, Client client, Missing missing)
     QString mailbox = found.value_or(QString());
     if (!found && missing == Missing::refuse)
         throw MailError::unsupported(
-            tr("This account has no %1 mailbox.").arg(name(role, ProviderKind::imap)));
+            Texts::tr("This account has no %1 mailbox.").arg(name(role, ProviderKind::imap)));
     if (!found) {
         co_await knowNamespaces(client);
         const QList<IMAPMailboxes::Place> places =

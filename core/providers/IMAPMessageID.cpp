@@ -11,6 +11,11 @@ namespace Larkhaven {
 
 namespace {
 
+/// The texts of this file.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(IMAPMessageID)
+};
+
 /// A number in the one form that `QString::number` gives, not below 0.
 std::optional<qint64> canonicalNumber(const QString& text)
 {
@@ -65,13 +70,12 @@ QList<IMAPMessageGroup> grouped(const QList<QString>& ids)
 
 MailError unknownMessage()
 {
-    return MailError::protocolError(QCoreApplication::translate("IMAPProvider", "Unknown message."));
+    return MailError::protocolError(Texts::tr("Unknown message."));
 }
 
 MailError goneFromServer()
 {
-    return MailError::unsupported(
-        QCoreApplication::translate("IMAPProvider", "This message is no longer on the server."));
+    return MailError::unsupported(Texts::tr("This message is no longer on the server."));
 }
 
 } // namespace IMAPMessageIDs

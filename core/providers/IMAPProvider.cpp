@@ -6,7 +6,6 @@
 #include "platform/Tasks.h"
 #include "protocols/ResponseTooLarge.h"
 #include "protocols/SMTPClient.h"
-#include "providers/ConnectionTrial.h"
 
 #include <QCoreApplication>
 #include <QUuid>
@@ -21,10 +20,10 @@ namespace Larkhaven {
 
 namespace {
 
-QString tr(const char* text)
-{
-    return QCoreApplication::translate("IMAPProvider", text);
-}
+/// The texts of this file.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(IMAPProvider)
+};
 
 /// A destination that needs no search.
 Task<QString> given(QString wireName)
@@ -80,7 +79,7 @@ std::shared_ptr<IMAPProvider> IMAPProvider::create(Account account, MailAuth aut
                                                    std::shared_ptr<MailCache> cache, TransportFactory factory)
 {
     if (!account.server)
-        throw MailError::unsupported(tr("Missing server settings."));
+        throw MailError::unsupported(Texts::tr("Missing server settings."));
     return std::shared_ptr<IMAPProvider>(
         new IMAPProvider(std::move(account), std::move(auth), std::move(cache), std::move(factory)));
 }
@@ -330,9 +329,10 @@ Task<> IMAPProvider::moveToLabel(QList<QString> ids, MailLabel label)
 // --- Sending and drafts
 
 Task<> IMAPProvider::testConnection(ServerSettings settings, MailAuth auth, TransportFactory factory,
-                                    std::stop_token stop)
+                                    std::stop_token stop, ConnectionTrial::Progress progress)
 {
-    return ConnectionTrial::run(std::move(settings), std::move(auth), std::move(factory), std::move(stop));
+    return ConnectionTrial::run(std::move(settings), std::move(auth), std::move(factory), std::move(stop),
+                                std::move(progress));
 }
 
 Task<> IMAPProvider::send(OutgoingMessage message, std::optional<QString> draftID)
@@ -470,7 +470,8 @@ Task<> IMAPProvider::deleteLabel(MailLabel label)
 
 Task<> IMAPProvider::setLabel(MailLabel, bool, QList<QString>)
 {
-    throw MailError::unsupported(tr("Labels can't be added to messages in this account; use Move To."));
+    throw MailError::unsupported(
+        Texts::tr("Labels can't be added to messages in this account; use Move To."));
     co_return;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "domain/MailProvider.h"
+#include "providers/ConnectionTrial.h"
 #include "providers/IMAPConnection.h"
 #include "providers/IMAPCounts.h"
 #include "providers/IMAPFolders.h"
@@ -36,9 +37,9 @@ public:
 
     /// Proves that both servers take the settings and the credential. A failure of either passes on as it is.
     /// A requested stop, from any thread, ends it at once with `MailError::cancelled`, whatever it waits for,
-    /// and closes its connection.
+    /// and closes its connection. `progress` hears which of the servers is asked.
     static Task<> testConnection(ServerSettings settings, MailAuth auth, TransportFactory factory,
-                                 std::stop_token stop = {});
+                                 std::stop_token stop = {}, ConnectionTrial::Progress progress = {});
 
     using MailProvider::saveDraft;
     using MailProvider::send;

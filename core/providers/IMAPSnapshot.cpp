@@ -3,7 +3,6 @@
 #include "domain/Coding.h"
 #include "providers/IMAPMessageID.h"
 
-#include <QCoreApplication>
 #include <QJsonDocument>
 #include <QMap>
 
@@ -26,9 +25,7 @@ IMAPBox decodedBox(const QString& mailbox, const QJsonObject& object)
         bool isNumber = false;
         const qint64 uid = entry.key().toLongLong(&isNumber);
         if (!isNumber)
-            throw DecodingError(
-                QCoreApplication::translate("DecodingError", "The stored value “%1” can't be read.")
-                    .arg("messages"_L1));
+            throw Coding::unreadable("messages"_L1);
         const MessageSummary summary = MessageSummary::fromJSON(Coding::object(entry.value()));
         // A summary of another form of ids is fetched anew.
         if (summary.id == IMAPMessageID{uid, box.uidValidity, mailbox}.text())

@@ -15,6 +15,11 @@ using namespace Qt::StringLiterals;
 namespace Larkhaven::LinkCleaner {
 namespace {
 
+/// The texts of this file.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(LinkCleaner)
+};
+
 const QSet<QString>& trackingParameters()
 {
     static const QSet<QString> names{
@@ -213,20 +218,14 @@ QString Warning::message() const
 {
     switch (kind) {
     case Kind::mismatchedText:
-        return QCoreApplication::translate("LinkCleaner",
-                                           "The link text shows “%1” but it actually goes to “%2”.")
-            .arg(shown, actual);
+        return Texts::tr("The link text shows “%1” but it actually goes to “%2”.").arg(shown, actual);
     case Kind::punycode:
-        return QCoreApplication::translate(
-                   "LinkCleaner",
-                   "The address “%1” uses international characters that can imitate another site.")
+        return Texts::tr("The address “%1” uses international characters that can imitate another site.")
             .arg(host);
     case Kind::ipAddress:
-        return QCoreApplication::translate(
-                   "LinkCleaner", "The link points to a raw IP address (%1) instead of a named site.")
-            .arg(host);
+        return Texts::tr("The link points to a raw IP address (%1) instead of a named site.").arg(host);
     case Kind::insecure:
-        return QCoreApplication::translate("LinkCleaner", "The link is not encrypted (http).");
+        return Texts::tr("The link is not encrypted (http).");
     }
     return {};
 }

@@ -14,6 +14,11 @@ namespace Larkhaven {
 
 namespace {
 
+/// The texts of this file.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(CipherError)
+};
+
 struct ContextFree {
     void operator()(EVP_CIPHER_CTX* context) const { EVP_CIPHER_CTX_free(context); }
 };
@@ -66,9 +71,8 @@ std::optional<QByteArray> sealed(const QByteArray& key, const QByteArray& nonce,
 
 QString CipherError::localizedText() const
 {
-    return m_kind == Kind::incorrectParameterSize
-               ? QCoreApplication::translate("CipherError", "The stored data is too short.")
-               : QCoreApplication::translate("CipherError", "The stored data can't be opened.");
+    return m_kind == Kind::incorrectParameterSize ? Texts::tr("The stored data is too short.")
+                                                  : Texts::tr("The stored data can't be opened.");
 }
 
 AESGCMCipher::AESGCMCipher(QByteArray key)
@@ -82,7 +86,7 @@ QByteArray AESGCMCipher::seal(const QByteArray& plaintext) const
     const std::optional<QByteArray> nonce = randomBytes(nonceSize);
     const std::optional<QByteArray> box = nonce ? sealed(m_key, *nonce, plaintext) : std::nullopt;
     if (!box)
-        throw MailError::protocolError(QCoreApplication::translate("AESGCMCipher", "Encryption failed."));
+        throw MailError::protocolError(Texts::tr("Encryption failed."));
     return *box;
 }
 

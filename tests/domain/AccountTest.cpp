@@ -237,6 +237,8 @@ TEST(ServerSettings, HaveAPresetForEachFamily)
             email,           preset.imapHost, preset.imapPort,    preset.imapSecurity,
             preset.smtpHost, preset.smtpPort, preset.smtpSecurity};
         EXPECT_EQ(ServerSettings::preset(email), expected) << preset.domain.toStdString();
+        EXPECT_EQ(ServerSettings::isKnown(email), preset.domain != "other.example"_L1)
+            << preset.domain.toStdString();
     }
 }
 

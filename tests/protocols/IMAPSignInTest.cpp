@@ -1,5 +1,6 @@
 #include "IMAPDialogue.h"
 #include "protocols/IMAPClient.h"
+#include "protocols/StreamTransport.h"
 #include "support/Await.h"
 #include "support/IMAPScripts.h"
 #include "support/QtPrinters.h"
@@ -55,6 +56,21 @@ TEST(IMAPClient, RefusesAGreetingThatIsNone)
         expectProtocolError(connecting(server), u"The IMAP server refused the connection."_s);
         EXPECT_TRUE(server.connection(0).isClosed());
     }
+}
+
+TEST(IMAPClient, NamesTheOtherSecurityWhereTheServerSpeaksNoTLS)
+{
+    ScriptedServer server({Script("[WITHOUT TLS]")});
+    expectUnsupported(connecting(server), u"There is no TLS here. Try STARTTLS (usually port 143)."_s);
+    EXPECT_TRUE(server.connection(0).isClosed());
+    EXPECT_EQ(server.connection(0).sendCount(), 0);
+}
+
+TEST(IMAPClient, LeavesOtherFailuresOfAConnectionAsTheyAre)
+{
+    ScriptedServer server({Script("[REFUSED]")});
+    EXPECT_THROW(await(connecting(server)), StreamError);
+    EXPECT_TRUE(server.connection(0).isClosed());
 }
 
 TEST(IMAPClient, SignsInEvenWhereTheServerSaysThatItKnowsUs)

@@ -1,5 +1,6 @@
 #include "SMTPDialogue.h"
 #include "protocols/SMTPClient.h"
+#include "protocols/StreamTransport.h"
 #include "support/Await.h"
 #include "support/QtPrinters.h"
 #include "support/ScriptedTransport.h"
@@ -14,6 +15,24 @@ namespace Larkhaven {
 using namespace SMTPDialogue;
 
 namespace {
+
+// --- A server without TLS
+
+TEST(SMTPClient, NamesTheOtherSecurityWhereTheServerSpeaksNoTLS)
+{
+    ScriptedServer server({Script("[WITHOUT TLS]")});
+    expectUnsupported(verifying(server, secret(), ConnectionSecurity::tls),
+                      u"There is no TLS here. Try STARTTLS (usually port 587)."_s);
+    EXPECT_TRUE(server.connection(0).isClosed());
+    EXPECT_EQ(server.connection(0).sendCount(), 0);
+}
+
+TEST(SMTPClient, LeavesOtherFailuresOfAConnectionAsTheyAre)
+{
+    ScriptedServer server({Script("[REFUSED]")});
+    EXPECT_THROW(await(verifying(server, secret(), ConnectionSecurity::tls)), StreamError);
+    EXPECT_TRUE(server.connection(0).isClosed());
+}
 
 // --- STARTTLS
 

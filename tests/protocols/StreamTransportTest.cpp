@@ -431,8 +431,46 @@ TEST(StreamTransport, NeverHandsOutWhatCameInTheClearInPlaceOfTLS)
     EXPECT_EQ(await(upgraded->receive()), "begin\r\n");
     await(upgraded->startTLS());
     peer->write("* OK still in the clear\r\n");
-    EXPECT_EQ(streamErrorOf(upgraded->receive()).first, QAbstractSocket::SslHandshakeFailedError);
+    const auto [code, text] = streamErrorOf(upgraded->receive());
+    EXPECT_EQ(code, QAbstractSocket::SslHandshakeFailedError);
+    EXPECT_EQ(text, u"No secure connection to 127.0.0.1 could be made on port %1."_s.arg(server.serverPort()))
+        << "who offers STARTTLS expects no TLS at once";
     expectEverythingRefused(upgraded);
+}
+
+TEST(StreamTransport, TellsAServerWithoutTLSByNameAndPort)
+{
+    for (const char* words :
+         {"* OK IMAP4rev1 ready\r\n", "220 mail.example ESMTP\r\n", "HTTP/1.1 400 Bad Request\r\n"}) {
+        LoopbackServer server;
+        const Transport transport = openTLS(server);
+        server.accept()->write(words);
+        try {
+            await(transport->receive());
+            ADD_FAILURE() << words;
+        } catch (const StreamError& error) {
+            EXPECT_TRUE(error.isWithoutTLS()) << words;
+            EXPECT_FALSE(error.isConnectionLost());
+            EXPECT_EQ(error.localizedText(),
+                      u"127.0.0.1 doesn’t speak SSL/TLS on port %1."_s.arg(server.serverPort()));
+        }
+    }
+}
+
+TEST(StreamTransport, TellsAFailedHandshakeWithoutTheWordsOfItsLibrary)
+{
+    // An alert: the server speaks TLS, and no version or cipher of ours.
+    LoopbackServer server;
+    const Transport transport = openTLS(server);
+    server.accept()->write(QByteArray::fromHex("15030300020228"));
+    try {
+        await(transport->receive());
+        ADD_FAILURE() << "nothing failed";
+    } catch (const StreamError& error) {
+        EXPECT_FALSE(error.isWithoutTLS());
+        EXPECT_EQ(error.localizedText(),
+                  u"No secure connection to 127.0.0.1 could be made on port %1."_s.arg(server.serverPort()));
+    }
 }
 
 TEST(StreamTransport, CountsTheHandshakeTowardsTheFirstOperation)

@@ -5,6 +5,7 @@
 #include "platform/Wakeup.h"
 #include "support/Await.h"
 #include "support/QtPrinters.h"
+#include "support/WaitUntil.h"
 
 #include <gtest/gtest.h>
 #include <thread>
@@ -160,6 +161,131 @@ TEST(ConnectionTrial, MayBeStoppedAfterItsEnd)
     settle();
     imap.expectUsedUp();
     smtp.expectUsedUp();
+}
+
+// --- Which server, and which security
+
+constexpr std::chrono::milliseconds impatience{5};
+
+ServerSettings withStartTLS()
+{
+    ServerSettings settings = *someAccount().server;
+    settings.imapPort = 993;
+    settings.imapSecurity = ConnectionSecurity::startTLS;
+    settings.smtpPort = 587;
+    settings.smtpSecurity = ConnectionSecurity::startTLS;
+    return settings;
+}
+
+/// A server on whose connections without TLS nobody says anything.
+struct SilentWithoutTLS {
+    explicit SilentWithoutTLS(const QList<Script>& scripts)
+        : server(scripts)
+    {}
+    TransportFactory factory()
+    {
+        return [this, overTLS = server.factory()](const QString& host, int port, bool implicitTLS) {
+            return implicitTLS ? overTLS(host, port, true) : open(silence, port, false);
+        };
+    }
+
+    ScriptedServer server; ///< over TLS
+    std::shared_ptr<Silence> silence = std::make_shared<Silence>();
+};
+
+TEST(ConnectionTrial, TriesTLSWhereAServerForStartTLSSaysNothingAndNamesTheRightSecurity)
+{
+    SilentWithoutTLS server({Script("S: * OK ready")});
+    expectUnsupported(ConnectionTrial::run(withStartTLS(), MailAuth::password(u"secret"_s), server.factory(),
+                                           {}, {}, impatience),
+                      u"imap.x.example expects SSL/TLS on port 993. Try SSL/TLS."_s);
+    settle();
+    server.server.expectUsedUp();
+    EXPECT_EQ(server.server.openings(), QList<ScriptedServer::Opening>({{u"imap.x.example"_s, 993, true}}));
+    EXPECT_TRUE(server.server.connection(0).isClosed());
+    EXPECT_EQ(server.server.connection(0).sendCount(), 0) << "no name and no password";
+    EXPECT_EQ(server.silence->closed, 1);
+}
+
+TEST(ConnectionTrial, TriesTLSOnTheOutgoingServerAsWell)
+{
+    SilentWithoutTLS server({signedIn(), Script("S: 220 ready")});
+    ServerSettings settings = withStartTLS();
+    settings.imapSecurity = ConnectionSecurity::tls;
+    expectUnsupported(
+        ConnectionTrial::run(settings, MailAuth::password(u"secret"_s), server.factory(), {}, {}, impatience),
+        u"smtp.x.example expects SSL/TLS on port 587. Try SSL/TLS."_s);
+    server.server.expectUsedUp();
+    EXPECT_EQ(server.silence->ports, QList<int>({587}));
+}
+
+TEST(ConnectionTrial, GoesOnWaitingWhereTheSecondConnectionFails)
+{
+    for (const char* end : {"[WITHOUT TLS]", "[REFUSED]", "[CLOSE]"}) {
+        SilentWithoutTLS server({Script(end)});
+        std::stop_source source;
+        Begun<void> running(ConnectionTrial::run(withStartTLS(), MailAuth::password(u"secret"_s),
+                                                 server.factory(), source.get_token(), {}, impatience));
+        EXPECT_TRUE(waitUntil([&server] { return !server.server.openings().isEmpty(); }));
+        settle();
+        EXPECT_FALSE(running.isDone()) << end;
+        EXPECT_EQ(server.silence->closed, 0) << end;
+        source.request_stop();
+        expectCancelled(running);
+        settle();
+        EXPECT_EQ(server.silence->closed, 1) << end;
+    }
+}
+
+TEST(ConnectionTrial, TriesNothingBesideAServerThatSpeaks)
+{
+    ScriptedServer imap({Script(R"(
+        S: * OK ready
+        C: P1 CAPABILITY
+        [CLOSE]
+    )")});
+    ScriptedServer smtp({});
+    Begun<void> running(ConnectionTrial::run(withStartTLS(), MailAuth::password(u"secret"_s),
+                                             Providing::bothServers(imap, smtp), {}, {}));
+    EXPECT_THROW(running.get(), MailError);
+    settle();
+    imap.expectUsedUp();
+    EXPECT_EQ(imap.openings(), QList<ScriptedServer::Opening>({{u"imap.x.example"_s, 993, false}}));
+}
+
+TEST(ConnectionTrial, ClosesBothConnectionsWhereItIsStopped)
+{
+    const auto silence = std::make_shared<Silence>();
+    std::stop_source source;
+    Begun<void> running(ConnectionTrial::run(withStartTLS(), MailAuth::password(u"secret"_s),
+                                             factoryOf(silence), source.get_token(), {}, impatience));
+    EXPECT_TRUE(waitUntil([&silence] { return silence->ports.size() == 2; }));
+    settle();
+    source.request_stop();
+    expectCancelled(running);
+    settle();
+    EXPECT_EQ(silence->closed, 2);
+}
+
+TEST(ConnectionTrial, TellsWhichServerIsAsked)
+{
+    using enum ConnectionTrial::Server;
+    using Heard = QList<std::optional<ConnectionTrial::Server>>;
+    const auto heardOf = [](const Script& imapScript, const Script& smtpScript) {
+        ScriptedServer imap({imapScript});
+        ScriptedServer smtp({smtpScript});
+        Heard heard;
+        const auto note = [&heard](std::optional<ConnectionTrial::Server> server) { heard.append(server); };
+        Begun<void> running(IMAPProvider::testConnection(*someAccount().server,
+                                                         MailAuth::password(u"secret"_s),
+                                                         Providing::bothServers(imap, smtp), {}, note));
+        EXPECT_TRUE(waitUntil([&running] { return running.isDone(); }));
+        return heard;
+    };
+    EXPECT_EQ(heardOf(signedIn(), verifiedSubmission()), Heard({incoming, outgoing, std::nullopt}));
+    EXPECT_EQ(heardOf(signedIn(), Script("[CLOSE]")), Heard({incoming, outgoing}));
+    EXPECT_EQ(heardOf(refusedSignIn(), verifiedSubmission()), Heard({incoming}))
+        << "the failure is about the last";
 }
 
 } // namespace

@@ -114,6 +114,8 @@ void Script::addLine(const QByteArray& indented)
         add(Turn::timeOut, {});
     else if (line == "[REFUSED]" && m_steps.isEmpty())
         add(Turn::refuse, {});
+    else if (line == "[WITHOUT TLS]" && m_steps.isEmpty())
+        add(Turn::withoutTLS, {});
     else
         throw ScriptError("no line of a script: " + line.toStdString());
 }
@@ -165,12 +167,15 @@ void ScriptedTransport::checkConnected()
     if (m_isClosed || m_isDead)
         throw MailError::connectionClosed();
     const Script::Turn now = turn();
-    if (now != Script::Turn::close && now != Script::Turn::refuse)
+    if (now != Script::Turn::close && now != Script::Turn::refuse && now != Script::Turn::withoutTLS)
         return;
     m_isDead = true;
     advance(0);
     if (now == Script::Turn::refuse)
         throw StreamError(QAbstractSocket::ConnectionRefusedError, u"Connection refused"_s);
+    if (now == Script::Turn::withoutTLS)
+        throw StreamError(QAbstractSocket::SslHandshakeFailedError, u"There is no TLS here."_s,
+                          StreamError::Stage::withoutTLS);
     throw MailError::connectionClosed();
 }
 

@@ -33,6 +33,7 @@ enum class Chunks {
 ///     [CLOSE]                  the server ends the connection
 ///     [TIMEOUT]                the server says nothing for too long
 ///     [REFUSED]                there is no server: as the first line only
+///     [WITHOUT TLS]            what the server says first is no TLS: as the first line only
 ///
 /// Literals and messages so named are those that no script can know, as they hold random numbers and the
 /// present time; they are kept for the test to look at. Blank lines and lines that begin with "#" are
@@ -50,7 +51,18 @@ public:
 
 private:
     friend class ScriptedTransport;
-    enum class Turn { client, announcement, literal, message, server, startTLS, close, timeOut, refuse };
+    enum class Turn {
+        client,
+        announcement,
+        literal,
+        message,
+        server,
+        startTLS,
+        close,
+        timeOut,
+        refuse,
+        withoutTLS
+    };
     struct Step {
         Turn turn;
         QByteArray bytes;

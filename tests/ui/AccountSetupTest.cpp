@@ -7,6 +7,7 @@
 #include "views/main/WelcomeView.h"
 #include "views/setup/IMAPSetupView.h"
 
+#include <QAccessible>
 #include <QAction>
 #include <QApplication>
 #include <QComboBox>
@@ -15,9 +16,14 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QSpinBox>
 #include <QTest>
 #include <QToolButton>
+
+#include <tuple>
 
 using namespace Qt::StringLiterals;
 
@@ -89,10 +95,13 @@ protected:
         EXPECT_TRUE(waitUntil([this] { return alert() && alert()->isVisible(); }));
         if (!alert())
             return {};
+        const auto ok = alert()->button(QMessageBox::Ok);
         EXPECT_EQ(alert()->text(), u"Couldn’t Sign In");
         const QString text = alert()->informativeText();
-        alert()->close();
+        QTest::mouseClick(ok, Qt::LeftButton);
         EXPECT_TRUE(waitUntil([this] { return !alert(); }));
+        form()->activateWindow();
+        EXPECT_TRUE(waitUntil([this] { return form()->isActiveWindow(); }));
         return text;
     }
 
@@ -180,20 +189,29 @@ TEST_F(AccountSetupTest, HidesThePasswordAndForgetsItOnTheWayOut)
     form()->close();
 }
 
-TEST_F(AccountSetupTest, TellsEachFailureInItsOwnWords)
+const QString guessed =
+    u" Its name was only guessed from your email address; your provider knows the right one."_s;
+
+TEST_F(AccountSetupTest, TellsEachFailureInItsOwnWordsAndNamesItsServer)
 {
+    const QString incoming = u"\n\nIncoming server: imap.x.example, port 993."_s + guessed;
+    const QString outgoing = u"\n\nOutgoing server: smtp.x.example, port 465."_s + guessed;
     openForm();
     fill(u"ann@x.example"_s, u"secret"_s);
     field("setupUsername").setText(u"ann"_s);
-    EXPECT_EQ(refusal({refusedSignIn()}),
-              u"Sign-in failed: The server didn't accept the user name or password. Some providers (iCloud, "
-              "Yahoo, Gmail) need an app-specific password.");
+    EXPECT_EQ(
+        refusal({refusedSignIn()}),
+        u"The server didn't accept the user name or password. Some providers (iCloud, Yahoo, Gmail) need "
+        "an app-specific password."_s +
+            incoming)
+        << "the title says already that the sign-in failed";
     EXPECT_EQ(refusal({signedIn(), Script(R"(
                   S: 220 ready
                   C: EHLO [127.0.0.1]
                   S: 250 AUTH CRAM-MD5
               )")}),
-              u"smtp.x.example doesn't accept password sign-in.");
+              u"smtp.x.example doesn't accept password sign-in."_s + outgoing);
+    const QString outgoingWithStartTLS = u"\n\nOutgoing server: smtp.x.example, port 587."_s + guessed;
     const auto setStartTLS = [this](const char* name) {
         form()->findChild<QComboBox*>(QLatin1StringView(name))->setCurrentText(u"STARTTLS"_s);
     };
@@ -203,7 +221,8 @@ TEST_F(AccountSetupTest, TellsEachFailureInItsOwnWords)
                   C: EHLO [127.0.0.1]
                   S: 250 AUTH PLAIN
               )")}),
-              u"smtp.x.example doesn't offer STARTTLS. Try SSL/TLS (usually port 465).");
+              u"smtp.x.example doesn't offer STARTTLS. Try SSL/TLS (usually port 465)."_s +
+                  outgoingWithStartTLS);
     EXPECT_EQ(refusal({signedIn(), Script(R"(
                   S: 220 ready
                   C: EHLO [127.0.0.1]
@@ -211,7 +230,7 @@ TEST_F(AccountSetupTest, TellsEachFailureInItsOwnWords)
                   C: STARTTLS
                   S= 220 go\r\n250 injected\r\n
               )")}),
-              u"Mail protocol error: Unexpected data before TLS.");
+              u"Mail protocol error: Unexpected data before TLS."_s + outgoingWithStartTLS);
     setStartTLS("imapSecurity");
     EXPECT_EQ(refusal({Script(R"(
                   S: * OK ready
@@ -219,7 +238,9 @@ TEST_F(AccountSetupTest, TellsEachFailureInItsOwnWords)
                   S: * CAPABILITY IMAP4rev1 AUTH=PLAIN
                   S: P1 OK done
               )")}),
-              u"imap.x.example doesn't offer STARTTLS. Try SSL/TLS (usually port 993).");
+              u"imap.x.example doesn't offer STARTTLS. Try SSL/TLS (usually port 993).\n\nIncoming server: "
+              "imap.x.example, port 143."_s +
+                  guessed);
     EXPECT_EQ(field("setupPassword").text(), u"secret") << "the form keeps what it holds";
     EXPECT_TRUE(mail.model().accounts().isEmpty());
     form()->close();
@@ -234,6 +255,216 @@ TEST_F(AccountSetupTest, DisablesItsButtonWhileTheServersAreAsked)
     EXPECT_FALSE(signIn().isEnabled());
     EXPECT_TRUE(waitUntil([this] { return alert() && alert()->isVisible(); }));
     EXPECT_TRUE(signIn().isEnabled());
+    form()->close();
+}
+
+TEST_F(AccountSetupTest, NamesTheOtherSecurityWhereAServerSpeaksNoTLS)
+{
+    openForm();
+    fill(u"ann@x.example"_s, u"secret"_s);
+    EXPECT_EQ(
+        refusal({Script("[WITHOUT TLS]")}),
+        u"There is no TLS here. Try STARTTLS (usually port 143).\n\nIncoming server: imap.x.example, port 993."_s +
+            guessed);
+    form()->close();
+}
+
+TEST_F(AccountSetupTest, SaysOnlyOfAGuessThatItIsOne)
+{
+    openForm();
+    fill(u"ann@gmx.net"_s, u"secret"_s);
+    EXPECT_EQ(refusal({Script("[CLOSE]")}), u"Mail protocol error: The server closed the connection.\n\n"
+                                            "Incoming server: imap.gmx.net, port 993.");
+    field("setupEmail").selectAll();
+    QTest::keyClicks(&field("setupEmail"), u"ann@x.example"_s);
+    field("imapHost").selectAll();
+    QTest::keyClicks(&field("imapHost"), u"mail.x.example"_s);
+    EXPECT_EQ(refusal({Script("[CLOSE]")}), u"Mail protocol error: The server closed the connection.\n\n"
+                                            "Incoming server: mail.x.example, port 993.");
+    form()->close();
+}
+
+TEST_F(AccountSetupTest, UnfoldsTheServersWithTheFocusOnTheOneThatFailed)
+{
+    openForm();
+    fill(u"ann@x.example"_s, u"secret"_s);
+    field("setupUsername").setText(u"ann"_s);
+    EXPECT_FALSE(field("smtpHost").isVisible());
+    refusal({signedIn(), Script("[CLOSE]")});
+    EXPECT_TRUE(field("smtpHost").isVisible());
+    EXPECT_EQ(QApplication::focusWidget(), &field("smtpHost"));
+    EXPECT_EQ(field("smtpHost").selectedText(), u"smtp.x.example");
+    takeScreenshot(*form(), u"imap-setup-failed"_s);
+    refusal({Script("[CLOSE]")});
+    EXPECT_EQ(QApplication::focusWidget(), &field("imapHost"));
+    form()->close();
+}
+
+TEST_F(AccountSetupTest, GoesBackToThePasswordWhereItWasRefused)
+{
+    openForm();
+    fill(u"ann@x.example"_s, u"secret"_s);
+    field("setupUsername").setText(u"ann"_s);
+    refusal({refusedSignIn()});
+    EXPECT_EQ(QApplication::focusWidget(), &field("setupPassword"));
+    EXPECT_TRUE(field("setupPassword").hasSelectedText()) << "what is typed replaces it";
+    form()->close();
+}
+
+TEST_F(AccountSetupTest, ProposesThePortOfASecurityUnlessOneWasTyped)
+{
+    openForm();
+    form()->findChild<QToolButton*>(u"setupDisclosure"_s)->click();
+    for (const auto& [name, tls, startTLS] : {std::tuple("imap", 993, 143), std::tuple("smtp", 465, 587)}) {
+        auto& security = *form()->findChild<QComboBox*>(QLatin1StringView(name) + "Security"_L1);
+        auto& number = *form()->findChild<QSpinBox*>(QLatin1StringView(name) + "Port"_L1);
+        security.setFocus();
+        QTest::keyClick(&security, Qt::Key_Down);
+        EXPECT_EQ(security.currentText(), u"STARTTLS");
+        EXPECT_EQ(number.value(), startTLS);
+        QTest::keyClick(&security, Qt::Key_Up);
+        EXPECT_EQ(number.value(), tls);
+        number.setFocus();
+        number.selectAll();
+        QTest::keyClicks(&number, u"2525"_s);
+        QTest::keyClick(&number, Qt::Key_Tab);
+        security.setFocus();
+        QTest::keyClick(&security, Qt::Key_Down);
+        EXPECT_EQ(security.currentText(), u"STARTTLS");
+        EXPECT_EQ(number.value(), 2525) << "it was typed";
+    }
+    form()->close();
+}
+
+TEST_F(AccountSetupTest, SaysWhichServerIsChecked)
+{
+    openForm();
+    fill(u"ann@x.example"_s, u"secret"_s);
+    field("setupUsername").setText(u"ann"_s);
+    auto& text = *form()->findChild<QLabel*>(u"setupProgress"_s);
+    EXPECT_FALSE(text.isVisible());
+    server = std::make_unique<ScriptedServer>(QList<Script>{signedIn(), Script("[CLOSE]")});
+    QStringList told;
+    mail.fixture.setTransports([this, &told, &text](const QString& host, int where, bool tls) {
+        told.append(text.text());
+        EXPECT_TRUE(text.isVisible());
+        takeScreenshot(*form(), u"imap-setup-progress"_s);
+        return server->factory()(host, where, tls);
+    });
+    signIn().click();
+    EXPECT_TRUE(waitUntil([this] { return alert() && alert()->isVisible(); }));
+    EXPECT_EQ(told, QStringList({u"Checking the incoming server…"_s, u"Checking the outgoing server…"_s}));
+    EXPECT_FALSE(text.isVisible());
+    takeScreenshot(*alert(), u"imap-setup-alert"_s);
+    form()->close();
+}
+
+TEST_F(AccountSetupTest, CancelsByReturnOnCancel)
+{
+    openForm();
+    fill(u"ann@x.example"_s, u"secret"_s);
+    connectTo({});
+    QPushButton& cancel = *form()->findChild<QPushButton*>(u"setupCancel"_s);
+    for (int presses = 0; QApplication::focusWidget() != &cancel && presses < 20; ++presses)
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    ASSERT_EQ(QApplication::focusWidget(), &cancel);
+    QTest::keyClick(&cancel, Qt::Key_Return);
+    EXPECT_TRUE(waitUntil([this] { return !form(); }));
+    EXPECT_TRUE(server->openings().isEmpty());
+    EXPECT_FALSE(mail.model().isSigningIn());
+}
+
+TEST_F(AccountSetupTest, UnfoldsTheServersByKeyAndTellsAssistiveTechnologySo)
+{
+    openForm();
+    auto& button = *form()->findChild<QToolButton*>(u"setupDisclosure"_s);
+    QAccessibleInterface* const told = QAccessible::queryAccessibleInterface(&button);
+    ASSERT_TRUE(told);
+    EXPECT_EQ(told->role(), QAccessible::Button) << "it is nothing that is checked";
+    EXPECT_EQ(told->text(QAccessible::Name), u"Server Settings");
+    EXPECT_TRUE(told->state().expandable);
+    EXPECT_TRUE(told->state().collapsed);
+    EXPECT_FALSE(told->state().expanded);
+    button.setFocus();
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Space}) {
+        QTest::keyClick(&button, key);
+        EXPECT_EQ(told->state().expanded, key == Qt::Key_Return);
+        EXPECT_NE(told->state().collapsed, told->state().expanded);
+        EXPECT_EQ(field("imapHost").isVisible(), key == Qt::Key_Return);
+    }
+    told->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+    EXPECT_TRUE(field("imapHost").isVisible());
+    form()->close();
+}
+
+/// The names of all controls that can have the focus.
+QStringList namesOfControls(QAccessibleInterface* root)
+{
+    QStringList names;
+    if (root->state().focusable && !root->state().invisible && root->role() != QAccessible::Window)
+        names.append(root->text(QAccessible::Name));
+    for (int index = 0; index < root->childCount(); ++index)
+        names += namesOfControls(root->child(index));
+    return names;
+}
+
+TEST_F(AccountSetupTest, NamesEachOfItsControlsOnce)
+{
+    openForm();
+    form()->findChild<QToolButton*>(u"setupDisclosure"_s)->click();
+    fill(u"ann@x.example"_s, u"secret"_s);
+    QStringList names = namesOfControls(QAccessible::queryAccessibleInterface(form()));
+    names.sort();
+    EXPECT_EQ(names, QStringList({u"Cancel"_s, u"Email Address:"_s, u"Incoming Server"_s, u"Name:"_s,
+                                  u"Outgoing Server"_s, u"Password:"_s, u"Port of the Incoming Server"_s,
+                                  u"Port of the Outgoing Server"_s, u"Security of the Incoming Server"_s,
+                                  u"Security of the Outgoing Server"_s, u"Server Settings"_s, u"Sign In"_s,
+                                  u"User Name:"_s}));
+    auto& security = *form()->findChild<QComboBox*>(u"imapSecurity"_s);
+    EXPECT_EQ(QAccessible::queryAccessibleInterface(&security)->text(QAccessible::Value), u"SSL/TLS");
+    form()->close();
+}
+
+/// On a screen of 960x540.
+class SmallScreenSetupTest : public AccountSetupTest {
+protected:
+    ~SmallScreenSetupTest() override { Style::shared().setTextSize(Style::standardTextSize); }
+};
+
+TEST_F(SmallScreenSetupTest, ScrollsWhereItDoesNotFit)
+{
+    constexpr int mostHeight = 540;
+    if (mail.window->screen()->availableGeometry().height() > mostHeight)
+        GTEST_SKIP() << "the screen is too large";
+    Style::shared().setTextSize(Style::textSizes.back());
+    openForm();
+    form()->findChild<QToolButton*>(u"setupDisclosure"_s)->click();
+    auto& scroll = *form()->findChild<QScrollArea*>();
+    const QRect room = form()->screen()->availableGeometry();
+    ASSERT_TRUE(waitUntil([&scroll] { return scroll.verticalScrollBar()->maximum() > 0; }));
+    EXPECT_TRUE(waitUntil([this, &room] { return room.contains(form()->frameGeometry()); }))
+        << QTest::toString(form()->frameGeometry());
+    const auto isInSight = [&scroll](const QWidget& widget) {
+        const QRect place(widget.mapTo(scroll.viewport(), QPoint()), widget.size());
+        return scroll.viewport()->rect().contains(place);
+    };
+    EXPECT_TRUE(form()->rect().contains(QRect(signIn().mapTo(form(), QPoint()), signIn().size())))
+        << "the buttons stay in sight";
+    field("setupUsername").setFocus();
+    QStringList passed;
+    for (int presses = 0; presses < 7; ++presses) {
+        QWidget* const focused = QApplication::focusWidget();
+        if (scroll.isAncestorOf(focused)) {
+            passed.append(focused->objectName());
+            EXPECT_TRUE(isInSight(*focused))
+                << focused->objectName().toStdString() << " at "
+                << focused->mapTo(scroll.viewport(), QPoint()).y() << " of " << scroll.viewport()->height()
+                << " height " << focused->height();
+        }
+        QTest::keyClick(focused, Qt::Key_Tab);
+    }
+    EXPECT_TRUE(passed.contains(u"smtpSecurity"_s));
+    takeScreenshot(*form(), u"imap-setup-scrolls"_s);
     form()->close();
 }
 
@@ -278,7 +509,8 @@ TEST_F(AccountRepairTest, LeavesTheAccountAsItWasWhereItIsCancelledAfterAFailure
     mail.model().signInAgain(before.first(), [this] { openForm(); });
     field("imapHost").setText(u"other.example"_s);
     QTest::keyClicks(&field("setupPassword"), u"wrong"_s);
-    EXPECT_EQ(refusal({Script("[CLOSE]")}), u"Mail protocol error: The server closed the connection.");
+    EXPECT_EQ(refusal({Script("[CLOSE]")}), u"Mail protocol error: The server closed the "
+                                            u"connection.\n\nIncoming server: other.example, port 1993.");
     form()->findChild<QPushButton*>(u"setupCancel"_s)->click();
     ASSERT_TRUE(waitUntil([this] { return !form(); }));
     EXPECT_EQ(mail.model().accounts(), before);

@@ -1,3 +1,4 @@
+#include "app/platform/Translations.h"
 #include "views/reader/SecureMessageView.h"
 
 #include <QApplication>
@@ -57,6 +58,7 @@ int main(int argc, char** argv)
     QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
     Larkhaven::SecureMessageView::registerScheme();
     QApplication application(argc, argv);
+    const Larkhaven::Translations translations;
     QApplication::setQuitOnLastWindowClosed(false);
     const int result = RUN_ALL_TESTS();
     const bool hasRun = testing::UnitTest::GetInstance()->test_to_run_count() > 0;

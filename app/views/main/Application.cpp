@@ -4,6 +4,7 @@
 #include "app/signin/Redirects.h"
 #include "platform/Tasks.h"
 #include "views/reader/SecureMessageView.h"
+#include "views/style/ApplicationIcon.h"
 #include "views/style/Style.h"
 
 #include <QFileInfo>
@@ -69,6 +70,7 @@ Application::Application(int& argc, char** argv)
     if (m_role != SingleInstance::Role::first || isForRedirects)
         return;
     m_preparation.redirects.clear();
+    QApplication::setWindowIcon(applicationIcon());
     m_model = std::make_unique<AppModel>(AppModel::systemServices(
         [this](const QByteArray& url, const QString& scheme, const std::stop_token& stop) {
             return m_authenticator.authenticate(url, scheme, stop);

@@ -2,6 +2,7 @@
 
 #include "app/platform/DesktopAppearance.h"
 #include "app/platform/SingleInstance.h"
+#include "app/platform/Translations.h"
 #include "app/signin/WebAuthenticator.h"
 #include "model/AppModel.h"
 #include "views/main/ContentView.h"
@@ -47,6 +48,7 @@ private:
 
     Preparation m_preparation;
     QApplication m_application;
+    Translations m_translations;
     SingleInstance m_instance;
     SingleInstance::Role m_role;
     WebAuthenticator m_authenticator;

@@ -15,6 +15,15 @@ using namespace Qt::StringLiterals;
 
 namespace Larkhaven::ContentBlocker {
 
+namespace {
+
+/// The texts of this file.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(ContentBlocker)
+};
+
+} // namespace
+
 QString storedText(Mode mode)
 {
     return mode == Mode::blockAll ? u"blockAll"_s : u"httpsImagesOnly"_s;
@@ -117,8 +126,7 @@ const RuleList& ruleList(Mode mode)
     if (known == compiled.end()) {
         const std::optional<RuleList> list = RuleList::compile(source(mode));
         if (!list)
-            throw MailError::unsupported(
-                QCoreApplication::translate("ContentBlocker", "Content blocker failed to compile"));
+            throw MailError::unsupported(Texts::tr("Content blocker failed to compile"));
         known = compiled.emplace(mode, *list).first;
     }
     return known->second;

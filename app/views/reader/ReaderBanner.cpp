@@ -50,8 +50,7 @@ void ReaderBanner::setState(bool offersRemoteContent, int trackers)
     m_remote->setVisible(offersRemoteContent);
     m_load->setVisible(offersRemoteContent);
     m_trackers->setVisible(trackers > 0);
-    m_trackers->setText(trackers == 1 ? tr("1 tracking image blocked")
-                                      : tr("%1 tracking images blocked").arg(trackers));
+    m_trackers->setText(tr("%n tracking images blocked", nullptr, trackers));
     setVisible(offersRemoteContent || trackers > 0);
 }
 

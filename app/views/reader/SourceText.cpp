@@ -11,6 +11,11 @@ namespace Larkhaven::SourceText {
 
 namespace {
 
+/// The texts of this file.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(SourceText)
+};
+
 constexpr char32_t replacement = 0xfffd;
 /// The picture of the first control; those of the others follow.
 constexpr char32_t controlPictures = 0x2400;
@@ -72,7 +77,7 @@ QString shown(QByteArrayView raw)
         rest = rest.sliced(isWhole && feed >= 0 ? feed + 1 : end);
     }
     if (!rest.isEmpty() || raw.size() > mostBytes)
-        result += QCoreApplication::translate("SourceText", "[The rest of the source is left out.]");
+        result += Texts::tr("[The rest of the source is left out.]");
     else if (result.endsWith(u'\n'))
         result.chop(1);
     return result;

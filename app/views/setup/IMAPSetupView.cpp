@@ -1,15 +1,16 @@
 #include "views/setup/IMAPSetupView.h"
 
-#include "domain/LocalizedError.h"
+#include "domain/MailError.h"
 #include "domain/Text.h"
-#include "views/style/Picker.h"
+#include "views/setup/DisclosureButton.h"
+#include "views/setup/ServerFields.h"
+#include "views/style/DisplayText.h"
 #include "views/style/PlainAlert.h"
 #include "views/style/Style.h"
 
+#include <QApplication>
 #include <QCloseEvent>
-#include <QComboBox>
 #include <QFormLayout>
-#include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
@@ -17,11 +18,12 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QScreen>
-#include <QSpinBox>
-#include <QToolButton>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -42,6 +44,22 @@ QLineEdit* makeField(const char* name, const QString& prompt = {})
     return field;
 }
 
+/// What the user reads of a failure below a title that says that the sign-in failed, and whether the password
+/// is to blame.
+std::pair<QString, bool> wordsOf(const std::exception_ptr& failure)
+{
+    try {
+        std::rethrow_exception(failure);
+    } catch (const MailError& error) {
+        const bool isRefusal = error.kind() == MailError::Kind::authFailed;
+        return {isRefusal ? error.text() : error.localizedText(), isRefusal};
+    } catch (...) {
+        return {localizedText(failure), false};
+    }
+}
+
+constexpr int margin = Style::largePadding + Style::grid;
+
 } // namespace
 
 IMAPSetupView::IMAPSetupView(AppModel& model, QWidget* parent)
@@ -53,10 +71,12 @@ IMAPSetupView::IMAPSetupView(AppModel& model, QWidget* parent)
     , m_password(makeField("setupPassword"))
     , m_hint(new QLabel(tr("iCloud, Yahoo and Gmail need an app-specific password, created in your account's "
                            "security settings.")))
-    , m_disclosure(new QToolButton)
+    , m_scroll(new QScrollArea)
+    , m_disclosure(new DisclosureButton(tr("Server Settings")))
     , m_servers(new QWidget)
     , m_username(makeField("setupUsername"))
     , m_progress(new QWidget)
+    , m_progressText(new QLabel)
     , m_cancel(new QPushButton(tr("Cancel")))
     , m_signIn(new QPushButton(tr("Sign In")))
 {
@@ -67,60 +87,35 @@ IMAPSetupView::IMAPSetupView(AppModel& model, QWidget* parent)
     m_email->setInputMethodHints(Qt::ImhEmailCharactersOnly);
     makeLayout();
     showSettings(ServerSettings::preset(QString()));
-    setServersShown(false);
-
-    connect(m_email, &QLineEdit::textChanged, this, &IMAPSetupView::prefill);
-    for (QLineEdit* const field : {m_username, m_imap.host, m_smtp.host})
-        connect(field, &QLineEdit::textChanged, this, &IMAPSetupView::noteServerEdit);
-    for (QSpinBox* const field : {m_imap.port, m_smtp.port})
-        connect(field, &QSpinBox::valueChanged, this, &IMAPSetupView::noteServerEdit);
-    for (QComboBox* const field : {m_imap.security, m_smtp.security})
-        connect(field, &QComboBox::currentIndexChanged, this, &IMAPSetupView::noteServerEdit);
-    connect(m_password, &QLineEdit::textChanged, this, &IMAPSetupView::updateButton);
-    connect(&model, &AppModel::signingInChanged, this, &IMAPSetupView::updateButton);
-    connect(&model, &AppModel::imapSetupAccountIDChanged, this, [this] {
-        if (isVisible())
-            fillFromAccount();
-    });
-    connect(m_disclosure, &QToolButton::toggled, this, &IMAPSetupView::setServersShown);
-    connect(m_signIn, &QPushButton::clicked, this, &IMAPSetupView::signIn);
-    connect(m_cancel, &QPushButton::clicked, this, &QWidget::close);
-    connect(&Style::shared(), &Style::changed, this, &IMAPSetupView::applyStyle);
+    m_servers->hide();
+    makeConnections();
     applyStyle();
     updateButton();
 }
 
-IMAPSetupView::ServerFields IMAPSetupView::addServer(QFormLayout& form, const QString& title,
-                                                     const char* name)
+void IMAPSetupView::makeConnections()
 {
-    constexpr int largestPort = 65535;
-    const QString prefix = QString::fromLatin1(name);
-    const ServerFields fields{new QLineEdit, new QSpinBox, new Picker};
-    fields.host->setObjectName(prefix + u"Host"_s);
-    fields.host->setPlaceholderText(tr("Server"));
-    fields.host->setAccessibleName(title + u' ' + tr("Server"));
-    fields.port->setObjectName(prefix + u"Port"_s);
-    fields.port->setAccessibleName(title + u' ' + tr("Port"));
-    fields.port->setRange(1, largestPort);
-    fields.port->setButtonSymbols(QSpinBox::NoButtons);
-    fields.port->setGroupSeparatorShown(false);
-    fields.security->setObjectName(prefix + u"Security"_s);
-    fields.security->setAccessibleName(title + u' ' + tr("Security"));
-    for (const ConnectionSecurity security : allConnectionSecurities)
-        fields.security->addItem(label(security), QVariant::fromValue(static_cast<int>(security)));
-    auto* const line = new QHBoxLayout;
-    line->setSpacing(Style::smallPadding);
-    line->addWidget(new QLabel(tr("Port")));
-    line->addWidget(fields.port);
-    line->addSpacing(Style::smallPadding);
-    line->addWidget(new QLabel(tr("Security")));
-    line->addWidget(fields.security, 1);
-    form.addRow(title, fields.host);
-    form.addRow(QString(), line);
-    return fields;
+    connect(m_email, &QLineEdit::textChanged, this, &IMAPSetupView::prefill);
+    connect(m_username, &QLineEdit::textChanged, this, &IMAPSetupView::noteServerEdit);
+    for (const ServerFields* const fields : {m_imap, m_smtp})
+        connect(fields, &ServerFields::edited, this, &IMAPSetupView::noteServerEdit);
+    connect(m_password, &QLineEdit::textChanged, this, &IMAPSetupView::updateButton);
+    connect(&m_model, &AppModel::signingInChanged, this, &IMAPSetupView::updateButton);
+    connect(&m_model, &AppModel::imapSetupAccountIDChanged, this, [this] {
+        if (isVisible())
+            fillFromAccount();
+    });
+    connect(m_disclosure, &DisclosureButton::expandedChanged, m_servers, &QWidget::setVisible);
+    connect(m_signIn, &QPushButton::clicked, this, &IMAPSetupView::signIn);
+    connect(m_cancel, &QPushButton::clicked, this, &QWidget::close);
+    connect(qApp, &QApplication::focusChanged, this,
+            [this](QWidget*, QWidget* focused) { keepFocusInSight(focused); });
+    connect(&Style::shared(), &Style::changed, this, &IMAPSetupView::applyStyle);
 }
 
-void IMAPSetupView::makeLayout()
+// --- Layout
+
+QWidget* IMAPSetupView::makeFields()
 {
     const auto makeForm = [](QWidget* owner) {
         auto* const form = owner ? new QFormLayout(owner) : new QFormLayout;
@@ -139,73 +134,139 @@ void IMAPSetupView::makeLayout()
     identity->addRow(QString(), m_hint);
 
     m_disclosure->setObjectName("setupDisclosure"_L1);
-    m_disclosure->setProperty("flat", true);
-    m_disclosure->setProperty("disclosure", true);
-    m_disclosure->setText(tr("Server Settings"));
-    m_disclosure->setCheckable(true);
-    m_disclosure->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     QFormLayout* const servers = makeForm(m_servers);
     servers->addRow(tr("User Name:"), m_username);
-    m_imap = addServer(*servers, tr("Incoming (IMAP):"), "imap");
-    m_smtp = addServer(*servers, tr("Outgoing (SMTP):"), "smtp");
+    m_imap = new ServerFields(*servers,
+                              {tr("Incoming (IMAP):"), tr("Incoming Server"),
+                               tr("Port of the Incoming Server"), tr("Security of the Incoming Server")},
+                              {993, 143}, u"imap"_s, this);
+    m_smtp = new ServerFields(*servers,
+                              {tr("Outgoing (SMTP):"), tr("Outgoing Server"),
+                               tr("Port of the Outgoing Server"), tr("Security of the Outgoing Server")},
+                              {465, 587}, u"smtp"_s, this);
 
-    auto* const bar = new QProgressBar;
-    bar->setRange(0, 0);
-    bar->setTextVisible(false);
-    bar->setFixedHeight(Style::grid);
-    auto* const progressLine = new QHBoxLayout(m_progress);
-    progressLine->setContentsMargins(0, 0, 0, 0);
-    progressLine->addWidget(bar);
-    QSizePolicy keepsPlace = m_progress->sizePolicy();
-    keepsPlace.setRetainSizeWhenHidden(true);
-    m_progress->setSizePolicy(keepsPlace);
-    m_progress->setAccessibleName(tr("Signing in"));
-    m_signIn->setObjectName("setupSignIn"_L1);
-    m_signIn->setDefault(true);
-    m_cancel->setObjectName("setupCancel"_L1);
-    auto* const buttons = new QHBoxLayout;
-    buttons->setSpacing(Style::smallPadding);
-    buttons->addWidget(m_progress, 1);
-    buttons->addWidget(m_cancel);
-    buttons->addWidget(m_signIn);
-
-    auto* const layout = new QVBoxLayout(this);
-    constexpr int margin = Style::largePadding + Style::grid;
-    layout->setContentsMargins(margin, margin, margin, margin);
+    auto* const fields = new QWidget;
+    auto* const layout = new QVBoxLayout(fields);
+    layout->setContentsMargins(margin, margin, margin, Style::padding);
     layout->setSpacing(Style::padding);
-    // Its size follows what it shows.
-    layout->setSizeConstraint(QLayout::SetFixedSize);
     layout->addWidget(m_title);
     layout->addLayout(identity);
     layout->addWidget(m_disclosure, 0, Qt::AlignLeft);
     layout->addWidget(m_servers);
-    layout->addSpacing(Style::grid);
-    layout->addLayout(buttons);
+    layout->addStretch();
+    return fields;
+}
+
+QWidget* IMAPSetupView::makeFoot()
+{
+    auto* const bar = new QProgressBar;
+    bar->setRange(0, 0);
+    bar->setTextVisible(false);
+    bar->setFixedHeight(Style::grid);
+    bar->setAccessibleName(tr("Signing in"));
+    m_progressText->setObjectName("setupProgress"_L1);
+    auto* const progress = new QVBoxLayout(m_progress);
+    progress->setContentsMargins(0, 0, 0, 0);
+    progress->setSpacing(Style::grid);
+    progress->addWidget(m_progressText);
+    progress->addWidget(bar);
+    QSizePolicy keepsPlace = m_progress->sizePolicy();
+    keepsPlace.setRetainSizeWhenHidden(true);
+    m_progress->setSizePolicy(keepsPlace);
+    m_signIn->setObjectName("setupSignIn"_L1);
+    m_signIn->setDefault(true);
+    m_cancel->setObjectName("setupCancel"_L1);
+    auto* const foot = new QWidget;
+    auto* const buttons = new QHBoxLayout(foot);
+    buttons->setContentsMargins(margin, Style::padding, margin, margin);
+    buttons->setSpacing(Style::smallPadding);
+    buttons->addWidget(m_progress, 1);
+    buttons->addWidget(m_cancel);
+    buttons->addWidget(m_signIn);
+    return foot;
+}
+
+void IMAPSetupView::makeLayout()
+{
+    m_scroll->setWidget(makeFields());
+    m_scroll->setWidgetResizable(true);
+    m_scroll->setFrameShape(QFrame::NoFrame);
+    m_scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_scroll->setFocusPolicy(Qt::NoFocus);
+    // The ground is the window's.
+    m_scroll->viewport()->setAutoFillBackground(false);
+    m_scroll->widget()->setAutoFillBackground(false);
+    m_scroll->widget()->installEventFilter(this);
+    m_foot = makeFoot();
+    auto* const layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(m_scroll, 1);
+    layout->addWidget(m_foot);
+}
+
+bool IMAPSetupView::eventFilter(QObject* watched, QEvent* event)
+{
+    if (event->type() == QEvent::LayoutRequest)
+        fitToScreen();
+    return QWidget::eventFilter(watched, event);
+}
+
+void IMAPSetupView::fitToScreen()
+{
+    QWidget& fields = *m_scroll->widget();
+    const QSize wanted = fields.sizeHint();
+    const QSize foot = m_foot->sizeHint();
+    const QScreen* const place = screen();
+    const int titleBar = std::max(frameGeometry().height() - height(), 0);
+    const int room = place ? place->availableGeometry().height() - titleBar : wanted.height() + foot.height();
+    const int height = std::min(wanted.height() + foot.height(), room);
+    const bool scrolls = height < wanted.height() + foot.height();
+    const int scrollBar = scrolls ? m_scroll->verticalScrollBar()->sizeHint().width() : 0;
+    setFixedSize(std::max(wanted.width() + scrollBar, foot.width()), height);
+    if (place && isVisible()) {
+        const QRect screenRoom = place->availableGeometry();
+        const QRect frame = frameGeometry();
+        move(std::max(screenRoom.left(), std::min(frame.left(), screenRoom.right() + 1 - frame.width())),
+             std::max(screenRoom.top(), std::min(frame.top(), screenRoom.bottom() + 1 - frame.height())));
+    }
+}
+
+void IMAPSetupView::keepFocusInSight(QWidget* focused)
+{
+    const QWidget* const fields = m_scroll->widget();
+    if (!focused || !fields->isAncestorOf(focused))
+        return;
+    // All of the field: ensureWidgetVisible contents itself with the caret.
+    const QRect place(focused->mapTo(fields, QPoint()), focused->size());
+    m_scroll->ensureVisible(place.left(), place.bottom(), 0, Style::padding);
+    m_scroll->ensureVisible(place.left(), place.top(), 0, Style::padding);
 }
 
 void IMAPSetupView::applyStyle()
 {
     const Style& style = Style::shared();
     m_title->setFont(style.font(Style::Type::title));
-    m_hint->setFont(style.font(Style::Type::caption));
     QPalette quiet = m_hint->palette();
     quiet.setColor(QPalette::WindowText, style.colors().secondary);
-    m_hint->setPalette(quiet);
-    const int fieldWidth = style.scaled(24);
-    for (QLineEdit* const field : {m_name, m_email, m_password, m_username, m_imap.host, m_smtp.host})
+    for (QLabel* const text : {m_hint, m_progressText}) {
+        text->setFont(style.font(Style::Type::caption));
+        text->setPalette(quiet);
+    }
+    // Large text on a small screen leaves less than it asks for.
+    const int labels =
+        alignLabels() + Style::padding + 2 * margin + m_scroll->verticalScrollBar()->sizeHint().width();
+    const int room = screen() ? screen()->availableGeometry().width() - labels : QWIDGETSIZE_MAX;
+    const int fieldWidth = std::min(style.scaled(24), room);
+    for (QLineEdit* const field : {m_name, m_email, m_password, m_username})
         field->setFixedWidth(fieldWidth);
     m_hint->setFixedWidth(fieldWidth);
-    for (QSpinBox* const field : {m_imap.port, m_smtp.port})
-        field->setFixedWidth(style.scaled(5));
-    const int icon = style.scaled(1);
-    m_disclosure->setIconSize({icon, icon});
-    m_disclosure->setIcon(style.icon(m_disclosure->isChecked() ? Symbol::chevronDown : Symbol::chevronRight,
-                                     style.colors().secondary));
-    m_progress->setFixedWidth(style.scaled(10));
-    alignLabels();
+    for (ServerFields* const fields : {m_imap, m_smtp})
+        fields->applyStyle(fieldWidth);
+    fitToScreen();
 }
 
-void IMAPSetupView::alignLabels()
+int IMAPSetupView::alignLabels()
 {
     // Two forms, one column.
     const QList<QFormLayout*> forms = findChildren<QFormLayout*>();
@@ -225,6 +286,7 @@ void IMAPSetupView::alignLabels()
         text->setMinimumWidth(width);
         text->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     }
+    return width;
 }
 
 // --- Filling
@@ -236,9 +298,12 @@ void IMAPSetupView::showEvent(QShowEvent* event)
         return;
     fillFromAccount();
     (m_email->text().isEmpty() ? m_name : m_password)->setFocus();
-    adjustSize();
-    if (const QScreen* const place = screen())
-        move(place->availableGeometry().center() - rect().center());
+    fitToScreen();
+    if (const QScreen* const place = screen()) {
+        const QRect room = place->availableGeometry();
+        move(std::max(room.left(), room.center().x() - rect().center().x()),
+             std::max(room.top(), room.center().y() - rect().center().y()));
+    }
 }
 
 void IMAPSetupView::fillFromAccount()
@@ -255,7 +320,7 @@ void IMAPSetupView::fillFromAccount()
         m_name->setText(account->displayName.value_or(QString()));
         m_email->setText(account->email);
         showSettings(account->server.value_or(ServerSettings::preset(account->email)));
-        m_disclosure->setChecked(true);
+        m_disclosure->setExpanded(true);
     }
     m_password->clear();
     updateButton();
@@ -272,29 +337,24 @@ void IMAPSetupView::showSettings(const ServerSettings& settings)
 {
     m_isShowingSettings = true;
     m_username->setText(settings.username);
-    m_imap.host->setText(settings.imapHost);
-    m_imap.port->setValue(settings.imapPort);
-    m_imap.security->setCurrentIndex(static_cast<int>(settings.imapSecurity));
-    m_smtp.host->setText(settings.smtpHost);
-    m_smtp.port->setValue(settings.smtpPort);
-    m_smtp.security->setCurrentIndex(static_cast<int>(settings.smtpSecurity));
+    m_imap->show({settings.imapHost, settings.imapPort, settings.imapSecurity});
+    m_smtp->show({settings.smtpHost, settings.smtpPort, settings.smtpSecurity});
     m_isShowingSettings = false;
     updateButton();
 }
 
 ServerSettings IMAPSetupView::settings() const
 {
-    const auto security = [](const QComboBox& picker) {
-        return static_cast<ConnectionSecurity>(picker.currentData().toInt());
-    };
+    const ServerFields::Values imap = m_imap->values();
+    const ServerFields::Values smtp = m_smtp->values();
     ServerSettings settings;
     settings.username = trimmed(m_username->text());
-    settings.imapHost = trimmed(m_imap.host->text());
-    settings.imapPort = m_imap.port->value();
-    settings.imapSecurity = security(*m_imap.security);
-    settings.smtpHost = trimmed(m_smtp.host->text());
-    settings.smtpPort = m_smtp.port->value();
-    settings.smtpSecurity = security(*m_smtp.security);
+    settings.imapHost = imap.host;
+    settings.imapPort = imap.port;
+    settings.imapSecurity = imap.security;
+    settings.smtpHost = smtp.host;
+    settings.smtpPort = smtp.port;
+    settings.smtpSecurity = smtp.security;
     return settings;
 }
 
@@ -305,13 +365,6 @@ void IMAPSetupView::noteServerEdit()
     updateButton();
 }
 
-void IMAPSetupView::setServersShown(bool isShown)
-{
-    m_servers->setVisible(isShown);
-    m_disclosure->setChecked(isShown);
-    applyStyle();
-}
-
 void IMAPSetupView::updateButton()
 {
     const ServerSettings entered = settings();
@@ -319,6 +372,14 @@ void IMAPSetupView::updateButton()
                          !entered.imapHost.isEmpty() && !entered.smtpHost.isEmpty() &&
                          !entered.username.isEmpty() && !m_model.isSigningIn());
     m_progress->setVisible(m_model.isSigningIn());
+}
+
+void IMAPSetupView::showProgress(AskedServer server)
+{
+    m_progressText->setText(!server ? QString()
+                            : *server == ConnectionTrial::Server::incoming
+                                ? tr("Checking the incoming server…")
+                                : tr("Checking the outgoing server…"));
 }
 
 // --- Leaving
@@ -338,27 +399,62 @@ Task<> IMAPSetupView::save()
     const QString password = m_password->text();
     m_attempt = std::stop_source();
     const std::stop_token stop = m_attempt.get_token();
+    const auto asked = std::make_shared<AskedServer>();
+    const ConnectionTrial::Progress progress = [self, asked](AskedServer server) {
+        *asked = server;
+        if (self)
+            self->showProgress(server);
+    };
     std::exception_ptr failure;
     try {
-        co_await m_model.saveIMAPAccount(name, email, entered, password, stop);
+        co_await m_model.saveIMAPAccount(name, email, entered, password, stop, progress);
     } catch (...) {
         failure = std::current_exception();
     }
     if (!self || stop.stop_requested())
         co_return;
+    showProgress(std::nullopt);
     if (failure)
-        setError(localizedText(failure));
+        showFailure(failure, *asked);
     else
         close();
 }
 
-void IMAPSetupView::setError(const std::optional<QString>& text)
+QString IMAPSetupView::nameOf(ConnectionTrial::Server server) const
+{
+    const bool isIncoming = server == ConnectionTrial::Server::incoming;
+    const ServerFields::Values values = (isIncoming ? m_imap : m_smtp)->values();
+    const QString email = trimmed(m_email->text());
+    const ServerSettings guess = ServerSettings::preset(email);
+    const bool isGuess = !m_loadedID && !ServerSettings::isKnown(email) &&
+                         values.host == (isIncoming ? guess.imapHost : guess.smtpHost);
+    const QString host = DisplayText::bounded(values.host);
+    const QString port = QString::number(values.port);
+    QString name = isIncoming ? tr("Incoming server: %1, port %2.").arg(host, port)
+                              : tr("Outgoing server: %1, port %2.").arg(host, port);
+    if (isGuess)
+        name += u' ' +
+                tr("Its name was only guessed from your email address; your provider knows the right one.");
+    return name;
+}
+
+void IMAPSetupView::showFailure(const std::exception_ptr& failure, AskedServer server)
 {
     if (m_alert)
         m_alert->close();
-    if (!text || !isVisible())
+    if (!isVisible())
         return;
-    m_alert = makePlainAlert(tr("Couldn’t Sign In"), *text, QMessageBox::Ok, this);
+    const auto [text, isRefusal] = wordsOf(failure);
+    // The alert gives the focus back to it.
+    if (isRefusal) {
+        m_password->setFocus();
+        m_password->selectAll();
+    } else if (server) {
+        m_disclosure->setExpanded(true);
+        (*server == ConnectionTrial::Server::incoming ? m_imap : m_smtp)->focus();
+    }
+    const QString whole = server ? text + u"\n\n"_s + nameOf(*server) : text;
+    m_alert = makePlainAlert(tr("Couldn’t Sign In"), whole, QMessageBox::Ok, this);
     m_alert->setObjectName("setupAlert"_L1);
     m_alert->open();
 }
@@ -374,7 +470,7 @@ void IMAPSetupView::leave()
     m_serversEdited = false;
     m_name->clear();
     m_email->clear();
-    m_disclosure->setChecked(false);
+    m_disclosure->setExpanded(false);
 }
 
 void IMAPSetupView::closeEvent(QCloseEvent* event)
@@ -388,9 +484,18 @@ void IMAPSetupView::keyPressEvent(QKeyEvent* event)
     if (event->key() == Qt::Key_Escape)
         close();
     else if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
-        signIn();
+        takeReturn();
     else
         QWidget::keyPressEvent(event);
+}
+
+void IMAPSetupView::takeReturn()
+{
+    // Buttons leave the key to dialogs, and this is none.
+    if (auto* const button = qobject_cast<QAbstractButton*>(focusWidget()))
+        button->click();
+    else
+        signIn();
 }
 
 } // namespace Larkhaven

@@ -8,19 +8,21 @@
 #include <optional>
 #include <stop_token>
 
-class QComboBox;
 class QFormLayout;
 class QLabel;
 class QLineEdit;
 class QMessageBox;
 class QPushButton;
-class QSpinBox;
-class QToolButton;
+class QScrollArea;
 
 namespace Larkhaven {
 
+class DisclosureButton;
+class ServerFields;
+
 /// The form through which an IMAP account is added, or repaired where it can't sign in; a window of its own.
-/// The one place where a password is typed: it lives in its field until the model has taken it.
+/// The one place where a password is typed: it lives in its field until the model has taken it. It is as
+/// large as what it shows, or as the screen, where its fields scroll above its buttons.
 class IMAPSetupView : public QWidget {
     Q_OBJECT
 
@@ -31,30 +33,34 @@ protected:
     void showEvent(QShowEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    /// The fields of one of the two servers.
-    struct ServerFields {
-        QLineEdit* host;
-        QSpinBox* port;
-        QComboBox* security;
-    };
+    using AskedServer = std::optional<ConnectionTrial::Server>;
 
-    ServerFields addServer(QFormLayout& form, const QString& title, const char* name);
     void makeLayout();
+    QWidget* makeFields();
+    QWidget* makeFoot();
+    void makeConnections();
+    void fitToScreen();
+    void keepFocusInSight(QWidget* focused);
     void fillFromAccount();
     void prefill();
     void showSettings(const ServerSettings& settings);
     ServerSettings settings() const;
     void noteServerEdit();
-    void setServersShown(bool isShown);
     void updateButton();
-    void setError(const std::optional<QString>& text);
+    void showProgress(AskedServer server);
+    /// Shows what went wrong, where, and the field in which it can be mended.
+    void showFailure(const std::exception_ptr& failure, AskedServer server);
+    QString nameOf(ConnectionTrial::Server server) const;
     void signIn();
+    void takeReturn();
     Task<> save();
     void leave();
     void applyStyle();
-    void alignLabels();
+    /// Gives the width of their column.
+    int alignLabels();
 
     AppModel& m_model;
     QLabel* m_title;
@@ -62,12 +68,15 @@ private:
     QLineEdit* m_email;
     QLineEdit* m_password;
     QLabel* m_hint;
-    QToolButton* m_disclosure;
+    QScrollArea* m_scroll;
+    DisclosureButton* m_disclosure;
     QWidget* m_servers;
     QLineEdit* m_username;
-    ServerFields m_imap;
-    ServerFields m_smtp;
+    ServerFields* m_imap = nullptr;
+    ServerFields* m_smtp = nullptr;
+    QWidget* m_foot = nullptr;
     QWidget* m_progress;
+    QLabel* m_progressText;
     QPushButton* m_cancel;
     QPushButton* m_signIn;
     QPointer<QMessageBox> m_alert;

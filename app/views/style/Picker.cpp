@@ -2,6 +2,8 @@
 
 #include "views/style/Style.h"
 
+#include <QAbstractItemView>
+#include <QAccessibleWidget>
 #include <QPainter>
 
 namespace Larkhaven {
@@ -12,7 +14,57 @@ constexpr int textPadding = 9;
 constexpr int arrowSize = 12;
 constexpr int bareMargin = 2; ///< as line edits without a frame have it
 
+/// On Linux Qt gives a box the name of its choice, whatever it is called.
+class AccessiblePicker final : public QAccessibleWidget {
+public:
+    explicit AccessiblePicker(Picker* picker)
+        : QAccessibleWidget(picker, QAccessible::ComboBox)
+    {}
+
+    QString text(QAccessible::Text kind) const override
+    {
+        const bool isNamed = !picker().accessibleName().isEmpty();
+        if (kind == QAccessible::Value || (kind == QAccessible::Name && !isNamed))
+            return picker().currentText();
+        return QAccessibleWidget::text(kind);
+    }
+    QAccessible::State state() const override
+    {
+        QAccessible::State state = QAccessibleWidget::state();
+        state.expandable = true;
+        state.expanded = picker().view()->isVisible();
+        state.collapsed = !state.expanded;
+        return state;
+    }
+    QStringList actionNames() const override { return {showMenuAction()}; }
+    void doAction(const QString& name) override
+    {
+        if (name == showMenuAction())
+            picker().showPopup();
+    }
+
+private:
+    Picker& picker() const { return *static_cast<Picker*>(widget()); }
+};
+
+QAccessibleInterface* makeAccessible(const QString&, QObject* object)
+{
+    auto* const picker = qobject_cast<Picker*>(object);
+    return picker ? new AccessiblePicker(picker) : nullptr;
+}
+
 } // namespace
+
+Picker::Picker(Frame frame, QWidget* parent)
+    : QComboBox(parent)
+    , m_frame(frame)
+{
+    static const bool isInstalled = [] {
+        QAccessible::installFactory(makeAccessible);
+        return true;
+    }();
+    Q_UNUSED(isInstalled)
+}
 
 QSize Picker::sizeHint() const
 {

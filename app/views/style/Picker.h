@@ -5,16 +5,14 @@
 namespace Larkhaven {
 
 /// A choice of one among few, drawn like the fields beside it: with a frame, or as text with an arrow.
+/// Assistive technology is told its accessible name, and the choice as its value.
 class Picker : public QComboBox {
     Q_OBJECT
 
 public:
     enum class Frame { field, none };
 
-    explicit Picker(Frame frame = Frame::field, QWidget* parent = nullptr)
-        : QComboBox(parent)
-        , m_frame(frame)
-    {}
+    explicit Picker(Frame frame = Frame::field, QWidget* parent = nullptr);
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return sizeHint(); }

@@ -14,25 +14,25 @@ namespace Larkhaven::RowText {
 
 namespace {
 
-QString tr(const char* text)
-{
-    return QCoreApplication::translate("RowText", text);
-}
+/// The texts of this file.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(RowText)
+};
 
 QString recipients(const MessageSummary& row, const std::optional<Account>& account)
 {
     if (row.to.isEmpty())
-        return tr("(no recipient)");
+        return Texts::tr("(no recipient)");
     // Nobody sees more of a mass mailing.
     constexpr qsizetype mostShown = 50;
     QStringList names;
     for (const EmailAddress& recipient : row.to.first(std::min(row.to.size(), mostShown))) {
         const bool isOwn = account && recipient.address.compare(account->email, Qt::CaseInsensitive) == 0;
-        names.append(isOwn ? tr("me") : DisplayText::bounded(recipient.displayName()));
+        names.append(isOwn ? Texts::tr("me") : DisplayText::bounded(recipient.displayName()));
     }
     if (row.to.size() > mostShown)
         names.append(u"…"_s);
-    return tr("To: %1").arg(names.join(u", "_s));
+    return Texts::tr("To: %1").arg(names.join(u", "_s));
 }
 
 /// The locale's short date pattern without its year and what ties the year to the rest.
@@ -52,12 +52,12 @@ QString sender(const MessageSummary& row, const MailboxRef& mailbox, const std::
 {
     if (mailbox.role() == Mailbox::sent || mailbox.role() == Mailbox::drafts)
         return recipients(row, account);
-    return row.from ? row.from->displayName() : tr("(unknown sender)");
+    return row.from ? row.from->displayName() : Texts::tr("(unknown sender)");
 }
 
 QString subject(const MessageSummary& row)
 {
-    return row.subject.isEmpty() ? tr("(no subject)") : row.subject;
+    return row.subject.isEmpty() ? Texts::tr("(no subject)") : row.subject;
 }
 
 QString date(const QDateTime& date, const QDateTime& now)
@@ -68,7 +68,7 @@ QString date(const QDateTime& date, const QDateTime& now)
     if (local.date() == today)
         return time(local.time());
     if (local.date() == today.addDays(-1))
-        return tr("Yesterday");
+        return Texts::tr("Yesterday");
     if (local.date().year() == today.year())
         return locale.toString(local.date(), patternWithoutYear(locale));
     return locale.toString(local.date(), QLocale::ShortFormat);
