@@ -307,41 +307,6 @@
     </message>
 </context>
 <context>
-    <name>Larkhaven</name>
-    <message>
-        <source>Unread</source>
-        <translation>Ungelesen</translation>
-    </message>
-    <message>
-        <source>Starred</source>
-        <translation>Markiert</translation>
-    </message>
-    <message>
-        <source>Attachments</source>
-        <translation>Anhänge</translation>
-    </message>
-    <message>
-        <source>From</source>
-        <translation>Von</translation>
-    </message>
-    <message>
-        <source>Subject</source>
-        <translation>Betreff</translation>
-    </message>
-    <message>
-        <source>Date</source>
-        <translation>Datum</translation>
-    </message>
-    <message>
-        <source>Mailbox</source>
-        <translation>Postfach</translation>
-    </message>
-    <message>
-        <source>Size</source>
-        <translation>Größe</translation>
-    </message>
-</context>
-<context>
     <name>Larkhaven::AddressLabel</name>
     <message>
         <source>Copy</source>
@@ -378,6 +343,26 @@
         <source>Message</source>
         <translation>Nachricht</translation>
     </message>
+    <message>
+        <source>Archived.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Deleted.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Moved to Inbox.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Marked as junk.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Moved to %1.</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>Larkhaven::AttachmentChip</name>
@@ -402,6 +387,30 @@
     <message>
         <source>Attachments:</source>
         <translation>Anhänge:</translation>
+    </message>
+</context>
+<context>
+    <name>Larkhaven::CheckResults</name>
+    <message>
+        <source>Can’t reach %1.</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>Larkhaven::CheckStrips</name>
+    <message>
+        <source>%1 Last checked %2.</source>
+        <comment>a sentence, then a time</comment>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Try Again</source>
+        <translation type="unfinished">Erneut versuchen</translation>
+    </message>
+    <message>
+        <source>Try %1 Again</source>
+        <comment>an account</comment>
+        <translation type="unfinished"></translation>
     </message>
 </context>
 <context>
@@ -660,9 +669,19 @@
         <source>Larkhaven</source>
         <translation>Larkhaven</translation>
     </message>
+</context>
+<context>
+    <name>Larkhaven::ErrorAlert</name>
     <message>
         <source>Something went wrong</source>
-        <translation>Etwas ist schiefgegangen</translation>
+        <translation type="unfinished">Etwas ist schiefgegangen</translation>
+    </message>
+</context>
+<context>
+    <name>Larkhaven::FlatButton</name>
+    <message>
+        <source>%1 (%2)</source>
+        <translation type="unfinished"></translation>
     </message>
 </context>
 <context>
@@ -922,14 +941,185 @@
     </message>
 </context>
 <context>
+    <name>Larkhaven::MailCommands</name>
+    <message>
+        <source>&amp;File</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>New Message</source>
+        <translation type="unfinished">Neue Nachricht</translation>
+    </message>
+    <message>
+        <source>Quit</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Edit</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Undo</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Redo</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Cut</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Copy</source>
+        <translation type="unfinished">Kopieren</translation>
+    </message>
+    <message>
+        <source>Paste</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Select All</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Find…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Settings…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;View</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Show Preview Text</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Make Text Bigger</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Make Text Smaller</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Actual Size</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Columns</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Show Sidebar</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Sort By</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Sort This Page By</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Order</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Ascending</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Descending</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Mailbox</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Get All New Mail</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Add Account</source>
+        <translation type="unfinished">Konto hinzufügen</translation>
+    </message>
+    <message>
+        <source>Accounts…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Newest Messages</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Newer Messages</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Older Messages</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Oldest Messages</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Go To</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>New %1…</source>
+        <translation type="unfinished">%1 anlegen …</translation>
+    </message>
+    <message>
+        <source>Rename “%1”…</source>
+        <translation type="unfinished">„%1“ umbenennen …</translation>
+    </message>
+    <message>
+        <source>Rename %1…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Delete “%1”…</source>
+        <translation type="unfinished">„%1“ löschen …</translation>
+    </message>
+    <message>
+        <source>Delete %1…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>M&amp;essage</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Help</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>About Larkhaven</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Larkhaven %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>A mail client that trusts no message. Free software under the GNU General Public License, version 3 or later.</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
     <name>Larkhaven::MailToolbar</name>
     <message>
         <source>Show or Hide Sidebar</source>
         <translation>Seitenleiste ein- oder ausblenden</translation>
-    </message>
-    <message>
-        <source>Get New Mail (%1)</source>
-        <translation>Neue E-Mails abrufen (%1)</translation>
     </message>
     <message>
         <source>New Message</source>
@@ -942,10 +1132,6 @@
     <message>
         <source>Delete</source>
         <translation>Löschen</translation>
-    </message>
-    <message>
-        <source>Junk</source>
-        <translation>Werbung</translation>
     </message>
     <message>
         <source>Reply</source>
@@ -971,20 +1157,103 @@
         <source>Mark as Junk</source>
         <translation>Als Werbung kennzeichnen</translation>
     </message>
+    <message>
+        <source>Get New Mail</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>Larkhaven::MessageActions</name>
+    <message>
+        <source>Edit Draft</source>
+        <translation type="unfinished">Entwurf bearbeiten</translation>
+    </message>
+    <message>
+        <source>Open</source>
+        <translation type="unfinished">Öffnen</translation>
+    </message>
+    <message>
+        <source>Reply</source>
+        <translation type="unfinished">Antworten</translation>
+    </message>
+    <message>
+        <source>Reply All</source>
+        <translation type="unfinished">Allen antworten</translation>
+    </message>
+    <message>
+        <source>Forward</source>
+        <translation type="unfinished">Weiterleiten</translation>
+    </message>
+    <message>
+        <source>Mark as Read</source>
+        <translation type="unfinished">Als gelesen kennzeichnen</translation>
+    </message>
+    <message>
+        <source>Mark as Unread</source>
+        <translation type="unfinished">Als ungelesen kennzeichnen</translation>
+    </message>
+    <message>
+        <source>Add Star</source>
+        <translation type="unfinished">Markieren</translation>
+    </message>
+    <message>
+        <source>Remove Star</source>
+        <translation type="unfinished">Markierung entfernen</translation>
+    </message>
+    <message>
+        <source>Archive</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Move To</source>
+        <translation type="unfinished">Verschieben nach</translation>
+    </message>
+    <message>
+        <source>Label As</source>
+        <translation type="unfinished">Label zuweisen</translation>
+    </message>
+    <message>
+        <source>Not Spam</source>
+        <translation type="unfinished">Kein Spam</translation>
+    </message>
+    <message>
+        <source>Report Spam</source>
+        <translation type="unfinished">Spam melden</translation>
+    </message>
+    <message>
+        <source>Mark as Junk</source>
+        <translation type="unfinished">Als Werbung kennzeichnen</translation>
+    </message>
+    <message>
+        <source>Delete</source>
+        <translation type="unfinished">Löschen</translation>
+    </message>
+    <message>
+        <source>New Label…</source>
+        <translation type="unfinished">Neues Label …</translation>
+    </message>
+    <message>
+        <source>Show Messages from Sender</source>
+        <translation type="unfinished">Nachrichten dieses Absenders zeigen</translation>
+    </message>
+    <message>
+        <source>Copy Sender Address</source>
+        <translation type="unfinished">Adresse des Absenders kopieren</translation>
+    </message>
+    <message>
+        <source>Save As…</source>
+        <translation type="unfinished">Sichern unter …</translation>
+    </message>
+    <message>
+        <source>Show Source</source>
+        <translation type="unfinished">Quelltext zeigen</translation>
+    </message>
 </context>
 <context>
     <name>Larkhaven::MessageTable</name>
     <message>
         <source>Messages</source>
         <translation>Nachrichten</translation>
-    </message>
-    <message>
-        <source>1 message</source>
-        <translation>1 Nachricht</translation>
-    </message>
-    <message>
-        <source>%1 messages</source>
-        <translation>%1 Nachrichten</translation>
     </message>
     <message>
         <source>No Messages</source>
@@ -997,6 +1266,29 @@
     <message>
         <source>Check the spelling or try a new search.</source>
         <translation>Prüfen Sie die Schreibweise oder versuchen Sie eine neue Suche.</translation>
+    </message>
+    <message numerus="yes">
+        <source>%n messages</source>
+        <comment>that are dragged</comment>
+        <translation type="unfinished">
+            <numerusform></numerusform>
+            <numerusform></numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>Messages Not Loaded</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>They show as soon as the mail service answers.</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>Larkhaven::MessageTableHeader</name>
+    <message>
+        <source>A click on a title sorts this page</source>
+        <translation type="unfinished"></translation>
     </message>
 </context>
 <context>
@@ -1021,20 +1313,20 @@
         <translation>Zu den neuesten oder ältesten Nachrichten springen</translation>
     </message>
     <message>
-        <source>Newer (%1)</source>
-        <translation>Neuere (%1)</translation>
-    </message>
-    <message>
-        <source>Older (%1)</source>
-        <translation>Ältere (%1)</translation>
-    </message>
-    <message>
         <source>Newest</source>
         <translation>Neueste</translation>
     </message>
     <message>
         <source>Oldest</source>
         <translation>Älteste</translation>
+    </message>
+    <message>
+        <source>Newer</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Older</source>
+        <translation type="unfinished"></translation>
     </message>
 </context>
 <context>
@@ -1149,6 +1441,36 @@
     </message>
 </context>
 <context>
+    <name>Larkhaven::SearchLine</name>
+    <message>
+        <source>Clear</source>
+        <translation type="unfinished">Löschen</translation>
+    </message>
+    <message>
+        <source>Clear Search</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Searching for “%1” in %2…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>No answer about “%1” in %2</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Results for “%1” in %2</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message numerus="yes">
+        <source>%Ln results for “%1” in %2</source>
+        <translation type="unfinished">
+            <numerusform></numerusform>
+            <numerusform></numerusform>
+        </translation>
+    </message>
+</context>
+<context>
     <name>Larkhaven::SecureMessageView</name>
     <message>
         <source>Unable to display this message safely.</source>
@@ -1234,6 +1556,10 @@
         <source>Delete “%1”…</source>
         <translation>„%1“ löschen …</translation>
     </message>
+    <message>
+        <source>Sign In…</source>
+        <translation type="unfinished">Anmelden …</translation>
+    </message>
 </context>
 <context>
     <name>Larkhaven::SignInBanner</name>
@@ -1297,6 +1623,13 @@
     <message>
         <source>Suggestions</source>
         <translation>Vorschläge</translation>
+    </message>
+</context>
+<context>
+    <name>Larkhaven::UndoLine</name>
+    <message>
+        <source>Undo</source>
+        <translation type="unfinished"></translation>
     </message>
 </context>
 <context>
@@ -1415,6 +1748,10 @@
         <source>Messages can&apos;t be moved to %1.</source>
         <translation>Nachrichten lassen sich nicht nach „%1“ verschieben.</translation>
     </message>
+    <message>
+        <source>These messages can’t be moved back.</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>Mailbox</name>
@@ -1457,6 +1794,41 @@
     <message>
         <source>Trash</source>
         <translation>Papierkorb</translation>
+    </message>
+</context>
+<context>
+    <name>MessageColumn</name>
+    <message>
+        <source>Unread</source>
+        <translation type="unfinished">Ungelesen</translation>
+    </message>
+    <message>
+        <source>Starred</source>
+        <translation type="unfinished">Markiert</translation>
+    </message>
+    <message>
+        <source>Attachments</source>
+        <translation type="unfinished">Anhänge</translation>
+    </message>
+    <message>
+        <source>From</source>
+        <translation type="unfinished">Von</translation>
+    </message>
+    <message>
+        <source>Subject</source>
+        <translation type="unfinished">Betreff</translation>
+    </message>
+    <message>
+        <source>Date</source>
+        <translation type="unfinished">Datum</translation>
+    </message>
+    <message>
+        <source>Mailbox</source>
+        <translation type="unfinished">Postfach</translation>
+    </message>
+    <message>
+        <source>Size</source>
+        <translation type="unfinished">Größe</translation>
     </message>
 </context>
 <context>
@@ -1511,93 +1883,6 @@
     <message>
         <source>No authorization code</source>
         <translation>Kein Autorisierungscode</translation>
-    </message>
-</context>
-<context>
-    <name>QMenu</name>
-    <message>
-        <source>Edit Draft</source>
-        <translation>Entwurf bearbeiten</translation>
-    </message>
-    <message>
-        <source>Open</source>
-        <translation>Öffnen</translation>
-    </message>
-    <message>
-        <source>Reply</source>
-        <translation>Antworten</translation>
-    </message>
-    <message>
-        <source>Reply All</source>
-        <translation>Allen antworten</translation>
-    </message>
-    <message>
-        <source>Forward</source>
-        <translation>Weiterleiten</translation>
-    </message>
-    <message>
-        <source>Mark as Read</source>
-        <translation>Als gelesen kennzeichnen</translation>
-    </message>
-    <message>
-        <source>Mark as Unread</source>
-        <translation>Als ungelesen kennzeichnen</translation>
-    </message>
-    <message>
-        <source>Add Star</source>
-        <translation>Markieren</translation>
-    </message>
-    <message>
-        <source>Remove Star</source>
-        <translation>Markierung entfernen</translation>
-    </message>
-    <message>
-        <source>Archive</source>
-        <translation>Archivieren</translation>
-    </message>
-    <message>
-        <source>Not Spam</source>
-        <translation>Kein Spam</translation>
-    </message>
-    <message>
-        <source>Report Spam</source>
-        <translation>Spam melden</translation>
-    </message>
-    <message>
-        <source>Mark as Junk</source>
-        <translation>Als Werbung kennzeichnen</translation>
-    </message>
-    <message>
-        <source>Delete</source>
-        <translation>Löschen</translation>
-    </message>
-    <message>
-        <source>Move To</source>
-        <translation>Verschieben nach</translation>
-    </message>
-    <message>
-        <source>Label As</source>
-        <translation>Label zuweisen</translation>
-    </message>
-    <message>
-        <source>New Label…</source>
-        <translation>Neues Label …</translation>
-    </message>
-    <message>
-        <source>Show Messages from Sender</source>
-        <translation>Nachrichten dieses Absenders zeigen</translation>
-    </message>
-    <message>
-        <source>Copy Sender Address</source>
-        <translation>Adresse des Absenders kopieren</translation>
-    </message>
-    <message>
-        <source>Show Source</source>
-        <translation>Quelltext zeigen</translation>
-    </message>
-    <message>
-        <source>Save As…</source>
-        <translation>Sichern unter …</translation>
     </message>
 </context>
 <context>

@@ -2,12 +2,33 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="en" sourcelanguage="en">
 <context>
+    <name>Larkhaven::MessageTable</name>
+    <message numerus="yes">
+        <source>%n messages</source>
+        <comment>that are dragged</comment>
+        <translation>
+            <numerusform>%n message</numerusform>
+            <numerusform>%n messages</numerusform>
+        </translation>
+    </message>
+</context>
+<context>
     <name>Larkhaven::ReaderBanner</name>
     <message numerus="yes">
         <source>%n tracking images blocked</source>
         <translation>
             <numerusform>%n tracking image blocked</numerusform>
             <numerusform>%n tracking images blocked</numerusform>
+        </translation>
+    </message>
+</context>
+<context>
+    <name>Larkhaven::SearchLine</name>
+    <message numerus="yes">
+        <source>%Ln results for “%1” in %2</source>
+        <translation>
+            <numerusform>%Ln result for “%1” in %2</numerusform>
+            <numerusform>%Ln results for “%1” in %2</numerusform>
         </translation>
     </message>
 </context>

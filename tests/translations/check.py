@@ -32,11 +32,8 @@ DEFERRED = {"core/protocols/IMAPResponse.cpp": ["tr("]}
 KNOWN = {
     "app/views/compose/ComposeFiles.cpp",
     "app/views/compose/SendAgain.cpp",
-    "app/views/list/MessageActions.cpp",
-    "app/views/list/MessageColumns.cpp",
-    "app/views/list/MessageTable.cpp",
 }
-KNOWN_WARNINGS = ["SendAgain.cpp", "MessageColumns.cpp"]
+KNOWN_WARNINGS = ["SendAgain.cpp"]
 KNOWN_CONTEXTS = ["QMenu", "Larkhaven", "Larkhaven::SendAgain", "ComposeFiles"]
 
 PLACE = re.compile(r"%(?:L?\d|L?n)")

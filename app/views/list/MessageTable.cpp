@@ -288,7 +288,7 @@ QPixmap MessageTable::dragPicture(qsizetype count) const
 {
     const Style& style = Style::shared();
     const QFont font = style.font(Style::Type::body, Style::Weight::semibold);
-    const QString text = count == 1 ? tr("1 message") : tr("%1 messages").arg(count);
+    const QString text = tr("%n messages", "that are dragged", static_cast<int>(count));
     const QSize size(QFontMetrics(font).horizontalAdvance(text) + 2 * Style::padding, style.scaled(2.2));
     QPixmap picture(size * devicePixelRatioF());
     picture.setDevicePixelRatio(devicePixelRatioF());

@@ -2,8 +2,10 @@
 
 #include "views/style/DisplayText.h"
 
-#include <QLocale>
 #include <QPushButton>
+
+#include <algorithm>
+#include <limits>
 
 using namespace Qt::StringLiterals;
 
@@ -44,9 +46,9 @@ QString SearchLine::words() const
     const bool isCounted = account->provider != ProviderKind::google && m_model.total();
     if (!isCounted)
         return tr("Results for “%1” in %2").arg(query, mailbox);
-    if (*m_model.total() == 1)
-        return tr("1 result for “%1” in %2").arg(query, mailbox);
-    return tr("%1 results for “%2” in %3").arg(QLocale().toString(*m_model.total()), query, mailbox);
+    const auto count =
+        static_cast<int>(std::clamp<qint64>(*m_model.total(), 0, std::numeric_limits<int>::max()));
+    return tr("%Ln results for “%1” in %2", nullptr, count).arg(query, mailbox);
 }
 
 void SearchLine::update()
