@@ -184,6 +184,9 @@ void SecureMessageView::DeletePageLater::operator()(Page* page) const
 
 void SecureMessageView::registerScheme()
 {
+    // The engine writes its settings to the terminal when it starts. Who wants to see them sets
+    // QT_LOGGING_RULES, which comes later.
+    QLoggingCategory::setFilterRules(u"qt.webenginecontext.info=false\nqt.webenginecontext.debug=false"_s);
     QWebEngineUrlScheme document(documentScheme);
     document.setSyntax(QWebEngineUrlScheme::Syntax::Path);
     QWebEngineUrlScheme::registerScheme(document);
