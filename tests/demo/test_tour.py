@@ -40,6 +40,7 @@ class TourTest(unittest.TestCase):
     def test_what_the_engine_says_can_be_asked_for_and_so_can_our_own_complaints_be_seen(self):
         outcome = self.tour([self.program, self.screenshots], QT_LOGGING_RULES="qt.webenginecontext.info=true")
         self.assertIn("qt.webenginecontext", outcome.stderr)
+        self.assertIn("log-level 3", outcome.stderr, "the engine's processes write nothing but what ends them")
         outcome = self.tour(["sh", "-c", "echo a complaint >&2; exit 3"])
         self.assertEqual(outcome.returncode, 3)
         self.assertIn("a complaint", outcome.stderr)
