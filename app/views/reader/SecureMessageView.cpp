@@ -182,8 +182,25 @@ void SecureMessageView::DeletePageLater::operator()(Page* page) const
     page->deleteLater();
 }
 
+namespace {
+
+/// The engine writes its settings to the terminal when it starts, and later what troubles it and nobody can
+/// do anything about. What ends it is written all the same; who wants more sets QT_LOGGING_RULES, which comes
+/// later, or a log level of the engine's.
+void keepEngineQuiet()
+{
+    constexpr const char* variable = "QTWEBENGINE_CHROMIUM_FLAGS";
+    QLoggingCategory::setFilterRules(u"qt.webenginecontext.info=false\nqt.webenginecontext.debug=false"_s);
+    const QByteArray flags = qgetenv(variable);
+    if (!flags.contains("--log-level"))
+        qputenv(variable, flags + " --log-level=3");
+}
+
+} // namespace
+
 void SecureMessageView::registerScheme()
 {
+    keepEngineQuiet();
     QWebEngineUrlScheme document(documentScheme);
     document.setSyntax(QWebEngineUrlScheme::Syntax::Path);
     QWebEngineUrlScheme::registerScheme(document);

@@ -28,7 +28,8 @@ class SecureMessageView : public QWidget {
     Q_OBJECT
 
 public:
-    /// Makes the private scheme known under which the engine asks for the document.
+    /// Makes the private scheme known under which the engine asks for the document, and keeps the engine from
+    /// writing about itself to the terminal.
     static void registerScheme();
 
     /// Gives the rule list of a mode, or fails with `MailError`.
