@@ -55,7 +55,7 @@ UNTRUSTED = re.compile(
 CLEANED = "DisplayText::"
 # Calls that must take the text as it is: what the user edits and gets back, and names that are our own.
 TAKEN_AS_IT_IS = {
-    "app/views/compose/ComposeView.cpp": ["draft.subject"],  # a field; drafts pass the gate
+    "app/views/compose/ComposeForm.cpp": ["draft.subject"],  # a field; drafts pass the gate
     "app/views/setup/IMAPSetupView.cpp": [
         "account->displayName.value_or(QString())",  # fields of the user's own settings
         "account->email",
@@ -63,7 +63,6 @@ TAKEN_AS_IT_IS = {
         "label(security), QVariant::fromValue(static_cast<int>(security))",
     ],
     "app/views/compose/ComposeRow.cpp": ["label", "name.remove(u':')"],  # "To:", "Subject:"
-    "app/views/compose/ComposeEditorController.cpp": ["name"],  # a language, as the system names it
     "app/views/style/EmptyStateView.cpp": ["state.title"],  # one of our own sentences
     "app/views/compose/FormatBar.cpp": ["label"],  # "Bold"
     "app/views/reader/ReaderHeaders.cpp": ["name"],  # "From:"

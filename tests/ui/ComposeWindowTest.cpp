@@ -412,7 +412,7 @@ TEST_F(ComposeWindowTest, WhatWasTypedAndTakenBackIsNoChangeButInALongText)
     QTest::keyClick(&text(window), Qt::Key_Backspace);
     EXPECT_FALSE(window.view().hasUnsavedChanges());
     ComposeDraft longer = addressed();
-    longer.body = u"word "_s.repeated(ComposeView::longestCompared / 5);
+    longer.body = u"word "_s.repeated(ComposeSession::longestCompared / 5);
     ComposeWindow& longWindow = open(longer);
     EXPECT_FALSE(longWindow.view().hasUnsavedChanges());
     QTest::keyClicks(&text(longWindow), u"x"_s);

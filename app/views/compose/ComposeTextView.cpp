@@ -261,7 +261,7 @@ void ComposeTextView::contextMenuEvent(QContextMenuEvent* event)
     QMenu* const menu = createStandardContextMenu(event->pos());
     menu->setAttribute(Qt::WA_DeleteOnClose);
     if (controller && !isReadOnly())
-        controller->addSpelling(*menu, cursorForPosition(event->pos()).position());
+        controller->spelling().addTo(*menu, cursorForPosition(event->pos()).position());
     menu->popup(event->globalPos());
 }
 
