@@ -429,6 +429,7 @@ QString Style::styleSheet() const
         QSpinBox:focus { border-color: @accent; }
         QComboBox QAbstractItemView { background: @surface; color: @text; border: 1px solid @hairline;
                                       selection-background-color: @accent; selection-color: @onAccent; }
+        QListView[role="suggestions"] { background: @surface; color: @text; border: 1px solid @hairline; padding: 2px; }
         QMenu { background: @surface; color: @text; border: 1px solid @hairline; padding: 4px; }
         QMenu::item { padding: 5px 24px 5px 12px; border-radius: 4px; }
         QMenu::item:selected { background: @accent; color: @onAccent; }
