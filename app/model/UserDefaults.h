@@ -32,6 +32,7 @@ inline constexpr auto accent = "accent"_L1;
 inline constexpr auto textSize = "textSize"_L1;
 inline constexpr auto collapsedAccounts = "collapsedAccounts"_L1;
 inline constexpr auto tableColumns = "tableColumns"_L1;
+inline constexpr auto composeWindowSize = "composeWindowSize"_L1;
 } // namespace DefaultsKey
 
 /// What the program remembers of the user's choices: an INI file with a layer of registered defaults below

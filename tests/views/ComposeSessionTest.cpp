@@ -7,6 +7,7 @@
 #include "support/WaitUntil.h"
 #include "views/compose/ComposeFileReader.h"
 
+#include <QMimeData>
 #include <QMutex>
 #include <QSemaphore>
 
@@ -291,6 +292,8 @@ TEST_F(ComposeSessionTest, AFailureAfterTheWindowHasClosedComesBackWithItsText)
     EXPECT_EQ(late.constFirst().first.body, u"More"_s);
     EXPECT_FALSE(late.constFirst().first.wasSending);
     EXPECT_EQ(late.constFirst().second.title, u"Message Not Sent"_s);
+    EXPECT_EQ(late.constFirst().second.text, MailError::protocolError(u"No."_s).localizedText() +
+                                                 u"\nYour text is safe: it stays in this window."_s);
     EXPECT_TRUE(surface.failures.isEmpty());
 }
 
@@ -403,7 +406,7 @@ protected:
 TEST_F(ComposeFileReaderTest, ReadsOneListAfterTheOtherEachWithTheTotalBeforeIt)
 {
     open();
-    reader->add({});
+    reader->add(QList<QUrl>());
     EXPECT_FALSE(reader->isReading());
     reader->add({url(u"a"_s), url(u"refused"_s)});
     reader->add({url(u"b"_s)});
@@ -413,6 +416,47 @@ TEST_F(ComposeFileReaderTest, ReadsOneListAfterTheOtherEachWithTheTotalBeforeIt)
     EXPECT_EQ(names, QStringList({u"a"_s, u"b"_s}));
     EXPECT_EQ(totals, QList<qint64>({0, 5}));
     EXPECT_EQ(refused, QList<QStringList>({{u"refused"_s}}));
+}
+
+TEST_F(ComposeFileReaderTest, AnImageOfTheClipboardIsAFileOfItsOwn)
+{
+    open();
+    QMimeData data;
+    data.setData(u"image/jpeg"_s, "jpeg bytes");
+    QImage pixels(4, 3, QImage::Format_RGB32);
+    pixels.fill(Qt::red);
+    data.setImageData(pixels);
+    // The bytes of a file are taken as they are; nothing is decoded.
+    reader->add(ComposeFiles::imageOf(data));
+    ASSERT_TRUE(waitUntil([this] { return !reader->isReading(); }));
+    EXPECT_EQ(names, QStringList({u"Pasted Image.jpg"_s}));
+    EXPECT_EQ(total, 10);
+    QMimeData drawn;
+    drawn.setImageData(pixels);
+    const ComposeFiles::Files made = ComposeFiles::made(ComposeFiles::imageOf(drawn), 0, 10'000);
+    ASSERT_EQ(made.attachments.size(), 1);
+    EXPECT_EQ(made.attachments.constFirst().filename, u"Pasted Image.png"_s);
+    EXPECT_EQ(made.attachments.constFirst().mimeType, u"image/png"_s);
+    EXPECT_EQ(QImage::fromData(made.attachments.constFirst().data).size(), QSize(4, 3));
+}
+
+TEST_F(ComposeFileReaderTest, AnImageBeyondTheLimitIsRefusedByName)
+{
+    QMimeData data;
+    data.setData(u"image/png"_s, QByteArray(11, 'x'));
+    const ComposeFiles::Image image = ComposeFiles::imageOf(data);
+    EXPECT_EQ(ComposeFiles::made(image, 9, 20).attachments.size(), 1);
+    EXPECT_EQ(ComposeFiles::made(image, 10, 20).refused, QStringList({u"Pasted Image.png"_s}));
+    EXPECT_EQ(ComposeFiles::made({}, 0, 20).refused, QStringList({u"Pasted Image"_s}));
+}
+
+TEST_F(ComposeFileReaderTest, ManyNamesAreCut)
+{
+    QList<QUrl> files;
+    for (int number = 0; number < 12; ++number)
+        files.append(url(u"f%1"_s.arg(number)));
+    EXPECT_EQ(ComposeFiles::names(files.first(2)), u"f0, f1"_s);
+    EXPECT_EQ(ComposeFiles::names(files), u"f0, f1, f2, f3, f4, f5, f6, f7, f8, f9, …"_s);
 }
 
 TEST_F(ComposeFileReaderTest, AWaitEndsWithTheLastFileAndSaysWhetherAllCame)

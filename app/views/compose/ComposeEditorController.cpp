@@ -59,6 +59,7 @@ ComposeEditorController::ComposeEditorController(QObject* parent)
         setBaseFont(m_baseFont.family(), m_sizes.base);
         if (textView)
             textView->setFont(m_baseFont);
+        m_spelling.followLooks(m_sizes);
     });
 }
 
@@ -111,7 +112,7 @@ void ComposeEditorController::attach(ComposeTextView& view, const QString& initi
         const bool isTyping = textView && textView->hasFocus() && !textView->textCursor().hasSelection();
         return isTyping ? textView->textCursor().position() : -1;
     };
-    m_spelling.attach(*document, typingPosition);
+    m_spelling.attach(*document, m_sizes, typingPosition);
     connect(document, &QTextDocument::contentsChanged, this, &ComposeEditorController::followDocument);
     connect(&view, &QTextEdit::cursorPositionChanged, this, &ComposeEditorController::followCursor);
     connect(&view, &QTextEdit::currentCharFormatChanged, this, &ComposeEditorController::selectionChanged);

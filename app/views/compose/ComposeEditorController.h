@@ -2,6 +2,7 @@
 
 #include "domain/MailProvider.h"
 #include "platform/Wakeup.h"
+#include "views/compose/ComposeFiles.h"
 #include "views/compose/ComposeSpelling.h"
 #include "views/compose/ComposeTextView.h"
 #include "views/richtext/ComposeFormat.h"
@@ -34,6 +35,9 @@ public:
     QPointer<ComposeTextView> textView;
     /// What to do with files that are dropped on the text.
     std::function<void(const QList<QUrl>&)> onDropFiles;
+    /// What to do with files, or an image, of the clipboard.
+    std::function<void(const QList<QUrl>&)> onPasteFiles;
+    std::function<void(const ComposeFiles::Image&)> onPasteImage;
 
     /// The font of text without one of its own, its size in pixels on the screen.
     const QFont& baseFont() const { return m_baseFont; }

@@ -22,7 +22,21 @@ void ComposeFileReader::add(const QList<QUrl>& files)
 {
     if (files.isEmpty())
         return;
-    m_waiting.append(files);
+    begin([read = m_read, files](qint64 total) {
+        return read(files, total, MessageComposer::maxAttachmentBytes);
+    });
+}
+
+void ComposeFileReader::add(const ComposeFiles::Image& image)
+{
+    begin([image](qint64 total) {
+        return ComposeFiles::made(image, total, MessageComposer::maxAttachmentBytes);
+    });
+}
+
+void ComposeFileReader::begin(Work work)
+{
+    m_waiting.append(std::move(work));
     if (!m_isReading)
         spawn(readAll(), dropFailure);
 }
@@ -34,9 +48,7 @@ Task<> ComposeFileReader::readAll()
     Q_EMIT began();
     QStringList refused;
     while (!m_waiting.isEmpty()) {
-        const auto work = [read = m_read, files = m_waiting.takeFirst(), total = m_total()] {
-            return read(files, total, MessageComposer::maxAttachmentBytes);
-        };
+        const auto work = [next = m_waiting.takeFirst(), total = m_total()] { return next(total); };
         const ComposeFiles::Files added = co_await runOnWorker(work);
         if (!self)
             co_return;

@@ -25,6 +25,7 @@ public:
     ~ComposeFileReader() override;
 
     void add(const QList<QUrl>& files);
+    void add(const ComposeFiles::Image& image);
     bool isReading() const { return m_isReading; }
 
     /// Ends when nothing is being read, or with `stop`. Whether every file that it had to wait for was
@@ -40,11 +41,14 @@ Q_SIGNALS:
     void finished(const QStringList& refused);
 
 private:
+    using Work = std::function<ComposeFiles::Files(qint64 total)>;
+
+    void begin(Work work);
     Task<> readAll();
 
     Read m_read;
     std::function<qint64()> m_total;
-    QList<QList<QUrl>> m_waiting;
+    QList<Work> m_waiting;
     bool m_isReading = false;
     bool m_isStopped = false;
     bool m_wasRefused = false; ///< a file of the last ones

@@ -12,6 +12,8 @@
 #include "views/style/Picker.h"
 #include "views/style/Style.h"
 
+#include <QApplication>
+#include <QKeyEvent>
 #include <QScrollArea>
 #include <QVBoxLayout>
 
@@ -22,6 +24,7 @@ namespace Larkhaven {
 ComposeForm::ComposeForm(const ComposeDraft& draft, UserDefaults& defaults, ContactsService& contacts,
                          QWidget* parent)
     : QWidget(parent)
+    , m_fields(new QWidget)
     , m_accounts(new Picker(Picker::Frame::none))
     , m_from(new ComposeRow(tr("From:"), m_accounts))
     , m_to(new AddressField(tr("To:"), defaults, contacts))
@@ -54,6 +57,7 @@ ComposeForm::ComposeForm(const ComposeDraft& draft, UserDefaults& defaults, Cont
     m_bcc->setText(draft.bcc);
     m_subjectGate->load(draft.subject);
     connectFields();
+    m_lastField = &m_to->line();
 }
 
 void ComposeForm::layOut(QWidget* subjectRow)
@@ -63,8 +67,12 @@ void ComposeForm::layOut(QWidget* subjectRow)
     auto* const rows = new QVBoxLayout(page);
     rows->setContentsMargins(0, 0, 0, 0);
     rows->setSpacing(0);
-    for (QWidget* const row :
-         std::initializer_list<QWidget*>{m_from, m_to, m_cc, m_bcc, subjectRow, m_notices, m_formatBar})
+    auto* const fields = new QVBoxLayout(m_fields);
+    fields->setContentsMargins(0, 0, 0, 0);
+    fields->setSpacing(0);
+    for (QWidget* const row : std::initializer_list<QWidget*>{m_from, m_to, m_cc, m_bcc, subjectRow})
+        fields->addWidget(row);
+    for (QWidget* const row : std::initializer_list<QWidget*>{m_fields, m_notices, m_formatBar})
         rows->addWidget(row);
     rows->addWidget(m_text, 1);
     auto* const scroll = new QScrollArea;
@@ -94,6 +102,10 @@ void ComposeForm::connectFields()
         connect(field, &AddressField::textChanged, this, &ComposeForm::changed);
         connect(field, &AddressField::focused, this, [this, which = which] { m_focus = which; });
     }
+    connect(qApp, &QApplication::focusChanged, this, [this](const QWidget*, QWidget* now) {
+        if (now && m_fields->isAncestorOf(now))
+            m_lastField = now;
+    });
     m_subject->installEventFilter(this);
     m_text->textView().installEventFilter(this);
     connect(m_accounts, &QComboBox::activated, this,
@@ -105,6 +117,14 @@ void ComposeForm::connectFields()
     connect(&m_editor, &ComposeEditorController::textChanged, this, &ComposeForm::changed);
     connect(&m_editor, &ComposeEditorController::richTextChanged, this, &ComposeForm::followRichText);
     connect(m_attachments, &AttachmentStrip::attachmentsChanged, this, &ComposeForm::changed);
+    connect(&m_editor.spelling(), &ComposeSpelling::languagesChanged, this, &ComposeForm::followLanguages);
+    followLanguages();
+}
+
+void ComposeForm::followLanguages()
+{
+    if (const QString missing = m_editor.spelling().takeMissing(); !missing.isEmpty())
+        m_notices->add(tr("There is no dictionary for %1, so its spelling isn’t checked.").arg(missing));
 }
 
 // --- What it shows
@@ -177,8 +197,33 @@ void ComposeForm::setInitialFocus()
         m_text->setFocus();
 }
 
+QList<ComposeForm::FocusPart> ComposeForm::focusParts() const
+{
+    QList<FocusPart> parts{
+        {m_fields, [this] { m_lastField->setFocus(Qt::OtherFocusReason); }},
+        {m_text, [this] { m_text->setFocus(Qt::OtherFocusReason); }},
+        {m_formatBar, [this] { m_formatBar->takeFocus(Qt::OtherFocusReason); }},
+        {m_attachments, [this] { m_attachments->takeFocus(Qt::OtherFocusReason); }},
+    };
+    parts.removeIf([](const FocusPart& part) { return !part.part->isVisible(); });
+    return parts;
+}
+
+/// From the last field the keyboard goes to the text: the format bar stands between them, and is a step back.
+bool ComposeForm::isStepToText(const QEvent& event) const
+{
+    if (event.type() != QEvent::KeyPress)
+        return false;
+    const auto& key = static_cast<const QKeyEvent&>(event);
+    return key.key() == Qt::Key_Tab && key.modifiers() == Qt::NoModifier;
+}
+
 bool ComposeForm::eventFilter(QObject* watched, QEvent* event)
 {
+    if (watched == m_subject && isStepToText(*event)) {
+        m_text->setFocus(Qt::TabFocusReason);
+        return true;
+    }
     if (event->type() == QEvent::FocusIn)
         m_focus = watched == m_subject ? std::optional(Field::subject) : std::nullopt;
     return QWidget::eventFilter(watched, event);

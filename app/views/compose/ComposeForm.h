@@ -4,8 +4,10 @@
 #include "views/compose/ComposeEditorController.h"
 #include "views/compose/ContactsService.h"
 
+#include <QPointer>
 #include <QWidget>
 
+#include <functional>
 #include <optional>
 
 class QComboBox;
@@ -28,6 +30,12 @@ class ComposeForm : public QWidget {
 
 public:
     enum class Field { to, cc, bcc, subject };
+
+    /// A part of the window, and what gives it the keyboard.
+    struct FocusPart {
+        QWidget* part;
+        std::function<void()> takeFocus;
+    };
 
     /// `draft` fills the fields.
     ComposeForm(const ComposeDraft& draft, UserDefaults& defaults, ContactsService& contacts,
@@ -53,6 +61,9 @@ public:
     void setRichText(bool richText);
     /// The keyboard goes to the first field that is still empty.
     void setInitialFocus();
+    /// The parts between which F6 moves, in its order: fields, text, format bar, files. Those that aren't
+    /// shown are left out.
+    QList<FocusPart> focusParts() const;
 
 Q_SIGNALS:
     /// Something that belongs to the draft is another than before.
@@ -68,12 +79,16 @@ protected:
 private:
     void layOut(QWidget* subjectRow);
     void connectFields();
+    bool isStepToText(const QEvent& event) const;
     void followRichText();
+    void followLanguages();
     void applyStyle();
 
     ComposeEditorController m_editor;
     std::optional<Field> m_focus;
     bool m_showsBcc = false;
+    QWidget* m_fields;             ///< the rows down to the subject
+    QPointer<QWidget> m_lastField; ///< that had the keyboard
     QComboBox* m_accounts;
     ComposeRow* m_from;
     AddressField* m_to;

@@ -247,7 +247,8 @@ ComposeSession::Failure ComposeSession::failureOf(Delivery delivery, const std::
     if (delivery == Delivery::save)
         return {tr("Draft Not Saved"), localizedText(error)};
     if (!SendAgain::mayHaveGoneOut(error))
-        return {tr("Message Not Sent"), localizedText(error)};
+        return {tr("Message Not Sent"),
+                localizedText(error) + u'\n' + tr("Your text is safe: it stays in this window.")};
     return {tr("Message May Have Been Sent"),
             tr("%1 The text is kept. Before it goes out again, Larkhaven looks for it in Sent.")
                 .arg(localizedText(error))};

@@ -1,6 +1,5 @@
 #include "views/compose/ComposeSpelling.h"
 
-#include "app/platform/SpellChecker.h"
 #include "app/platform/Spelling.h"
 #include "platform/Tasks.h"
 #include "views/compose/ComposeHighlighter.h"
@@ -45,11 +44,21 @@ ComposeSpelling::ComposeSpelling(QObject* parent)
     chooseLanguage();
 }
 
-void ComposeSpelling::attach(QTextDocument& document, std::function<int()> typingPosition)
+void ComposeSpelling::attach(QTextDocument& document, const ComposeFormat::Sizes& sizes,
+                             std::function<int()> typingPosition)
 {
     m_document = &document;
     m_highlighter = new ComposeHighlighter(&document, m_spelling, std::move(typingPosition));
-    m_highlighter->setLanguage(m_language);
+    m_highlighter->setSizes(sizes);
+    m_highlighter->setLanguages(m_languages);
+}
+
+void ComposeSpelling::followLooks(const ComposeFormat::Sizes& sizes)
+{
+    if (!m_highlighter)
+        return;
+    m_highlighter->setSizes(sizes);
+    m_highlighter->restart();
 }
 
 void ComposeSpelling::followCursor()
@@ -61,10 +70,18 @@ void ComposeSpelling::followCursor()
 void ComposeSpelling::chooseLanguage()
 {
     const QStringList wanted{QGuiApplication::inputMethod()->locale().name(), QLocale().name()};
-    m_language = m_chosenLanguage.isEmpty() ? SpellChecker::bestLanguage(m_spelling.languages(), wanted)
-                                            : m_chosenLanguage;
+    m_languages = SpellingLanguages(m_spelling.languages(), wanted, m_chosen);
     if (m_highlighter)
-        m_highlighter->setLanguage(m_language);
+        m_highlighter->setLanguages(m_languages);
+    Q_EMIT languagesChanged();
+}
+
+QString ComposeSpelling::takeMissing()
+{
+    const QString missing = m_languages.missing();
+    if (missing.isEmpty() || !m_spelling.isLoaded() || !m_spelling.noteMissing(missing))
+        return {};
+    return QLocale(missing).nativeLanguageName();
 }
 
 // --- The menu
@@ -86,7 +103,7 @@ void ComposeSpelling::addWord(QMenu& menu, QAction* before, int position)
                                                  void (Spelling::*teach)(const QString&, const QString&)) {
         auto* const item = new QAction(text, &menu);
         connect(item, &QAction::triggered, this, [this, word, teach] {
-            (m_spelling.*teach)(m_language, word.text);
+            (m_spelling.*teach)(word.language, word.text);
             if (m_highlighter)
                 m_highlighter->restart();
         });
@@ -98,24 +115,24 @@ void ComposeSpelling::addWord(QMenu& menu, QAction* before, int position)
         place->setEnabled(false);
         menu.insertAction(before, place);
         QTimer::singleShot(suggestionPatience, place, &QObject::deleteLater);
-        spawn(addSuggestions(&menu, place, word.position, word.text), dropFailure);
+        spawn(addSuggestions(&menu, place, word), dropFailure);
     }
     add(tr("Add to Dictionary"), &Spelling::add);
     add(tr("Ignore"), &Spelling::ignore);
     menu.insertSeparator(before);
 }
 
-Task<> ComposeSpelling::addSuggestions(QPointer<QMenu> menu, QPointer<QAction> place, int position,
-                                       QString word)
+Task<> ComposeSpelling::addSuggestions(QPointer<QMenu> menu, QPointer<QAction> place,
+                                       ComposeHighlighter::Word word)
 {
     const QPointer<ComposeSpelling> self(this);
-    const QStringList suggestions = co_await m_spelling.suggestions(m_language, word);
+    const QStringList suggestions = co_await m_spelling.suggestions(word.language, word.text);
     if (!self || !menu || !place)
         co_return;
     for (const QString& suggestion : suggestions) {
         auto* const item = new QAction(DisplayText::menuItem(suggestion), menu);
         connect(item, &QAction::triggered, this,
-                [this, position, word, suggestion] { replace(position, word, suggestion); });
+                [this, word, suggestion] { replace(word.position, word.text, suggestion); });
         menu->insertAction(place, item);
     }
     delete place;
@@ -140,10 +157,10 @@ void ComposeSpelling::addLanguages(QMenu& menu)
     for (const QString& tag : m_spelling.languages()) {
         QAction* const item = languages->addAction(DisplayText::menuItem(nameOf(tag)));
         item->setCheckable(true);
-        item->setChecked(tag == m_language);
+        item->setChecked(tag == m_languages.main());
         group->addAction(item);
         connect(item, &QAction::triggered, this, [this, tag] {
-            m_chosenLanguage = tag;
+            m_chosen = tag;
             chooseLanguage();
         });
     }

@@ -13,7 +13,10 @@
 #include <QLocale>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QShortcut>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -86,6 +89,7 @@ void ComposeView::build(const ComposeDraft& draft)
 void ComposeView::connectParts()
 {
     connect(m_toolbar, &ComposeToolbar::sendRequested, this, &ComposeView::send);
+    connect(m_toolbar, &ComposeToolbar::saveRequested, this, &ComposeView::save);
     connect(m_toolbar, &ComposeToolbar::attachRequested, this, &ComposeView::attach);
     connect(m_toolbar, &ComposeToolbar::bccRequested, m_form, &ComposeForm::setShowsBcc);
     connect(m_toolbar, &ComposeToolbar::richTextRequested, m_form, &ComposeForm::setRichText);
@@ -97,7 +101,21 @@ void ComposeView::connectParts()
     connect(m_form, &ComposeForm::accountChosen, m_session, &ComposeSession::setAccount);
     connect(m_form, &ComposeForm::subjectChanged, this, &ComposeView::titleChanged);
     connect(&m_model, &AppModel::accountsChanged, this, &ComposeView::followAccounts);
+    for (const auto& [chord, step] :
+         {std::pair(QKeySequence(Qt::Key_F6), 1), std::pair(QKeySequence(Qt::SHIFT | Qt::Key_F6), -1)})
+        connect(new QShortcut(chord, this), &QShortcut::activated, this,
+                [this, step = step] { moveFocus(step); });
     m_form->editor().onDropFiles = [this](const QList<QUrl>& files) { addFiles(files); };
+    m_form->editor().onPasteFiles = [this](const QList<QUrl>& files) {
+        spawn(offerToAttach(ComposeFiles::names(files), [this, files] { addFiles(files); }), dropFailure);
+    };
+    m_form->editor().onPasteImage = [this](const ComposeFiles::Image& image) {
+        const auto add = [this, image] {
+            if (!isSending())
+                m_files->add(image);
+        };
+        spawn(offerToAttach(tr("An image"), add), dropFailure);
+    };
     connect(m_files, &ComposeFileReader::began, this, [this] { showProgress(tr("Attaching…")); });
     connect(m_files, &ComposeFileReader::found, this, [this](const QList<OutgoingAttachment>& found) {
         m_form->attachments().setAttachments(m_form->attachments().attachments() + found);
@@ -121,6 +139,19 @@ void ComposeView::showEvent(QShowEvent* event)
     QWidget::showEvent(event);
     if (!std::exchange(m_hasAppeared, true))
         m_form->setInitialFocus();
+}
+
+/// Gives the keyboard to the next part of the window, or to the one before.
+void ComposeView::moveFocus(int step)
+{
+    QList<ComposeForm::FocusPart> parts = m_form->focusParts();
+    parts.append({m_toolbar, [this] { m_toolbar->takeFocus(Qt::OtherFocusReason); }});
+    const QWidget* const focus = QApplication::focusWidget();
+    const auto holdsFocus = [focus](const ComposeForm::FocusPart& part) {
+        return focus && (part.part == focus || part.part->isAncestorOf(focus));
+    };
+    const auto now = std::ranges::find_if(parts, holdsFocus) - parts.begin();
+    parts[(now + step + parts.size()) % parts.size()].takeFocus();
 }
 
 QString ComposeView::title() const
@@ -298,6 +329,25 @@ void ComposeView::attach()
         self->m_choosingFiles = false;
         self->addFiles(files);
     });
+}
+
+Task<> ComposeView::offerToAttach(QString what, std::function<void()> attach)
+{
+    QMessageBox* const offer =
+        makePlainAlert(tr("Do you want to attach what you pasted?"), what, QMessageBox::NoButton, window());
+    offer->setObjectName("attachOffer"_L1);
+    const Style& style = Style::shared();
+    offer->setIconPixmap(
+        style.pixmap(Symbol::paperclip, style.scaled(2.5), style.colors().accent, devicePixelRatioF()));
+    QPushButton* const yes = offer->addButton(tr("Attach"), QMessageBox::ActionRole);
+    QPushButton* const no = offer->addButton(tr("Cancel"), QMessageBox::ActionRole);
+    offer->setDefaultButton(yes);
+    offer->setEscapeButton(no);
+    const QPointer<ComposeView> self(this);
+    const QList<QAbstractButton*> buttons{yes, no};
+    const qsizetype answer = co_await answerTo(offer, buttons);
+    if (self && answer == 0)
+        attach();
 }
 
 void ComposeView::addFiles(const QList<QUrl>& files)

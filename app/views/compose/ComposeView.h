@@ -106,7 +106,9 @@ private:
     void build(const ComposeDraft& draft);
     void connectParts();
     void followAccounts();
+    void moveFocus(int step);
     void attach();
+    Task<> offerToAttach(QString what, std::function<void()> attach);
     Task<> closeIfWanted();
     void applyStyle();
 
