@@ -317,6 +317,8 @@ public:
     QString signatureBlock() const;
     /// Opens a compose window to the addresses, which may be empty.
     void newMessage(const QString& to);
+    /// Opens a compose window with what the URL asks for. Whether there is an account that can send it.
+    bool newMessageFor(const MailtoURL& url);
     Task<> reply(const MessageSummary& row, bool all);
     Task<> forward(const MessageSummary& row);
     Task<> editDraft(const MessageSummary& row);

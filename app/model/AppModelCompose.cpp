@@ -85,6 +85,14 @@ void AppModel::newMessage(const QString& to)
         openCompose(Writing::newMessage(writingSetting(account->id), to));
 }
 
+bool AppModel::newMessageFor(const MailtoURL& url)
+{
+    const std::optional<Account> account = composeAccount();
+    if (account)
+        openCompose(Writing::messageFor(writingSetting(account->id), url));
+    return account.has_value();
+}
+
 Task<ParsedMessage> AppModel::parsed(MessageSummary row)
 {
     const std::optional<MessageSummary> open = m_path.isEmpty() ? std::nullopt : message(m_path.last());

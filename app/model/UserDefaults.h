@@ -35,6 +35,7 @@ inline constexpr auto tableColumns = "tableColumns"_L1;
 inline constexpr auto sidebarWidth = "sidebarWidth"_L1;
 inline constexpr auto sidebarHidden = "sidebarHidden"_L1;
 inline constexpr auto mailboxOnScreen = "mailboxOnScreen"_L1;
+inline constexpr auto composeWindowSize = "composeWindowSize"_L1;
 } // namespace DefaultsKey
 
 /// What the program remembers of the user's choices: an INI file with a layer of registered defaults below

@@ -73,14 +73,21 @@ Passed quotable(const ParsedMessage& message, const QString& snippet)
     return DraftGate::text(plainText(message, snippet), Texts::tr("[The rest of the message is left out.]"));
 }
 
-/// Sets the subject with "Re: " or "Fwd: " before it, as much of it as an answer takes up.
-void setSubject(ComposeDraft& draft, const ParsedMessage& message, QString (*marked)(const QString&))
+/// Sets the subject, as much of it as a draft takes up.
+void setSubject(ComposeDraft& draft, const QString& text)
 {
-    const DraftGate::Passed subject = DraftGate::line(message.headers.subject(), DraftGate::longestSubject);
-    draft.subject = marked(subject.text);
+    const DraftGate::Passed subject = DraftGate::line(text, DraftGate::longestSubject);
+    draft.subject = subject.text;
     if (!subject.isWhole())
         draft.notices.append(
             Texts::tr("The subject was too long or had too many marks, and a part of it was left out."));
+}
+
+/// Sets the subject with "Re: " or "Fwd: " before it.
+void setSubject(ComposeDraft& draft, const ParsedMessage& message, QString (*marked)(const QString&))
+{
+    setSubject(draft, message.headers.subject());
+    draft.subject = marked(draft.subject);
 }
 
 /// What a forwarded message says of itself, each line as long as an editor can take it.
@@ -244,6 +251,20 @@ ComposeDraft newMessage(const Setting& setting, const QString& to)
     draft.to = fields.given(to);
     draft.notices = fields.notices();
     draft.body = setting.signature;
+    return draft;
+}
+
+ComposeDraft messageFor(const Setting& setting, const MailtoURL& url)
+{
+    ComposeDraft draft = emptyDraft(setting);
+    RecipientFields fields;
+    draft.to = fields.given(url.to);
+    draft.cc = fields.given(url.cc);
+    draft.bcc = fields.given(url.bcc);
+    draft.notices = fields.notices();
+    setSubject(draft, url.subject);
+    draft.body =
+        DraftGate::text(url.body, tr("[The rest of the text is left out.]")).text + setting.signature;
     return draft;
 }
 

@@ -2,6 +2,7 @@
 
 #include "domain/Account.h"
 #include "domain/Message.h"
+#include "format/MailtoURL.h"
 #include "format/ParsedMessage.h"
 #include "model/ComposeDraft.h"
 
@@ -28,6 +29,9 @@ enum class Recipients { sender, all };
 
 /// An empty draft to the addresses, which may come from a link.
 ComposeDraft newMessage(const Setting& setting, const QString& to);
+
+/// A draft of what a "mailto:" URL asks for. Nothing of it leaves before the user has seen it and sends it.
+ComposeDraft messageFor(const Setting& setting, const MailtoURL& url);
 
 /// An answer to where the message asks for answers, or else to whom it is from, with all others who have it
 /// in Cc for `Recipients::all`. One's own message is answered to those whom it went to.

@@ -55,7 +55,15 @@ Task<> Spelling::load()
     if (!self)
         co_return;
     m_languages = languages;
+    m_isLoaded = true;
     Q_EMIT languagesChanged();
+}
+
+bool Spelling::noteMissing(const QString& locale)
+{
+    const qsizetype before = m_missing.size();
+    m_missing.insert(locale);
+    return m_missing.size() > before;
 }
 
 Spelling::Verdict Spelling::verdict(const QString& language, const QString& word)

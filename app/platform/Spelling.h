@@ -35,6 +35,10 @@ public:
 
     /// The tags of the installed dictionaries, such as "en_US"; empty until they are read.
     const QStringList& languages() const { return m_languages; }
+    /// Whether they are read.
+    bool isLoaded() const { return m_isLoaded; }
+    /// Remembers that there is no dictionary for the locale; false where that was known.
+    bool noteMissing(const QString& locale);
 
     /// What is known of the word. Where nothing is, it is looked up, and `learned` tells when it has been.
     Verdict verdict(const QString& language, const QString& word);
@@ -61,6 +65,8 @@ private:
     std::shared_ptr<Dictionaries> m_dictionaries; ///< for the worker alone
     QThreadPool m_worker;
     QStringList m_languages;
+    bool m_isLoaded = false;
+    QSet<QString> m_missing;                      ///< locales without a dictionary
     QHash<QString, QHash<QString, bool>> m_known; ///< whether words are right, by language
     QHash<QString, QSet<QString>> m_asked;        ///< what the worker is still to tell, or is being asked
     QHash<QString, QStringList> m_waiting;        ///< what the worker is asked next

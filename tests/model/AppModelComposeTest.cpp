@@ -3,6 +3,7 @@
 #include "domain/MailError.h"
 #include "format/MIMEParser.h"
 #include "model/AppModel.h"
+#include "model/DraftGate.h"
 #include "support/Await.h"
 #include "support/ModelFixture.h"
 #include "support/QtPrinters.h"
@@ -58,6 +59,50 @@ TEST(AppModelComposeWithoutAccounts, OpensNoWindow)
 {
     ModelFixture fixture(QList<Account>{});
     fixture.model().newMessage(u"a@x"_s);
+    EXPECT_FALSE(fixture.model().pendingCompose());
+}
+
+TEST_F(AppModelCompose, OpensAWindowWithWhatAMailtoURLAsksForAndSendsNothing)
+{
+    model().defaults().set(DefaultsKey::signature, u"Mia"_s);
+    const std::optional<MailtoURL> url = MailtoURL::parse(
+        u"mailto:a@x.example?cc=b@x.example&bcc=c@x.example&subject=Hello&body=One%0ATwo&attach=/etc/passwd"
+        "&In-Reply-To=%3Cx@y%3E"_s);
+    ASSERT_TRUE(url);
+    EXPECT_TRUE(model().newMessageFor(*url));
+    const ComposeDraft draft = opened();
+    EXPECT_EQ(draft.accountID, fixture.account(0).id);
+    EXPECT_EQ(draft.to, u"a@x.example");
+    EXPECT_EQ(draft.cc, u"b@x.example");
+    EXPECT_EQ(draft.bcc, u"c@x.example");
+    EXPECT_EQ(draft.subject, u"Hello");
+    EXPECT_EQ(draft.body, u"One\nTwo\n\n-- \nMia");
+    EXPECT_TRUE(draft.attachments.isEmpty());
+    EXPECT_FALSE(draft.inReplyTo);
+    EXPECT_TRUE(draft.notices.isEmpty());
+    settle();
+    EXPECT_TRUE(fixture.provider(0).sent().isEmpty());
+}
+
+TEST_F(AppModelCompose, AMailtoURLPassesTheBoundsOfDrafts)
+{
+    MailtoURL url;
+    url.subject = QString(DraftGate::longestSubject + 1, u's');
+    url.to = QStringList(DraftGate::mostAddresses + 1, u"a@x.example"_s).join(u", "_s);
+    url.body = u"line\n"_s.repeated(DraftGate::mostLines + 10);
+    EXPECT_TRUE(model().newMessageFor(url));
+    const ComposeDraft draft = opened();
+    EXPECT_EQ(draft.subject.size(), DraftGate::longestSubject + 1);
+    EXPECT_EQ(draft.subject.back(), u'…');
+    EXPECT_EQ(draft.to.count(u'@'), DraftGate::mostAddresses);
+    EXPECT_TRUE(draft.body.contains("[The rest of the text is left out.]"_L1));
+    EXPECT_EQ(draft.notices.size(), 2);
+}
+
+TEST(AppModelComposeWithoutAccounts, SaysThatNobodyCanSendWhatAMailtoURLAsksFor)
+{
+    ModelFixture fixture(QList<Account>{});
+    EXPECT_FALSE(fixture.model().newMessageFor({u"a@x"_s, {}, {}, {}, {}}));
     EXPECT_FALSE(fixture.model().pendingCompose());
 }
 

@@ -41,7 +41,7 @@ protected:
 TEST_F(DesktopFilesTest, BringTheRedirectsOfBothServicesBack)
 {
     make("GOOGLE_CLIENT_ID = 12-Ab..apps.x.com\n");
-    EXPECT_TRUE(hasLine("MimeType=x-scheme-handler/com.x.apps.12-ab;"
+    EXPECT_TRUE(hasLine("MimeType=x-scheme-handler/mailto;x-scheme-handler/com.x.apps.12-ab;"
                         "x-scheme-handler/msauth.com.tundra42.larkhaven;"))
         << entry.constData();
 }
@@ -50,7 +50,9 @@ TEST_F(DesktopFilesTest, LeaveGoogleOutWhereTheBuildHasNoClient)
 {
     for (const char* value : {"", "$(GOOGLE_CLIENT_ID)", "a;b=c"}) {
         make(QByteArray("GOOGLE_CLIENT_ID = ") + value + '\n');
-        EXPECT_TRUE(hasLine("MimeType=x-scheme-handler/msauth.com.tundra42.larkhaven;")) << value;
+        EXPECT_TRUE(
+            hasLine("MimeType=x-scheme-handler/mailto;x-scheme-handler/msauth.com.tundra42.larkhaven;"))
+            << value;
     }
 }
 

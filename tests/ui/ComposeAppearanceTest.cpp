@@ -80,7 +80,7 @@ TEST_P(ComposeAppearanceTest, ShowsSuggestionsSheetsAndProgress)
     ASSERT_TRUE(waitUntil([this] { return contacts.status() == ContactsService::Status::ready; }));
     field(window, "to").line().end(false);
     QTest::keyClicks(&field(window, "to").line(), u"ad"_s);
-    ASSERT_TRUE(window.findChild<SuggestionList*>()->isVisible());
+    ASSERT_TRUE(field(window, "to").list().isVisible());
     takeScreenshot(window, u"compose-suggestions-"_s + nameOf(GetParam()));
     QTest::keyClick(&field(window, "to").line(), Qt::Key_Return);
     window.close();

@@ -3,6 +3,8 @@
 #include "support/WaitUntil.h"
 #include "views/compose/SuggestionList.h"
 
+#include <QAccessible>
+#include <QApplication>
 #include <QLineEdit>
 #include <QTest>
 
@@ -38,9 +40,21 @@ protected:
 
     SuggestionList* list() const
     {
-        auto* const found = window->findChild<SuggestionList*>();
-        return found && found->isVisible() ? found : nullptr;
+        SuggestionList& found = field(*window, "to").list();
+        return found.isVisible() ? &found : nullptr;
     }
+
+    /// A key as the display sends it: to the list while it is open.
+    void press(Qt::Key key) const
+    {
+        QTest::keyClick(list() ? static_cast<QWidget*>(list()) : focused(), key);
+    }
+    void type(const QString& text) const
+    {
+        for (const QChar letter : text)
+            QTest::keyClick(list() ? static_cast<QWidget*>(list()) : focused(), letter.toLatin1());
+    }
+    static QWidget* focused() { return QApplication::focusWidget(); }
 
     QPointer<ComposeWindow> window;
 };
@@ -138,7 +152,7 @@ TEST_F(ComposeSuggestionsTest, AtMostSixAreShownAndNoneWithoutTheFocus)
     AddressField& to = opened();
     QTest::keyClicks(&to.line(), u"zoe"_s);
     EXPECT_EQ(to.suggestions().size(), 6);
-    EXPECT_EQ(list()->count(), 6);
+    EXPECT_EQ(list()->model()->rowCount(), 6);
     text(*window).setFocus();
     ASSERT_TRUE(waitUntil([this] { return !list(); }));
     EXPECT_TRUE(to.suggestions().isEmpty());
@@ -150,7 +164,7 @@ TEST_F(ComposeSuggestionsTest, AClickTakesASuggestion)
     QTest::keyClicks(&to.line(), u"ann"_s);
     ASSERT_TRUE(list());
     QTest::mouseClick(list()->viewport(), Qt::LeftButton, {},
-                      list()->visualItemRect(list()->item(0)).center());
+                      list()->visualRect(list()->model()->index(0, 0)).center());
     EXPECT_EQ(to.text(), u"Ann Smith <ann@example.com>, "_s);
 }
 
@@ -160,6 +174,123 @@ TEST_F(ComposeSuggestionsTest, ContactsThatComeLateShowAtOnce)
     AddressField& to = field(*window, "to");
     to.setText(u"ann"_s);
     EXPECT_TRUE(waitUntil([&] { return to.suggestions().size() == 1; }));
+}
+
+// --- The list as a popup, which gets the keys while it is open
+
+TEST_F(ComposeSuggestionsTest, KeysReachTheListWhileItIsOpen)
+{
+    AddressField& to = opened();
+    type(u"smi"_s);
+    ASSERT_TRUE(list());
+    EXPECT_EQ(QApplication::activePopupWidget(), list());
+    EXPECT_EQ(to.text(), u"smi"_s);
+    EXPECT_TRUE(to.line().hasFocus());
+    press(Qt::Key_Up);
+    EXPECT_EQ(to.highlighted(), 0);
+    press(Qt::Key_Down);
+    press(Qt::Key_Down);
+    press(Qt::Key_Down);
+    EXPECT_EQ(to.highlighted(), 2);
+    press(Qt::Key_Up);
+    press(Qt::Key_Tab);
+    EXPECT_EQ(to.text(), u"Smilla Berg <smilla@example.com>, "_s);
+    EXPECT_TRUE(to.line().hasFocus());
+    EXPECT_FALSE(list());
+    type(u"ann"_s);
+    press(Qt::Key_Escape);
+    EXPECT_FALSE(list());
+    EXPECT_TRUE(window->isVisible());
+    EXPECT_EQ(to.dismissedFor(), u"ann"_s);
+    type(u"@"_s);
+    press(Qt::Key_Backspace);
+    ASSERT_TRUE(list());
+    press(Qt::Key_Return);
+    EXPECT_EQ(to.text(), u"Smilla Berg <smilla@example.com>, Ann Smith <ann@example.com>, "_s);
+}
+
+TEST_F(ComposeSuggestionsTest, TypingOnWithTheListOpenNarrowsIt)
+{
+    AddressField& to = opened();
+    type(u"sm"_s);
+    EXPECT_EQ(list()->model()->rowCount(), 3);
+    type(u"ill"_s);
+    EXPECT_EQ(to.text(), u"smill"_s);
+    EXPECT_EQ(list()->model()->rowCount(), 1);
+    type(u"x"_s);
+    EXPECT_FALSE(list());
+    press(Qt::Key_Tab);
+    EXPECT_TRUE(field(*window, "cc").line().hasFocus());
+}
+
+TEST_F(ComposeSuggestionsTest, AModifiedKeyIsNoCommandOfTheList)
+{
+    AddressField& to = opened();
+    type(u"ann"_s);
+    ASSERT_TRUE(list());
+    QTest::keyClick(list(), Qt::Key_Down, Qt::AltModifier);
+    EXPECT_EQ(to.highlighted(), 0);
+    QTest::keyClick(&to.line(), Qt::Key_Return, Qt::ControlModifier);
+    EXPECT_EQ(to.text(), u"ann"_s);
+}
+
+TEST_F(ComposeSuggestionsTest, AClickBesideTheListClosesItUntilOtherTextIsTyped)
+{
+    AddressField& to = opened();
+    type(u"ann"_s);
+    ASSERT_TRUE(list());
+    QTest::mouseClick(list(), Qt::LeftButton, {}, QPoint(-50, -50));
+    settle();
+    EXPECT_FALSE(list());
+    EXPECT_TRUE(to.line().hasFocus());
+    type(u"@"_s);
+    press(Qt::Key_Backspace);
+    EXPECT_TRUE(list());
+}
+
+TEST_F(ComposeSuggestionsTest, TheListStandsUnderItsFieldWithinTheWindow)
+{
+    AddressField& to = opened();
+    type(u"zoe"_s);
+    ASSERT_TRUE(list());
+    const QRect rect(list()->mapToGlobal(QPoint(0, 0)), list()->size());
+    const int below = to.line().mapToGlobal(QPoint(0, to.line().height())).y();
+    EXPECT_GE(rect.top(), below - 2);
+    EXPECT_LE(rect.top(), below + 4);
+    EXPECT_LE(rect.right(), window->mapToGlobal(QPoint(window->width(), 0)).x());
+    // All rows are whole.
+    const QRect last = list()->visualRect(list()->model()->index(5, 0));
+    EXPECT_LE(last.bottom(), list()->viewport()->height());
+}
+
+// --- Assistive technology
+
+TEST_F(ComposeSuggestionsTest, WhatIsHighlightedIsTheDescriptionOfItsField)
+{
+    AddressField& to = opened();
+    const auto described = [&to] {
+        return QAccessible::queryAccessibleInterface(&to.line())->text(QAccessible::Description);
+    };
+    EXPECT_EQ(described(), QString());
+    type(u"smi"_s);
+    ASSERT_TRUE(list());
+    EXPECT_EQ(described(), u"Ann Smith ann@example.com"_s);
+    press(Qt::Key_Down);
+    EXPECT_EQ(described(), u"Smilla Berg smilla@example.com"_s);
+    press(Qt::Key_Escape);
+    EXPECT_EQ(described(), QString());
+}
+
+TEST_F(ComposeSuggestionsTest, ARowOfTheListIsNamedByItsContact)
+{
+    opened();
+    type(u"ann"_s);
+    ASSERT_TRUE(list());
+    QAccessibleInterface* const view = QAccessible::queryAccessibleInterface(list());
+    ASSERT_TRUE(view);
+    EXPECT_EQ(view->text(QAccessible::Name), u"Suggestions"_s);
+    ASSERT_EQ(view->childCount(), 1);
+    EXPECT_EQ(view->child(0)->text(QAccessible::Name), u"Ann Smith ann@example.com"_s);
 }
 
 } // namespace

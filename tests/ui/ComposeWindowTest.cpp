@@ -131,7 +131,8 @@ TEST_F(ComposeWindowTest, AFailureToSendIsToldAndLosesNothing)
     ASSERT_TRUE(waitUntil([&] { return alert(window, "composeAlert"); }));
     QMessageBox* const told = alert(window, "composeAlert");
     EXPECT_EQ(told->text(), u"Message Not Sent"_s);
-    EXPECT_EQ(told->informativeText(), MailError::protocolError(u"No."_s).localizedText());
+    EXPECT_EQ(told->informativeText(), MailError::protocolError(u"No."_s).localizedText() +
+                                           u"\nYour text is safe: it stays in this window."_s);
     EXPECT_FALSE(window.view().isSending());
     EXPECT_TRUE(window.view().error());
     press(*told, u"OK"_s);
@@ -145,7 +146,9 @@ TEST_F(ComposeWindowTest, AMessageWithoutRecipientsIsNotSent)
     ComposeWindow& window = open();
     child<FlatButton>(window, "send").click();
     ASSERT_TRUE(waitUntil([&] { return alert(window, "composeAlert"); }));
-    EXPECT_EQ(alert(window, "composeAlert")->informativeText(), u"Please specify at least one recipient."_s);
+    EXPECT_TRUE(alert(window, "composeAlert")
+                    ->informativeText()
+                    .startsWith("Please specify at least one recipient.\n"_L1));
 }
 
 TEST_F(ComposeWindowTest, SendingShowsInTheToolbarAndHoldsTheFields)
@@ -412,7 +415,7 @@ TEST_F(ComposeWindowTest, WhatWasTypedAndTakenBackIsNoChangeButInALongText)
     QTest::keyClick(&text(window), Qt::Key_Backspace);
     EXPECT_FALSE(window.view().hasUnsavedChanges());
     ComposeDraft longer = addressed();
-    longer.body = u"word "_s.repeated(ComposeView::longestCompared / 5);
+    longer.body = u"word "_s.repeated(ComposeSession::longestCompared / 5);
     ComposeWindow& longWindow = open(longer);
     EXPECT_FALSE(longWindow.view().hasUnsavedChanges());
     QTest::keyClicks(&text(longWindow), u"x"_s);

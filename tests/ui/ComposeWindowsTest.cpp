@@ -531,7 +531,7 @@ TEST_F(ComposeFailureTest, ATextOnItsWayStaysMarkedWhateverWasTypedBefore)
     ASSERT_TRUE(waitUntil([&] { return window.view().isSending(); }));
     // What was typed would be kept by now, and an account is changed.
     fixture.model().setNickname(fixture.account().id, u"Work"_s);
-    QTest::qWait(ComposeView::keepingDelay + 300);
+    QTest::qWait(ComposeSession::keepingDelay + 300);
     EXPECT_EQ(noteAfterCrash(id),
               u"This was being sent when Larkhaven ended. Look in Sent before you send it again."_s);
 }

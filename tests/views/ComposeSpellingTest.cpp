@@ -36,7 +36,7 @@ protected:
     {
         ASSERT_TRUE(waitUntil([] { return !Spelling::shared().languages().isEmpty(); }));
         settle();
-        ASSERT_TRUE(waitUntil([this] { return controller.highlighter()->isDone(); }));
+        ASSERT_TRUE(waitUntil([this] { return controller.spelling().highlighter()->isDone(); }));
     }
 
     QAction* action(QMenu& menu, const QString& text)
@@ -97,7 +97,7 @@ TEST_F(ComposeSpellingTest, OffersSuggestionsAtTheTopOfTheMenu)
     waitForChecks();
     QMenu menu;
     menu.addAction(u"Copy"_s);
-    controller.addSpelling(menu, 5);
+    controller.spelling().addTo(menu, 5);
     // They come when the dictionary has thought of them; the menu opens at once.
     QAction* const place = action(menu, u"Looking for Suggestions…"_s);
     ASSERT_TRUE(place);
@@ -120,7 +120,7 @@ TEST_F(ComposeSpellingTest, ALongWordIsMarkedButNothingIsSuggestedForIt)
     waitForChecks();
     ASSERT_TRUE(isMarked(0));
     QMenu menu;
-    controller.addSpelling(menu, 1);
+    controller.spelling().addTo(menu, 1);
     EXPECT_TRUE(action(menu, u"Ignore"_s));
     EXPECT_FALSE(action(menu, u"Looking for Suggestions…"_s));
 }
@@ -131,10 +131,10 @@ TEST_F(ComposeSpellingTest, AMenuThatIsGoneGetsNoSuggestions)
     waitForChecks();
     {
         QMenu menu;
-        controller.addSpelling(menu, 5);
+        controller.spelling().addTo(menu, 5);
     }
     QMenu menu;
-    controller.addSpelling(menu, 5);
+    controller.spelling().addTo(menu, 5);
     EXPECT_TRUE(waitUntil([&] { return action(menu, u"world"_s); }));
 }
 
@@ -144,7 +144,7 @@ TEST_F(ComposeSpellingTest, AnIgnoredWordIsMarkedNoMore)
     waitForChecks();
     ASSERT_TRUE(isMarked(0));
     QMenu menu;
-    controller.addSpelling(menu, 0);
+    controller.spelling().addTo(menu, 0);
     action(menu, u"Ignore"_s)->trigger();
     waitForChecks();
     EXPECT_FALSE(isMarked(0));
@@ -156,7 +156,7 @@ TEST_F(ComposeSpellingTest, TheMenuLetsChooseAnotherLanguage)
     waitForChecks();
     ASSERT_TRUE(isMarked(0));
     QMenu menu;
-    controller.addSpelling(menu, 0);
+    controller.spelling().addTo(menu, 0);
     QMenu* const languages = action(menu, u"Spelling Language"_s)->menu();
     ASSERT_TRUE(languages);
     EXPECT_TRUE(action(*languages, u"English (United States)"_s)->isChecked());

@@ -5,15 +5,18 @@
 #include "views/compose/ContactsService.h"
 
 #include <QLineEdit>
-#include <QPointer>
+
+class QCompleter;
 
 namespace Larkhaven {
 
 class LineGate;
 class SuggestionList;
+class SuggestionsModel;
 
 /// A row of addresses. While one is typed, the contacts that it may mean stand in a list under the field:
-/// arrows choose, Return and Tab take, Escape hides the list until other text is typed.
+/// arrows choose, Return and Tab take, Escape hides the list until other text is typed. What is highlighted
+/// is told to assistive technology as well.
 class AddressField : public ComposeRow {
     Q_OBJECT
 
@@ -29,7 +32,8 @@ public:
     void setText(const QString& text);
     QLineEdit& line() const { return *m_line; }
 
-    const QList<ContactSuggestion>& suggestions() const { return m_suggestions; }
+    const QList<ContactSuggestion>& suggestions() const;
+    SuggestionList& list() const { return *m_list; }
     int highlighted() const { return m_highlighted; }
     /// The token for which the user has hidden the list.
     const QString& dismissedFor() const { return m_dismissedFor; }
@@ -50,15 +54,19 @@ private:
     bool handleKey(int key);
     void take(int index);
     void refresh();
-    void place();
+    void hideSuggestions();
+    void highlight(int index);
+    void announce(const QString& text);
+    QRect place() const;
     bool suggestsFromContacts() const;
 
     UserDefaults& m_defaults;
     ContactsService& m_contacts;
     QLineEdit* m_line;
     LineGate* m_gate;
-    QPointer<SuggestionList> m_list; ///< a child of the window, over the rows below
-    QList<ContactSuggestion> m_suggestions;
+    SuggestionsModel* m_model;
+    QCompleter* m_completer;
+    SuggestionList* m_list; ///< the completer's own
     int m_highlighted = 0;
     QString m_dismissedFor;
 };

@@ -8,7 +8,7 @@
 #include "views/style/FlowLayout.h"
 #include "views/style/Style.h"
 
-#include <QHBoxLayout>
+#include <QGridLayout>
 #include <QLabel>
 #include <QPainter>
 #include <QScrollArea>
@@ -44,6 +44,7 @@ AttachmentStrip::AttachmentStrip(QWidget* parent)
     layout->setContentsMargins(Style::padding, Style::smallPadding + 1, Style::padding, Style::smallPadding);
     layout->setSpacing(Style::grid);
     m_scroll->setFrameShape(QFrame::NoFrame);
+    m_scroll->setFocusPolicy(Qt::NoFocus);
     m_scroll->setWidgetResizable(true);
     m_scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_scroll->setWidget(m_chips);
@@ -66,12 +67,17 @@ QWidget* AttachmentStrip::makeItem(const OutgoingAttachment& attachment)
     chip->setAttribute(Qt::WA_TransparentForMouseEvents);
     auto* const remove = new FlatButton(Symbol::xmarkCircleFill, tr("Remove Attachment"));
     remove->setObjectName("removeAttachment"_L1);
+    remove->setLook(FlatButton::Look::small);
+    remove->setAccessibleName(tr("Remove %1").arg(DisplayText::bounded(attachment.filename)));
     connect(remove, &QToolButton::clicked, this, [this, id = attachment.id] { this->remove(id); });
-    auto* const layout = new QHBoxLayout(item);
+    const auto makeRoom = [chip, remove] { chip->setTrailingRoom(remove->minimumWidth() - Style::grid); };
+    connect(&Style::shared(), &Style::changed, chip, makeRoom);
+    makeRoom();
+    // The cross stands within its chip.
+    auto* const layout = new QGridLayout(item);
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->setSpacing(0);
-    layout->addWidget(chip);
-    layout->addWidget(remove);
+    layout->addWidget(chip, 0, 0);
+    layout->addWidget(remove, 0, 0, Qt::AlignRight | Qt::AlignVCenter);
     return item;
 }
 
@@ -116,6 +122,16 @@ void AttachmentStrip::remove(const QUuid& id)
     QList<OutgoingAttachment> kept = m_attachments;
     kept.removeIf([&id](const OutgoingAttachment& attachment) { return attachment.id == id; });
     setAttachments(kept);
+}
+
+void AttachmentStrip::takeFocus(Qt::FocusReason reason)
+{
+    for (int index = 0; index < m_chips->layout()->count(); ++index) {
+        if (auto* const button = m_chips->layout()->itemAt(index)->widget()->findChild<FlatButton*>()) {
+            button->setFocus(reason);
+            return;
+        }
+    }
 }
 
 void AttachmentStrip::fit()

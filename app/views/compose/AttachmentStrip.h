@@ -23,6 +23,8 @@ public:
     void setAttachments(const QList<OutgoingAttachment>& attachments);
     /// In bytes.
     qint64 total() const;
+    /// The keyboard goes to the first button.
+    void takeFocus(Qt::FocusReason reason);
 
 Q_SIGNALS:
     void attachmentsChanged();

@@ -1,29 +1,20 @@
 #include "views/compose/ComposeEditorController.h"
 
-#include "app/platform/SpellChecker.h"
-#include "app/platform/Spelling.h"
 #include "platform/Tasks.h"
-#include "views/compose/ComposeHighlighter.h"
 #include "views/richtext/ComposeHTML.h"
 #include "views/richtext/PastedHTML.h"
 #include "views/richtext/QuietDocument.h"
 #include "views/richtext/TextRuns.h"
 #include "views/style/Style.h"
 
-#include <QActionGroup>
 #include <QColorDialog>
 #include <QFontDatabase>
 #include <QFontDialog>
-#include <QGuiApplication>
-#include <QInputMethod>
-#include <QLocale>
-#include <QMenu>
 #include <QRegularExpression>
 #include <QTextBlock>
 #include <QTextDocumentFragment>
 #include <QTextFrame>
 #include <QTextList>
-#include <QTimer>
 
 using namespace Qt::StringLiterals;
 
@@ -36,9 +27,6 @@ constexpr qsizetype longestAddress = 2'000;
 
 /// Longer HTML is read on a worker. In UTF-16 units.
 constexpr qsizetype longestReadAtOnce = 50'000;
-
-/// A menu that was opened so long ago gets no suggestions any more.
-constexpr std::chrono::seconds suggestionPatience(2);
 
 /// Of a level of lists. In pixels.
 constexpr double levelIndent = 24;
@@ -65,18 +53,14 @@ QString addressOf(const QString& text)
 
 ComposeEditorController::ComposeEditorController(QObject* parent)
     : QObject(parent)
-    , m_spelling(Spelling::shared())
 {
     setBaseFont({}, m_sizes.base);
-    connect(QGuiApplication::inputMethod(), &QInputMethod::localeChanged, this,
-            &ComposeEditorController::chooseLanguage);
-    connect(&m_spelling, &Spelling::languagesChanged, this, &ComposeEditorController::chooseLanguage);
     connect(&Style::shared(), &Style::changed, this, [this] {
         setBaseFont(m_baseFont.family(), m_sizes.base);
         if (textView)
             textView->setFont(m_baseFont);
+        m_spelling.followLooks(m_sizes);
     });
-    chooseLanguage();
 }
 
 ComposeEditorController::~ComposeEditorController()
@@ -128,8 +112,7 @@ void ComposeEditorController::attach(ComposeTextView& view, const QString& initi
         const bool isTyping = textView && textView->hasFocus() && !textView->textCursor().hasSelection();
         return isTyping ? textView->textCursor().position() : -1;
     };
-    m_highlighter = new ComposeHighlighter(document, m_spelling, typingPosition);
-    m_highlighter->setLanguage(m_language);
+    m_spelling.attach(*document, m_sizes, typingPosition);
     connect(document, &QTextDocument::contentsChanged, this, &ComposeEditorController::followDocument);
     connect(&view, &QTextEdit::cursorPositionChanged, this, &ComposeEditorController::followCursor);
     connect(&view, &QTextEdit::currentCharFormatChanged, this, &ComposeEditorController::selectionChanged);
@@ -149,7 +132,7 @@ void ComposeEditorController::followDocument()
 
 void ComposeEditorController::followCursor()
 {
-    m_highlighter->followCursor();
+    m_spelling.followCursor();
     Q_EMIT selectionChanged();
 }
 
@@ -550,90 +533,6 @@ void ComposeEditorController::insertHTML(const QString& gated, QTextCursor place
     const QTextDocumentFragment pasted = PastedHTML::fragment(gated, m_baseFont, m_sizes);
     if (!pasted.isEmpty())
         place.insertFragment(pasted);
-}
-
-// --- Spelling
-
-void ComposeEditorController::chooseLanguage()
-{
-    const QStringList wanted{QGuiApplication::inputMethod()->locale().name(), QLocale().name()};
-    m_language =
-        usesChosenLanguage() ? m_chosenLanguage : SpellChecker::bestLanguage(m_spelling.languages(), wanted);
-    if (m_highlighter)
-        m_highlighter->setLanguage(m_language);
-}
-
-Task<> ComposeEditorController::addSuggestions(QPointer<QMenu> menu, QPointer<QAction> place, int position,
-                                               QString word)
-{
-    const QPointer<ComposeEditorController> self(this);
-    const QStringList suggestions = co_await m_spelling.suggestions(m_language, word);
-    if (!self || !menu || !place)
-        co_return;
-    for (const QString& suggestion : suggestions) {
-        auto* const item = new QAction(QString(suggestion).replace(u'&', u"&&"_s), menu);
-        connect(item, &QAction::triggered, this, [this, position, word, suggestion] {
-            const int end = position + static_cast<int>(word.size());
-            if (!textView || end >= textView->document()->characterCount())
-                return;
-            QTextCursor range = selectedText(textView->document(), position, end);
-            if (range.selectedText() == word)
-                range.insertText(suggestion, range.charFormat());
-        });
-        menu->insertAction(place, item);
-    }
-    delete place;
-}
-
-void ComposeEditorController::addSpelling(QMenu& menu, int position)
-{
-    QAction* const before = menu.actions().value(0);
-    const auto add = [&menu, before](const QString& text, const std::function<void()>& action) {
-        auto* const item = new QAction(QString(text).replace(u'&', u"&&"_s), &menu);
-        connect(item, &QAction::triggered, &menu, action);
-        menu.insertAction(before, item);
-    };
-    const ComposeHighlighter::Word word =
-        m_highlighter ? m_highlighter->misspelledAt(position) : ComposeHighlighter::Word();
-    if (!word.text.isEmpty()) {
-        // A dictionary may think for a while, and the menu must not wait for it.
-        if (word.text.size() <= Spelling::longestSuggestedWord) {
-            auto* const place = new QAction(tr("Looking for Suggestions…"), &menu);
-            place->setEnabled(false);
-            menu.insertAction(before, place);
-            QTimer::singleShot(suggestionPatience, place, &QObject::deleteLater);
-            spawn(addSuggestions(&menu, place, word.position, word.text), dropFailure);
-        }
-        add(tr("Add to Dictionary"), [this, word] {
-            m_spelling.add(m_language, word.text);
-            m_highlighter->restart();
-        });
-        add(tr("Ignore"), [this, word] {
-            m_spelling.ignore(m_language, word.text);
-            m_highlighter->restart();
-        });
-        menu.insertSeparator(before);
-    }
-    if (m_spelling.languages().isEmpty())
-        return;
-    menu.addSeparator();
-    QMenu* const languages = menu.addMenu(tr("Spelling Language"));
-    auto* const group = new QActionGroup(languages);
-    for (const QString& tag : m_spelling.languages()) {
-        const QLocale locale(tag);
-        const QString name = locale.language() == QLocale::C
-                                 ? tag
-                                 : u"%1 (%2)"_s.arg(QLocale::languageToString(locale.language()),
-                                                    QLocale::territoryToString(locale.territory()));
-        QAction* const item = languages->addAction(name);
-        item->setCheckable(true);
-        item->setChecked(tag == m_language);
-        group->addAction(item);
-        connect(item, &QAction::triggered, this, [this, tag] {
-            m_chosenLanguage = tag;
-            chooseLanguage();
-        });
-    }
 }
 
 } // namespace Larkhaven

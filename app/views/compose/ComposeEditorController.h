@@ -2,6 +2,8 @@
 
 #include "domain/MailProvider.h"
 #include "platform/Wakeup.h"
+#include "views/compose/ComposeFiles.h"
+#include "views/compose/ComposeSpelling.h"
 #include "views/compose/ComposeTextView.h"
 #include "views/richtext/ComposeFormat.h"
 #include "views/richtext/ComposeHTML.h"
@@ -17,13 +19,7 @@
 #include <memory>
 #include <optional>
 
-class QAction;
-class QMenu;
-
 namespace Larkhaven {
-
-class ComposeHighlighter;
-class Spelling;
 
 /// The commands of the editor. On a selection a command changes the selected text in one step that can be
 /// undone; without one it changes how text is typed on.
@@ -39,6 +35,9 @@ public:
     QPointer<ComposeTextView> textView;
     /// What to do with files that are dropped on the text.
     std::function<void(const QList<QUrl>&)> onDropFiles;
+    /// What to do with files, or an image, of the clipboard.
+    std::function<void(const QList<QUrl>&)> onPasteFiles;
+    std::function<void(const ComposeFiles::Image&)> onPasteImage;
 
     /// The font of text without one of its own, its size in pixels on the screen.
     const QFont& baseFont() const { return m_baseFont; }
@@ -106,10 +105,7 @@ public:
     /// Adds what the clipboard's HTML shows, without colours that would not be seen here. A long one is read
     /// on a worker and comes in a moment later, at the place where it was pasted.
     void pasteHTML(const QString& html);
-    /// Puts the spelling of the word at the position at the top of the menu; suggestions come in later.
-    void addSpelling(QMenu& menu, int position);
-
-    ComposeHighlighter* highlighter() const { return m_highlighter; }
+    ComposeSpelling& spelling() { return m_spelling; }
 
 Q_SIGNALS:
     void richTextChanged();
@@ -131,19 +127,13 @@ private:
     void followCursor();
     Task<> readAndInsert(QString html, QTextCursor place);
     void insertHTML(const QString& gated, QTextCursor place);
-    void chooseLanguage();
-    Task<> addSuggestions(QPointer<QMenu> menu, QPointer<QAction> place, int position, QString word);
-    bool usesChosenLanguage() const { return !m_chosenLanguage.isEmpty(); }
 
     QFont m_baseFont;
     ComposeFormat::Sizes m_sizes;
     bool m_isRichText = false;
     ComposeHTML::Losses m_losses;
-    Spelling& m_spelling;
-    QString m_language; ///< of the spelling; empty for none
-    ComposeHighlighter* m_highlighter = nullptr;
-    QString m_chosenLanguage; ///< what the user chose for this message; empty for none
-    int m_pastes = 0;         ///< on their way into the text
+    ComposeSpelling m_spelling;
+    int m_pastes = 0;                                                 ///< on their way into the text
     std::shared_ptr<Wakeup> m_pastesEnd = std::make_shared<Wakeup>(); ///< notified with each end of one
 };
 

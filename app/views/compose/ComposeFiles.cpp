@@ -2,11 +2,14 @@
 
 #include "views/style/RowText.h"
 
+#include <QBuffer>
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
+#include <QMimeData>
 #include <QMimeDatabase>
 
+#include <array>
 #include <optional>
 
 using namespace Qt::StringLiterals;
@@ -51,6 +54,13 @@ std::optional<OutgoingAttachment> attachmentFor(const QUrl& url, qint64 room)
                               type.isValid() ? type.name() : u"application/octet-stream"_s, std::move(*data)};
 }
 
+struct Text {
+    Q_DECLARE_TR_FUNCTIONS(ComposeFiles)
+};
+
+/// Types of images that the recipients' programs can show, the one that loses nothing first.
+constexpr std::array imageTypes{"image/png"_L1, "image/jpeg"_L1, "image/gif"_L1, "image/webp"_L1};
+
 QString nameOf(const QUrl& url)
 {
     const QString name = url.adjusted(QUrl::StripTrailingSlash).fileName();
@@ -74,10 +84,43 @@ Files read(const QList<QUrl>& files, qint64 total, qint64 limit)
     return result;
 }
 
+Image imageOf(const QMimeData& source)
+{
+    for (const QLatin1StringView type : imageTypes) {
+        const QByteArray data = source.data(type);
+        if (!data.isEmpty())
+            return {data, type, {}};
+    }
+    return {{}, u"image/png"_s, qvariant_cast<QImage>(source.imageData())};
+}
+
+Files made(const Image& image, qint64 total, qint64 limit)
+{
+    const QString suffix = image.mimeType.section(u'/', -1).replace("jpeg"_L1, "jpg"_L1);
+    const QString name = Text::tr("Pasted Image") + (suffix.isEmpty() ? suffix : u'.' + suffix);
+    QByteArray data = image.data;
+    if (data.isEmpty() && qint64(image.pixels.width()) * image.pixels.height() <= mostPixels) {
+        QBuffer buffer(&data);
+        image.pixels.save(&buffer, "PNG");
+    }
+    if (data.isEmpty() || data.size() > limit - total)
+        return {{}, {name}};
+    return {{{QUuid::createUuid(), name, image.mimeType, data}}, {}};
+}
+
+QString names(const QList<QUrl>& files)
+{
+    QStringList names;
+    for (const QUrl& file : files.first(std::min(files.size(), mostNames)))
+        names.append(nameOf(file));
+    if (files.size() > mostNames)
+        names.append(u"…"_s);
+    return names.join(u", "_s);
+}
+
 QString refusal(const QStringList& names, qint64 limit)
 {
-    return QCoreApplication::translate("ComposeFiles",
-                                       "Couldn't attach %1. Only files can be attached, up to %2 in total.")
+    return Text::tr("Couldn't attach %1. Only files can be attached, up to %2 in total.")
         .arg(names.join(u", "_s), size(limit));
 }
 

@@ -47,7 +47,6 @@ ComposeHighlighter::ComposeHighlighter(QTextDocument* document, Spelling& spelli
     m_turn.setSingleShot(true);
     connect(&m_turn, &QTimer::timeout, this, &ComposeHighlighter::takeTurn);
     connect(&spelling, &Spelling::learned, this, &ComposeHighlighter::followSpelling);
-    connect(&Style::shared(), &Style::changed, this, &ComposeHighlighter::restart);
 }
 
 void ComposeHighlighter::restart()
@@ -56,19 +55,19 @@ void ComposeHighlighter::restart()
     rehighlight();
 }
 
-void ComposeHighlighter::setLanguage(const QString& language)
+void ComposeHighlighter::setLanguages(const SpellingLanguages& languages)
 {
-    if (language == m_language)
+    if (languages == m_languages)
         return;
-    m_language = language;
-    m_isAsking = false;
+    m_languages = languages;
+    m_asking.clear();
     restart();
 }
 
 /// What has been looked up is marked in later turns.
 void ComposeHighlighter::followSpelling(const QString& language)
 {
-    if (language != m_language || !std::exchange(m_isAsking, false))
+    if (!m_asking.remove(language))
         return;
     for (QTextBlock block = document()->begin(); block.isValid(); block = block.next()) {
         if (block.userState() != asked)
@@ -109,8 +108,8 @@ void ComposeHighlighter::visitWords(const QString& text, Visit visit)
 
 void ComposeHighlighter::highlightBlock(const QString& text)
 {
-    markLinks();
-    if (m_language.isEmpty() || ComposeFormat::quoteLevel(currentBlock().blockFormat()) > 0) {
+    markRuns();
+    if (m_languages == SpellingLanguages() || ComposeFormat::quoteLevel(currentBlock().blockFormat()) > 0) {
         setCurrentBlockState(looked);
         return;
     }
@@ -128,15 +127,22 @@ void ComposeHighlighter::highlightBlock(const QString& text)
     markSpelling(text);
 }
 
-void ComposeHighlighter::markLinks()
+/// Links in their colour, and runs with a size of their own in the size that it has today.
+void ComposeHighlighter::markRuns()
 {
-    QTextCharFormat mark;
-    mark.setForeground(Style::shared().colors().accent);
-    mark.setFontUnderline(true);
     const QTextBlock block = currentBlock();
     for (auto place = block.begin(); !place.atEnd(); ++place) {
         const QTextFragment fragment = place.fragment();
-        if (!ComposeFormat::link(fragment.charFormat()).isEmpty())
+        const QTextCharFormat own = fragment.charFormat();
+        QTextCharFormat mark;
+        if (!ComposeFormat::link(own).isEmpty()) {
+            mark.setForeground(Style::shared().colors().accent);
+            mark.setFontUnderline(true);
+        }
+        const std::optional<double> size = ComposeFormat::size(own);
+        if (size && own.intProperty(QTextFormat::FontPixelSize) != m_sizes.pixels(*size))
+            mark.setProperty(QTextFormat::FontPixelSize, m_sizes.pixels(*size));
+        if (!mark.isEmpty())
             setFormat(fragment.position() - block.position(), fragment.length(), mark);
     }
 }
@@ -146,9 +152,11 @@ void ComposeHighlighter::markSpelling(const QString& text)
     const int base = currentBlock().position();
     const int typingPosition = m_typingPosition();
     visitWords(text, [&](qsizetype start, qsizetype length) {
-        const Spelling::Verdict verdict = m_spelling.verdict(m_language, text.sliced(start, length));
+        const QString word = text.sliced(start, length);
+        const QString language = m_languages.of(word);
+        const Spelling::Verdict verdict = m_spelling.verdict(language, word);
         if (verdict == Spelling::Verdict::unknown) {
-            m_isAsking = true;
+            m_asking.insert(language);
             setCurrentBlockState(asked);
         }
         if (verdict != Spelling::Verdict::wrong)
@@ -159,10 +167,13 @@ void ComposeHighlighter::markSpelling(const QString& text)
             m_unmarkedBlock = currentBlock().blockNumber();
             return;
         }
-        QTextCharFormat mark = format(first);
-        mark.setUnderlineStyle(QTextCharFormat::SpellCheckUnderline);
-        mark.setUnderlineColor(Style::shared().colors().danger);
-        setFormat(first, count, mark);
+        // A word may be of several runs.
+        for (int place = first; place < first + count; ++place) {
+            QTextCharFormat mark = format(place);
+            mark.setUnderlineStyle(QTextCharFormat::SpellCheckUnderline);
+            mark.setUnderlineColor(Style::shared().colors().danger);
+            setFormat(place, 1, mark);
+        }
     });
 }
 
@@ -196,8 +207,9 @@ ComposeHighlighter::Word ComposeHighlighter::misspelledAt(int position) const
         if (position < first || position > first + length || !found.text.isEmpty())
             return;
         const QString word = text.sliced(start, length);
-        if (m_spelling.verdict(m_language, word) == Spelling::Verdict::wrong)
-            found = {static_cast<int>(first), word};
+        const QString language = m_languages.of(word);
+        if (m_spelling.verdict(language, word) == Spelling::Verdict::wrong)
+            found = {static_cast<int>(first), word, language};
     });
     return found;
 }

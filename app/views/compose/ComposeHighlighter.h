@@ -1,7 +1,10 @@
 #pragma once
 
 #include "app/platform/Spelling.h"
+#include "views/compose/SpellingLanguages.h"
+#include "views/richtext/ComposeFormat.h"
 
+#include <QSet>
 #include <QSyntaxHighlighter>
 #include <QTimer>
 
@@ -27,29 +30,33 @@ public:
     /// typed, and not marked.
     ComposeHighlighter(QTextDocument* document, Spelling& spelling, std::function<int()> typingPosition);
 
-    /// The dictionary that the text is checked by; none where it is empty.
-    void setLanguage(const QString& language);
+    /// The dictionaries that the text is checked by.
+    void setLanguages(const SpellingLanguages& languages);
 
     /// A place in the text, with the misspelled word that is there.
     struct Word {
         int position = 0;
         QString text;
+        QString language; ///< that it was checked by
     };
     /// The misspelled word at the position; its text is empty where there is none.
     Word misspelledAt(int position) const;
     /// Whether no text waits for its turn, or for a word to be looked up.
-    bool isDone() const { return !m_turn.isActive() && !m_isAsking; }
+    bool isDone() const { return !m_turn.isActive() && m_asking.isEmpty(); }
 
     /// The text cursor is at another place than before.
     void followCursor();
     /// Looks at all anew: dictionary or looks are others than before.
     void restart();
+    /// How sizes come onto the screen, at the next look. A run keeps the pixels that it was made with in the
+    /// document, where another number would be a change of the text: on screen it gets those of today.
+    void setSizes(const ComposeFormat::Sizes& sizes) { m_sizes = sizes; }
 
 protected:
     void highlightBlock(const QString& text) override;
 
 private:
-    void markLinks();
+    void markRuns();
     void markSpelling(const QString& text);
     /// Calls `visit` with the start and the length of each word that is to be checked.
     template <typename Visit>
@@ -59,11 +66,12 @@ private:
     void followSpelling(const QString& language);
 
     Spelling& m_spelling;
-    QString m_language;
-    bool m_isAsking = false; ///< some paragraphs hold words that are being looked up
+    SpellingLanguages m_languages;
+    QSet<QString> m_asking; ///< languages of words that are being looked up
     QTimer m_turn;
     qsizetype m_budget = textPerTurn;
     int m_firstWaiting = -1; ///< the first paragraph that waits for its turn
+    ComposeFormat::Sizes m_sizes;
     std::function<int()> m_typingPosition;
     int m_unmarkedBlock = -1; ///< holds a word that is still being typed
 };

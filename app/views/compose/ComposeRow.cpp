@@ -10,6 +10,13 @@ using namespace Qt::StringLiterals;
 
 namespace Larkhaven {
 
+namespace {
+
+/// Of the ring around what has the keyboard.
+constexpr int ringWidth = 2;
+
+} // namespace
+
 ComposeRow::ComposeRow(const QString& label, QWidget* field, QWidget* parent)
     : QWidget(parent)
     , m_label(new QLabel(label))
@@ -25,9 +32,17 @@ ComposeRow::ComposeRow(const QString& label, QWidget* field, QWidget* parent)
     m_layout->addWidget(m_label);
     m_layout->addWidget(field, 1);
     setFocusProxy(field);
+    field->installEventFilter(this);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     connect(&Style::shared(), &Style::changed, this, &ComposeRow::applyStyle);
     applyStyle();
+}
+
+bool ComposeRow::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched == m_field && (event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut))
+        update();
+    return QWidget::eventFilter(watched, event);
 }
 
 void ComposeRow::makeFrameless(QWidget& field)
@@ -53,8 +68,14 @@ void ComposeRow::applyStyle()
 void ComposeRow::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
+    const Style::Colors& colors = Style::shared().colors();
     painter.fillRect(QRect(Style::largePadding, height() - 1, width() - Style::largePadding, 1),
-                     Style::shared().colors().hairline);
+                     colors.hairline);
+    // A field without a frame has its ring under it.
+    if (m_field->hasFocus())
+        painter.fillRect(
+            QRect(Style::largePadding, height() - ringWidth, width() - 2 * Style::largePadding, ringWidth),
+            colors.accent);
 }
 
 } // namespace Larkhaven

@@ -18,6 +18,7 @@ public:
     static void makeFrameless(QWidget& field);
 
 protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
 private:

@@ -6,7 +6,9 @@
 #include "views/richtext/QuietDocument.h"
 #include "views/style/Style.h"
 
+#include <QClipboard>
 #include <QContextMenuEvent>
+#include <QGuiApplication>
 #include <QMenu>
 #include <QMimeData>
 #include <QPainter>
@@ -19,9 +21,24 @@ namespace Larkhaven {
 
 namespace {
 
+const QKeySequence plainPasteChord(Qt::CTRL | Qt::SHIFT | Qt::Key_V);
+
+QList<QUrl> filesOf(const QMimeData& data)
+{
+    QList<QUrl> files = data.urls();
+    files.removeIf([](const QUrl& url) { return !url.isLocalFile(); });
+    return files;
+}
+
 bool holdsFiles(const QMimeData& data)
 {
     return std::ranges::any_of(data.urls(), [](const QUrl& url) { return url.isLocalFile(); });
+}
+
+/// An image that isn't the picture of a text beside it. A table that was copied comes as both.
+bool holdsOnlyImage(const QMimeData& data)
+{
+    return data.hasImage() && !data.hasText();
 }
 
 /// A selection, written when somebody asks for it: a display is offered each, and takes few.
@@ -83,6 +100,8 @@ void ComposeTextView::applyStyle()
     own.setColor(QPalette::Base, Style::shared().colors().surface);
     own.setColor(QPalette::Text, Style::shared().colors().text);
     setPalette(own);
+    // A style sheet gives the viewport a palette of its own, which keeps the ground of another scheme.
+    viewport()->setPalette(own);
 }
 
 bool ComposeTextView::isRich() const
@@ -94,18 +113,42 @@ bool ComposeTextView::isRich() const
 
 bool ComposeTextView::canInsertFromMimeData(const QMimeData* source) const
 {
-    return source->hasText() || source->hasHtml() || holdsFiles(*source);
+    return source->hasText() || source->hasHtml() || source->hasImage() || holdsFiles(*source);
 }
 
 void ComposeTextView::insertFromMimeData(const QMimeData* source)
 {
-    if (isReadOnly())
+    if (isReadOnly() || offer(*source))
         return;
     const QString html = isRich() && source->hasHtml() ? source->html() : QString();
     if (!html.isEmpty() && html.size() <= longestPastedHTML)
         controller->pasteHTML(html);
     else if (source->hasText())
         insertPastedText(source->text());
+    ensureCursorVisible();
+}
+
+/// Files and images are no text: what becomes of them is asked. Whether it is.
+bool ComposeTextView::offer(const QMimeData& source)
+{
+    if (!controller)
+        return false;
+    if (const QList<QUrl> files = filesOf(source); !files.isEmpty() && controller->onPasteFiles) {
+        controller->onPasteFiles(files);
+        return true;
+    }
+    if (!holdsOnlyImage(source) || !controller->onPasteImage)
+        return false;
+    controller->onPasteImage(ComposeFiles::imageOf(source));
+    return true;
+}
+
+void ComposeTextView::pasteWithoutFormatting()
+{
+    const QMimeData* const source = QGuiApplication::clipboard()->mimeData();
+    if (isReadOnly() || !source || !source->hasText())
+        return;
+    insertPastedText(source->text());
     ensureCursorVisible();
 }
 
@@ -179,16 +222,18 @@ void ComposeTextView::dropEvent(QDropEvent* event)
     // Never a move: the file stays where it is.
     event->setDropAction(Qt::CopyAction);
     event->accept();
-    QList<QUrl> files = event->mimeData()->urls();
-    files.removeIf([](const QUrl& url) { return !url.isLocalFile(); });
     if (controller && controller->onDropFiles && !isReadOnly())
-        controller->onDropFiles(files);
+        controller->onDropFiles(filesOf(*event->mimeData()));
 }
 
 // --- Keys
 
 bool ComposeTextView::handleFormatKey(const QKeyEvent& event)
 {
+    if (QKeySequence(event.keyCombination()) == plainPasteChord) {
+        pasteWithoutFormatting();
+        return true;
+    }
     if (!isRich() || event.modifiers() != Qt::ControlModifier)
         return false;
     switch (event.key()) {
@@ -233,7 +278,8 @@ void ComposeTextView::keyPressEvent(QKeyEvent* event)
     if (isReadOnly() || handleFormatKey(*event))
         return;
     if (event->key() == Qt::Key_Backtab) {
-        focusPreviousChild();
+        // An editor that takes tabs keeps the keyboard otherwise.
+        QAbstractScrollArea::focusNextPrevChild(false);
         return;
     }
     const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
@@ -258,11 +304,36 @@ void ComposeTextView::inputMethodEvent(QInputMethodEvent* event)
 void ComposeTextView::contextMenuEvent(QContextMenuEvent* event)
 {
     // The window may close while the menu is open.
-    QMenu* const menu = createStandardContextMenu(event->pos());
+    auto* const menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
+    fillMenu(*menu);
     if (controller && !isReadOnly())
-        controller->addSpelling(*menu, cursorForPosition(event->pos()).position());
+        controller->spelling().addTo(*menu, cursorForPosition(event->pos()).position());
     menu->popup(event->globalPos());
+}
+
+void ComposeTextView::fillMenu(QMenu& menu)
+{
+    const auto add = [this, &menu](const QString& text, const QKeySequence& chord,
+                                   void (ComposeTextView::*act)(), bool isEnabled) {
+        QAction* const item = menu.addAction(text);
+        item->setShortcut(chord);
+        item->setEnabled(isEnabled);
+        connect(item, &QAction::triggered, this, act);
+    };
+    const bool isOpen = !isReadOnly();
+    const bool hasSelection = textCursor().hasSelection();
+    const QMimeData* const clipboard = QGuiApplication::clipboard()->mimeData();
+    add(tr("Undo"), QKeySequence::Undo, &ComposeTextView::undo, isOpen && document()->isUndoAvailable());
+    add(tr("Redo"), QKeySequence::Redo, &ComposeTextView::redo, isOpen && document()->isRedoAvailable());
+    menu.addSeparator();
+    add(tr("Cut"), QKeySequence::Cut, &ComposeTextView::cut, isOpen && hasSelection);
+    add(tr("Copy"), QKeySequence::Copy, &ComposeTextView::copy, hasSelection);
+    add(tr("Paste"), QKeySequence::Paste, &ComposeTextView::paste, isOpen && canPaste());
+    add(tr("Paste Without Formatting"), plainPasteChord, &ComposeTextView::pasteWithoutFormatting,
+        isOpen && clipboard && clipboard->hasText());
+    menu.addSeparator();
+    add(tr("Select All"), QKeySequence::SelectAll, &ComposeTextView::selectAll, !document()->isEmpty());
 }
 
 // --- Drawing

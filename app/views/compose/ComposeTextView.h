@@ -26,6 +26,8 @@ public:
 
     QPointer<ComposeEditorController> controller;
 
+    /// Inserts the text of the clipboard as it would be typed here.
+    void pasteWithoutFormatting();
     /// Inserts what is still to come of a long text that was pasted.
     void finishPasting();
 
@@ -45,6 +47,8 @@ private:
     bool isRich() const;
     bool handleFormatKey(const QKeyEvent& event);
     void endLinkBeforeTyping();
+    bool offer(const QMimeData& source);
+    void fillMenu(QMenu& menu);
     void insertPastedText(const QString& text);
     void insertPiece();
     void applyStyle();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QKeySequence>
 #include <QWidget>
 
 class QLabel;
@@ -25,9 +26,12 @@ public:
     void setProgress(const QString& text);
     /// While a message is being sent no command works.
     void setCommandsEnabled(bool isEnabled);
+    /// The keyboard goes to the first command.
+    void takeFocus(Qt::FocusReason reason);
 
 Q_SIGNALS:
     void sendRequested();
+    void saveRequested();
     void attachRequested();
     void richTextRequested(bool richText);
     void bccRequested(bool isShown);
@@ -37,12 +41,16 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
+    static void makeCommand(FlatButton& button, QLatin1StringView name, const QString& text,
+                            const QKeySequence& chord);
+    void layOut();
     void setCompact(bool isCompact);
     QToolButton* makeSegment(const QString& text);
     void applyStyle();
 
     FlatButton* m_send;
     FlatButton* m_attach;
+    FlatButton* m_save;
     QWidget* m_format;
     QToolButton* m_plain;
     QToolButton* m_rich;

@@ -1,6 +1,7 @@
 #include "views/compose/ComposeWindow.h"
 
 #include "views/style/DisplayText.h"
+#include "views/style/WindowPlace.h"
 
 #include <QCloseEvent>
 #include <QShortcut>
@@ -22,8 +23,11 @@ ComposeWindow::ComposeWindow(AppModel& model, const ComposeDraft& draft, bool is
     m_view = new ComposeView(model, draft, isUnsaved, m_closeState, std::move(desktop), contacts,
                              std::move(hooks));
     setCentralWidget(m_view);
-    setMinimumSize(smallestSize);
-    resize(defaultSize);
+    const auto read = [&model] { return model.defaults().text(DefaultsKey::composeWindowSize); };
+    const auto write = [&model](const QString& size) {
+        model.defaults().set(DefaultsKey::composeWindowSize, size);
+    };
+    new WindowPlace(*this, defaultSize, smallestSize, {read, write});
     new WindowCloseGuard(
         m_closeState, [this](QWidget&) { return m_view->shouldClose(); }, this);
     const auto followTitle = [this] { setWindowTitle(DisplayText::bounded(m_view->title())); };

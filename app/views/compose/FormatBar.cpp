@@ -5,6 +5,7 @@
 #include "views/style/FlowLayout.h"
 
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QPainter>
 
 using namespace Qt::StringLiterals;
@@ -63,6 +64,7 @@ FormatBar::FormatBar(ComposeEditorController& editor, QWidget* parent)
         [e] { return e->isList(QTextListFormat::ListDecimal); });
     connect(&editor, &ComposeEditorController::selectionChanged, this, &FormatBar::updateToggles);
     updateToggles();
+    setCurrent(0);
 }
 
 FlatButton& FormatBar::add(QLatin1StringView name, const QString& label, const QString& help, Symbol symbol,
@@ -73,6 +75,8 @@ FlatButton& FormatBar::add(QLatin1StringView name, const QString& label, const Q
     button->setAccessibleName(label);
     connect(button, &QToolButton::clicked, this, act);
     m_buttons->layout()->addWidget(button);
+    m_commands.append(button);
+    button->installEventFilter(this);
     return *button;
 }
 
@@ -96,6 +100,49 @@ void FormatBar::updateToggles()
     // The commands belong to the text: a click only asks for one, and this tells what came of it.
     for (const Toggle& toggle : m_toggles)
         toggle.button->setChecked(toggle.isOn());
+}
+
+// --- The keyboard
+
+void FormatBar::setCurrent(qsizetype index)
+{
+    m_current = index;
+    for (qsizetype place = 0; place < m_commands.size(); ++place)
+        m_commands[place]->setFocusPolicy(place == index ? Qt::TabFocus : Qt::NoFocus);
+}
+
+void FormatBar::takeFocus(Qt::FocusReason reason)
+{
+    m_commands[m_current]->setFocus(reason);
+}
+
+bool FormatBar::move(int key)
+{
+    const qsizetype last = m_commands.size() - 1;
+    const int forward = isRightToLeft() ? Qt::Key_Left : Qt::Key_Right;
+    const int backward = isRightToLeft() ? Qt::Key_Right : Qt::Key_Left;
+    if (key == forward)
+        setCurrent(m_current == last ? 0 : m_current + 1);
+    else if (key == backward)
+        setCurrent(m_current == 0 ? last : m_current - 1);
+    else if (key == Qt::Key_Home)
+        setCurrent(0);
+    else if (key == Qt::Key_End)
+        setCurrent(last);
+    else
+        return false;
+    takeFocus(Qt::OtherFocusReason);
+    return true;
+}
+
+bool FormatBar::eventFilter(QObject* watched, QEvent* event)
+{
+    if (event->type() == QEvent::KeyPress) {
+        const auto* const key = static_cast<QKeyEvent*>(event);
+        if ((key->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier && move(key->key()))
+            return true;
+    }
+    return QWidget::eventFilter(watched, event);
 }
 
 void FormatBar::paintEvent(QPaintEvent*)

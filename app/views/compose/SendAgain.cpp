@@ -17,10 +17,9 @@ namespace Larkhaven::SendAgain {
 
 namespace {
 
-QString tr(const char* text)
-{
-    return QCoreApplication::translate("SendAgain", text);
-}
+struct Text {
+    Q_DECLARE_TR_FUNCTIONS(SendAgain)
+};
 
 /// What the recipients would see of it.
 QByteArray contentOf(const ComposeDraft& draft)
@@ -41,20 +40,20 @@ Task<Decision> ask(Outcome<bool> look, QWidget* window)
 {
     const bool isThere = look.value && *look.value;
     QString text =
-        tr("This message may have gone out already: the server never confirmed it. It isn’t in Sent, "
-           "which proves nothing where the server keeps no copy.");
+        Text::tr("This message may have gone out already: the server never confirmed it. It isn’t in Sent, "
+                 "which proves nothing where the server keeps no copy.");
     if (isThere)
-        text = tr("This message is in Sent: it has gone out. Whoever gets it again gets it twice.");
+        text = Text::tr("This message is in Sent: it has gone out. Whoever gets it again gets it twice.");
     else if (look.failure)
-        text = tr("This message may have gone out already, and Sent can’t be searched: %1")
+        text = Text::tr("This message may have gone out already, and Sent can’t be searched: %1")
                    .arg(localizedText(look.failure));
     QMessageBox* const alert =
-        makePlainAlert(tr("Send This Message Again?"), text, QMessageBox::NoButton, window);
+        makePlainAlert(Text::tr("Send This Message Again?"), text, QMessageBox::NoButton, window);
     alert->setObjectName("sendAgainAlert"_L1);
     QPushButton* const close =
-        isThere ? alert->addButton(tr("Close Message"), QMessageBox::ActionRole) : nullptr;
-    QPushButton* const again = addDestructiveButton(*alert, tr("Send Again"), QMessageBox::ActionRole);
-    QPushButton* const cancel = alert->addButton(tr("Cancel"), QMessageBox::ActionRole);
+        isThere ? alert->addButton(Text::tr("Close Message"), QMessageBox::ActionRole) : nullptr;
+    QPushButton* const again = addDestructiveButton(*alert, Text::tr("Send Again"), QMessageBox::ActionRole);
+    QPushButton* const cancel = alert->addButton(Text::tr("Cancel"), QMessageBox::ActionRole);
     alert->setDefaultButton(cancel);
     alert->setEscapeButton(cancel);
     const QList<QAbstractButton*> buttons{again, close};

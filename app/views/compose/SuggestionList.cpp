@@ -1,6 +1,6 @@
 #include "views/compose/SuggestionList.h"
 
-#include "views/style/DisplayText.h"
+#include "views/compose/SuggestionsModel.h"
 #include "views/style/Style.h"
 
 #include <QPainter>
@@ -12,8 +12,6 @@ using namespace Qt::StringLiterals;
 namespace Larkhaven {
 
 namespace {
-
-enum Role { nameRole = Qt::UserRole, emailRole, queryRole };
 
 constexpr double rowHeight = 2.3;
 
@@ -68,44 +66,41 @@ public:
             painter->drawRoundedRect(option.rect, Style::grid, Style::grid);
             painter->restore();
         }
-        const QString query = index.data(queryRole).toString();
-        const QString name = index.data(nameRole).toString();
+        const QString query = index.data(SuggestionsModel::tokenRole).toString();
+        const QString name = index.data(SuggestionsModel::nameRole).toString();
         QRect rect = option.rect.adjusted(Style::smallPadding, 0, -Style::smallPadding, 0);
         if (!name.isEmpty())
             rect.setLeft(
                 rect.left() +
                 drawMatched(*painter, rect, name, query, isHighlighted ? colors.onAccent : colors.text) +
                 Style::smallPadding);
-        drawMatched(*painter, rect, index.data(emailRole).toString(), query,
+        drawMatched(*painter, rect, index.data(SuggestionsModel::emailRole).toString(), query,
                     isHighlighted ? colors.onAccent : colors.secondary);
     }
 };
 
 } // namespace
 
-SuggestionList::SuggestionList(QWidget* parent)
-    : QListWidget(parent)
+SuggestionList::SuggestionList()
 {
     setObjectName("suggestions"_L1);
+    setProperty("role", u"suggestions"_s);
     setAccessibleName(tr("Suggestions"));
-    setFocusPolicy(Qt::NoFocus);
     setMouseTracking(true);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    setItemDelegate(new SuggestionDelegate(this));
-    connect(this, &QListWidget::itemEntered, this, [this](QListWidgetItem* item) { setCurrentItem(item); });
-    connect(this, &QListWidget::itemClicked, this,
-            [this](QListWidgetItem* item) { Q_EMIT taken(row(item)); });
-    connect(&Style::shared(), &Style::changed, this, &SuggestionList::applyStyle);
-    applyStyle();
-    hide();
+    setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setUniformItemSizes(true);
+    connect(this, &QListView::entered, this, &SuggestionList::setCurrentIndex);
 }
 
-void SuggestionList::applyStyle()
+void SuggestionList::drawRows()
 {
-    const Style::Colors& colors = Style::shared().colors();
-    setStyleSheet(
-        u"QListWidget { background: %1; border: 1px solid %2; border-radius: 6px; padding: 4px; }"_s.arg(
-            colors.surface.name(), colors.hairline.name(QColor::HexArgb)));
+    setItemDelegate(new SuggestionDelegate(this));
+}
+
+int SuggestionList::preferredWidth()
+{
+    return Style::shared().scaled(32);
 }
 
 qsizetype SuggestionList::matchIn(const QString& text, const QString& query)
@@ -120,32 +115,6 @@ qsizetype SuggestionList::matchIn(const QString& text, const QString& query)
         start = space < 0 ? -1 : space + 1;
     }
     return -1;
-}
-
-void SuggestionList::setSuggestions(const QList<ContactSuggestion>& suggestions, const QString& query)
-{
-    clear();
-    for (const ContactSuggestion& suggestion : suggestions) {
-        auto* const item = new QListWidgetItem(this);
-        item->setData(nameRole, DisplayText::bounded(suggestion.name));
-        item->setData(emailRole, DisplayText::bounded(suggestion.email));
-        item->setData(queryRole, query);
-        item->setData(Qt::AccessibleTextRole,
-                      DisplayText::bounded(u"%1 %2"_s.arg(suggestion.name, suggestion.email)));
-    }
-    updateGeometry();
-}
-
-void SuggestionList::setHighlighted(int index)
-{
-    setCurrentRow(index);
-}
-
-QSize SuggestionList::sizeHint() const
-{
-    const Style& style = Style::shared();
-    constexpr int frame = 2 * (Style::grid + 1);
-    return {style.scaled(32), count() * style.scaled(rowHeight) + frame};
 }
 
 } // namespace Larkhaven

@@ -1,33 +1,25 @@
 #pragma once
 
-#include "views/compose/ContactsService.h"
-
-#include <QListWidget>
+#include <QListView>
 
 namespace Larkhaven {
 
-/// The suggestions under an address field. It never takes the keyboard; its field drives it.
-class SuggestionList : public QListWidget {
+/// The suggestions under an address field: a name in body and its address in secondary, with the letters
+/// semibold that match what is typed. It is the popup of a completer, and never takes the keyboard.
+class SuggestionList : public QListView {
     Q_OBJECT
 
 public:
-    explicit SuggestionList(QWidget* parent);
+    SuggestionList();
 
-    /// `query` is what the matched letters show.
-    void setSuggestions(const QList<ContactSuggestion>& suggestions, const QString& query);
-    void setHighlighted(int index);
+    /// A completer brings a look of its own to the list that it is given; this one takes its place.
+    void drawRows();
+    /// In pixels.
+    static int preferredWidth();
 
     /// Where the letters of a text are that match the query: at its start or at that of a word; -1 for
     /// nowhere. Pure.
     static qsizetype matchIn(const QString& text, const QString& query);
-
-    QSize sizeHint() const override;
-
-Q_SIGNALS:
-    void taken(int index);
-
-private:
-    void applyStyle();
 };
 
 } // namespace Larkhaven

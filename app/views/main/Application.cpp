@@ -111,6 +111,18 @@ void Application::followAppearance()
                      });
 }
 
+bool Application::take(QStringList arguments)
+{
+    const QList<MailtoURL> messages = MailtoURL::takeFrom(arguments);
+    bool areOpen = !messages.isEmpty();
+    for (const MailtoURL& message : messages)
+        areOpen = m_model->newMessageFor(message) && areOpen;
+    // A compose window needs no other one behind it; without an account there is none.
+    if (areOpen && arguments.isEmpty())
+        return false;
+    return Redirects::deliver(arguments, Info::ofProgram(), m_authenticator);
+}
+
 void Application::raiseWindow()
 {
     m_window->setWindowState(m_window->windowState() & ~Qt::WindowMinimized);
@@ -127,7 +139,7 @@ int Application::run()
         return m_role == SingleInstance::Role::refused ? 1 : 0;
     QObject::connect(&m_instance, &SingleInstance::activated, m_window.get(),
                      [this](const QStringList& arguments) {
-                         if (Redirects::deliver(arguments, Info::ofProgram(), m_authenticator))
+                         if (take(arguments))
                              raiseWindow();
                      });
     QObject::connect(m_window.get(), &ContentView::quitApproved, &m_application, &QApplication::quit,
@@ -139,6 +151,7 @@ int Application::run()
         });
     } else {
         m_window->show();
+        take(arguments());
     }
     return QApplication::exec();
 }

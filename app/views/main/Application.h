@@ -44,6 +44,9 @@ private:
     /// What this process was started with, but for what is Qt's or our own.
     QStringList arguments() const;
     void followAppearance();
+    /// Does what a start asks for: a redirect goes to its sign-in, a "mailto:" URL opens a compose window.
+    /// Whether the main window is to show itself.
+    bool take(QStringList arguments);
     void raiseWindow();
 
     Preparation m_preparation;

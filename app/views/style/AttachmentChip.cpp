@@ -42,6 +42,12 @@ AttachmentChip::AttachmentChip(const QString& filename, const QString& mimeType,
     connect(&Style::shared(), &Style::changed, this, [this] { updateGeometry(); });
 }
 
+void AttachmentChip::setTrailingRoom(int room)
+{
+    m_trailingRoom = room;
+    updateGeometry();
+}
+
 int AttachmentChip::iconSize() const
 {
     return Style::shared().scaled(static_cast<double>(Style::smallIcon) / Style::standardTextSize);
@@ -50,7 +56,8 @@ int AttachmentChip::iconSize() const
 int AttachmentChip::widthWithoutName() const
 {
     const QFontMetrics caption(Style::shared().font(Style::Type::caption));
-    return Style::smallPadding + iconSize() + 6 + 6 + caption.horizontalAdvance(m_size) + Style::padding;
+    return Style::smallPadding + iconSize() + 6 + 6 + caption.horizontalAdvance(m_size) + Style::padding +
+           m_trailingRoom;
 }
 
 QSize AttachmentChip::sizeHint() const

@@ -13,6 +13,9 @@ public:
     /// `size` in bytes.
     AttachmentChip(const QString& filename, const QString& mimeType, qint64 size, QWidget* parent = nullptr);
 
+    /// Keeps room behind the size for what stands within the chip; in pixels.
+    void setTrailingRoom(int room);
+
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
 
@@ -26,6 +29,7 @@ private:
     QString m_filename;
     QString m_size;
     QIcon m_icon;
+    int m_trailingRoom = 0;
 };
 
 } // namespace Larkhaven

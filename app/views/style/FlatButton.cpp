@@ -30,13 +30,28 @@ void FlatButton::setSymbol(Symbol symbol)
     applyStyle();
 }
 
+void FlatButton::setLook(Look look)
+{
+    m_look = look;
+    setProperty("primary", look == Look::primary);
+    setProperty("small", look == Look::small);
+    applyStyle();
+}
+
 void FlatButton::applyStyle()
 {
     const Style& style = Style::shared();
-    const int icon = style.scaled(static_cast<double>(Style::largeIcon) / Style::standardTextSize * 0.9);
-    setIcon(style.icon(m_symbol, style.colors().text));
+    const bool isSmall = m_look == Look::small;
+    const double iconSize = isSmall ? Style::smallIcon * 0.9 : Style::largeIcon * 0.9;
+    const int icon = style.scaled(iconSize / Style::standardTextSize);
+    const Style::Colors& colors = style.colors();
+    // What is disabled stands on a tint of the accent, where the colour for the accent isn't seen.
+    const QIcon symbol = m_look == Look::primary ? style.icon(m_symbol, colors.onAccent, colors.text)
+                                                 : style.icon(m_symbol, colors.text);
+    setIcon(symbol);
     setIconSize({icon, icon});
-    setMinimumSize(style.scaled(2.4), style.scaled(2.4));
+    const int least = style.scaled(isSmall ? 1.8 : 2.4);
+    setMinimumSize(least, least);
 }
 
 } // namespace Larkhaven

@@ -7,23 +7,31 @@
 
 namespace Larkhaven {
 
-/// A flat button with a symbol in the text colour, and a tooltip that is its accessible name as well; behind
+/// A flat button with a symbol, and a tooltip that is its accessible name as well; behind
 /// it stands, in the tooltip alone, the chord that does the same.
 class FlatButton : public QToolButton {
     Q_OBJECT
 
 public:
+    enum class Look {
+        flat,    ///< the symbol in the text colour on nothing
+        primary, ///< on the accent: what the window is for
+        small,   ///< flat, and fit to stand within another control
+    };
+
     FlatButton(Symbol symbol, const QString& help, QWidget* parent = nullptr);
     FlatButton(Symbol symbol, const QString& help, const QKeySequence& chord, QWidget* parent = nullptr);
 
     void setHelp(const QString& help, const QKeySequence& chord = {});
 
     void setSymbol(Symbol symbol);
+    void setLook(Look look);
 
 private:
     void applyStyle();
 
     Symbol m_symbol;
+    Look m_look = Look::flat;
 };
 
 } // namespace Larkhaven

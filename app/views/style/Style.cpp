@@ -25,6 +25,16 @@ QColor withAlpha(QColor color, double alpha)
     return color;
 }
 
+/// Of the text that can't be used at the moment, and of its symbols.
+constexpr double disabledAlpha = 0.4;
+
+/// The accent under the mouse: a little nearer to the text on the surface, away from what stands on it.
+QColor pressed(const Style::Colors& colors)
+{
+    const bool isDark = colors.surface.lightnessF() < 0.5;
+    return isDark ? colors.accent.lighter(110) : colors.accent.darker(112);
+}
+
 Style::Colors derived(Style::Colors colors)
 {
     colors.hairline = withAlpha(colors.text, 0.10);
@@ -66,6 +76,33 @@ Style::Colors darkColors()
     colors.star = 0xFFC94D;
     colors.starEdge = colors.star;
     return derived(colors);
+}
+
+/// Black and white, lines that can be seen, and no shade of grey for what is to be read. A palette of the
+/// desktop would not do: without a platform theme it is that of the widget style, with less contrast than
+/// ours.
+Style::Colors highContrastColors(Style::Scheme scheme)
+{
+    const bool isDark = scheme == Style::Scheme::dark;
+    const QColor ink(isDark ? 0xFFFFFF : 0x000000);
+    const QColor paper(isDark ? 0x000000 : 0xFFFFFF);
+    Style::Colors colors;
+    colors.window = paper;
+    colors.surface = paper;
+    colors.text = ink;
+    colors.secondary = ink;
+    colors.hairline = ink;
+    colors.accent = isDark ? 0xCFC0FF : 0x3A1A9E;
+    colors.onAccent = paper;
+    colors.hover = withAlpha(colors.accent, 0.10);
+    colors.selected = withAlpha(colors.accent, 0.18);
+    colors.quietSelected = withAlpha(ink, 0.15);
+    colors.warningBackground = paper;
+    colors.warningText = ink;
+    colors.danger = isDark ? 0xFFB3B8 : 0x9A0015;
+    colors.star = isDark ? 0xFFD76A : 0x7A5200;
+    colors.starEdge = colors.star;
+    return colors;
 }
 
 /// The names of the icon theme that stand for our symbols.
@@ -310,7 +347,7 @@ QPixmap Style::pixmap(Symbol symbol, int size, const QColor& color, double pixel
     return pixmap;
 }
 
-QIcon Style::icon(Symbol symbol, const QColor& color) const
+QIcon Style::icon(Symbol symbol, const QColor& color, const QColor& disabled) const
 {
     QIcon icon;
     // Large text has icons beyond the usual sizes.
@@ -318,8 +355,9 @@ QIcon Style::icon(Symbol symbol, const QColor& color) const
     for (const int size : {smallIcon, largeIcon, scaledIcon}) {
         for (const double ratio : {1.0, 2.0}) {
             icon.addPixmap(pixmap(symbol, size, color, ratio));
-            icon.addPixmap(pixmap(symbol, size, withAlpha(color, color.alphaF() * 0.4), ratio),
-                           QIcon::Disabled);
+            icon.addPixmap(
+                pixmap(symbol, size, withAlpha(disabled, disabled.alphaF() * disabledAlpha), ratio),
+                QIcon::Disabled);
         }
     }
     return icon;
@@ -345,28 +383,11 @@ void Style::setTextSize(double size)
     update();
 }
 
-Style::Colors Style::systemColors() const
-{
-    const QPalette palette = QApplication::style() ? QApplication::style()->standardPalette() : QPalette();
-    Colors colors = m_scheme == Scheme::dark ? darkColors() : lightColors();
-    colors.window = palette.color(QPalette::Window);
-    colors.surface = palette.color(QPalette::Base);
-    colors.text = palette.color(QPalette::WindowText);
-    colors.secondary = palette.color(QPalette::WindowText);
-    colors.accent = palette.color(QPalette::Highlight);
-    colors.onAccent = palette.color(QPalette::HighlightedText);
-    colors.hairline = palette.color(QPalette::WindowText);
-    colors.hover = withAlpha(colors.accent, 0.10);
-    colors.selected = withAlpha(colors.accent, 0.18);
-    colors.quietSelected = withAlpha(colors.text, 0.10);
-    colors.warningBackground = colors.surface;
-    colors.warningText = colors.text;
-    return colors;
-}
-
 void Style::update()
 {
-    m_colors = m_isHighContrast ? systemColors() : m_scheme == Scheme::dark ? darkColors() : lightColors();
+    m_colors = m_isHighContrast           ? highContrastColors(m_scheme)
+               : m_scheme == Scheme::dark ? darkColors()
+                                          : lightColors();
     if (m_isApplied)
         applyToApplication();
     Q_EMIT changed();
@@ -402,7 +423,7 @@ QPalette Style::palette() const
     palette.setColor(QPalette::ToolTipBase, m_colors.surface);
     palette.setColor(QPalette::ToolTipText, m_colors.text);
     for (const QPalette::ColorRole role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
-        palette.setColor(QPalette::Disabled, role, withAlpha(m_colors.text, 0.4));
+        palette.setColor(QPalette::Disabled, role, withAlpha(m_colors.text, disabledAlpha));
     return palette;
 }
 
@@ -411,10 +432,16 @@ QString Style::styleSheet() const
     const auto css = [](const QColor& color) { return color.name(QColor::HexArgb); };
     QString sheet = uR"(
         QToolTip { color: @text; background: @surface; border: 1px solid @hairline; padding: 4px 8px; }
-        QToolButton[flat="true"] { border: none; border-radius: 6px; background: transparent; color: @text; padding: 0 6px; }
+        QToolButton[flat="true"] { border: 2px solid transparent; border-radius: 6px; background: transparent; color: @text; padding: 0 4px; }
         QToolButton[flat="true"]:hover { background: @hover; }
         QToolButton[flat="true"]:pressed, QToolButton[flat="true"]:checked { background: @selected; }
-        QToolButton[flat="true"]:focus { border: 1px solid @accent; }
+        QToolButton[flat="true"]:disabled { color: @disabled; }
+        QToolButton[flat="true"][small="true"] { padding: 0; }
+        QToolButton[flat="true"][primary="true"] { background: @accent; color: @onAccent; padding: 0 10px; }
+        QToolButton[flat="true"][primary="true"]:hover { background: @pressed; }
+        QToolButton[flat="true"][primary="true"]:disabled { background: @selected; color: @disabled; }
+        QToolButton[flat="true"]:focus { border-color: @accent; }
+        QToolButton[flat="true"][primary="true"]:focus { border-color: @text; }
         QToolButton[flat="true"]::menu-indicator { image: none; }
         QPushButton { border: 1px solid @hairline; border-radius: 6px; background: @surface; color: @text; padding: 5px 14px; }
         QPushButton:hover { background: @hover; }
@@ -436,6 +463,7 @@ QString Style::styleSheet() const
         QSpinBox:focus { border-color: @accent; }
         QComboBox QAbstractItemView { background: @surface; color: @text; border: 1px solid @hairline;
                                       selection-background-color: @accent; selection-color: @onAccent; }
+        QListView[role="suggestions"] { background: @surface; color: @text; border: 1px solid @hairline; padding: 2px; }
         QMenu { background: @surface; color: @text; border: 1px solid @hairline; padding: 4px; }
         QMenu::item { padding: 5px 24px 5px 12px; border-radius: 4px; }
         QMenu::item:selected { background: @accent; color: @onAccent; }
@@ -466,6 +494,8 @@ QString Style::styleSheet() const
         {"@accent"_L1, m_colors.accent},
         {"@danger"_L1, m_colors.danger},
         {"@hover"_L1, m_colors.hover},
+        {"@disabled"_L1, withAlpha(m_colors.text, disabledAlpha)},
+        {"@pressed"_L1, pressed(m_colors)},
         {"@scroll"_L1, withAlpha(m_colors.text, 0.22)},
         {"@text"_L1, m_colors.text}};
     for (const auto& [token, color] : tokens)

@@ -117,11 +117,13 @@ public:
     /// Captions have the size t−2, body t, subheads t+2 and titles t+7.
     QFont font(Type type, Weight weight = Weight::regular) const;
     /// An icon in the given colour; `size` in pixels at 100%.
-    QIcon icon(Symbol symbol, const QColor& color) const;
+    QIcon icon(Symbol symbol, const QColor& color) const { return icon(symbol, color, color); }
+    /// While it is disabled it is a shade of another colour.
+    QIcon icon(Symbol symbol, const QColor& color, const QColor& disabled) const;
     QPixmap pixmap(Symbol symbol, int size, const QColor& color, double pixelRatio) const;
 
     void setScheme(Scheme scheme);
-    /// The desktop's own palette takes the place of the colours, for those who need high contrast.
+    /// Black and white take the place of the colours, for those who need high contrast.
     void setHighContrast(bool isHigh);
     /// A size that isn't among `textSizes` counts as `standardTextSize`.
     void setTextSize(double size);
@@ -136,7 +138,6 @@ Q_SIGNALS:
 private:
     Style();
     void update();
-    Colors systemColors() const;
     QPalette palette() const;
     QString styleSheet() const;
 
