@@ -1,5 +1,6 @@
 #include "views/main/MailToolbar.h"
 
+#include "domain/PlatformWords.h"
 #include "views/main/SearchField.h"
 #include "views/style/FlatButton.h"
 #include "views/style/Style.h"
@@ -17,7 +18,7 @@ MailToolbar::MailToolbar(AppModel& model, QWidget* parent)
     : QWidget(parent)
     , m_model(model)
     , m_sidebar(new FlatButton(Symbol::sidebar, tr("Show or Hide Sidebar")))
-    , m_getMail(new FlatButton(Symbol::envelope, tr("Get New Mail (%1)").arg(u"Ctrl+Shift+N"_s)))
+    , m_getMail(new FlatButton(Symbol::envelope, PlatformWords::text(PlatformWords::Text::getNewMailHelp)))
     , m_newMessage(new FlatButton(Symbol::pencil, tr("New Message")))
     , m_archive(new FlatButton(Symbol::archivebox, tr("Archive")))
     , m_delete(new FlatButton(Symbol::trash, tr("Delete")))
