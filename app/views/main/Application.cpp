@@ -91,6 +91,7 @@ QStringList Application::arguments() const
 void Application::followAppearance()
 {
     Style& style = Style::shared();
+    m_appearance.takeAnswers();
     const QPalette desktop = QApplication::palette();
     const bool isPaletteDark =
         desktop.color(QPalette::Window).lightness() < desktop.color(QPalette::WindowText).lightness();

@@ -47,11 +47,11 @@ private:
 
     Preparation m_preparation;
     QApplication m_application;
+    DesktopAppearance m_appearance; ///< its questions go out first, so that the answers are there in time
     SingleInstance m_instance;
     SingleInstance::Role m_role;
     WebAuthenticator m_authenticator;
     std::unique_ptr<AppModel> m_model;
-    DesktopAppearance m_appearance;
     std::unique_ptr<ContentView> m_window;
 };
 
