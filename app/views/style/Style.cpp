@@ -1,10 +1,13 @@
 #include "views/style/Style.h"
 
+#include "views/style/AccentColors.h"
+
 #include <QApplication>
 #include <QFile>
 #include <QFontDatabase>
 #include <QGuiApplication>
 #include <QPainter>
+#include <QPainterPath>
 #include <QPixmapCache>
 #include <QStyle>
 #include <QStyleFactory>
@@ -12,6 +15,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -28,8 +32,8 @@ QColor withAlpha(QColor color, double alpha)
 Style::Colors derived(Style::Colors colors)
 {
     colors.hairline = withAlpha(colors.text, 0.10);
-    colors.hover = withAlpha(colors.accent, 0.10);
-    colors.selected = withAlpha(colors.accent, 0.18);
+    colors.hover = withAlpha(colors.accent, AccentColors::hoverTint);
+    colors.selected = withAlpha(colors.accent, AccentColors::selectionTint);
     return colors;
 }
 
@@ -104,7 +108,12 @@ QString themeName(Symbol symbol)
     case Symbol::alignRight:
     case Symbol::listBullet:
     case Symbol::listNumber:
+    case Symbol::at:
+    case Symbol::gear:
+    case Symbol::hand:
         return {};
+    case Symbol::minus:
+        return u"list-remove"_s;
     case Symbol::magnifier:
         return u"edit-find"_s;
     case Symbol::clear:
@@ -194,6 +203,55 @@ void paintList(QPainter& painter, const QColor& color, bool isNumbered)
     }
 }
 
+void paintAt(QPainter& painter, const QColor& color)
+{
+    QFont font = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
+    font.setPixelSize(15);
+    QPainterPath sign;
+    sign.addText(0, 0, font, u"@"_s);
+    const QRectF bounds = sign.boundingRect();
+    const double scale = 13.5 / std::max(bounds.width(), bounds.height());
+    painter.translate(8, 8);
+    painter.scale(scale, scale);
+    painter.translate(-bounds.center());
+    painter.fillPath(sign, color);
+}
+
+/// A ring with eight teeth.
+void paintGear(QPainter& painter, const QColor& color)
+{
+    painter.translate(8, 8);
+    painter.setPen(QPen(color, 1.4));
+    painter.drawEllipse(QPointF(0, 0), 4.4, 4.4);
+    painter.drawEllipse(QPointF(0, 0), 1.6, 1.6);
+    painter.setPen(QPen(color, 2, Qt::SolidLine, Qt::FlatCap));
+    for (int tooth = 0; tooth < 8; ++tooth) {
+        painter.drawLine(QPointF(0, -4.8), QPointF(0, -7.2));
+        painter.rotate(45);
+    }
+}
+
+/// A hand that says "stop". One shape: where two overlap, their edges would show.
+void paintHand(QPainter& painter, const QColor& color)
+{
+    QPainterPath fingers;
+    for (const QLineF& finger : {QLineF(5.6, 9, 5.6, 3.6), QLineF(8.2, 8, 8.2, 2), QLineF(10.8, 8, 10.8, 3),
+                                 QLineF(13.4, 9, 13.4, 5.4)}) {
+        fingers.moveTo(finger.p1());
+        fingers.lineTo(finger.p2());
+    }
+    QPainterPathStroker stroker;
+    stroker.setWidth(1.9);
+    stroker.setCapStyle(Qt::RoundCap);
+    QPainterPath palm(QPointF(4.7, 8.6));
+    palm.lineTo(14.3, 8.6);
+    palm.cubicTo(14.6, 12.4, 13, 14.8, 9.6, 14.8);
+    palm.cubicTo(6.8, 14.8, 5, 12.8, 2, 8.4);
+    palm.cubicTo(2.8, 7.4, 4, 8.4, 4.7, 9.6);
+    palm.closeSubpath();
+    painter.fillPath(stroker.createStroke(fingers).united(palm).simplified(), color);
+}
+
 /// Draws what the icon theme has no fitting image for, on a field of 16 by 16; false where it has one.
 bool paintOwn(QPainter& painter, Symbol symbol, const QColor& color)
 {
@@ -229,6 +287,15 @@ bool paintOwn(QPainter& painter, Symbol symbol, const QColor& color)
     case Symbol::listBullet:
     case Symbol::listNumber:
         paintList(painter, color, symbol == Symbol::listNumber);
+        return true;
+    case Symbol::at:
+        paintAt(painter, color);
+        return true;
+    case Symbol::gear:
+        paintGear(painter, color);
+        return true;
+    case Symbol::hand:
+        paintHand(painter, color);
         return true;
     default:
         return false;
@@ -326,22 +393,41 @@ QIcon Style::icon(Symbol symbol, const QColor& color) const
 
 void Style::setScheme(Scheme scheme)
 {
-    m_scheme = scheme;
-    update();
+    if (std::exchange(m_scheme, scheme) != scheme)
+        update();
 }
 
 void Style::setHighContrast(bool isHigh)
 {
-    m_isHighContrast = isHigh;
-    update();
+    if (std::exchange(m_isHighContrast, isHigh) != isHigh)
+        update();
+}
+
+void Style::setAccent(const std::optional<QColor>& accent)
+{
+    if (std::exchange(m_accent, accent) != accent)
+        update();
 }
 
 void Style::setTextSize(double size)
 {
     const auto isSize = [size](int step) { return size == static_cast<double>(step); };
     const auto found = std::ranges::find_if(textSizes, isSize);
-    m_textSize = found == textSizes.end() ? standardTextSize : *found;
-    update();
+    const int taken = found == textSizes.end() ? standardTextSize : *found;
+    if (std::exchange(m_textSize, taken) != taken)
+        update();
+}
+
+Style::Colors Style::schemeColors() const
+{
+    Colors colors = m_scheme == Scheme::dark ? darkColors() : lightColors();
+    if (!m_accent)
+        return colors;
+    colors.accent = AccentColors::fitting(
+        *m_accent, {colors.window, colors.surface, colors.text, colors.secondary, colors.starEdge},
+        colors.accent);
+    colors.onAccent = AccentColors::onAccent(colors.accent);
+    return derived(colors);
 }
 
 Style::Colors Style::systemColors() const
@@ -355,8 +441,8 @@ Style::Colors Style::systemColors() const
     colors.accent = palette.color(QPalette::Highlight);
     colors.onAccent = palette.color(QPalette::HighlightedText);
     colors.hairline = palette.color(QPalette::WindowText);
-    colors.hover = withAlpha(colors.accent, 0.10);
-    colors.selected = withAlpha(colors.accent, 0.18);
+    colors.hover = withAlpha(colors.accent, AccentColors::hoverTint);
+    colors.selected = withAlpha(colors.accent, AccentColors::selectionTint);
     colors.warningBackground = colors.surface;
     colors.warningText = colors.text;
     return colors;
@@ -364,7 +450,7 @@ Style::Colors Style::systemColors() const
 
 void Style::update()
 {
-    m_colors = m_isHighContrast ? systemColors() : m_scheme == Scheme::dark ? darkColors() : lightColors();
+    m_colors = m_isHighContrast ? systemColors() : schemeColors();
     if (m_isApplied)
         applyToApplication();
     Q_EMIT changed();
@@ -424,9 +510,31 @@ QString Style::styleSheet() const
                     selection-background-color: @accent; selection-color: @onAccent; }
         QLineEdit:focus { border-color: @accent; }
         QToolButton[disclosure="true"], QToolButton[disclosure="true"]:checked { background: transparent; padding: 0; }
-        QSpinBox { border: 1px solid @hairline; border-radius: 6px; background: @surface; color: @text;
+        QSpinBox, QDoubleSpinBox { border: 1px solid @hairline; border-radius: 6px; background: @surface; color: @text;
                               padding: 4px 8px; selection-background-color: @accent; selection-color: @onAccent; }
-        QSpinBox:focus { border-color: @accent; }
+        QSpinBox:focus, QDoubleSpinBox:focus { border-color: @accent; }
+        QLabel[role="heading"] { font-size: @subheadSize; font-weight: 600; }
+        QLabel[role="caption"] { color: @secondary; font-size: @captionSize; }
+        QLabel[role="hint"] { color: @secondary; }
+        QLineEdit[role="value"] { border: 1px solid transparent; background: transparent; padding: 4px 0; }
+        QLineEdit[role="value"]:focus { border-color: @accent; }
+        QLineEdit[role="value"][danger="true"] { color: @danger; }
+        QPlainTextEdit[role="field"], QListView[role="field"] { border: 1px solid @hairline; border-radius: 6px;
+            background: @surface; color: @text; selection-background-color: @accent; selection-color: @onAccent; }
+        QPlainTextEdit[role="field"] { padding: 4px; }
+        QPlainTextEdit[role="field"]:focus, QListView[role="field"]:focus { border-color: @accent; }
+        QRadioButton[segment] { border: 1px solid @edge; background: @surface; color: @text; padding: 4px 12px; spacing: 0; }
+        QRadioButton[segment]::indicator { width: 0; height: 0; }
+        QRadioButton[segment="first"] { border-top-left-radius: 6px; border-bottom-left-radius: 6px; }
+        QRadioButton[segment="last"] { border-top-right-radius: 6px; border-bottom-right-radius: 6px; }
+        QRadioButton[segment="middle"], QRadioButton[segment="last"] { border-left: none; }
+        QRadioButton[segment]:hover { background: @hover; }
+        QRadioButton[segment]:checked { background: @accent; color: @onAccent; border-color: @accent; }
+        QRadioButton[segment]:focus { text-decoration: underline; }
+        QTabBar[role="panes"]::tab { background: transparent; color: @secondary; border: none;
+            border-bottom: 2px solid transparent; padding: 8px 16px; }
+        QTabBar[role="panes"]::tab:hover { background: @hover; }
+        QTabBar[role="panes"]::tab:selected { color: @text; border-bottom-color: @accent; }
         QComboBox QAbstractItemView { background: @surface; color: @text; border: 1px solid @hairline;
                                       selection-background-color: @accent; selection-color: @onAccent; }
         QMenu { background: @surface; color: @text; border: 1px solid @hairline; padding: 4px; }
@@ -459,10 +567,14 @@ QString Style::styleSheet() const
         {"@accent"_L1, m_colors.accent},
         {"@danger"_L1, m_colors.danger},
         {"@hover"_L1, m_colors.hover},
+        {"@edge"_L1, withAlpha(m_colors.text, 0.22)},
         {"@scroll"_L1, withAlpha(m_colors.text, 0.22)},
         {"@text"_L1, m_colors.text}};
     for (const auto& [token, color] : tokens)
         sheet.replace(token, css(color));
+    for (const auto& [token, type] :
+         {std::pair("@subheadSize"_L1, Type::subhead), std::pair("@captionSize"_L1, Type::caption)})
+        sheet.replace(token, u"%1px"_s.arg(font(type).pixelSize()));
     return sheet;
 }
 
