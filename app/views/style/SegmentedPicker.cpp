@@ -3,6 +3,9 @@
 #include <QHBoxLayout>
 #include <QRadioButton>
 
+#include <algorithm>
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
 namespace Larkhaven {
@@ -21,6 +24,7 @@ SegmentedPicker::SegmentedPicker(const QList<Choice>& choices, QWidget* parent)
         button->setProperty("segment", isFirst ? u"first"_s : isLast ? u"last"_s : u"middle"_s);
         // The arrow keys choose as a click does.
         connect(button, &QRadioButton::toggled, this, [this, chosenValue = value](bool isChecked) {
+            followChoice();
             if (isChecked)
                 Q_EMIT chosen(chosenValue);
         });
@@ -28,6 +32,18 @@ SegmentedPicker::SegmentedPicker(const QList<Choice>& choices, QWidget* parent)
         layout->addWidget(button);
     }
     layout->addStretch();
+    followChoice();
+}
+
+void SegmentedPicker::followChoice()
+{
+    // Left to itself, a group is entered at its first button, whichever is chosen.
+    const auto isChosen = [](const QRadioButton* button) { return button->isChecked(); };
+    const bool isAnyChosen = std::ranges::any_of(m_buttons, isChosen);
+    for (QRadioButton* const button : std::as_const(m_buttons)) {
+        const bool takesTab = isAnyChosen ? isChosen(button) : button == m_buttons.first();
+        button->setFocusPolicy(takesTab ? Qt::StrongFocus : Qt::ClickFocus);
+    }
 }
 
 QVariant SegmentedPicker::value() const
@@ -42,11 +58,11 @@ QVariant SegmentedPicker::value() const
 void SegmentedPicker::setValue(const QVariant& value)
 {
     for (qsizetype index = 0; index < m_buttons.size(); ++index) {
+        if (m_choices[index].second != value)
+            continue;
         const QSignalBlocker quiet(m_buttons[index]);
-        // A group always has one that is chosen, unless it is told otherwise.
-        m_buttons[index]->setAutoExclusive(false);
-        m_buttons[index]->setChecked(m_choices[index].second == value);
-        m_buttons[index]->setAutoExclusive(true);
+        m_buttons[index]->setChecked(true);
+        followChoice();
     }
 }
 

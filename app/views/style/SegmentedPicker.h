@@ -21,7 +21,7 @@ public:
     explicit SegmentedPicker(const QList<Choice>& choices, QWidget* parent = nullptr);
 
     QVariant value() const;
-    /// Shows the value as chosen; none where it is no choice.
+    /// Shows the value as chosen. One that is no choice changes nothing.
     void setValue(const QVariant& value);
 
 Q_SIGNALS:
@@ -29,6 +29,8 @@ Q_SIGNALS:
     void chosen(const QVariant& value);
 
 private:
+    void followChoice();
+
     QList<Choice> m_choices;
     QList<QRadioButton*> m_buttons;
 };

@@ -498,43 +498,46 @@ QString Style::styleSheet() const
         QToolButton[flat="true"] { border: none; border-radius: 6px; background: transparent; color: @text; padding: 0 6px; }
         QToolButton[flat="true"]:hover { background: @hover; }
         QToolButton[flat="true"]:pressed, QToolButton[flat="true"]:checked { background: @selected; }
-        QToolButton[flat="true"]:focus { border: 1px solid @accent; }
+        QToolButton[flat="true"]:focus { border: 2px solid @accent; }
         QToolButton[flat="true"]::menu-indicator { image: none; }
         QPushButton { border: 1px solid @hairline; border-radius: 6px; background: @surface; color: @text; padding: 5px 14px; }
         QPushButton:hover { background: @hover; }
         QPushButton:default { background: @accent; color: @onAccent; border-color: @accent; }
-        QPushButton:focus { border-color: @accent; }
+        QPushButton:focus { border: 2px solid @accent; padding: 4px 13px; }
+        QPushButton:default:focus { border-color: @text; }
         QPushButton[destructive="true"] { color: @danger; border-color: @danger; }
         QPushButton:disabled { color: @secondary; border-color: @hairline; background: transparent; }
         QLineEdit { border: 1px solid @hairline; border-radius: 6px; background: @surface; color: @text; padding: 4px 8px;
                     selection-background-color: @accent; selection-color: @onAccent; }
-        QLineEdit:focus { border-color: @accent; }
+        QLineEdit:focus { border: 2px solid @accent; padding: 3px 7px; }
         QToolButton[disclosure="true"], QToolButton[disclosure="true"]:checked { background: transparent; padding: 0; }
         QSpinBox, QDoubleSpinBox { border: 1px solid @hairline; border-radius: 6px; background: @surface; color: @text;
                               padding: 4px 8px; selection-background-color: @accent; selection-color: @onAccent; }
-        QSpinBox:focus, QDoubleSpinBox:focus { border-color: @accent; }
+        QSpinBox:focus, QDoubleSpinBox:focus { border: 2px solid @accent; padding: 3px 7px; }
         QLabel[role="heading"] { font-size: @subheadSize; font-weight: 600; }
         QLabel[role="caption"] { color: @secondary; font-size: @captionSize; }
         QLabel[role="hint"] { color: @secondary; }
         QLineEdit[role="value"] { border: 1px solid transparent; background: transparent; padding: 4px 0; }
-        QLineEdit[role="value"]:focus { border-color: @accent; }
+        QLineEdit[role="value"]:focus { border: 2px solid @accent; padding: 3px 0; }
         QLineEdit[role="value"][danger="true"] { color: @danger; }
         QPlainTextEdit[role="field"], QListView[role="field"] { border: 1px solid @hairline; border-radius: 6px;
             background: @surface; color: @text; selection-background-color: @accent; selection-color: @onAccent; }
         QPlainTextEdit[role="field"] { padding: 4px; }
-        QPlainTextEdit[role="field"]:focus, QListView[role="field"]:focus { border-color: @accent; }
+        QPlainTextEdit[role="field"]:focus, QListView[role="field"]:focus { border: 2px solid @accent; }
+        QPlainTextEdit[role="field"]:focus { padding: 3px; }
         QRadioButton[segment] { border: 1px solid @edge; background: @surface; color: @text; padding: 4px 12px; spacing: 0; }
-        QRadioButton[segment]::indicator { width: 0; height: 0; }
+        QRadioButton[segment]::indicator { width: 0; height: 0; border: none; background: transparent; image: none; }
         QRadioButton[segment="first"] { border-top-left-radius: 6px; border-bottom-left-radius: 6px; }
         QRadioButton[segment="last"] { border-top-right-radius: 6px; border-bottom-right-radius: 6px; }
         QRadioButton[segment="middle"], QRadioButton[segment="last"] { border-left: none; }
         QRadioButton[segment]:hover { background: @hover; }
         QRadioButton[segment]:checked { background: @accent; color: @onAccent; border-color: @accent; }
-        QRadioButton[segment]:focus { text-decoration: underline; }
+        QRadioButton[segment]:focus { border: 2px solid @text; padding: 3px 11px; }
         QTabBar[role="panes"]::tab { background: transparent; color: @secondary; border: none;
             border-bottom: 2px solid transparent; padding: 8px 16px; }
         QTabBar[role="panes"]::tab:hover { background: @hover; }
         QTabBar[role="panes"]::tab:selected { color: @text; border-bottom-color: @accent; }
+        QTabBar[role="panes"]::tab:selected:focus { background: @selected; }
         QComboBox QAbstractItemView { background: @surface; color: @text; border: 1px solid @hairline;
                                       selection-background-color: @accent; selection-color: @onAccent; }
         QMenu { background: @surface; color: @text; border: 1px solid @hairline; padding: 4px; }
@@ -567,7 +570,7 @@ QString Style::styleSheet() const
         {"@accent"_L1, m_colors.accent},
         {"@danger"_L1, m_colors.danger},
         {"@hover"_L1, m_colors.hover},
-        {"@edge"_L1, withAlpha(m_colors.text, 0.22)},
+        {"@edge"_L1, m_isHighContrast ? m_colors.text : withAlpha(m_colors.text, 0.22)},
         {"@scroll"_L1, withAlpha(m_colors.text, 0.22)},
         {"@text"_L1, m_colors.text}};
     for (const auto& [token, color] : tokens)
