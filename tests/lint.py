@@ -62,6 +62,8 @@ TAKEN_AS_IT_IS = {
         "title + u' ' + tr()",  # "Incoming", "Outgoing"
         "label(security), QVariant::fromValue(static_cast<int>(security))",
     ],
+    "app/views/settings/AccountForm.cpp": ["nickname"],  # a field of the user's own settings
+    "app/views/settings/GeneralSettingsView.cpp": ["label(choice), static_cast<int>(choice)"],  # "Larkhaven Purple"
     "app/views/compose/ComposeRow.cpp": ["label", "name.remove(u':')"],  # "To:", "Subject:"
     "app/views/compose/ComposeEditorController.cpp": ["name"],  # a language, as the system names it
     "app/views/style/EmptyStateView.cpp": ["state.title"],  # one of our own sentences
