@@ -77,6 +77,13 @@ TEST_P(SettingsSceneAppearanceTest, ShowsEachPaneWithNothingCutOff)
                     << label->text().toStdString();
             }
         }
+        // The space beside short labels goes to the controls.
+        for (const QLabel* const label : labels) {
+            if (label->isVisible() && label->buddy() && name != "accounts"_L1) {
+                EXPECT_LT(label->geometry().right(), settings.view->width() / 2)
+                    << label->text().toStdString();
+            }
+        }
         takeScreenshot(*settings.view, u"settings-%1-%2"_s.arg(name, nameOf(GetParam())));
     }
     style.setHighContrast(false);

@@ -66,6 +66,10 @@ QLabel* SettingsForm::addCaption(const QString& text)
     caption->setProperty("role", u"caption"_s);
     caption->setTextFormat(Qt::PlainText);
     caption->setWordWrap(true);
+    // Without something that grows, a column is as narrow as its narrowest control.
+    QSizePolicy grows = caption->sizePolicy();
+    grows.setHorizontalPolicy(QSizePolicy::Expanding);
+    caption->setSizePolicy(grows);
     m_grid->addWidget(caption, m_row++, 1);
     return caption;
 }

@@ -111,9 +111,8 @@ QString themeName(Symbol symbol)
     case Symbol::at:
     case Symbol::gear:
     case Symbol::hand:
-        return {};
     case Symbol::minus:
-        return u"list-remove"_s;
+        return {};
     case Symbol::magnifier:
         return u"edit-find"_s;
     case Symbol::clear:
@@ -296,6 +295,10 @@ bool paintOwn(QPainter& painter, Symbol symbol, const QColor& color)
         return true;
     case Symbol::hand:
         paintHand(painter, color);
+        return true;
+    case Symbol::minus:
+        // As thick as the theme's plus, beside which it stands.
+        painter.fillRect(QRectF(2, 7, 12, 1), color);
         return true;
     default:
         return false;
