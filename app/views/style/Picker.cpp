@@ -4,6 +4,8 @@
 
 #include <QPainter>
 
+#include <algorithm>
+
 namespace Larkhaven {
 
 namespace {
@@ -25,6 +27,13 @@ QSize Picker::sizeHint() const
         width = std::max(width, fontMetrics().horizontalAdvance(itemText(index)));
     // Advances are rounded, and a text that is longer by a fraction would be cut.
     return {width + 1 + 3 * textPadding + arrowSize(), fontMetrics().height() + 2 * Style::grid + 2};
+}
+
+QSize Picker::minimumSizeHint() const
+{
+    constexpr double narrowest = 8;
+    const QSize wanted = sizeHint();
+    return {std::min(wanted.width(), Style::shared().scaled(narrowest)), wanted.height()};
 }
 
 void Picker::paintEvent(QPaintEvent*)
