@@ -210,7 +210,10 @@ TEST(AppModelKeyring, LeavesNothingOfACacheThatIsDeletedWhileItRefusesTheKey)
         u"%1/Larkhaven/%2"_s.arg(fixture.cachesDirectory(), Coding::fromUuid(fixture.account().id)));
     ASSERT_TRUE(folder.exists());
     fixture.keychain().readFailure = KeychainStatus::interactionNotAllowed;
+    fixture.keychain().writeFailure = KeychainStatus::interactionNotAllowed;
     fixture.restartWithoutProviders();
+    EXPECT_EQ(await(fixture.model().cacheSize()), 0);
+    EXPECT_TRUE(folder.exists()) << "it may be opened again";
     await(fixture.model().clearCaches());
     EXPECT_FALSE(folder.exists());
 }

@@ -469,6 +469,7 @@ TEST_F(SettingsTest, AnAccountWithoutACacheAddsNothing)
 {
     await(settings.model().cache(settings.fixture.account(0).id)->write(u"a"_s, QByteArray(1'000, 'x')));
     settings.fixture.keychain().readFailure = KeychainStatus::interactionNotAllowed;
+    settings.fixture.keychain().writeFailure = KeychainStatus::interactionNotAllowed;
     settings.restart(Pane::privacy);
     auto& size = settings.child<QLabel>(u"cacheSize"_s);
     EXPECT_TRUE(waitUntil([&size] { return size.text() == u"0 bytes"; })) << size.text().toStdString();
