@@ -61,6 +61,8 @@ TAKEN_AS_IT_IS = {
         "account->email",
     ],
     "app/views/setup/ServerFields.cpp": ["label(security), QVariant::fromValue(static_cast<int>(security))"],
+    "app/views/settings/AccountForm.cpp": ["nickname"],  # a field of the user's own settings
+    "app/views/settings/GeneralSettingsView.cpp": ["label(choice), static_cast<int>(choice)"],  # "Larkhaven Purple"
     "app/views/compose/ComposeRow.cpp": ["label", "name.remove(u':')"],  # "To:", "Subject:"
     "app/views/list/MessageActions.cpp": ["follow(m_items()).title", "state.title"],  # "Mark as Read"
     "app/views/main/MailCommands.cpp": [

@@ -27,6 +27,13 @@ Accounts::Accounts(Services services, QObject* parent)
     , m_list(AccountStore::load(*m_services.defaults))
 {}
 
+Accounts::~Accounts()
+{
+    // Whoever waits for the keyring goes on, and finds that nothing is wanted any more.
+    for (const std::shared_ptr<Wakeup>& waiting : std::as_const(m_waitingForKeys))
+        waiting->notify();
+}
+
 // --- The list
 
 QList<QUuid> Accounts::ids() const
@@ -128,15 +135,34 @@ const Accounts::Keys& Accounts::keys(const QUuid& accountID)
 
 Task<> Accounts::unlock()
 {
+    return readUnknownKeys(Unlocking::unknownAndRefused);
+}
+
+Task<> Accounts::keysRead()
+{
+    const QPointer<Accounts> self(this);
+    while (self && m_unlocking > 0) {
+        const auto end = std::make_shared<Wakeup>();
+        m_waitingForKeys.append(end);
+        co_await end->wait(std::chrono::milliseconds(-1));
+    }
+    if (self)
+        co_await readUnknownKeys(Unlocking::unknown);
+}
+
+Task<> Accounts::readUnknownKeys(Unlocking which)
+{
     const QPointer<Accounts> self(this);
     const QList<QUuid> accounts = ids();
     ++m_unlocking;
     for (const QUuid& accountID : accounts) {
         if (!self)
             co_return;
-        const auto isKnown = [this, &accountID] {
+        const auto isKnown = [this, which, &accountID] {
             const auto known = m_keys.constFind(accountID);
-            return m_storing.contains(accountID) || (known != m_keys.cend() && !known->wasRefused);
+            const bool isAnswered =
+                known != m_keys.cend() && (which == Unlocking::unknown || !known->wasRefused);
+            return m_storing.contains(accountID) || isAnswered;
         };
         if (isKnown())
             continue;
@@ -162,8 +188,11 @@ Task<> Accounts::unlock()
         if (found.credential)
             setNeedsReauth(accountID, false);
     }
-    if (self)
-        --m_unlocking;
+    if (self && --m_unlocking == 0) {
+        const QList<std::shared_ptr<Wakeup>> waiting = std::exchange(m_waitingForKeys, {});
+        for (const std::shared_ptr<Wakeup>& waiter : waiting)
+            waiter->notify();
+    }
 }
 
 bool Accounts::wasRefused() const
@@ -552,7 +581,8 @@ Task<> Accounts::endRemoval(QUuid accountID)
 Task<qint64> Accounts::cacheSize()
 {
     const QPointer<Accounts> self(this);
-    const QList<QUuid> accounts = ids();
+    co_await keysRead();
+    const QList<QUuid> accounts = self ? ids() : QList<QUuid>();
     qint64 sum = 0;
     for (const QUuid& accountID : accounts) {
         const std::shared_ptr<MailCache> sealed = self ? cache(accountID) : nullptr;
@@ -567,11 +597,16 @@ Task<qint64> Accounts::cacheSize()
 Task<> Accounts::clearCaches()
 {
     const QPointer<Accounts> self(this);
-    const QList<QUuid> accounts = ids();
+    co_await keysRead();
+    const QList<QUuid> accounts = self ? ids() : QList<QUuid>();
     for (const QUuid& accountID : accounts) {
-        const std::shared_ptr<MailCache> sealed = self ? cache(accountID) : nullptr;
+        if (!self)
+            co_return;
+        const std::shared_ptr<MailCache> sealed = cache(accountID);
         if (sealed)
             co_await sealed->removeAll();
+        else if (m_keys.value(accountID).wasRefused)
+            co_await wipeCache(accountID);
     }
     if (self)
         m_providers.clear();

@@ -8,6 +8,7 @@
 #include "model/KnownSecret.h"
 #include "model/UserDefaults.h"
 #include "model/WatchedTokens.h"
+#include "platform/Wakeup.h"
 #include "protocols/MailTransport.h"
 #include "store/MailCache.h"
 
@@ -69,6 +70,7 @@ public:
 
     /// Reads the stored list, and nothing of the keyring.
     explicit Accounts(Services services, QObject* parent = nullptr);
+    ~Accounts() override;
 
     // --- The list
     const QList<Account>& list() const { return m_list; }
@@ -116,9 +118,11 @@ public:
     /// holds nothing up. The grant that the credential stands for is taken back, which isn't waited for.
     Task<> endRemoval(QUuid accountID);
     bool isLeaving(const QUuid& accountID) const { return m_leaving.contains(accountID); }
-    /// Bytes held by the caches of all accounts.
+    /// Bytes held by the caches of all accounts; one without a cache adds nothing. Waits for a keyring that
+    /// hasn't answered yet, without asking it again for what it has refused.
     Task<qint64> cacheSize();
-    /// Empties all caches; providers are built anew.
+    /// Empties all caches, those included whose key the keyring refuses; providers are built anew. Waits as
+    /// `cacheSize` does.
     Task<> clearCaches();
 
 Q_SIGNALS:
@@ -146,6 +150,12 @@ private:
         std::shared_ptr<WatchedTokens> tokens; ///< the manager's, as a provider gets them
     };
 
+    /// Which accounts the keyring is asked about.
+    enum class Unlocking { unknown, unknownAndRefused };
+
+    Task<> readUnknownKeys(Unlocking which);
+    /// Ends when the keyring has answered for all accounts.
+    Task<> keysRead();
     static Keys readKeys(SecretStore& secrets, KeychainStore& cacheKeys, const QString& directory,
                          const QUuid& accountID);
     /// Reads the key of the cache, or makes one.
@@ -185,10 +195,11 @@ private:
     QHash<QUuid, std::shared_ptr<MailProvider>> m_providers;
     QHash<QUuid, Access> m_access;
     QSet<QUuid> m_needsReauth;
-    QSet<QUuid> m_leaving; ///< whose removal is under way
-    QSet<QUuid> m_storing; ///< whose new credential is being stored
-    QSet<QUuid> m_wiping;  ///< whose cache is being emptied
-    int m_unlocking = 0;   ///< how many read the keyring on a worker
+    QSet<QUuid> m_leaving;                           ///< whose removal is under way
+    QSet<QUuid> m_storing;                           ///< whose new credential is being stored
+    QSet<QUuid> m_wiping;                            ///< whose cache is being emptied
+    int m_unlocking = 0;                             ///< how many read the keyring on a worker
+    QList<std::shared_ptr<Wakeup>> m_waitingForKeys; ///< who wants to know when none of them does
 };
 
 } // namespace Larkhaven

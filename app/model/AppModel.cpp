@@ -90,6 +90,7 @@ AppModel::AppModel(Services services, QObject* parent)
                   m_services.transports, m_services.info, m_services.revoke})
     , m_sidebar(m_accounts)
     , m_texts(std::make_shared<KeptTexts>(m_services.keptTextsDirectory, m_services.textKeys))
+    , m_accentAtStart(accentChoice(*m_services.defaults))
 {
     m_undoTimer.setSingleShot(true);
     m_undoTimer.setInterval(undoTime);
@@ -142,6 +143,10 @@ void AppModel::connectParts()
     connect(&defaults(), &UserDefaults::changed, this, [this](const QString& key) {
         if (key == DefaultsKey::pageSize && m_sidebarSelection)
             start(load(0, true));
+        else if (key == DefaultsKey::refreshMinutes)
+            startRefreshLoop();
+        else if (key == DefaultsKey::showDockBadge)
+            updateBadge();
     });
 }
 

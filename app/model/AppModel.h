@@ -8,6 +8,7 @@
 #include "domain/Mailbox.h"
 #include "domain/Message.h"
 #include "format/ParsedMessage.h"
+#include "model/AccentChoice.h"
 #include "model/Accounts.h"
 #include "model/CheckResults.h"
 #include "model/ComposeDraft.h"
@@ -193,6 +194,10 @@ public:
     const std::optional<ProviderKind>& browserSignIn() const { return m_browserSignIn; }
     /// Accounts whose kept texts can't be read at present, and whose new ones can't be kept.
     QList<QUuid> accountsWithLockedTexts() const;
+    /// Whether the account's removal is under way.
+    bool isRemoving(const QUuid& accountID) const { return m_accounts.isLeaving(accountID); }
+    /// The accent that was chosen when the program started: it is in force until the program ends.
+    AccentChoice accentAtStart() const { return m_accentAtStart; }
     /// The account that the set-up window repairs; absent when it adds one.
     const std::optional<QUuid>& imapSetupAccountID() const { return m_imapSetupAccountID; }
 
@@ -370,8 +375,11 @@ public:
     Task<> removeAccount(QUuid accountID);
     /// Bytes held by the caches of all accounts.
     Task<qint64> cacheSize();
-    /// Empties all caches and asks the services anew.
+    /// Empties all caches. The services are asked anew then, which isn't waited for.
     Task<> clearCaches();
+
+    /// Asks for the end of the program, and for its start anew. The user may still refuse, as with quitting.
+    void restart() { Q_EMIT restartWanted(); }
 
     /// Runs a flow that nobody waits for; a failure of it goes to `report`, with an account only where that
     /// wasn't repaired or removed meanwhile.
@@ -408,6 +416,7 @@ Q_SIGNALS:
     /// The user has asked for a sign-in while one goes on in the browser.
     void browserSignInWanted();
     void imapSetupAccountIDChanged();
+    void restartWanted();
 
 private:
     using Session = Accounts::Session;
@@ -546,6 +555,7 @@ private:
     Listing m_listing;
     std::shared_ptr<KeptTexts> m_texts;
 
+    AccentChoice m_accentAtStart;
     std::optional<SidebarItem> m_sidebarSelection;
     QList<MessageSummary> m_messages; ///< the listing's rows, as the views were told of them last
     Paging m_paging;                  ///< likewise

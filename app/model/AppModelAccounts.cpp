@@ -270,8 +270,9 @@ Task<> AppModel::clearCaches()
 {
     const QPointer<AppModel> self(this);
     co_await m_accounts.clearCaches();
+    // A server that takes its time holds nothing up: the caches are empty.
     if (self)
-        co_await refresh();
+        start(refresh());
 }
 
 } // namespace Larkhaven

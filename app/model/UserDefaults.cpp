@@ -58,13 +58,19 @@ void UserDefaults::registerDefaults(const QHash<QString, QVariant>& defaults)
     m_registered.insert(defaults);
 }
 
+void UserDefaults::registerRule(QLatin1StringView key, const Rule& isValid)
+{
+    m_rules.insert(key, isValid);
+}
+
 template <typename Value>
 Value UserDefaults::value(QLatin1StringView key, Value (*read)(const QVariant&, bool*)) const
 {
+    const Rule isValid = m_rules.value(key);
     for (const QVariant& candidate : {m_settings.value(key), m_registered.value(key)}) {
         bool isReadable = false;
         Value result = candidate.isValid() ? read(candidate, &isReadable) : Value();
-        if (isReadable)
+        if (isReadable && (!isValid || isValid(QVariant::fromValue(result))))
             return result;
     }
     return Value();
@@ -126,6 +132,14 @@ void registerUserSettings(UserDefaults& defaults)
         {textSize, 13.0},
         {sidebarWidth, 210},
         {sidebarHidden, false},
+    });
+    defaults.registerRule(pageSize, [](const QVariant& value) {
+        const qint64 rows = value.toLongLong();
+        return rows == 25 || rows == 50 || rows == 100;
+    });
+    defaults.registerRule(composeFontSize, [](const QVariant& value) {
+        const double size = value.toDouble();
+        return size >= smallestComposeFontSize && size <= largestComposeFontSize;
     });
 }
 

@@ -8,6 +8,8 @@
 #include <QString>
 #include <QVariant>
 
+#include <functional>
+
 namespace Larkhaven {
 
 /// The keys of the user settings, spelled as they are stored.
@@ -38,6 +40,10 @@ inline constexpr auto mailboxOnScreen = "mailboxOnScreen"_L1;
 inline constexpr auto composeWindowSize = "composeWindowSize"_L1;
 } // namespace DefaultsKey
 
+/// The sizes that a message may be written in, in points.
+inline constexpr double smallestComposeFontSize = 8;
+inline constexpr double largestComposeFontSize = 72;
+
 /// What the program remembers of the user's choices: an INI file with a layer of registered defaults below
 /// it. A file that can't be read counts as empty. Main thread.
 class UserDefaults : public QObject {
@@ -52,9 +58,12 @@ public:
 
     /// Adds to the values that are read where nothing is stored.
     void registerDefaults(const QHash<QString, QVariant>& defaults);
+    /// Says which stored values of a key count. One that doesn't is read as if nothing were stored.
+    using Rule = std::function<bool(const QVariant& value)>;
+    void registerRule(QLatin1StringView key, const Rule& isValid);
 
-    /// These give the registered default, or the type's empty value, where nothing is stored or it can't be
-    /// read as the type.
+    /// These give the registered default, or the type's empty value, where nothing is stored, where it can't
+    /// be read as the type, or where it breaks the key's rule.
     qint64 integer(QLatin1StringView key) const;
     double real(QLatin1StringView key) const;
     bool boolean(QLatin1StringView key) const;
@@ -74,6 +83,7 @@ private:
 
     QSettings m_settings;
     QHash<QString, QVariant> m_registered;
+    QHash<QString, Rule> m_rules;
 };
 
 /// The defaults of all user settings; registered before anything reads them.

@@ -1,7 +1,10 @@
 #include "AppModelSetup.h"
+#include "domain/Coding.h"
 #include "platform/Tasks.h"
 #include "support/QtPrinters.h"
 #include "support/WaitUntil.h"
+
+#include <QDir>
 
 #include <atomic>
 
@@ -152,6 +155,82 @@ TEST(AppModelKeyring, HoldsNothingUpWhileItHesitates)
     secrets->answer();
     beginning.get();
     EXPECT_TRUE(fixture.model().provider(fixture.account().id));
+}
+
+TEST(AppModelKeyring, IsWaitedForBeforeTheSizeOfTheCachesIsTold)
+{
+    ModelFixture fixture;
+    fixture.cacheKeys().saveData(QByteArray(32, 'k'), fixture.account().id);
+    await(fixture.model().cache(fixture.account().id)->write(u"a"_s, QByteArray(1000, 'x')));
+    const auto secrets = std::make_shared<SlowSecretStore>();
+    fixture.setSecrets(secrets);
+    fixture.restartWithoutProviders();
+    Begun<void> beginning(fixture.model().begin());
+    ASSERT_TRUE(waitUntil([&secrets] { return secrets->isAsked.load(); }));
+    Begun<qint64> first(fixture.model().cacheSize());
+    Begun<qint64> second(fixture.model().cacheSize());
+    settle();
+    EXPECT_FALSE(first.isDone());
+    secrets->answer();
+    EXPECT_GT(first.get(), 1000);
+    EXPECT_GT(second.get(), 1000);
+    beginning.get();
+}
+
+TEST(AppModelKeyring, HoldsUpNobodyWhoWantsTheSizeOfTheCachesBeforeItWasAsked)
+{
+    ModelFixture fixture;
+    const auto secrets = std::make_shared<SlowSecretStore>();
+    fixture.setSecrets(secrets);
+    fixture.restartWithoutProviders();
+    Begun<qint64> size(fixture.model().cacheSize());
+    // Were it asked on this thread, this line would not be reached.
+    ASSERT_TRUE(waitUntil([&secrets] { return secrets->isAsked.load(); }));
+    EXPECT_FALSE(size.isDone());
+    secrets->answer();
+    EXPECT_EQ(size.get(), 0);
+}
+
+TEST(AppModelKeyring, IsNotAskedAgainForTheSizeOfACacheWhoseKeyItRefused)
+{
+    ModelFixture fixture;
+    fixture.keychain().readFailure = KeychainStatus::interactionNotAllowed;
+    fixture.restartWithoutProviders();
+    await(fixture.model().begin());
+    const int reads = fixture.keychain().reads;
+    EXPECT_EQ(await(fixture.model().cacheSize()), 0);
+    EXPECT_EQ(fixture.keychain().reads, reads);
+}
+
+TEST(AppModelKeyring, LeavesNothingOfACacheThatIsDeletedWhileItRefusesTheKey)
+{
+    ModelFixture fixture;
+    await(fixture.model().cache(fixture.account().id)->write(u"a"_s, QByteArray(1000, 'x')));
+    const QDir folder(
+        u"%1/Larkhaven/%2"_s.arg(fixture.cachesDirectory(), Coding::fromUuid(fixture.account().id)));
+    ASSERT_TRUE(folder.exists());
+    fixture.keychain().readFailure = KeychainStatus::interactionNotAllowed;
+    fixture.keychain().writeFailure = KeychainStatus::interactionNotAllowed;
+    fixture.restartWithoutProviders();
+    EXPECT_EQ(await(fixture.model().cacheSize()), 0);
+    EXPECT_TRUE(folder.exists()) << "it may be opened again";
+    await(fixture.model().clearCaches());
+    EXPECT_FALSE(folder.exists());
+}
+
+TEST(AppModelKeyring, EndsNoWaitForTheSizeOfTheCachesOfAModelThatIsGone)
+{
+    auto fixture = std::make_unique<ModelFixture>();
+    const auto secrets = std::make_shared<SlowSecretStore>();
+    fixture->setSecrets(secrets);
+    fixture->restartWithoutProviders();
+    Begun<void> beginning(fixture->model().begin());
+    ASSERT_TRUE(waitUntil([&secrets] { return secrets->isAsked.load(); }));
+    Begun<qint64> size(fixture->model().cacheSize());
+    fixture->restart();
+    EXPECT_EQ(size.get(), 0);
+    secrets->answer();
+    settle();
 }
 
 /// Saves only when it is told to.

@@ -184,6 +184,41 @@ TEST_F(AppModelMailbox, ShowsNoBadgeWhereTheUserWantsNone)
     EXPECT_EQ(fixture.badges().last(), 0);
 }
 
+TEST_F(AppModelMailbox, ShowsAndHidesTheBadgeAsSoonAsTheUserWantsIt)
+{
+    fixture.provider().setCounts({{system(Mailbox::inbox).id(), 3}});
+    await(model.loadCounts(fixture.account().id));
+    fixture.defaults().set(DefaultsKey::showDockBadge, false);
+    EXPECT_EQ(fixture.badges().last(), 0);
+    fixture.defaults().set(DefaultsKey::showDockBadge, true);
+    EXPECT_EQ(fixture.badges().last(), 3);
+}
+
+TEST_F(AppModelMailbox, ChecksAtAnotherIntervalAsSoonAsTheUserChoosesIt)
+{
+    settle();
+    fixture.defaults().set(DefaultsKey::refreshMinutes, 30);
+    settle();
+    EXPECT_EQ(fixture.sleeps().last(), std::chrono::minutes(30));
+    EXPECT_EQ(fixture.sleeping(), 1);
+    fixture.defaults().set(DefaultsKey::refreshMinutes, 0);
+    settle();
+    EXPECT_EQ(fixture.sleeping(), 0);
+    fixture.defaults().set(DefaultsKey::refreshMinutes, 1);
+    settle();
+    EXPECT_EQ(fixture.sleeps().last(), std::chrono::minutes(1));
+    EXPECT_TRUE(fixture.provider().calls().isEmpty());
+}
+
+TEST_F(AppModelMailbox, KeepsTheAccentThatItStartedWith)
+{
+    EXPECT_EQ(model.accentAtStart(), AccentChoice::larkhaven);
+    fixture.defaults().set(DefaultsKey::accent, u"system"_s);
+    EXPECT_EQ(model.accentAtStart(), AccentChoice::larkhaven);
+    fixture.restart();
+    EXPECT_EQ(fixture.model().accentAtStart(), AccentChoice::system);
+}
+
 TEST_F(AppModelMailbox, EndsTheRefreshLoopAtOnceWhereTheIntervalIsZero)
 {
     fixture.defaults().set(DefaultsKey::refreshMinutes, 0);

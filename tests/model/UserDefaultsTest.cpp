@@ -1,10 +1,12 @@
 #include "model/UserDefaults.h"
 
+#include "model/AccentChoice.h"
 #include "support/QtPrinters.h"
 
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
+#include <QtNumeric>
 
 #include <gtest/gtest.h>
 
@@ -98,6 +100,45 @@ TEST_F(UserDefaultsTest, GivesTheRegisteredDefaultWhereTheStoredValueIsOfAnother
     registerUserSettings(defaults);
     EXPECT_EQ(defaults.integer(DefaultsKey::pageSize), 25);
     EXPECT_TRUE(defaults.boolean(DefaultsKey::showPreview));
+}
+
+TEST_F(UserDefaultsTest, GivesTheDefaultWhereTheStoredValueIsNoneThatCanBeChosen)
+{
+    UserDefaults defaults(file());
+    registerUserSettings(defaults);
+    for (const int size : {0, -25, 24, 26, 30, 99, 101, 1'000'000}) {
+        defaults.set(DefaultsKey::pageSize, size);
+        EXPECT_EQ(defaults.integer(DefaultsKey::pageSize), 25) << size;
+    }
+    for (const int size : {25, 50, 100}) {
+        defaults.set(DefaultsKey::pageSize, size);
+        EXPECT_EQ(defaults.integer(DefaultsKey::pageSize), size);
+    }
+    for (const double size : {0.0, -13.0, 7.9, 72.5, 1e300, qInf(), qQNaN()}) {
+        defaults.set(DefaultsKey::composeFontSize, size);
+        EXPECT_EQ(defaults.real(DefaultsKey::composeFontSize), 13.0) << size;
+    }
+    for (const double size : {8.0, 13.5, 72.0}) {
+        defaults.set(DefaultsKey::composeFontSize, size);
+        EXPECT_EQ(defaults.real(DefaultsKey::composeFontSize), size);
+    }
+}
+
+TEST_F(UserDefaultsTest, HasTheAccentOfTheProgramWhereTheStoredTextIsUnknown)
+{
+    UserDefaults defaults(file());
+    registerUserSettings(defaults);
+    EXPECT_EQ(accentChoice(defaults), AccentChoice::larkhaven);
+    defaults.set(DefaultsKey::accent, u"system"_s);
+    EXPECT_EQ(accentChoice(defaults), AccentChoice::system);
+    for (const QString& text : {u"larkhaven"_s, u"System"_s, u""_s, u"mauve"_s, u"system "_s}) {
+        defaults.set(DefaultsKey::accent, text);
+        EXPECT_EQ(accentChoice(defaults), AccentChoice::larkhaven) << text.toStdString();
+    }
+    EXPECT_EQ(storedText(AccentChoice::larkhaven), u"larkhaven");
+    EXPECT_EQ(storedText(AccentChoice::system), u"system");
+    EXPECT_EQ(label(AccentChoice::larkhaven), u"Larkhaven Purple");
+    EXPECT_EQ(label(AccentChoice::system), u"System Accent Color");
 }
 
 TEST_F(UserDefaultsTest, CountsAFileThatIsNoSettingsFileAsEmpty)

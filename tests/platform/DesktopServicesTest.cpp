@@ -7,11 +7,14 @@
 #include "support/QtPrinters.h"
 #include "support/WaitUntil.h"
 
+#include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusVariant>
 #include <QDBusVirtualObject>
+#include <QDeadlineTimer>
 #include <QMutex>
+#include <QSemaphore>
 #include <QSignalSpy>
 #include <QThread>
 
@@ -102,6 +105,8 @@ protected:
         return std::make_unique<Service>(
             u"org.freedesktop.portal.Desktop"_s, u"/org/freedesktop/portal/desktop"_s,
             [this](const QString& member, const QVariantList& arguments) -> QVariantList {
+                if (gate)
+                    gate->acquire();
                 if (member != "Read"_L1 || arguments.value(0).toString() != appearance)
                     return {};
                 const QVariant value = values.value(arguments.value(1).toString());
@@ -111,64 +116,153 @@ protected:
                                        : QVariantList();
             });
     }
-    static void change(Service& service, const QString& name, const QString& key, uint value)
+    static void change(Service& service, const QString& name, const QString& key, const QVariant& value)
     {
         service.emitSignal(settings, u"SettingChanged"_s,
                            {name, key, QVariant::fromValue(QDBusVariant(value))});
     }
+    static QVariant color(double red, double green, double blue)
+    {
+        QDBusArgument argument;
+        argument.beginStructure();
+        argument << red << green << blue;
+        argument.endStructure();
+        return QVariant::fromValue(argument);
+    }
 
     QVariantMap values{{u"color-scheme"_s, 1U}, {u"contrast"_s, 1U}};
+    QSemaphore* gate = nullptr; ///< what each answer waits for
 };
+
+// It runs first in a process of its own as well, in which nothing else has used the bus before.
+TEST_F(DesktopAppearanceTest, FollowsAPortalThatStartsLater)
+{
+    const DesktopAppearance looks;
+    EXPECT_TRUE(looks.isFollowing());
+    settle();
+    const auto service = portal();
+    change(*service, appearance, u"color-scheme"_s, 1U);
+    EXPECT_TRUE(waitUntil([&] { return looks.scheme() == DesktopAppearance::Scheme::dark; }));
+}
 
 TEST_F(DesktopAppearanceTest, HasNoOpinionWithoutAPortal)
 {
-    const DesktopAppearance looks;
+    DesktopAppearance looks;
+    settle();
+    looks.takeAnswers();
     EXPECT_EQ(looks.scheme(), DesktopAppearance::Scheme::noPreference);
     EXPECT_FALSE(looks.wantsHighContrast());
+    EXPECT_FALSE(looks.accent());
 }
 
 TEST_F(DesktopAppearanceTest, ReadsWhatThePortalSays)
 {
     const auto service = portal();
+    values.insert(u"accent-color"_s, color(0.25, 0, 1));
     const DesktopAppearance dark;
-    EXPECT_EQ(dark.scheme(), DesktopAppearance::Scheme::dark);
-    EXPECT_TRUE(dark.wantsHighContrast());
+    EXPECT_TRUE(waitUntil([&] { return dark.scheme() == DesktopAppearance::Scheme::dark; }));
+    EXPECT_TRUE(waitUntil([&] { return dark.wantsHighContrast(); }));
+    EXPECT_TRUE(waitUntil([&] { return dark.accent().has_value(); }));
+    EXPECT_EQ(dark.accent(), DesktopAppearance::Color({0.25, 0, 1}));
     values = {{u"color-scheme"_s, 2U}};
     const DesktopAppearance light;
-    EXPECT_EQ(light.scheme(), DesktopAppearance::Scheme::light);
+    EXPECT_TRUE(waitUntil([&] { return light.scheme() == DesktopAppearance::Scheme::light; }));
     EXPECT_FALSE(light.wantsHighContrast());
-    values = {{u"color-scheme"_s, 0U}, {u"contrast"_s, 7U}};
-    const DesktopAppearance neither;
-    EXPECT_EQ(neither.scheme(), DesktopAppearance::Scheme::noPreference);
-    EXPECT_FALSE(neither.wantsHighContrast());
+}
+
+TEST_F(DesktopAppearanceTest, TakesAValueThatItDoesNotKnowForNoPreference)
+{
+    values = {{u"color-scheme"_s, 0U}, {u"contrast"_s, 7U}, {u"accent-color"_s, color(0, 1, 0)}};
+    const auto service = portal();
+    const DesktopAppearance looks;
+    // Answers come in the order of the questions.
+    ASSERT_TRUE(waitUntil([&] { return looks.accent().has_value(); }));
+    EXPECT_EQ(looks.scheme(), DesktopAppearance::Scheme::noPreference);
+    EXPECT_FALSE(looks.wantsHighContrast());
+}
+
+TEST_F(DesktopAppearanceTest, WaitsForNoAnswerAndTakesItWhenItComes)
+{
+    QSemaphore answers;
+    gate = &answers;
+    const auto service = portal();
+    DesktopAppearance looks;
+    const QSignalSpy changes(&looks, &DesktopAppearance::changed);
+    // The portal holds its answers back while this goes on.
+    settle();
+    looks.takeAnswers();
+    EXPECT_EQ(looks.scheme(), DesktopAppearance::Scheme::noPreference);
+    EXPECT_TRUE(changes.isEmpty());
+    answers.release(100);
+    EXPECT_TRUE(waitUntil([&] { return looks.wantsHighContrast(); }));
+    EXPECT_EQ(looks.scheme(), DesktopAppearance::Scheme::dark);
+    EXPECT_EQ(changes.size(), 2);
+}
+
+TEST_F(DesktopAppearanceTest, TakesAnAnswerThatIsThereBeforeTheFirstPicture)
+{
+    const auto service = portal();
+    DesktopAppearance looks;
+    // No event is handled here: the answers have come, and nobody has been told.
+    const QDeadlineTimer patience(std::chrono::seconds(10));
+    while (!looks.wantsHighContrast() && !patience.hasExpired()) {
+        QThread::msleep(1);
+        looks.takeAnswers();
+    }
+    EXPECT_EQ(looks.scheme(), DesktopAppearance::Scheme::dark);
+    EXPECT_TRUE(looks.wantsHighContrast());
+}
+
+TEST_F(DesktopAppearanceTest, AnAnswerThatAChangeHasOvertakenIsOld)
+{
+    const auto service = portal();
+    DesktopAppearance looks;
+    ASSERT_TRUE(waitUntil([&] { return service->calls().size() == 3; }));
+    change(*service, appearance, u"color-scheme"_s, 2U);
+    change(*service, appearance, u"contrast"_s, 0U);
+    ASSERT_TRUE(waitUntil([&] { return looks.scheme() == DesktopAppearance::Scheme::light; }));
+    settle();
+    EXPECT_EQ(looks.scheme(), DesktopAppearance::Scheme::light);
 }
 
 TEST_F(DesktopAppearanceTest, FollowsAChangeWhileItRuns)
 {
     const auto service = portal();
     DesktopAppearance looks;
+    ASSERT_TRUE(waitUntil([&] { return looks.wantsHighContrast(); }));
     const QSignalSpy changes(&looks, &DesktopAppearance::changed);
-    change(*service, appearance, u"color-scheme"_s, 2);
+    change(*service, appearance, u"color-scheme"_s, 2U);
     ASSERT_TRUE(waitUntil([&] { return looks.scheme() == DesktopAppearance::Scheme::light; }));
     EXPECT_EQ(changes.size(), 1);
-    change(*service, appearance, u"contrast"_s, 0);
+    change(*service, appearance, u"contrast"_s, 0U);
     ASSERT_TRUE(waitUntil([&] { return !looks.wantsHighContrast(); }));
     EXPECT_EQ(changes.size(), 2);
     // The same again, and what is of another namespace or another key, changes nothing.
-    change(*service, appearance, u"color-scheme"_s, 2);
-    change(*service, u"org.example"_s, u"color-scheme"_s, 1);
-    change(*service, appearance, u"accent-color"_s, 1);
-    change(*service, appearance, u"color-scheme"_s, 0);
+    change(*service, appearance, u"color-scheme"_s, 2U);
+    change(*service, u"org.example"_s, u"color-scheme"_s, 1U);
+    change(*service, appearance, u"accent-color"_s, 1U);
+    change(*service, appearance, u"color-scheme"_s, 0U);
     ASSERT_TRUE(waitUntil([&] { return looks.scheme() == DesktopAppearance::Scheme::noPreference; }));
     EXPECT_EQ(changes.size(), 3);
 }
 
-TEST_F(DesktopAppearanceTest, FollowsAPortalThatStartsLater)
+TEST_F(DesktopAppearanceTest, TakesAnAccentOutOfBoundsForNone)
 {
-    const DesktopAppearance looks;
     const auto service = portal();
-    change(*service, appearance, u"color-scheme"_s, 1);
-    EXPECT_TRUE(waitUntil([&] { return looks.scheme() == DesktopAppearance::Scheme::dark; }));
+    DesktopAppearance looks;
+    const auto follow = [&](const QVariant& value) {
+        change(*service, appearance, u"accent-color"_s, color(1, 0, 0));
+        EXPECT_TRUE(waitUntil([&] { return looks.accent() == DesktopAppearance::Color({1, 0, 0}); }));
+        change(*service, appearance, u"accent-color"_s, value);
+        return waitUntil([&] { return looks.accent() != DesktopAppearance::Color({1, 0, 0}); });
+    };
+    for (const QVariant& none : {color(-1, 0, 0), color(0, 1.01, 0), color(0, 0, qQNaN()),
+                                 color(-0.001, 0, 0), QVariant(1U), QVariant(u"blue"_s)}) {
+        EXPECT_TRUE(follow(none));
+        EXPECT_FALSE(looks.accent());
+    }
+    EXPECT_TRUE(follow(color(0, 1, 1)));
+    EXPECT_EQ(looks.accent(), DesktopAppearance::Color({0, 1, 1}));
 }
 
 // --- Waking

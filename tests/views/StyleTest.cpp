@@ -2,6 +2,7 @@
 
 #include "support/QtPrinters.h"
 
+#include <QApplication>
 #include <QSignalSpy>
 
 #include <cmath>
@@ -48,6 +49,7 @@ protected:
     {
         style.setScheme(Style::Scheme::light);
         style.setTextSize(Style::standardTextSize);
+        style.setAccent(std::nullopt);
     }
 
     Style& style = Style::shared();
@@ -66,7 +68,7 @@ void expectContrast(const QList<Pair>& pairs, double least)
         EXPECT_GE(contrast(pair.front, pair.ground), least) << pair.name;
 }
 
-TEST_P(StyleTest, KeepsEveryTextReadable)
+void expectReadable(const Style::Colors& colors)
 {
     const QColor selected = over(colors.selected, colors.surface);
     const QColor hover = over(colors.hover, colors.surface);
@@ -81,6 +83,8 @@ TEST_P(StyleTest, KeepsEveryTextReadable)
                     {"secondary text of a selected row", colors.secondary, selected},
                     {"secondary text of a row under the mouse", colors.secondary, hover},
                     {"selected mailbox", colors.onAccent, colors.accent},
+                    {"link on the window", colors.accent, colors.window},
+                    {"link on the surface", colors.accent, colors.surface},
                     {"warning", colors.warningText, colors.warningBackground},
                     {"pressed button of a warning", colors.warningBackground, colors.warningText},
                     {"danger on the window", colors.danger, colors.window},
@@ -88,7 +92,7 @@ TEST_P(StyleTest, KeepsEveryTextReadable)
                    leastOfTexts);
 }
 
-TEST_P(StyleTest, KeepsEveryImageVisible)
+void expectVisible(const Style::Colors& colors)
 {
     const QColor selected = over(colors.selected, colors.surface);
     const QColor hover = over(colors.hover, colors.surface);
@@ -105,6 +109,79 @@ TEST_P(StyleTest, KeepsEveryImageVisible)
                     {"symbol of a selected mailbox", colors.onAccent, colors.accent},
                     {"shield", colors.warningText, colors.warningBackground}},
                    leastOfImages);
+}
+
+TEST_P(StyleTest, KeepsEveryTextReadable)
+{
+    expectReadable(colors);
+}
+
+TEST_P(StyleTest, KeepsEveryImageVisible)
+{
+    expectVisible(colors);
+}
+
+// --- The desktop's accent
+
+TEST_P(StyleTest, KeepsEverythingReadableUnderWhateverAccentTheDesktopHas)
+{
+    int tried = 0;
+    for (int hue = 0; hue < 360; hue += 15) {
+        for (const int saturation : {0, 128, 255}) {
+            for (const int lightness : {0, 40, 128, 215, 255}) {
+                const QColor wanted = QColor::fromHsl(hue, saturation, lightness);
+                SCOPED_TRACE(wanted.name().toStdString());
+                style.setAccent(wanted);
+                expectReadable(colors);
+                expectVisible(colors);
+                // The hue stays the desktop's: none of them gives way to ours.
+                if (saturation == 255) {
+                    EXPECT_LE(std::abs(colors.accent.hslHue() - hue) % 359, 2);
+                }
+                if (saturation == 0) {
+                    EXPECT_EQ(colors.accent.hslSaturation(), 0);
+                }
+                ++tried;
+            }
+        }
+    }
+    EXPECT_EQ(tried, 24 * 3 * 5);
+}
+
+TEST_P(StyleTest, LeavesAnAccentAloneThatIsReadAsItIs)
+{
+    const bool isLight = GetParam() == Style::Scheme::light;
+    const QColor fine = isLight ? QColor(0x8A, 0x1C, 0x1C) : QColor(0x78, 0xAE, 0xED);
+    style.setAccent(fine);
+    EXPECT_EQ(colors.accent.name(), fine.name());
+    EXPECT_EQ(colors.onAccent.name(), isLight ? u"#ffffff" : u"#1c1430");
+    style.setAccent(std::nullopt);
+    EXPECT_EQ(colors.accent.name(), isLight ? u"#6a45d8" : u"#a68bff");
+}
+
+TEST_P(StyleTest, DarkensOrLightensTheBlueOfADesktopWithoutAnAccent)
+{
+    EXPECT_EQ(Style::desktopBlue.name(), u"#3584e4");
+    style.setAccent(Style::desktopBlue);
+    EXPECT_NEAR(colors.accent.hslHue(), Style::desktopBlue.hslHue(), 2);
+    if (GetParam() == Style::Scheme::light)
+        EXPECT_LT(colors.accent.lightness(), Style::desktopBlue.lightness());
+    else
+        EXPECT_GE(colors.accent.lightness(), Style::desktopBlue.lightness());
+    EXPECT_EQ(QApplication::palette().color(QPalette::Highlight), colors.accent);
+}
+
+TEST_P(StyleTest, TellsNobodyWhereNothingChanges)
+{
+    style.setAccent(QColor(Qt::red));
+    const QSignalSpy changes(&style, &Style::changed);
+    style.setAccent(QColor(Qt::red));
+    style.setScheme(GetParam());
+    style.setTextSize(Style::standardTextSize);
+    style.setHighContrast(false);
+    EXPECT_TRUE(changes.isEmpty());
+    style.setAccent(QColor(Qt::blue));
+    EXPECT_EQ(changes.size(), 1);
 }
 
 TEST_P(StyleTest, TintsWithTheAccent)
@@ -153,7 +230,7 @@ TEST_P(StyleTest, TellsOfChanges)
 
 TEST_P(StyleTest, DrawsEverySymbolInTheColourGiven)
 {
-    for (int number = 0; number <= static_cast<int>(Symbol::file); ++number) {
+    for (int number = 0; number < symbolCount; ++number) {
         const QImage image = style.pixmap(static_cast<Symbol>(number), 32, colors.accent, 1)
                                  .toImage()
                                  .convertToFormat(QImage::Format_ARGB32);

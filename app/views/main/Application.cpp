@@ -3,11 +3,13 @@
 #include "app/platform/PrivateBrowser.h"
 #include "app/signin/Redirects.h"
 #include "platform/Tasks.h"
+#include "views/compose/ComposeWindows.h"
 #include "views/reader/SecureMessageView.h"
 #include "views/style/ApplicationIcon.h"
 #include "views/style/Style.h"
 
 #include <QFileInfo>
+#include <QFontDatabase>
 #include <QTextStream>
 #include <QTimer>
 
@@ -31,6 +33,18 @@ Style::Scheme schemeOf(const DesktopAppearance& appearance, bool isPaletteDark)
         break;
     }
     return isPaletteDark ? Style::Scheme::dark : Style::Scheme::light;
+}
+
+/// The accent in place of our own: the desktop's, where the user wants it.
+std::optional<QColor> accentOf(const DesktopAppearance& appearance, AccentChoice choice)
+{
+    if (choice != AccentChoice::system)
+        return std::nullopt;
+    const std::optional<DesktopAppearance::Color>& color = appearance.accent();
+    if (!color)
+        return Style::desktopBlue;
+    const auto channel = [&color](size_t index) { return static_cast<float>(color->at(index)); };
+    return QColor::fromRgbF(channel(0), channel(1), channel(2));
 }
 
 /// Started by the session bus, which says what for only then.
@@ -75,6 +89,12 @@ Application::Application(int& argc, char** argv)
         [this](const QByteArray& url, const QString& scheme, const std::stop_token& stop) {
             return m_authenticator.authenticate(url, scheme, stop);
         }));
+    // A font that isn't there any more counts as none.
+    m_model->defaults().registerRule(DefaultsKey::composeFontFamily, [](const QVariant& family) {
+        // Aliases such as "Serif" are listed only.
+        return family.toString().isEmpty() || QFontDatabase::families().contains(family.toString());
+    });
+    m_textSizes = std::make_unique<TextSizeCommands>(m_model->defaults());
     // The looks come first: widgets take their icons from them.
     followAppearance();
     m_window = std::make_unique<ContentView>(*m_model);
@@ -93,12 +113,14 @@ QStringList Application::arguments() const
 void Application::followAppearance()
 {
     Style& style = Style::shared();
+    m_appearance.takeAnswers();
     const QPalette desktop = QApplication::palette();
     const bool isPaletteDark =
         desktop.color(QPalette::Window).lightness() < desktop.color(QPalette::WindowText).lightness();
     const auto take = [this, &style, isPaletteDark] {
         style.setScheme(schemeOf(m_appearance, isPaletteDark));
         style.setHighContrast(m_appearance.wantsHighContrast());
+        style.setAccent(accentOf(m_appearance, m_model->accentAtStart()));
     };
     take();
     style.setTextSize(m_model->defaults().real(DefaultsKey::textSize));
@@ -131,6 +153,15 @@ void Application::raiseWindow()
     m_window->activateWindow();
 }
 
+void Application::restart()
+{
+    // As with quitting, the user is asked about what is being written, and may stay.
+    m_window->composeWindows().confirmQuit(m_window.get(), [this] {
+        m_relaunch = Relaunch::ofProgram();
+        m_window->quit();
+    });
+}
+
 int Application::run()
 {
     if (m_role == SingleInstance::Role::refused)
@@ -144,6 +175,7 @@ int Application::run()
                      });
     QObject::connect(m_window.get(), &ContentView::quitApproved, &m_application, &QApplication::quit,
                      Qt::QueuedConnection);
+    QObject::connect(m_model.get(), &AppModel::restartWanted, m_window.get(), [this] { restart(); });
     if (QApplication::arguments().contains(busOption())) {
         QTimer::singleShot(busPatience, m_window.get(), [this] {
             if (!m_window->isVisible())

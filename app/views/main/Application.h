@@ -1,15 +1,18 @@
 #pragma once
 
 #include "app/platform/DesktopAppearance.h"
+#include "app/platform/Relaunch.h"
 #include "app/platform/SingleInstance.h"
 #include "app/platform/Translations.h"
 #include "app/signin/WebAuthenticator.h"
 #include "model/AppModel.h"
 #include "views/main/ContentView.h"
+#include "views/main/TextSizeCommands.h"
 
 #include <QApplication>
 
 #include <memory>
+#include <optional>
 
 namespace Larkhaven {
 
@@ -32,6 +35,8 @@ public:
 
     /// Shows the window and runs until the user quits; gives the exit code of the process.
     int run();
+    /// What is to be started when this object has gone; absent unless the user wanted a restart.
+    const std::optional<Relaunch>& relaunch() const { return m_relaunch; }
 
 private:
     /// What must be told to Qt before the application object exists.
@@ -48,15 +53,18 @@ private:
     /// Whether the main window is to show itself.
     bool take(QStringList arguments);
     void raiseWindow();
+    void restart();
 
     Preparation m_preparation;
     QApplication m_application;
     Translations m_translations;
+    DesktopAppearance m_appearance; ///< its questions go out first, so that the answers are there in time
     SingleInstance m_instance;
     SingleInstance::Role m_role;
     WebAuthenticator m_authenticator;
     std::unique_ptr<AppModel> m_model;
-    DesktopAppearance m_appearance;
+    std::unique_ptr<TextSizeCommands> m_textSizes;
+    std::optional<Relaunch> m_relaunch;
     std::unique_ptr<ContentView> m_window;
 };
 

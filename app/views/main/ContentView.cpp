@@ -173,10 +173,13 @@ void ContentView::closeEvent(QCloseEvent* event)
         return;
     }
     event->ignore();
-    m_compose->confirmQuit(this, [this] {
-        m_isQuitting = true;
-        close();
-    });
+    m_compose->confirmQuit(this, [this] { quit(); });
+}
+
+void ContentView::quit()
+{
+    m_isQuitting = true;
+    close();
 }
 
 void ContentView::followAccounts()

@@ -39,6 +39,8 @@ public:
     ReaderView& reader();
     /// Opens the window that sets up an account, or raises it.
     void openSetup();
+    /// Closes the window without a question: the user has answered it.
+    void quit();
     ComposeWindows& composeWindows() const { return *m_compose; }
     SourceWindows& sourceWindows() const { return *m_sources; }
 

@@ -1,5 +1,6 @@
 #include "views/main/MailToolbar.h"
 
+#include "domain/PlatformWords.h"
 #include "views/main/SearchField.h"
 #include "views/style/FlatButton.h"
 #include "views/style/Style.h"
@@ -33,6 +34,7 @@ MailToolbar::MailToolbar(AppModel& model, QWidget* parent)
     setFocusProxy(m_getMail);
     connect(m_sidebar, &QToolButton::clicked, this, &MailToolbar::sidebarToggled);
     m_getMail->setObjectName("getMail"_L1);
+    m_getMail->setToolTip(PlatformWords::text(PlatformWords::Text::getNewMailHelp));
     connect(m_getMail, &QToolButton::clicked, this, [this] { m_model.start(m_model.refresh()); });
     m_newMessage->setObjectName("newMessage"_L1);
     connect(m_newMessage, &QToolButton::clicked, this, [this] { m_model.newMessage({}); });

@@ -1,5 +1,6 @@
 #include "views/main/WelcomeView.h"
 
+#include "domain/PlatformWords.h"
 #include "views/style/Style.h"
 
 #include <QLabel>
@@ -14,11 +15,7 @@ WelcomeView::WelcomeView(AppModel& model, QWidget* parent)
     : QWidget(parent)
     , m_model(model)
     , m_title(new QLabel(tr("Welcome to Larkhaven")))
-    , m_text(new QLabel(
-          tr("Add an account to get started. Google accounts sign in on Google's own page, so Larkhaven "
-             "never sees that password. Other providers sign in over IMAP with a password kept in your "
-             "%1.")
-              .arg(tr("keyring"))))
+    , m_text(new QLabel(PlatformWords::text(PlatformWords::Text::welcome)))
 {
     setObjectName("welcome"_L1);
     m_title->setAlignment(Qt::AlignCenter);

@@ -1,18 +1,12 @@
 #include "views/setup/AddAccountItems.h"
 
-#include <QCoreApplication>
 #include <QMenu>
 
 using namespace Qt::StringLiterals;
 
-namespace Larkhaven::AddAccountItems {
+namespace Larkhaven {
 
 namespace {
-
-/// The texts of this file.
-struct Texts {
-    Q_DECLARE_TR_FUNCTIONS(AddAccountItems)
-};
 
 /// An item that can be chosen while no sign-in is under way.
 void add(QMenu& menu, AppModel& model, const QString& text, QLatin1StringView name, bool isPossible,
@@ -29,19 +23,31 @@ void add(QMenu& menu, AppModel& model, const QString& text, QLatin1StringView na
 
 } // namespace
 
-void fill(QMenu& menu, AppModel& model, const std::function<void()>& openSetup)
+void AddAccountItems::fill(QMenu& menu, AppModel& model, const std::function<void()>& openSetup)
+{
+    fill(menu, model, openSetup,
+         {tr("Google…"), tr("Microsoft (Outlook.com)…"), tr("Other Mail Account (IMAP)…")});
+}
+
+void AddAccountItems::fillShort(QMenu& menu, AppModel& model, const std::function<void()>& openSetup)
+{
+    fill(menu, model, openSetup, {tr("Google"), tr("Microsoft"), tr("IMAP")});
+}
+
+void AddAccountItems::fill(QMenu& menu, AppModel& model, const std::function<void()>& openSetup,
+                           const Names& names)
 {
     const auto signIn = [&model](ProviderKind provider) {
         return [&model, provider] { model.start(model.signIn(provider)); };
     };
-    add(menu, model, Texts::tr("Google…"), "addGoogle"_L1, model.canSignIn(ProviderKind::google),
+    add(menu, model, names.google, "addGoogle"_L1, model.canSignIn(ProviderKind::google),
         signIn(ProviderKind::google));
-    add(menu, model, Texts::tr("Microsoft (Outlook.com)…"), "addMicrosoft"_L1,
-        model.canSignIn(ProviderKind::microsoft), signIn(ProviderKind::microsoft));
-    add(menu, model, Texts::tr("Other Mail Account (IMAP)…"), "addIMAP"_L1, true, [&model, openSetup] {
+    add(menu, model, names.microsoft, "addMicrosoft"_L1, model.canSignIn(ProviderKind::microsoft),
+        signIn(ProviderKind::microsoft));
+    add(menu, model, names.imap, "addIMAP"_L1, true, [&model, openSetup] {
         model.setImapSetupAccountID(std::nullopt);
         openSetup();
     });
 }
 
-} // namespace Larkhaven::AddAccountItems
+} // namespace Larkhaven

@@ -6,13 +6,19 @@
 #include <QAccessibleWidget>
 #include <QPainter>
 
+#include <algorithm>
+
 namespace Larkhaven {
 
 namespace {
 
 constexpr int textPadding = 9;
-constexpr int arrowSize = 12;
 constexpr int bareMargin = 2; ///< as line edits without a frame have it
+
+int arrowSize()
+{
+    return Style::shared().scaled(12.0 / Style::standardTextSize);
+}
 
 /// On Linux Qt gives a box the name of its choice, whatever it is called.
 class AccessiblePicker final : public QAccessibleWidget {
@@ -71,7 +77,15 @@ QSize Picker::sizeHint() const
     int width = 0;
     for (int index = 0; index < count(); ++index)
         width = std::max(width, fontMetrics().horizontalAdvance(itemText(index)));
-    return {width + 3 * textPadding + arrowSize, fontMetrics().height() + 2 * Style::grid + 2};
+    // Advances are rounded, and a text that is longer by a fraction would be cut.
+    return {width + 1 + 3 * textPadding + arrowSize(), fontMetrics().height() + 2 * Style::grid + 2};
+}
+
+QSize Picker::minimumSizeHint() const
+{
+    constexpr double narrowest = 8;
+    const QSize wanted = sizeHint();
+    return {std::min(wanted.width(), Style::shared().scaled(narrowest)), wanted.height()};
 }
 
 void Picker::paintEvent(QPaintEvent*)
@@ -79,16 +93,18 @@ void Picker::paintEvent(QPaintEvent*)
     const Style::Colors& colors = Style::shared().colors();
     const bool isFramed = m_frame == Frame::field;
     const bool isLit = hasFocus() && isEnabled();
-    const int arrow = isFramed ? arrowSize : Style::shared().scaled(1);
+    const int arrow = isFramed ? arrowSize() : Style::shared().scaled(1);
     const int margin = isFramed ? textPadding : bareMargin;
     const int room = width() - margin - arrow - (isFramed ? 2 * textPadding : Style::grid);
     const QString text = fontMetrics().elidedText(currentText(), Qt::ElideMiddle, room);
     QPainter painter(this);
     if (isFramed) {
         painter.setRenderHint(QPainter::Antialiasing);
-        painter.setPen(isLit ? colors.accent : colors.hairline);
+        painter.setPen(isLit ? QPen(colors.accent, 2) : QPen(colors.hairline));
         painter.setBrush(colors.surface);
-        painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), Style::radius, Style::radius);
+        const double edge = isLit ? 1 : 0.5;
+        painter.drawRoundedRect(QRectF(rect()).adjusted(edge, edge, -edge, -edge), Style::radius,
+                                Style::radius);
     }
     painter.setPen(!isEnabled() ? colors.secondary : isLit && !isFramed ? colors.accent : colors.text);
     painter.drawText(QRect(margin, 0, room, height()), Qt::AlignVCenter | Qt::TextSingleLine, text);

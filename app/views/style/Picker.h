@@ -15,7 +15,8 @@ public:
     explicit Picker(Frame frame = Frame::field, QWidget* parent = nullptr);
 
     QSize sizeHint() const override;
-    QSize minimumSizeHint() const override { return sizeHint(); }
+    /// Narrower than its texts, which are elided then.
+    QSize minimumSizeHint() const override;
 
 protected:
     void paintEvent(QPaintEvent* event) override;

@@ -1,10 +1,13 @@
 #include "views/style/Style.h"
 
+#include "views/style/AccentColors.h"
+
 #include <QApplication>
 #include <QFile>
 #include <QFontDatabase>
 #include <QGuiApplication>
 #include <QPainter>
+#include <QPainterPath>
 #include <QPixmapCache>
 #include <QStyle>
 #include <QStyleFactory>
@@ -12,6 +15,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -38,8 +42,8 @@ QColor pressed(const Style::Colors& colors)
 Style::Colors derived(Style::Colors colors)
 {
     colors.hairline = withAlpha(colors.text, 0.10);
-    colors.hover = withAlpha(colors.accent, 0.10);
-    colors.selected = withAlpha(colors.accent, 0.18);
+    colors.hover = withAlpha(colors.accent, AccentColors::hoverTint);
+    colors.selected = withAlpha(colors.accent, AccentColors::selectionTint);
     colors.quietSelected = withAlpha(colors.text, 0.10);
     return colors;
 }
@@ -142,6 +146,10 @@ QString themeName(Symbol symbol)
     case Symbol::alignRight:
     case Symbol::listBullet:
     case Symbol::listNumber:
+    case Symbol::at:
+    case Symbol::gear:
+    case Symbol::hand:
+    case Symbol::minus:
         return {};
     case Symbol::magnifier:
         return u"edit-find"_s;
@@ -232,6 +240,55 @@ void paintList(QPainter& painter, const QColor& color, bool isNumbered)
     }
 }
 
+void paintAt(QPainter& painter, const QColor& color)
+{
+    QFont font = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
+    font.setPixelSize(15);
+    QPainterPath sign;
+    sign.addText(0, 0, font, u"@"_s);
+    const QRectF bounds = sign.boundingRect();
+    const double scale = 13.5 / std::max(bounds.width(), bounds.height());
+    painter.translate(8, 8);
+    painter.scale(scale, scale);
+    painter.translate(-bounds.center());
+    painter.fillPath(sign, color);
+}
+
+/// A ring with eight teeth.
+void paintGear(QPainter& painter, const QColor& color)
+{
+    painter.translate(8, 8);
+    painter.setPen(QPen(color, 1.4));
+    painter.drawEllipse(QPointF(0, 0), 4.4, 4.4);
+    painter.drawEllipse(QPointF(0, 0), 1.6, 1.6);
+    painter.setPen(QPen(color, 2, Qt::SolidLine, Qt::FlatCap));
+    for (int tooth = 0; tooth < 8; ++tooth) {
+        painter.drawLine(QPointF(0, -4.8), QPointF(0, -7.2));
+        painter.rotate(45);
+    }
+}
+
+/// A hand that says "stop". One shape: where two overlap, their edges would show.
+void paintHand(QPainter& painter, const QColor& color)
+{
+    QPainterPath fingers;
+    for (const QLineF& finger : {QLineF(5.6, 9, 5.6, 3.6), QLineF(8.2, 8, 8.2, 2), QLineF(10.8, 8, 10.8, 3),
+                                 QLineF(13.4, 9, 13.4, 5.4)}) {
+        fingers.moveTo(finger.p1());
+        fingers.lineTo(finger.p2());
+    }
+    QPainterPathStroker stroker;
+    stroker.setWidth(1.9);
+    stroker.setCapStyle(Qt::RoundCap);
+    QPainterPath palm(QPointF(4.7, 8.6));
+    palm.lineTo(14.3, 8.6);
+    palm.cubicTo(14.6, 12.4, 13, 14.8, 9.6, 14.8);
+    palm.cubicTo(6.8, 14.8, 5, 12.8, 2, 8.4);
+    palm.cubicTo(2.8, 7.4, 4, 8.4, 4.7, 9.6);
+    palm.closeSubpath();
+    painter.fillPath(stroker.createStroke(fingers).united(palm).simplified(), color);
+}
+
 /// Draws what the icon theme has no fitting image for, on a field of 16 by 16; false where it has one.
 bool paintOwn(QPainter& painter, Symbol symbol, const QColor& color)
 {
@@ -267,6 +324,19 @@ bool paintOwn(QPainter& painter, Symbol symbol, const QColor& color)
     case Symbol::listBullet:
     case Symbol::listNumber:
         paintList(painter, color, symbol == Symbol::listNumber);
+        return true;
+    case Symbol::at:
+        paintAt(painter, color);
+        return true;
+    case Symbol::gear:
+        paintGear(painter, color);
+        return true;
+    case Symbol::hand:
+        paintHand(painter, color);
+        return true;
+    case Symbol::minus:
+        // As thick as the theme's plus, beside which it stands.
+        painter.fillRect(QRectF(2, 7, 12, 1), color);
         return true;
     default:
         return false;
@@ -365,29 +435,46 @@ QIcon Style::icon(Symbol symbol, const QColor& color, const QColor& disabled) co
 
 void Style::setScheme(Scheme scheme)
 {
-    m_scheme = scheme;
-    update();
+    if (std::exchange(m_scheme, scheme) != scheme)
+        update();
 }
 
 void Style::setHighContrast(bool isHigh)
 {
-    m_isHighContrast = isHigh;
-    update();
+    if (std::exchange(m_isHighContrast, isHigh) != isHigh)
+        update();
+}
+
+void Style::setAccent(const std::optional<QColor>& accent)
+{
+    if (std::exchange(m_accent, accent) != accent)
+        update();
 }
 
 void Style::setTextSize(double size)
 {
     const auto isSize = [size](int step) { return size == static_cast<double>(step); };
     const auto found = std::ranges::find_if(textSizes, isSize);
-    m_textSize = found == textSizes.end() ? standardTextSize : *found;
-    update();
+    const int taken = found == textSizes.end() ? standardTextSize : *found;
+    if (std::exchange(m_textSize, taken) != taken)
+        update();
+}
+
+Style::Colors Style::schemeColors() const
+{
+    Colors colors = m_scheme == Scheme::dark ? darkColors() : lightColors();
+    if (!m_accent)
+        return colors;
+    colors.accent = AccentColors::fitting(
+        *m_accent, {colors.window, colors.surface, colors.text, colors.secondary, colors.starEdge},
+        colors.accent);
+    colors.onAccent = AccentColors::onAccent(colors.accent);
+    return derived(colors);
 }
 
 void Style::update()
 {
-    m_colors = m_isHighContrast           ? highContrastColors(m_scheme)
-               : m_scheme == Scheme::dark ? darkColors()
-                                          : lightColors();
+    m_colors = m_isHighContrast ? highContrastColors(m_scheme) : schemeColors();
     if (m_isApplied)
         applyToApplication();
     Q_EMIT changed();
@@ -446,21 +533,45 @@ QString Style::styleSheet() const
         QPushButton { border: 1px solid @hairline; border-radius: 6px; background: @surface; color: @text; padding: 5px 14px; }
         QPushButton:hover { background: @hover; }
         QPushButton:default { background: @accent; color: @onAccent; border-color: @accent; }
-        QPushButton:focus { border-color: @accent; }
+        QPushButton:focus { border: 2px solid @accent; padding: 4px 13px; }
+        QPushButton:default:focus { border-color: @text; }
         QPushButton[role="quiet"] { border: 1px solid transparent; background: transparent; color: @accent; padding: 1px 8px;
-                                    font-size: @caption; font-weight: 600; }
+                                    font-size: @captionSize; font-weight: 600; }
         QPushButton[role="quiet"]:hover { background: @hover; }
         QPushButton[role="quiet"]:focus { border: 2px solid @accent; padding: 0 7px; }
-        QLabel[role="caption"] { color: @secondary; font-size: @caption; }
         QPushButton[destructive="true"] { color: @danger; border-color: @danger; }
         QPushButton:disabled { color: @secondary; border-color: @hairline; background: transparent; }
         QLineEdit { border: 1px solid @hairline; border-radius: 6px; background: @surface; color: @text; padding: 4px 8px;
                     selection-background-color: @accent; selection-color: @onAccent; }
-        QLineEdit:focus { border-color: @accent; }
+        QLineEdit:focus { border: 2px solid @accent; padding: 3px 7px; }
         QToolButton[disclosure="true"], QToolButton[disclosure="true"]:checked { background: transparent; padding: 0; }
-        QSpinBox { border: 1px solid @hairline; border-radius: 6px; background: @surface; color: @text;
+        QSpinBox, QDoubleSpinBox { border: 1px solid @hairline; border-radius: 6px; background: @surface; color: @text;
                               padding: 4px 8px; selection-background-color: @accent; selection-color: @onAccent; }
-        QSpinBox:focus { border-color: @accent; }
+        QSpinBox:focus, QDoubleSpinBox:focus { border: 2px solid @accent; padding: 3px 7px; }
+        QLabel[role="heading"] { font-size: @subheadSize; font-weight: 600; }
+        QLabel[role="caption"] { color: @secondary; font-size: @captionSize; }
+        QLabel[role="hint"] { color: @secondary; }
+        QLineEdit[role="value"] { border: 1px solid transparent; background: transparent; padding: 4px 0; }
+        QLineEdit[role="value"]:focus { border: 2px solid @accent; padding: 3px 0; }
+        QLineEdit[role="value"][danger="true"] { color: @danger; }
+        QPlainTextEdit[role="field"], QListView[role="field"] { border: 1px solid @hairline; border-radius: 6px;
+            background: @surface; color: @text; selection-background-color: @accent; selection-color: @onAccent; }
+        QPlainTextEdit[role="field"] { padding: 4px; }
+        QPlainTextEdit[role="field"]:focus, QListView[role="field"]:focus { border: 2px solid @accent; }
+        QPlainTextEdit[role="field"]:focus { padding: 3px; }
+        QRadioButton[segment] { border: 1px solid @edge; background: @surface; color: @text; padding: 4px 12px; spacing: 0; }
+        QRadioButton[segment]::indicator { width: 0; height: 0; border: none; background: transparent; image: none; }
+        QRadioButton[segment="first"] { border-top-left-radius: 6px; border-bottom-left-radius: 6px; }
+        QRadioButton[segment="last"] { border-top-right-radius: 6px; border-bottom-right-radius: 6px; }
+        QRadioButton[segment="middle"], QRadioButton[segment="last"] { border-left: none; }
+        QRadioButton[segment]:hover { background: @hover; }
+        QRadioButton[segment]:checked { background: @accent; color: @onAccent; border-color: @accent; }
+        QRadioButton[segment]:focus { border: 2px solid @text; padding: 3px 11px; }
+        QTabBar[role="panes"]::tab { background: transparent; color: @secondary; border: none;
+            border-bottom: 2px solid transparent; padding: 8px 16px; }
+        QTabBar[role="panes"]::tab:hover { background: @hover; }
+        QTabBar[role="panes"]::tab:selected { color: @text; border-bottom-color: @accent; }
+        QTabBar[role="panes"]::tab:selected:focus { background: @selected; }
         QComboBox QAbstractItemView { background: @surface; color: @text; border: 1px solid @hairline;
                                       selection-background-color: @accent; selection-color: @onAccent; }
         QListView[role="suggestions"] { background: @surface; color: @text; border: 1px solid @hairline; padding: 2px; }
@@ -496,11 +607,14 @@ QString Style::styleSheet() const
         {"@hover"_L1, m_colors.hover},
         {"@disabled"_L1, withAlpha(m_colors.text, disabledAlpha)},
         {"@pressed"_L1, pressed(m_colors)},
+        {"@edge"_L1, m_isHighContrast ? m_colors.text : withAlpha(m_colors.text, 0.22)},
         {"@scroll"_L1, withAlpha(m_colors.text, 0.22)},
         {"@text"_L1, m_colors.text}};
     for (const auto& [token, color] : tokens)
         sheet.replace(token, css(color));
-    sheet.replace("@caption"_L1, u"%1px"_s.arg(font(Type::caption).pixelSize()));
+    for (const auto& [token, type] :
+         {std::pair("@subheadSize"_L1, Type::subhead), std::pair("@captionSize"_L1, Type::caption)})
+        sheet.replace(token, u"%1px"_s.arg(font(type).pixelSize()));
     return sheet;
 }
 

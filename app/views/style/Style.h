@@ -9,6 +9,7 @@
 
 #include <array>
 #include <memory>
+#include <optional>
 
 namespace Larkhaven {
 
@@ -58,7 +59,12 @@ enum class Symbol {
     listBullet,
     listNumber,
     xmarkCircleFill,
+    at,
+    gear,
+    hand,
+    minus,
 };
+inline constexpr int symbolCount = static_cast<int>(Symbol::minus) + 1;
 
 /// The looks of the program: one set of tokens for colours, type and measures, which widgets ask for by name.
 /// Main thread.
@@ -106,6 +112,9 @@ public:
     static constexpr std::array textSizes{10, 11, 12, 13, 14, 15, 16, 18, 20, 22, 24, 28};
     static constexpr int standardTextSize = 13;
 
+    /// The accent of a desktop that has none of its own.
+    static constexpr QColor desktopBlue{0x35, 0x84, 0xE4};
+
     /// The one style of the process.
     static Style& shared();
 
@@ -125,6 +134,8 @@ public:
     void setScheme(Scheme scheme);
     /// Black and white take the place of the colours, for those who need high contrast.
     void setHighContrast(bool isHigh);
+    /// The desktop's accent in place of Larkhaven Purple; its lightness changes as far as reading needs it.
+    void setAccent(const std::optional<QColor>& accent);
     /// A size that isn't among `textSizes` counts as `standardTextSize`.
     void setTextSize(double size);
 
@@ -138,11 +149,13 @@ Q_SIGNALS:
 private:
     Style();
     void update();
+    Colors schemeColors() const;
     QPalette palette() const;
     QString styleSheet() const;
 
     Scheme m_scheme = Scheme::light;
     bool m_isHighContrast = false;
+    std::optional<QColor> m_accent; ///< the desktop's
     int m_textSize = standardTextSize;
     Colors m_colors;
     bool m_isApplied = false;

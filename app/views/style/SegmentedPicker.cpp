@@ -1,0 +1,69 @@
+#include "views/style/SegmentedPicker.h"
+
+#include <QHBoxLayout>
+#include <QRadioButton>
+
+#include <algorithm>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven {
+
+SegmentedPicker::SegmentedPicker(const QList<Choice>& choices, QWidget* parent)
+    : QWidget(parent)
+    , m_choices(choices)
+{
+    auto* const layout = new QHBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    for (const auto& [text, value] : choices) {
+        auto* const button = new QRadioButton(text);
+        const bool isFirst = m_buttons.isEmpty();
+        const bool isLast = m_buttons.size() + 1 == choices.size();
+        button->setProperty("segment", isFirst ? u"first"_s : isLast ? u"last"_s : u"middle"_s);
+        // The arrow keys choose as a click does.
+        connect(button, &QRadioButton::toggled, this, [this, chosenValue = value](bool isChecked) {
+            followChoice();
+            if (isChecked)
+                Q_EMIT chosen(chosenValue);
+        });
+        m_buttons.append(button);
+        layout->addWidget(button);
+    }
+    layout->addStretch();
+    followChoice();
+}
+
+void SegmentedPicker::followChoice()
+{
+    // Left to itself, a group is entered at its first button, whichever is chosen.
+    const auto isChosen = [](const QRadioButton* button) { return button->isChecked(); };
+    const bool isAnyChosen = std::ranges::any_of(m_buttons, isChosen);
+    for (QRadioButton* const button : std::as_const(m_buttons)) {
+        const bool takesTab = isAnyChosen ? isChosen(button) : button == m_buttons.first();
+        button->setFocusPolicy(takesTab ? Qt::StrongFocus : Qt::ClickFocus);
+    }
+}
+
+QVariant SegmentedPicker::value() const
+{
+    for (qsizetype index = 0; index < m_buttons.size(); ++index) {
+        if (m_buttons[index]->isChecked())
+            return m_choices[index].second;
+    }
+    return {};
+}
+
+void SegmentedPicker::setValue(const QVariant& value)
+{
+    for (qsizetype index = 0; index < m_buttons.size(); ++index) {
+        if (m_choices[index].second != value)
+            continue;
+        const QSignalBlocker quiet(m_buttons[index]);
+        m_buttons[index]->setChecked(true);
+        followChoice();
+    }
+}
+
+} // namespace Larkhaven
