@@ -203,6 +203,9 @@ TEST_F(ComposeLooksTest, TheCrossStandsWithinItsChipAtEachTextSize)
         const QRect around(chip.mapTo(&window, QPoint(0, 0)), chip.size());
         EXPECT_TRUE(around.contains(within)) << size;
         EXPECT_GT(within.left(), around.center().x()) << size;
+        // And beside the size, which keeps its own room.
+        const AttachmentChip bare(u"a report.txt"_s, u"text/plain"_s, 1);
+        EXPECT_EQ(chip.sizeHint().width(), bare.sizeHint().width() + remove.minimumWidth() - Style::grid);
     }
 }
 
