@@ -2,6 +2,17 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="de" sourcelanguage="en">
 <context>
+    <name>AccentChoice</name>
+    <message>
+        <source>System Accent Color</source>
+        <translation>Akzentfarbe des Systems</translation>
+    </message>
+    <message>
+        <source>Larkhaven Purple</source>
+        <translation>Larkhaven-Violett</translation>
+    </message>
+</context>
+<context>
     <name>AddAccountItems</name>
     <message>
         <source>Google…</source>
@@ -14,6 +25,18 @@
     <message>
         <source>Other Mail Account (IMAP)…</source>
         <translation>Anderes E-Mail-Konto (IMAP) …</translation>
+    </message>
+    <message>
+        <source>Google</source>
+        <translation>Google</translation>
+    </message>
+    <message>
+        <source>Microsoft</source>
+        <translation>Microsoft</translation>
+    </message>
+    <message>
+        <source>IMAP</source>
+        <translation>IMAP</translation>
     </message>
 </context>
 <context>
@@ -55,6 +78,10 @@
     <message>
         <source>Couldn&apos;t attach %1. Only files can be attached, up to %2 in total.</source>
         <translation>%1 konnte nicht angehängt werden. Anhängen lassen sich nur Dateien, zusammen bis zu %2.</translation>
+    </message>
+    <message>
+        <source>Pasted Image</source>
+        <translation>Eingefügtes Bild</translation>
     </message>
 </context>
 <context>
@@ -307,6 +334,115 @@
     </message>
 </context>
 <context>
+    <name>Larkhaven::AccountForm</name>
+    <message>
+        <source>Sign In Again…</source>
+        <translation>Erneut anmelden …</translation>
+    </message>
+    <message>
+        <source>Edit Settings / Password…</source>
+        <translation>Einstellungen/Passwort bearbeiten …</translation>
+    </message>
+    <message>
+        <source>Description</source>
+        <translation>Beschreibung</translation>
+    </message>
+    <message>
+        <source>Email</source>
+        <translation>E-Mail</translation>
+    </message>
+    <message>
+        <source>Name</source>
+        <translation>Name</translation>
+    </message>
+    <message>
+        <source>Provider</source>
+        <translation>Anbieter</translation>
+    </message>
+    <message>
+        <source>Status</source>
+        <translation>Status</translation>
+    </message>
+    <message>
+        <source>Credentials</source>
+        <translation>Anmeldedaten</translation>
+    </message>
+    <message>
+        <source>Incoming</source>
+        <translation>Eingang</translation>
+    </message>
+    <message>
+        <source>Outgoing</source>
+        <translation>Ausgang</translation>
+    </message>
+    <message>
+        <source>Sign-in required</source>
+        <translation>Anmeldung erforderlich</translation>
+    </message>
+    <message>
+        <source>Signed in</source>
+        <translation>Angemeldet</translation>
+    </message>
+</context>
+<context>
+    <name>Larkhaven::AccountsListModel</name>
+    <message>
+        <source>Google</source>
+        <translation>Google</translation>
+    </message>
+    <message>
+        <source>Microsoft</source>
+        <translation>Microsoft</translation>
+    </message>
+    <message>
+        <source>IMAP</source>
+        <translation>IMAP</translation>
+    </message>
+    <message>
+        <source>account</source>
+        <translation>Konto</translation>
+    </message>
+</context>
+<context>
+    <name>Larkhaven::AccountsSettingsView</name>
+    <message>
+        <source>Add Account</source>
+        <translation>Konto hinzufügen</translation>
+    </message>
+    <message>
+        <source>Remove Account</source>
+        <translation>Konto entfernen</translation>
+    </message>
+    <message>
+        <source>Accounts</source>
+        <translation>Konten</translation>
+    </message>
+    <message>
+        <source>Move Up</source>
+        <translation>Nach oben</translation>
+    </message>
+    <message>
+        <source>Move Down</source>
+        <translation>Nach unten</translation>
+    </message>
+    <message>
+        <source>Click + to add an account.</source>
+        <translation>Klicken Sie auf +, um ein Konto hinzuzufügen.</translation>
+    </message>
+    <message>
+        <source>Select an account.</source>
+        <translation>Wählen Sie ein Konto aus.</translation>
+    </message>
+    <message>
+        <source>Remove %1?</source>
+        <translation>„%1“ entfernen?</translation>
+    </message>
+    <message>
+        <source>Remove</source>
+        <translation>Entfernen</translation>
+    </message>
+</context>
+<context>
     <name>Larkhaven::AddressLabel</name>
     <message>
         <source>Copy</source>
@@ -345,23 +481,23 @@
     </message>
     <message>
         <source>Archived.</source>
-        <translation type="unfinished"></translation>
+        <translation>Archiviert.</translation>
     </message>
     <message>
         <source>Deleted.</source>
-        <translation type="unfinished"></translation>
+        <translation>Gelöscht.</translation>
     </message>
     <message>
         <source>Moved to Inbox.</source>
-        <translation type="unfinished"></translation>
+        <translation>In den Posteingang verschoben.</translation>
     </message>
     <message>
         <source>Marked as junk.</source>
-        <translation type="unfinished"></translation>
+        <translation>Als Spam markiert.</translation>
     </message>
     <message>
         <source>Moved to %1.</source>
-        <translation type="unfinished"></translation>
+        <translation>Nach „%1“ verschoben.</translation>
     </message>
 </context>
 <context>
@@ -381,6 +517,10 @@
         <source>%1 of %2</source>
         <translation>%1 von %2</translation>
     </message>
+    <message>
+        <source>Remove %1</source>
+        <translation>%1 entfernen</translation>
+    </message>
 </context>
 <context>
     <name>Larkhaven::AttachmentsRow</name>
@@ -393,7 +533,7 @@
     <name>Larkhaven::CheckResults</name>
     <message>
         <source>Can’t reach %1.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 ist nicht erreichbar.</translation>
     </message>
 </context>
 <context>
@@ -401,20 +541,132 @@
     <message>
         <source>%1 Last checked %2.</source>
         <comment>a sentence, then a time</comment>
-        <translation type="unfinished"></translation>
+        <translation>%1 Zuletzt geprüft: %2.</translation>
     </message>
     <message>
         <source>Try Again</source>
-        <translation type="unfinished">Erneut versuchen</translation>
+        <translation>Erneut versuchen</translation>
     </message>
     <message>
         <source>Try %1 Again</source>
         <comment>an account</comment>
-        <translation type="unfinished"></translation>
+        <translation>%1 erneut versuchen</translation>
     </message>
 </context>
 <context>
-    <name>Larkhaven::ComposeEditorController</name>
+    <name>Larkhaven::ComposeForm</name>
+    <message>
+        <source>From:</source>
+        <translation>Von:</translation>
+    </message>
+    <message>
+        <source>To:</source>
+        <translation>An:</translation>
+    </message>
+    <message>
+        <source>Cc:</source>
+        <translation>Cc:</translation>
+    </message>
+    <message>
+        <source>Bcc:</source>
+        <translation>Bcc:</translation>
+    </message>
+    <message>
+        <source>Subject:</source>
+        <translation>Betreff:</translation>
+    </message>
+    <message>
+        <source>What was pasted is more than a field takes, and was left out.</source>
+        <translation>Das Eingefügte ist mehr, als ein Feld aufnimmt, und wurde weggelassen.</translation>
+    </message>
+    <message>
+        <source>There is no dictionary for %1, so its spelling isn’t checked.</source>
+        <translation>Für %1 gibt es kein Wörterbuch, deshalb wird die Rechtschreibung nicht geprüft.</translation>
+    </message>
+</context>
+<context>
+    <name>Larkhaven::ComposeNotices</name>
+    <message>
+        <source>And %1 more.</source>
+        <translation>Und %1 weitere.</translation>
+    </message>
+</context>
+<context>
+    <name>Larkhaven::ComposeQuit</name>
+    <message>
+        <source>You have %1 messages with unsaved changes. Do you want to save them as drafts?</source>
+        <translation>%1 Nachrichten enthalten ungesicherte Änderungen. Möchten Sie sie als Entwürfe sichern?</translation>
+    </message>
+    <message>
+        <source>If you don&apos;t save, your changes will be lost.</source>
+        <translation>Wenn Sie nicht sichern, gehen Ihre Änderungen verloren.</translation>
+    </message>
+    <message>
+        <source>Save All</source>
+        <translation>Alle sichern</translation>
+    </message>
+    <message>
+        <source>Discard All</source>
+        <translation>Alle verwerfen</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <source>Messages are still on their way.</source>
+        <translation>Nachrichten sind noch unterwegs.</translation>
+    </message>
+    <message>
+        <source>Larkhaven quits as soon as they have been sent or saved.</source>
+        <translation>Larkhaven wird beendet, sobald sie gesendet oder gesichert sind.</translation>
+    </message>
+    <message>
+        <source>Larkhaven quits as soon as they have been sent or saved. What you write can’t be kept at the moment: quitting now may lose them.</source>
+        <translation>Larkhaven wird beendet, sobald sie gesendet oder gesichert sind. Was Sie schreiben, kann zurzeit nicht aufbewahrt werden: Wenn Sie jetzt beenden, können sie verloren gehen.</translation>
+    </message>
+    <message>
+        <source>Quit Anyway</source>
+        <translation>Trotzdem beenden</translation>
+    </message>
+</context>
+<context>
+    <name>Larkhaven::ComposeSession</name>
+    <message>
+        <source>Looking in Sent…</source>
+        <translation>„Gesendet“ wird durchsucht …</translation>
+    </message>
+    <message>
+        <source>Sending…</source>
+        <translation>Wird gesendet …</translation>
+    </message>
+    <message>
+        <source>Saving…</source>
+        <translation>Wird gesichert …</translation>
+    </message>
+    <message>
+        <source>Draft Not Saved</source>
+        <translation>Entwurf nicht gesichert</translation>
+    </message>
+    <message>
+        <source>Message Not Sent</source>
+        <translation>Nachricht nicht gesendet</translation>
+    </message>
+    <message>
+        <source>Your text is safe: it stays in this window.</source>
+        <translation>Ihr Text ist sicher: Er bleibt in diesem Fenster.</translation>
+    </message>
+    <message>
+        <source>Message May Have Been Sent</source>
+        <translation>Nachricht wurde möglicherweise gesendet</translation>
+    </message>
+    <message>
+        <source>%1 The text is kept. Before it goes out again, Larkhaven looks for it in Sent.</source>
+        <translation>%1 Der Text bleibt erhalten. Bevor er noch einmal hinausgeht, sucht Larkhaven ihn in „Gesendet“.</translation>
+    </message>
+</context>
+<context>
+    <name>Larkhaven::ComposeSpelling</name>
     <message>
         <source>Looking for Suggestions…</source>
         <translation>Vorschläge werden gesucht …</translation>
@@ -433,17 +685,38 @@
     </message>
 </context>
 <context>
-    <name>Larkhaven::ComposeNotices</name>
-    <message>
-        <source>And %1 more.</source>
-        <translation>Und %1 weitere.</translation>
-    </message>
-</context>
-<context>
     <name>Larkhaven::ComposeTextView</name>
     <message>
         <source>Message</source>
         <translation>Nachricht</translation>
+    </message>
+    <message>
+        <source>Undo</source>
+        <translation>Rückgängig</translation>
+    </message>
+    <message>
+        <source>Redo</source>
+        <translation>Wiederholen</translation>
+    </message>
+    <message>
+        <source>Cut</source>
+        <translation>Ausschneiden</translation>
+    </message>
+    <message>
+        <source>Copy</source>
+        <translation>Kopieren</translation>
+    </message>
+    <message>
+        <source>Paste</source>
+        <translation>Einfügen</translation>
+    </message>
+    <message>
+        <source>Paste Without Formatting</source>
+        <translation>Ohne Formatierung einfügen</translation>
+    </message>
+    <message>
+        <source>Select All</source>
+        <translation>Alles auswählen</translation>
     </message>
 </context>
 <context>
@@ -492,6 +765,14 @@
         <source>Attaching…</source>
         <translation>Wird angehängt …</translation>
     </message>
+    <message>
+        <source>Save Draft (%1)</source>
+        <translation>Entwurf sichern (%1)</translation>
+    </message>
+    <message>
+        <source>Save Draft</source>
+        <translation>Entwurf sichern</translation>
+    </message>
 </context>
 <context>
     <name>Larkhaven::ComposeView</name>
@@ -502,30 +783,6 @@
     <message>
         <source>Recovered after Larkhaven ended unexpectedly.</source>
         <translation>Wiederhergestellt, nachdem Larkhaven unerwartet beendet wurde.</translation>
-    </message>
-    <message>
-        <source>From:</source>
-        <translation>Von:</translation>
-    </message>
-    <message>
-        <source>To:</source>
-        <translation>An:</translation>
-    </message>
-    <message>
-        <source>Cc:</source>
-        <translation>Cc:</translation>
-    </message>
-    <message>
-        <source>Bcc:</source>
-        <translation>Bcc:</translation>
-    </message>
-    <message>
-        <source>Subject:</source>
-        <translation>Betreff:</translation>
-    </message>
-    <message>
-        <source>What was pasted is more than a field takes, and was left out.</source>
-        <translation>Das Eingefügte ist mehr, als ein Feld aufnimmt, und wurde weggelassen.</translation>
     </message>
     <message>
         <source>New Message</source>
@@ -572,34 +829,6 @@
         <translation>Abbrechen</translation>
     </message>
     <message>
-        <source>Looking in Sent…</source>
-        <translation>„Gesendet“ wird durchsucht …</translation>
-    </message>
-    <message>
-        <source>Sending…</source>
-        <translation>Wird gesendet …</translation>
-    </message>
-    <message>
-        <source>Saving…</source>
-        <translation>Wird gesichert …</translation>
-    </message>
-    <message>
-        <source>Message Not Sent</source>
-        <translation>Nachricht nicht gesendet</translation>
-    </message>
-    <message>
-        <source>Draft Not Saved</source>
-        <translation>Entwurf nicht gesichert</translation>
-    </message>
-    <message>
-        <source>Message May Have Been Sent</source>
-        <translation>Nachricht wurde möglicherweise gesendet</translation>
-    </message>
-    <message>
-        <source>%1 The text is kept. Before it goes out again, Larkhaven looks for it in Sent.</source>
-        <translation>%1 Der Text bleibt erhalten. Bevor er erneut hinausgeht, sucht Larkhaven ihn in „Gesendet“.</translation>
-    </message>
-    <message>
         <source>Do you want to save this message as a draft?</source>
         <translation>Möchten Sie diese Nachricht als Entwurf sichern?</translation>
     </message>
@@ -623,44 +852,68 @@
         <source>Some Files Weren’t Attached</source>
         <translation>Einige Dateien wurden nicht angehängt</translation>
     </message>
+    <message>
+        <source>An image</source>
+        <translation>Ein Bild</translation>
+    </message>
+    <message>
+        <source>Do you want to attach what you pasted?</source>
+        <translation>Möchten Sie das Eingefügte anhängen?</translation>
+    </message>
+    <message>
+        <source>Attach</source>
+        <translation>Anhängen</translation>
+    </message>
 </context>
 <context>
-    <name>Larkhaven::ComposeWindows</name>
+    <name>Larkhaven::ComposingSettingsView</name>
     <message>
-        <source>You have %1 messages with unsaved changes. Do you want to save them as drafts?</source>
-        <translation>%1 Nachrichten haben ungesicherte Änderungen. Möchten Sie sie als Entwürfe sichern?</translation>
+        <source>Rich Text (HTML)</source>
+        <translation>Formatierter Text (HTML)</translation>
     </message>
     <message>
-        <source>If you don&apos;t save, your changes will be lost.</source>
-        <translation>Wenn Sie nicht sichern, gehen Ihre Änderungen verloren.</translation>
+        <source>Plain Text</source>
+        <translation>Reiner Text</translation>
     </message>
     <message>
-        <source>Save All</source>
-        <translation>Alle sichern</translation>
+        <source>The quick brown fox jumps over the lazy dog.</source>
+        <translation>Franz jagt im komplett verwahrlosten Taxi quer durch Bayern.</translation>
     </message>
     <message>
-        <source>Discard All</source>
-        <translation>Alle verwerfen</translation>
+        <source>Suggest addresses from Contacts</source>
+        <translation>Adressen aus den Kontakten vorschlagen</translation>
     </message>
     <message>
-        <source>Cancel</source>
-        <translation>Abbrechen</translation>
+        <source>Message format:</source>
+        <translation>Nachrichtenformat:</translation>
     </message>
     <message>
-        <source>Messages are still on their way.</source>
-        <translation>Es sind noch Nachrichten unterwegs.</translation>
+        <source>Rich text is sent as HTML together with a plain-text copy. You can switch format for each message in the New Message window.</source>
+        <translation>Formatierter Text wird als HTML zusammen mit einer Kopie in reinem Text gesendet. Im Fenster „Neue Nachricht“ können Sie das Format jeder Nachricht umstellen.</translation>
     </message>
     <message>
-        <source>Larkhaven quits as soon as they have been sent or saved.</source>
-        <translation>Larkhaven wird beendet, sobald sie gesendet oder gesichert sind.</translation>
+        <source>System Font</source>
+        <translation>Systemschrift</translation>
     </message>
     <message>
-        <source>Larkhaven quits as soon as they have been sent or saved. What you write can’t be kept at the moment: quitting now may lose them.</source>
-        <translation>Larkhaven wird beendet, sobald sie gesendet oder gesichert sind. Was Sie schreiben, kann im Augenblick nicht aufbewahrt werden: Wenn Sie jetzt beenden, gehen sie möglicherweise verloren.</translation>
+        <source>Font:</source>
+        <translation>Schrift:</translation>
     </message>
     <message>
-        <source>Quit Anyway</source>
-        <translation>Trotzdem beenden</translation>
+        <source>Size</source>
+        <translation>Größe</translation>
+    </message>
+    <message>
+        <source>Size:</source>
+        <translation>Größe:</translation>
+    </message>
+    <message>
+        <source>Signature</source>
+        <translation>Signatur</translation>
+    </message>
+    <message>
+        <source>Added to new messages, replies and forwards (above quoted text). Leave empty for no signature.</source>
+        <translation>Wird an neue Nachrichten, Antworten und Weiterleitungen angefügt (über dem zitierten Text). Leer lassen für keine Signatur.</translation>
     </message>
 </context>
 <context>
@@ -674,14 +927,14 @@
     <name>Larkhaven::ErrorAlert</name>
     <message>
         <source>Something went wrong</source>
-        <translation type="unfinished">Etwas ist schiefgegangen</translation>
+        <translation>Etwas ist schiefgegangen</translation>
     </message>
 </context>
 <context>
     <name>Larkhaven::FlatButton</name>
     <message>
         <source>%1 (%2)</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 (%2)</translation>
     </message>
 </context>
 <context>
@@ -765,6 +1018,85 @@
     <message>
         <source>Numbered List</source>
         <translation>Nummerierte Liste</translation>
+    </message>
+</context>
+<context>
+    <name>Larkhaven::GeneralSettingsView</name>
+    <message>
+        <source>Mail</source>
+        <translation>Mail</translation>
+    </message>
+    <message>
+        <source>Send new messages from:</source>
+        <translation>Neue Nachrichten senden von:</translation>
+    </message>
+    <message>
+        <source>Every minute</source>
+        <translation>Jede Minute</translation>
+    </message>
+    <message>
+        <source>Every 5 minutes</source>
+        <translation>Alle 5 Minuten</translation>
+    </message>
+    <message>
+        <source>Every 15 minutes</source>
+        <translation>Alle 15 Minuten</translation>
+    </message>
+    <message>
+        <source>Every 30 minutes</source>
+        <translation>Alle 30 Minuten</translation>
+    </message>
+    <message>
+        <source>Manually</source>
+        <translation>Manuell</translation>
+    </message>
+    <message>
+        <source>Check for new messages:</source>
+        <translation>Nach neuen Nachrichten suchen:</translation>
+    </message>
+    <message>
+        <source>Messages per page:</source>
+        <translation>Nachrichten pro Seite:</translation>
+    </message>
+    <message>
+        <source>Show message preview in list</source>
+        <translation>Vorschau der Nachrichten in der Liste zeigen</translation>
+    </message>
+    <message>
+        <source>Use Gmail keyboard shortcuts</source>
+        <translation>Tastenkürzel von Gmail verwenden</translation>
+    </message>
+    <message>
+        <source>Appearance</source>
+        <translation>Erscheinungsbild</translation>
+    </message>
+    <message>
+        <source>Accent color:</source>
+        <translation>Akzentfarbe:</translation>
+    </message>
+    <message>
+        <source>The new accent color is used after Larkhaven restarts.</source>
+        <translation>Die neue Akzentfarbe wird nach einem Neustart von Larkhaven verwendet.</translation>
+    </message>
+    <message>
+        <source>Restart Now</source>
+        <translation>Jetzt neu starten</translation>
+    </message>
+    <message>
+        <source>Account of selected mailbox</source>
+        <translation>Konto des ausgewählten Postfachs</translation>
+    </message>
+    <message>
+        <source>Every %1 minutes</source>
+        <translation>Alle %1 Minuten</translation>
+    </message>
+    <message>
+        <source>Restart Larkhaven to change the accent color?</source>
+        <translation>Larkhaven neu starten, um die Akzentfarbe zu ändern?</translation>
+    </message>
+    <message>
+        <source>Later</source>
+        <translation>Später</translation>
     </message>
 </context>
 <context>
@@ -944,175 +1276,175 @@
     <name>Larkhaven::MailCommands</name>
     <message>
         <source>&amp;File</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Datei</translation>
     </message>
     <message>
         <source>New Message</source>
-        <translation type="unfinished">Neue Nachricht</translation>
+        <translation>Neue Nachricht</translation>
     </message>
     <message>
         <source>Quit</source>
-        <translation type="unfinished"></translation>
+        <translation>Beenden</translation>
     </message>
     <message>
         <source>&amp;Edit</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Bearbeiten</translation>
     </message>
     <message>
         <source>Undo</source>
-        <translation type="unfinished"></translation>
+        <translation>Rückgängig</translation>
     </message>
     <message>
         <source>Redo</source>
-        <translation type="unfinished"></translation>
+        <translation>Wiederholen</translation>
     </message>
     <message>
         <source>Cut</source>
-        <translation type="unfinished"></translation>
+        <translation>Ausschneiden</translation>
     </message>
     <message>
         <source>Copy</source>
-        <translation type="unfinished">Kopieren</translation>
+        <translation>Kopieren</translation>
     </message>
     <message>
         <source>Paste</source>
-        <translation type="unfinished"></translation>
+        <translation>Einfügen</translation>
     </message>
     <message>
         <source>Select All</source>
-        <translation type="unfinished"></translation>
+        <translation>Alles auswählen</translation>
     </message>
     <message>
         <source>Find…</source>
-        <translation type="unfinished"></translation>
+        <translation>Suchen …</translation>
     </message>
     <message>
         <source>Settings…</source>
-        <translation type="unfinished"></translation>
+        <translation>Einstellungen …</translation>
     </message>
     <message>
         <source>&amp;View</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Ansicht</translation>
     </message>
     <message>
         <source>Show Preview Text</source>
-        <translation type="unfinished"></translation>
+        <translation>Vorschautext zeigen</translation>
     </message>
     <message>
         <source>Make Text Bigger</source>
-        <translation type="unfinished"></translation>
+        <translation>Text vergrößern</translation>
     </message>
     <message>
         <source>Make Text Smaller</source>
-        <translation type="unfinished"></translation>
+        <translation>Text verkleinern</translation>
     </message>
     <message>
         <source>Actual Size</source>
-        <translation type="unfinished"></translation>
+        <translation>Originalgröße</translation>
     </message>
     <message>
         <source>Columns</source>
-        <translation type="unfinished"></translation>
+        <translation>Spalten</translation>
     </message>
     <message>
         <source>Show Sidebar</source>
-        <translation type="unfinished"></translation>
+        <translation>Seitenleiste zeigen</translation>
     </message>
     <message>
         <source>Sort By</source>
-        <translation type="unfinished"></translation>
+        <translation>Sortieren nach</translation>
     </message>
     <message>
         <source>Sort This Page By</source>
-        <translation type="unfinished"></translation>
+        <translation>Diese Seite sortieren nach</translation>
     </message>
     <message>
         <source>Order</source>
-        <translation type="unfinished"></translation>
+        <translation>Reihenfolge</translation>
     </message>
     <message>
         <source>Ascending</source>
-        <translation type="unfinished"></translation>
+        <translation>Aufsteigend</translation>
     </message>
     <message>
         <source>Descending</source>
-        <translation type="unfinished"></translation>
+        <translation>Absteigend</translation>
     </message>
     <message>
         <source>&amp;Mailbox</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Postfach</translation>
     </message>
     <message>
         <source>Get All New Mail</source>
-        <translation type="unfinished"></translation>
+        <translation>Alle neuen E-Mails abrufen</translation>
     </message>
     <message>
         <source>Add Account</source>
-        <translation type="unfinished">Konto hinzufügen</translation>
+        <translation>Konto hinzufügen</translation>
     </message>
     <message>
         <source>Accounts…</source>
-        <translation type="unfinished"></translation>
+        <translation>Konten …</translation>
     </message>
     <message>
         <source>Newest Messages</source>
-        <translation type="unfinished"></translation>
+        <translation>Neueste Nachrichten</translation>
     </message>
     <message>
         <source>Newer Messages</source>
-        <translation type="unfinished"></translation>
+        <translation>Neuere Nachrichten</translation>
     </message>
     <message>
         <source>Older Messages</source>
-        <translation type="unfinished"></translation>
+        <translation>Ältere Nachrichten</translation>
     </message>
     <message>
         <source>Oldest Messages</source>
-        <translation type="unfinished"></translation>
+        <translation>Älteste Nachrichten</translation>
     </message>
     <message>
         <source>Go To</source>
-        <translation type="unfinished"></translation>
+        <translation>Gehe zu</translation>
     </message>
     <message>
         <source>New %1…</source>
-        <translation type="unfinished">%1 anlegen …</translation>
+        <translation>%1 anlegen …</translation>
     </message>
     <message>
         <source>Rename “%1”…</source>
-        <translation type="unfinished">„%1“ umbenennen …</translation>
+        <translation>„%1“ umbenennen …</translation>
     </message>
     <message>
         <source>Rename %1…</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 umbenennen …</translation>
     </message>
     <message>
         <source>Delete “%1”…</source>
-        <translation type="unfinished">„%1“ löschen …</translation>
+        <translation>„%1“ löschen …</translation>
     </message>
     <message>
         <source>Delete %1…</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 löschen …</translation>
     </message>
     <message>
         <source>M&amp;essage</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Nachricht</translation>
     </message>
     <message>
         <source>&amp;Help</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Hilfe</translation>
     </message>
     <message>
         <source>About Larkhaven</source>
-        <translation type="unfinished"></translation>
+        <translation>Über Larkhaven</translation>
     </message>
     <message>
         <source>Larkhaven %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Larkhaven %1</translation>
     </message>
     <message>
         <source>A mail client that trusts no message. Free software under the GNU General Public License, version 3 or later.</source>
-        <translation type="unfinished"></translation>
+        <translation>Ein Mailprogramm, das keiner Nachricht traut. Freie Software unter der GNU General Public License, Version 3 oder später.</translation>
     </message>
 </context>
 <context>
@@ -1159,94 +1491,94 @@
     </message>
     <message>
         <source>Get New Mail</source>
-        <translation type="unfinished"></translation>
+        <translation>Neue E-Mails abrufen</translation>
     </message>
 </context>
 <context>
     <name>Larkhaven::MessageActions</name>
     <message>
         <source>Edit Draft</source>
-        <translation type="unfinished">Entwurf bearbeiten</translation>
+        <translation>Entwurf bearbeiten</translation>
     </message>
     <message>
         <source>Open</source>
-        <translation type="unfinished">Öffnen</translation>
+        <translation>Öffnen</translation>
     </message>
     <message>
         <source>Reply</source>
-        <translation type="unfinished">Antworten</translation>
+        <translation>Antworten</translation>
     </message>
     <message>
         <source>Reply All</source>
-        <translation type="unfinished">Allen antworten</translation>
+        <translation>Allen antworten</translation>
     </message>
     <message>
         <source>Forward</source>
-        <translation type="unfinished">Weiterleiten</translation>
+        <translation>Weiterleiten</translation>
     </message>
     <message>
         <source>Mark as Read</source>
-        <translation type="unfinished">Als gelesen kennzeichnen</translation>
+        <translation>Als gelesen markieren</translation>
     </message>
     <message>
         <source>Mark as Unread</source>
-        <translation type="unfinished">Als ungelesen kennzeichnen</translation>
+        <translation>Als ungelesen markieren</translation>
     </message>
     <message>
         <source>Add Star</source>
-        <translation type="unfinished">Markieren</translation>
+        <translation>Stern hinzufügen</translation>
     </message>
     <message>
         <source>Remove Star</source>
-        <translation type="unfinished">Markierung entfernen</translation>
+        <translation>Stern entfernen</translation>
     </message>
     <message>
         <source>Archive</source>
-        <translation type="unfinished"></translation>
+        <translation>Archivieren</translation>
     </message>
     <message>
         <source>Move To</source>
-        <translation type="unfinished">Verschieben nach</translation>
+        <translation>Verschieben nach</translation>
     </message>
     <message>
         <source>Label As</source>
-        <translation type="unfinished">Label zuweisen</translation>
+        <translation>Label zuweisen</translation>
     </message>
     <message>
         <source>Not Spam</source>
-        <translation type="unfinished">Kein Spam</translation>
+        <translation>Kein Spam</translation>
     </message>
     <message>
         <source>Report Spam</source>
-        <translation type="unfinished">Spam melden</translation>
+        <translation>Spam melden</translation>
     </message>
     <message>
         <source>Mark as Junk</source>
-        <translation type="unfinished">Als Werbung kennzeichnen</translation>
+        <translation>Als Spam markieren</translation>
     </message>
     <message>
         <source>Delete</source>
-        <translation type="unfinished">Löschen</translation>
+        <translation>Löschen</translation>
     </message>
     <message>
         <source>New Label…</source>
-        <translation type="unfinished">Neues Label …</translation>
+        <translation>Neues Label …</translation>
     </message>
     <message>
         <source>Show Messages from Sender</source>
-        <translation type="unfinished">Nachrichten dieses Absenders zeigen</translation>
+        <translation>Nachrichten des Absenders zeigen</translation>
     </message>
     <message>
         <source>Copy Sender Address</source>
-        <translation type="unfinished">Adresse des Absenders kopieren</translation>
+        <translation>Absenderadresse kopieren</translation>
     </message>
     <message>
         <source>Save As…</source>
-        <translation type="unfinished">Sichern unter …</translation>
+        <translation>Sichern als …</translation>
     </message>
     <message>
         <source>Show Source</source>
-        <translation type="unfinished">Quelltext zeigen</translation>
+        <translation>Quelltext zeigen</translation>
     </message>
 </context>
 <context>
@@ -1270,25 +1602,25 @@
     <message numerus="yes">
         <source>%n messages</source>
         <comment>that are dragged</comment>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>%n Nachricht</numerusform>
+            <numerusform>%n Nachrichten</numerusform>
         </translation>
     </message>
     <message>
         <source>Messages Not Loaded</source>
-        <translation type="unfinished"></translation>
+        <translation>Nachrichten nicht geladen</translation>
     </message>
     <message>
         <source>They show as soon as the mail service answers.</source>
-        <translation type="unfinished"></translation>
+        <translation>Sie erscheinen, sobald der Maildienst antwortet.</translation>
     </message>
 </context>
 <context>
     <name>Larkhaven::MessageTableHeader</name>
     <message>
         <source>A click on a title sorts this page</source>
-        <translation type="unfinished"></translation>
+        <translation>Ein Klick auf einen Titel sortiert diese Seite</translation>
     </message>
 </context>
 <context>
@@ -1322,11 +1654,93 @@
     </message>
     <message>
         <source>Newer</source>
-        <translation type="unfinished"></translation>
+        <translation>Neuere</translation>
     </message>
     <message>
         <source>Older</source>
-        <translation type="unfinished"></translation>
+        <translation>Ältere</translation>
+    </message>
+</context>
+<context>
+    <name>Larkhaven::PointSizeField</name>
+    <message>
+        <source> pt</source>
+        <translation> pt</translation>
+    </message>
+    <message>
+        <source>Smaller</source>
+        <translation>Kleiner</translation>
+    </message>
+    <message>
+        <source>Larger</source>
+        <translation>Größer</translation>
+    </message>
+</context>
+<context>
+    <name>Larkhaven::PrivacySettingsView</name>
+    <message>
+        <source>Delete Downloaded Messages…</source>
+        <translation>Geladene Nachrichten löschen …</translation>
+    </message>
+    <message>
+        <source>Load remote content in messages</source>
+        <translation>Entfernte Inhalte in Nachrichten laden</translation>
+    </message>
+    <message>
+        <source>Remote images can reveal when you open a message and your approximate location. When off, use “Load Remote Content” in a message to load it once.</source>
+        <translation>Entfernte Bilder können verraten, wann Sie eine Nachricht öffnen und wo Sie sich ungefähr befinden. Wenn dies ausgeschaltet ist, lädt „Entfernte Inhalte laden“ in einer Nachricht sie einmalig.</translation>
+    </message>
+    <message>
+        <source>Remove tracking parameters from links</source>
+        <translation>Tracking-Parameter aus Links entfernen</translation>
+    </message>
+    <message>
+        <source>Warn before opening suspicious links</source>
+        <translation>Vor dem Öffnen verdächtiger Links warnen</translation>
+    </message>
+    <message>
+        <source>Always On</source>
+        <translation>Immer aktiv</translation>
+    </message>
+    <message>
+        <source>Tracking pixels</source>
+        <translation>Zählpixel</translation>
+    </message>
+    <message>
+        <source>Blocked</source>
+        <translation>Blockiert</translation>
+    </message>
+    <message>
+        <source>Cookies</source>
+        <translation>Cookies</translation>
+    </message>
+    <message>
+        <source>Never stored</source>
+        <translation>Nie gespeichert</translation>
+    </message>
+    <message>
+        <source>Scripts in messages</source>
+        <translation>Skripte in Nachrichten</translation>
+    </message>
+    <message>
+        <source>Disabled</source>
+        <translation>Deaktiviert</translation>
+    </message>
+    <message>
+        <source>Downloaded messages</source>
+        <translation>Geladene Nachrichten</translation>
+    </message>
+    <message>
+        <source>Delete downloaded messages?</source>
+        <translation>Geladene Nachrichten löschen?</translation>
+    </message>
+    <message>
+        <source>Mail on the server isn&apos;t affected.</source>
+        <translation>E-Mails auf dem Server sind nicht betroffen.</translation>
+    </message>
+    <message>
+        <source>Delete</source>
+        <translation>Löschen</translation>
     </message>
 </context>
 <context>
@@ -1444,29 +1858,29 @@
     <name>Larkhaven::SearchLine</name>
     <message>
         <source>Clear</source>
-        <translation type="unfinished">Löschen</translation>
+        <translation>Aufheben</translation>
     </message>
     <message>
         <source>Clear Search</source>
-        <translation type="unfinished"></translation>
+        <translation>Suche aufheben</translation>
     </message>
     <message>
         <source>Searching for “%1” in %2…</source>
-        <translation type="unfinished"></translation>
+        <translation>Suche nach „%1“ in %2 …</translation>
     </message>
     <message>
         <source>No answer about “%1” in %2</source>
-        <translation type="unfinished"></translation>
+        <translation>Keine Antwort zu „%1“ in %2</translation>
     </message>
     <message>
         <source>Results for “%1” in %2</source>
-        <translation type="unfinished"></translation>
+        <translation>Ergebnisse für „%1“ in %2</translation>
     </message>
     <message numerus="yes">
         <source>%Ln results for “%1” in %2</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>%Ln Ergebnis für „%1“ in %2</numerusform>
+            <numerusform>%Ln Ergebnisse für „%1“ in %2</numerusform>
         </translation>
     </message>
 </context>
@@ -1475,37 +1889,6 @@
     <message>
         <source>Unable to display this message safely.</source>
         <translation>Diese Nachricht kann nicht sicher angezeigt werden.</translation>
-    </message>
-</context>
-<context>
-    <name>Larkhaven::SendAgain</name>
-    <message>
-        <source>This message may have gone out already: the server never confirmed it. It isn’t in Sent, which proves nothing where the server keeps no copy.</source>
-        <translation>Diese Nachricht ist möglicherweise schon hinausgegangen: Der Server hat es nie bestätigt. In „Gesendet“ ist sie nicht, was aber nichts beweist, wo der Server keine Kopie behält.</translation>
-    </message>
-    <message>
-        <source>This message is in Sent: it has gone out. Whoever gets it again gets it twice.</source>
-        <translation>Diese Nachricht ist in „Gesendet“, sie ist also hinausgegangen. Wer sie noch einmal bekommt, bekommt sie doppelt.</translation>
-    </message>
-    <message>
-        <source>This message may have gone out already, and Sent can’t be searched: %1</source>
-        <translation>Diese Nachricht ist möglicherweise schon hinausgegangen, und „Gesendet“ lässt sich nicht durchsuchen: %1</translation>
-    </message>
-    <message>
-        <source>Send This Message Again?</source>
-        <translation>Diese Nachricht erneut senden?</translation>
-    </message>
-    <message>
-        <source>Close Message</source>
-        <translation>Nachricht schließen</translation>
-    </message>
-    <message>
-        <source>Send Again</source>
-        <translation>Erneut senden</translation>
-    </message>
-    <message>
-        <source>Cancel</source>
-        <translation>Abbrechen</translation>
     </message>
 </context>
 <context>
@@ -1521,6 +1904,29 @@
     <message>
         <source>Security</source>
         <translation>Sicherheit</translation>
+    </message>
+</context>
+<context>
+    <name>Larkhaven::SettingsView</name>
+    <message>
+        <source>Settings</source>
+        <translation>Einstellungen</translation>
+    </message>
+    <message>
+        <source>Accounts</source>
+        <translation>Konten</translation>
+    </message>
+    <message>
+        <source>General</source>
+        <translation>Allgemein</translation>
+    </message>
+    <message>
+        <source>Composing</source>
+        <translation>Verfassen</translation>
+    </message>
+    <message>
+        <source>Privacy</source>
+        <translation>Privatsphäre</translation>
     </message>
 </context>
 <context>
@@ -1558,7 +1964,7 @@
     </message>
     <message>
         <source>Sign In…</source>
-        <translation type="unfinished">Anmelden …</translation>
+        <translation>Anmelden …</translation>
     </message>
 </context>
 <context>
@@ -1629,7 +2035,7 @@
     <name>Larkhaven::UndoLine</name>
     <message>
         <source>Undo</source>
-        <translation type="unfinished"></translation>
+        <translation>Rückgängig</translation>
     </message>
 </context>
 <context>
@@ -1644,14 +2050,6 @@
     <message>
         <source>Welcome to Larkhaven</source>
         <translation>Willkommen bei Larkhaven</translation>
-    </message>
-    <message>
-        <source>Add an account to get started. Google accounts sign in on Google&apos;s own page, so Larkhaven never sees that password. Other providers sign in over IMAP with a password kept in your %1.</source>
-        <translation>Fügen Sie zuerst ein Konto hinzu. Google-Konten melden sich auf Googles eigener Seite an, sodass Larkhaven dieses Passwort nie zu sehen bekommt. Andere Anbieter melden sich über IMAP mit einem Passwort an, das dort aufbewahrt wird: %1.</translation>
-    </message>
-    <message>
-        <source>keyring</source>
-        <translation>Schlüsselbund</translation>
     </message>
     <message>
         <source>Sign In with Google…</source>
@@ -1750,7 +2148,7 @@
     </message>
     <message>
         <source>These messages can’t be moved back.</source>
-        <translation type="unfinished"></translation>
+        <translation>Diese Nachrichten können nicht zurückbewegt werden.</translation>
     </message>
 </context>
 <context>
@@ -1800,35 +2198,35 @@
     <name>MessageColumn</name>
     <message>
         <source>Unread</source>
-        <translation type="unfinished">Ungelesen</translation>
+        <translation>Ungelesen</translation>
     </message>
     <message>
         <source>Starred</source>
-        <translation type="unfinished">Markiert</translation>
+        <translation>Markiert</translation>
     </message>
     <message>
         <source>Attachments</source>
-        <translation type="unfinished">Anhänge</translation>
+        <translation>Anhänge</translation>
     </message>
     <message>
         <source>From</source>
-        <translation type="unfinished">Von</translation>
+        <translation>Von</translation>
     </message>
     <message>
         <source>Subject</source>
-        <translation type="unfinished">Betreff</translation>
+        <translation>Betreff</translation>
     </message>
     <message>
         <source>Date</source>
-        <translation type="unfinished">Datum</translation>
+        <translation>Datum</translation>
     </message>
     <message>
         <source>Mailbox</source>
-        <translation type="unfinished">Postfach</translation>
+        <translation>Postfach</translation>
     </message>
     <message>
         <source>Size</source>
-        <translation type="unfinished">Größe</translation>
+        <translation>Größe</translation>
     </message>
 </context>
 <context>
@@ -1883,6 +2281,97 @@
     <message>
         <source>No authorization code</source>
         <translation>Kein Autorisierungscode</translation>
+    </message>
+</context>
+<context>
+    <name>PlatformWords</name>
+    <message>
+        <source>Add an account to get started. Google accounts sign in on Google&apos;s own page, so Larkhaven never sees that password. Other providers sign in over IMAP with a password kept in your Keychain.</source>
+        <translation>Fügen Sie zum Beginnen ein Konto hinzu. Google-Konten melden sich auf Googles eigener Seite an, sodass Larkhaven dieses Passwort nie sieht. Andere Anbieter melden sich über IMAP mit einem Passwort an, das in Ihrem Schlüsselbund aufbewahrt wird.</translation>
+    </message>
+    <message>
+        <source>Add an account to get started. Google accounts sign in on Google&apos;s own page, so Larkhaven never sees that password. Other providers sign in over IMAP with a password kept in your keyring.</source>
+        <translation>Fügen Sie zum Beginnen ein Konto hinzu. Google-Konten melden sich auf Googles eigener Seite an, sodass Larkhaven dieses Passwort nie sieht. Andere Anbieter melden sich über IMAP mit einem Passwort an, das in Ihrem Schlüsselbund aufbewahrt wird.</translation>
+    </message>
+    <message>
+        <source>Get New Mail (⇧⌘N)</source>
+        <translation>Neue E-Mails abrufen (⇧⌘N)</translation>
+    </message>
+    <message>
+        <source>Get New Mail (Ctrl+Shift+N)</source>
+        <translation>Neue E-Mails abrufen (Strg+Umschalt+N)</translation>
+    </message>
+    <message>
+        <source>j / k next and previous, o open, e archive, # delete, s star, ⇧U read/unread, c compose, u back.</source>
+        <translation>j / k nächste und vorige, o öffnen, e archivieren, # löschen, s Stern, ⇧U gelesen/ungelesen, c verfassen, u zurück.</translation>
+    </message>
+    <message>
+        <source>j / k next and previous, o open, e archive, # delete, s star, Shift+U read/unread, c compose, u back.</source>
+        <translation>j / k nächste und vorige, o öffnen, e archivieren, # löschen, s Stern, Umschalt+U gelesen/ungelesen, c verfassen, u zurück.</translation>
+    </message>
+    <message>
+        <source>Show unread count on Dock icon</source>
+        <translation>Anzahl ungelesener Nachrichten am Dock-Symbol zeigen</translation>
+    </message>
+    <message>
+        <source>Show unread count on launcher icon</source>
+        <translation>Anzahl ungelesener Nachrichten am Startersymbol zeigen</translation>
+    </message>
+    <message>
+        <source>Larkhaven Purple shows when System Settings ▸ Appearance ▸ Accent color is Multicolor; a specific color chosen there applies to every app.</source>
+        <translation>Larkhaven-Violett wird gezeigt, wenn unter Systemeinstellungen ▸ Erscheinungsbild ▸ Akzentfarbe „Mehrfarbig“ gewählt ist; eine dort gewählte Farbe gilt für alle Apps.</translation>
+    </message>
+    <message>
+        <source>System Accent Color is the one chosen in your desktop&apos;s appearance settings, or blue where none is chosen there.</source>
+        <translation>Die Akzentfarbe des Systems ist die in den Darstellungseinstellungen Ihrer Arbeitsumgebung gewählte, oder Blau, wo dort keine gewählt ist.</translation>
+    </message>
+    <message>
+        <source>macOS applies an app&apos;s accent color when it opens. Unsent messages in open New Message windows will be closed.</source>
+        <translation>macOS übernimmt die Akzentfarbe einer App beim Öffnen. Nicht gesendete Nachrichten in offenen Fenstern „Neue Nachricht“ werden geschlossen.</translation>
+    </message>
+    <message>
+        <source>Larkhaven applies its accent color when it opens. Unsent messages in open New Message windows will be closed.</source>
+        <translation>Larkhaven übernimmt die Akzentfarbe beim Öffnen. Nicht gesendete Nachrichten in offenen Fenstern „Neue Nachricht“ werden geschlossen.</translation>
+    </message>
+    <message>
+        <source>Stored in this Mac&apos;s Keychain</source>
+        <translation>Im Schlüsselbund dieses Mac gespeichert</translation>
+    </message>
+    <message>
+        <source>Stored in this computer&apos;s keyring</source>
+        <translation>Im Schlüsselbund dieses Computers gespeichert</translation>
+    </message>
+    <message>
+        <source>Its sign-in credentials will be deleted from this Mac. Mail on the server is not affected.</source>
+        <translation>Seine Anmeldedaten werden von diesem Mac gelöscht. E-Mails auf dem Server sind nicht betroffen.</translation>
+    </message>
+    <message>
+        <source>Its sign-in credentials will be deleted from this computer. Mail on the server is not affected.</source>
+        <translation>Seine Anmeldedaten werden von diesem Computer gelöscht. E-Mails auf dem Server sind nicht betroffen.</translation>
+    </message>
+    <message>
+        <source>Reads names and email addresses from this Mac&apos;s Contacts while you type. macOS asks for permission the first time. Nothing is stored or sent anywhere.</source>
+        <translation>Liest beim Tippen Namen und E-Mail-Adressen aus den Kontakten dieses Mac. macOS fragt beim ersten Mal um Erlaubnis. Nichts wird irgendwo gespeichert oder hingesendet.</translation>
+    </message>
+    <message>
+        <source>Reads names and email addresses from this computer&apos;s Contacts while you type. Nothing is stored or sent anywhere.</source>
+        <translation>Liest beim Tippen Namen und E-Mail-Adressen aus den Kontakten dieses Computers. Nichts wird irgendwo gespeichert oder hingesendet.</translation>
+    </message>
+    <message>
+        <source>On This Mac</source>
+        <translation>Auf diesem Mac</translation>
+    </message>
+    <message>
+        <source>On This Computer</source>
+        <translation>Auf diesem Computer</translation>
+    </message>
+    <message>
+        <source>Messages you open are kept on this Mac, encrypted with a key in your Keychain, so they&apos;re downloaded only once. The oldest are removed above 500 MB per account. Deleting them only means downloading again.</source>
+        <translation>Nachrichten, die Sie öffnen, werden auf diesem Mac aufbewahrt, verschlüsselt mit einem Schlüssel in Ihrem Schlüsselbund, sodass sie nur einmal geladen werden. Über 500 MB pro Konto werden die ältesten entfernt. Sie zu löschen bedeutet nur, sie erneut zu laden.</translation>
+    </message>
+    <message>
+        <source>Messages you open are kept on this computer, encrypted with a key in your keyring, so they&apos;re downloaded only once. The oldest are removed above 500 MB per account. Deleting them only means downloading again.</source>
+        <translation>Nachrichten, die Sie öffnen, werden auf diesem Computer aufbewahrt, verschlüsselt mit einem Schlüssel in Ihrem Schlüsselbund, sodass sie nur einmal geladen werden. Über 500 MB pro Konto werden die ältesten entfernt. Sie zu löschen bedeutet nur, sie erneut zu laden.</translation>
     </message>
 </context>
 <context>
@@ -1983,6 +2472,37 @@
     <message>
         <source>Refusing non-HTTPS request</source>
         <translation>Anfrage ohne HTTPS abgelehnt</translation>
+    </message>
+</context>
+<context>
+    <name>SendAgain</name>
+    <message>
+        <source>This message may have gone out already: the server never confirmed it. It isn’t in Sent, which proves nothing where the server keeps no copy.</source>
+        <translation>Diese Nachricht ist möglicherweise schon hinausgegangen: Der Server hat sie nie bestätigt. Sie liegt nicht in „Gesendet“, was nichts beweist, wenn der Server keine Kopie aufbewahrt.</translation>
+    </message>
+    <message>
+        <source>This message is in Sent: it has gone out. Whoever gets it again gets it twice.</source>
+        <translation>Diese Nachricht liegt in „Gesendet“: Sie ist hinausgegangen. Wer sie noch einmal bekommt, bekommt sie doppelt.</translation>
+    </message>
+    <message>
+        <source>This message may have gone out already, and Sent can’t be searched: %1</source>
+        <translation>Diese Nachricht ist möglicherweise schon hinausgegangen, und „Gesendet“ kann nicht durchsucht werden: %1</translation>
+    </message>
+    <message>
+        <source>Send This Message Again?</source>
+        <translation>Diese Nachricht noch einmal senden?</translation>
+    </message>
+    <message>
+        <source>Close Message</source>
+        <translation>Nachricht schließen</translation>
+    </message>
+    <message>
+        <source>Send Again</source>
+        <translation>Noch einmal senden</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
     </message>
 </context>
 <context>
@@ -2125,6 +2645,10 @@
     <message>
         <source>This is a copy of a draft that is more than a window can take. Saving it leaves the draft as it is.</source>
         <translation>Dies ist eine Kopie eines Entwurfs, der mehr ist, als ein Fenster fassen kann. Wenn Sie sie sichern, bleibt der Entwurf, wie er ist.</translation>
+    </message>
+    <message>
+        <source>[The rest of the text is left out.]</source>
+        <translation>[Der Rest des Textes ist weggelassen.]</translation>
     </message>
 </context>
 </TS>

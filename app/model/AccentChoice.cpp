@@ -8,6 +8,15 @@ using namespace Qt::StringLiterals;
 
 namespace Larkhaven {
 
+namespace {
+
+/// The texts of this file.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(AccentChoice)
+};
+
+} // namespace
+
 QString storedText(AccentChoice choice)
 {
     return choice == AccentChoice::system ? u"system"_s : u"larkhaven"_s;
@@ -15,8 +24,7 @@ QString storedText(AccentChoice choice)
 
 QString label(AccentChoice choice)
 {
-    return choice == AccentChoice::system ? QCoreApplication::translate("AccentChoice", "System Accent Color")
-                                          : QCoreApplication::translate("AccentChoice", "Larkhaven Purple");
+    return choice == AccentChoice::system ? Texts::tr("System Accent Color") : Texts::tr("Larkhaven Purple");
 }
 
 AccentChoice accentChoice(const UserDefaults& defaults)

@@ -34,6 +34,7 @@ inline constexpr auto accent = "accent"_L1;
 inline constexpr auto textSize = "textSize"_L1;
 inline constexpr auto collapsedAccounts = "collapsedAccounts"_L1;
 inline constexpr auto tableColumns = "tableColumns"_L1;
+inline constexpr auto mainWindowSize = "mainWindowSize"_L1;
 inline constexpr auto sidebarWidth = "sidebarWidth"_L1;
 inline constexpr auto sidebarHidden = "sidebarHidden"_L1;
 inline constexpr auto mailboxOnScreen = "mailboxOnScreen"_L1;

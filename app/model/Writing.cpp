@@ -264,7 +264,7 @@ ComposeDraft messageFor(const Setting& setting, const MailtoURL& url)
     draft.notices = fields.notices();
     setSubject(draft, url.subject);
     draft.body =
-        DraftGate::text(url.body, tr("[The rest of the text is left out.]")).text + setting.signature;
+        DraftGate::text(url.body, Texts::tr("[The rest of the text is left out.]")).text + setting.signature;
     return draft;
 }
 

@@ -28,14 +28,6 @@ FAULTS = {
 }
 # They name texts that stand as QT_TRANSLATE_NOOP in the same file.
 DEFERRED = {"core/protocols/IMAPResponse.cpp": ["tr("]}
-# Still to be mended.
-KNOWN = {
-    "app/views/compose/ComposeFiles.cpp",
-    "app/views/compose/SendAgain.cpp",
-}
-KNOWN_WARNINGS = ["SendAgain.cpp"]
-KNOWN_CONTEXTS = ["QMenu", "Larkhaven", "Larkhaven::SendAgain", "ComposeFiles"]
-
 PLACE = re.compile(r"%(?:L?\d|L?n)")
 
 
@@ -89,15 +81,11 @@ def contexts(folder):
             for match in pattern.finditer(text):
                 if match[0] not in DEFERRED.get(name, []):
                     found.append(f"{name}:{text.count(chr(10), 0, match.start()) + 1}: {fault}")
-        if name not in KNOWN:
-            faults += found
-        elif not found:
-            faults.append(f"{name} is mended, and leaves the list of known faults")
-    warnings = update(folder).splitlines()
-    faults += [line for line in warnings if not any(name in line for name in KNOWN_WARNINGS)]
+        faults += found
+    faults += update(folder).splitlines()
     known = looked_up_contexts(files)
     for context, source, _, _ in messages(folder / "larkhaven_de.ts"):
-        if context not in known and context not in KNOWN_CONTEXTS:
+        if context not in known:
             faults.append(f"nothing looks up “{source}” under {context}")
     return faults
 
@@ -130,7 +118,7 @@ def whole(_folder):
                 places, wanted = set(PLACE.findall(form)) | {"%n"}, set(PLACE.findall(source)) | {"%n"}
                 if places != wanted or form.count("%") > source.count("%"):
                     faults.append(f"{where} has other places for values: “{form}”")
-                if form.strip() != form or form.endswith("…") != source.endswith("…"):
+                if (form.strip() == form) != (source.strip() == source) or form.endswith("…") != source.endswith("…"):
                     faults.append(f"{where} ends otherwise: “{form}”")
     return faults
 

@@ -11,6 +11,7 @@
 #include "views/main/SearchField.h"
 #include "views/main/SidebarPane.h"
 #include "views/main/SidebarView.h"
+#include "views/main/TextSizeCommands.h"
 #include "views/main/WelcomeView.h"
 #include "views/reader/SavedFile.h"
 #include "views/reader/SourceWindows.h"
@@ -18,6 +19,7 @@
 #include "views/setup/SignInWindow.h"
 #include "views/style/DisplayText.h"
 #include "views/style/Style.h"
+#include "views/style/WindowPlace.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -51,8 +53,10 @@ ContentView::ContentView(AppModel& model, ReaderView::Desktop desktop, QWidget* 
     , m_sources(new SourceWindows(model, this))
 {
     setObjectName("main"_L1);
-    resize(defaultSize);
-    setMinimumSize(smallestSize);
+    const auto key = DefaultsKey::mainWindowSize;
+    new WindowPlace(*this, defaultSize, smallestSize,
+                    {[&model, key] { return model.defaults().text(key); },
+                     [&model, key](const QString& size) { model.defaults().set(key, size); }});
     m_detail->addWidget(m_listing);
     m_split->setHandleWidth(1);
     m_split->setChildrenCollapsible(false);
@@ -229,22 +233,35 @@ void ContentView::makeMenu()
     };
     window.showSource = [this](const MessageSummary& row) { m_sources->open(row); };
     window.openSetup = [this] { openSetup(); };
-    window.openSettings = [this] { openSettings(); };
-    window.openAccounts = [this] { openSettings(); };
+    window.openSettings = [this] { openSettings({}); };
+    window.openAccounts = [this] { openSettings(SettingsView::Pane::accounts); };
     window.toggleSidebar = [this] { toggleSidebar(); };
     window.isSidebarShown = [this] { return !m_sidebar->isHidden(); };
     window.fillColumns = [this](QMenu& menu) { m_listing->table().fillColumnMenu(menu); };
     window.find = [this] { m_toolbar->searchField().setFocus(Qt::ShortcutFocusReason); };
     window.quit = [this] { close(); };
     window.edit = [this](const char* command) { return edit(command); };
-    window.stepTextSize = [this](int direction) { stepTextSize(direction); };
-    window.resetTextSize = [this] { m_model.defaults().set(DefaultsKey::textSize, Style::standardTextSize); };
+    window.stepTextSize = [&defaults = m_model.defaults()](int direction) {
+        if (direction > 0)
+            TextSizeCommands::makeBigger(defaults);
+        else
+            TextSizeCommands::makeSmaller(defaults);
+    };
+    window.resetTextSize = [this] { TextSizeCommands::makeActualSize(m_model.defaults()); };
     new MailCommands(m_model, *menuBar(), window);
 }
 
-void ContentView::openSettings() {}
-
-void ContentView::stepTextSize(int) {}
+void ContentView::openSettings(std::optional<SettingsView::Pane> pane)
+{
+    if (!m_settings) {
+        m_settings = std::make_unique<SettingsView>(m_model);
+        connect(m_settings.get(), &SettingsView::setupRequested, this, &ContentView::openSetup);
+    }
+    if (pane)
+        m_settings->open(*pane);
+    else
+        m_settings->open();
+}
 
 bool ContentView::edit(const char* command)
 {

@@ -2,6 +2,7 @@
 
 #include "model/AppModel.h"
 #include "views/reader/ReaderView.h"
+#include "views/settings/SettingsView.h"
 
 #include <QMainWindow>
 #include <QPointer>
@@ -41,6 +42,8 @@ public:
     void openSetup();
     /// Closes the window without a question: the user has answered it.
     void quit();
+    /// Opens the settings on the pane, or on the one that they had last; there is one window of them.
+    void openSettings(std::optional<SettingsView::Pane> pane);
     ComposeWindows& composeWindows() const { return *m_compose; }
     SourceWindows& sourceWindows() const { return *m_sources; }
 
@@ -61,8 +64,6 @@ private:
     /// Sends an editing command to the widget with the focus; whether it has one.
     bool edit(const char* command);
     void keepLayout();
-    void openSettings();
-    void stepTextSize(int direction);
     void followAccounts();
     void followPath();
     void updateTitle();
@@ -78,7 +79,8 @@ private:
     QStackedWidget* m_detail;
     MessageTableView* m_listing;
     ReaderView* m_reader = nullptr;
-    std::unique_ptr<IMAPSetupView> m_setup; ///< made on the first use
+    std::unique_ptr<IMAPSetupView> m_setup;   ///< made on the first use
+    std::unique_ptr<SettingsView> m_settings; ///< likewise
     ComposeWindows* m_compose;
     SourceWindows* m_sources;
     bool m_isQuitting = false; ///< the user has been asked
