@@ -391,7 +391,8 @@ void AppModel::noteFailedListing(const Session& session, const std::exception_pt
     if (asked != Asked::byUser || CheckResults::isUnreachable(failure))
         noteFailedCheck(session.accountID, CheckResults::Of::listing, failure);
     // One cause speaks once: whoever goes from mailbox to mailbox without a network has been told.
-    const bool isKnown = before && before == m_checks.failureText(session.accountID);
+    const bool isKnown =
+        CheckResults::isUnreachable(failure) && before && before == m_checks.failureText(session.accountID);
     if (asked == Asked::asNews || (asked == Asked::byUser && !isKnown) || isOfSignIn(failure))
         reportTo(session, failure);
 }
@@ -540,11 +541,13 @@ Task<> AppModel::load(int page, bool refresh, Asked asker)
 Task<> AppModel::showKeptRows(Listing::Key key, quint64 listing)
 {
     const QPointer<AppModel> self(this);
-    const std::shared_ptr<MailCache> cache = m_accounts.cache(key.accountID);
-    if (!cache)
+    const std::weak_ptr<MailCache> cache = m_accounts.cache(key.accountID);
+    if (cache.expired())
         co_return;
-    const std::optional<KeptRows::Page> kept = co_await KeptRows::read(cache, key.accountID, key.ref);
-    if (!self || !kept || m_accounts.cache(key.accountID) != cache)
+    Task<std::optional<KeptRows::Page>> reading = KeptRows::read(*cache.lock(), key.accountID, key.ref);
+    const std::optional<KeptRows::Page> kept = co_await reading;
+    // After a repair other messages are meant.
+    if (!self || !kept || cache.expired() || m_accounts.cache(key.accountID) != cache.lock())
         co_return;
     m_checks.remember(key.accountID, kept->time);
     if (m_listing.number() != listing)
@@ -560,7 +563,7 @@ Task<> AppModel::showKeptRows(Listing::Key key, quint64 listing)
 void AppModel::keepRows(const Listing::Key& key, const MessagePage& page)
 {
     if (const std::shared_ptr<MailCache> cache = m_accounts.cache(key.accountID))
-        spawn(KeptRows::write(cache, key.ref, {page, QDateTime::currentDateTimeUtc()}), dropFailure);
+        spawn(KeptRows::write(*cache, key.ref, {page, QDateTime::currentDateTimeUtc()}), dropFailure);
 }
 
 int AppModel::wantedPage() const

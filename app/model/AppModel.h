@@ -495,6 +495,8 @@ private:
     /// Offers to move back what a removal has moved, if all of it can be.
     Task<> offerUndo(Session session, QList<QString> ids, QString done, quint64 change);
     void setUndoOffer(const std::optional<UndoOffer>& offer);
+    /// What another provider moved can't be put back by the next one.
+    void forgetUndo(const QUuid& accountID);
     /// Fills the page again from which rows have gone.
     Task<> reloadPage();
     /// The page that is on screen, or will be once the load under way has ended.

@@ -105,6 +105,7 @@ void AppModel::forgetServers(const QUuid& accountID)
 {
     m_sidebar.forget(accountID);
     m_checks.forget(accountID);
+    forgetUndo(accountID);
     if (m_sidebarSelection && m_sidebarSelection->accountID == accountID) {
         setPath({});
         // Its folders may be others as well.
@@ -239,6 +240,7 @@ Task<> AppModel::removeAccount(QUuid accountID)
         defaults().set(DefaultsKey::defaultAccountID, QString());
     m_sidebar.forget(accountID);
     m_checks.forget(accountID);
+    forgetUndo(accountID);
     m_listing.forgetAccount(accountID);
     updateBadge();
     leaveAccount(accountID);
@@ -269,6 +271,7 @@ Task<qint64> AppModel::cacheSize()
 Task<> AppModel::clearCaches()
 {
     const QPointer<AppModel> self(this);
+    setUndoOffer(std::nullopt);
     co_await m_accounts.clearCaches();
     // A server that takes its time holds nothing up: the caches are empty.
     if (self)

@@ -162,6 +162,12 @@ Task<> AppModel::offerUndo(Session session, QList<QString> ids, QString done, qu
         setUndoOffer(UndoOffer{session.accountID, done, ids, change});
 }
 
+void AppModel::forgetUndo(const QUuid& accountID)
+{
+    if (m_undo && m_undo->accountID == accountID)
+        setUndoOffer(std::nullopt);
+}
+
 void AppModel::setUndoOffer(const std::optional<UndoOffer>& offer)
 {
     assign(m_undo, offer, &AppModel::undoOfferChanged);

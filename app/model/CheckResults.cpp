@@ -60,8 +60,6 @@ void CheckResults::fail(const Account& account, Of of, const std::exception_ptr&
     const auto known = std::ranges::find(m_failures, account.id, &Failure::accountID);
     if (known == m_failures.end())
         m_failures.append(failed);
-    else if (*known == failed)
-        return;
     else
         *known = failed;
     Q_EMIT changed();

@@ -60,11 +60,9 @@ std::optional<Page> readBack(const QByteArray& bytes, const QUuid& accountID)
     }
 }
 
-} // namespace
-
-Task<std::optional<Page>> read(std::shared_ptr<MailCache> cache, QUuid accountID, MailboxRef ref)
+Task<std::optional<Page>> parsed(Task<std::optional<QByteArray>> reading, QUuid accountID)
 {
-    const std::optional<QByteArray> bytes = co_await cache->readSnapshot(nameOf(ref));
+    const std::optional<QByteArray> bytes = co_await reading;
     if (!bytes)
         co_return std::nullopt;
     const auto work = [bytes = *bytes, accountID] { return readBack(bytes, accountID); };
@@ -72,11 +70,16 @@ Task<std::optional<Page>> read(std::shared_ptr<MailCache> cache, QUuid accountID
     co_return kept;
 }
 
-Task<> write(std::shared_ptr<MailCache> cache, MailboxRef ref, Page page)
+} // namespace
+
+Task<std::optional<Page>> read(MailCache& cache, const QUuid& accountID, const MailboxRef& ref)
 {
-    const auto work = [page] { return written(page); };
-    const QByteArray bytes = co_await runOnWorker(work);
-    co_await cache->writeSnapshot(nameOf(ref), bytes);
+    return parsed(cache.readSnapshot(nameOf(ref)), accountID);
+}
+
+Task<> write(MailCache& cache, const MailboxRef& ref, const Page& page)
+{
+    return cache.makeSnapshot(nameOf(ref), [page] { return written(page); });
 }
 
 } // namespace Larkhaven::KeptRows

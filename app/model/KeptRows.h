@@ -23,10 +23,13 @@ struct Page {
 /// The most rows that are kept of a mailbox, which is the largest page.
 constexpr qsizetype mostRows = 100;
 
+// Main thread; the work is done on workers. None of it keeps the cache alive: the end of the program waits
+// for what a cache has begun, and for nothing after that.
+
 /// The page of the mailbox; absent where none is kept, or none that can be read. Rows that name another
-/// account than `accountID` make it unreadable. Main thread; the work is done on workers.
-Task<std::optional<Page>> read(std::shared_ptr<MailCache> cache, QUuid accountID, MailboxRef ref);
-/// Keeps the page in place of an earlier one.
-Task<> write(std::shared_ptr<MailCache> cache, MailboxRef ref, Page page);
+/// account than `accountID` make it unreadable.
+Task<std::optional<Page>> read(MailCache& cache, const QUuid& accountID, const MailboxRef& ref);
+/// Keeps the page in place of an earlier one. Pages are kept in the order of the calls.
+Task<> write(MailCache& cache, const MailboxRef& ref, const Page& page);
 
 } // namespace Larkhaven::KeptRows

@@ -273,6 +273,13 @@ Task<> MailCache::writeSnapshot(QString name, QByteArray data)
     });
 }
 
+Task<> MailCache::makeSnapshot(QString name, std::function<QByteArray()> make)
+{
+    return runOn(&m_worker, [files = m_files, name = std::move(name), make = std::move(make)] {
+        files->writeSnapshot(name, make());
+    });
+}
+
 Task<> MailCache::removeSnapshot(QString name)
 {
     return runOn(&m_worker, [files = m_files, name = std::move(name)] { files->removeSnapshot(name); });

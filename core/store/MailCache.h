@@ -7,6 +7,7 @@
 #include <QString>
 #include <QThreadPool>
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -42,6 +43,8 @@ public:
     Task<qint64> usedBytes();
     Task<std::optional<QByteArray>> readSnapshot(QString name);
     Task<> writeSnapshot(QString name, QByteArray data);
+    /// As `writeSnapshot`, with bytes that are made on the worker of the cache.
+    Task<> makeSnapshot(QString name, std::function<QByteArray()> make);
     Task<> removeSnapshot(QString name);
     /// Deletes everything of the account. A later write makes the folders again.
     Task<> removeAll();

@@ -113,8 +113,9 @@ TEST_F(MailCommandsTest, ListsItsMenusInTheirOrder)
                            u"Make Text Bigger [Ctrl++; Ctrl+=]"_s, u"Make Text Smaller [Ctrl+-]"_s,
                            u"Actual Size [Ctrl+0]"_s, u"-"_s, u"Columns ▸"_s, u"Show Sidebar [F9] ✓"_s}));
     EXPECT_EQ(linesOf(*submenu("sortBy")),
-              (QStringList{u"- Sort This Page By"_s, u"Date ✓"_s, u"From"_s, u"Subject"_s, u"Unread"_s,
-                           u"Starred"_s, u"Attachments"_s, u"- Order"_s, u"Ascending"_s, u"Descending ✓"_s}));
+              (QStringList{u"(Sort This Page By)"_s, u"Date ✓"_s, u"From"_s, u"Subject"_s, u"Unread"_s,
+                           u"Starred"_s, u"Attachments"_s, u"-"_s, u"(Order)"_s, u"Ascending"_s,
+                           u"Descending ✓"_s}));
 }
 
 TEST_F(MailCommandsTest, ListsWhatCanBeDoneToAMailbox)

@@ -4,6 +4,7 @@
 #include "views/style/QuietLine.h"
 #include "views/style/RowText.h"
 
+#include <QApplication>
 #include <QPushButton>
 #include <QVBoxLayout>
 
@@ -28,7 +29,9 @@ CheckStrips::CheckStrips(AppModel& model, QWidget* parent)
 
 QString CheckStrips::textOf(const CheckResults::Failure& failure, const QDateTime& now)
 {
-    const QString text = DisplayText::bounded(failure.text);
+    QString text = DisplayText::bounded(failure.text).trimmed();
+    if (!text.endsWith(u'.') && !text.endsWith(u'…'))
+        text += u'.';
     if (!failure.lastChecked.isValid())
         return text;
     return tr("%1 Last checked %2.", "a sentence, then a time")
@@ -38,7 +41,8 @@ QString CheckStrips::textOf(const CheckResults::Failure& failure, const QDateTim
 void CheckStrips::update()
 {
     const QList<CheckResults::Failure>& failures = m_model.failedChecks();
-    const bool holdsFocus = isAncestorOf(focusWidget() ? focusWidget() : this);
+    QWidget* const focused = QApplication::focusWidget();
+    const bool holdsFocus = focused && isAncestorOf(focused);
     // Strips stay where they are, so that a press doesn't meet another one.
     while (m_layout->count() > failures.size()) {
         QWidget* const strip = m_layout->itemAt(m_layout->count() - 1)->widget();

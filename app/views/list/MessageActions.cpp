@@ -212,6 +212,12 @@ void MessageActions::addMoves()
         {QKeySequence(u"Ctrl+Delete"_s), QKeySequence(u"Ctrl+Backspace"_s)});
 }
 
+QList<MailLabel> MessageActions::shownLabels(const Rows& rows) const
+{
+    const QList<MailLabel> labels = m_model.labels(rows.first().accountID);
+    return labels.first(std::min(labels.size(), mostLabels));
+}
+
 void MessageActions::fillMoves(QMenu& menu, const Rows& rows)
 {
     if (rows.isEmpty())
@@ -222,22 +228,23 @@ void MessageActions::fillMoves(QMenu& menu, const Rows& rows)
     };
     for (const Mailbox role : moveTargets)
         addTarget(MailboxRef::system(role), name(role, provider(rows)));
-    const QList<MailLabel> labels = m_model.labels(rows.first().accountID);
+    const QList<MailLabel> labels = shownLabels(rows);
     if (!labels.isEmpty())
         menu.addSeparator();
     for (const MailLabel& label : labels)
-        addTarget(MailboxRef::label(label), label.path);
+        addTarget(MailboxRef::label(label), DisplayText::bounded(label.path, longestTitle));
 }
 
 void MessageActions::fillLabels(QMenu& menu, const Rows& rows)
 {
     if (rows.isEmpty())
         return;
-    const QList<MailLabel> labels = m_model.labels(rows.first().accountID);
+    const QList<MailLabel> labels = shownLabels(rows);
     for (const MailLabel& label : labels) {
         const bool isOnAll = std::ranges::all_of(
             rows, [&label](const MessageSummary& row) { return row.labelIDs.contains(label.id); });
-        QAction* const toggle = menu.addAction(DisplayText::menuItem(label.path));
+        QAction* const toggle =
+            menu.addAction(DisplayText::menuItem(DisplayText::bounded(label.path, longestTitle)));
         toggle->setCheckable(true);
         toggle->setChecked(isOnAll);
         connect(toggle, &QAction::triggered, &m_model,

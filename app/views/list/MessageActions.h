@@ -24,6 +24,11 @@ public:
     MessageActions(AppModel& model, QMenu& menu, Place place, Items items, AppModel::SavePanel choose,
                    ShowSource showSource);
 
+    /// The most labels that a menu lists, and the longest of their names there, in UTF-16 units: a service
+    /// may have as many as it likes. The sidebar has them all.
+    static constexpr qsizetype mostLabels = 500;
+    static constexpr qsizetype longestTitle = 60;
+
     /// Takes over what the rows are now.
     void update();
 
@@ -58,6 +63,7 @@ private:
     void fillMoves(QMenu& menu, const Rows& rows);
     void fillLabels(QMenu& menu, const Rows& rows);
 
+    QList<MailLabel> shownLabels(const Rows& rows) const;
     bool isIn(Mailbox role) const;
     /// Of the rows' account, else of the selected one.
     ProviderKind provider(const Rows& rows) const;

@@ -144,7 +144,8 @@ void MessageTableHeader::contextMenuEvent(QContextMenuEvent* event)
 {
     QMenu menu;
     // What is sorted is the page, not the mailbox.
-    menu.addSection(tr("A click on a title sorts this page"));
+    menu.addAction(tr("A click on a title sorts this page"))->setEnabled(false);
+    menu.addSeparator();
     fillMenu(menu);
     menu.exec(event->globalPos());
 }
@@ -161,7 +162,7 @@ int MessageTableHeader::idealWidth(MessageColumn column)
     case MessageColumn::attachments:
         return style.scaled(1.9);
     case MessageColumn::from:
-        return style.scaled(240 / standard);
+        return style.scaled(300 / standard);
     case MessageColumn::date:
         return style.scaled(140 / standard);
     case MessageColumn::mailbox:

@@ -137,9 +137,13 @@ bool Application::take(QStringList arguments)
 {
     const QList<MailtoURL> messages = MailtoURL::takeFrom(arguments);
     bool areOpen = !messages.isEmpty();
+    // A start for an address alone has the main window as well, which opens the keyring and keeps the program
+    // running; the compose window is in front of it.
+    if (areOpen)
+        m_window->show();
     for (const MailtoURL& message : messages)
         areOpen = m_model->newMessageFor(message) && areOpen;
-    // A compose window needs no other one behind it; without an account there is none.
+    // Without an account there is none.
     if (areOpen && arguments.isEmpty())
         return false;
     return Redirects::deliver(arguments, Info::ofProgram(), m_authenticator);

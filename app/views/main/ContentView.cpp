@@ -22,7 +22,9 @@
 #include "views/style/WindowPlace.h"
 
 #include <QApplication>
+#include <QClipboard>
 #include <QCloseEvent>
+#include <QLabel>
 #include <QMenuBar>
 #include <QQuickWidget>
 #include <QShortcut>
@@ -265,6 +267,11 @@ void ContentView::openSettings(std::optional<SettingsView::Pane> pane)
 
 bool ContentView::edit(const char* command)
 {
+    const auto* const label = qobject_cast<QLabel*>(QApplication::focusWidget());
+    if (label && label->hasSelectedText() && QLatin1StringView(command) == "copy"_L1) {
+        QApplication::clipboard()->setText(label->selectedText());
+        return true;
+    }
     // What has the focus in the message is a widget of the engine.
     for (QWidget* target = QApplication::focusWidget(); target; target = target->parentWidget()) {
         if (target->metaObject()->indexOfMethod((QByteArray(command) + "()").constData()) >= 0)

@@ -133,7 +133,7 @@ void MailCommands::addSorting(QMenu& menu)
     sorting.setObjectName("sortBy"_L1);
     const auto present = [this] { return m_model.sortOrder().value(0); };
     // What is sorted is the page, not the mailbox.
-    sorting.addSection(tr("Sort This Page By"));
+    sorting.addAction(tr("Sort This Page By"))->setEnabled(false);
     auto* const fields = new QActionGroup(this);
     for (const SortField field : allSortFields) {
         QAction* const action = sorting.addAction(title(field), this, [this, present, field] {
@@ -143,7 +143,8 @@ void MailCommands::addSorting(QMenu& menu)
         action->setCheckable(true);
         m_fields.append(fields->addAction(action));
     }
-    sorting.addSection(tr("Order"));
+    sorting.addSeparator();
+    sorting.addAction(tr("Order"))->setEnabled(false);
     auto* const orders = new QActionGroup(this);
     for (const auto& [order, name, text] :
          {std::tuple(Qt::AscendingOrder, "ascending", tr("Ascending")),

@@ -3,6 +3,7 @@
 #include "views/style/Style.h"
 
 #include <QAction>
+#include <QKeyEvent>
 
 using namespace Qt::StringLiterals;
 
@@ -42,6 +43,19 @@ void SearchField::takeText()
     m_clear->setVisible(!text().isEmpty());
     if (becameEmpty)
         m_model.start(m_model.applySearch());
+}
+
+bool SearchField::event(QEvent* event)
+{
+    // These delete a word here, and a message everywhere else. Qt leaves them to shortcuts.
+    if (event->type() == QEvent::ShortcutOverride) {
+        const auto* const key = static_cast<QKeyEvent*>(event);
+        if (key->matches(QKeySequence::DeleteStartOfWord) || key->matches(QKeySequence::DeleteEndOfWord)) {
+            event->accept();
+            return true;
+        }
+    }
+    return QLineEdit::event(event);
 }
 
 int SearchField::idealWidth()

@@ -16,6 +16,9 @@ public:
 
     QSize sizeHint() const override;
 
+protected:
+    bool event(QEvent* event) override;
+
 private:
     static int idealWidth();
     void applyStyle();

@@ -117,8 +117,10 @@ void SidebarView::addRow(QStandardItem* heading, const Account& account, const M
 void SidebarView::addParents(QStandardItem* heading, const MailLabel& label, Symbol symbol,
                              QSet<QString>& paths)
 {
+    // A name may have as many levels as a server likes.
+    constexpr int mostLevels = 32;
     int depth = 0;
-    for (qsizetype slash = label.path.indexOf(u'/'); slash >= 0;
+    for (qsizetype slash = label.path.indexOf(u'/'); slash >= 0 && depth < mostLevels;
          slash = label.path.indexOf(u'/', slash + 1)) {
         const QString path = label.path.first(slash);
         if (!paths.contains(path) && !path.isEmpty()) {

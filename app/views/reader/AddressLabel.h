@@ -33,13 +33,15 @@ public:
     /// Shows the placeholder where there are none.
     void setAddresses(const ShownAddresses& addresses, const QString& placeholder);
 
+public Q_SLOTS:
+    /// Copies all addresses, or what is selected of the placeholder.
+    void copy();
+
 protected:
     void contextMenuEvent(QContextMenuEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
-    void copy();
-
     QString m_copied;
 };
 

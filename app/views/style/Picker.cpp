@@ -5,6 +5,7 @@
 #include <QAbstractItemView>
 #include <QAccessibleWidget>
 #include <QPainter>
+#include <QWheelEvent>
 
 #include <algorithm>
 
@@ -112,6 +113,14 @@ void Picker::paintEvent(QPaintEvent*)
     const QPoint place(isFramed ? width() - textPadding - arrow : behindText, (height() - arrow) / 2);
     painter.drawPixmap(
         place, Style::shared().pixmap(Symbol::chevronDown, arrow, colors.secondary, devicePixelRatioF()));
+}
+
+void Picker::wheelEvent(QWheelEvent* event)
+{
+    if (hasFocus())
+        QComboBox::wheelEvent(event);
+    else
+        event->ignore();
 }
 
 } // namespace Larkhaven

@@ -19,6 +19,8 @@ public:
     QSize minimumSizeHint() const override;
 
 protected:
+    /// A wheel that passes over it changes nothing: only what has the keyboard is meant.
+    void wheelEvent(QWheelEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
 private:
