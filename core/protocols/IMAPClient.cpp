@@ -368,8 +368,10 @@ Task<QList<IMAPResponse>> IMAPClient::collectResponses(QString tag, QList<IMAPRe
         case IMAPResponse::Kind::tagged:
             if (response.tag != tag)
                 break;
-            if (response.isNamed("OK"_L1))
+            if (response.isNamed("OK"_L1)) {
+                m_completion = std::move(response);
                 co_return responses;
+            }
             throw MailError::protocolError(Text::prefix(response.statusText(), errorTextLimit));
         }
     }
@@ -534,22 +536,34 @@ Task<> IMAPClient::store(QList<qint64> uids, bool add, QString flags)
     co_await execute(command(u"UID STORE %1 %2FLAGS.SILENT (%3)"_s.arg(uidSet(uids), sign, flags)));
 }
 
-Task<> IMAPClient::move(QList<qint64> uids, QString mailbox)
+Task<std::optional<IMAPCopyUID>> IMAPClient::move(QList<qint64> uids, QString mailbox)
 {
-    if (uids.isEmpty())
-        co_return;
+    std::optional<IMAPCopyUID> told;
     if (m_capabilities.contains(u"MOVE"_s)) {
-        co_await execute(command(u"UID MOVE %1 "_s.arg(uidSet(uids)), quoted(mailbox)));
-        co_return;
+        told = co_await transfer(u"MOVE"_s, uids, mailbox);
+    } else {
+        told = co_await copy(uids, mailbox);
+        co_await deleteMessages(uids);
     }
-    co_await copy(uids, mailbox);
-    co_await deleteMessages(uids);
+    co_return told;
 }
 
-Task<> IMAPClient::copy(QList<qint64> uids, QString mailbox)
+Task<std::optional<IMAPCopyUID>> IMAPClient::copy(QList<qint64> uids, QString mailbox)
 {
-    if (!uids.isEmpty())
-        co_await execute(command(u"UID COPY %1 "_s.arg(uidSet(uids)), quoted(mailbox)));
+    return transfer(u"COPY"_s, std::move(uids), std::move(mailbox));
+}
+
+Task<std::optional<IMAPCopyUID>> IMAPClient::transfer(QString verb, QList<qint64> uids, QString mailbox)
+{
+    std::optional<IMAPCopyUID> told;
+    if (uids.isEmpty())
+        co_return told;
+    QList<IMAPResponse> responses =
+        co_await execute(command(u"UID %1 %2 "_s.arg(verb, uidSet(uids)), quoted(mailbox)));
+    // MOVE tells it before the messages go (RFC 6851, 4.3), COPY at its end.
+    responses.append(m_completion);
+    told = IMAPCopyUID::find(responses, uids);
+    co_return told;
 }
 
 Task<> IMAPClient::deleteMessages(QList<qint64> uids)

@@ -2,6 +2,7 @@
 
 #include "domain/Account.h"
 #include "protocols/IMAPArg.h"
+#include "protocols/IMAPCopyUID.h"
 #include "protocols/IMAPFetch.h"
 #include "protocols/IMAPResponse.h"
 #include "protocols/LineReader.h"
@@ -123,9 +124,10 @@ public:
     Task<QList<IMAPFetch>> fetch(QList<qint64> uids, QString items);
     /// Adds or removes flags, separated by spaces.
     Task<> store(QList<qint64> uids, bool add, QString flags);
-    /// MOVE (RFC 6851), or COPY and `deleteMessages`.
-    Task<> move(QList<qint64> uids, QString mailbox);
-    Task<> copy(QList<qint64> uids, QString mailbox);
+    /// MOVE (RFC 6851), or COPY and `deleteMessages`. Gives where all of them lie now, where the server told
+    /// it.
+    Task<std::optional<IMAPCopyUID>> move(QList<qint64> uids, QString mailbox);
+    Task<std::optional<IMAPCopyUID>> copy(QList<qint64> uids, QString mailbox);
     Task<> deleteMessages(QList<qint64> uids);
     /// UID EXPUNGE (RFC 4315). NB: without it, plain EXPUNGE removes everything that is marked as deleted,
     /// also by other clients; nothing else is available.
@@ -166,6 +168,8 @@ private:
     void checkAnswer() const;
     QString nextTag() { return u'P' + QString::number(++m_tagCounter); }
     Task<std::optional<Status>> statusOrNothing(QString mailbox);
+    /// Runs the command COPY or MOVE.
+    Task<std::optional<IMAPCopyUID>> transfer(QString verb, QList<qint64> uids, QString mailbox);
     /// Sends a command, and gives what came untagged while it waited to send its literals.
     Task<QList<IMAPResponse>> sendCommand(QString tag, QList<IMAPArg> args);
     /// Waits for the request to go on with a literal. Untagged data may come at any time (RFC 3501, 7).
@@ -176,7 +180,8 @@ private:
 
     LineReader m_reader;
     quint64 m_tagCounter = 0;
-    Answer m_answer; ///< to the last command
+    Answer m_answer;           ///< to the last command
+    IMAPResponse m_completion; ///< the OK that ended the last command that succeeded
     QSet<QString> m_capabilities;
     std::optional<QString> m_selected;
     std::optional<qint64> m_uidValidity;

@@ -3,6 +3,7 @@
 #include "domain/MailProvider.h"
 #include "platform/Coalescer.h"
 #include "providers/AuthorizedAPI.h"
+#include "providers/GmailPutBack.h"
 #include "providers/GmailSyncState.h"
 #include "providers/ListingCache.h"
 #include "store/MailCache.h"
@@ -60,6 +61,8 @@ public:
     Task<> moveToInbox(QList<QString> ids) override;
     Task<> markSpam(QList<QString> ids) override;
     Task<> moveToLabel(QList<QString> ids, MailLabel label) override;
+    Task<bool> canPutBack(QList<QString> ids) override;
+    Task<> putBack(QList<QString> ids) override;
     Task<> send(OutgoingMessage message, std::optional<QString> draftID) override;
     Task<bool> wasSent(QString messageID) override;
     Task<> saveDraft(OutgoingMessage message, std::optional<QString> draftID) override;
@@ -108,7 +111,18 @@ private:
 
     // Changes (GmailProviderChanges.cpp)
     Task<> modify(QList<QString> ids, QList<QString> add, QList<QString> remove);
+    /// Within a turn of changes.
+    Task<> modifyInTurn(QList<QString> ids, QList<QString> add, QList<QString> remove);
+    /// A change of place, which can be put back.
+    Task<> relocate(QList<QString> ids, QList<QString> add, QList<QString> remove);
+    /// What puts such a change back that is about to be made; absent where the labels of any message aren't
+    /// surely known.
+    std::optional<GmailPutBack> puttingBack(const QList<QString>& ids, const QList<QString>& add,
+                                            const QList<QString>& remove) const;
+    bool isLastRelocation(const QList<QString>& ids) const;
+    Task<> restore(GmailPutBack::Step step);
     Task<> trashOne(QString id, std::stop_token stop);
+    Task<> untrashOne(QString id, std::shared_ptr<QSet<QString>> done, std::stop_token stop);
     /// Id and name of the user's labels, in the service's order.
     Task<QList<MailLabel>> allLabels();
     Task<QJsonObject> postLabel(QString name);
@@ -142,6 +156,7 @@ private:
     Turnstile m_rowTurn;
     Turnstile m_countTurn;
     Turnstile m_changeTurn;
+    std::optional<GmailPutBack> m_putBack; ///< of the last change of place
     /// Message-IDs of drafts whose first saving failed: they may be stored all the same.
     QSet<QString> m_unsureDrafts;
 };

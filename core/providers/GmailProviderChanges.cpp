@@ -51,6 +51,11 @@ Task<> GmailProvider::modify(QList<QString> ids, QList<QString> add, QList<QStri
     co_await m_state.load();
     // The service must see the changes in the order in which the user made them.
     const Turnstile::Turn turn = co_await m_changeTurn.enter();
+    co_await modifyInTurn(ids, add, remove);
+}
+
+Task<> GmailProvider::modifyInTurn(QList<QString> ids, QList<QString> add, QList<QString> remove)
+{
     Outcome<QByteArray> outcome;
     for (qsizetype start = 0; start < ids.size() && !outcome.failure; start += batchLimit) {
         const QList<QString> piece = ids.mid(start, batchLimit);
@@ -82,22 +87,22 @@ Task<> GmailProvider::setStarred(bool starred, QList<QString> ids)
 
 Task<> GmailProvider::archive(QList<QString> ids)
 {
-    return modify(ids, {}, {SystemLabel::inbox, SystemLabel::spam, SystemLabel::trash});
+    return relocate(ids, {}, {SystemLabel::inbox, SystemLabel::spam, SystemLabel::trash});
 }
 
 Task<> GmailProvider::moveToInbox(QList<QString> ids)
 {
-    return modify(ids, {SystemLabel::inbox}, {SystemLabel::trash, SystemLabel::spam});
+    return relocate(ids, {SystemLabel::inbox}, {SystemLabel::trash, SystemLabel::spam});
 }
 
 Task<> GmailProvider::markSpam(QList<QString> ids)
 {
-    return modify(ids, {SystemLabel::spam}, {SystemLabel::inbox});
+    return relocate(ids, {SystemLabel::spam}, {SystemLabel::inbox});
 }
 
 Task<> GmailProvider::moveToLabel(QList<QString> ids, MailLabel label)
 {
-    return modify(ids, {label.id}, {SystemLabel::inbox, SystemLabel::spam, SystemLabel::trash});
+    return relocate(ids, {label.id}, {SystemLabel::inbox, SystemLabel::spam, SystemLabel::trash});
 }
 
 Task<> GmailProvider::setLabel(MailLabel label, bool applied, QList<QString> ids)
@@ -113,11 +118,16 @@ Task<> GmailProvider::trash(QList<QString> ids)
         co_return;
     co_await m_state.load();
     const Turnstile::Turn turn = co_await m_changeTurn.enter();
+    const QList<QString> add{SystemLabel::trash};
+    const QList<QString> remove{SystemLabel::inbox, SystemLabel::spam};
+    const std::optional<GmailPutBack> back = puttingBack(ids, add, remove);
+    m_putBack.reset();
     const SyncState::Look look(m_state, ids);
     const auto trashEach = [this](QString id, std::stop_token stop) { return trashOne(id, std::move(stop)); };
     co_await inGroup(ids, trashingWidth, trashEach);
-    m_state.apply(ids, {SystemLabel::trash}, {SystemLabel::inbox, SystemLabel::spam}, look);
+    m_state.apply(ids, add, remove, look);
     co_await m_state.persist();
+    m_putBack = back;
 }
 
 Task<> GmailProvider::trashOne(QString id, std::stop_token stop)
@@ -125,6 +135,84 @@ Task<> GmailProvider::trashOne(QString id, std::stop_token stop)
     const AuthorizedAPI::Request request{.method = "POST",
                                          .path = "messages/" + GmailRequest::escaped(id) + "/trash"};
     co_await m_api.request(request, stop);
+}
+
+// --- Changes of place, and back
+
+Task<> GmailProvider::relocate(QList<QString> ids, QList<QString> add, QList<QString> remove)
+{
+    const auto self = shared_from_this();
+    if (ids.isEmpty())
+        co_return;
+    co_await m_state.load();
+    const Turnstile::Turn turn = co_await m_changeTurn.enter();
+    const std::optional<GmailPutBack> back = puttingBack(ids, add, remove);
+    m_putBack.reset();
+    co_await modifyInTurn(ids, add, remove);
+    m_putBack = back;
+}
+
+std::optional<GmailPutBack> GmailProvider::puttingBack(const QList<QString>& ids, const QList<QString>& add,
+                                                       const QList<QString>& remove) const
+{
+    SyncState::Summaries known = m_state.summaries(ids);
+    known.removeIf([this](auto row) { return m_state.isUnconfirmed(row.key()); });
+    return GmailPutBack::of(ids, known, add, remove);
+}
+
+bool GmailProvider::isLastRelocation(const QList<QString>& ids) const
+{
+    return m_putBack && m_putBack->ids == QSet<QString>(ids.cbegin(), ids.cend());
+}
+
+Task<bool> GmailProvider::canPutBack(QList<QString> ids)
+{
+    co_return isLastRelocation(ids);
+}
+
+Task<> GmailProvider::putBack(QList<QString> ids)
+{
+    const auto self = shared_from_this();
+    if (!isLastRelocation(ids)) {
+        co_await MailProvider::putBack(ids);
+        co_return;
+    }
+    const QList<GmailPutBack::Step> steps = m_putBack->steps;
+    m_putBack.reset();
+    const Turnstile::Turn turn = co_await m_changeTurn.enter();
+    for (const GmailPutBack::Step& step : steps)
+        co_await restore(step);
+}
+
+Task<> GmailProvider::restore(GmailPutBack::Step step)
+{
+    const QString trash = SystemLabel::trash;
+    Outcome<void> outcome;
+    if (step.remove.removeAll(trash) > 0) {
+        const auto done = std::make_shared<QSet<QString>>();
+        const SyncState::Look look(m_state, step.ids);
+        const auto untrashEach = [this, done](QString id, std::stop_token stop) {
+            return untrashOne(id, done, std::move(stop));
+        };
+        outcome = co_await settled(inGroup(step.ids, trashingWidth, untrashEach));
+        step.ids.removeIf([&done](const QString& id) { return !done->contains(id); });
+        m_state.apply(step.ids, {}, {trash}, look);
+    }
+    // What is out of the trash gets its place, also where others couldn't be had.
+    if (!step.ids.isEmpty() && !(step.add.isEmpty() && step.remove.isEmpty()))
+        co_await modifyInTurn(step.ids, step.add, step.remove);
+    else
+        co_await m_state.persist();
+    if (outcome.failure)
+        std::rethrow_exception(outcome.failure);
+}
+
+Task<> GmailProvider::untrashOne(QString id, std::shared_ptr<QSet<QString>> done, std::stop_token stop)
+{
+    const AuthorizedAPI::Request request{.method = "POST",
+                                         .path = "messages/" + GmailRequest::escaped(id) + "/untrash"};
+    co_await m_api.request(request, stop);
+    done->insert(id);
 }
 
 // --- Labels

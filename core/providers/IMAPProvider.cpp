@@ -95,6 +95,7 @@ IMAPProvider::IMAPProvider(Account account, MailAuth auth, std::shared_ptr<MailC
     , m_folders(m_connection)
     , m_listings(m_account.id, m_cache, m_folders)
     , m_transfers(m_connection)
+    , m_lastMove(m_connection, m_transfers)
     , m_counts(m_connection, m_folders)
 {}
 
@@ -179,17 +180,10 @@ Task<QHash<QString, qint64>> IMAPProvider::counts(QList<MailLabel> labels)
 
 // --- Reading and flags
 
-Task<> IMAPProvider::select(Client client, IMAPMessageGroup group)
-{
-    co_await client->select(group.mailbox, false);
-    if (client->uidValidity().value_or(0) != group.uidValidity)
-        throw IMAPMessageIDs::goneFromServer();
-}
-
 Task<> IMAPProvider::forEachGroup(Groups groups, Client client, GroupBody body)
 {
     for (const IMAPMessageGroup& group : std::as_const(groups)) {
-        co_await select(client, group);
+        co_await IMAPTransfers::select(client, group);
         co_await body(group);
     }
 }
@@ -214,7 +208,7 @@ Task<QByteArray> IMAPProvider::fetchRaw(QString id)
 
 Task<QByteArray> IMAPProvider::fetchBody(Client client, IMAPMessageGroup group)
 {
-    co_await select(client, group);
+    co_await IMAPTransfers::select(client, group);
     const QList<IMAPFetch> fetches = co_await client->fetch(group.uids, u"BODY.PEEK[]"_s);
     const qint64 uid = group.uids.first();
     const auto answer = std::ranges::find_if(
@@ -267,30 +261,34 @@ Task<> IMAPProvider::storeFlag(Client client, Groups groups, bool add, QString f
 Task<> IMAPProvider::moveMessages(QList<QString> ids, Destination destination)
 {
     const auto self = shared_from_this();
+    m_lastMove.forget();
     const Groups groups = IMAPMessageIDs::grouped(ids);
     co_await m_listings.load();
     m_listings.remove(groups);
-    const auto body = [this, groups, destination](Client client) {
-        return moveGroups(std::move(client), groups, destination);
+    const auto body = [this, ids, destination](Client client) {
+        return moveGroups(std::move(client), ids, destination);
     };
     co_await withClient(body);
     m_listings.forgetUIDs();
     co_await m_listings.persist();
 }
 
-Task<> IMAPProvider::moveGroups(Client client, Groups groups, Destination destination)
+Task<> IMAPProvider::moveGroups(Client client, QList<QString> ids, Destination destination)
 {
+    const Groups groups = IMAPMessageIDs::grouped(ids);
+    m_lastMove.begin(ids);
     const GroupBody body = [this, client, destination](const IMAPMessageGroup& group) {
         return moveGroup(client, group, destination);
     };
     co_await forEachGroup(groups, client, body);
+    m_lastMove.complete();
 }
 
 Task<> IMAPProvider::moveGroup(Client client, IMAPMessageGroup group, Destination destination)
 {
     const QString target = co_await destination(client);
     if (target != group.mailbox)
-        co_await m_transfers.move(client, group, target);
+        co_await m_lastMove.move(client, group, target);
 }
 
 Task<> IMAPProvider::archive(QList<QString> ids)
@@ -324,6 +322,38 @@ Task<> IMAPProvider::moveToInbox(QList<QString> ids)
 Task<> IMAPProvider::moveToLabel(QList<QString> ids, MailLabel label)
 {
     return moveMessages(ids, [label](const Client&) { return given(label.id); });
+}
+
+Task<bool> IMAPProvider::canPutBack(QList<QString> ids)
+{
+    const auto self = shared_from_this();
+    if (!m_lastMove.isOf(ids) || !m_lastMove.canBeLocated())
+        co_return false;
+    if (!m_lastMove.isLocated()) {
+        const auto body = [this](Client client) { return m_lastMove.locate(std::move(client)); };
+        // What can't be learned is no failure of the user's.
+        co_await settled(withClient(body, Turnstile::Order::background));
+    }
+    co_return m_lastMove.isOf(ids) && m_lastMove.isLocated();
+}
+
+Task<> IMAPProvider::putBack(QList<QString> ids)
+{
+    const auto self = shared_from_this();
+    const std::shared_ptr<IMAPLastMove::Return> back = m_lastMove.take(ids);
+    if (!back) {
+        co_await MailProvider::putBack(ids);
+        co_return;
+    }
+    co_await m_listings.load();
+    Groups groups;
+    for (const IMAPLastMove::Return::Step& step : std::as_const(back->steps))
+        groups.append(step.group);
+    m_listings.remove(groups);
+    const auto body = [this, back](Client client) { return m_lastMove.putBack(std::move(client), back); };
+    co_await withClient(body);
+    m_listings.forgetUIDs();
+    co_await m_listings.persist();
 }
 
 // --- Sending and drafts

@@ -5,6 +5,7 @@
 #include "providers/IMAPConnection.h"
 #include "providers/IMAPCounts.h"
 #include "providers/IMAPFolders.h"
+#include "providers/IMAPLastMove.h"
 #include "providers/IMAPListings.h"
 #include "providers/IMAPTransfers.h"
 #include "store/MailCache.h"
@@ -57,6 +58,8 @@ public:
     Task<> moveToInbox(QList<QString> ids) override;
     Task<> markSpam(QList<QString> ids) override;
     Task<> moveToLabel(QList<QString> ids, MailLabel label) override;
+    Task<bool> canPutBack(QList<QString> ids) override;
+    Task<> putBack(QList<QString> ids) override;
     Task<> send(OutgoingMessage message, std::optional<QString> draftID) override;
     Task<bool> wasSent(QString messageID) override;
     Task<> saveDraft(OutgoingMessage message, std::optional<QString> draftID) override;
@@ -86,15 +89,13 @@ private:
     Task<MessagePage> pageInTries(IMAPListings::PageRequest request);
 
     // Bodies and pieces of bodies: they run while they own the client.
-    /// Selects the mailbox of the group, if its messages are still the same ones.
-    Task<> select(Client client, IMAPMessageGroup group);
     /// Selects each mailbox, and lets the body act on its messages. A failure leaves the mailboxes that were
     /// done before as they are.
     Task<> forEachGroup(Groups groups, Client client, GroupBody body);
     Task<QByteArray> fetchBody(Client client, IMAPMessageGroup group);
     Task<qint64> unseen(Client client);
     Task<> storeFlag(Client client, Groups groups, bool add, QString flag);
-    Task<> moveGroups(Client client, Groups groups, Destination destination);
+    Task<> moveGroups(Client client, QList<QString> ids, Destination destination);
     Task<> moveGroup(Client client, IMAPMessageGroup group, Destination destination);
     using Appending = std::shared_ptr<IMAPTransfers::Appending>;
     Task<> appendSentCopy(Client client, Appending copy);
@@ -116,6 +117,7 @@ private:
     IMAPFolders m_folders;
     IMAPListings m_listings;
     IMAPTransfers m_transfers;
+    IMAPLastMove m_lastMove;
     IMAPCounts m_counts;
 };
 

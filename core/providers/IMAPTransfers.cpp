@@ -13,11 +13,19 @@ namespace Larkhaven {
 
 // --- Moving
 
-Task<> IMAPTransfers::move(Client client, IMAPMessageGroup group, QString target)
+Task<> IMAPTransfers::select(Client client, IMAPMessageGroup group)
 {
+    co_await client->select(group.mailbox, false);
+    if (client->uidValidity().value_or(0) != group.uidValidity)
+        throw IMAPMessageIDs::goneFromServer();
+}
+
+Task<std::optional<IMAPCopyUID>> IMAPTransfers::move(Client client, IMAPMessageGroup group, QString target)
+{
+    std::optional<IMAPCopyUID> told;
     if (client->capabilities().contains(u"MOVE"_s)) {
-        co_await moveInOneCommand(client, group, target);
-        co_return;
+        told = co_await moveInOneCommand(client, group, target);
+        co_return told;
     }
     const Route route{group.mailbox, group.uidValidity, target};
     // Elements of a map stay where they are; this one is removed by nobody else.
@@ -35,21 +43,27 @@ Task<> IMAPTransfers::move(Client client, IMAPMessageGroup group, QString target
         if (copies.done.isEmpty())
             copies.next = next;
         copies.attempted = QSet<qint64>(missing.cbegin(), missing.cend());
-        co_await client->copy(missing, target);
+        const std::optional<IMAPCopyUID> now = co_await client->copy(missing, target);
+        // Where earlier copies lie isn't known.
+        if (missing.size() == group.uids.size())
+            told = now;
         copies.done.unite(std::exchange(copies.attempted, {}));
     }
     co_await client->deleteMessages(group.uids);
     copies.done.subtract(QSet<qint64>(group.uids.cbegin(), group.uids.cend()));
     if (copies.done.isEmpty())
         m_copies.erase(route);
+    co_return told;
 }
 
-Task<> IMAPTransfers::moveInOneCommand(Client client, IMAPMessageGroup group, QString target)
+Task<std::optional<IMAPCopyUID>> IMAPTransfers::moveInOneCommand(Client client, IMAPMessageGroup group,
+                                                                 QString target)
 {
     std::optional<MailError> refusal;
+    std::optional<IMAPCopyUID> told;
     try {
-        co_await client->move(group.uids, target);
-        co_return;
+        told = co_await client->move(group.uids, target);
+        co_return told;
     } catch (const MailError& error) {
         // The first try may have moved everything, and only its answer was lost.
         if (!m_connection.isSecondTry() || error.isConnectionLost())
@@ -60,6 +74,7 @@ Task<> IMAPTransfers::moveInOneCommand(Client client, IMAPMessageGroup group, QS
     const QList<qint64> left = co_await client->search(criteria);
     if (!left.isEmpty())
         throw *refusal;
+    co_return told;
 }
 
 Task<> IMAPTransfers::settle(Client client, Route route)
@@ -101,6 +116,13 @@ Task<IMAPTransfers::Fingerprints> IMAPTransfers::fingerprints(Client client, QLi
             fingerprints.insert(*fetch.uid, *size + '\n' + *fetch.body);
     }
     co_return fingerprints;
+}
+
+Task<QList<qint64>> IMAPTransfers::newest(Client client, qsizetype count)
+{
+    const QList<IMAPArg> everything(1, IMAPArg::text(u"ALL"_s));
+    const QList<qint64> uids = co_await uidsFrom(client, {}, everything);
+    co_return uids.sliced(std::max<qsizetype>(uids.size() - count, 0));
 }
 
 Task<QList<qint64>> IMAPTransfers::uidsFrom(Client client, IMAPClient::NextUID first, QList<IMAPArg> criteria)

@@ -50,8 +50,19 @@ public:
         : m_connection(connection)
     {}
 
-    /// Moves messages of the mailbox that is selected to another one.
-    Task<> move(Client client, IMAPMessageGroup group, QString target);
+    /// By which a message and its copies are known: size and header fields, by UID.
+    using Fingerprints = QHash<qint64, QByteArray>;
+
+    /// Selects the mailbox of the group. Fails with `goneFromServer` where its messages aren't the same ones
+    /// any more.
+    static Task<> select(Client client, IMAPMessageGroup group);
+    /// Moves messages of the mailbox that is selected to another one. Gives where all of them lie now, where
+    /// the server told it.
+    Task<std::optional<IMAPCopyUID>> move(Client client, IMAPMessageGroup group, QString target);
+    /// Of messages of the mailbox that is selected; nothing of those that the server tells too little of.
+    Task<Fingerprints> fingerprints(Client client, QList<qint64> uids);
+    /// The UIDs of that many of the newest messages of the mailbox that is selected, ascending.
+    Task<QList<qint64>> newest(Client client, qsizetype count);
     /// Stores a message. Where its Message-ID is repeated, what earlier calls for it left without an answer
     /// is then deleted, as far as it surely is that; a failure of this isn't told.
     Task<> append(Client client, QString target, std::shared_ptr<Appending> appending);
@@ -77,7 +88,6 @@ private:
                    std::tie(other.source, other.uidValidity, other.target);
         }
     };
-    using Fingerprints = QHash<qint64, QByteArray>;
     /// An APPEND that has had no answer, or a refusal: its message may lie in the mailbox.
     struct Unanswered {
         QString mailbox;
@@ -86,11 +96,9 @@ private:
         IMAPClient::NextUID next; ///< of the mailbox, before
     };
 
-    Task<> moveInOneCommand(Client client, IMAPMessageGroup group, QString target);
+    Task<std::optional<IMAPCopyUID>> moveInOneCommand(Client client, IMAPMessageGroup group, QString target);
     /// Learns which of the attempted copies are in the target, and selects the source again.
     Task<> settle(Client client, Route route);
-    /// By which a message and its copies are known; nothing of those that the server tells too little of.
-    Task<Fingerprints> fingerprints(Client client, QList<qint64> uids);
     /// What lies in the mailbox that is selected under `first` or a higher UID.
     Task<QList<qint64>> uidsFrom(Client client, IMAPClient::NextUID first, QList<IMAPArg> criteria);
 

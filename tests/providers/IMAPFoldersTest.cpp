@@ -165,7 +165,7 @@ TEST(IMAPProvider, MakesFoldersInThePersonalNamespace)
         C: P9 CREATE "INBOX.Archive"
         S: P9 NO quota
     )",
-                                "MOVE NAMESPACE"));
+                                "MOVE NAMESPACE UIDPLUS"));
     EXPECT_EQ(await(providing->createLabel(u"Work"_s)), (MailLabel{u"INBOX.Work"_s, u"Work"_s}));
     expectProtocolError(providing->archive({u"3.0:INBOX"_s}), u"quota"_s);
 }
@@ -280,7 +280,7 @@ TEST(IMAPProvider, AsksForNoNamespacesWhereAnAttributeTellsTheRole)
         C: P6 UID MOVE 3 "INBOX.Bin"
         S: P6 OK
     )",
-                                "MOVE NAMESPACE"));
+                                "MOVE NAMESPACE UIDPLUS"));
     await(providing->trash({u"3.0:INBOX"_s}));
 }
 

@@ -72,13 +72,17 @@ TEST(IMAPTransfers, CopiesFlagsAndExpungesWhereTheServerCannotMove)
         S: P8 OK
     )")});
     await(uidPlus->moveToLabel(both(), work));
-    Providing plain({signedIn("").then(selected).then(next).then(R"(
-        C: P6 UID COPY 3,5 "Work"
+    // What the messages are known by is asked for while they are there.
+    Providing plain({signedIn("").then(selected).then(fetchOriginals).then(R"(
+        S: P5 OK
+        C: P6 STATUS "Work" (UIDNEXT UIDVALIDITY)
         S: P6 OK
-        C: P7 UID STORE 3,5 +FLAGS.SILENT (\Deleted)
+        C: P7 UID COPY 3,5 "Work"
         S: P7 OK
-        C: P8 EXPUNGE
+        C: P8 UID STORE 3,5 +FLAGS.SILENT (\Deleted)
         S: P8 OK
+        C: P9 EXPUNGE
+        S: P9 OK
     )")});
     await(plain->moveToLabel(both(), work));
 }
