@@ -353,6 +353,32 @@ TEST_F(GmailWireTest, SendsAPostOnceThatIsDroppedAfterItWasRead)
     EXPECT_TRUE(await(provider().wasSent(u"text@example.org"_s)));
 }
 
+TEST_F(GmailWireTest, PutsBackEachChangeOfPlace)
+{
+    const MailLabel work = await(provider().createLabel(u"Work"_s));
+    const QString inInbox = fixture.receive("a", {u"INBOX"_s, u"UNREAD"_s});
+    const QString labelled = fixture.receive("b", {u"INBOX"_s, work.id});
+    const QList<QString> both{inInbox, labelled};
+    list(inbox);
+    const auto isAsBefore = [&] {
+        return mailbox().message(inInbox)->labelIds == QSet<QString>{u"INBOX"_s, u"UNREAD"_s} &&
+               mailbox().message(labelled)->labelIds == QSet<QString>{u"INBOX"_s, work.id};
+    };
+    const auto archive = [&] { return provider().archive(both); };
+    const auto trash = [&] { return provider().trash(both); };
+    const auto spam = [&] { return provider().markSpam(both); };
+    const auto label = [&] { return provider().moveToLabel(both, work); };
+    for (const std::function<Task<>()>& change :
+         QList<std::function<Task<>()>>{archive, trash, spam, label}) {
+        await(change());
+        EXPECT_FALSE(isAsBefore());
+        EXPECT_TRUE(await(provider().canPutBack(both)));
+        await(provider().putBack(both));
+        EXPECT_TRUE(isAsBefore());
+        EXPECT_EQ(list(inbox).messages.size(), 2);
+    }
+}
+
 TEST_F(GmailWireTest, ChangesNothingTwiceWhereTheConnectionDrops)
 {
     const QString id = fixture.receive("a");
