@@ -5,6 +5,7 @@
 #include <QClipboard>
 #include <QContextMenuEvent>
 #include <QGuiApplication>
+#include <QKeyEvent>
 #include <QMenu>
 
 using namespace Qt::StringLiterals;
@@ -67,6 +68,17 @@ void AddressLabel::copy()
 {
     const QString own = hasSelectedText() ? selectedText() : text();
     QGuiApplication::clipboard()->setText(m_copied.isEmpty() ? own : m_copied);
+}
+
+bool AddressLabel::event(QEvent* event)
+{
+    // Before a menu of the window takes the keys.
+    if (event->type() == QEvent::ShortcutOverride &&
+        static_cast<QKeyEvent*>(event)->matches(QKeySequence::Copy)) {
+        event->accept();
+        return true;
+    }
+    return QLabel::event(event);
 }
 
 void AddressLabel::keyPressEvent(QKeyEvent* event)
