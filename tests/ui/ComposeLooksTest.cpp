@@ -1,4 +1,5 @@
 #include "ComposeSupport.h"
+#include "support/Contrast.h"
 #include "support/QtPrinters.h"
 #include "views/style/AttachmentChip.h"
 #include "views/style/FlatButton.h"
@@ -10,26 +11,10 @@
 #include <QTest>
 #include <QTextBlock>
 
-#include <cmath>
-
 using namespace Qt::StringLiterals;
 
 namespace Larkhaven {
 namespace {
-
-double luminance(const QColor& color)
-{
-    const auto linear = [](double channel) {
-        return channel <= 0.04045 ? channel / 12.92 : std::pow((channel + 0.055) / 1.055, 2.4);
-    };
-    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
-}
-
-double contrast(const QColor& one, const QColor& other)
-{
-    const auto [dark, light] = std::minmax({luminance(one), luminance(other)});
-    return (light + 0.05) / (dark + 0.05);
-}
 
 /// The highest contrast of any pixel of the widget on the screen with the colour that most of them have.
 double contrastOf(const QWidget& widget)

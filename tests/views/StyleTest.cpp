@@ -1,5 +1,6 @@
 #include "views/style/Style.h"
 
+#include "support/Contrast.h"
 #include "support/QtPrinters.h"
 
 #include <QApplication>
@@ -12,21 +13,6 @@ using namespace Qt::StringLiterals;
 
 namespace Larkhaven {
 namespace {
-
-/// The relative luminance of WCAG 2.
-double luminance(const QColor& color)
-{
-    const auto linear = [](double channel) {
-        return channel <= 0.04045 ? channel / 12.92 : std::pow((channel + 0.055) / 1.055, 2.4);
-    };
-    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
-}
-
-double contrast(const QColor& one, const QColor& other)
-{
-    const auto [dark, light] = std::minmax({luminance(one), luminance(other)});
-    return (light + 0.05) / (dark + 0.05);
-}
 
 /// A translucent colour over an opaque one.
 QColor over(const QColor& tint, const QColor& ground)
