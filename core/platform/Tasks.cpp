@@ -2,9 +2,12 @@
 
 #include "platform/Wakeup.h"
 
+#include <QCoreApplication>
 #include <QThread>
 
 #include <algorithm>
+#include <condition_variable>
+#include <mutex>
 
 namespace Larkhaven {
 
@@ -22,19 +25,63 @@ Task<> guarded(Task<> task, FailureGate gate)
         gate(failure);
 }
 
+/// Never destroyed: what outlives the wait at the end of the application counts down later.
+struct WorkInFlight {
+    std::mutex mutex;
+    std::condition_variable isNone;
+    qint64 count = 0;
+
+    static WorkInFlight& instance()
+    {
+        static auto* const works = new WorkInFlight;
+        return *works;
+    }
+
+    void begin()
+    {
+        const std::scoped_lock lock(mutex);
+        ++count;
+    }
+    void end()
+    {
+        const std::scoped_lock lock(mutex);
+        if (--count == 0)
+            isNone.notify_all();
+    }
+};
+
 } // namespace
+
+std::shared_ptr<void> beginWork()
+{
+    [[maybe_unused]] static const bool isAwaited = [] {
+        qAddPostRoutine([] { waitForWork(workEndLimit); });
+        return true;
+    }();
+    WorkInFlight& works = WorkInFlight::instance();
+    works.begin();
+    return {&works, [](WorkInFlight* counted) { counted->end(); }};
+}
+
+bool waitForWork(std::chrono::milliseconds limit)
+{
+    WorkInFlight& works = WorkInFlight::instance();
+    std::unique_lock lock(works.mutex);
+    return works.isNone.wait_for(lock, limit, [&works] { return works.count == 0; });
+}
 
 QThreadPool& workers()
 {
     // A keyring that asks the user holds one thread for as long as they think.
     static constexpr int fewest = 4;
-    static QThreadPool pool;
-    static const bool isSet = [] {
-        pool.setMaxThreadCount(std::max(fewest, QThread::idealThreadCount()));
-        return true;
+    // Never destroyed: the destructor would wait for that keyring, without a bound, at the end of the
+    // process.
+    static QThreadPool* const pool = [] {
+        auto* const made = new QThreadPool;
+        made->setMaxThreadCount(std::max(fewest, QThread::idealThreadCount()));
+        return made;
     }();
-    Q_UNUSED(isSet);
-    return pool;
+    return *pool;
 }
 
 void spawn(Task<> task, FailureGate gate)

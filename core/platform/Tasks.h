@@ -23,6 +23,18 @@ namespace Larkhaven {
 //     const auto work = [bytes] { return parse(bytes); };
 //     co_await runOnWorker(work);
 
+/// Counts as work in flight until the last copy is gone. Main thread; copies may go on any thread.
+std::shared_ptr<void> beginWork();
+
+/// Waits on this thread until no work of `runOn` is in flight, what it captured included; false if `limit`
+/// has passed first. The end of the application does it with `workEndLimit`: where the task that waits for a
+/// work is never resumed, its owner isn't destroyed and waits for nobody, and a thread that computes while
+/// the process takes its statics and its libraries down crashes.
+bool waitForWork(std::chrono::milliseconds limit);
+
+/// A keyring that still asks the user doesn't hold up the end of the process for longer.
+inline constexpr std::chrono::milliseconds workEndLimit{5000};
+
 /// Runs `work`, which is pure or owns all that it touches, on a thread of `pool` and comes back on the
 /// calling thread with its result or its exception. The calling thread needs an event loop.
 template <typename Work>
@@ -36,18 +48,26 @@ Task<std::invoke_result_t<Work>> runOn(QThreadPool* pool, Work work)
     };
     // QFuture copies results and knows only QException; the shared state carries both as they are.
     const auto outcome = std::make_shared<Outcome>();
-    QFuture<void> future = QtConcurrent::run(pool, [outcome, work = std::move(work)]() mutable {
-        try {
-            if constexpr (std::is_void_v<Result>) {
-                work();
-                outcome->value.emplace();
-            } else {
-                outcome->value.emplace(work());
+    struct Job {
+        std::shared_ptr<void> inFlight; ///< first, so that it goes last
+        std::shared_ptr<Outcome> outcome;
+        Work work;
+
+        void operator()()
+        {
+            try {
+                if constexpr (std::is_void_v<Result>) {
+                    work();
+                    outcome->value.emplace();
+                } else {
+                    outcome->value.emplace(work());
+                }
+            } catch (...) {
+                outcome->failure = std::current_exception();
             }
-        } catch (...) {
-            outcome->failure = std::current_exception();
         }
-    });
+    };
+    QFuture<void> future = QtConcurrent::run(pool, Job{beginWork(), outcome, std::move(work)});
     co_await future;
     if (outcome->failure)
         std::rethrow_exception(outcome->failure);

@@ -3,8 +3,11 @@
 #include "support/Await.h"
 #include "support/QtPrinters.h"
 
+#include <QProcess>
+#include <QSemaphore>
 #include <QThread>
 
+#include <atomic>
 #include <gtest/gtest.h>
 #include <memory>
 #include <stdexcept>
@@ -72,6 +75,42 @@ TEST(RunOn, RunsOneByOneAndInOrderOnAPoolOfOneThread)
         task.get();
     ASSERT_EQ(order->size(), 100);
     EXPECT_TRUE(std::is_sorted(order->cbegin(), order->cend()));
+}
+
+TEST(WaitForWork, WaitsForTheWorkAndForWhatItHolds)
+{
+    struct Held {
+        explicit Held(std::shared_ptr<std::atomic<bool>> gone)
+            : isGone(std::move(gone))
+        {}
+        ~Held()
+        {
+            std::this_thread::sleep_for(20ms);
+            *isGone = true;
+        }
+        std::shared_ptr<std::atomic<bool>> isGone;
+    };
+    const auto isGone = std::make_shared<std::atomic<bool>>(false);
+    const auto isFree = std::make_shared<QSemaphore>();
+    {
+        const auto work = [isFree, held = std::make_shared<Held>(isGone)] { isFree->acquire(); };
+        spawn(runOnWorker(work), dropFailure);
+    }
+    EXPECT_FALSE(waitForWork(1ms));
+    EXPECT_FALSE(*isGone);
+    isFree->release();
+    EXPECT_TRUE(waitForWork(10s));
+    EXPECT_TRUE(*isGone);
+}
+
+TEST(WaitForWork, IsWhatTheEndOfTheApplicationDoes)
+{
+    QProcess program;
+    program.start(QString::fromLatin1(ENDING_PROGRAM), QStringList());
+    ASSERT_TRUE(program.waitForFinished());
+    EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(program.exitCode(), 0);
+    EXPECT_EQ(program.readAllStandardOutput(), "begun\ndone\nleft\n");
 }
 
 Task<> failing(MailError error)
