@@ -284,6 +284,20 @@ TEST_F(AccountSetupTest, SaysOnlyOfAGuessThatItIsOne)
     form()->close();
 }
 
+TEST_F(AccountSetupTest, NamesTheServerThatWasAskedThoughItsFieldHasChanged)
+{
+    openForm();
+    fill(u"ann@gmx.net"_s, u"secret"_s);
+    connectTo({Script("[CLOSE]")});
+    signIn().click();
+    field("imapHost").setText(u"other.example"_s);
+    ASSERT_TRUE(waitUntil([this] { return alert() && alert()->isVisible(); }));
+    EXPECT_TRUE(alert()->informativeText().endsWith(u"Incoming server: imap.gmx.net, port 993."_s))
+        << alert()->informativeText().toStdString();
+    alert()->close();
+    form()->close();
+}
+
 TEST_F(AccountSetupTest, UnfoldsTheServersWithTheFocusOnTheOneThatFailed)
 {
     openForm();
@@ -514,6 +528,25 @@ TEST_F(AccountRepairTest, LeavesTheAccountAsItWasWhereItIsCancelledAfterAFailure
     ASSERT_TRUE(waitUntil([this] { return !form(); }));
     EXPECT_EQ(mail.model().accounts(), before);
     EXPECT_FALSE(mail.model().imapSetupAccountID());
+}
+
+TEST_F(AccountRepairTest, IsNotClosedByTheAttemptForAnotherAccount)
+{
+    openForm();
+    fill(u"ann@x.example"_s, u"secret"_s);
+    connectTo({Script("S: * OK ready\nC: P1 CAPABILITY")});
+    signIn().click();
+    ASSERT_TRUE(mail.model().isSigningIn());
+    mail.model().signInAgain(mail.model().accounts().first(), [this] { mail.window->openSetup(); });
+    EXPECT_EQ(field("setupEmail").text(), u"mia@example.org");
+    EXPECT_TRUE(waitUntil([this] { return !mail.model().isSigningIn(); }));
+    settle();
+    ASSERT_TRUE(form());
+    EXPECT_EQ(field("setupEmail").text(), u"mia@example.org");
+    EXPECT_EQ(field("setupPassword").text(), u"");
+    EXPECT_FALSE(alert());
+    EXPECT_EQ(mail.model().accounts().size(), 1);
+    form()->close();
 }
 
 TEST_F(AccountRepairTest, OpensFromTheHeadingOfTheAccountThatMustSignIn)

@@ -312,6 +312,9 @@ void IMAPSetupView::fillFromAccount()
     m_title->setText(accountID ? tr("Sign In Again") : tr("Add IMAP Account"));
     if (accountID == m_loadedID && !m_email->text().isEmpty())
         return;
+    // What is asked for another account must not close the form of this one, nor store anything.
+    m_attempt.request_stop();
+    showProgress(std::nullopt);
     m_loadedID = accountID;
     const auto account = std::ranges::find_if(
         m_model.accounts(), [&accountID](const Account& known) { return known.id == accountID; });
@@ -395,19 +398,19 @@ Task<> IMAPSetupView::save()
     const QPointer<IMAPSetupView> self(this);
     const QString name = trimmed(m_name->text());
     const QString email = trimmed(m_email->text());
-    const ServerSettings entered = settings();
+    // The fields may be edited while the servers are asked.
+    const auto asked = std::make_shared<Asked>(Asked{email, settings(), std::nullopt});
     const QString password = m_password->text();
     m_attempt = std::stop_source();
     const std::stop_token stop = m_attempt.get_token();
-    const auto asked = std::make_shared<AskedServer>();
-    const ConnectionTrial::Progress progress = [self, asked](AskedServer server) {
-        *asked = server;
-        if (self)
+    const ConnectionTrial::Progress progress = [self, asked, stop](AskedServer server) {
+        asked->server = server;
+        if (self && !stop.stop_requested())
             self->showProgress(server);
     };
     std::exception_ptr failure;
     try {
-        co_await m_model.saveIMAPAccount(name, email, entered, password, stop, progress);
+        co_await m_model.saveIMAPAccount(name, email, asked->settings, password, stop, progress);
     } catch (...) {
         failure = std::current_exception();
     }
@@ -420,16 +423,15 @@ Task<> IMAPSetupView::save()
         close();
 }
 
-QString IMAPSetupView::nameOf(ConnectionTrial::Server server) const
+QString IMAPSetupView::nameOf(const Asked& asked) const
 {
-    const bool isIncoming = server == ConnectionTrial::Server::incoming;
-    const ServerFields::Values values = (isIncoming ? m_imap : m_smtp)->values();
-    const QString email = trimmed(m_email->text());
-    const ServerSettings guess = ServerSettings::preset(email);
-    const bool isGuess = !m_loadedID && !ServerSettings::isKnown(email) &&
-                         values.host == (isIncoming ? guess.imapHost : guess.smtpHost);
-    const QString host = DisplayText::bounded(values.host);
-    const QString port = QString::number(values.port);
+    const bool isIncoming = asked.server == ConnectionTrial::Server::incoming;
+    const QString& asHost = isIncoming ? asked.settings.imapHost : asked.settings.smtpHost;
+    const ServerSettings guess = ServerSettings::preset(asked.email);
+    const bool isGuess = !m_loadedID && !ServerSettings::isKnown(asked.email) &&
+                         asHost == (isIncoming ? guess.imapHost : guess.smtpHost);
+    const QString host = DisplayText::bounded(asHost);
+    const QString port = QString::number(isIncoming ? asked.settings.imapPort : asked.settings.smtpPort);
     QString name = isIncoming ? tr("Incoming server: %1, port %2.").arg(host, port)
                               : tr("Outgoing server: %1, port %2.").arg(host, port);
     if (isGuess)
@@ -438,7 +440,7 @@ QString IMAPSetupView::nameOf(ConnectionTrial::Server server) const
     return name;
 }
 
-void IMAPSetupView::showFailure(const std::exception_ptr& failure, AskedServer server)
+void IMAPSetupView::showFailure(const std::exception_ptr& failure, const Asked& asked)
 {
     if (m_alert)
         m_alert->close();
@@ -449,14 +451,14 @@ void IMAPSetupView::showFailure(const std::exception_ptr& failure, AskedServer s
     if (isRefusal) {
         m_password->setFocus();
         m_password->selectAll();
-    } else if (server) {
+    } else if (asked.server) {
         m_disclosure->setExpanded(true);
-        (*server == ConnectionTrial::Server::incoming ? m_imap : m_smtp)->focus();
+        (*asked.server == ConnectionTrial::Server::incoming ? m_imap : m_smtp)->focus();
     }
-    const QString whole = server ? text + u"\n\n"_s + nameOf(*server) : text;
+    const QString whole = asked.server ? text + u"\n\n"_s + nameOf(asked) : text;
     m_alert = makePlainAlert(tr("Couldn’t Sign In"), whole, QMessageBox::Ok, this);
     m_alert->setObjectName("setupAlert"_L1);
-    m_alert->open();
+    openWhenActive(*m_alert);
 }
 
 void IMAPSetupView::leave()

@@ -37,6 +37,12 @@ protected:
 
 private:
     using AskedServer = std::optional<ConnectionTrial::Server>;
+    /// What an attempt to sign in is made with, and how far it has come.
+    struct Asked {
+        QString email;
+        ServerSettings settings;
+        AskedServer server;
+    };
 
     void makeLayout();
     QWidget* makeFields();
@@ -52,8 +58,8 @@ private:
     void updateButton();
     void showProgress(AskedServer server);
     /// Shows what went wrong, where, and the field in which it can be mended.
-    void showFailure(const std::exception_ptr& failure, AskedServer server);
-    QString nameOf(ConnectionTrial::Server server) const;
+    void showFailure(const std::exception_ptr& failure, const Asked& asked);
+    QString nameOf(const Asked& asked) const;
     void signIn();
     void takeReturn();
     Task<> save();

@@ -33,7 +33,7 @@ QPushButton* addDestructiveButton(QMessageBox& alert, const QString& text, QMess
     return button;
 }
 
-Task<qsizetype> answerTo(QMessageBox* alert, QList<QAbstractButton*> buttons)
+Task<qsizetype> answerTo(QMessageBox* alert, QList<QAbstractButton*> buttons, AlertTurn turn)
 {
     const auto answered = std::make_shared<Wakeup>();
     const auto answer = std::make_shared<qsizetype>(-1);
@@ -41,7 +41,10 @@ Task<qsizetype> answerTo(QMessageBox* alert, QList<QAbstractButton*> buttons)
                      [alert, buttons, answer] { *answer = buttons.indexOf(alert->clickedButton()); });
     // It goes after each answer, and with its window.
     QObject::connect(alert, &QObject::destroyed, answered.get(), [end = answered.get()] { end->notify(); });
-    alert->open();
+    if (turn == AlertTurn::now)
+        alert->open();
+    else
+        openWhenActive(*alert);
     co_await answered->wait(std::chrono::milliseconds(-1));
     const qsizetype place = *answer;
     co_return place;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "domain/MailProvider.h"
+#include "views/style/AlertTurn.h"
 
 #include <QMessageBox>
 
@@ -18,7 +19,8 @@ QPushButton* addDestructiveButton(QMessageBox& alert, const QString& text, QMess
 
 /// Opens the alert and gives the place in `buttons` of the one that closes it; -1 if it goes otherwise. The
 /// caller goes on from the event loop.
-Task<qsizetype> answerTo(QMessageBox* alert, QList<QAbstractButton*> buttons);
+Task<qsizetype> answerTo(QMessageBox* alert, QList<QAbstractButton*> buttons,
+                         AlertTurn turn = AlertTurn::now);
 
 /// Replaces the text of such an alert.
 void setPlainText(QMessageBox& alert, const QString& text);
