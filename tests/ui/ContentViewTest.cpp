@@ -131,6 +131,21 @@ TEST_F(ContentViewTest, ShowsTheReaderOnlyWhileAMessageIsOpen)
     EXPECT_FALSE(mail.window->reader().isVisible());
 }
 
+TEST_F(ContentViewTest, LeavesTheKeyboardInTheSearchFieldWhereAMessageGoesByItself)
+{
+    MailWindow mail;
+    mail.fill(ModelFixture::rows(mail.fixture.account(), 3));
+    mail.fixture.provider().setRaw(u"1"_s, htmlMessage(u"Hello"_s));
+    mail.open();
+    mail.read(u"1"_s);
+    auto& field = mail.child<QLineEdit>("searchField");
+    field.setFocus();
+    QTest::keyClicks(&field, u"bo"_s);
+    mail.model().setPath({});
+    QTest::keyClicks(QApplication::focusWidget(), u"at"_s);
+    EXPECT_EQ(field.text(), u"boat");
+}
+
 TEST_F(ContentViewTest, KeepsTheSidebarWithinItsWidths)
 {
     MailWindow mail;

@@ -25,6 +25,7 @@
 #include <QClipboard>
 #include <QCloseEvent>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMenuBar>
 #include <QQuickWidget>
 #include <QShortcut>
@@ -191,25 +192,27 @@ void ContentView::quit()
 void ContentView::followAccounts()
 {
     const bool isWelcome = m_model.accounts().isEmpty();
-    const bool isNew = !isWelcome && m_root->currentWidget() == m_welcome;
+    const qsizetype before = std::exchange(m_accountCount, m_model.accounts().size());
     m_root->setCurrentWidget(isWelcome ? m_welcome : m_mail);
-    if (isNew)
+    if (m_hasAppeared && m_accountCount > before)
         m_detail->currentWidget()->setFocus();
     updateTitle();
 }
 
 void ContentView::followPath()
 {
+    // A message may also go by itself, while the user types a search.
+    const bool isTyping = qobject_cast<QLineEdit*>(focusWidget()) != nullptr;
     if (m_model.path().isEmpty()) {
         m_detail->setCurrentWidget(m_listing);
         if (m_reader)
             m_reader->close();
-        m_listing->setFocus();
     } else {
         reader().showMessage(m_model.path().last());
         m_detail->setCurrentWidget(m_reader);
-        m_reader->setFocus();
     }
+    if (!isTyping)
+        m_detail->currentWidget()->setFocus();
     updateTitle();
 }
 

@@ -84,6 +84,7 @@ private:
     ComposeWindows* m_compose;
     SourceWindows* m_sources;
     bool m_isQuitting = false; ///< the user has been asked
+    qsizetype m_accountCount = 0;
     bool m_hasAppeared = false;
 };
 
