@@ -76,11 +76,6 @@ bool isOfSignIn(const std::exception_ptr& failure)
     }
 }
 
-Task<> nothing()
-{
-    co_return;
-}
-
 } // namespace
 
 AppModel::AppModel(Services services, QObject* parent)
@@ -160,7 +155,8 @@ void AppModel::restoreMailbox()
         const QJsonObject object = QJsonDocument::fromJson(stored).object();
         const SidebarItem item{QUuid::fromString(Coding::string(object, "account"_L1)),
                                MailboxRef::fromJSON(object.value("mailbox"_L1))};
-        if (m_accounts.find(item.accountID))
+        m_isMailboxRestored = m_accounts.find(item.accountID).has_value();
+        if (m_isMailboxRestored)
             m_sidebarSelection = item;
     } catch (const LocalizedError&) {
         // Nothing was kept, or nothing that means anything: the Inbox is as good.
@@ -369,7 +365,9 @@ void AppModel::report(const std::exception_ptr& failure, const std::optional<QUu
     if (!words)
         return;
     m_errorAsker = asker;
-    assign(m_errorMessage, words, &AppModel::errorMessageChanged);
+    m_errorMessage = words;
+    ++m_errorNumber;
+    Q_EMIT errorMessageChanged();
 }
 
 void AppModel::reportTo(const Session& session, const std::exception_ptr& failure)
@@ -433,6 +431,7 @@ void AppModel::select(const std::optional<SidebarItem>& item)
 
 void AppModel::show(const SidebarItem& item, Asked asked)
 {
+    m_isMailboxRestored = false;
     assign(m_sidebarSelection, std::optional(item), &AppModel::sidebarSelectionChanged);
     setPath({});
     m_listing.clearRows();
@@ -474,9 +473,18 @@ std::optional<QString> AppModel::query() const
     return text.isEmpty() ? std::nullopt : std::optional(text.toString());
 }
 
-Listing::Key AppModel::listingKey(const SidebarItem& item) const
+Listing::Key AppModel::listingKey(const SidebarItem& item, Asked asked) const
 {
-    return {item.accountID, item.ref, query(), pageSize()};
+    return {item.accountID, item.ref, asked == Asked::byNobody ? listedQuery() : query(), pageSize()};
+}
+
+bool AppModel::beginListing(const Listing::Key& key)
+{
+    const std::optional<QString> before = listedQuery();
+    const bool isAnother = m_listing.begin(key);
+    if (listedQuery() != before)
+        Q_EMIT listedQueryChanged();
+    return isAnother;
 }
 
 void AppModel::publish()
@@ -502,9 +510,11 @@ Task<> AppModel::load(int page, bool refresh, Asked asker)
         publish();
         co_return;
     }
-    const Listing::Key key = listingKey(*item);
+    if (asker != Asked::byNobody)
+        ++m_lastWish;
+    const Listing::Key key = listingKey(*item, asker);
     // A page of another listing than the one that it was meant for is the first one.
-    if (m_listing.begin(key))
+    if (beginListing(key))
         page = 0;
     if (!refresh && m_listing.show(page)) {
         publish();
@@ -640,15 +650,18 @@ Task<> AppModel::lastPage()
     const Session source = item && !m_isLoading ? session(item->accountID) : Session();
     if (!source)
         co_return;
-    const Listing::Key key = listingKey(*item);
-    m_listing.begin(key);
+    const Listing::Key key = listingKey(*item, Asked::byUser);
+    beginListing(key);
     const Listing::Load asked = m_listing.beginLoad(m_listing.pageIndex());
+    const quint64 wish = ++m_lastWish;
     setLoading(true);
     const Outcome<qint64> offset = co_await settled(source->lastPageOffset(key.ref, key.query, key.pageSize));
-    if (!self || !m_listing.isNewest(asked))
+    if (!self)
         co_return;
-    setLoading(false);
-    if (!m_listing.isOfThisListing(asked) || !m_accounts.isCurrent(source))
+    if (m_listing.isNewest(asked))
+        setLoading(false);
+    // A check that nobody asked for isn't what the user wants to see instead.
+    if (wish != m_lastWish || !m_listing.isOfThisListing(asked) || !m_accounts.isCurrent(source))
         co_return;
     if (offset.failure)
         noteFailedListing(source, offset.failure, Asked::byUser);

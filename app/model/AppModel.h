@@ -130,6 +130,8 @@ public:
 
         bool operator==(const LabelDeletion&) const = default;
     };
+    /// Whether a compose window is what the user waits for, or comes while they may be doing something else.
+    enum class Opening { asked, late };
     /// Asks the user where to save a file of the suggested name; gives its path, empty if they cancel.
     using SavePanel = std::function<QString(const QString&)>;
 
@@ -159,12 +161,16 @@ public:
     /// Ids of opened messages; the last is on screen.
     const QList<QString>& path() const { return m_path; }
     const std::optional<QUuid>& pendingCompose() const { return m_pendingCompose; }
+    /// How the window that `pendingCompose` asks for is to open.
+    Opening pendingOpening() const { return m_pendingOpening; }
     /// The body of the open message.
     const std::optional<ParsedMessage>& openParsed() const { return m_openParsed; }
     /// The alert to show: the failure of what the user has asked for.
     const std::optional<QString>& errorMessage() const { return m_errorMessage; }
     /// The window in which it was asked for; null where that isn't known, or it is gone.
     QObject* errorAsker() const { return m_errorAsker; }
+    /// Another one for each failure, also for one in the same words.
+    quint64 errorNumber() const { return m_errorNumber; }
     /// The accounts whose last check for news failed, for whatever reason it was made. Those that need a new
     /// sign-in aren't among them.
     const QList<CheckResults::Failure>& failedChecks() const { return m_checks.failures(); }
@@ -328,7 +334,7 @@ public:
     Task<> forward(const MessageSummary& row);
     Task<> editDraft(const MessageSummary& row);
     /// Asks for the window of the draft through `pendingCompose`.
-    void openCompose(const ComposeDraft& draft);
+    void openCompose(const ComposeDraft& draft, Opening opening = Opening::asked);
     /// What the window with the id begins with; it stays until `closeCompose`.
     std::optional<ComposeDraft> takeSeed(const QUuid& id) const;
     /// The window with the id has closed, with its text sent, stored or thrown away on purpose.
@@ -398,6 +404,7 @@ Q_SIGNALS:
     void pathChanged();
     void pendingComposeChanged();
     void openParsedChanged();
+    /// Of `errorMessage` or `errorNumber`.
     void errorMessageChanged();
     void failedChecksChanged();
     void undoOfferChanged();
@@ -406,6 +413,7 @@ Q_SIGNALS:
     void needsReauthChanged();
     void labelsChanged();
     void lockedTextsChanged();
+    void listedQueryChanged();
     /// `pageIndex`, `hasNextPage` or `total`.
     void pagingChanged();
     void countsChanged();
@@ -465,7 +473,10 @@ private:
     void reportTo(const Session& session, const std::exception_ptr& failure);
 
     std::optional<QString> query() const;
-    Listing::Key listingKey(const SidebarItem& item) const;
+    /// What is listed for the item. A search that the user still types is listed once they ask for it.
+    Listing::Key listingKey(const SidebarItem& item, Asked asked) const;
+    /// Whether another listing has begun.
+    bool beginListing(const Listing::Key& key);
     /// Tells of what the listing has become.
     void publish();
     void setLoading(bool isLoading);
@@ -520,8 +531,22 @@ private:
     Task<ParsedMessage> parsed(MessageSummary row);
     /// Writes a draft from a message, on a worker. The provider is null where it can't be.
     using Prepare = std::function<Task<ComposeDraft>(std::shared_ptr<MailProvider>, ParsedMessage)>;
-    Task<> prepare(MessageSummary row, bool isOfThread, Prepare writing);
-    Task<> openWritten(MessageSummary row, bool isOfThread, Prepare writing);
+    struct Written {
+        enum class Kind { reply, replyToAll, forward, storedDraft };
+        Kind kind;
+        QUuid accountID;
+        QString rowID;
+
+        bool operator==(const Written&) const = default;
+    };
+    /// Does nothing while the same is prepared already.
+    Task<> prepare(Written::Kind kind, MessageSummary row, Prepare writing);
+    Task<> openWritten(Written written, MessageSummary row, Prepare writing, QPointer<QObject> asker);
+    /// Whether the user is still in the window in which they asked for something.
+    bool isStillIn(const QPointer<QObject>& asker) const
+    {
+        return !m_asker || (asker && asker == this->asker());
+    }
     Writing::Setting writingSetting(const QUuid& accountID) const;
     /// As `Account::mailboxIdentity`; empty where there is no such account.
     QByteArray mailbox(const QUuid& accountID) const;
@@ -559,6 +584,7 @@ private:
 
     AccentChoice m_accentAtStart;
     std::optional<SidebarItem> m_sidebarSelection;
+    bool m_isMailboxRestored = false; ///< an earlier run had it on screen, and no list of labels has come yet
     QList<MessageSummary> m_messages; ///< the listing's rows, as the views were told of them last
     Paging m_paging;                  ///< likewise
     bool m_isLoading = false;
@@ -575,6 +601,8 @@ private:
     QList<QString> m_path;
     QHash<QString, MessageSummary> m_opened; ///< rows kept for what `path` holds
     std::optional<QUuid> m_pendingCompose;
+    Opening m_pendingOpening = Opening::asked;
+    QList<Written> m_prepared; ///< what is being prepared
     QHash<QUuid, ComposeDraft> m_composeSeeds;
     QSet<QUuid> m_recoveredDrafts;
     std::optional<LabelEdit> m_labelEdit;
@@ -587,8 +615,10 @@ private:
     std::optional<ParsedMessage> m_openParsed;
     std::optional<QString> m_errorMessage;
     QPointer<QObject> m_errorAsker;
+    quint64 m_errorNumber = 0;
     std::function<QObject*()> m_asker;
     std::stop_source m_refreshLoop;
+    quint64 m_lastWish = 0; ///< counts what the user wanted to see
     std::shared_ptr<Coalescer> m_pageReloads;
     std::shared_ptr<Coalescer> m_refreshes; ///< after refused removals
 };

@@ -41,7 +41,6 @@ bool isSameAddress(const QString& left, const QString& right)
     return Text::lowered(left) == Text::lowered(right);
 }
 
-/// Whether both lead to the same messages.
 } // namespace
 
 Task<> AppModel::saveIMAPAccount(QString name, QString email, ServerSettings settings, QString password,
@@ -157,6 +156,7 @@ Task<> AppModel::signInByBrowser(ProviderKind provider, std::optional<Account> r
         Q_EMIT browserSignInWanted();
     if (isSigningIn())
         co_return;
+    const QPointer<QObject> asker(this->asker());
     const QUuid accountID = renewed ? renewed->id : QUuid::createUuid();
     m_browserStop = std::stop_source();
     const std::stop_token stop = m_browserStop.get_token();
@@ -172,7 +172,7 @@ Task<> AppModel::signInByBrowser(ProviderKind provider, std::optional<Account> r
     // Nobody wants to hear of an account that was removed meanwhile, nor of what was given up.
     const bool isWanted = !renewed || (m_accounts.find(accountID) && !m_accounts.isLeaving(accountID));
     if (outcome.failure && isWanted && !stop.stop_requested())
-        report(outcome.failure, accountID);
+        report(outcome.failure, accountID, asker);
 }
 
 Task<> AppModel::storeSignedIn(ProviderKind provider, QUuid accountID, std::optional<Account> renewed,

@@ -5,6 +5,8 @@
 #include "platform/Tasks.h"
 #include "providers/FetchParsed.h"
 
+#include <QScopeGuard>
+
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
@@ -60,9 +62,10 @@ Writing::Setting AppModel::writingSetting(const QUuid& accountID) const
     return setting;
 }
 
-void AppModel::openCompose(const ComposeDraft& draft)
+void AppModel::openCompose(const ComposeDraft& draft, Opening opening)
 {
     m_composeSeeds.insert(draft.id, draft);
+    m_pendingOpening = opening;
     assign(m_pendingCompose, std::optional(draft.id), &AppModel::pendingComposeChanged);
 }
 
@@ -106,21 +109,30 @@ Task<ParsedMessage> AppModel::parsed(MessageSummary row)
     co_return message;
 }
 
-Task<> AppModel::prepare(MessageSummary row, bool isOfThread, Prepare writing)
+Task<> AppModel::prepare(Written::Kind kind, MessageSummary row, Prepare writing)
 {
+    const Written written{kind, row.accountID, row.id};
+    // A key that is pressed twice asks for one answer.
+    if (m_prepared.contains(written))
+        return nothing();
+    m_prepared.append(written);
     const Session source = session(row.accountID);
-    return reporting(openWritten(std::move(row), isOfThread, std::move(writing)), source);
+    return reporting(openWritten(written, std::move(row), std::move(writing), source.asker), source);
 }
 
-Task<> AppModel::openWritten(MessageSummary row, bool isOfThread, Prepare writing)
+Task<> AppModel::openWritten(Written written, MessageSummary row, Prepare writing, QPointer<QObject> asker)
 {
     const QPointer<AppModel> self(this);
+    const auto ending = qScopeGuard([self, written] {
+        if (self)
+            self->m_prepared.removeOne(written);
+    });
     const ParsedMessage message = co_await parsed(row);
     if (!self)
         co_return;
     const std::shared_ptr<MailProvider> source = provider(row.accountID);
     std::optional<QString> thread;
-    if (source && isOfThread) {
+    if (source && written.kind != Written::Kind::forward) {
         // Without an answer the reply begins a conversation of its own.
         const Outcome<std::optional<QString>> answer = co_await settled(source->threadID(row.id));
         if (answer.value)
@@ -130,14 +142,15 @@ Task<> AppModel::openWritten(MessageSummary row, bool isOfThread, Prepare writin
     ComposeDraft draft = co_await writing(source, message);
     draft.threadID = thread;
     if (self)
-        openCompose(draft);
+        openCompose(draft, isStillIn(asker) ? Opening::asked : Opening::late);
 }
 
 Task<> AppModel::reply(const MessageSummary& row, bool all)
 {
     const Writing::Recipients recipients = all ? Writing::Recipients::all : Writing::Recipients::sender;
     const Writing::Setting setting = writingSetting(row.accountID);
-    return prepare(row, true,
+    const Written::Kind kind = all ? Written::Kind::replyToAll : Written::Kind::reply;
+    return prepare(kind, row,
                    onWorker([setting, recipients, snippet = row.snippet](const ParsedMessage& message) {
                        return Writing::reply(setting, message, snippet, recipients);
                    }));
@@ -166,7 +179,7 @@ Task<ComposeDraft> writeForward(Writing::Setting setting, MessageSummary row,
 Task<> AppModel::forward(const MessageSummary& row)
 {
     const Writing::Setting setting = writingSetting(row.accountID);
-    return prepare(row, false,
+    return prepare(Written::Kind::forward, row,
                    [setting, row](const std::shared_ptr<MailProvider>& source, const ParsedMessage& message) {
                        return writeForward(setting, row, source, message);
                    });
@@ -175,7 +188,8 @@ Task<> AppModel::forward(const MessageSummary& row)
 Task<> AppModel::editDraft(const MessageSummary& row)
 {
     const Writing::Setting setting = writingSetting(row.accountID);
-    return prepare(row, true, onWorker([setting, id = row.id](const ParsedMessage& message) {
+    return prepare(Written::Kind::storedDraft, row,
+                   onWorker([setting, id = row.id](const ParsedMessage& message) {
                        return Writing::storedDraft(setting, message, id);
                    }));
 }
@@ -292,7 +306,7 @@ void AppModel::offerAgain(ComposeDraft draft)
         m_texts->keep(draft);
     }
     m_recoveredDrafts.insert(draft.id);
-    openCompose(draft);
+    openCompose(draft, Opening::late);
 }
 
 } // namespace Larkhaven

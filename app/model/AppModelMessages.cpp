@@ -42,11 +42,6 @@ void writeFile(const QString& path, const QByteArray& bytes)
         throw SaveError(file.errorString());
 }
 
-Task<> nothing()
-{
-    co_return;
-}
-
 /// What a label is called once the other one has been renamed; nothing where that isn't the label itself or
 /// one above it.
 std::optional<MailLabel> afterRenaming(const MailLabel& label, const MailLabel& old, const MailLabel& renamed)
@@ -445,9 +440,10 @@ void AppModel::followLabels(const QUuid& accountID, const QList<MailLabel>& befo
     const bool isShown = m_sidebarSelection && m_sidebarSelection->accountID == accountID;
     const MailLabel* const shown = isShown ? m_sidebarSelection->ref.label() : nullptr;
     // What an earlier run had on screen may have gone meanwhile.
-    const bool isFirstList = before.isEmpty() && !labels(accountID).isEmpty();
+    const bool isFirstList = m_isMailboxRestored && m_sidebar.hasLabels(accountID);
     if (!shown || (!isFirstList && !before.contains(*shown)))
         return;
+    m_isMailboxRestored = false;
     const QList<MailLabel> now = labels(accountID);
     const auto same = std::ranges::find(now, shown->id, &MailLabel::id);
     if (same == now.end())

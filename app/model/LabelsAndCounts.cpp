@@ -4,16 +4,9 @@
 
 #include <QPointer>
 
+#include <algorithm>
+
 namespace Larkhaven {
-
-namespace {
-
-Task<> nothing()
-{
-    co_return;
-}
-
-} // namespace
 
 LabelsAndCounts::LabelsAndCounts(Accounts& accounts, QObject* parent)
     : QObject(parent)
@@ -56,9 +49,10 @@ Task<> LabelsAndCounts::askForLabels(QUuid accountID)
     if (answer.failure)
         co_return;
     const QList<MailLabel> before = m_labels.value(accountID);
-    if (m_labels.contains(accountID) && before == *answer.value)
+    const QList<MailLabel> labels = answer.value->first(std::min(answer.value->size(), labelLimit));
+    if (m_labels.contains(accountID) && before == labels)
         co_return;
-    m_labels.insert(accountID, *answer.value);
+    m_labels.insert(accountID, labels);
     Q_EMIT labelsChanged(accountID, before);
 }
 

@@ -91,6 +91,11 @@ void spawn(Task<> task, FailureGate gate)
 
 void dropFailure(const std::exception_ptr&) {}
 
+Task<> nothing()
+{
+    co_return;
+}
+
 Task<bool> sleepFor(std::chrono::milliseconds duration, std::stop_token stop)
 {
     Wakeup wakeup;

@@ -121,6 +121,9 @@ using FailureGate = std::function<void(std::exception_ptr)>;
 /// throw.
 void spawn(Task<> task, FailureGate gate);
 
+/// A task that has ended.
+Task<> nothing();
+
 /// The gate for tasks whose failures are dropped on purpose.
 void dropFailure(const std::exception_ptr& failure);
 

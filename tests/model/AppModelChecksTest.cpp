@@ -191,6 +191,21 @@ TEST_F(AppModelChecks, SayInWhichWindowTheUserHasAsked)
 
 // --- Rows that an earlier run has kept
 
+TEST_F(AppModelChecks, TellOfTwoFailuresInTheSameWordsAsOfTwo)
+{
+    const auto failure = std::make_exception_ptr(MailError::protocolError(u"No."_s));
+    int told = 0;
+    QObject::connect(&model(), &AppModel::errorMessageChanged, &model(), [&told] { ++told; });
+    QObject first;
+    QObject second;
+    model().report(failure, std::nullopt, &first);
+    const quint64 number = model().errorNumber();
+    model().report(failure, std::nullopt, &second);
+    EXPECT_EQ(told, 2);
+    EXPECT_NE(model().errorNumber(), number);
+    EXPECT_EQ(model().errorAsker(), &second);
+}
+
 TEST_F(AppModelChecks, ShowTheRowsOfAnEarlierRunWhereTheServiceCannotBeReached)
 {
     provider().setListing(inbox, ModelFixture::rows(fixture.account(), 60));
@@ -281,12 +296,14 @@ TEST_F(AppModelChecks, GoToTheInboxWhereTheFolderThatWasOnScreenLastIsGone)
     const MailLabel work{u"Work"_s, u"Work"_s};
     provider().setLabels({work});
     await(model().loadLabels(fixture.account().id));
-    model().selectMailbox(MailboxRef::label(work));
-    fixture.restart();
-    ASSERT_EQ(model().sidebarSelection()->ref, MailboxRef::label(work));
-    provider().setLabels({{u"Play"_s, u"Play"_s}});
-    await(model().loadLabels(fixture.account().id));
-    EXPECT_EQ(model().sidebarSelection()->ref, inbox);
+    for (const QList<MailLabel>& left : {QList<MailLabel>{{u"Play"_s, u"Play"_s}}, QList<MailLabel>()}) {
+        model().selectMailbox(MailboxRef::label(work));
+        fixture.restart();
+        ASSERT_EQ(model().sidebarSelection()->ref, MailboxRef::label(work));
+        provider().setLabels(left);
+        await(model().loadLabels(fixture.account().id));
+        EXPECT_EQ(model().sidebarSelection()->ref, inbox);
+    }
 }
 
 // --- Undoing
@@ -374,6 +391,16 @@ TEST_F(AppModelUndo, HappensOnceWhereItIsAskedForTwice)
     model().start(model().undo());
     settle();
     EXPECT_EQ(provider().calls(u"putBack"_s).size(), 1);
+}
+
+TEST_F(AppModelUndo, IsOfferedForAWhile)
+{
+    model().archive(model().messages().first(1));
+    ASSERT_TRUE(waitUntil([this] { return model().undoOffer().has_value(); }));
+    EXPECT_EQ(AppModel::undoTime, std::chrono::seconds(8));
+    EXPECT_TRUE(waitUntil([this] { return !model().undoOffer(); }, 2 * AppModel::undoTime));
+    await(model().undo());
+    EXPECT_TRUE(provider().calls(u"putBack"_s).isEmpty());
 }
 
 TEST_F(AppModelUndo, ReportsThatItFailed)

@@ -497,6 +497,53 @@ TEST_F(AppModelCompose, AnswersTheOpenMessageAgainAndAgain)
     EXPECT_TRUE(opened().body.endsWith(u"Shown"_s));
 }
 
+TEST_F(AppModelCompose, OpensOneWindowForAnAnswerThatIsAskedForTwice)
+{
+    const MessageSummary row = message("From: ada@example.com\r\n\r\nHello");
+    fixture.provider().hold(u"fetchRaw"_s);
+    QStringList subjects;
+    QObject::connect(&model(), &AppModel::pendingComposeChanged, &model(), [this, &subjects] {
+        if (model().pendingCompose())
+            subjects.append(opened().subject);
+    });
+    model().start(model().reply(row, false));
+    model().start(model().reply(row, false));
+    model().start(model().forward(row));
+    fixture.provider().completeAll();
+    ASSERT_TRUE(waitUntil([&] { return subjects.size() == 2; }));
+    settle();
+    EXPECT_EQ(subjects.size(), 2) << "the reply and the forward";
+    fixture.provider().stopHolding(u"fetchRaw"_s);
+    fixture.provider().failNext(u"fetchRaw"_s, MailError::protocolError(u"No."_s));
+    await(model().reply(row, false));
+    await(model().reply(row, false));
+    EXPECT_EQ(subjects.size(), 3) << "a failure leaves nothing behind";
+}
+
+TEST_F(AppModelCompose, KnowsWhetherTheUserStillWaitsForTheWindow)
+{
+    const MessageSummary row = message("From: ada@example.com\r\n\r\nHello");
+    QObject list;
+    QObject letter;
+    QObject* active = &list;
+    model().setAskerSource([&active] { return active; });
+    await(model().reply(row, false));
+    EXPECT_EQ(model().pendingOpening(), AppModel::Opening::asked);
+    for (QObject* const elsewhere : {&letter, static_cast<QObject*>(nullptr)}) {
+        active = &list;
+        fixture.provider().hold(u"fetchRaw"_s);
+        model().clearPendingCompose();
+        model().start(model().reply(row, false));
+        active = elsewhere;
+        fixture.provider().completeAll();
+        ASSERT_TRUE(waitUntil([this] { return model().pendingCompose().has_value(); }));
+        EXPECT_EQ(model().pendingOpening(), AppModel::Opening::late);
+    }
+    model().newMessage(u"ada@example.com"_s);
+    EXPECT_EQ(model().pendingOpening(), AppModel::Opening::asked);
+    model().setAskerSource({});
+}
+
 TEST_F(AppModelCompose, QuotesTheRowThatIsAnsweredAndNotTheOpenMessage)
 {
     MessageSummary open = ModelFixture::row(fixture.account(), u"8"_s);

@@ -50,6 +50,69 @@ TEST_F(AppModelMailbox, ReportsThatTheLastPageCannotBeFound)
     EXPECT_EQ(model.pageIndex(), 0);
 }
 
+TEST_F(AppModelMailbox, ShowsTheLastPageThoughACheckCameBetween)
+{
+    list(Mailbox::inbox, 60);
+    await(model.load(0, true));
+    fixture.provider().hold(u"lastPageOffset"_s);
+    model.start(model.lastPage());
+    fixture.endSleeps();
+    ASSERT_TRUE(waitUntil([this] { return fixture.sleeps().size() == 2; }));
+    settle();
+    fixture.provider().completeAll();
+    EXPECT_TRUE(waitUntil([this] { return model.pageIndex() == 2 && !model.isLoading(); }));
+}
+
+TEST_F(AppModelMailbox, ForgetsTheWayToTheLastPageOnceTheUserWantsAnother)
+{
+    list(Mailbox::inbox, 60);
+    await(model.load(0, true));
+    fixture.provider().hold(u"lastPageOffset"_s);
+    model.start(model.lastPage());
+    await(model.refresh());
+    fixture.provider().completeAll();
+    settle();
+    EXPECT_EQ(model.pageIndex(), 0);
+    EXPECT_FALSE(model.isLoading());
+}
+
+TEST_F(AppModelMailbox, RunsNoSearchThatIsStillBeingTypedByItself)
+{
+    list(Mailbox::inbox, 60);
+    await(model.load(0, true));
+    model.setSearchText(u"half a wo"_s);
+    fixture.provider().forgetCalls();
+    fixture.endSleeps();
+    ASSERT_TRUE(waitUntil([this] { return fixture.sleeps().size() == 2; }));
+    settle();
+    EXPECT_EQ(fixture.provider().calls(listMessages).size(), 1);
+    EXPECT_FALSE(model.listedQuery());
+    EXPECT_EQ(model.messages().size(), 25);
+    await(model.applySearch());
+    EXPECT_EQ(model.listedQuery(), u"half a wo"_s);
+    model.setSearchText({});
+    fixture.endSleeps();
+    ASSERT_TRUE(waitUntil([this] { return fixture.sleeps().size() == 3; }));
+    settle();
+    EXPECT_EQ(model.listedQuery(), u"half a wo"_s) << "the search in force";
+}
+
+TEST_F(AppModelMailbox, TellsThatAnotherSearchHasBegunWhileALoadIsUnderWay)
+{
+    list(Mailbox::inbox, 3);
+    fixture.provider().hold(listMessages);
+    model.start(model.load(0, true));
+    int told = 0;
+    QObject::connect(&model, &AppModel::listedQueryChanged, &model, [&told] { ++told; });
+    model.setSearchText(u"boat"_s);
+    model.start(model.applySearch());
+    EXPECT_EQ(told, 1);
+    EXPECT_EQ(model.listedQuery(), u"boat"_s);
+    fixture.provider().completeAll();
+    settle();
+    EXPECT_EQ(told, 1);
+}
+
 TEST_F(AppModelMailbox, TurnsNoPageBackWhileOneLoads)
 {
     list(Mailbox::inbox, 80);
@@ -363,6 +426,16 @@ TEST_F(AppModelMailbox, RefreshesThePageOnScreenAndTheLabelsAndCountsOfAllAccoun
     EXPECT_TRUE(two.provider(1).calls(listMessages).isEmpty());
     EXPECT_EQ(two.model().labels(two.account(1).id), (QList<MailLabel>{{u"Work"_s, u"Work"_s}}));
     EXPECT_EQ(two.model().counts(two.account(1).id).value(u"label:Work"_s), 2);
+}
+
+TEST_F(AppModelMailbox, TakesTheFirstTenThousandLabelsOfAServiceThatListsMore)
+{
+    QList<MailLabel> labels;
+    for (int number = 0; number < 10'001; ++number)
+        labels.append({QString::number(number), QString::number(number)});
+    fixture.provider().setLabels(labels);
+    await(model.loadLabels(fixture.account().id));
+    EXPECT_EQ(model.labels(fixture.account().id), labels.first(10'000));
 }
 
 TEST_F(AppModelMailbox, RaisesNoAlertWhereLabelsOrCountsCannotBeHad)

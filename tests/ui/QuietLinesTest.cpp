@@ -189,5 +189,30 @@ TEST_F(QuietLinesTest, NeverTakesTheKeyboardFromAnotherWindow)
     EXPECT_EQ(alert()->informativeText(), u"Mail protocol error: no");
 }
 
+TEST_F(QuietLinesTest, ShowsTheFailureOfAnotherWindowOnceTheOneOnScreenHasBeenRead)
+{
+    mail.open();
+    QWidget other;
+    show(other);
+    const auto failure = [](const QString& text) {
+        return std::make_exception_ptr(MailError::protocolError(text));
+    };
+    mail.window->activateWindow();
+    ASSERT_TRUE(waitUntil([this] { return mail.window->isActiveWindow(); }));
+    mail.model().report(failure(u"one"_s), std::nullopt, mail.window.get());
+    ASSERT_TRUE(waitUntil([this] { return alert() && alert()->isVisible(); }));
+    mail.model().report(failure(u"two"_s), std::nullopt, &other);
+    settle();
+    EXPECT_EQ(alert()->informativeText(), u"Mail protocol error: one");
+    QTest::keyClick(alert(), Qt::Key_Return);
+    ASSERT_TRUE(waitUntil([this] { return !alert(); }));
+    other.activateWindow();
+    const auto ofOther = [&other] { return other.findChild<QMessageBox*>(u"errorAlert"_s); };
+    ASSERT_TRUE(waitUntil([&] { return ofOther() && ofOther()->isVisible(); }));
+    EXPECT_EQ(ofOther()->informativeText(), u"Mail protocol error: two");
+    QTest::keyClick(ofOther(), Qt::Key_Return);
+    EXPECT_TRUE(waitUntil([this] { return !mail.model().errorMessage(); }));
+}
+
 } // namespace
 } // namespace Larkhaven

@@ -221,7 +221,7 @@ Task<bool> ComposeView::acceptLosses(Delivery delivery)
     alert->setDefaultButton(cancel);
     alert->setEscapeButton(cancel);
     const QList<QAbstractButton*> buttons{replace, cancel};
-    const qsizetype answer = co_await answerTo(alert, buttons);
+    const qsizetype answer = co_await answerTo(alert, buttons, AlertTurn::whenActive);
     co_return answer == 0;
 }
 
@@ -255,7 +255,7 @@ void ComposeView::showError(const Failure& failure)
     m_alert = makePlainAlert(failure.title, failure.text, QMessageBox::Ok, window());
     m_alert->setObjectName("composeAlert"_L1);
     connect(m_alert, &QMessageBox::finished, this, [this] { m_error.reset(); });
-    m_alert->open();
+    openWhenActive(*m_alert);
 }
 
 // --- Closing

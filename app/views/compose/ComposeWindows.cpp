@@ -1,5 +1,7 @@
 #include "views/compose/ComposeWindows.h"
 
+#include <QApplication>
+
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
@@ -50,6 +52,7 @@ void ComposeWindows::openPending()
     const std::optional<QUuid> id = m_model.pendingCompose();
     if (!id)
         return;
+    const bool isLate = m_model.pendingOpening() == AppModel::Opening::late;
     m_model.clearPendingCompose();
     const std::optional<ComposeDraft> draft = m_model.takeSeed(*id);
     ComposeWindow* shown = window(*id);
@@ -57,11 +60,32 @@ void ComposeWindows::openPending()
         shown = open(*draft);
     if (!shown)
         return;
-    shown->show();
-    shown->raise();
-    shown->activateWindow();
+    if (isLate)
+        showLate(*shown);
+    else
+        showNow(*shown);
     if (m_lateFailures.contains(*id))
         shown->view().showError(m_lateFailures.take(*id));
+}
+
+void ComposeWindows::showNow(ComposeWindow& window)
+{
+    window.setAttribute(Qt::WA_ShowWithoutActivating, false);
+    window.show();
+    window.raise();
+    window.activateWindow();
+}
+
+void ComposeWindows::showLate(ComposeWindow& window)
+{
+    if (window.isVisible()) {
+        QApplication::alert(&window);
+        return;
+    }
+    // The user may be typing elsewhere, or in another program.
+    window.setAttribute(Qt::WA_ShowWithoutActivating);
+    window.show();
+    QApplication::alert(&window);
 }
 
 ComposeWindow* ComposeWindows::open(const ComposeDraft& draft)
@@ -96,7 +120,7 @@ ComposeView::Hooks ComposeWindows::hooks()
 void ComposeWindows::reopen(const ComposeDraft& draft, const ComposeView::Failure& failure)
 {
     m_lateFailures.insert(draft.id, failure);
-    m_model.openCompose(draft);
+    m_model.openCompose(draft, AppModel::Opening::late);
     // Its account may be gone, and the text be kept nowhere until another one takes it.
     if (ComposeWindow* const opened = window(draft.id))
         opened->view().keep();

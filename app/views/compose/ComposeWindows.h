@@ -36,6 +36,9 @@ Q_SIGNALS:
 
 private:
     void openPending();
+    static void showNow(ComposeWindow& window);
+    /// Takes the keyboard from no other window.
+    static void showLate(ComposeWindow& window);
     ComposeWindow* open(const ComposeDraft& draft);
     ComposeView::Hooks hooks();
     void reopen(const ComposeDraft& draft, const ComposeView::Failure& failure);

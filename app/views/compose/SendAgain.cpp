@@ -57,7 +57,7 @@ Task<Decision> ask(Outcome<bool> look, QWidget* window)
     alert->setDefaultButton(cancel);
     alert->setEscapeButton(cancel);
     const QList<QAbstractButton*> buttons{again, close};
-    const qsizetype answer = co_await answerTo(alert, buttons);
+    const qsizetype answer = co_await answerTo(alert, buttons, AlertTurn::whenActive);
     if (answer == 0)
         co_return Decision::send;
     co_return answer == 1 && isThere ? Decision::close : Decision::stay;

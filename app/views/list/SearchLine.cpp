@@ -26,7 +26,7 @@ SearchLine::SearchLine(AppModel& model, QWidget* parent)
     });
     for (const auto signal :
          {&AppModel::messagesChanged, &AppModel::pagingChanged, &AppModel::isLoadingChanged,
-          &AppModel::sidebarSelectionChanged, &AppModel::accountsChanged})
+          &AppModel::sidebarSelectionChanged, &AppModel::accountsChanged, &AppModel::listedQueryChanged})
         connect(&model, signal, this, &SearchLine::update);
     update();
 }

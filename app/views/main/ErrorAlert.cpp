@@ -33,6 +33,12 @@ bool ErrorAlert::eventFilter(QObject* watched, QEvent* event)
     return QObject::eventFilter(watched, event);
 }
 
+QWidget* ErrorAlert::askersWindow() const
+{
+    auto* const asker = qobject_cast<QWidget*>(m_model.errorAsker());
+    return asker && asker->window()->isVisible() ? asker->window() : &m_mainWindow;
+}
+
 void ErrorAlert::follow()
 {
     const std::optional<QString>& message = m_model.errorMessage();
@@ -42,23 +48,30 @@ void ErrorAlert::follow()
             m_alert->close();
         return;
     }
+    QWidget* const window = askersWindow();
     if (m_alert) {
+        // What belongs to another window follows when this one has been read.
+        if (m_alert->parentWidget() != window)
+            return;
+        m_shown = m_model.errorNumber();
         setPlainText(*m_alert, *message);
         return;
     }
-    auto* const asker = qobject_cast<QWidget*>(m_model.errorAsker());
-    QWidget* const window = asker && asker->window()->isVisible() ? asker->window() : &m_mainWindow;
     if (!window->isActiveWindow()) {
         wait(window);
         return;
     }
     wait(nullptr);
+    m_shown = m_model.errorNumber();
     m_alert = makePlainAlert(tr("Something went wrong"), *message, QMessageBox::Ok, window);
     m_alert->setObjectName("errorAlert"_L1);
     connect(m_alert, &QMessageBox::finished, this, [this] {
         // It is on its way out: the next failure gets an alert of its own.
         m_alert.clear();
-        m_model.clearErrorMessage();
+        if (m_shown == m_model.errorNumber())
+            m_model.clearErrorMessage();
+        else
+            follow();
     });
     m_alert->open();
 }

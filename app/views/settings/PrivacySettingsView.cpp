@@ -110,7 +110,7 @@ Task<> PrivacySettingsView::deleteMessages()
     m_delete->setEnabled(true);
     measure();
     if (outcome.failure)
-        m_model.report(outcome.failure);
+        m_model.report(outcome.failure, std::nullopt, window());
 }
 
 } // namespace Larkhaven
