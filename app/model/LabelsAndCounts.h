@@ -23,8 +23,8 @@ class LabelsAndCounts : public QObject {
     Q_OBJECT
 
 public:
-    /// The most labels of an account that are taken from what its service lists, its first ones: the sidebar and
-    /// the menus hold an item for each.
+    /// The most labels of an account that are taken from what its service lists, its first ones: the sidebar
+    /// and the menus hold an item for each.
     static constexpr qsizetype labelLimit = 10'000;
 
     explicit LabelsAndCounts(Accounts& accounts, QObject* parent = nullptr);

@@ -175,9 +175,9 @@ TEST_F(DayTest, TakesNothingFromAWindowInWhichTheUserTypes)
         },
         [this] { return model().message(u"new"_s).has_value() && model().badgeText() == u"17"; });
     while_(
-        "another account has to sign in",
+        "the account has to sign in",
         [this] {
-            mail.fixture.provider(1).failAlways(u"counts"_s, MailError::notSignedIn());
+            provider().failNext(listMessages, MailError::notSignedIn());
             mail.fixture.endSleeps();
         },
         [this] { return !model().needsReauth().isEmpty(); });
