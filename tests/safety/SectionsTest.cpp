@@ -65,7 +65,7 @@ TEST(Sections, CountLinksImagesAndTrackersThroughAllMessages)
     plain.html.reset();
     plain.text = u"https://c.example/"_s;
     const SanitizedHTML result = HTMLSanitizer::sections(
-        {section(0, html.arg(u'a')), section(1, html.arg(u'b')), plain, section(1, html.arg(u'd'))},
+        {section(0, html.arg(u"a"_s)), section(1, html.arg(u"b"_s)), plain, section(1, html.arg(u"d"_s))},
         options());
     ASSERT_EQ(result.links.size(), 4);
     for (qsizetype index = 0; index < 4; ++index) {
