@@ -448,6 +448,18 @@
         <source>Copy</source>
         <translation>Kopieren</translation>
     </message>
+    <message numerus="yes">
+        <source>and %Ln more</source>
+        <comment>receivers of a message</comment>
+        <translation>
+            <numerusform>und %Ln weitere Person</numerusform>
+            <numerusform>und %Ln weitere</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>Show Fewer</source>
+        <translation>Weniger anzeigen</translation>
+    </message>
 </context>
 <context>
     <name>Larkhaven::AppModel</name>
@@ -1811,6 +1823,21 @@
         <comment>a date and a time</comment>
         <translation>%1 um %2</translation>
     </message>
+    <message>
+        <source>Starred</source>
+        <translation>Markiert</translation>
+    </message>
+    <message numerus="yes">
+        <source>%Ln attachments</source>
+        <translation>
+            <numerusform>%Ln Anhang</numerusform>
+            <numerusform>%Ln Anhänge</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>Attachments</source>
+        <translation>Anhänge</translation>
+    </message>
 </context>
 <context>
     <name>Larkhaven::ReaderView</name>
@@ -1841,6 +1868,10 @@
     <message>
         <source>Open Anyway</source>
         <translation>Trotzdem öffnen</translation>
+    </message>
+    <message>
+        <source>Loading the message</source>
+        <translation>Die Nachricht wird geladen</translation>
     </message>
 </context>
 <context>
@@ -2258,6 +2289,38 @@
     <message>
         <source>To: %1</source>
         <translation>An: %1</translation>
+    </message>
+</context>
+<context>
+    <name>MessageDocument</name>
+    <message>
+        <source>Unknown</source>
+        <translation>Unbekannt</translation>
+    </message>
+    <message>
+        <source>(no subject)</source>
+        <translation>(kein Betreff)</translation>
+    </message>
+    <message>
+        <source>Forwarded message: %1</source>
+        <translation>Weitergeleitete Nachricht: %1</translation>
+    </message>
+    <message>
+        <source>From:</source>
+        <translation>Von:</translation>
+    </message>
+    <message>
+        <source>Subject:</source>
+        <translation>Betreff:</translation>
+    </message>
+    <message>
+        <source>Date:</source>
+        <translation>Datum:</translation>
+    </message>
+    <message>
+        <source>%1 at %2</source>
+        <comment>a date and a time</comment>
+        <translation>%1 um %2</translation>
     </message>
 </context>
 <context>

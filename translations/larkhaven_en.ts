@@ -2,6 +2,17 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="en" sourcelanguage="en">
 <context>
+    <name>Larkhaven::AddressLabel</name>
+    <message numerus="yes">
+        <source>and %Ln more</source>
+        <comment>receivers of a message</comment>
+        <translation>
+            <numerusform>and %Ln more</numerusform>
+            <numerusform>and %Ln more</numerusform>
+        </translation>
+    </message>
+</context>
+<context>
     <name>Larkhaven::MessageTable</name>
     <message numerus="yes">
         <source>%n messages</source>
@@ -19,6 +30,16 @@
         <translation>
             <numerusform>%n tracking image blocked</numerusform>
             <numerusform>%n tracking images blocked</numerusform>
+        </translation>
+    </message>
+</context>
+<context>
+    <name>Larkhaven::ReaderHeaders</name>
+    <message numerus="yes">
+        <source>%Ln attachments</source>
+        <translation>
+            <numerusform>%Ln attachment</numerusform>
+            <numerusform>%Ln attachments</numerusform>
         </translation>
     </message>
 </context>

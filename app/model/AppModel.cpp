@@ -492,6 +492,7 @@ void AppModel::publish()
     const Paging paging{m_listing.pageIndex(), m_listing.hasMore(), m_listing.total()};
     assign(m_paging, paging, &AppModel::pagingChanged);
     assign(m_messages, m_listing.rows(), &AppModel::messagesChanged);
+    followOpened();
     selectRows(m_selection);
 }
 

@@ -402,6 +402,8 @@ Q_SIGNALS:
     void sortOrderChanged();
     void selectionChanged();
     void pathChanged();
+    /// The user changed the open message, which needn't be among `messages`.
+    void openMessageChanged();
     void pendingComposeChanged();
     void openParsedChanged();
     /// Of `errorMessage` or `errorNumber`.
@@ -499,6 +501,8 @@ private:
     /// Changes the rows at once and tells the server in a task.
     /// (The rows may be those of a field that changes.)
     void change(QList<MessageSummary> rows, const Edit& edit, const Request& request);
+    /// What was listed last of an opened message is what is known of it once it is on another page.
+    void followOpened();
     Task<> tellChange(Session session, QList<QString> ids, Request request, quint64 change);
     /// Takes the rows off the list at once and tells the server in a task.
     void removeRows(QList<MessageSummary> rows, const QString& done, const Request& request);

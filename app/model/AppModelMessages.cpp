@@ -66,14 +66,28 @@ void AppModel::change(QList<MessageSummary> rows, const Edit& edit, const Reques
         return;
     const QSet<QString> ids = idsOf(rows);
     const quint64 number = m_listing.lay({source.accountID, ids, edit, std::nullopt});
-    // The reader keeps what the user did, also where the service refuses it.
+    // Away from the page an opened message keeps what the user did, also where the service refuses it.
+    bool isOpenOneChanged = false;
     for (const QString& id : ids) {
         const auto opened = m_opened.find(id);
-        if (opened != m_opened.end() && opened->accountID == source.accountID)
-            edit(*opened);
+        if (opened == m_opened.end() || opened->accountID != source.accountID)
+            continue;
+        edit(*opened);
+        isOpenOneChanged |= !m_path.isEmpty() && m_path.last() == id;
     }
     publish();
+    if (isOpenOneChanged)
+        Q_EMIT openMessageChanged();
     start(tellChange(source, ids.values(), request, number));
+}
+
+void AppModel::followOpened()
+{
+    for (MessageSummary& opened : m_opened) {
+        const auto row = std::ranges::find(m_messages, opened.id, &MessageSummary::id);
+        if (row != m_messages.end() && row->accountID == opened.accountID)
+            opened = *row;
+    }
 }
 
 Task<> AppModel::tellChange(Session session, QList<QString> ids, Request request, quint64 change)

@@ -212,17 +212,26 @@ public:
         : m_message(message)
     {}
 
+    void walkMessage(QByteArrayView raw)
+    {
+        const SplitEntity entity = splitHeaders(raw);
+        enter(0);
+        m_message.headers = entity.headers;
+        m_message.sections.append({0, entity.headers, {}, {}});
+        walkBody(describe(entity.headers), entity.body, 0);
+        if (m_message.sections.size() == 1)
+            m_message.sections.clear();
+    }
+
+private:
     void walkEntity(QByteArrayView raw, int depth)
     {
         if (!enter(depth))
             return;
         const SplitEntity entity = splitHeaders(raw);
-        if (depth == 0)
-            m_message.headers = entity.headers;
         walkBody(describe(entity.headers), entity.body, depth);
     }
 
-private:
     /// Counts a part; false if it is beyond the limits.
     bool enter(int depth)
     {
@@ -261,7 +270,14 @@ private:
     {
         const Decoded decoded(part, body);
         noteDecoded(body, decoded.bytes);
-        walkEntity(decoded.bytes, depth + 1);
+        if (!enter(depth + 1))
+            return;
+        const SplitEntity entity = splitHeaders(decoded.bytes);
+        const qsizetype around = m_section;
+        m_section = m_message.sections.size();
+        m_message.sections.append({m_message.sections[around].depth + 1, entity.headers, {}, {}});
+        walkBody(describe(entity.headers), entity.body, depth + 1);
+        m_section = around;
     }
 
     void noteDecoded(QByteArrayView body, QByteArrayView decoded)
@@ -274,10 +290,14 @@ private:
         const QString& type = part.type.value;
         const std::optional<QString> name = part.nameCandidate();
         const bool isFile = part.isAttachment() || (name && !type.startsWith("text/"_L1));
+        const bool isHTML = !isFile && type == "text/html"_L1;
+        std::optional<QString>& ownHTML = m_message.sections[m_section].htmlBody;
+        if (isHTML && !ownHTML)
+            ownHTML = text(part, body);
         if (!isFile && type == "text/plain"_L1)
             addPlainText(text(part, body));
-        else if (!isFile && type == "text/html"_L1 && !m_message.htmlBody)
-            m_message.htmlBody = text(part, body);
+        else if (isHTML && !m_message.htmlBody)
+            m_message.htmlBody = ownHTML;
         else
             addAttachment(part, name, body);
     }
@@ -293,10 +313,13 @@ private:
 
     void addPlainText(const QString& text)
     {
-        if (m_message.textBody)
-            m_message.textBody->append("\n\n"_L1).append(text);
-        else
-            m_message.textBody = text;
+        for (std::optional<QString>* const body :
+             {&m_message.textBody, &m_message.sections[m_section].textBody}) {
+            if (*body)
+                (*body)->append("\n\n"_L1).append(text);
+            else
+                *body = text;
+        }
     }
 
     void addAttachment(const Part& part, const std::optional<QString>& name, QByteArrayView body)
@@ -342,6 +365,7 @@ private:
     };
 
     ParsedMessage& m_message;
+    qsizetype m_section = 0; ///< which message the part belongs to
     int m_partCount = 0;
 };
 
@@ -364,7 +388,7 @@ bool isForbiddenInFilename(QChar character)
 ParsedMessage parse(QByteArrayView raw)
 {
     ParsedMessage message;
-    Walker(message).walkEntity(raw, 0);
+    Walker(message).walkMessage(raw);
     return message;
 }
 

@@ -1,6 +1,7 @@
 #include "safety/HTMLSanitizer.h"
 
 #include "domain/Text.h"
+#include "safety/Bodies.h"
 #include "safety/DocumentShell.h"
 #include "safety/HTMLReader.h"
 #include "safety/HTMLVocabulary.h"
@@ -75,21 +76,24 @@ struct ImageDecision {
 /// The working state of one pass over a message.
 class Pass {
 public:
-    Pass(QByteArrayView html, const SanitizerOptions& options)
+    /// Links, counts and what is left for inline images go on in `sum`.
+    Pass(QByteArrayView html, const SanitizerOptions& options, Bodies::Sum& sum, bool keepsStyleSheets)
         : m_html(html)
         , m_options(options)
+        , m_result(sum.result)
+        , m_inlineImageBytes(sum.inlineImageBytes)
+        , m_keepsStyleSheets(keepsStyleSheets)
     {
         m_output.reserve(html.size() + html.size() / 8);
     }
 
-    SanitizedHTML run()
+    QString run()
     {
         while (m_position < m_html.size())
             step();
         finishLink();
         closeDownTo(0);
-        m_result.document = documentAround(Text::fromRepairedUTF8(m_output), m_options.allowRemoteImages);
-        return std::move(m_result);
+        return Text::fromRepairedUTF8(m_output);
     }
 
 private:
@@ -121,8 +125,9 @@ private:
     const SanitizerOptions& m_options;
     qsizetype m_position = 0;
     QByteArray m_output;
-    SanitizedHTML m_result;
-    qint64 m_inlineImageBytes = 0;
+    SanitizedHTML& m_result;
+    qint64& m_inlineImageBytes;
+    bool m_keepsStyleSheets;
     std::vector<Tag> m_openTags;
     std::array<int, HTMLVocabulary::tagCount> m_openCounts{}; ///< how often each tag is on the stack
     qsizetype m_currentLink = -1;                             ///< index of the open link, or -1
@@ -201,7 +206,8 @@ void Pass::writeStyle(qsizetype contentStart)
 {
     const HTMLReader::RawTextEnd end = HTMLReader::endOfRawText(m_html, contentStart, "style");
     const QString css = Text::fromRepairedUTF8(m_html.sliced(contentStart, end.contentEnd - contentStart));
-    m_output += "<style>" + sanitizeCSS(css).toUtf8() + "</style>";
+    if (m_keepsStyleSheets)
+        m_output += "<style>" + sanitizeCSS(css).toUtf8() + "</style>";
     m_position = end.next;
 }
 
@@ -402,10 +408,17 @@ ImageDecision Pass::decideRemoteImage(const QString& source, const RawAttributes
 
 } // namespace
 
-SanitizedHTML sanitize(const QString& html, const SanitizerOptions& options)
+QString Bodies::ofHTML(const QString& html, const SanitizerOptions& options, Sum& sum, bool keepsStyleSheets)
 {
     const QByteArray bytes = UTF8::encoded(html);
-    return Pass(bytes, options).run();
+    return Pass(bytes, options, sum, keepsStyleSheets).run();
+}
+
+SanitizedHTML sanitize(const QString& html, const SanitizerOptions& options)
+{
+    Bodies::Sum sum;
+    sum.result.document = documentAround(Bodies::ofHTML(html, options, sum, true), options.allowRemoteImages);
+    return sum.result;
 }
 
 } // namespace Larkhaven::HTMLSanitizer

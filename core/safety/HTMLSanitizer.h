@@ -4,7 +4,10 @@
 #include "safety/SanitizerOptions.h"
 
 #include <QHash>
+#include <QList>
 #include <QString>
+
+#include <optional>
 
 /// Rewrites the HTML of a message, which is hostile by assumption, into a document that can do nothing but
 /// show text, formatting and approved images.
@@ -35,6 +38,30 @@ SanitizedHTML sanitize(const QString& html, const SanitizerOptions& options);
 /// A message that has only a text body as a document: the text as it stands, with its http, https and mailto
 /// URLs as indirect links. No image may load.
 SanitizedHTML plainText(const QString& text);
+
+/// One of several messages in one document.
+struct Section {
+    /// A line above a message: "From:" and who it is from.
+    struct Line {
+        QString label;
+        QString value;
+
+        bool operator==(const Line&) const = default;
+    };
+
+    int depth = 0;               ///< how many messages are around it; 0 for the one that holds the others
+    QString name;                ///< what a screen reader calls it
+    QList<Line> heading;         ///< plain text
+    std::optional<QString> html; ///< hostile
+    QString text;                ///< where there is no HTML
+
+    bool operator==(const Section&) const = default;
+};
+
+/// A message and those that are forwarded within it, each before those within it, as one document. Each of
+/// them stands apart in a frame with its heading above it. It can't reach out of the frame: it has no style
+/// sheets, and what would lie beyond is cut off.
+SanitizedHTML sections(const QList<Section>& messages, const SanitizerOptions& options);
 
 /// The text with its character references resolved: numbers, and the 22 names that mail is likely to hide
 /// something behind. A semicolon is not required; what can't be read stays.

@@ -1,3 +1,4 @@
+#include "safety/Bodies.h"
 #include "safety/DocumentShell.h"
 #include "safety/HTMLSanitizer.h"
 #include "safety/LinkCleaner.h"
@@ -117,9 +118,8 @@ void appendLink(const QString& shown, const MailURL& url, QString& body, Sanitiz
 
 } // namespace
 
-SanitizedHTML plainText(const QString& text)
+QString Bodies::ofText(const QString& text, Sum& sum)
 {
-    SanitizedHTML result;
     QString body = u"<div class=\"lh-plain\">"_s;
     LinkScanner scanner(text);
     qsizetype written = 0;
@@ -129,12 +129,17 @@ SanitizedHTML plainText(const QString& text)
             continue;
         const qsizetype start = link->data() - text.constData();
         body += escapeHTML(text.sliced(written, start - written));
-        appendLink(link->toString(), *url, body, result);
+        appendLink(link->toString(), *url, body, sum.result);
         written = start + link->size();
     }
-    body += escapeHTML(text.sliced(written)) + "</div>"_L1;
-    result.document = documentAround(body, false);
-    return result;
+    return body += escapeHTML(text.sliced(written)) + "</div>"_L1;
+}
+
+SanitizedHTML plainText(const QString& text)
+{
+    Bodies::Sum sum;
+    sum.result.document = documentAround(Bodies::ofText(text, sum), false);
+    return sum.result;
 }
 
 } // namespace Larkhaven::HTMLSanitizer

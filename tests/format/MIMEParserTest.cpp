@@ -365,6 +365,47 @@ TEST(MIMEParser, JoinsTextAndAttachmentsOfAForwardedMessage)
     EXPECT_EQ(message.headers.value(u"Subject"), std::nullopt);
 }
 
+TEST(MIMEParser, TellsForwardedMessagesApart)
+{
+    const QByteArray innermost = "Content-Type: message/rfc822\r\n\r\nSubject: three\r\n\r\nthird";
+    const QByteArray inner =
+        "Subject: two\r\n" +
+        multipart({"\r\nsecond", innermost, "Content-Type: text/html\r\n\r\n<b>2</b>", "\r\nsecond again"})
+            .replace("=b\r\n", "=c\r\n")
+            .replace("--b", "--c");
+    const ParsedMessage message =
+        parse("Subject: one\r\n" + multipart({"\r\nfirst", "Content-Type: message/rfc822\r\n\r\n" + inner,
+                                              "Content-Type: text/html\r\n\r\n<b>1</b>"}));
+    ASSERT_EQ(message.sections.size(), 3);
+    const auto expect = [&message](qsizetype index, int depth, const QString& subject,
+                                   const std::optional<QString>& text, const std::optional<QString>& html) {
+        const MessageSection& section = message.sections[index];
+        EXPECT_EQ(section.depth, depth);
+        EXPECT_EQ(section.headers.subject(), subject);
+        EXPECT_EQ(section.textBody, text);
+        EXPECT_EQ(section.htmlBody, html);
+    };
+    expect(0, 0, u"one"_s, u"first"_s, u"<b>1</b>"_s);
+    expect(1, 1, u"two"_s, u"second\n\nsecond again"_s, u"<b>2</b>"_s);
+    expect(2, 2, u"three"_s, u"third"_s, std::nullopt);
+    EXPECT_EQ(message.textBody, u"first\n\nsecond\n\nthird\n\nsecond again"_s);
+    EXPECT_EQ(message.htmlBody, u"<b>2</b>"_s);
+    EXPECT_EQ(message.attachments.size(), 1);
+    EXPECT_TRUE(parse("Subject: one\r\n\r\nfirst").sections.isEmpty());
+}
+
+TEST(MIMEParser, TellsTheHTMLOfForwardedMessagesApart)
+{
+    const QByteArray forwarded = "Content-Type: message/rfc822\r\n\r\nContent-Type: text/html\r\n\r\n";
+    const ParsedMessage message = parse(multipart(
+        {"Content-Type: text/html\r\n\r\n<i>1</i>", forwarded + "<i>2</i>", forwarded + "<i>3</i>"}));
+    ASSERT_EQ(message.sections.size(), 3);
+    for (qsizetype index = 0; index < 3; ++index)
+        EXPECT_EQ(message.sections[index].htmlBody, u"<i>%1</i>"_s.arg(index + 1));
+    EXPECT_EQ(message.htmlBody, u"<i>1</i>"_s);
+    EXPECT_EQ(message.attachments.size(), 2);
+}
+
 TEST(MIMEParser, UndoesTheTransferEncodingOfAForwardedMessage)
 {
     const QByteArray inner = QByteArray("Content-Type: text/html\r\n\r\n<p>x").toBase64();

@@ -69,6 +69,35 @@ TEST_F(AppModelActions, MarkAllAsUnreadWhereAllAreRead)
     EXPECT_TRUE(model.messages()[3].isRead);
 }
 
+TEST_F(AppModelActions, TellOfTheOpenMessageAlsoWhereItIsOnNoPage)
+{
+    int told = 0;
+    QObject::connect(&model, &AppModel::openMessageChanged, &model, [&told] { ++told; });
+    model.open(model.messages()[0]);
+    provider.setListing(inbox, ModelFixture::rows(fixture.account(), 60).sliced(1));
+    await(model.load(0, true));
+    ASSERT_NE(model.messages()[0].id, u"1");
+    EXPECT_EQ(told, 0);
+    model.toggleStarred({*model.message(u"1"_s)});
+    EXPECT_EQ(told, 1);
+    EXPECT_TRUE(model.message(u"1"_s)->isStarred);
+    model.toggleStarred(rows(0, 1));
+    EXPECT_EQ(told, 1) << "another message";
+}
+
+TEST_F(AppModelActions, KnowOfTheOpenMessageWhatWasListedLast)
+{
+    model.open(model.messages()[0]);
+    QList<MessageSummary> listed = ModelFixture::rows(fixture.account(), 60);
+    listed[0].isStarred = true;
+    provider.setListing(inbox, listed);
+    await(model.load(0, true));
+    provider.setListing(inbox, listed.sliced(1));
+    await(model.load(0, true));
+    ASSERT_NE(model.messages()[0].id, u"1");
+    EXPECT_TRUE(model.message(u"1"_s)->isStarred);
+}
+
 TEST_F(AppModelActions, StarAllWhereAnyHasNoStarAndTakeTheStarFromAllWhereAllHaveIt)
 {
     model.toggleStarred(rows(0, 1));

@@ -161,6 +161,51 @@ TEST_F(MailCommandsTest, ListsWhatCanBeDoneToAMessage)
         EXPECT_TRUE(action->isSeparator() || !action->isEnabled()) << action->text().toStdString();
 }
 
+TEST_F(MailCommandsTest, FollowsAnOpenMessageThatHasLeftThePage)
+{
+    provider().setRaw(u"2"_s, "From: a@b.example\r\nSubject: S\r\n\r\ntext"_ba);
+    mail.read(u"2"_s);
+    mail.fill(ModelFixture::rows(mail.fixture.account(), 60).sliced(2));
+    model().start(model().refresh());
+    ASSERT_TRUE(waitUntil([this] { return model().messages().value(0).id == u"3"; }));
+    const auto& star = mail.child<QToolButton>("star");
+    const auto picture = [&star] { return star.icon().pixmap(16, 16).toImage(); };
+    const QImage plain = picture();
+    EXPECT_EQ(linesOf(*menu(u"Message"_s))[7], u"Add Star [Ctrl+Shift+L]");
+    press(u"Ctrl+Shift+L"_s);
+    EXPECT_EQ(linesOf(*menu(u"Message"_s))[7], u"Remove Star [Ctrl+Shift+L]");
+    EXPECT_NE(picture(), plain);
+    EXPECT_EQ(linesOf(*menu(u"Message"_s))[6], u"Mark as Unread [Ctrl+Shift+U]");
+    press(u"Ctrl+Shift+U"_s);
+    EXPECT_EQ(linesOf(*menu(u"Message"_s))[6], u"Mark as Read [Ctrl+Shift+U]");
+}
+
+TEST_F(MailCommandsTest, ActsOnTheOpenMessageInTheJunkAndInTheDrafts)
+{
+    const QByteArray raw = "From: a@b.example\r\nSubject: S\r\n\r\ntext"_ba;
+    const auto openIn = [&](Mailbox role) {
+        provider().setListing(MailboxRef::system(role), ModelFixture::rows(mail.fixture.account(), 3));
+        provider().setRaw(u"2"_s, raw);
+        model().selectMailbox(MailboxRef::system(role));
+        ASSERT_TRUE(waitUntil([this] { return !model().isLoading() && model().messages().size() == 3; }));
+        mail.read(u"2"_s);
+        // What is selected in the list counts for nothing while a message is open.
+        select(u"3"_s);
+    };
+    openIn(Mailbox::spam);
+    EXPECT_TRUE(linesOf(*menu(u"Message"_s)).contains(u"Not Spam [Ctrl+Shift+J]"_s));
+    provider().forgetCalls();
+    press(u"Ctrl+Shift+J"_s);
+    EXPECT_EQ(provider().calls().value(0), u"moveToInbox 2"_s);
+    EXPECT_TRUE(model().path().isEmpty());
+    openIn(Mailbox::drafts);
+    EXPECT_EQ(linesOf(*menu(u"Message"_s))[0], u"Edit Draft [Ctrl+O]"_s);
+    provider().forgetCalls();
+    press(u"Ctrl+O"_s);
+    ASSERT_TRUE(waitUntil([this] { return mail.window->composeWindows().windows().size() == 1; }));
+    EXPECT_EQ(mail.window->composeWindows().windows().first()->view().draft().draftMessageID, u"2"_s);
+}
+
 TEST_F(GoogleCommandsTest, CallsThingsAsGoogleDoes)
 {
     select(u"2"_s);

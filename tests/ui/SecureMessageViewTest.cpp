@@ -8,6 +8,7 @@
 #include <QSignalSpy>
 #include <QTest>
 #include <QWebEngineHistory>
+#include <QWebEnginePage>
 #include <QWebEngineProfile>
 #include <QWebEngineSettings>
 #include <QWebEngineView>
@@ -108,6 +109,84 @@ TEST_F(SecureMessageViewTest, KeepsItsZoomForTheNextDocument)
     view.display({filled(u"<div style=\"width:100px;height:100px;background:#ff0000\"></div>"_s), {}, 0, 0},
                  false, 2);
     EXPECT_TRUE(waitForColor(view, QPoint(150, 150), QColor(255, 0, 0)));
+}
+
+/// A message that does what it can to the scroll bar.
+const QString hostileStyle =
+    u"<style>html::-webkit-scrollbar,::-webkit-scrollbar{width:120px!important;background:#f00!important;"
+    "display:none!important}html::-webkit-scrollbar-thumb,::-webkit-scrollbar-thumb{background:#f00!"
+    "important;"
+    "border:9px solid #f00!important}::-webkit-scrollbar-track{background:#f00!important}"
+    "::-webkit-scrollbar-button{display:block!important;height:90px!important;background:#f00!important}"
+    "html,body{overflow:hidden!important;scrollbar-width:none!important;height:100%!important}"
+    "@layer{::-webkit-scrollbar{width:70px!important}}@layer larkhaven{::-webkit-scrollbar{width:99px!important}}</style>"_s;
+
+TEST_F(SecureMessageViewTest, DrawsItsOwnScrollBarWhateverAMessageSays)
+{
+    const QString page = filled(u"<div style=\"height:4000px\"></div>"_s);
+    for (const QString& style : {QString(), hostileStyle}) {
+        const QSignalSpy loads(&view, &SecureMessageView::loadFinished);
+        view.display({style + page, {}, 0, 0}, false, 1);
+        ASSERT_TRUE(waitUntil([&loads] { return !loads.isEmpty(); }));
+        ASSERT_TRUE(waitForColor(view, QPoint(390, 200), green)) << "8 px wide";
+        ASSERT_TRUE(waitForColor(view, QPoint(396, 200), Qt::white)) << "its track";
+        ASSERT_TRUE(waitUntilDrawn(view));
+        const QImage image = grab(view);
+        // 40% of the secondary colour on white; no arrows and no thumb of the message's.
+        const QColor thumb(0xc0, 0xbe, 0xc6);
+        const QColor seen = image.pixelColor(396, 16);
+        EXPECT_NEAR(seen.red(), thumb.red(), 3);
+        EXPECT_NEAR(seen.blue(), thumb.blue(), 3);
+        EXPECT_EQ(image.pixelColor(392, 0).lightness() > 200, true) << "its ends are round";
+        takeScreenshot(view, style.isEmpty() ? u"message-scroll-bar"_s : u"message-scroll-bar-hostile"_s);
+        view.webView().setFocus();
+        QTest::keyClick(&inputWidget(view), Qt::Key_End);
+        EXPECT_TRUE(waitUntil([this] { return view.webView().page()->scrollPosition().y() > 3000; }));
+    }
+}
+
+TEST_F(SecureMessageViewTest, ShowsADeadLinkAsText)
+{
+    const QString style =
+        u"<style>a{color:#1a73e8}a.x{color:#f00!important;text-decoration:underline!important}"
+        "body{color:#000;font:40px monospace}</style>"_s;
+    const auto hasColor = [this, &style](const QString& link) {
+        display(filled(style + link));
+        EXPECT_TRUE(waitUntilDrawn(view));
+        const QImage image = grab(view);
+        int colored = 0;
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x)
+                colored +=
+                    std::max(image.pixelColor(x, y).red(), image.pixelColor(x, y).blue()) > 150 ? 1 : 0;
+        }
+        return colored > 20;
+    };
+    EXPECT_TRUE(hasColor(u"<a href=\"larkhaven-link:0\">MMM</a>"_s));
+    EXPECT_FALSE(hasColor(u"<a>MMM</a>"_s));
+    EXPECT_FALSE(hasColor(u"<a class=\"x\">MMM</a>"_s));
+    EXPECT_FALSE(hasColor(u"<a style=\"color:#00f\">MMM</a>"_s));
+}
+
+TEST_F(SecureMessageViewTest, NamesTheDocumentByItsTitle)
+{
+    const QSignalSpy titles(view.webView().page(), &QWebEnginePage::titleChanged);
+    const QSignalSpy loads(&view, &SecureMessageView::loadFinished);
+    view.display(
+        {u"<!DOCTYPE html><html><head><title>theirs</title></head><body>x</body></html>"_s, {}, 0, 0}, false,
+        1, u"</title><b>A & B"_s);
+    ASSERT_TRUE(waitUntil([&loads] { return !loads.isEmpty(); }));
+    EXPECT_EQ(view.webView().page()->title(), u"</title><b>A & B");
+    EXPECT_EQ(pageText(view).trimmed(), u"x");
+    EXPECT_EQ(view.webView().accessibleName(), u"</title><b>A & B");
+}
+
+TEST_F(SecureMessageViewTest, HidesItsRefusalBesideAGoodMessage)
+{
+    display(filled(u"one"_s));
+    const auto labels = view.findChildren<QLabel*>();
+    ASSERT_EQ(labels.size(), 1);
+    EXPECT_FALSE(labels.first()->isVisible());
 }
 
 TEST_F(SecureMessageViewTest, HandsOutTheLinkOfAClick)

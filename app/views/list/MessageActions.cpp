@@ -47,8 +47,9 @@ MessageActions::MessageActions(AppModel& model, QMenu& menu, Place place, Items 
     addSender();
     if (m_place == Place::contextMenu)
         return;
-    for (const auto signal : {&AppModel::messagesChanged, &AppModel::selectionChanged, &AppModel::pathChanged,
-                              &AppModel::sidebarSelectionChanged, &AppModel::accountsChanged})
+    for (const auto signal :
+         {&AppModel::messagesChanged, &AppModel::selectionChanged, &AppModel::pathChanged,
+          &AppModel::openMessageChanged, &AppModel::sidebarSelectionChanged, &AppModel::accountsChanged})
         connect(&m_model, signal, this, &MessageActions::update);
     update();
 }

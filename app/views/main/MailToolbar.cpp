@@ -49,8 +49,9 @@ MailToolbar::MailToolbar(AppModel& model, QWidget* parent)
     addAnswer(m_forward, "forward",
               [](AppModel& target, const MessageSummary& row) { return target.forward(row); });
     makeLayout();
-    for (const auto signal : {&AppModel::messagesChanged, &AppModel::selectionChanged, &AppModel::pathChanged,
-                              &AppModel::sidebarSelectionChanged, &AppModel::accountsChanged}) {
+    for (const auto signal :
+         {&AppModel::messagesChanged, &AppModel::selectionChanged, &AppModel::pathChanged,
+          &AppModel::openMessageChanged, &AppModel::sidebarSelectionChanged, &AppModel::accountsChanged}) {
         connect(&model, signal, this, &MailToolbar::update);
     }
     update();

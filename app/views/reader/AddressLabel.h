@@ -3,16 +3,22 @@
 #include "domain/Message.h"
 
 #include <QLabel>
+#include <QStringList>
 
 namespace Larkhaven {
 
-/// What a label shows of addresses that an untrusted sender wrote. Both texts have passed `DisplayText`, and
-/// hold the first `mostShown` addresses, with an ellipsis where there are more.
-struct ShownAddresses {
-    static constexpr qsizetype mostShown = 60;
+class TextLink;
 
-    QString names;
-    QString mailboxes;   ///< with their names
+/// What a label shows of addresses that an untrusted sender wrote. Names and tooltip have passed
+/// `DisplayText`.
+struct ShownAddresses {
+    /// Of the addresses in the tooltip; an ellipsis stands for the others.
+    static constexpr qsizetype mostShown = 60;
+    /// Of the names that the label shows when it is unfolded.
+    static constexpr qsizetype mostNames = 500;
+
+    QStringList names;   ///< the first `mostNames`
+    QString mailboxes;   ///< the first `mostShown`, with their names
     QString copied;      ///< every address, with ", " between them
     qsizetype count = 0; ///< of the addresses, including those that aren't shown
 
@@ -22,16 +28,25 @@ struct ShownAddresses {
     bool operator==(const ShownAddresses&) const = default;
 };
 
-/// Shows addresses by their names, selectable and on as many lines as they take, up to a few. The addresses
-/// themselves stand in the tooltip and are what Copy takes.
+/// Shows addresses by their names, selectable, on at most `foldedLines` lines; "and 998 more" behind them
+/// unfolds the others. The addresses themselves stand in the tooltip and are what Copy takes.
+///
+/// The names follow each other in the direction of the window, and each keeps its own.
 class AddressLabel : public QLabel {
     Q_OBJECT
 
 public:
+    static constexpr int foldedLines = 2;
+
     explicit AddressLabel(QWidget* parent = nullptr);
 
-    /// Shows the placeholder where there are none.
+    /// Shows the placeholder where there are none. The label is folded again where they are others.
     void setAddresses(const ShownAddresses& addresses, const QString& placeholder);
+
+    bool hasHeightForWidth() const override { return true; }
+    int heightForWidth(int width) const override;
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
 
 public Q_SLOTS:
     /// Copies all addresses, or what is selected of the placeholder.
@@ -41,9 +56,31 @@ protected:
     bool event(QEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void changeEvent(QEvent* event) override;
 
 private:
-    QString m_copied;
+    /// What stands on the lines of a width.
+    struct Shown {
+        QString text;
+        qsizetype hidden = 0; ///< addresses that aren't in the text
+        QRectF more;          ///< the place of the button; empty where there is none
+        double height = 0;
+    };
+
+    Shown shownOn(int width) const;
+    Shown folded(int width) const;
+    Shown unfolded(int width) const;
+    /// All names; `ends` tells where each of them ends.
+    QString joined(QList<qsizetype>& ends) const;
+    QString moreText(qsizetype hidden) const;
+    void layOut();
+    void toggle();
+
+    ShownAddresses m_addresses;
+    QString m_placeholder;
+    TextLink* m_more;
+    bool m_isUnfolded = false;
 };
 
 } // namespace Larkhaven

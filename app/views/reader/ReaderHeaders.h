@@ -8,12 +8,14 @@
 
 #include <optional>
 
+class QBoxLayout;
 class QGridLayout;
 class QLabel;
 
 namespace Larkhaven {
 
 class FlatButton;
+class SubjectLabel;
 
 /// What the block shows of the headers of a message. Bounded, but for what Copy takes of the addresses.
 struct ShownHeaders {
@@ -26,22 +28,39 @@ struct ShownHeaders {
     /// Pure, from any thread. Linear: an untrusted sender may write 18 MB of them, so it is work for a
     /// worker.
     static ShownHeaders read(const MIMEHeaders& headers);
+    /// What a row of the list knows of them, bounded: of more receivers than are shown, Copy takes these
+    /// alone.
+    static ShownHeaders of(const MessageSummary& row);
 
     bool operator==(const ShownHeaders&) const = default;
 };
 
-/// The headers of the message in the reader: its subject, then who, to whom and when, all of it selectable.
+/// The headers of the message in the reader: its subject and date, then who and to whom, all of it
+/// selectable. The date stands at the right of the first line; in a narrow block it is a row of its own.
 class ReaderHeaders : public QWidget {
     Q_OBJECT
 
 public:
+    /// What stands beside the subject.
+    struct Marks {
+        bool isStarred = false;
+        bool hasAttachments = false;
+        qsizetype attachments = 0; ///< how many; 0 while that isn't known
+
+        bool operator==(const Marks&) const = default;
+    };
+
     explicit ReaderHeaders(QWidget* parent = nullptr);
 
     /// `fallbackDate` is shown where the headers have no date that can be read.
     void setHeaders(const ShownHeaders& headers, const std::optional<QDateTime>& fallbackDate);
+    void setMarks(const Marks& marks);
 
 Q_SIGNALS:
     void backRequested();
+
+protected:
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
     struct Row {
@@ -49,17 +68,28 @@ private:
         QLabel* value;
     };
 
-    Row addRow(const QString& name, const QString& objectName);
+    Row addRow(const QString& name, QLabel* value, const QString& objectName);
     void setAddresses(const Row& row, const ShownAddresses& addresses, const QString& placeholder);
+    void setDate(const std::optional<QDateTime>& date);
+    void placeDate();
+    void showMarks();
     void applyStyle();
 
     FlatButton* m_back;
-    QLabel* m_subject;
+    SubjectLabel* m_subject;
+    QLabel* m_star;
+    QLabel* m_clip;
+    QLabel* m_count; ///< of the attachments
+    QBoxLayout* m_titleLine;
     QGridLayout* m_grid;
     Row m_from;
     Row m_to;
     Row m_cc;
     Row m_date;
+    int m_dateRow = 0;
+    bool m_hasDate = false;
+    bool m_isDateBeside = false; ///< the subject, in the first line
+    Marks m_marks;
 };
 
 } // namespace Larkhaven

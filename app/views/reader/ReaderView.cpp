@@ -3,17 +3,19 @@
 #include "format/MailEncoding.h"
 #include "platform/Tasks.h"
 #include "providers/FetchParsed.h"
-#include "safety/HTMLSanitizer.h"
 #include "safety/LinkCleaner.h"
 #include "views/reader/AttachmentsRow.h"
+#include "views/reader/MessageDocument.h"
 #include "views/reader/ReaderBanner.h"
 #include "views/reader/SavedFile.h"
 #include "views/reader/SecureMessageView.h"
+#include "views/style/DisplayText.h"
 #include "views/style/EmptyStateView.h"
 #include "views/style/NoticeBanner.h"
 #include "views/style/PlainAlert.h"
 #include "views/style/Style.h"
 
+#include <QApplication>
 #include <QDesktopServices>
 #include <QFileDialog>
 #include <QKeyEvent>
@@ -22,13 +24,17 @@
 #include <QPainter>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QScopedValueRollback>
 #include <QScrollArea>
+#include <QScrollBar>
 #include <QStackedLayout>
 #include <QStandardPaths>
 #include <QVBoxLayout>
+#include <QWebEnginePage>
 #include <QWebEngineView>
 
 #include <algorithm>
+#include <chrono>
 
 using namespace Qt::StringLiterals;
 
@@ -36,36 +42,41 @@ namespace Larkhaven {
 
 namespace {
 
-/// The white sheet on which a message stands, in both schemes.
+/// The white sheet on which a message stands, in both schemes; with a ring while the message has the
+/// keyboard.
 class Card : public QWidget {
 public:
-    using QWidget::QWidget;
+    explicit Card(SecureMessageView& message)
+        : m_message(message)
+    {
+        auto* const layout = new QVBoxLayout(this);
+        // The corners of the card stay free of the page, which has none.
+        layout->setContentsMargins(Style::grid, Style::grid, Style::grid, Style::grid);
+        layout->addWidget(&message);
+        connect(qApp, &QApplication::focusChanged, this, qOverload<>(&QWidget::update));
+    }
 
 protected:
     void paintEvent(QPaintEvent*) override
     {
+        const Style::Colors& colors = Style::shared().colors();
+        const bool hasKeyboard = m_message.isAncestorOf(QApplication::focusWidget());
+        const double width = hasKeyboard ? Style::ring : 1;
+        const double half = width / 2;
         QPainter painter(this);
         painter.setRenderHint(QPainter::Antialiasing);
-        painter.setPen(QPen(Style::shared().colors().hairline, 1));
+        painter.setPen(QPen(hasKeyboard ? colors.accent : colors.hairline, width));
         painter.setBrush(Qt::white);
-        painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), Style::cardRadius,
+        painter.drawRoundedRect(QRectF(rect()).adjusted(half, half, -half, -half), Style::cardRadius,
                                 Style::cardRadius);
     }
+
+private:
+    SecureMessageView& m_message;
 };
 
-SanitizedHTML makeHarmless(const ParsedMessage& message, bool showRemote)
-{
-    if (!message.htmlBody)
-        return HTMLSanitizer::plainText(message.textBody.value_or(QString()));
-    SanitizerOptions options;
-    options.allowRemoteImages = showRemote;
-    options.indirectLinks = true;
-    for (const MailAttachment& attachment : message.attachments) {
-        if (attachment.contentID)
-            options.inlineImages.insert(*attachment.contentID, {attachment.mimeType, attachment.data});
-    }
-    return HTMLSanitizer::sanitize(*message.htmlBody, options);
-}
+/// What loads faster needs no sign that it does.
+constexpr std::chrono::milliseconds patience{150};
 
 } // namespace
 
@@ -83,29 +94,31 @@ ReaderView::ReaderView(AppModel& model, Desktop desktop, QWidget* parent)
     , m_model(model)
     , m_desktop(std::move(desktop))
     , m_states(new QStackedLayout(this))
-    , m_progress(new QWidget)
     , m_error(new EmptyStateView)
     , m_scroll(new QScrollArea)
     , m_content(new QWidget)
     , m_headers(new ReaderHeaders)
     , m_banner(new ReaderBanner)
     , m_incomplete(new NoticeBanner(tr("Parts of this message could not be read."), tr("Show Source")))
-    , m_card(new Card)
+    , m_body(new QStackedLayout)
+    , m_waiting(new QWidget)
+    , m_progress(new QProgressBar)
     , m_message(new SecureMessageView)
+    , m_card(new Card(*m_message))
     , m_attachments(new AttachmentsRow)
 {
     setObjectName("reader"_L1);
-    auto* const bar = new QProgressBar;
-    bar->setRange(0, 0);
-    bar->setTextVisible(false);
-    bar->setFixedSize(160, Style::grid);
-    auto* const progressLayout = new QVBoxLayout(m_progress);
-    progressLayout->addWidget(bar, 0, Qt::AlignCenter);
+    m_progress->setRange(0, 0);
+    m_progress->setTextVisible(false);
+    m_progress->setFixedSize(160, Style::grid);
+    m_progress->setAccessibleName(tr("Loading the message"));
+    m_progress->hide();
+    auto* const progressLayout = new QVBoxLayout(m_waiting);
+    progressLayout->addWidget(m_progress, 0, Qt::AlignCenter);
+    m_patience.setSingleShot(true);
+    m_patience.setInterval(patience);
+    connect(&m_patience, &QTimer::timeout, m_progress, &QWidget::show);
 
-    auto* const cardLayout = new QVBoxLayout(m_card);
-    // The corners of the card stay free of the page, which has none.
-    cardLayout->setContentsMargins(Style::grid, Style::grid, Style::grid, Style::grid);
-    cardLayout->addWidget(m_message);
     auto* const bannerLine = new QVBoxLayout;
     bannerLine->setContentsMargins(Style::largePadding, 0, Style::largePadding, Style::padding);
     bannerLine->setSpacing(Style::smallPadding);
@@ -114,7 +127,9 @@ ReaderView::ReaderView(AppModel& model, Desktop desktop, QWidget* parent)
     bannerLine->addWidget(m_banner);
     auto* const cardLine = new QVBoxLayout;
     cardLine->setContentsMargins(Style::largePadding, 0, Style::largePadding, Style::padding);
-    cardLine->addWidget(m_card, 1);
+    m_body->addWidget(m_waiting);
+    m_body->addWidget(m_card);
+    cardLine->addLayout(m_body, 1);
     auto* const contentLayout = new QVBoxLayout(m_content);
     contentLayout->setContentsMargins(0, 0, 0, 0);
     contentLayout->setSpacing(0);
@@ -122,7 +137,6 @@ ReaderView::ReaderView(AppModel& model, Desktop desktop, QWidget* parent)
     contentLayout->addLayout(bannerLine);
     contentLayout->addLayout(cardLine, 1);
     contentLayout->addWidget(m_attachments);
-    m_states->addWidget(m_progress);
     m_states->addWidget(m_error);
     // Where headers and attachments leave no room for the message, the whole of it scrolls.
     m_scroll->setFrameShape(QFrame::NoFrame);
@@ -142,12 +156,16 @@ ReaderView::ReaderView(AppModel& model, Desktop desktop, QWidget* parent)
             [this](const MailAttachment& attachment) { m_model.start(saveAttachment(attachment)); });
     connect(m_message, &SecureMessageView::linkActivated, this, &ReaderView::followLink);
     connect(m_message, &SecureMessageView::loadFinished, this, &ReaderView::shown);
+    connect(m_message, &SecureMessageView::uncovered, this, [this] { passFocus(Qt::OtherFocusReason); });
     // The engine takes the keys in a child of its own, which comes and goes.
     m_message->webView().installEventFilter(this);
     if (QWidget* const proxy = m_message->webView().focusProxy())
         proxy->installEventFilter(this);
+    for (const auto signal : {&AppModel::messagesChanged, &AppModel::openMessageChanged})
+        connect(&model, signal, this, &ReaderView::showMarks);
     connect(&Style::shared(), &Style::changed, this, &ReaderView::applyStyle);
-    setFocusPolicy(Qt::StrongFocus);
+    // The Tab key leads to what is in it.
+    setFocusPolicy(Qt::ClickFocus);
     applyStyle();
 }
 
@@ -233,7 +251,9 @@ Task<> ReaderView::render()
     if (!m_parsed)
         co_return;
     const bool showRemote = m_showRemote;
-    const auto work = [message = *m_parsed, showRemote] { return makeHarmless(message, showRemote); };
+    const auto work = [message = *m_parsed, showRemote] {
+        return MessageDocument::make(message, showRemote);
+    };
     SanitizedHTML result = co_await runOnWorker(work);
     if (!self || m_generation != generation || m_showRemote != showRemote)
         co_return;
@@ -252,6 +272,8 @@ void ReaderView::setShowRemote(bool isShown)
     if (m_showRemote == isShown)
         return;
     m_showRemote = isShown;
+    // The button goes, and the document gives way to another.
+    setFocus();
     m_model.start(render());
 }
 
@@ -270,18 +292,53 @@ void ReaderView::update()
         m_states->setCurrentWidget(m_error);
         return;
     }
-    if (!m_parsed || !m_rendered) {
-        m_states->setCurrentWidget(m_progress);
+    showHeaders();
+    showBody();
+    m_states->setCurrentWidget(m_scroll);
+}
+
+void ReaderView::showHeaders()
+{
+    const std::optional<MessageSummary> summary = m_model.message(m_messageID);
+    const ShownHeaders known = m_parsed  ? m_shownHeaders
+                               : summary ? ShownHeaders::of(*summary)
+                                         : ShownHeaders();
+    m_headers->setHeaders(known, summary ? std::optional(summary->date) : std::nullopt);
+    showMarks();
+}
+
+void ReaderView::showMarks()
+{
+    const std::optional<MessageSummary> summary = m_model.message(m_messageID);
+    const qsizetype attachments = m_parsed ? m_parsed->listedAttachments().size() : 0;
+    m_headers->setMarks({summary && summary->isStarred,
+                         m_parsed ? attachments > 0 : summary && summary->hasAttachments, attachments});
+}
+
+void ReaderView::showBody()
+{
+    const bool isThere = m_parsed && m_rendered;
+    m_banner->setState(isThere && m_rendered->blockedRemoteImages > 0 && !m_showRemote,
+                       isThere ? m_rendered->trackers : 0);
+    m_incomplete->setVisible(isThere && m_parsed->isIncomplete);
+    m_attachments->setAttachments(isThere ? m_parsed->listedAttachments() : QList<MailAttachment>());
+    m_body->setCurrentWidget(isThere ? m_card : m_waiting);
+    if (!isThere) {
+        m_progress->hide();
+        m_patience.start();
         return;
     }
-    const std::optional<MessageSummary> summary = m_model.message(m_messageID);
-    m_headers->setHeaders(m_shownHeaders, summary ? std::optional(summary->date) : std::nullopt);
-    m_banner->setState(m_rendered->blockedRemoteImages > 0 && !m_showRemote, m_rendered->trackers);
-    m_incomplete->setVisible(m_parsed->isIncomplete);
-    m_attachments->setAttachments(m_parsed->listedAttachments());
-    m_states->setCurrentWidget(m_scroll);
+    m_patience.stop();
+    m_progress->hide();
+    // The engine's widget goes with its document.
+    if (m_message->isAncestorOf(QApplication::focusWidget())) {
+        const QScopedValueRollback keeping(m_keepsFocus, true);
+        setFocus();
+    }
     m_message->display(*m_rendered, m_showRemote,
-                       static_cast<double>(Style::shared().textSize()) / Style::standardTextSize);
+                       static_cast<double>(Style::shared().textSize()) / Style::standardTextSize,
+                       DisplayText::bounded(title()));
+    passFocus(Qt::OtherFocusReason);
 }
 
 // --- Links
@@ -356,6 +413,12 @@ Task<> ReaderView::saveAttachment(MailAttachment attachment)
     co_await runOnWorker(work);
 }
 
+void ReaderView::passFocus(Qt::FocusReason reason)
+{
+    if (hasFocus() && !m_keepsFocus && !m_message->isCovered())
+        m_message->webView().setFocus(reason);
+}
+
 bool ReaderView::handleKey(QKeyEvent* event)
 {
     const bool isPlain = (event->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
@@ -367,10 +430,40 @@ bool ReaderView::handleKey(QKeyEvent* event)
     return true;
 }
 
+bool ReaderView::scrollAround(const QKeyEvent& event)
+{
+    QScrollBar& bar = *m_scroll->verticalScrollBar();
+    const bool isBack = event.modifiers() == Qt::ShiftModifier && event.key() == Qt::Key_Space;
+    if (event.modifiers().testFlag(Qt::ControlModifier) || event.modifiers().testFlag(Qt::AltModifier))
+        return false;
+    const bool isAtTop = m_message->webView().page()->scrollPosition().y() <= 0;
+    const int before = bar.value();
+    if (event.key() == Qt::Key_Home || event.key() == Qt::Key_End) {
+        // The message goes to the same end.
+        bar.setValue(event.key() == Qt::Key_Home ? bar.minimum() : bar.maximum());
+        return false;
+    }
+    if (event.key() == Qt::Key_PageDown || (event.key() == Qt::Key_Space && !isBack))
+        bar.setValue(before + bar.pageStep());
+    else if (event.key() == Qt::Key_Down)
+        bar.setValue(before + bar.singleStep());
+    else if (isAtTop && (event.key() == Qt::Key_PageUp || isBack))
+        bar.setValue(before - bar.pageStep());
+    else if (isAtTop && event.key() == Qt::Key_Up)
+        bar.setValue(before - bar.singleStep());
+    return bar.value() != before;
+}
+
 void ReaderView::keyPressEvent(QKeyEvent* event)
 {
     if (!handleKey(event))
         QWidget::keyPressEvent(event);
+}
+
+void ReaderView::focusInEvent(QFocusEvent* event)
+{
+    QWidget::focusInEvent(event);
+    passFocus(event->reason());
 }
 
 bool ReaderView::eventFilter(QObject* watched, QEvent* event)
@@ -379,9 +472,10 @@ bool ReaderView::eventFilter(QObject* watched, QEvent* event)
         // The engine's own widget, which gets the keys; each document has another.
         static_cast<QChildEvent*>(event)->child()->installEventFilter(this);
     }
-    if (event->type() == QEvent::KeyPress && handleKey(static_cast<QKeyEvent*>(event)))
-        return true;
-    return QWidget::eventFilter(watched, event);
+    if (event->type() != QEvent::KeyPress)
+        return QWidget::eventFilter(watched, event);
+    auto* const key = static_cast<QKeyEvent*>(event);
+    return handleKey(key) || scrollAround(*key);
 }
 
 } // namespace Larkhaven

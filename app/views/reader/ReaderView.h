@@ -6,12 +6,14 @@
 #include "safety/SanitizedHTML.h"
 #include "views/reader/ReaderHeaders.h"
 
+#include <QTimer>
 #include <QUrl>
 #include <QWidget>
 
 #include <functional>
 #include <optional>
 
+class QProgressBar;
 class QScrollArea;
 class QStackedLayout;
 
@@ -25,7 +27,8 @@ class SecureMessageView;
 
 /// The pane that shows one message: its headers, a banner about what was held back, the message in its
 /// sandbox, and its attachments. It owns the decisions around a message: whether remote content loads, what a
-/// click on a link does, how attachments are saved.
+/// click on a link does, how attachments are saved. What the row of the list knows of the headers shows at
+/// once, while the message is fetched.
 ///
 /// One pane serves one message after another; each gets a fresh decision about remote content.
 class ReaderView : public QWidget {
@@ -65,15 +68,24 @@ Q_SIGNALS:
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     Task<> load(QString messageID);
     Task<> render();
     void update();
+    void showHeaders();
+    void showMarks();
+    void showBody();
     void setLoadError(const QString& text);
     void setShowRemote(bool isShown);
+    /// Gives the message the keys that the pane would get, as soon as it can take them.
+    void passFocus(Qt::FocusReason reason);
     bool handleKey(QKeyEvent* event);
+    /// Where headers and message don't fit the pane, the keys that scroll the message bring all of it to
+    /// light first. Whether they have.
+    bool scrollAround(const QKeyEvent& event);
     void confirmLink(const LinkRecord& link, const QStringList& warnings);
     void openLink(const LinkRecord& link);
     QString destination(const LinkRecord& link) const;
@@ -90,18 +102,22 @@ private:
     std::optional<SanitizedHTML> m_rendered;
     std::optional<QString> m_loadError;
     bool m_showRemote = false;
+    bool m_keepsFocus = false;               ///< a document that goes gets none
     std::optional<LinkRecord> m_pendingLink; ///< waits for a confirmation
 
     QStackedLayout* m_states;
-    QWidget* m_progress;
     EmptyStateView* m_error;
     QScrollArea* m_scroll;
     QWidget* m_content;
     ReaderHeaders* m_headers;
     ReaderBanner* m_banner;
     NoticeBanner* m_incomplete;
-    QWidget* m_card;
+    QStackedLayout* m_body; ///< the card, or what waits in its place
+    QWidget* m_waiting;
+    QProgressBar* m_progress;
+    QTimer m_patience; ///< until it shows
     SecureMessageView* m_message;
+    QWidget* m_card; ///< around it
     AttachmentsRow* m_attachments;
 };
 

@@ -2,6 +2,8 @@
 
 #include "domain/MailError.h"
 #include "safety/HTMLSanitizer.h"
+#include "views/reader/EngineAccessibility.h"
+#include "views/style/DisplayText.h"
 
 #include <QAuthenticator>
 #include <QBuffer>
@@ -53,19 +55,40 @@ ContentBlocker::Resource resourceOf(QWebEngineUrlRequestInfo::ResourceType type)
     }
 }
 
-/// Behind every document: this engine draws a broken image where a message's own style keeps a blocked one
-/// from being hidden.
-constexpr const char* blockedImagesStyle = "<style>img[data-lh-blocked]{display:none!important}</style>";
-
 /// Before all of a document: no name is looked up for a link that might be clicked. The first word counts, so
 /// that nothing in the document can allow it.
 constexpr const char* noPrefetch =
     "<!DOCTYPE html><meta http-equiv=\"x-dns-prefetch-control\" content=\"off\">";
 
-/// The document between what it can't take back.
-QByteArray framed(const QString& document)
+/// What is ours in every document, in a layer before all of the message's own styles: of two rules that are
+/// important, the one in the earlier layer counts, however exact the other one is (CSS Cascading 5, 6.4.4).
+/// As it has no name, nothing of a message can join it.
+///
+/// - Scroll bars as those of the windows; "all" leaves nothing of them to a message. Nor can it keep its page
+///   from being scrolled. The colour is the light scheme's: the page is white in both.
+/// - Where a link leads nowhere, it is text.
+/// - This engine draws a broken image where a message's own style keeps a blocked one from being hidden.
+constexpr const char* ownStyle =
+    "<style>@layer{"
+    "::-webkit-scrollbar{all:unset!important;width:8px!important;height:8px!important}"
+    "::-webkit-scrollbar-button{all:unset!important;display:none!important}"
+    "::-webkit-scrollbar-track,::-webkit-scrollbar-track-piece,::-webkit-scrollbar-corner,::-webkit-resizer"
+    "{all:unset!important;background:#fff!important}"
+    "::-webkit-scrollbar-thumb{all:unset!important;background:rgba(98,93,112,.4)!important;"
+    "border-radius:4px!important;min-width:32px!important;min-height:32px!important}"
+    "::-webkit-scrollbar-thumb:hover{background:rgb(98,93,112)!important}"
+    "*{scrollbar-width:auto!important;scrollbar-color:auto!important}"
+    "html{overflow:auto!important}body{overflow:visible!important}"
+    "a:not([href]){color:inherit!important;text-decoration:none!important;cursor:inherit!important}"
+    "img[data-lh-blocked]{display:none!important}"
+    "}</style>";
+
+/// The document behind what it can't take back. The title is what a screen reader calls it.
+QByteArray framed(const QString& document, const QString& title)
 {
-    return noPrefetch + document.toUtf8() + blockedImagesStyle;
+    const QString named =
+        title.isEmpty() ? QString() : u"<title>%1</title>"_s.arg(HTMLSanitizer::escapeHTML(title));
+    return noPrefetch + named.toUtf8() + ownStyle + document.toUtf8();
 }
 
 /// A page whose remote images take their time is shown before they are there.
@@ -216,8 +239,8 @@ SecureMessageView::SecureMessageView(QWidget* parent, RuleLists ruleLists)
     , m_view(new QWebEngineView)
     , m_cover(new QWidget)
     , m_refusal(new QLabel(tr("Unable to display this message safely.")))
-    , m_layout(new QStackedLayout(this))
 {
+    EngineAccessibility::decide();
     makeProfile();
     makePage();
     m_view->setContextMenuPolicy(Qt::NoContextMenu);
@@ -226,18 +249,19 @@ SecureMessageView::SecureMessageView(QWidget* parent, RuleLists ruleLists)
     m_refusal->setWordWrap(true);
     // The page stays visible to its engine, which would else stop drawing; what stands on top is what the
     // user sees.
-    m_layout->setStackingMode(QStackedLayout::StackAll);
+    auto* const layout = new QStackedLayout(this);
+    layout->setStackingMode(QStackedLayout::StackAll);
+    layout->addWidget(m_view);
     for (QWidget* const sheet : {m_cover, static_cast<QWidget*>(m_refusal)}) {
         QPalette white = sheet->palette();
         white.setColor(QPalette::Window, Qt::white);
         white.setColor(QPalette::WindowText, Qt::black);
         sheet->setPalette(white);
         sheet->setAutoFillBackground(true);
+        layout->addWidget(sheet);
     }
-    m_layout->addWidget(m_view);
-    m_layout->addWidget(m_cover);
-    m_layout->addWidget(m_refusal);
-    m_layout->setCurrentWidget(m_cover);
+    layout->setCurrentWidget(m_cover);
+    m_refusal->hide();
     m_uncoverTimer.setSingleShot(true);
     m_uncoverTimer.setInterval(longestCover);
     connect(&m_uncoverTimer, &QTimer::timeout, this, &SecureMessageView::uncover);
@@ -305,20 +329,23 @@ void SecureMessageView::makePage()
     m_page.reset(page);
 }
 
-void SecureMessageView::display(const SanitizedHTML& content, bool allowRemoteImages, double zoom)
+void SecureMessageView::display(const SanitizedHTML& content, bool allowRemoteImages, double zoom,
+                                const QString& title)
 {
     m_links = content.links;
     setZoom(zoom);
-    const QByteArray hash = QCryptographicHash::hash(content.document.toUtf8(), QCryptographicHash::Sha256);
+    m_view->setAccessibleName(DisplayText::bounded(title));
+    const QByteArray document = framed(content.document, title);
+    const QByteArray hash = QCryptographicHash::hash(document, QCryptographicHash::Sha256);
     const QString key = (allowRemoteImages ? u"true|"_s : u"false|"_s) + QString::fromLatin1(hash.toHex());
     if (m_loadedKey == key)
         return;
     m_loadedKey = key;
-    load(content.document,
+    load(document,
          allowRemoteImages ? ContentBlocker::Mode::httpsImagesOnly : ContentBlocker::Mode::blockAll);
 }
 
-void SecureMessageView::load(const QString& document, ContentBlocker::Mode mode)
+void SecureMessageView::load(const QByteArray& document, ContentBlocker::Mode mode)
 {
     try {
         m_filter->setRules(&m_ruleLists(mode));
@@ -331,7 +358,7 @@ void SecureMessageView::load(const QString& document, ContentBlocker::Mode mode)
     // A page for each document: nothing of the one before is left, not even its process.
     makePage();
     ++m_loadCount;
-    m_server->setDocument(framed(document));
+    m_server->setDocument(document);
     m_page->allowNextLoad();
     m_page->load(documentURL());
 }
@@ -349,14 +376,23 @@ void SecureMessageView::clear()
 void SecureMessageView::cover()
 {
     // The message before must not be seen under the headers of this one.
-    m_layout->setCurrentWidget(m_cover);
+    m_refusal->hide();
+    m_cover->show();
+    m_cover->raise();
     m_uncoverTimer.start();
 }
 
 void SecureMessageView::uncover()
 {
-    if (!m_loadedKey.isEmpty() && m_layout->currentWidget() == m_cover)
-        m_layout->setCurrentWidget(m_view);
+    if (m_loadedKey.isEmpty() || m_cover->isHidden())
+        return;
+    m_cover->hide();
+    Q_EMIT uncovered();
+}
+
+bool SecureMessageView::isCovered() const
+{
+    return m_loadedKey.isEmpty() || !m_cover->isHidden();
 }
 
 void SecureMessageView::finishLoad(bool isSuccess)
@@ -370,7 +406,9 @@ void SecureMessageView::finishLoad(bool isSuccess)
 
 void SecureMessageView::showRefusal()
 {
-    m_layout->setCurrentWidget(m_refusal);
+    m_cover->hide();
+    m_refusal->show();
+    m_refusal->raise();
 }
 
 void SecureMessageView::setZoom(double zoom)

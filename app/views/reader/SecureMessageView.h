@@ -11,7 +11,6 @@
 #include <memory>
 
 class QLabel;
-class QStackedLayout;
 class QUrl;
 class QWebEngineProfile;
 class QWebEngineView;
@@ -39,13 +38,16 @@ public:
     ~SecureMessageView() override;
 
     /// Shows the message. The same document under the same setting is not loaded again; links and zoom are in
-    /// force at once.
-    void display(const SanitizedHTML& content, bool allowRemoteImages, double zoom);
+    /// force at once. The title names the document to assistive technology; it is bounded by the caller.
+    void display(const SanitizedHTML& content, bool allowRemoteImages, double zoom,
+                 const QString& title = {});
     /// 1 is 100%.
     void setZoom(double zoom);
     /// Leaves an empty page.
     void clear();
 
+    /// Whether no document can be seen.
+    bool isCovered() const;
     /// How often a document was loaded.
     int loadCount() const { return m_loadCount; }
     QWebEngineView& webView() const { return *m_view; }
@@ -57,6 +59,8 @@ public Q_SLOTS:
 
 Q_SIGNALS:
     void linkActivated(const Larkhaven::LinkRecord& link);
+    /// The document can be seen and takes keys; its remote images may still be on their way.
+    void uncovered();
     /// The document of the last `display` is complete.
     void loadFinished(bool isSuccess);
 
@@ -70,7 +74,7 @@ private:
 
     void makeProfile();
     void makePage();
-    void load(const QString& document, ContentBlocker::Mode mode);
+    void load(const QByteArray& document, ContentBlocker::Mode mode);
     void finishLoad(bool isSuccess);
     void cover();
     void uncover();
@@ -86,7 +90,6 @@ private:
     QWebEngineView* m_view;
     QWidget* m_cover; ///< hides the last message until the next one is drawn
     QLabel* m_refusal;
-    QStackedLayout* m_layout;
     QList<LinkRecord> m_links;
     QString m_loadedKey; ///< which document and setting was loaded last; empty: none
     QTimer m_uncoverTimer;

@@ -1,0 +1,92 @@
+#include "views/reader/SubjectLabel.h"
+
+#include "views/reader/TextLines.h"
+#include "views/style/DisplayText.h"
+
+#include <QEvent>
+#include <QFontMetrics>
+
+#include <algorithm>
+#include <cmath>
+
+using namespace Qt::StringLiterals;
+
+namespace Larkhaven {
+
+SubjectLabel::SubjectLabel(QWidget* parent)
+    : QLabel(parent)
+{
+    setTextFormat(Qt::PlainText);
+    setWordWrap(true);
+    setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    changeEvent(nullptr);
+}
+
+void SubjectLabel::setSubject(const QString& subject)
+{
+    const QString shown = DisplayText::bounded(subject);
+    if (m_subject == shown)
+        return;
+    m_subject = shown;
+    setAccessibleName(shown);
+    updateGeometry();
+    layOut();
+}
+
+int SubjectLabel::textWidth(int width) const
+{
+    const QMargins margins = contentsMargins();
+    return std::max(1, width - margins.left() - margins.right());
+}
+
+int SubjectLabel::heightForWidth(int width) const
+{
+    const QMargins margins = contentsMargins();
+    const TextLines lines = TextLines::of(m_subject, font(), textWidth(width), mostLines);
+    return static_cast<int>(std::ceil(lines.height)) + margins.top() + margins.bottom();
+}
+
+QSize SubjectLabel::sizeHint() const
+{
+    const int width = QFontMetrics(font()).horizontalAdvance(m_subject);
+    return {width, heightForWidth(width)};
+}
+
+QSize SubjectLabel::minimumSizeHint() const
+{
+    const QFontMetrics metrics(font());
+    return {metrics.averageCharWidth() * 6, metrics.height()};
+}
+
+void SubjectLabel::layOut()
+{
+    const int width = textWidth(this->width());
+    const TextLines lines = TextLines::of(m_subject, font(), width, mostLines);
+    const bool isWhole = lines.to >= m_subject.size();
+    QString shown = m_subject;
+    if (!isWhole)
+        shown = m_subject.first(lines.lastFrom) +
+                QFontMetrics(font()).elidedText(m_subject.sliced(lines.lastFrom), Qt::ElideRight, width - 2);
+    setText(TextLines::breakable(shown, font(), width, mostLines));
+    setToolTip(isWhole ? QString() : DisplayText::toolTip(m_subject));
+}
+
+void SubjectLabel::resizeEvent(QResizeEvent* event)
+{
+    QLabel::resizeEvent(event);
+    layOut();
+}
+
+void SubjectLabel::changeEvent(QEvent* event)
+{
+    if (event)
+        QLabel::changeEvent(event);
+    if (event && event->type() == QEvent::FontChange)
+        layOut();
+    if (!event || event->type() == QEvent::LayoutDirectionChange)
+        setAlignment(Qt::AlignTop | Qt::AlignAbsolute |
+                     (layoutDirection() == Qt::RightToLeft ? Qt::AlignRight : Qt::AlignLeft));
+}
+
+} // namespace Larkhaven
