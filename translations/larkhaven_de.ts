@@ -2419,6 +2419,10 @@
         <source>Yesterday</source>
         <translation>Gestern</translation>
     </message>
+    <message>
+        <source>1 byte</source>
+        <translation>1 Byte</translation>
+    </message>
 </context>
 <context>
     <name>SMTPClient</name>
