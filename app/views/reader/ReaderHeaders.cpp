@@ -2,8 +2,8 @@
 
 #include "views/style/DisplayText.h"
 #include "views/style/FlatButton.h"
+#include "views/style/Roles.h"
 #include "views/style/RowText.h"
-#include "views/style/Style.h"
 
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -50,8 +50,7 @@ ReaderHeaders::ReaderHeaders(QWidget* parent)
     layout->setSpacing(Style::padding);
     layout->addLayout(titleLine);
     layout->addLayout(m_grid);
-    connect(&Style::shared(), &Style::changed, this, &ReaderHeaders::applyStyle);
-    applyStyle();
+    setRole(*m_subject, Role::title);
 }
 
 ReaderHeaders::Row ReaderHeaders::addRow(const QString& name, const QString& objectName)
@@ -59,6 +58,7 @@ ReaderHeaders::Row ReaderHeaders::addRow(const QString& name, const QString& obj
     const int row = m_grid->rowCount();
     Row labels{new QLabel(name), new AddressLabel};
     labels.value->setObjectName(objectName);
+    setRole(*labels.name, Role::secondary);
     m_grid->addWidget(labels.name, row, 0, Qt::AlignRight | Qt::AlignTop);
     m_grid->addWidget(labels.value, row, 1);
     return labels;
@@ -91,24 +91,6 @@ void ReaderHeaders::setHeaders(const ShownHeaders& headers, const std::optional<
         m_date.value->setText(
             tr("%1 at %2", "a date and a time")
                 .arg(locale.toString(local.date(), QLocale::LongFormat), RowText::time(local.time())));
-    }
-}
-
-void ReaderHeaders::applyStyle()
-{
-    const Style& style = Style::shared();
-    const auto color = [](QLabel* label, const QColor& text) {
-        QPalette palette = label->palette();
-        palette.setColor(QPalette::WindowText, text);
-        label->setPalette(palette);
-    };
-    m_subject->setFont(style.font(Style::Type::title));
-    color(m_subject, style.colors().text);
-    for (const Row& row : {m_from, m_to, m_cc, m_date}) {
-        row.name->setFont(style.font(Style::Type::body));
-        row.value->setFont(style.font(Style::Type::body));
-        color(row.name, style.colors().secondary);
-        color(row.value, style.colors().text);
     }
 }
 

@@ -51,7 +51,6 @@ private:
 
     Row addRow(const QString& name, const QString& objectName);
     void setAddresses(const Row& row, const ShownAddresses& addresses, const QString& placeholder);
-    void applyStyle();
 
     FlatButton* m_back;
     QLabel* m_subject;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "domain/MailProvider.h"
+#include "views/style/Symbols.h"
 
 #include <QMessageBox>
 
@@ -8,8 +9,9 @@ class QPushButton;
 
 namespace Larkhaven {
 
-/// An alert whose text may hold untrusted words: nothing in it is formatting. It goes when it is closed;
-/// the caller adds what it needs and opens it.
+/// An alert whose text may hold untrusted words: nothing in it is formatting. The text is 420 pixels wide, a
+/// URL on a line of its own stands in a block, and hosts stay whole. It goes when it is closed; the caller
+/// adds what it needs and opens it.
 QMessageBox* makePlainAlert(const QString& title, const QString& text, QMessageBox::StandardButton button,
                             QWidget* parent);
 
@@ -19,6 +21,9 @@ QPushButton* addDestructiveButton(QMessageBox& alert, const QString& text, QMess
 /// Opens the alert and gives the place in `buttons` of the one that closes it; -1 if it goes otherwise. The
 /// caller goes on from the event loop.
 Task<qsizetype> answerTo(QMessageBox* alert, QList<QAbstractButton*> buttons);
+
+/// Gives such an alert, which is a question without a danger, another symbol than the warning.
+void setAlertSymbol(QMessageBox& alert, Symbol symbol);
 
 /// Replaces the text of such an alert.
 void setPlainText(QMessageBox& alert, const QString& text);
