@@ -2482,6 +2482,10 @@
         <source>Yesterday</source>
         <translation>Gestern</translation>
     </message>
+    <message>
+        <source>1 byte</source>
+        <translation>1 Byte</translation>
+    </message>
 </context>
 <context>
     <name>SMTPClient</name>

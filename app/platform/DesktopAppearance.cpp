@@ -55,9 +55,9 @@ DesktopAppearance::DesktopAppearance(QObject* parent)
 {
     // The connection looks the slot's types up by name, and knows this one only once somebody has used it.
     qRegisterMetaType<QDBusVariant>();
-    m_isFollowing =
-        QDBusConnection::sessionBus().connect(service, path, interface, u"SettingChanged"_s, this,
-                                              SLOT(handleSetting(QString, QString, QDBusVariant)));
+    // Where there is no bus, there is nobody to follow.
+    QDBusConnection::sessionBus().connect(service, path, interface, u"SettingChanged"_s, this,
+                                          SLOT(handleSetting(QString, QString, QDBusVariant)));
     for (const QString& key : {colorScheme, contrast, accentColor})
         ask(key);
 }

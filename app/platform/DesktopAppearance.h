@@ -29,8 +29,6 @@ public:
     /// Absent where the desktop has none of its own.
     const std::optional<Color>& accent() const { return m_accent; }
 
-    /// Whether the portal tells of changes.
-    bool isFollowing() const { return m_isFollowing; }
     /// Takes the answers that are there by now, for a first picture in the right colours. Never waits.
     void takeAnswers();
 
@@ -46,7 +44,6 @@ private:
     void apply(const QString& key, const QVariant& value);
 
     QHash<QString, QDBusPendingCall> m_questions; ///< that aren't answered yet, by key
-    bool m_isFollowing = false;
     Scheme m_scheme = Scheme::noPreference;
     bool m_wantsHighContrast = false;
     std::optional<Color> m_accent;

@@ -132,7 +132,7 @@ TEST_F(ComposeGateTest, ALongPasteComesAsPlainTextWhereTheTextHasBecomeOne)
     draft.isRichText = true;
     ComposeWindow& window = open(draft);
     pasteLongHTML(text(window));
-    QTest::mouseClick(&child<QToolButton>(window, "plainText"), Qt::LeftButton);
+    QTest::mouseClick(&child<QAbstractButton>(window, "plainText"), Qt::LeftButton);
     ASSERT_TRUE(waitUntil([&] { return text(window).toPlainText().contains(u"the end"_s); }));
     EXPECT_FALSE(text(window).document()->toHtml().contains(u"font-weight:700"_s));
 }

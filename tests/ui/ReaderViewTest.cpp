@@ -509,7 +509,7 @@ TEST_F(ReaderViewTest, ShowsTheWordsOfAStrangerAsPlainTextInTheAlert)
     for (const QLabel* const shown : labels) {
         if (shown->text().isEmpty())
             continue;
-        ++texts;
+        texts += shown->isHidden() ? 0 : 1;
         EXPECT_EQ(shown->textFormat(), Qt::PlainText) << shown->objectName().toStdString();
     }
     EXPECT_EQ(texts, 2);

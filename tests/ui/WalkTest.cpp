@@ -184,7 +184,7 @@ TEST_F(WalkTest, FromTheWelcomeToASentDraft)
     window->view().setShowsBcc(true);
     write(*window, "bcc", u"\"Theo in secret\" <%1>"_s.arg(theo));
     type(child<QLineEdit>(*window, "subject"), u"Grüße aus Malmö – 旅行"_s);
-    child<QToolButton>(*window, "richText").click();
+    child<QAbstractButton>(*window, "richText").click();
     auto& text = child<ComposeTextView>(*window, "composeText");
     text.setFocus();
     text.moveCursor(QTextCursor::Start);

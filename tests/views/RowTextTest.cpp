@@ -155,6 +155,8 @@ TEST_F(RowText, ShowsNoSecondsInAnyLocale)
 TEST_F(RowText, CountsBytesInDecimalUnits)
 {
     EXPECT_EQ(Larkhaven::RowText::size(0), u"0 bytes");
+    EXPECT_EQ(Larkhaven::RowText::size(1), u"1 byte");
+    EXPECT_EQ(Larkhaven::RowText::size(2), u"2 bytes");
     EXPECT_EQ(Larkhaven::RowText::size(999), u"999 bytes");
     EXPECT_EQ(Larkhaven::RowText::size(1500), u"1.5 kB");
     EXPECT_EQ(Larkhaven::RowText::size(2'345'678), u"2.3 MB");

@@ -4,6 +4,7 @@
 #include "support/QtPrinters.h"
 
 #include <QApplication>
+#include <QPalette>
 #include <QSignalSpy>
 
 #include <cmath>

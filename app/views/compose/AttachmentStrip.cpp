@@ -6,6 +6,7 @@
 #include "views/style/DisplayText.h"
 #include "views/style/FlatButton.h"
 #include "views/style/FlowLayout.h"
+#include "views/style/Roles.h"
 #include "views/style/Style.h"
 
 #include <QGridLayout>
@@ -36,6 +37,7 @@ AttachmentStrip::AttachmentStrip(QWidget* parent)
     setObjectName("attachmentStrip"_L1);
     m_total->setObjectName("attachmentTotal"_L1);
     m_total->setTextFormat(Qt::PlainText);
+    setRole(*m_total, Role::caption);
     m_turn.setSingleShot(true);
     m_turn.setInterval(0);
     connect(&m_turn, &QTimer::timeout, this, &AttachmentStrip::showMore);
@@ -52,8 +54,7 @@ AttachmentStrip::AttachmentStrip(QWidget* parent)
     m_chips->setAutoFillBackground(false);
     layout->addWidget(m_scroll);
     layout->addWidget(m_total);
-    connect(&Style::shared(), &Style::changed, this, &AttachmentStrip::applyStyle);
-    applyStyle();
+    Style::shared().follow(this, [this] { fit(); });
     setAttachments({});
 }
 
@@ -146,16 +147,6 @@ void AttachmentStrip::fit()
 void AttachmentStrip::resizeEvent(QResizeEvent* event)
 {
     QWidget::resizeEvent(event);
-    fit();
-}
-
-void AttachmentStrip::applyStyle()
-{
-    const Style& style = Style::shared();
-    m_total->setFont(style.font(Style::Type::caption));
-    QPalette palette = m_total->palette();
-    palette.setColor(QPalette::WindowText, style.colors().secondary);
-    m_total->setPalette(palette);
     fit();
 }
 

@@ -38,7 +38,6 @@ private:
     void fit();
     QWidget* makeItem(const OutgoingAttachment& attachment);
     void remove(const QUuid& id);
-    void applyStyle();
 
     QList<OutgoingAttachment> m_attachments;
     QWidget* m_chips;

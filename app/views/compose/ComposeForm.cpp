@@ -10,6 +10,7 @@
 #include "views/compose/LineGate.h"
 #include "views/style/DisplayText.h"
 #include "views/style/Picker.h"
+#include "views/style/Roles.h"
 #include "views/style/Style.h"
 
 #include <QApplication>
@@ -49,8 +50,8 @@ ComposeForm::ComposeForm(const ComposeDraft& draft, UserDefaults& defaults, Cont
     layOut(new ComposeRow(tr("Subject:"), m_subject));
     setShowsBcc(!draft.bcc.isEmpty());
     followRichText();
-    connect(&Style::shared(), &Style::changed, this, &ComposeForm::applyStyle);
-    applyStyle();
+    setRole(*this, Role::surface);
+    Style::shared().follow(this, [this] { m_text->setMinimumHeight(Style::shared().scaled(6)); });
     // A field lays out its text anew each time that it is moved to another parent.
     m_to->setText(draft.to);
     m_cc->setText(draft.cc);
@@ -227,15 +228,6 @@ bool ComposeForm::eventFilter(QObject* watched, QEvent* event)
     if (event->type() == QEvent::FocusIn)
         m_focus = watched == m_subject ? std::optional(Field::subject) : std::nullopt;
     return QWidget::eventFilter(watched, event);
-}
-
-void ComposeForm::applyStyle()
-{
-    QPalette surface = palette();
-    surface.setColor(QPalette::Window, Style::shared().colors().surface);
-    setPalette(surface);
-    setAutoFillBackground(true);
-    m_text->setMinimumHeight(Style::shared().scaled(6));
 }
 
 } // namespace Larkhaven

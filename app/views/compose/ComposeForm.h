@@ -82,7 +82,6 @@ private:
     bool isStepToText(const QEvent& event) const;
     void followRichText();
     void followLanguages();
-    void applyStyle();
 
     ComposeEditorController m_editor;
     std::optional<Field> m_focus;

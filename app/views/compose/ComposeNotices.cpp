@@ -2,6 +2,7 @@
 
 #include "views/compose/ComposeTextView.h"
 #include "views/style/DisplayText.h"
+#include "views/style/Roles.h"
 #include "views/style/Style.h"
 
 #include <algorithm>
@@ -20,8 +21,10 @@ ComposeNotices::ComposeNotices(const QStringList& notices, QWidget* parent)
     showNotices();
     if (notices.isEmpty())
         hide();
-    connect(&Style::shared(), &Style::changed, this, &ComposeNotices::applyStyle);
-    applyStyle();
+    setRole(*this, Role::caption);
+    // They begin where the text does.
+    setContentsMargins(ComposeTextView::horizontalInset, Style::smallPadding,
+                       ComposeTextView::horizontalInset, 0);
 }
 
 void ComposeNotices::add(const QString& notice)
@@ -42,18 +45,6 @@ void ComposeNotices::showNotices()
     if (const qsizetype rest = m_notices.size() - lines.size(); rest > 0)
         lines.append(tr("And %1 more.").arg(rest));
     setText(lines.join(u'\n'));
-}
-
-void ComposeNotices::applyStyle()
-{
-    const Style& style = Style::shared();
-    QPalette own = palette();
-    own.setColor(QPalette::WindowText, style.colors().secondary);
-    setPalette(own);
-    setFont(style.font(Style::Type::caption));
-    // They begin where the text does.
-    setContentsMargins(ComposeTextView::horizontalInset, Style::smallPadding,
-                       ComposeTextView::horizontalInset, 0);
 }
 
 } // namespace Larkhaven

@@ -22,7 +22,6 @@ public:
 
 private:
     void showNotices();
-    void applyStyle();
 
     QStringList m_notices;
 };

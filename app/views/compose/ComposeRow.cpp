@@ -1,5 +1,6 @@
 #include "views/compose/ComposeRow.h"
 
+#include "views/style/Roles.h"
 #include "views/style/Style.h"
 
 #include <QHBoxLayout>
@@ -27,15 +28,15 @@ ComposeRow::ComposeRow(const QString& label, QWidget* field, QWidget* parent)
     m_label->setBuddy(field);
     QString name = label;
     field->setAccessibleName(name.remove(u':'));
-    makeFrameless(*field);
+    setRole(*m_label, Role::secondary);
+    setRole(*field, Role::row);
     m_layout->setSpacing(Style::smallPadding);
     m_layout->addWidget(m_label);
     m_layout->addWidget(field, 1);
     setFocusProxy(field);
     field->installEventFilter(this);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
-    connect(&Style::shared(), &Style::changed, this, &ComposeRow::applyStyle);
-    applyStyle();
+    Style::shared().follow(this, [this] { measure(); });
 }
 
 bool ComposeRow::eventFilter(QObject* watched, QEvent* event)
@@ -45,24 +46,13 @@ bool ComposeRow::eventFilter(QObject* watched, QEvent* event)
     return QWidget::eventFilter(watched, event);
 }
 
-void ComposeRow::makeFrameless(QWidget& field)
-{
-    field.setStyleSheet(u"QLineEdit { border: none; background: transparent; padding: 0; }"_s);
-}
-
-void ComposeRow::applyStyle()
+void ComposeRow::measure()
 {
     const Style& style = Style::shared();
     constexpr double labelColumn = 64.0;
-    m_label->setFont(style.font(Style::Type::body));
     m_label->setFixedWidth(style.scaled(labelColumn / Style::standardTextSize));
-    m_field->setFont(style.font(Style::Type::body));
-    QPalette palette = m_label->palette();
-    palette.setColor(QPalette::WindowText, style.colors().secondary);
-    m_label->setPalette(palette);
     m_layout->setContentsMargins(Style::smallPadding, 0, Style::largePadding, 1);
     setFixedHeight(style.scaled(2.6));
-    update();
 }
 
 void ComposeRow::paintEvent(QPaintEvent*)

@@ -15,14 +15,13 @@ public:
     ComposeRow(const QString& label, QWidget* field, QWidget* parent = nullptr);
 
     /// Gives the field the looks of a row.
-    static void makeFrameless(QWidget& field);
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    void applyStyle();
+    void measure();
 
     QLabel* m_label;
     QWidget* m_field;

@@ -90,18 +90,6 @@ ComposeTextView::ComposeTextView(QWidget* parent)
         m_pastePlace.endEditBlock();
         ensureCursorVisible();
     });
-    connect(&Style::shared(), &Style::changed, this, &ComposeTextView::applyStyle);
-    applyStyle();
-}
-
-void ComposeTextView::applyStyle()
-{
-    QPalette own = palette();
-    own.setColor(QPalette::Base, Style::shared().colors().surface);
-    own.setColor(QPalette::Text, Style::shared().colors().text);
-    setPalette(own);
-    // A style sheet gives the viewport a palette of its own, which keeps the ground of another scheme.
-    viewport()->setPalette(own);
 }
 
 bool ComposeTextView::isRich() const

@@ -51,7 +51,6 @@ private:
     void fillMenu(QMenu& menu);
     void insertPastedText(const QString& text);
     void insertPiece();
-    void applyStyle();
 
     QString m_pasted; ///< what is still to come
     QTextCursor m_pastePlace;

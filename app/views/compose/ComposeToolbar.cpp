@@ -1,6 +1,8 @@
 #include "views/compose/ComposeToolbar.h"
 
 #include "views/style/FlatButton.h"
+#include "views/style/Roles.h"
+#include "views/style/SegmentedPicker.h"
 #include "views/style/Style.h"
 
 #include <QHBoxLayout>
@@ -30,9 +32,7 @@ ComposeToolbar::ComposeToolbar(QWidget* parent)
     , m_send(new FlatButton(Symbol::paperplane, tr("Send (%1)").arg(shown(sendChord))))
     , m_attach(new FlatButton(Symbol::paperclip, tr("Attach Files (%1)").arg(shown(attachChord))))
     , m_save(new FlatButton(Symbol::doc, tr("Save Draft (%1)").arg(shown(saveChord))))
-    , m_format(new QWidget)
-    , m_plain(makeSegment(tr("Plain Text")))
-    , m_rich(makeSegment(tr("Rich Text")))
+    , m_format(new SegmentedPicker({{tr("Plain Text"), false}, {tr("Rich Text"), true}}))
     , m_bcc(new FlatButton(Symbol::envelope, tr("Show Bcc field")))
     , m_progressText(new QLabel)
     , m_progress(new QProgressBar)
@@ -44,27 +44,30 @@ ComposeToolbar::ComposeToolbar(QWidget* parent)
     m_format->setObjectName("format"_L1);
     m_format->setAccessibleName(tr("Format"));
     m_format->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
-    m_plain->setObjectName("plainText"_L1);
-    m_rich->setObjectName("richText"_L1);
+    m_format->button(false)->setObjectName("plainText"_L1);
+    m_format->button(true)->setObjectName("richText"_L1);
+    for (const bool isRich : {false, true})
+        m_format->button(isRich)->setToolTip(tr("Rich text is sent as HTML with a plain-text copy"));
     m_bcc->setObjectName("showBcc"_L1);
     m_bcc->setText(tr("Bcc"));
     m_bcc->setAccessibleName(tr("Bcc"));
     m_bcc->setToolButtonStyle(Qt::ToolButtonTextOnly);
     m_bcc->setCheckable(true);
     m_progressText->setObjectName("progressText"_L1);
+    setRole(*m_progressText, Role::caption);
     m_progress->setRange(0, 0);
     m_progress->setTextVisible(false);
 
     connect(m_send, &QToolButton::clicked, this, &ComposeToolbar::sendRequested);
     connect(m_attach, &QToolButton::clicked, this, &ComposeToolbar::attachRequested);
     connect(m_save, &QToolButton::clicked, this, &ComposeToolbar::saveRequested);
-    connect(m_plain, &QToolButton::clicked, this, [this] { Q_EMIT richTextRequested(false); });
-    connect(m_rich, &QToolButton::clicked, this, [this] { Q_EMIT richTextRequested(true); });
+    connect(m_format, &SegmentedPicker::chosen, this,
+            [this](const QVariant& isRich) { Q_EMIT richTextRequested(isRich.toBool()); });
     connect(m_bcc, &QToolButton::clicked, this, &ComposeToolbar::bccRequested);
 
     layOut();
-    connect(&Style::shared(), &Style::changed, this, &ComposeToolbar::applyStyle);
-    applyStyle();
+    Style::shared().follow(this,
+                           [this] { m_progress->setFixedSize(Style::shared().scaled(6), Style::grid); });
     setProgress({});
     setRichText(false);
 }
@@ -81,11 +84,6 @@ void ComposeToolbar::makeCommand(FlatButton& button, QLatin1StringView name, con
 
 void ComposeToolbar::layOut()
 {
-    auto* const segments = new QHBoxLayout(m_format);
-    segments->setContentsMargins(1, 1, 1, 1);
-    segments->setSpacing(0);
-    segments->addWidget(m_plain);
-    segments->addWidget(m_rich);
     auto* const layout = new QHBoxLayout(this);
     layout->setContentsMargins(Style::padding, 6, Style::padding, 7);
     layout->setSpacing(Style::grid);
@@ -102,20 +100,9 @@ void ComposeToolbar::layOut()
     layout->addWidget(m_bcc);
 }
 
-QToolButton* ComposeToolbar::makeSegment(const QString& text)
-{
-    auto* const segment = new QToolButton;
-    segment->setText(text);
-    segment->setCheckable(true);
-    segment->setToolTip(tr("Rich text is sent as HTML with a plain-text copy"));
-    segment->setFocusPolicy(Qt::TabFocus);
-    return segment;
-}
-
 void ComposeToolbar::setRichText(bool richText)
 {
-    m_plain->setChecked(!richText);
-    m_rich->setChecked(richText);
+    m_format->setValue(richText);
 }
 
 void ComposeToolbar::setShowsBcc(bool isShown)
@@ -169,39 +156,6 @@ void ComposeToolbar::setCommandsEnabled(bool isEnabled)
 void ComposeToolbar::takeFocus(Qt::FocusReason reason)
 {
     m_send->setFocus(reason);
-}
-
-void ComposeToolbar::applyStyle()
-{
-    const Style& style = Style::shared();
-    const Style::Colors& colors = style.colors();
-    const QFont body = style.font(Style::Type::body);
-    for (QToolButton* const button :
-         {static_cast<QToolButton*>(m_send), static_cast<QToolButton*>(m_attach),
-          static_cast<QToolButton*>(m_save), static_cast<QToolButton*>(m_bcc), m_plain, m_rich})
-        button->setFont(body);
-    m_progressText->setFont(style.font(Style::Type::caption));
-    QPalette palette = m_progressText->palette();
-    palette.setColor(QPalette::WindowText, colors.secondary);
-    m_progressText->setPalette(palette);
-    m_progress->setFixedSize(style.scaled(6), Style::grid);
-    m_progress->setStyleSheet(u"QProgressBar { border: none; border-radius: 2px; background: %1; }"
-                              "QProgressBar::chunk { border-radius: 2px; background: %2; }"_s.arg(
-                                  colors.selected.name(QColor::HexArgb), colors.accent.name()));
-    m_format->setStyleSheet(
-        u"QWidget#format { border: 1px solid %1; border-radius: 6px; background: %2; }"
-        "QToolButton { border: 2px solid transparent; border-radius: 5px; padding: 2px 9px; color: %3; }"
-        "QToolButton:hover { background: %4; }"
-        "QToolButton:checked { background: %5; color: %6; }"
-        "QToolButton:disabled { color: %7; }"
-        "QToolButton:checked:disabled { background: %8; color: %7; }"
-        "QToolButton:focus { border-color: %5; }"
-        "QToolButton:checked:focus { border-color: %3; }"_s.arg(
-            colors.hairline.name(QColor::HexArgb), colors.surface.name(), colors.text.name(),
-            colors.hover.name(QColor::HexArgb), colors.accent.name(), colors.onAccent.name(),
-            this->palette().color(QPalette::Disabled, QPalette::ButtonText).name(QColor::HexArgb),
-            colors.selected.name(QColor::HexArgb)));
-    m_format->setAttribute(Qt::WA_StyledBackground);
 }
 
 void ComposeToolbar::paintEvent(QPaintEvent*)

@@ -5,11 +5,11 @@
 
 class QLabel;
 class QProgressBar;
-class QToolButton;
 
 namespace Larkhaven {
 
 class FlatButton;
+class SegmentedPicker;
 
 /// The commands of the compose window, and what is under way in it.
 class ComposeToolbar : public QWidget {
@@ -45,15 +45,11 @@ private:
                             const QKeySequence& chord);
     void layOut();
     void setCompact(bool isCompact);
-    QToolButton* makeSegment(const QString& text);
-    void applyStyle();
 
     FlatButton* m_send;
     FlatButton* m_attach;
     FlatButton* m_save;
-    QWidget* m_format;
-    QToolButton* m_plain;
-    QToolButton* m_rich;
+    SegmentedPicker* m_format;
     FlatButton* m_bcc;
     QLabel* m_progressText;
     QProgressBar* m_progress;

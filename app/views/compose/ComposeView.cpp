@@ -5,7 +5,7 @@
 #include "views/compose/AttachmentStrip.h"
 #include "views/compose/ComposeToolbar.h"
 #include "views/style/PlainAlert.h"
-#include "views/style/Style.h"
+#include "views/style/Roles.h"
 
 #include <QApplication>
 #include <QFileDialog>
@@ -82,8 +82,8 @@ void ComposeView::build(const ComposeDraft& draft)
     followAccounts();
     m_toolbar->setRichText(draft.isRichText);
     m_toolbar->setShowsBcc(m_form->showsBcc());
-    connect(&Style::shared(), &Style::changed, this, &ComposeView::applyStyle);
-    applyStyle();
+    setRole(*m_note, Role::notice);
+    m_note->setWordWrap(true);
 }
 
 void ComposeView::connectParts()
@@ -158,21 +158,6 @@ QString ComposeView::title() const
 {
     const QString subject = m_form->subject();
     return subject.isEmpty() ? tr("New Message") : subject;
-}
-
-void ComposeView::applyStyle()
-{
-    const Style& style = Style::shared();
-    const Style::Colors& colors = style.colors();
-    QPalette note = m_note->palette();
-    note.setColor(QPalette::Window, colors.warningBackground);
-    note.setColor(QPalette::WindowText, colors.warningText);
-    m_note->setPalette(note);
-    m_note->setAutoFillBackground(true);
-    m_note->setFont(style.font(Style::Type::body));
-    m_note->setContentsMargins(Style::largePadding, Style::smallPadding, Style::largePadding,
-                               Style::smallPadding);
-    m_note->setWordWrap(true);
 }
 
 // --- What its session asks
@@ -336,9 +321,7 @@ Task<> ComposeView::offerToAttach(QString what, std::function<void()> attach)
     QMessageBox* const offer =
         makePlainAlert(tr("Do you want to attach what you pasted?"), what, QMessageBox::NoButton, window());
     offer->setObjectName("attachOffer"_L1);
-    const Style& style = Style::shared();
-    offer->setIconPixmap(
-        style.pixmap(Symbol::paperclip, style.scaled(2.5), style.colors().accent, devicePixelRatioF()));
+    setAlertSymbol(*offer, Symbol::paperclip);
     QPushButton* const yes = offer->addButton(tr("Attach"), QMessageBox::ActionRole);
     QPushButton* const no = offer->addButton(tr("Cancel"), QMessageBox::ActionRole);
     offer->setDefaultButton(yes);

@@ -110,7 +110,6 @@ private:
     void attach();
     Task<> offerToAttach(QString what, std::function<void()> attach);
     Task<> closeIfWanted();
-    void applyStyle();
 
     AppModel& m_model;
     bool m_choosingFiles = false;

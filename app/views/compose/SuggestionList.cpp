@@ -1,6 +1,7 @@
 #include "views/compose/SuggestionList.h"
 
 #include "views/compose/SuggestionsModel.h"
+#include "views/style/Roles.h"
 #include "views/style/Style.h"
 
 #include <QPainter>
@@ -84,7 +85,7 @@ public:
 SuggestionList::SuggestionList()
 {
     setObjectName("suggestions"_L1);
-    setProperty("role", u"suggestions"_s);
+    setRole(*this, Role::suggestions);
     setAccessibleName(tr("Suggestions"));
     setMouseTracking(true);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);

@@ -21,6 +21,16 @@ QString singleLine(const QString& text)
     return DisplayText::bounded(text, longestCell).simplified();
 }
 
+/// One line of the cell, each script in its own direction: at the side where the row begins, or where it
+/// ends.
+void drawLine(QPainter& painter, Qt::LayoutDirection direction, const QRect& place, Qt::Alignment alignment,
+              const QString& text)
+{
+    painter.setLayoutDirection(Qt::LayoutDirectionAuto);
+    const Qt::Alignment side = QStyle::visualAlignment(direction, alignment) | Qt::AlignAbsolute;
+    painter.drawText(place, static_cast<int>(side | Qt::AlignVCenter) | Qt::TextSingleLine, text);
+}
+
 } // namespace
 
 MessageRowDelegate::MessageRowDelegate(AppModel& model, const SortedMessages& rows, QObject* parent)
@@ -44,13 +54,13 @@ void MessageRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& op
         paintSymbol(*painter, option.rect, row, column);
         break;
     case MessageColumn::subject:
-        paintSubject(*painter, content, row);
+        paintSubject(*painter, option.direction, content, row);
         break;
     case MessageColumn::from:
     case MessageColumn::date:
     case MessageColumn::mailbox:
     case MessageColumn::size:
-        paintText(*painter, content, index.data().toString(), row, column);
+        paintText(*painter, option.direction, content, index.data().toString(), row, column);
         break;
     }
     painter->restore();
@@ -69,8 +79,10 @@ void MessageRowDelegate::paintBackground(QPainter& painter, const QStyleOptionVi
     else if (index.row() == m_hoveredRow)
         painter.fillRect(option.rect, colors.hover);
     if (isSelected && index.column() == m_firstVisibleColumn)
-        painter.fillRect(QRect(option.rect.topLeft(), QSize(edgeWidth, option.rect.height())),
-                         hasKeyboard ? colors.accent : colors.secondary);
+        painter.fillRect(
+            QStyle::visualRect(option.direction, option.rect,
+                               QRect(option.rect.topLeft(), QSize(edgeWidth, option.rect.height()))),
+            hasKeyboard ? colors.accent : colors.secondary);
     painter.fillRect(QRect(option.rect.left(), option.rect.bottom(), option.rect.width(), 1),
                      colors.hairline);
 }
@@ -95,7 +107,8 @@ void MessageRowDelegate::paintSymbol(QPainter& painter, const QRect& rect, const
         draw(Symbol::paperclip, style.scaled(1.2), colors.secondary);
 }
 
-void MessageRowDelegate::paintSubject(QPainter& painter, const QRect& rect, const MessageSummary& row) const
+void MessageRowDelegate::paintSubject(QPainter& painter, Qt::LayoutDirection direction, const QRect& rect,
+                                      const MessageSummary& row) const
 {
     const Style& style = Style::shared();
     const QFont font =
@@ -104,8 +117,8 @@ void MessageRowDelegate::paintSubject(QPainter& painter, const QRect& rect, cons
     const QString subject = singleLine(RowText::subject(row));
     painter.setFont(font);
     painter.setPen(row.subject.isEmpty() ? style.colors().secondary : style.colors().text);
-    painter.drawText(rect, Qt::AlignVCenter | Qt::AlignLeft | Qt::TextSingleLine,
-                     metrics.elidedText(subject, Qt::ElideRight, rect.width()));
+    drawLine(painter, direction, rect, Qt::AlignLeft,
+             metrics.elidedText(subject, Qt::ElideRight, rect.width()));
 
     const int subjectWidth = metrics.horizontalAdvance(subject) + style.scaled(0.6);
     const QRect rest = rect.adjusted(subjectWidth, 0, 0, 0);
@@ -115,13 +128,12 @@ void MessageRowDelegate::paintSubject(QPainter& painter, const QRect& rect, cons
     const QFont previewFont = style.font(Style::Type::body);
     painter.setFont(previewFont);
     painter.setPen(style.colors().secondary);
-    painter.drawText(
-        rest, Qt::AlignVCenter | Qt::AlignLeft | Qt::TextSingleLine,
-        QFontMetrics(previewFont).elidedText(singleLine(row.snippet), Qt::ElideRight, rest.width()));
+    drawLine(painter, direction, QStyle::visualRect(direction, rect, rest), Qt::AlignLeft,
+             QFontMetrics(previewFont).elidedText(singleLine(row.snippet), Qt::ElideRight, rest.width()));
 }
 
-void MessageRowDelegate::paintText(QPainter& painter, const QRect& rect, const QString& text,
-                                   const MessageSummary& row, MessageColumn column) const
+void MessageRowDelegate::paintText(QPainter& painter, Qt::LayoutDirection direction, const QRect& rect,
+                                   const QString& text, const MessageSummary& row, MessageColumn column) const
 {
     const Style& style = Style::shared();
     const bool isSender = column == MessageColumn::from;
@@ -130,9 +142,8 @@ void MessageRowDelegate::paintText(QPainter& painter, const QRect& rect, const Q
     painter.setFont(font);
     painter.setPen(isSender ? style.colors().text : style.colors().secondary);
     const bool isNumber = column == MessageColumn::size || column == MessageColumn::date;
-    const Qt::Alignment alignment = Qt::AlignVCenter | (isNumber ? Qt::AlignRight : Qt::AlignLeft);
-    painter.drawText(rect, static_cast<int>(alignment) | Qt::TextSingleLine,
-                     QFontMetrics(font).elidedText(singleLine(text), Qt::ElideRight, rect.width()));
+    drawLine(painter, direction, rect, isNumber ? Qt::AlignRight : Qt::AlignLeft,
+             QFontMetrics(font).elidedText(singleLine(text), Qt::ElideRight, rect.width()));
 }
 
 } // namespace Larkhaven

@@ -28,9 +28,10 @@ private:
                          const QModelIndex& index) const;
     void paintSymbol(QPainter& painter, const QRect& rect, const MessageSummary& row,
                      MessageColumn column) const;
-    void paintSubject(QPainter& painter, const QRect& rect, const MessageSummary& row) const;
-    void paintText(QPainter& painter, const QRect& rect, const QString& text, const MessageSummary& row,
-                   MessageColumn column) const;
+    void paintSubject(QPainter& painter, Qt::LayoutDirection direction, const QRect& rect,
+                      const MessageSummary& row) const;
+    void paintText(QPainter& painter, Qt::LayoutDirection direction, const QRect& rect, const QString& text,
+                   const MessageSummary& row, MessageColumn column) const;
 
     AppModel& m_model;
     const SortedMessages& m_rows;

@@ -109,11 +109,17 @@ void MessageTableHeader::paintSection(QPainter* painter, const QRect& rect, int 
     const int left = isRight ? content.right() + 1 - titleWidth - arrow : content.left();
     painter->setFont(font);
     painter->setPen(color);
-    painter->drawText(QRect(left, content.top(), titleWidth + 1, content.height()), Qt::AlignVCenter, title);
+    const auto placed = [this, &rect](const QRect& place) {
+        return QStyle::visualRect(layoutDirection(), rect, place);
+    };
+    painter->drawText(placed({left, content.top(), titleWidth + 1, content.height()}), Qt::AlignVCenter,
+                      title);
     if (isSorted) {
         painter->setRenderHint(QPainter::Antialiasing);
         painter->setPen(QPen(color, 1.4, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-        const QPointF center(left + titleWidth + arrow * 0.6, rect.center().y() + 0.5);
+        const QRect arrowPlace = placed({left + titleWidth, rect.top(), arrow, rect.height()});
+        const QPointF center(arrowPlace.left() + arrow * (isRightToLeft() ? 0.4 : 0.6),
+                             rect.center().y() + 0.5);
         const double reach = style.scaled(0.25);
         const double tip = sorted.order == Qt::AscendingOrder ? -reach / 2 : reach / 2;
         painter->drawPolyline(QPolygonF(

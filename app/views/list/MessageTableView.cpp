@@ -21,8 +21,15 @@ MessageTableView::MessageTableView(AppModel& model, QWidget* parent)
     layout->setSpacing(0);
     auto* const banner = new SignInBanner(model);
     auto* const bannerLine = new QVBoxLayout;
-    bannerLine->setContentsMargins(Style::padding, 0, Style::padding, 0);
     bannerLine->addWidget(banner);
+    const auto makeRoom = [bannerLine, banner] {
+        const int gap = banner->isHidden() ? 0 : Style::smallPadding;
+        bannerLine->setContentsMargins(Style::padding, gap, Style::padding, gap);
+    };
+    makeRoom();
+    for (const auto signal :
+         {&AppModel::needsReauthChanged, &AppModel::sidebarSelectionChanged, &AppModel::accountsChanged})
+        connect(&model, signal, banner, makeRoom);
     layout->addLayout(bannerLine);
     layout->addWidget(new CheckStrips(model));
     layout->addWidget(new SearchLine(model));

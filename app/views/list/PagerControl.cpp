@@ -1,6 +1,7 @@
 #include "views/list/PagerControl.h"
 
 #include "views/style/FlatButton.h"
+#include "views/style/Roles.h"
 #include "views/style/Style.h"
 
 #include <QHBoxLayout>
@@ -21,6 +22,7 @@ PagerControl::PagerControl(AppModel& model, QWidget* parent)
 {
     setObjectName("pager"_L1);
     m_text->setObjectName("pagerText"_L1);
+    setRole(*m_text, Role::caption);
     m_back->setObjectName("pagerBack"_L1);
     m_forward->setObjectName("pagerForward"_L1);
     m_jump->setObjectName("pagerJump"_L1);
@@ -46,18 +48,7 @@ PagerControl::PagerControl(AppModel& model, QWidget* parent)
     connect(&model, &AppModel::messagesChanged, this, &PagerControl::update);
     connect(&model, &AppModel::pagingChanged, this, &PagerControl::update);
     connect(&model, &AppModel::isLoadingChanged, this, &PagerControl::update);
-    connect(&Style::shared(), &Style::changed, this, &PagerControl::applyStyle);
-    applyStyle();
     update();
-}
-
-void PagerControl::applyStyle()
-{
-    const Style& style = Style::shared();
-    m_text->setFont(style.font(Style::Type::caption));
-    QPalette palette = m_text->palette();
-    palette.setColor(QPalette::WindowText, style.colors().secondary);
-    m_text->setPalette(palette);
 }
 
 void PagerControl::update()

@@ -18,7 +18,6 @@ public:
 
 private:
     void update();
-    void applyStyle();
 
     AppModel& m_model;
     QLabel* m_text;

@@ -4,7 +4,6 @@
 #include "views/style/WarningCard.h"
 
 class QLabel;
-class QPushButton;
 
 namespace Larkhaven {
 
@@ -22,13 +21,9 @@ Q_SIGNALS:
 private:
     void update();
     void signIn();
-    void applyStyle();
 
     AppModel& m_model;
-    QLabel* m_symbol;
-    QLabel* m_title;
     QLabel* m_text;
-    QPushButton* m_button;
 };
 
 } // namespace Larkhaven

@@ -114,6 +114,8 @@ void Application::followAppearance()
 {
     Style& style = Style::shared();
     m_appearance.takeAnswers();
+    // Without a portal the palette of the start decides for good: ours lies over it from then on, and Qt
+    // tells of no other.
     const QPalette desktop = QApplication::palette();
     const bool isPaletteDark =
         desktop.color(QPalette::Window).lightness() < desktop.color(QPalette::WindowText).lightness();

@@ -70,6 +70,7 @@ ContentView::ContentView(AppModel& model, ReaderView::Desktop desktop, QWidget* 
         std::clamp<qint64>(model.defaults().integer(DefaultsKey::sidebarWidth),
                            SidebarView::minimumColumnWidth, SidebarView::maximumColumnWidth));
     m_split->setSizes({sidebarWidth, defaultSize.width() - sidebarWidth});
+    Style::shared().follow(this, [this] { fitSidebar(); });
     m_sidebar->setVisible(!model.defaults().boolean(DefaultsKey::sidebarHidden));
     auto* const layout = new QVBoxLayout(m_mail);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -313,7 +314,19 @@ void ContentView::stepPane(int direction)
 void ContentView::keepLayout()
 {
     if (!m_sidebar->isHidden())
-        m_model.defaults().set(DefaultsKey::sidebarWidth, m_split->sizes().constFirst());
+        m_model.defaults().set(DefaultsKey::sidebarWidth,
+                               SidebarPane::standardWidth(m_split->sizes().constFirst()));
+}
+
+/// The sidebar grows and shrinks with the text, as far as the list keeps its half.
+void ContentView::fitSidebar()
+{
+    const int all = m_split->sizes().constFirst() + m_split->sizes().constLast();
+    const int wanted = SidebarPane::shownWidth(static_cast<int>(
+        std::clamp<qint64>(m_model.defaults().integer(DefaultsKey::sidebarWidth),
+                           SidebarView::minimumColumnWidth, SidebarView::maximumColumnWidth)));
+    const int width = std::max(std::min(wanted, all / 3), SidebarPane::narrowest());
+    m_split->setSizes({width, all - width});
 }
 
 } // namespace Larkhaven

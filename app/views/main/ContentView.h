@@ -64,6 +64,7 @@ private:
     /// Sends an editing command to the widget with the focus; whether it has one.
     bool edit(const char* command);
     void keepLayout();
+    void fitSidebar();
     void followAccounts();
     void followPath();
     void updateTitle();

@@ -3,6 +3,7 @@
 #include "domain/Text.h"
 #include "views/style/DisplayText.h"
 #include "views/style/PlainAlert.h"
+#include "views/style/Roles.h"
 #include "views/style/Style.h"
 
 #include <QDialog>
@@ -44,28 +45,24 @@ QString LabelDialogs::title(const AppModel::LabelEdit& edit) const
 
 QDialog* LabelDialogs::makeSheet(const AppModel::LabelEdit& edit)
 {
-    const Style& style = Style::shared();
     const auto* const rename = std::get_if<AppModel::LabelEdit::Rename>(&edit.kind);
     auto* const sheet = new QDialog(m_window);
     sheet->setObjectName("labelSheet"_L1);
     sheet->setAttribute(Qt::WA_DeleteOnClose);
     sheet->setWindowTitle(DisplayText::bounded(title(edit)));
-    sheet->setMinimumWidth(style.scaled(28));
+    Style::shared().follow(sheet, [sheet] { sheet->setMinimumWidth(Style::shared().scaled(28)); });
 
     auto* const heading = new QLabel(DisplayText::bounded(title(edit)));
     heading->setTextFormat(Qt::PlainText);
     heading->setWordWrap(true);
-    heading->setFont(style.font(Style::Type::subhead));
+    setRole(*heading, Role::subhead);
     auto* const name = new QLineEdit(rename ? rename->label.name() : QString());
     name->setObjectName("labelName"_L1);
     name->setPlaceholderText(tr("Name"));
     name->setAccessibleName(tr("Name"));
     name->selectAll();
     auto* const hint = new QLabel(tr("Use “/” to nest, e.g. Travel/2026."));
-    hint->setFont(style.font(Style::Type::caption));
-    QPalette quiet = hint->palette();
-    quiet.setColor(QPalette::WindowText, style.colors().secondary);
-    hint->setPalette(quiet);
+    setRole(*hint, Role::caption);
 
     auto* const cancel = new QPushButton(tr("Cancel"));
     auto* const apply = new QPushButton(rename ? tr("Rename") : tr("Create"));

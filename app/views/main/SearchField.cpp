@@ -12,8 +12,8 @@ namespace Larkhaven {
 SearchField::SearchField(AppModel& model, QWidget* parent)
     : QLineEdit(parent)
     , m_model(model)
-    , m_magnifier(addAction(QIcon(), LeadingPosition))
-    , m_clear(addAction(QIcon(), TrailingPosition))
+    , m_magnifier(addAction(Symbols::icon(Symbol::magnifier, Tone::secondary), LeadingPosition))
+    , m_clear(addAction(Symbols::icon(Symbol::clear, Tone::secondary), TrailingPosition))
 {
     setObjectName("searchField"_L1);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
@@ -30,10 +30,9 @@ SearchField::SearchField(AppModel& model, QWidget* parent)
             m_clear->setVisible(!text().isEmpty());
         }
     });
-    connect(&Style::shared(), &Style::changed, this, &SearchField::applyStyle);
     setText(model.searchText());
     m_clear->setVisible(!text().isEmpty());
-    applyStyle();
+    Style::shared().follow(this, [this] { measure(); });
 }
 
 void SearchField::takeText()
@@ -68,11 +67,9 @@ QSize SearchField::sizeHint() const
     return {idealWidth(), QLineEdit::sizeHint().height()};
 }
 
-void SearchField::applyStyle()
+void SearchField::measure()
 {
     const Style& style = Style::shared();
-    m_magnifier->setIcon(style.icon(Symbol::magnifier, style.colors().secondary));
-    m_clear->setIcon(style.icon(Symbol::clear, style.colors().secondary));
     setMinimumWidth(style.scaled(8));
     setMaximumWidth(idealWidth());
     updateGeometry();

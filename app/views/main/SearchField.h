@@ -21,7 +21,7 @@ protected:
 
 private:
     static int idealWidth();
-    void applyStyle();
+    void measure();
     void takeText();
 
     AppModel& m_model;

@@ -23,6 +23,21 @@ bool hasKeyboard(const QStyleOptionViewItem& option)
     return option.state.testFlag(QStyle::State_Active) && option.widget && option.widget->hasFocus();
 }
 
+/// A place within the row, told from its left, where it stands in the direction of the option.
+QRect placed(const QStyleOptionViewItem& option, const QRect& place)
+{
+    return QStyle::visualRect(option.direction, option.rect, place);
+}
+
+/// One line at the side of the place where a row begins, each script in its own direction.
+void drawLine(QPainter& painter, const QStyleOptionViewItem& option, const QRect& place, const QString& text)
+{
+    painter.setLayoutDirection(Qt::LayoutDirectionAuto);
+    const Qt::Alignment side = QStyle::visualAlignment(option.direction, Qt::AlignLeft) | Qt::AlignAbsolute;
+    painter.drawText(placed(option, place), static_cast<int>(side | Qt::AlignVCenter) | Qt::TextSingleLine,
+                     text);
+}
+
 /// A ring around the row that the keyboard is at.
 void paintFocus(QPainter& painter, const QStyleOptionViewItem& option, const QRect& place)
 {
@@ -81,23 +96,24 @@ void SidebarDelegate::paintHeading(QPainter& painter, const QStyleOptionViewItem
         const Symbol symbol = isFolded ? Symbol::chevronRight : Symbol::chevronDown;
         const QRect place(content.right() - arrowWidth + 1, titleLine.top() + (lineHeight - arrowWidth) / 2,
                           arrowWidth, arrowWidth);
-        painter.drawPixmap(place, style.pixmap(symbol, arrowWidth, style.colors().secondary,
-                                               painter.device()->devicePixelRatioF()));
+        painter.drawPixmap(placed(option, place), style.pixmap(symbol, arrowWidth, style.colors().secondary,
+                                                               painter.device()->devicePixelRatioF()));
     }
     painter.setFont(font);
     painter.setPen(style.colors().secondary);
     const QRect title(titleLine.left(), titleLine.top(), titleLine.width() - arrowWidth, lineHeight);
-    painter.drawText(title, Qt::AlignVCenter | Qt::TextSingleLine,
-                     QFontMetrics(font).elidedText(index.data().toString(), Qt::ElideMiddle, title.width()));
+    drawLine(painter, option, title,
+             QFontMetrics(font).elidedText(index.data().toString(), Qt::ElideMiddle, title.width()));
     if (index.data(SidebarView::NeedsSignInRole).toBool()) {
         painter.setFont(style.font(Style::Type::caption));
         painter.setPen(style.colors().danger);
-        painter.drawText(title.translated(0, signInTop() - style.scaled(0.7)),
-                         Qt::AlignVCenter | Qt::TextSingleLine, SidebarView::tr("Sign-in required"));
+        drawLine(painter, option, title.translated(0, signInTop() - style.scaled(0.7)),
+                 SidebarView::tr("Sign-in required"));
     }
 }
 
-int SidebarDelegate::paintCount(QPainter& painter, const QRect& content, qint64 count, bool isSelected) const
+int SidebarDelegate::paintCount(QPainter& painter, const QStyleOptionViewItem& option, const QRect& content,
+                                qint64 count, bool isSelected) const
 {
     if (count <= 0)
         return 0;
@@ -109,6 +125,7 @@ int SidebarDelegate::paintCount(QPainter& painter, const QRect& content, qint64 
     QRect pill(0, 0, width, height);
     pill.moveCenter(content.center());
     pill.moveRight(content.right());
+    pill = placed(option, pill);
     QColor fill = isSelected ? style.colors().onAccent : style.colors().text;
     fill.setAlphaF(isSelected ? 0.22F : 0.08F);
     painter.setPen(Qt::NoPen);
@@ -141,23 +158,24 @@ void SidebarDelegate::paintRow(QPainter& painter, const QStyleOptionViewItem& op
     // A deep tree keeps room for its names.
     const int indent = std::min(depth * indentation, fill.width() / 3);
     QRect content = fill.adjusted(Style::smallPadding + indent, 0, -Style::smallPadding, 0);
-    content.setRight(content.right() - paintCount(painter, content,
+    content.setRight(content.right() - paintCount(painter, option, content,
                                                   index.data(SidebarView::CountRole).toLongLong(),
                                                   isSelected));
 
     const int icon = style.scaled(static_cast<double>(Style::smallIcon) / Style::standardTextSize);
     const QRect iconPlace(content.left(), content.center().y() - icon / 2 + 1, icon, icon);
     const auto symbol = static_cast<Symbol>(index.data(SidebarView::SymbolRole).toInt());
-    painter.drawPixmap(iconPlace, style.pixmap(symbol, icon, isSelected ? colors.onAccent : colors.secondary,
-                                               painter.device()->devicePixelRatioF()));
+    painter.drawPixmap(placed(option, iconPlace),
+                       style.pixmap(symbol, icon, isSelected ? colors.onAccent : colors.secondary,
+                                    painter.device()->devicePixelRatioF()));
 
     const QFont font = style.font(Style::Type::body);
     const QRect name = content.adjusted(icon + Style::smallPadding, 0, 0, 0);
     painter.setFont(font);
     const bool isEnabled = index.flags().testFlag(Qt::ItemIsEnabled);
     painter.setPen(isSelected ? colors.onAccent : isEnabled ? colors.text : colors.secondary);
-    painter.drawText(name, Qt::AlignVCenter | Qt::TextSingleLine,
-                     QFontMetrics(font).elidedText(index.data().toString(), Qt::ElideRight, name.width()));
+    drawLine(painter, option, name,
+             QFontMetrics(font).elidedText(index.data().toString(), Qt::ElideRight, name.width()));
 }
 
 } // namespace Larkhaven

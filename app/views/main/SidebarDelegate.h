@@ -24,7 +24,8 @@ private:
     void paintHeading(QPainter& painter, const QStyleOptionViewItem& option, const QModelIndex& index) const;
     void paintRow(QPainter& painter, const QStyleOptionViewItem& option, const QModelIndex& index) const;
     /// Gives the width that the pill takes, with the space before it.
-    int paintCount(QPainter& painter, const QRect& content, qint64 count, bool isSelected) const;
+    int paintCount(QPainter& painter, const QStyleOptionViewItem& option, const QRect& content, qint64 count,
+                   bool isSelected) const;
 
     QPersistentModelIndex m_hovered;
 };

@@ -9,6 +9,9 @@
 #include <QPainter>
 #include <QVBoxLayout>
 
+#include <algorithm>
+#include <cmath>
+
 using namespace Qt::StringLiterals;
 
 namespace Larkhaven {
@@ -18,8 +21,12 @@ SidebarPane::SidebarPane(AppModel& model, QWidget* parent)
     , m_sidebar(new SidebarView(model))
     , m_add(new FlatButton(Symbol::plus, tr("Add Account")))
 {
-    setMinimumWidth(SidebarView::minimumColumnWidth);
-    setMaximumWidth(SidebarView::maximumColumnWidth);
+    Style::shared().follow(this, [this] {
+        for (QWidget* const column : std::initializer_list<QWidget*>{this, m_sidebar}) {
+            column->setMinimumWidth(narrowest());
+            column->setMaximumWidth(shownWidth(SidebarView::maximumColumnWidth));
+        }
+    });
     m_add->setObjectName("addAccount"_L1);
     m_add->setText(tr("Add Account"));
     m_add->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
@@ -37,15 +44,25 @@ SidebarPane::SidebarPane(AppModel& model, QWidget* parent)
     foot->addStretch();
     layout->addLayout(foot);
     connect(m_sidebar, &SidebarView::setupRequested, this, &SidebarPane::setupRequested);
-    connect(&Style::shared(), &Style::changed, this, &SidebarPane::applyStyle);
-    applyStyle();
 }
 
-void SidebarPane::applyStyle()
+int SidebarPane::narrowest()
 {
-    const Style& style = Style::shared();
-    m_add->setFont(style.font(Style::Type::body));
-    QWidget::update();
+    // Large text leaves the list its room in the smallest window.
+    constexpr int most = 240;
+    return std::clamp(shownWidth(SidebarView::minimumColumnWidth), SidebarView::minimumColumnWidth, most);
+}
+
+int SidebarPane::shownWidth(int width)
+{
+    return Style::shared().scaled(static_cast<double>(width) / Style::standardTextSize);
+}
+
+int SidebarPane::standardWidth(int shown)
+{
+    const double part = static_cast<double>(Style::standardTextSize) / Style::shared().textSize();
+    return std::clamp(static_cast<int>(std::lround(shown * part)), SidebarView::minimumColumnWidth,
+                      SidebarView::maximumColumnWidth);
 }
 
 void SidebarPane::paintEvent(QPaintEvent*)

@@ -16,6 +16,12 @@ class SidebarPane : public QWidget {
 public:
     explicit SidebarPane(AppModel& model, QWidget* parent = nullptr);
 
+    /// The least width of the pane; widths on screen follow the text size, those that are kept are for the
+    /// standard one.
+    static int narrowest();
+    static int shownWidth(int standard);
+    static int standardWidth(int shown);
+
     SidebarView& sidebar() const { return *m_sidebar; }
 
 Q_SIGNALS:
@@ -26,8 +32,6 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    void applyStyle();
-
     SidebarView* m_sidebar;
     FlatButton* m_add;
 };

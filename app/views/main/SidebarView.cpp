@@ -66,8 +66,6 @@ SidebarView::SidebarView(AppModel& model, QWidget* parent)
     setMouseTracking(true);
     setVerticalScrollMode(ScrollPerPixel);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    setMinimumWidth(minimumColumnWidth);
-    setMaximumWidth(maximumColumnWidth);
     setAcceptDrops(true);
 
     connect(this, &QTreeView::expanded, this, &SidebarView::storeCollapsed);
@@ -82,15 +80,8 @@ SidebarView::SidebarView(AppModel& model, QWidget* parent)
     connect(&model, &AppModel::countsChanged, this, &SidebarView::updateCounts);
     connect(&model, &AppModel::needsReauthChanged, this, &SidebarView::updateHeadings);
     connect(&model, &AppModel::sidebarSelectionChanged, this, &SidebarView::takeSelection);
-    connect(&Style::shared(), &Style::changed, this, &SidebarView::applyStyle);
-    applyStyle();
+    Style::shared().follow(this, [this] { scheduleDelayedItemsLayout(); });
     rebuild();
-}
-
-void SidebarView::applyStyle()
-{
-    scheduleDelayedItemsLayout();
-    viewport()->update();
 }
 
 void SidebarView::paintEvent(QPaintEvent* event)

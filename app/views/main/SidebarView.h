@@ -26,6 +26,7 @@ public:
         NeedsSignInRole,                ///< of a heading
     };
 
+    // At the standard text size.
     static constexpr int minimumColumnWidth = 170;
     static constexpr int idealColumnWidth = 210;
     static constexpr int maximumColumnWidth = 280;
@@ -57,7 +58,6 @@ private:
     void updateCounts();
     void updateHeadings();
     void takeSelection();
-    void applyStyle();
     void addRow(QStandardItem* heading, const Account& account, const MailboxRef& ref, Symbol symbol,
                 int depth);
     /// Adds the rows above a label that can't be chosen themselves.

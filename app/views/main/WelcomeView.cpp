@@ -1,7 +1,9 @@
 #include "views/main/WelcomeView.h"
 
 #include "domain/PlatformWords.h"
+#include "views/style/Roles.h"
 #include "views/style/Style.h"
+#include "views/style/WrappedText.h"
 
 #include <QLabel>
 #include <QPushButton>
@@ -15,12 +17,13 @@ WelcomeView::WelcomeView(AppModel& model, QWidget* parent)
     : QWidget(parent)
     , m_model(model)
     , m_title(new QLabel(tr("Welcome to Larkhaven")))
-    , m_text(new QLabel(PlatformWords::text(PlatformWords::Text::welcome)))
+    , m_text(new WrappedText(PlatformWords::text(PlatformWords::Text::welcome), 32))
 {
     setObjectName("welcome"_L1);
+    setRole(*m_title, Role::title);
+    setRole(*m_text, Role::secondary);
     m_title->setAlignment(Qt::AlignCenter);
     m_text->setAlignment(Qt::AlignHCenter | Qt::AlignTop);
-    m_text->setWordWrap(true);
     auto* const layout = new QVBoxLayout(this);
     layout->setSpacing(Style::padding);
     layout->addStretch(2);
@@ -51,8 +54,6 @@ WelcomeView::WelcomeView(AppModel& model, QWidget* parent)
     row->addStretch();
     layout->addLayout(row);
     layout->addStretch(3);
-    connect(&Style::shared(), &Style::changed, this, &WelcomeView::applyStyle);
-    applyStyle();
 }
 
 QPushButton* WelcomeView::addButton(const QString& text, QLatin1StringView name)
@@ -63,19 +64,6 @@ QPushButton* WelcomeView::addButton(const QString& text, QLatin1StringView name)
     connect(&m_model, &AppModel::signingInChanged, button, followSignIn);
     followSignIn();
     return button;
-}
-
-void WelcomeView::applyStyle()
-{
-    const Style& style = Style::shared();
-    m_title->setFont(style.font(Style::Type::title));
-    m_text->setFont(style.font(Style::Type::body));
-    // A layout with space to spare on both sides doesn't ask how high a wrapped text is.
-    const int width = style.scaled(32);
-    m_text->setFixedSize(width, m_text->heightForWidth(width));
-    QPalette palette = m_text->palette();
-    palette.setColor(QPalette::WindowText, style.colors().secondary);
-    m_text->setPalette(palette);
 }
 
 } // namespace Larkhaven

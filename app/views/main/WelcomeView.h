@@ -23,7 +23,6 @@ Q_SIGNALS:
 private:
     /// A button that can be pressed while no sign-in is under way.
     QPushButton* addButton(const QString& text, QLatin1StringView name);
-    void applyStyle();
 
     AppModel& m_model;
     QLabel* m_title;

@@ -2,6 +2,7 @@
 
 #include "views/style/AttachmentChip.h"
 #include "views/style/FlowLayout.h"
+#include "views/style/Roles.h"
 #include "views/style/Style.h"
 
 #include <QHBoxLayout>
@@ -23,8 +24,9 @@ AttachmentsRow::AttachmentsRow(QWidget* parent)
     layout->setSpacing(Style::padding);
     layout->addWidget(m_label, 0, Qt::AlignTop);
     layout->addWidget(m_chips, 1);
-    connect(&Style::shared(), &Style::changed, this, &AttachmentsRow::applyStyle);
-    applyStyle();
+    setRole(*m_label, Role::secondary);
+    Style::shared().follow(this,
+                           [this] { m_label->setContentsMargins(0, Style::shared().scaled(0.4), 0, 0); });
     setAttachments({});
 }
 
@@ -42,16 +44,6 @@ void AttachmentsRow::setAttachments(const QList<MailAttachment>& attachments)
         m_chips->layout()->addWidget(chip);
     }
     setVisible(!attachments.isEmpty());
-}
-
-void AttachmentsRow::applyStyle()
-{
-    const Style& style = Style::shared();
-    m_label->setFont(style.font(Style::Type::body));
-    m_label->setContentsMargins(0, style.scaled(0.4), 0, 0);
-    QPalette palette = m_label->palette();
-    palette.setColor(QPalette::WindowText, style.colors().secondary);
-    m_label->setPalette(palette);
 }
 
 } // namespace Larkhaven

@@ -22,8 +22,6 @@ Q_SIGNALS:
     void saveRequested(const Larkhaven::MailAttachment& attachment);
 
 private:
-    void applyStyle();
-
     QLabel* m_label;
     QWidget* m_chips;
 };

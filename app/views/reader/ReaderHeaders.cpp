@@ -3,8 +3,8 @@
 #include "views/reader/SubjectLabel.h"
 #include "views/style/DisplayText.h"
 #include "views/style/FlatButton.h"
+#include "views/style/Roles.h"
 #include "views/style/RowText.h"
-#include "views/style/Style.h"
 
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -85,8 +85,10 @@ ReaderHeaders::ReaderHeaders(QWidget* parent)
     layout->setSpacing(Style::smallPadding);
     layout->addLayout(m_titleLine);
     layout->addLayout(m_grid);
-    connect(&Style::shared(), &Style::changed, this, &ReaderHeaders::applyStyle);
-    applyStyle();
+    setRole(*m_subject, Role::title);
+    for (QLabel* const quiet : {m_count, m_date.value})
+        setRole(*quiet, Role::secondary);
+    Style::shared().follow(this, [this] { measure(); });
 }
 
 ReaderHeaders::Row ReaderHeaders::addRow(const QString& name, QLabel* value, const QString& objectName)
@@ -94,6 +96,7 @@ ReaderHeaders::Row ReaderHeaders::addRow(const QString& name, QLabel* value, con
     const int row = m_grid->rowCount();
     auto* const label = new QLabel(name);
     label->setBuddy(value);
+    setRole(*label, Role::secondary);
     value->setTextFormat(Qt::PlainText);
     value->setObjectName(objectName);
     m_grid->addWidget(label, row, 0, Qt::AlignRight | Qt::AlignTop);
@@ -137,7 +140,7 @@ void ReaderHeaders::placeDate()
 {
     const Style& style = Style::shared();
     int used = 2 * Style::largePadding + m_back->sizeHint().width() +
-               m_date.value->fontMetrics().horizontalAdvance(m_date.value->text());
+               QFontMetrics(style.font(Style::Type::body)).horizontalAdvance(m_date.value->text());
     for (const QLabel* const mark : {m_star, m_clip, m_count}) {
         if (!mark->isHidden())
             used += mark->sizeHint().width();
@@ -154,7 +157,7 @@ void ReaderHeaders::placeDate()
             m_grid->addWidget(m_date.value, m_dateRow, 1);
         }
         m_date.value->setWordWrap(!isBeside);
-        applyStyle();
+        measure();
     }
     m_date.name->setVisible(m_hasDate && !isBeside);
     // Whoever hears it in the first line hears no label before it.
@@ -198,31 +201,14 @@ void ReaderHeaders::resizeEvent(QResizeEvent* event)
     placeDate();
 }
 
-void ReaderHeaders::applyStyle()
+void ReaderHeaders::measure()
 {
     const Style& style = Style::shared();
-    const auto color = [](QLabel* label, const QColor& text) {
-        QPalette palette = label->palette();
-        palette.setColor(QPalette::WindowText, text);
-        label->setPalette(palette);
-    };
-    m_subject->setFont(style.font(Style::Type::title));
-    color(m_subject, style.colors().text);
-    for (const Row& row : {m_from, m_to, m_cc, m_date}) {
-        row.name->setFont(style.font(Style::Type::body));
-        row.value->setFont(style.font(Style::Type::body));
-        color(row.name, style.colors().secondary);
-        color(row.value, style.colors().text);
-    }
-    m_count->setFont(style.font(Style::Type::body));
-    color(m_count, style.colors().secondary);
-    if (m_isDateBeside)
-        color(m_date.value, style.colors().secondary);
     showMarks();
 
     // All of the first line stands on the baseline of the subject's first, which is level with the button.
-    const QFontMetrics title(m_subject->font());
-    const QFontMetrics body(m_date.value->font());
+    const QFontMetrics title(style.font(Style::Type::title));
+    const QFontMetrics body(style.font(Style::Type::body));
     const QSize back = m_back->sizeHint().expandedTo(m_back->minimumSize());
     const int top = std::max(0, (back.height() - title.height()) / 2);
     const int bodyTop = top + title.ascent() - body.ascent();
@@ -230,7 +216,7 @@ void ReaderHeaders::applyStyle()
     // The subject begins where the values below it do.
     int labels = 0;
     for (const Row& row : {m_from, m_to, m_cc, m_date})
-        labels = std::max(labels, row.name->sizeHint().width());
+        labels = std::max(labels, body.horizontalAdvance(row.name->text()));
     const int before = back.width() + m_titleLine->spacing();
     const int indent = std::max(0, labels + m_grid->horizontalSpacing() - before);
     const bool isTurnedRound = layoutDirection() == Qt::RightToLeft;

@@ -73,7 +73,7 @@ private:
     void setDate(const std::optional<QDateTime>& date);
     void placeDate();
     void showMarks();
-    void applyStyle();
+    void measure();
 
     FlatButton* m_back;
     SubjectLabel* m_subject;

@@ -13,6 +13,7 @@
 #include "views/style/EmptyStateView.h"
 #include "views/style/NoticeBanner.h"
 #include "views/style/PlainAlert.h"
+#include "views/style/Roles.h"
 #include "views/style/Style.h"
 
 #include <QApplication>
@@ -163,23 +164,18 @@ ReaderView::ReaderView(AppModel& model, Desktop desktop, QWidget* parent)
         proxy->installEventFilter(this);
     for (const auto signal : {&AppModel::messagesChanged, &AppModel::openMessageChanged})
         connect(&model, signal, this, &ReaderView::showMarks);
-    connect(&Style::shared(), &Style::changed, this, &ReaderView::applyStyle);
     // The Tab key leads to what is in it.
     setFocusPolicy(Qt::ClickFocus);
-    applyStyle();
+    setRole(*this, Role::surface);
+    Style::shared().follow(this, [this] { measure(); });
 }
 
 ReaderView::~ReaderView() = default;
 
-void ReaderView::applyStyle()
+void ReaderView::measure()
 {
-    QPalette own = palette();
-    own.setColor(QPalette::Window, Style::shared().colors().surface);
-    setPalette(own);
-    setAutoFillBackground(true);
     m_message->setZoom(static_cast<double>(Style::shared().textSize()) / Style::standardTextSize);
     m_card->setMinimumHeight(Style::shared().scaled(12));
-    m_card->update();
 }
 
 // --- Loading and rendering
@@ -370,18 +366,18 @@ void ReaderView::followLink(const LinkRecord& link)
     confirmLink(link, messages);
 }
 
-QString ReaderView::destination(const LinkRecord& link) const
+MailURL ReaderView::destination(const LinkRecord& link) const
 {
     const bool cleans = m_model.defaults().boolean(DefaultsKey::stripTrackingParams);
-    return (cleans ? LinkCleaner::clean(link.url) : link.url).absoluteString();
+    return cleans ? LinkCleaner::clean(link.url) : link.url;
 }
 
 void ReaderView::confirmLink(const LinkRecord& link, const QStringList& warnings)
 {
     m_pendingLink = link;
-    QMessageBox* const alert =
-        makePlainAlert(tr("This link may be deceptive"), warnings.join(u'\n') + u"\n\n"_s + destination(link),
-                       QMessageBox::Cancel, this);
+    QMessageBox* const alert = makePlainAlert(
+        tr("This link may be deceptive"),
+        warnings.join(u'\n') + u"\n\n"_s + destination(link).absoluteString(), QMessageBox::Cancel, this);
     alert->setObjectName("linkAlert"_L1);
     QPushButton* const open = alert->addButton(tr("Open Anyway"), QMessageBox::AcceptRole);
     alert->setDefaultButton(QMessageBox::Cancel);
@@ -398,8 +394,7 @@ void ReaderView::openLink(const LinkRecord& link)
     const QString scheme = link.url.scheme();
     if (scheme != "http"_L1 && scheme != "https"_L1)
         return;
-    const bool cleans = m_model.defaults().boolean(DefaultsKey::stripTrackingParams);
-    m_desktop.openURL((cleans ? LinkCleaner::clean(link.url) : link.url).toQUrl());
+    m_desktop.openURL(destination(link).toQUrl());
 }
 
 // --- Attachments and keys

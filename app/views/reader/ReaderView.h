@@ -88,9 +88,10 @@ private:
     bool scrollAround(const QKeyEvent& event);
     void confirmLink(const LinkRecord& link, const QStringList& warnings);
     void openLink(const LinkRecord& link);
-    QString destination(const LinkRecord& link) const;
+    /// Where the link leads: the one place where it is cleaned, if the user wants that.
+    MailURL destination(const LinkRecord& link) const;
     Task<> saveAttachment(MailAttachment attachment);
-    void applyStyle();
+    void measure();
 
     AppModel& m_model;
     Desktop m_desktop;

@@ -4,9 +4,9 @@
 #include "platform/Tasks.h"
 #include "views/reader/SourceText.h"
 #include "views/style/DisplayText.h"
+#include "views/style/Roles.h"
 #include "views/style/Style.h"
 
-#include <QFontDatabase>
 #include <QHash>
 #include <QPlainTextEdit>
 #include <QPointer>
@@ -18,18 +18,6 @@ using namespace Qt::StringLiterals;
 namespace Larkhaven {
 
 namespace {
-
-void applyStyle(QPlainTextEdit& text)
-{
-    const Style& style = Style::shared();
-    QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
-    font.setPixelSize(style.textSize());
-    text.setFont(font);
-    QPalette palette = text.palette();
-    palette.setColor(QPalette::Base, style.colors().surface);
-    palette.setColor(QPalette::Text, style.colors().text);
-    text.setPalette(palette);
-}
 
 QWidget* makeWindow(const QString& subject, const QString& source)
 {
@@ -48,8 +36,7 @@ QWidget* makeWindow(const QString& subject, const QString& source)
     text->setUndoRedoEnabled(false);
     text->setFrameShape(QFrame::NoFrame);
     text->document()->setDocumentMargin(Style::padding);
-    applyStyle(*text);
-    QObject::connect(&Style::shared(), &Style::changed, text, [text] { applyStyle(*text); });
+    setRole(*text, Role::code);
     text->setPlainText(source);
     auto* const layout = new QVBoxLayout(window);
     layout->setContentsMargins(0, 0, 0, 0);

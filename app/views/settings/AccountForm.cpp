@@ -4,12 +4,12 @@
 #include "domain/Text.h"
 #include "views/settings/AccountsListModel.h"
 #include "views/style/DisplayText.h"
+#include "views/style/Roles.h"
 #include "views/style/Style.h"
 
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QStyle>
 
 #include <algorithm>
 
@@ -71,7 +71,7 @@ AccountForm::Row AccountForm::addValue(const QString& label, QLatin1StringView n
     auto* const value = new QLineEdit;
     value->setObjectName(name);
     value->setReadOnly(true);
-    value->setProperty("role", u"value"_s);
+    setRole(*value, Role::value);
     return {addRow(label, value), value};
 }
 
@@ -110,9 +110,7 @@ void AccountForm::follow()
 
     const bool needsSignIn = m_model.needsReauth().contains(m_accountID);
     show(m_status, needsSignIn ? tr("Sign-in required") : tr("Signed in"));
-    m_status.value->setProperty("danger", needsSignIn);
-    m_status.value->style()->unpolish(m_status.value);
-    m_status.value->style()->polish(m_status.value);
+    setRole(*m_status.value, needsSignIn ? Role::dangerValue : Role::value);
     m_signIn->setVisible(needsSignIn);
     m_signIn->setEnabled(!m_model.isSigningIn());
     m_edit->setVisible(account->provider == ProviderKind::imap);

@@ -20,10 +20,8 @@ void AccountRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& op
     painter->save();
     painter->setRenderHint(QPainter::Antialiasing);
     if (isSelected || option.state.testFlag(QStyle::State_MouseOver)) {
-        QColor quiet = colors.text;
-        quiet.setAlphaF(0.12F);
         painter->setPen(Qt::NoPen);
-        painter->setBrush(isFilled ? colors.accent : isSelected ? quiet : colors.hover);
+        painter->setBrush(isFilled ? colors.accent : isSelected ? colors.quietSelected : colors.hover);
         painter->drawRoundedRect(row, Style::radius, Style::radius);
     }
     const QRect content = row.adjusted(Style::smallPadding, Style::grid, -Style::smallPadding, -Style::grid);

@@ -7,6 +7,7 @@
 #include "views/setup/AddAccountItems.h"
 #include "views/style/FlatButton.h"
 #include "views/style/PlainAlert.h"
+#include "views/style/Roles.h"
 #include "views/style/Style.h"
 
 #include <QAction>
@@ -37,7 +38,7 @@ AccountsSettingsView::AccountsSettingsView(AppModel& model, QWidget* parent)
 {
     setObjectName("accountsSettings"_L1);
     m_hint->setObjectName("accountsHint"_L1);
-    m_hint->setProperty("role", u"hint"_s);
+    setRole(*m_hint, Role::secondary);
     m_hint->setAlignment(Qt::AlignCenter);
     m_hint->setWordWrap(true);
     m_formArea->setFrameShape(QFrame::NoFrame);
@@ -55,8 +56,10 @@ AccountsSettingsView::AccountsSettingsView(AppModel& model, QWidget* parent)
     connect(m_list->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             &AccountsSettingsView::followSelection);
     connect(m_accounts, &QAbstractItemModel::modelReset, this, &AccountsSettingsView::followList);
-    connect(&Style::shared(), &Style::changed, this, &AccountsSettingsView::applyStyle);
-    applyStyle();
+    Style::shared().follow(this, [this] {
+        m_list->setFixedWidth(Style::shared().scaled(17));
+        m_list->doItemsLayout();
+    });
     followSelection();
 }
 
@@ -64,7 +67,7 @@ QWidget* AccountsSettingsView::makeSide()
 {
     m_list->setObjectName("accountsList"_L1);
     m_list->setAccessibleName(tr("Accounts"));
-    m_list->setProperty("role", u"field"_s);
+    setRole(*m_list, Role::field);
     m_list->setModel(m_accounts);
     m_list->setItemDelegate(new AccountRowDelegate(m_list));
     m_list->setMouseTracking(true);
@@ -176,12 +179,6 @@ void AccountsSettingsView::askToRemove()
                 followSelection();
             });
     m_question->open();
-}
-
-void AccountsSettingsView::applyStyle()
-{
-    m_list->setFixedWidth(Style::shared().scaled(17));
-    m_list->doItemsLayout();
 }
 
 } // namespace Larkhaven

@@ -41,7 +41,6 @@ private:
     void followList();
     void followSelection();
     void askToRemove();
-    void applyStyle();
 
     AppModel& m_model;
     AccountsListModel* m_accounts;

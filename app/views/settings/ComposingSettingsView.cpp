@@ -35,11 +35,12 @@ ComposingSettingsView::ComposingSettingsView(AppModel& model, QWidget* parent)
                                  DefaultsKey::suggestFromContacts));
     addCaption(PlatformWords::text(PlatformWords::Text::contactsCaption));
     connect(&model.defaults(), &UserDefaults::changed, this, &ComposingSettingsView::follow);
-    connect(&Style::shared(), &Style::changed, this, &ComposingSettingsView::applyStyle);
     follow(DefaultsKey::composeRichText);
     follow(DefaultsKey::signature);
-    showFont();
-    applyStyle();
+    Style::shared().follow(this, [this] {
+        m_signature->setFixedHeight(Style::shared().scaled(8));
+        showFont();
+    });
 }
 
 void ComposingSettingsView::makeFormat()
@@ -114,12 +115,6 @@ void ComposingSettingsView::showFont()
     const double scale = static_cast<double>(Style::shared().textSize()) / Style::standardTextSize;
     font.setPixelSize(std::max(1, static_cast<int>(std::lround(size * scale))));
     m_sample->setFont(font);
-}
-
-void ComposingSettingsView::applyStyle()
-{
-    m_signature->setFixedHeight(Style::shared().scaled(8));
-    showFont();
 }
 
 } // namespace Larkhaven

@@ -24,7 +24,6 @@ private:
     void makeSignature();
     void follow(const QString& key);
     void showFont();
-    void applyStyle();
 
     AppModel& m_model;
     SegmentedPicker* m_format;

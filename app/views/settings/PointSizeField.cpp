@@ -1,6 +1,7 @@
 #include "views/settings/PointSizeField.h"
 
 #include "views/style/FlatButton.h"
+#include "views/style/FocusedWheel.h"
 #include "views/style/Style.h"
 
 #include <QHBoxLayout>
@@ -13,9 +14,9 @@ namespace Larkhaven {
 namespace {
 
 /// Shows no digits behind the point that aren't needed.
-class Field final : public QDoubleSpinBox {
+class Field final : public FocusedWheel<QDoubleSpinBox> {
 public:
-    using QDoubleSpinBox::QDoubleSpinBox;
+    using FocusedWheel::FocusedWheel;
 
     QString textFromValue(double value) const override
     {
@@ -53,8 +54,7 @@ PointSizeField::PointSizeField(double smallest, double largest, QWidget* parent)
     layout->addWidget(larger);
     layout->addStretch();
     setFocusProxy(m_field);
-    connect(&Style::shared(), &Style::changed, this, &PointSizeField::applyStyle);
-    applyStyle();
+    Style::shared().follow(this, [this] { m_field->setFixedWidth(Style::shared().scaled(6)); });
 }
 
 void PointSizeField::setSize(double size)
@@ -67,11 +67,6 @@ void PointSizeField::setSize(double size)
 void PointSizeField::setSpokenName(const QString& spoken)
 {
     m_field->setAccessibleName(spoken);
-}
-
-void PointSizeField::applyStyle()
-{
-    m_field->setFixedWidth(Style::shared().scaled(6));
 }
 
 } // namespace Larkhaven

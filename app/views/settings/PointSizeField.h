@@ -21,8 +21,6 @@ Q_SIGNALS:
     void chosen(double size);
 
 private:
-    void applyStyle();
-
     QDoubleSpinBox* m_field;
 };
 

@@ -51,7 +51,6 @@ PrivacySettingsView::PrivacySettingsView(AppModel& model, QWidget* parent)
 void PrivacySettingsView::addFact(const QString& what, const QString& value)
 {
     auto* const fact = new QLabel(value);
-    fact->setProperty("role", u"fact"_s);
     addRow(what, fact)->setBuddy(nullptr);
     // What is read out is the text itself.
     fact->setAccessibleName(u"%1: %2"_s.arg(what, value));

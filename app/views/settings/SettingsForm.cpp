@@ -1,5 +1,6 @@
 #include "views/settings/SettingsForm.h"
 
+#include "views/style/Roles.h"
 #include "views/style/Style.h"
 
 #include <QGridLayout>
@@ -28,8 +29,8 @@ SettingsForm::SettingsForm(QWidget* parent)
     layout->setContentsMargins(margin, Style::largePadding, margin, margin);
     layout->addLayout(line);
     layout->addStretch();
-    connect(&Style::shared(), &Style::changed, this, &SettingsForm::applyStyle);
-    applyStyle();
+    // Longer lines are hard to follow.
+    Style::shared().follow(this, [this] { m_content->setMaximumWidth(Style::shared().scaled(52)); });
 }
 
 void SettingsForm::addGroup(const QString& heading)
@@ -39,7 +40,7 @@ void SettingsForm::addGroup(const QString& heading)
     if (heading.isEmpty())
         return;
     auto* const text = new QLabel(heading);
-    text->setProperty("role", u"heading"_s);
+    setRole(*text, Role::subhead);
     m_grid->addWidget(text, m_row++, 0, 1, 2);
 }
 
@@ -63,7 +64,7 @@ void SettingsForm::addControl(QWidget* control)
 QLabel* SettingsForm::addCaption(const QString& text)
 {
     auto* const caption = new QLabel(text);
-    caption->setProperty("role", u"caption"_s);
+    setRole(*caption, Role::caption);
     caption->setTextFormat(Qt::PlainText);
     caption->setWordWrap(true);
     // Without something that grows, a column is as narrow as its narrowest control.
@@ -72,12 +73,6 @@ QLabel* SettingsForm::addCaption(const QString& text)
     caption->setSizePolicy(grows);
     m_grid->addWidget(caption, m_row++, 1);
     return caption;
-}
-
-void SettingsForm::applyStyle()
-{
-    // Longer lines are hard to follow.
-    m_content->setMaximumWidth(Style::shared().scaled(52));
 }
 
 } // namespace Larkhaven

@@ -25,8 +25,6 @@ public:
     QLabel* addCaption(const QString& text);
 
 private:
-    void applyStyle();
-
     QWidget* m_content; ///< as wide as lines can be read
     QGridLayout* m_grid;
     int m_row = 0;

@@ -4,6 +4,7 @@
 #include "views/settings/ComposingSettingsView.h"
 #include "views/settings/GeneralSettingsView.h"
 #include "views/settings/PrivacySettingsView.h"
+#include "views/style/Roles.h"
 #include "views/style/Style.h"
 
 #include <QApplication>
@@ -14,7 +15,6 @@
 #include <QTabWidget>
 #include <QVBoxLayout>
 
-#include <array>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -25,8 +25,6 @@ namespace {
 
 /// What a window manager needs of the screen around a window.
 constexpr QSize frame{16, 48};
-
-constexpr std::array paneSymbols{Symbol::at, Symbol::gear, Symbol::pencil, Symbol::hand};
 
 } // namespace
 
@@ -40,36 +38,31 @@ SettingsView::SettingsView(AppModel& model, QWidget* parent)
     m_tabs->setObjectName("settingsTabs"_L1);
     m_tabs->setDocumentMode(true);
     m_tabs->tabBar()->setObjectName("settingsTabBar"_L1);
-    m_tabs->tabBar()->setProperty("role", u"panes"_s);
+    setRole(*m_tabs->tabBar(), Role::panes);
     m_tabs->tabBar()->setExpanding(false);
     m_tabs->tabBar()->setDrawBase(false);
     m_tabs->tabBar()->setAccessibleName(tr("Settings"));
-    addPane(m_accounts, tr("Accounts"), false);
-    addPane(new GeneralSettingsView(model), tr("General"), true);
-    addPane(new ComposingSettingsView(model), tr("Composing"), true);
-    addPane(new PrivacySettingsView(model), tr("Privacy"), true);
+    m_tabs->addTab(m_accounts, Symbols::icon(Symbol::at), tr("Accounts"));
+    addPane(new GeneralSettingsView(model), Symbol::gear, tr("General"));
+    addPane(new ComposingSettingsView(model), Symbol::pencil, tr("Composing"));
+    addPane(new PrivacySettingsView(model), Symbol::hand, tr("Privacy"));
     auto* const layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, Style::grid, 0, 0);
     layout->addWidget(m_tabs);
     connect(m_accounts, &AccountsSettingsView::setupRequested, this, &SettingsView::setupRequested);
-    connect(&Style::shared(), &Style::changed, this, &SettingsView::applyStyle);
     connect(qApp, &QApplication::focusChanged, this,
             [this](QWidget*, QWidget* focused) { followFocus(focused); });
-    applyStyle();
+    Style::shared().follow(this, [this] { measure(); });
 }
 
-void SettingsView::addPane(QWidget* pane, const QString& title, bool scrolls)
+void SettingsView::addPane(QWidget* pane, Symbol symbol, const QString& title)
 {
-    if (!scrolls) {
-        m_tabs->addTab(pane, title);
-        return;
-    }
     auto* const area = new QScrollArea;
     area->setFrameShape(QFrame::NoFrame);
     area->setWidgetResizable(true);
     area->setFocusPolicy(Qt::NoFocus);
     area->setWidget(pane);
-    m_tabs->addTab(area, title);
+    m_tabs->addTab(area, Symbols::icon(symbol), title);
 }
 
 void SettingsView::followFocus(QWidget* focused)
@@ -114,14 +107,11 @@ void SettingsView::keyPressEvent(QKeyEvent* event)
         QWidget::keyPressEvent(event);
 }
 
-void SettingsView::applyStyle()
+void SettingsView::measure()
 {
     const Style& style = Style::shared();
     const int icon = style.scaled(static_cast<double>(Style::smallIcon) / Style::standardTextSize);
     m_tabs->setIconSize({icon, icon});
-    for (int index = 0; index < m_tabs->count(); ++index)
-        m_tabs->setTabIcon(index,
-                           style.icon(paneSymbols.at(static_cast<size_t>(index)), style.colors().text));
     // Other colours leave the size alone that the user has given it.
     if (std::exchange(m_textSize, style.textSize()) != style.textSize())
         fitToScreen();

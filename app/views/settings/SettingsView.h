@@ -1,6 +1,7 @@
 #pragma once
 
 #include "model/AppModel.h"
+#include "views/style/Symbols.h"
 
 #include <QWidget>
 
@@ -36,9 +37,9 @@ protected:
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
-    void addPane(QWidget* pane, const QString& title, bool scrolls);
+    void addPane(QWidget* pane, Symbol symbol, const QString& title);
     void followFocus(QWidget* focused);
-    void applyStyle();
+    void measure();
     void fitToScreen();
 
     QTabWidget* m_tabs;

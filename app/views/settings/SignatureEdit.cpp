@@ -1,5 +1,7 @@
 #include "views/settings/SignatureEdit.h"
 
+#include "views/style/Roles.h"
+
 #include <QMimeData>
 #include <QScopedValueRollback>
 #include <QTextCursor>
@@ -14,7 +16,7 @@ namespace Larkhaven {
 SignatureEdit::SignatureEdit(QWidget* parent)
     : QPlainTextEdit(parent)
 {
-    setProperty("role", u"field"_s);
+    setRole(*this, Role::field);
     setTabChangesFocus(true);
     connect(document(), &QTextDocument::contentsChange, this,
             [this](int position, int, int added) { m_changeEnd = position + added; });

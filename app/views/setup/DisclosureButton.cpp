@@ -61,15 +61,15 @@ DisclosureButton::DisclosureButton(const QString& text, QWidget* parent)
     setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     setFocusPolicy(Qt::StrongFocus);
     connect(this, &QToolButton::clicked, this, [this] { setExpanded(!m_isExpanded); });
-    connect(&Style::shared(), &Style::changed, this, &DisclosureButton::applyStyle);
-    applyStyle();
+    Style::shared().follow(this, [this] { measure(); });
+    showArrow();
 }
 
 void DisclosureButton::setExpanded(bool isExpanded)
 {
     if (std::exchange(m_isExpanded, isExpanded) == isExpanded)
         return;
-    applyStyle();
+    showArrow();
     QAccessible::State changed;
     changed.expanded = true;
     changed.collapsed = true;
@@ -78,12 +78,15 @@ void DisclosureButton::setExpanded(bool isExpanded)
     Q_EMIT expandedChanged(isExpanded);
 }
 
-void DisclosureButton::applyStyle()
+void DisclosureButton::measure()
 {
-    const Style& style = Style::shared();
-    const int icon = style.scaled(1);
+    const int icon = Style::shared().scaled(1);
     setIconSize({icon, icon});
-    setIcon(style.icon(m_isExpanded ? Symbol::chevronDown : Symbol::chevronRight, style.colors().secondary));
+}
+
+void DisclosureButton::showArrow()
+{
+    setIcon(Symbols::icon(m_isExpanded ? Symbol::chevronDown : Symbol::chevronRight, Tone::secondary));
 }
 
 } // namespace Larkhaven

@@ -19,7 +19,8 @@ Q_SIGNALS:
     void expandedChanged(bool isExpanded);
 
 private:
-    void applyStyle();
+    void measure();
+    void showArrow();
 
     bool m_isExpanded = false;
 };

@@ -6,6 +6,7 @@
 #include "views/setup/ServerFields.h"
 #include "views/style/DisplayText.h"
 #include "views/style/PlainAlert.h"
+#include "views/style/Roles.h"
 #include "views/style/Style.h"
 
 #include <QApplication>
@@ -82,6 +83,9 @@ IMAPSetupView::IMAPSetupView(AppModel& model, QWidget* parent)
 {
     setObjectName("imap-setup"_L1);
     setWindowTitle(tr("Account Setup"));
+    setRole(*m_title, Role::title);
+    setRole(*m_hint, Role::caption);
+    setRole(*m_progressText, Role::caption);
     m_password->setEchoMode(QLineEdit::Password);
     m_password->setInputMethodHints(Qt::ImhHiddenText | Qt::ImhNoPredictiveText | Qt::ImhSensitiveData);
     m_email->setInputMethodHints(Qt::ImhEmailCharactersOnly);
@@ -89,7 +93,7 @@ IMAPSetupView::IMAPSetupView(AppModel& model, QWidget* parent)
     showSettings(ServerSettings::preset(QString()));
     m_servers->hide();
     makeConnections();
-    applyStyle();
+    Style::shared().follow(this, [this] { measure(); });
     updateButton();
 }
 
@@ -110,7 +114,6 @@ void IMAPSetupView::makeConnections()
     connect(m_cancel, &QPushButton::clicked, this, &QWidget::close);
     connect(qApp, &QApplication::focusChanged, this,
             [this](QWidget*, QWidget* focused) { keepFocusInSight(focused); });
-    connect(&Style::shared(), &Style::changed, this, &IMAPSetupView::applyStyle);
 }
 
 // --- Layout
@@ -243,16 +246,9 @@ void IMAPSetupView::keepFocusInSight(QWidget* focused)
     m_scroll->ensureVisible(place.left(), place.top(), 0, Style::padding);
 }
 
-void IMAPSetupView::applyStyle()
+void IMAPSetupView::measure()
 {
     const Style& style = Style::shared();
-    m_title->setFont(style.font(Style::Type::title));
-    QPalette quiet = m_hint->palette();
-    quiet.setColor(QPalette::WindowText, style.colors().secondary);
-    for (QLabel* const text : {m_hint, m_progressText}) {
-        text->setFont(style.font(Style::Type::caption));
-        text->setPalette(quiet);
-    }
     // Large text on a small screen leaves less than it asks for.
     const int labels =
         alignLabels() + Style::padding + 2 * margin + m_scroll->verticalScrollBar()->sizeHint().width();
@@ -262,7 +258,7 @@ void IMAPSetupView::applyStyle()
         field->setFixedWidth(fieldWidth);
     m_hint->setFixedWidth(fieldWidth);
     for (ServerFields* const fields : {m_imap, m_smtp})
-        fields->applyStyle(fieldWidth);
+        fields->setFieldWidth(fieldWidth);
     fitToScreen();
 }
 

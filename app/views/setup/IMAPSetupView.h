@@ -64,7 +64,7 @@ private:
     void takeReturn();
     Task<> save();
     void leave();
-    void applyStyle();
+    void measure();
     /// Gives the width of their column.
     int alignLabels();
 

@@ -1,6 +1,7 @@
 #include "views/setup/ServerFields.h"
 
 #include "domain/Text.h"
+#include "views/style/FocusedWheel.h"
 #include "views/style/Picker.h"
 #include "views/style/Style.h"
 
@@ -20,7 +21,7 @@ ServerFields::ServerFields(QFormLayout& form, const Names& names, Ports ports, c
     : QObject(parent)
     , m_ports(ports)
     , m_host(new QLineEdit)
-    , m_port(new QSpinBox)
+    , m_port(new FocusedWheel<QSpinBox>)
     , m_security(new Picker)
 {
     constexpr int largestPort = 65535;
@@ -75,7 +76,7 @@ void ServerFields::focus()
     m_host->selectAll();
 }
 
-void ServerFields::applyStyle(int fieldWidth)
+void ServerFields::setFieldWidth(int fieldWidth)
 {
     constexpr double portWidth = 5;
     m_host->setFixedWidth(fieldWidth);

@@ -44,7 +44,7 @@ public:
     void show(const Values& values);
     /// Puts the focus where the server is named.
     void focus();
-    void applyStyle(int fieldWidth);
+    void setFieldWidth(int fieldWidth);
 
 Q_SIGNALS:
     /// By the user.

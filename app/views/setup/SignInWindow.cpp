@@ -1,6 +1,8 @@
 #include "views/setup/SignInWindow.h"
 
+#include "views/style/Roles.h"
 #include "views/style/Style.h"
+#include "views/style/WrappedText.h"
 
 #include <QCloseEvent>
 #include <QHBoxLayout>
@@ -18,15 +20,17 @@ SignInWindow::SignInWindow(AppModel& model, QWidget* parent)
     : QWidget(parent, Qt::Dialog)
     , m_model(model)
     , m_title(new QLabel)
-    , m_text(new QLabel(tr("Sign-in goes on in your browser, in a private window that opens now. This window "
-                           "closes by itself.")))
+    , m_text(new WrappedText(
+          tr("Sign-in goes on in your browser, in a private window that opens now. This window "
+             "closes by itself."),
+          26))
     , m_cancel(new QPushButton(tr("Cancel")))
 {
     setObjectName("signInWindow"_L1);
     setWindowTitle(tr("Sign In"));
     setAttribute(Qt::WA_ShowWithoutActivating);
     m_title->setObjectName("signInTitle"_L1);
-    m_text->setWordWrap(true);
+    setRole(*m_title, Role::title);
     m_cancel->setObjectName("signInCancel"_L1);
     m_cancel->setAutoDefault(false);
     auto* const bar = new QProgressBar;
@@ -49,8 +53,6 @@ SignInWindow::SignInWindow(AppModel& model, QWidget* parent)
     connect(m_cancel, &QPushButton::clicked, this, &QWidget::close);
     connect(&model, &AppModel::browserSignInChanged, this, &SignInWindow::follow);
     connect(&model, &AppModel::browserSignInWanted, this, &SignInWindow::bringForward);
-    connect(&Style::shared(), &Style::changed, this, &SignInWindow::applyStyle);
-    applyStyle();
 }
 
 void SignInWindow::follow()
@@ -70,15 +72,6 @@ void SignInWindow::bringForward()
     show();
     raise();
     activateWindow();
-}
-
-void SignInWindow::applyStyle()
-{
-    const Style& style = Style::shared();
-    m_title->setFont(style.font(Style::Type::title));
-    m_text->setFont(style.font(Style::Type::body));
-    const int width = style.scaled(26);
-    m_text->setFixedSize(width, m_text->heightForWidth(width));
 }
 
 void SignInWindow::closeEvent(QCloseEvent* event)

@@ -25,7 +25,6 @@ protected:
 private:
     void follow();
     void bringForward();
-    void applyStyle();
 
     AppModel& m_model;
     QLabel* m_title;

@@ -83,18 +83,24 @@ void AttachmentChip::paintEvent(QPaintEvent*)
     painter.setBrush(isDown() ? colors.selected : underMouse() ? colors.hover : colors.surface);
     painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), Style::radius, Style::radius);
 
+    const auto placed = [this](const QRect& place) {
+        return QStyle::visualRect(layoutDirection(), rect(), place);
+    };
+    const Qt::Alignment begin = QStyle::visualAlignment(layoutDirection(), Qt::AlignLeft) | Qt::AlignAbsolute;
+    const int flags = static_cast<int>(begin | Qt::AlignVCenter) | Qt::TextSingleLine;
+    painter.setLayoutDirection(Qt::LayoutDirectionAuto);
     int left = Style::smallPadding;
-    m_icon.paint(&painter, QRect(left, (height() - iconSize()) / 2, iconSize(), iconSize()));
+    m_icon.paint(&painter, placed({left, (height() - iconSize()) / 2, iconSize(), iconSize()}));
     left += iconSize() + 6;
     painter.setFont(style.font(Style::Type::body));
     painter.setPen(colors.text);
     const QRect name(left, 0, width() - widthWithoutName(), height());
-    painter.drawText(name, Qt::AlignVCenter | Qt::TextSingleLine,
+    painter.drawText(placed(name), flags,
                      painter.fontMetrics().elidedText(m_filename, Qt::ElideMiddle, name.width()));
     left += name.width() + 6;
     painter.setFont(style.font(Style::Type::caption));
     painter.setPen(colors.secondary);
-    painter.drawText(QRect(left, 0, width() - left, height()), Qt::AlignVCenter | Qt::TextSingleLine, m_size);
+    painter.drawText(placed({left, 0, width() - left, height()}), flags, m_size);
 }
 
 } // namespace Larkhaven

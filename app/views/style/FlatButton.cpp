@@ -1,5 +1,9 @@
 #include "views/style/FlatButton.h"
 
+#include "views/style/ToolTips.h"
+
+#include <QHelpEvent>
+
 namespace Larkhaven {
 
 FlatButton::FlatButton(Symbol symbol, const QString& help, QWidget* parent)
@@ -14,8 +18,8 @@ FlatButton::FlatButton(Symbol symbol, const QString& help, const QKeySequence& c
     setAutoRaise(true);
     setHelp(help, chord);
     setFocusPolicy(Qt::TabFocus);
-    connect(&Style::shared(), &Style::changed, this, &FlatButton::applyStyle);
-    applyStyle();
+    Style::shared().follow(this, [this] { measure(); });
+    setSymbol(symbol);
 }
 
 void FlatButton::setHelp(const QString& help, const QKeySequence& chord)
@@ -27,7 +31,7 @@ void FlatButton::setHelp(const QString& help, const QKeySequence& chord)
 void FlatButton::setSymbol(Symbol symbol)
 {
     m_symbol = symbol;
-    applyStyle();
+    setIcon(Symbols::icon(symbol, m_look == Look::primary ? Tone::onAccent : Tone::text));
 }
 
 void FlatButton::setLook(Look look)
@@ -35,20 +39,24 @@ void FlatButton::setLook(Look look)
     m_look = look;
     setProperty("primary", look == Look::primary);
     setProperty("small", look == Look::small);
-    applyStyle();
+    setSymbol(m_symbol);
+    measure();
 }
 
-void FlatButton::applyStyle()
+bool FlatButton::event(QEvent* event)
+{
+    if (event->type() != QEvent::ToolTip || toolTip().isEmpty())
+        return QToolButton::event(event);
+    ToolTips::show(*this, static_cast<const QHelpEvent&>(*event));
+    return true;
+}
+
+void FlatButton::measure()
 {
     const Style& style = Style::shared();
     const bool isSmall = m_look == Look::small;
     const double iconSize = isSmall ? Style::smallIcon * 0.9 : Style::largeIcon * 0.9;
     const int icon = style.scaled(iconSize / Style::standardTextSize);
-    const Style::Colors& colors = style.colors();
-    // What is disabled stands on a tint of the accent, where the colour for the accent isn't seen.
-    const QIcon symbol = m_look == Look::primary ? style.icon(m_symbol, colors.onAccent, colors.text)
-                                                 : style.icon(m_symbol, colors.text);
-    setIcon(symbol);
     setIconSize({icon, icon});
     const int least = style.scaled(isSmall ? 1.8 : 2.4);
     setMinimumSize(least, least);

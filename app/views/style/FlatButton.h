@@ -27,8 +27,11 @@ public:
     void setSymbol(Symbol symbol);
     void setLook(Look look);
 
+protected:
+    bool event(QEvent* event) override;
+
 private:
-    void applyStyle();
+    void measure();
 
     Symbol m_symbol;
     Look m_look = Look::flat;

@@ -5,7 +5,6 @@
 #include <QAbstractItemView>
 #include <QAccessibleWidget>
 #include <QPainter>
-#include <QWheelEvent>
 
 #include <algorithm>
 
@@ -63,7 +62,7 @@ QAccessibleInterface* makeAccessible(const QString&, QObject* object)
 } // namespace
 
 Picker::Picker(Frame frame, QWidget* parent)
-    : QComboBox(parent)
+    : FocusedWheel(parent)
     , m_frame(frame)
 {
     static const bool isInstalled = [] {
@@ -108,19 +107,18 @@ void Picker::paintEvent(QPaintEvent*)
                                 Style::radius);
     }
     painter.setPen(!isEnabled() ? colors.secondary : isLit && !isFramed ? colors.accent : colors.text);
-    painter.drawText(QRect(margin, 0, room, height()), Qt::AlignVCenter | Qt::TextSingleLine, text);
+    const auto placed = [this](const QRect& place) {
+        return QStyle::visualRect(layoutDirection(), rect(), place);
+    };
+    const Qt::Alignment side = QStyle::visualAlignment(layoutDirection(), Qt::AlignLeft) | Qt::AlignAbsolute;
+    painter.setLayoutDirection(Qt::LayoutDirectionAuto);
+    painter.drawText(placed({margin, 0, room, height()}),
+                     static_cast<int>(side | Qt::AlignVCenter) | Qt::TextSingleLine, text);
     const int behindText = margin + fontMetrics().horizontalAdvance(text) + Style::grid;
     const QPoint place(isFramed ? width() - textPadding - arrow : behindText, (height() - arrow) / 2);
     painter.drawPixmap(
-        place, Style::shared().pixmap(Symbol::chevronDown, arrow, colors.secondary, devicePixelRatioF()));
-}
-
-void Picker::wheelEvent(QWheelEvent* event)
-{
-    if (hasFocus())
-        QComboBox::wheelEvent(event);
-    else
-        event->ignore();
+        placed({place, QSize(arrow, arrow)}),
+        Style::shared().pixmap(Symbol::chevronDown, arrow, colors.secondary, devicePixelRatioF()));
 }
 
 } // namespace Larkhaven

@@ -1,12 +1,14 @@
 #pragma once
 
+#include "views/style/FocusedWheel.h"
+
 #include <QComboBox>
 
 namespace Larkhaven {
 
 /// A choice of one among few, drawn like the fields beside it: with a frame, or as text with an arrow.
 /// Assistive technology is told its accessible name, and the choice as its value.
-class Picker : public QComboBox {
+class Picker : public FocusedWheel<QComboBox> {
     Q_OBJECT
 
 public:
@@ -19,8 +21,6 @@ public:
     QSize minimumSizeHint() const override;
 
 protected:
-    /// A wheel that passes over it changes nothing: only what has the keyboard is meant.
-    void wheelEvent(QWheelEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
 private:

@@ -2,6 +2,7 @@
 
 #include "domain/MailProvider.h"
 #include "views/style/AlertTurn.h"
+#include "views/style/Symbols.h"
 
 #include <QMessageBox>
 
@@ -9,8 +10,9 @@ class QPushButton;
 
 namespace Larkhaven {
 
-/// An alert whose text may hold untrusted words: nothing in it is formatting. It goes when it is closed;
-/// the caller adds what it needs and opens it.
+/// An alert whose text may hold untrusted words: nothing in it is formatting. The text is 420 pixels wide, a
+/// URL on a line of its own stands in a block, and hosts stay whole. It goes when it is closed; the caller
+/// adds what it needs and opens it.
 QMessageBox* makePlainAlert(const QString& title, const QString& text, QMessageBox::StandardButton button,
                             QWidget* parent);
 
@@ -21,6 +23,9 @@ QPushButton* addDestructiveButton(QMessageBox& alert, const QString& text, QMess
 /// caller goes on from the event loop.
 Task<qsizetype> answerTo(QMessageBox* alert, QList<QAbstractButton*> buttons,
                          AlertTurn turn = AlertTurn::now);
+
+/// Gives such an alert, which is a question without a danger, another symbol than the warning.
+void setAlertSymbol(QMessageBox& alert, Symbol symbol);
 
 /// Replaces the text of such an alert.
 void setPlainText(QMessageBox& alert, const QString& text);

@@ -1,6 +1,9 @@
 #include "views/style/QuietLine.h"
 
 #include "views/style/DisplayText.h"
+#include "views/style/Roles.h"
+#include "views/style/Style.h"
+#include "views/style/SymbolLabel.h"
 
 #include <QAccessible>
 #include <QHBoxLayout>
@@ -14,27 +17,24 @@ namespace Larkhaven {
 
 QuietLine::QuietLine(std::optional<Symbol> symbol, const QString& button, QWidget* parent)
     : QWidget(parent)
-    , m_drawn(symbol)
-    , m_symbol(new QLabel)
     , m_text(new QLabel)
     , m_button(new QPushButton(button))
 {
-    m_symbol->setVisible(symbol.has_value());
     m_text->setTextFormat(Qt::PlainText);
-    m_text->setProperty("role", u"caption"_s);
+    setRole(*m_text, Role::caption);
     // It is elided, and never widens the window.
     m_text->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-    m_button->setProperty("role", u"quiet"_s);
+    setRole(*m_button, Role::quiet);
     m_button->setAutoDefault(false);
     auto* const layout = new QHBoxLayout(this);
     layout->setContentsMargins(Style::padding, Style::grid / 2, Style::smallPadding, Style::grid / 2 + 1);
     layout->setSpacing(Style::smallPadding);
-    layout->addWidget(m_symbol);
+    if (symbol)
+        layout->addWidget(new SymbolLabel(*symbol, Style::smallIcon));
     layout->addWidget(m_text, 1);
     layout->addWidget(m_button);
     connect(m_button, &QPushButton::clicked, this, &QuietLine::clicked);
-    connect(&Style::shared(), &Style::changed, this, &QuietLine::applyStyle);
-    applyStyle();
+    Style::shared().follow(this, [this] { elide(); });
 }
 
 void QuietLine::setText(const QString& text)
@@ -69,16 +69,6 @@ void QuietLine::paintEvent(QPaintEvent*)
     const Style::Colors& colors = Style::shared().colors();
     painter.fillRect(rect(), colors.window);
     painter.fillRect(QRect(0, height() - 1, width(), 1), colors.hairline);
-}
-
-void QuietLine::applyStyle()
-{
-    const Style& style = Style::shared();
-    if (m_drawn) {
-        const int size = style.scaled(static_cast<double>(Style::smallIcon) / Style::standardTextSize);
-        m_symbol->setPixmap(style.pixmap(*m_drawn, size, style.colors().warningText, devicePixelRatioF()));
-    }
-    elide();
 }
 
 } // namespace Larkhaven

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "views/style/Style.h"
+#include "views/style/Symbols.h"
 
 #include <QWidget>
 
@@ -33,11 +33,8 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    void applyStyle();
     void elide();
 
-    std::optional<Symbol> m_drawn;
-    QLabel* m_symbol;
     QLabel* m_text;
     QPushButton* m_button;
     QString m_full;

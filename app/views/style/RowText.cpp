@@ -84,6 +84,9 @@ QString time(const QTime& time)
 
 QString size(qint64 bytes)
 {
+    // Qt knows no form for one.
+    if (bytes == 1)
+        return Texts::tr("1 byte");
     return QLocale().formattedDataSize(bytes, 1, QLocale::DataSizeSIFormat);
 }
 

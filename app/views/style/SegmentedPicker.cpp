@@ -19,8 +19,9 @@ SegmentedPicker::SegmentedPicker(const QList<Choice>& choices, QWidget* parent)
     layout->setSpacing(0);
     for (const auto& [text, value] : choices) {
         auto* const button = new QRadioButton(text);
-        const bool isFirst = m_buttons.isEmpty();
-        const bool isLast = m_buttons.size() + 1 == choices.size();
+        // The sheet speaks of left and right.
+        const bool isFirst = isRightToLeft() ? m_buttons.size() + 1 == choices.size() : m_buttons.isEmpty();
+        const bool isLast = isRightToLeft() ? m_buttons.isEmpty() : m_buttons.size() + 1 == choices.size();
         button->setProperty("segment", isFirst ? u"first"_s : isLast ? u"last"_s : u"middle"_s);
         // The arrow keys choose as a click does.
         connect(button, &QRadioButton::toggled, this, [this, chosenValue = value](bool isChecked) {
@@ -44,6 +45,15 @@ void SegmentedPicker::followChoice()
         const bool takesTab = isAnyChosen ? isChosen(button) : button == m_buttons.first();
         button->setFocusPolicy(takesTab ? Qt::StrongFocus : Qt::ClickFocus);
     }
+}
+
+QAbstractButton* SegmentedPicker::button(const QVariant& value) const
+{
+    for (qsizetype index = 0; index < m_buttons.size(); ++index) {
+        if (m_choices[index].second == value)
+            return m_buttons[index];
+    }
+    return nullptr;
 }
 
 QVariant SegmentedPicker::value() const

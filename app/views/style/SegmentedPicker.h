@@ -6,6 +6,7 @@
 
 #include <utility>
 
+class QAbstractButton;
 class QRadioButton;
 
 namespace Larkhaven {
@@ -20,6 +21,8 @@ public:
 
     explicit SegmentedPicker(const QList<Choice>& choices, QWidget* parent = nullptr);
 
+    /// The button of a value, for what a choice has beside its text; null for none.
+    QAbstractButton* button(const QVariant& value) const;
     QVariant value() const;
     /// Shows the value as chosen. One that is no choice changes nothing.
     void setValue(const QVariant& value);

@@ -1,98 +1,27 @@
 #pragma once
 
-#include <QColor>
+#include "views/style/StyleColors.h"
+#include "views/style/Symbols.h"
+
 #include <QFont>
-#include <QIcon>
 #include <QObject>
-#include <QPalette>
-#include <QString>
 
 #include <array>
-#include <memory>
 #include <optional>
 
 namespace Larkhaven {
 
-/// The images of the program, all of one monochrome set, tinted with a text colour.
-enum class Symbol {
-    tray,
-    star,
-    starFill,
-    paperplane,
-    doc,
-    archivebox,
-    xmarkBin,
-    trash,
-    tag,
-    folder,
-    envelope,
-    paperclip,
-    circleFill,
-    magnifier,
-    clear,
-    back,
-    forward,
-    chevronDown,
-    chevronRight,
-    sidebar,
-    shield,
-    warning,
-    more,
-    file,
-    pencil,
-    reply,
-    replyAll,
-    forwardMessage,
-    plus,
-    textFormat,
-    textSmaller,
-    textSize,
-    textLarger,
-    paintPalette,
-    bold,
-    italic,
-    underline,
-    strikethrough,
-    alignLeft,
-    alignCenter,
-    alignRight,
-    listBullet,
-    listNumber,
-    xmarkCircleFill,
-    at,
-    gear,
-    hand,
-    minus,
-};
-inline constexpr int symbolCount = static_cast<int>(Symbol::minus) + 1;
-
-/// The looks of the program: one set of tokens for colours, type and measures, which widgets ask for by name.
-/// Main thread.
+/// The looks of the program: one set of tokens for colours, type and measures. Main thread.
 ///
+/// Widgets get theirs from one style sheet by the `Role` that they are given; what paints itself asks for
+/// tokens each time that it paints. So only measures have to be taken anew when the style changes (`follow`).
 /// Everything follows the message text size t, in pixels at 100%.
 class Style : public QObject {
     Q_OBJECT
 
 public:
-    enum class Scheme { light, dark };
-
-    struct Colors {
-        QColor window;
-        QColor surface;
-        QColor text;
-        QColor secondary;
-        QColor hairline;
-        QColor accent;
-        QColor onAccent;
-        QColor hover;         ///< accent at 10%
-        QColor selected;      ///< accent at 18%
-        QColor quietSelected; ///< of a pane without the focus
-        QColor warningBackground;
-        QColor warningText;
-        QColor danger;
-        QColor star;
-        QColor starEdge; ///< keeps the star visible on light grounds
-    };
+    using Scheme = StyleColors::Scheme;
+    using Colors = StyleColors;
 
     enum class Type { caption, body, subhead, title };
     enum class Weight { regular, semibold };
@@ -120,16 +49,15 @@ public:
 
     Scheme scheme() const { return m_scheme; }
     int textSize() const { return m_textSize; }
-    const Colors& colors() const { return m_colors; }
+    const StyleColors& colors() const { return m_colors; }
     /// A measure that is told as a multiple of the text size, on whole pixels.
     int scaled(double multiple) const;
     /// Captions have the size t−2, body t, subheads t+2 and titles t+7.
     QFont font(Type type, Weight weight = Weight::regular) const;
-    /// An icon in the given colour; `size` in pixels at 100%.
-    QIcon icon(Symbol symbol, const QColor& color) const { return icon(symbol, color, color); }
-    /// While it is disabled it is a shade of another colour.
-    QIcon icon(Symbol symbol, const QColor& color, const QColor& disabled) const;
-    QPixmap pixmap(Symbol symbol, int size, const QColor& color, double pixelRatio) const;
+    QPixmap pixmap(Symbol symbol, int size, const QColor& color, double pixelRatio) const
+    {
+        return Symbols::pixmap(symbol, size, color, pixelRatio);
+    }
 
     void setScheme(Scheme scheme);
     /// Black and white take the place of the colours, for those who need high contrast.
@@ -138,6 +66,14 @@ public:
     void setAccent(const std::optional<QColor>& accent);
     /// A size that isn't among `textSizes` counts as `standardTextSize`.
     void setTextSize(double size);
+
+    /// Takes a widget's measures: now, and at each change of the style as long as it lives.
+    template <typename Widget, typename Measure>
+    void follow(Widget* widget, Measure measure)
+    {
+        connect(this, &Style::changed, widget, measure);
+        measure();
+    }
 
     /// Gives the looks to the application's palette, fonts and style sheet; to be called once.
     void applyToApplication();
@@ -148,10 +84,9 @@ Q_SIGNALS:
 
 private:
     Style();
+    int size(Type type) const;
     void update();
-    Colors schemeColors() const;
-    QPalette palette() const;
-    QString styleSheet() const;
+    void give();
 
     Scheme m_scheme = Scheme::light;
     bool m_isHighContrast = false;

@@ -1,35 +1,55 @@
 #include "views/style/WarningCard.h"
 
 #include "views/style/Style.h"
+#include "views/style/SymbolLabel.h"
 
-#include <QPainter>
+#include <QHBoxLayout>
+#include <QLabel>
 #include <QPushButton>
-
-using namespace Qt::StringLiterals;
 
 namespace Larkhaven {
 
-void WarningCard::applyColors(const QList<QWidget*>& texts, QPushButton& button)
+WarningCard::WarningCard(Symbol symbol, const QString& button, QWidget* parent)
+    : QFrame(parent)
+    , m_button(new QPushButton(button))
+    , m_layout(new QBoxLayout(QBoxLayout::LeftToRight, this))
+    , m_texts(new QVBoxLayout)
 {
-    const Style::Colors& colors = Style::shared().colors();
-    for (QWidget* const text : texts) {
-        QPalette palette = text->palette();
-        palette.setColor(QPalette::WindowText, colors.warningText);
-        text->setPalette(palette);
-    }
-    button.setStyleSheet(u"QPushButton { background: transparent; color: %1; border: 1px solid %1; }"
-                         "QPushButton:hover { background: %1; color: %2; }"_s.arg(
-                             colors.warningText.name(), colors.warningBackground.name()));
-    QWidget::update();
+    setRole(*this, Role::warning);
+    m_button->setAutoDefault(false);
+    connect(m_button, &QPushButton::clicked, this, &WarningCard::clicked);
+    m_texts->setSpacing(2);
+    auto* const told = new QHBoxLayout;
+    told->setSpacing(Style::padding);
+    told->addWidget(new SymbolLabel(symbol, Style::largeIcon));
+    told->addLayout(m_texts, 1);
+    m_layout->setContentsMargins(Style::padding, Style::smallPadding, Style::padding, Style::smallPadding);
+    m_layout->setSpacing(Style::padding);
+    m_layout->addLayout(told, 1);
+    m_layout->addWidget(m_button);
 }
 
-void WarningCard::paintEvent(QPaintEvent*)
+QLabel* WarningCard::addText(const QString& text, std::optional<Role> role)
 {
-    QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(Style::shared().colors().warningBackground);
-    painter.drawRoundedRect(rect(), Style::cardRadius, Style::cardRadius);
+    auto* const label = new QLabel(text);
+    label->setTextFormat(Qt::PlainText);
+    label->setWordWrap(true);
+    if (role)
+        setRole(*label, *role);
+    m_texts->addWidget(label);
+    return label;
+}
+
+QSize WarningCard::minimumSizeHint() const
+{
+    return {m_button->minimumSizeHint().width() + 2 * Style::padding, QFrame::minimumSizeHint().height()};
+}
+
+void WarningCard::resizeEvent(QResizeEvent* event)
+{
+    QFrame::resizeEvent(event);
+    const bool isNarrow = width() < 3 * m_button->sizeHint().width();
+    m_layout->setDirection(isNarrow ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
 }
 
 } // namespace Larkhaven

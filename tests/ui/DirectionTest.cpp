@@ -1,0 +1,145 @@
+#include "UITestSupport.h"
+#include "support/QtPrinters.h"
+#include "views/list/MessageColumns.h"
+#include "views/list/MessageTableView.h"
+#include "views/main/SidebarPane.h"
+#include "views/main/SidebarView.h"
+
+#include <QApplication>
+#include <QSplitter>
+
+using namespace Qt::StringLiterals;
+
+// What paints itself, in both directions and in large text.
+
+namespace Larkhaven {
+namespace {
+
+/// The columns of pixels between which something of a kind is drawn; empty with `first` behind `last`.
+struct Extent {
+    int first = 1'000'000;
+    int last = -1;
+
+    void take(int x)
+    {
+        first = std::min(first, x);
+        last = std::max(last, x);
+    }
+};
+
+class DirectionTest : public testing::TestWithParam<Qt::LayoutDirection> {
+protected:
+    DirectionTest()
+    {
+        QApplication::setLayoutDirection(GetParam());
+        mail.fixture.provider().setCounts({{u"system:inbox"_s, 7}});
+        QList<MessageSummary> rows = ModelFixture::rows(mail.fixture.account(), 3);
+        for (MessageSummary& row : rows) {
+            row.subject = u"Subject"_s;
+            row.snippet = u"and how it goes on"_s;
+        }
+        mail.fill(rows);
+        mail.open();
+        settle();
+    }
+    ~DirectionTest() override
+    {
+        QApplication::setLayoutDirection(Qt::LeftToRight);
+        Style::shared().setTextSize(Style::standardTextSize);
+    }
+
+    static bool isReversed() { return GetParam() == Qt::RightToLeft; }
+    QImage cell(const QAbstractItemView& view, const QModelIndex& index) const
+    {
+        EXPECT_TRUE(waitUntilDrawn(*mail.window));
+        return grab(*view.viewport()).copy(view.visualRect(index).adjusted(0, 1, 0, -1));
+    }
+
+    MailWindow mail;
+};
+
+TEST_P(DirectionTest, APreviewStandsBehindItsSubjectAndNotOverIt)
+{
+    const QModelIndex index = mail.table().model()->index(1, static_cast<int>(MessageColumn::subject));
+    const QImage image = cell(mail.table(), index);
+    // The subject is darker than anything in secondary.
+    const int darkest = Style::shared().colors().secondary.red() - 24;
+    const int ground = Style::shared().colors().surface.red();
+    Extent subject;
+    for (int x = 0; x < image.width(); ++x) {
+        for (int y = 0; y < image.height(); ++y) {
+            if (image.pixelColor(x, y).red() < darkest)
+                subject.take(x);
+        }
+    }
+    ASSERT_LE(subject.first, subject.last);
+    const int begin = isReversed() ? image.width() - 1 - subject.last : subject.first;
+    EXPECT_LT(begin, 2 * Style::smallPadding);
+    Extent preview;
+    for (int x = 0; x < image.width(); ++x) {
+        const bool isOfSubject = x >= subject.first - 1 && x <= subject.last + 1;
+        for (int y = 0; !isOfSubject && y < image.height(); ++y) {
+            if (image.pixelColor(x, y).red() < ground - 60)
+                preview.take(x);
+        }
+    }
+    ASSERT_LE(preview.first, preview.last);
+    constexpr int gap = 4;
+    if (isReversed())
+        EXPECT_LT(preview.last, subject.first - gap);
+    else
+        EXPECT_GT(preview.first, subject.last + gap);
+    // All of "Subject" is there: nothing has been painted over it.
+    const int whole = QFontMetrics(Style::shared().font(Style::Type::body)).horizontalAdvance(u"Subject"_s);
+    EXPECT_NEAR(subject.last - subject.first, whole, 6);
+}
+
+TEST_P(DirectionTest, AMailboxHasItsSymbolWhereTheRowBeginsAndItsCountAtTheEnd)
+{
+    SidebarView& sidebar = mail.window->sidebar();
+    ASSERT_TRUE(waitUntil([this] { return !mail.model().counts(mail.fixture.account().id).isEmpty(); }));
+    const QModelIndex inbox = sidebar.model()->index(0, 0, sidebar.model()->index(0, 0));
+    const QImage image = cell(sidebar, inbox);
+    const auto inkWithin = [&image](int from, int to) {
+        int ink = 0;
+        const QColor ground = image.pixelColor(image.width() / 2, 3);
+        for (int x = std::min(from, to); x < std::max(from, to); ++x) {
+            for (int y = 4; y < image.height() - 4; ++y)
+                ink += std::abs(image.pixelColor(x, y).red() - ground.red()) > 60;
+        }
+        return ink;
+    };
+    const auto place = [&image](int x) { return isReversed() ? image.width() - x : x; };
+    const int left = 2 * Style::smallPadding;
+    EXPECT_GT(inkWithin(place(left), place(left + Style::smallIcon)), 20) << "no symbol";
+    EXPECT_GT(inkWithin(place(left + Style::smallIcon + Style::smallPadding), place(left + 60)), 20)
+        << "no name";
+    EXPECT_GT(inkWithin(place(image.width() - 4 * Style::smallPadding), place(image.width() - left)), 4)
+        << "no count";
+}
+
+TEST_P(DirectionTest, TheSidebarGrowsWithTheText)
+{
+    const auto* const pane = mail.window->findChild<SidebarPane*>();
+    EXPECT_EQ(pane->width(), SidebarView::idealColumnWidth);
+    Style::shared().setTextSize(28);
+    settle();
+    const int all = mail.window->findChild<QSplitter*>()->width();
+    EXPECT_NEAR(pane->width(), std::min(210 * 28 / 13, all / 3), 2);
+    mail.window->resize(720, 480);
+    settle();
+    EXPECT_EQ(mail.window->size(), QSize(720, 480));
+    EXPECT_GE(pane->width(), 240);
+    mail.window->resize(1180, 720);
+    Style::shared().setTextSize(Style::standardTextSize);
+    settle();
+    EXPECT_EQ(pane->width(), SidebarView::idealColumnWidth);
+}
+
+INSTANTIATE_TEST_SUITE_P(Directions, DirectionTest, testing::Values(Qt::LeftToRight, Qt::RightToLeft),
+                         [](const auto& direction) {
+                             return direction.param == Qt::RightToLeft ? "RightToLeft" : "LeftToRight";
+                         });
+
+} // namespace
+} // namespace Larkhaven
