@@ -19,6 +19,7 @@ ReaderBanner::ReaderBanner(QWidget* parent)
     , m_layout(new QBoxLayout(QBoxLayout::LeftToRight, this))
 {
     setObjectName("readerBanner"_L1);
+    m_shield->setAccessibleName(tr("Held Back"));
     m_remote->setObjectName("bannerRemote"_L1);
     m_trackers->setObjectName("bannerTrackers"_L1);
     m_load->setObjectName("bannerLoad"_L1);
