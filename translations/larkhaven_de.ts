@@ -1783,6 +1783,10 @@
             <numerusform>%n Zählbilder blockiert</numerusform>
         </translation>
     </message>
+    <message>
+        <source>Held Back</source>
+        <translation>Zurückgehalten</translation>
+    </message>
 </context>
 <context>
     <name>Larkhaven::ReaderHeaders</name>
@@ -2321,6 +2325,10 @@
         <source>%1 at %2</source>
         <comment>a date and a time</comment>
         <translation>%1 um %2</translation>
+    </message>
+    <message>
+        <source>Forwarded message</source>
+        <translation>Weitergeleitete Nachricht</translation>
     </message>
 </context>
 <context>

@@ -8,6 +8,7 @@
 #include <QLocale>
 
 #include <algorithm>
+#include <array>
 
 using namespace Qt::StringLiterals;
 
@@ -57,12 +58,92 @@ Section sectionOf(const MessageSection& message)
     return section;
 }
 
+/// What our own forwards have above the text that they forward, and those of others; then come the fields
+/// below, a line each, and an empty line.
+constexpr QStringView forwardLine = u"---------- Forwarded message ---------";
+constexpr std::array forwardFields{"From:"_L1, "Date:"_L1, "Subject:"_L1, "To:"_L1, "Cc:"_L1};
+
+/// Of forwards within each other.
+constexpr int mostForwards = 8;
+
+/// Reads the lines of a text one after the other, without their ends.
+class Lines {
+public:
+    explicit Lines(QStringView text)
+        : m_text(text)
+    {}
+
+    qsizetype position() const { return m_position; }
+    bool isAtEnd() const { return m_position >= m_text.size(); }
+    QStringView next()
+    {
+        const qsizetype found = m_text.indexOf(u'\n', m_position);
+        const qsizetype end = found < 0 ? m_text.size() : found;
+        QStringView line = m_text.sliced(m_position, end - m_position);
+        m_position = std::min(end + 1, m_text.size());
+        if (line.endsWith(u'\r'))
+            line.chop(1);
+        return line;
+    }
+
+private:
+    QStringView m_text;
+    qsizetype m_position = 0;
+};
+
+/// The fields below the line, which has been read; empty where it isn't one of a forward.
+QList<Section::Line> readForwardFields(Lines& lines)
+{
+    QList<Section::Line> fields;
+    while (!lines.isAtEnd()) {
+        const QStringView line = lines.next();
+        if (line.isEmpty())
+            return fields;
+        const auto field = std::ranges::find_if(
+            forwardFields, [line](QLatin1StringView label) { return line.startsWith(label); });
+        if (field == forwardFields.end())
+            return {};
+        fields.append({*field, line.sliced(field->size()).trimmed().toString()});
+    }
+    return {};
+}
+
+/// A plain text with what is forwarded in it; one section where nothing is.
+QList<Section> sectionsOf(const QString& text)
+{
+    QList<Section> sections{Section{}};
+    qsizetype taken = 0;
+    Lines lines(text);
+    while (!lines.isAtEnd() && sections.size() <= mostForwards) {
+        const qsizetype start = lines.position();
+        if (lines.next() != forwardLine)
+            continue;
+        Lines below = lines;
+        const QList<Section::Line> fields = readForwardFields(below);
+        if (fields.isEmpty())
+            continue;
+        sections.last().text = text.sliced(taken, start - taken);
+        Section forwarded;
+        forwarded.depth = static_cast<int>(sections.size());
+        forwarded.name = Texts::tr("Forwarded message");
+        forwarded.heading = fields;
+        sections.append(forwarded);
+        lines = below;
+        taken = lines.position();
+    }
+    sections.last().text = text.sliced(taken);
+    return sections;
+}
+
 } // namespace
 
 SanitizedHTML make(const ParsedMessage& message, bool allowRemoteImages)
 {
-    if (!message.htmlBody && message.sections.isEmpty())
-        return HTMLSanitizer::plainText(message.textBody.value_or(QString()));
+    if (!message.htmlBody && message.sections.isEmpty()) {
+        const QList<Section> sections = sectionsOf(message.textBody.value_or(QString()));
+        return sections.size() == 1 ? HTMLSanitizer::plainText(sections.first().text)
+                                    : HTMLSanitizer::sections(sections, {});
+    }
     SanitizerOptions options;
     options.allowRemoteImages = allowRemoteImages;
     options.indirectLinks = true;
