@@ -13,6 +13,7 @@
 #include <QStandardItemModel>
 
 #include <algorithm>
+#include <limits>
 
 using namespace Qt::StringLiterals;
 
@@ -175,7 +176,13 @@ void SidebarView::updateCounts()
         const auto counts = m_model.counts(QUuid::fromString(heading->data(AccountRole).toString()));
         for (int row = 0; row < heading->rowCount(); ++row) {
             QStandardItem* const item = heading->child(row);
-            item->setData(counts.value(item->data(RefRole).toString()), CountRole);
+            const qint64 count = counts.value(item->data(RefRole).toString());
+            item->setData(count, CountRole);
+            const int spoken =
+                static_cast<int>(std::clamp<qint64>(count, 0, std::numeric_limits<int>::max()));
+            //: a mailbox, and how many unread messages it has; read aloud
+            const QString unread = tr("%1, %Ln unread", nullptr, spoken);
+            item->setAccessibleText(spoken > 0 ? unread.arg(item->text()) : item->text());
         }
     }
 }

@@ -95,10 +95,13 @@ ReaderView::ReaderView(AppModel& model, Desktop desktop, QWidget* parent)
     , m_attachments(new AttachmentsRow)
 {
     setObjectName("reader"_L1);
+    setAccessibleName(tr("Message"));
+    m_message->setAccessibleName(tr("Text of the Message"));
     auto* const bar = new QProgressBar;
     bar->setRange(0, 0);
     bar->setTextVisible(false);
     bar->setFixedSize(160, Style::grid);
+    bar->setAccessibleName(tr("Loading the message"));
     auto* const progressLayout = new QVBoxLayout(m_progress);
     progressLayout->addWidget(bar, 0, Qt::AlignCenter);
 

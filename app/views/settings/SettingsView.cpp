@@ -43,6 +43,7 @@ SettingsView::SettingsView(AppModel& model, QWidget* parent)
     m_tabs->tabBar()->setProperty("role", u"panes"_s);
     m_tabs->tabBar()->setExpanding(false);
     m_tabs->tabBar()->setDrawBase(false);
+    m_tabs->setAccessibleName(tr("Settings"));
     m_tabs->tabBar()->setAccessibleName(tr("Settings"));
     addPane(m_accounts, tr("Accounts"), false);
     addPane(new GeneralSettingsView(model), tr("General"), true);

@@ -132,6 +132,10 @@ QWidget* IMAPSetupView::makeFields()
     identity->addRow(tr("Email Address:"), m_email);
     identity->addRow(tr("Password:"), m_password);
     identity->addRow(QString(), m_hint);
+    m_name->setAccessibleName(tr("Name"));
+    m_email->setAccessibleName(tr("Email Address"));
+    m_password->setAccessibleName(tr("Password"));
+    m_username->setAccessibleName(tr("User Name"));
 
     m_disclosure->setObjectName("setupDisclosure"_L1);
     QFormLayout* const servers = makeForm(m_servers);

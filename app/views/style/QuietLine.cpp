@@ -19,7 +19,9 @@ QuietLine::QuietLine(std::optional<Symbol> symbol, const QString& button, QWidge
     , m_text(new QLabel)
     , m_button(new QPushButton(button))
 {
-    m_symbol->setVisible(symbol.has_value());
+    // Shown before it has a parent, it would be a window.
+    if (!symbol)
+        m_symbol->hide();
     m_text->setTextFormat(Qt::PlainText);
     m_text->setProperty("role", u"caption"_s);
     // It is elided, and never widens the window.

@@ -1,6 +1,7 @@
 #include "views/style/Style.h"
 
 #include "views/style/AccentColors.h"
+#include "views/style/AccessibleParts.h"
 
 #include <QApplication>
 #include <QFile>
@@ -483,6 +484,7 @@ void Style::update()
 void Style::applyToApplication()
 {
     m_isApplied = true;
+    installAccessibleParts();
     // A desktop's own theme may lack images that we need, and mixes styles.
     QIcon::setThemeName(u"breeze"_s);
     QApplication::setStyle(QStyleFactory::create(u"Fusion"_s));
