@@ -1454,7 +1454,7 @@
         <translation>%1 löschen …</translation>
     </message>
     <message>
-        <source>M&amp;essage</source>
+        <source>Me&amp;ssage</source>
         <translation>&amp;Nachricht</translation>
     </message>
     <message>
