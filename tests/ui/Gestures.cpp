@@ -52,6 +52,12 @@ void pressKey(Qt::Key key, Qt::KeyboardModifiers modifiers)
     QTest::keyClick(&keyboardWindow(), key, modifiers);
 }
 
+void typeText(const QString& text)
+{
+    for (const QChar letter : text)
+        QTest::keyClick(&keyboardWindow(), letter.toLatin1());
+}
+
 void pressChord(const QString& chord)
 {
     const QKeyCombination key = QKeySequence(chord, QKeySequence::PortableText)[0];

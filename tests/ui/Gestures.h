@@ -18,6 +18,8 @@ QString plainTitle(QString title);
 
 /// Presses and lets go of a key where the keyboard is.
 void pressKey(Qt::Key key, Qt::KeyboardModifiers modifiers = {});
+/// Types ASCII where the keyboard is.
+void typeText(const QString& text);
 /// Presses a chord such as "Ctrl+Shift+U".
 void pressChord(const QString& chord);
 

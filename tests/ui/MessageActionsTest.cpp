@@ -477,6 +477,45 @@ TEST_F(ActionsTest, RenamesAFolderFromItsPresentName)
     EXPECT_TRUE(provider().calls(u"renameLabel"_s)[0].endsWith(u"Projects/C"_s));
 }
 
+TEST_F(ActionsTest, ShowsTheNameOfAFolderInItsFieldAsInATitle)
+{
+    const QString hostile = u"Wo\u202erk\n\u200bplans"_s;
+    provider().setLabels({{u"H"_s, hostile}});
+    model().start(model().refresh());
+    ASSERT_TRUE(waitUntil([this] { return sidebarRow(u"Work plans"_s).isValid(); }));
+    choose(sidebarMenu(u"Work plans"_s), u"renameLabel"_s);
+    ASSERT_TRUE(waitUntil([this] { return sheet() && sheet()->isActiveWindow(); }));
+    auto* const name = sheet()->findChild<QLineEdit*>(u"labelName"_s);
+    EXPECT_EQ(name->text(), u"Work plans");
+    pressKey(Qt::Key_Return);
+    settle();
+    for (const QString& call : provider().calls(u"renameLabel"_s))
+        EXPECT_TRUE(call.endsWith(hostile)) << "what wasn't touched stays: " << call.toStdString();
+    choose(sidebarMenu(u"Work plans"_s), u"renameLabel"_s);
+    ASSERT_TRUE(waitUntil([this] { return sheet() && sheet()->isActiveWindow(); }));
+    typeText(u"New"_s);
+    pressKey(Qt::Key_Return);
+    ASSERT_TRUE(waitUntil([this] { return !provider().calls(u"renameLabel"_s).isEmpty(); }));
+    EXPECT_TRUE(provider().calls(u"renameLabel"_s).constLast().endsWith(u"New"_s));
+}
+
+TEST_F(ActionsTest, KeepsTheKeyboardAtAHeadingWhenTheFoldersAreReadAgain)
+{
+    SidebarView& sidebar = mail.window->sidebar();
+    sidebar.setFocus();
+    pressKey(Qt::Key_Home);
+    ASSERT_EQ(sidebar.currentIndex(), sidebarRow(mail.fixture.account().title()));
+    provider().setLabels({{u"N"_s, u"New one"_s}});
+    model().start(model().refresh());
+    ASSERT_TRUE(waitUntil([this] { return sidebarRow(u"New one"_s).isValid(); }));
+    EXPECT_EQ(sidebar.currentIndex(), sidebarRow(mail.fixture.account().title()));
+    EXPECT_EQ(QApplication::focusWidget(), &sidebar);
+    pressKey(Qt::Key_Left);
+    EXPECT_FALSE(sidebar.isExpanded(sidebar.currentIndex()));
+    pressKey(Qt::Key_Right);
+    EXPECT_TRUE(sidebar.isExpanded(sidebar.currentIndex()));
+}
+
 TEST_F(ActionsTest, ForgetsALabelDialogThatIsCancelled)
 {
     choose(sidebarMenu(u"Projects"_s), u"newLabel"_s);

@@ -6,6 +6,7 @@
 #include "support/QtPrinters.h"
 #include "views/main/SearchField.h"
 
+#include <QApplication>
 #include <QHeaderView>
 #include <QLabel>
 #include <QMenu>
@@ -369,6 +370,24 @@ TEST_F(MessageTableViewTest, LeafsThroughThePages)
     QTest::mouseClick(&button("pagerBack"), Qt::LeftButton);
     ASSERT_TRUE(waitUntilLoaded());
     EXPECT_EQ(text.text(), u"1–25 of 30");
+}
+
+TEST_F(MessageTableViewTest, KeepsTheKeyboardAtThePagerWhileAPageLoads)
+{
+    mail.open();
+    button("pagerForward").setFocus();
+    mail.fixture.provider().hold(u"listMessages"_s);
+    pressKey(Qt::Key_Space);
+    ASSERT_TRUE(waitUntil([this] { return mail.model().isLoading(); }));
+    EXPECT_EQ(QApplication::focusWidget()->objectName(), u"pager") << "no key does anything meanwhile";
+    mail.fixture.provider().stopHolding(u"listMessages"_s);
+    mail.fixture.provider().completeAll();
+    ASSERT_TRUE(waitUntilLoaded());
+    EXPECT_FALSE(button("pagerForward").isEnabled()) << "the last page";
+    EXPECT_EQ(QApplication::focusWidget(), &button("pagerBack"));
+    pressKey(Qt::Key_Space);
+    ASSERT_TRUE(waitUntil([this] { return mail.model().pageIndex() == 0; }) && waitUntilLoaded());
+    EXPECT_EQ(QApplication::focusWidget(), &button("pagerForward"));
 }
 
 TEST_F(MessageTableViewTest, JumpsToTheNewestAndOldestMessages)

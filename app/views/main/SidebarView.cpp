@@ -10,6 +10,8 @@
 #include <QMenu>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QScopedValueRollback>
+#include <QScrollBar>
 #include <QStandardItemModel>
 
 #include <algorithm>
@@ -142,6 +144,10 @@ void SidebarView::addParents(QStandardItem* heading, const MailLabel& label, Sym
 void SidebarView::rebuild()
 {
     m_isTakingSelection = true;
+    const QModelIndex present = currentIndex();
+    const QString accountID = present.data(AccountRole).toString();
+    const bool isHeading = present.isValid() && !present.parent().isValid();
+    const int place = verticalScrollBar()->value();
     m_items->clear();
     m_refs.clear();
     const QStringList collapsed = m_model.defaults().text(DefaultsKey::collapsedAccounts).split(u',');
@@ -167,6 +173,20 @@ void SidebarView::rebuild()
     updateCounts();
     updateHeadings();
     takeSelection();
+    if (isHeading)
+        returnTo(accountID);
+    executeDelayedItemsLayout();
+    verticalScrollBar()->setValue(place);
+}
+
+void SidebarView::returnTo(const QString& accountID)
+{
+    // The keyboard stays at its heading, whatever the services answer meanwhile.
+    const QScopedValueRollback taking(m_isTakingSelection, true);
+    for (int section = 0; section < m_items->rowCount(); ++section) {
+        if (m_items->item(section)->data(AccountRole).toString() == accountID)
+            setCurrentIndex(m_items->index(section, 0));
+    }
 }
 
 void SidebarView::updateCounts()

@@ -321,8 +321,8 @@ void IMAPSetupView::fillFromAccount()
         m_model.accounts(), [&accountID](const Account& known) { return known.id == accountID; });
     if (account != m_model.accounts().end()) {
         m_serversEdited = true;
-        m_name->setText(account->displayName.value_or(QString()));
-        m_email->setText(account->email);
+        m_name->setText(DisplayText::bounded(account->displayName.value_or(QString())));
+        m_email->setText(DisplayText::bounded(account->email));
         showSettings(account->server.value_or(ServerSettings::preset(account->email)));
         m_disclosure->setExpanded(true);
     }
