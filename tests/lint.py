@@ -56,12 +56,8 @@ CLEANED = "DisplayText::"
 # Calls that must take the text as it is: what the user edits and gets back, and names that are our own.
 TAKEN_AS_IT_IS = {
     "app/views/compose/ComposeForm.cpp": ["draft.subject"],  # a field; drafts pass the gate
-    "app/views/setup/IMAPSetupView.cpp": [
-        "account->displayName.value_or(QString())",  # fields of the user's own settings
-        "account->email",
-    ],
     "app/views/setup/ServerFields.cpp": ["label(security), QVariant::fromValue(static_cast<int>(security))"],
-    "app/views/settings/AccountForm.cpp": ["nickname"],  # a field of the user's own settings
+    "app/views/settings/AccountForm.cpp": ["nickname"],  # cleaned a line before
     "app/views/settings/GeneralSettingsView.cpp": ["label(choice), static_cast<int>(choice)"],  # "Larkhaven Purple"
     "app/views/compose/ComposeRow.cpp": ["label", "name.remove(u':')"],  # "To:", "Subject:"
     "app/views/list/MessageActions.cpp": ["follow(m_items()).title", "state.title"],  # "Mark as Read"

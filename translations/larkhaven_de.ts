@@ -13,6 +13,17 @@
     </message>
 </context>
 <context>
+    <name>AccessibleParts</name>
+    <message>
+        <source>Vertical Scroll Bar</source>
+        <translation>Senkrechte Bildlaufleiste</translation>
+    </message>
+    <message>
+        <source>Horizontal Scroll Bar</source>
+        <translation>Waagerechte Bildlaufleiste</translation>
+    </message>
+</context>
+<context>
     <name>AddAccountItems</name>
     <message>
         <source>Google…</source>
@@ -1221,6 +1232,22 @@
         <source>Its name was only guessed from your email address; your provider knows the right one.</source>
         <translation>Sein Name wurde nur aus Ihrer E-Mail-Adresse erraten; den richtigen kennt Ihr Anbieter.</translation>
     </message>
+    <message>
+        <source>Name</source>
+        <translation>Name</translation>
+    </message>
+    <message>
+        <source>Email Address</source>
+        <translation>E-Mail-Adresse</translation>
+    </message>
+    <message>
+        <source>Password</source>
+        <translation>Passwort</translation>
+    </message>
+    <message>
+        <source>User Name</source>
+        <translation>Benutzername</translation>
+    </message>
 </context>
 <context>
     <name>Larkhaven::KeptTextsBanner</name>
@@ -1439,7 +1466,7 @@
         <translation>%1 löschen …</translation>
     </message>
     <message>
-        <source>M&amp;essage</source>
+        <source>Me&amp;ssage</source>
         <translation>&amp;Nachricht</translation>
     </message>
     <message>
@@ -1648,6 +1675,15 @@
     <message>
         <source>Has attachments</source>
         <translation>Hat Anhänge</translation>
+    </message>
+    <message>
+        <source>%1, sorted, ascending</source>
+        <extracomment>the title of a column; read aloud</extracomment>
+        <translation>%1, aufsteigend sortiert</translation>
+    </message>
+    <message>
+        <source>%1, sorted, descending</source>
+        <translation>%1, absteigend sortiert</translation>
     </message>
 </context>
 <context>
@@ -1874,6 +1910,14 @@
         <translation>Trotzdem öffnen</translation>
     </message>
     <message>
+        <source>Message</source>
+        <translation>Nachricht</translation>
+    </message>
+    <message>
+        <source>Text of the Message</source>
+        <translation>Text der Nachricht</translation>
+    </message>
+    <message>
         <source>Loading the message</source>
         <translation>Die Nachricht wird geladen</translation>
     </message>
@@ -1887,6 +1931,10 @@
     <message>
         <source>Clear</source>
         <translation>Löschen</translation>
+    </message>
+    <message>
+        <source>Start Searching</source>
+        <translation>Suche starten</translation>
     </message>
 </context>
 <context>
@@ -2000,6 +2048,14 @@
     <message>
         <source>Sign In…</source>
         <translation>Anmelden …</translation>
+    </message>
+    <message numerus="yes">
+        <source>%1, %Ln unread</source>
+        <extracomment>a mailbox, and how many unread messages it has; read aloud</extracomment>
+        <translation>
+            <numerusform>%1, %Ln ungelesen</numerusform>
+            <numerusform>%1, %Ln ungelesen</numerusform>
+        </translation>
     </message>
 </context>
 <context>

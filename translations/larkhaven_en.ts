@@ -53,4 +53,15 @@
         </translation>
     </message>
 </context>
+<context>
+    <name>Larkhaven::SidebarView</name>
+    <message numerus="yes">
+        <source>%1, %Ln unread</source>
+        <extracomment>a mailbox, and how many unread messages it has; read aloud</extracomment>
+        <translation>
+            <numerusform>%1, %Ln unread</numerusform>
+            <numerusform>%1, %Ln unread</numerusform>
+        </translation>
+    </message>
+</context>
 </TS>

@@ -516,6 +516,18 @@ TEST_F(AccountRepairTest, OpensWithItsServersFilledInAndThePasswordEmpty)
     form()->close();
 }
 
+TEST_F(AccountRepairTest, ShowsNamesInItsFieldsAsInATitle)
+{
+    QList<Account> accounts{repairable()};
+    accounts[0].displayName = u"Mi\u202ea\n\u200bof Orust"_s;
+    MailWindow hostile(accounts);
+    hostile.open();
+    hostile.model().signInAgain(hostile.model().accounts().first(), [&] { hostile.window->openSetup(); });
+    ASSERT_TRUE(waitUntil([this] { return form(); }));
+    EXPECT_EQ(field("setupName").text(), u"Mia of Orust");
+    form()->close();
+}
+
 TEST_F(AccountRepairTest, LeavesTheAccountAsItWasWhereItIsCancelledAfterAFailure)
 {
     const QList<Account> before = mail.model().accounts();

@@ -1,4 +1,5 @@
 #include "ComposeSupport.h"
+#include "Gestures.h"
 #include "support/QtPrinters.h"
 #include "views/style/FlatButton.h"
 
@@ -258,12 +259,7 @@ TEST_F(ComposePasteTest, TheMenuOfTheTextHoldsIt)
 {
     ComposeWindow& window = open(rich());
     QApplication::clipboard()->setText(u"plain "_s);
-    QTest::mouseClick(text(window).viewport(), Qt::RightButton, {}, QPoint(30, 15));
-    QContextMenuEvent asked(QContextMenuEvent::Mouse, {30, 15},
-                            text(window).viewport()->mapToGlobal(QPoint(30, 15)));
-    QApplication::sendEvent(text(window).viewport(), &asked);
-    ASSERT_TRUE(waitUntil([] { return QApplication::activePopupWidget() != nullptr; }));
-    auto* const menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    QMenu* const menu = rightClick(*text(window).viewport(), QPoint(30, 15));
     ASSERT_TRUE(menu);
     QStringList texts;
     for (const QAction* const item : menu->actions()) {
@@ -273,9 +269,7 @@ TEST_F(ComposePasteTest, TheMenuOfTheTextHoldsIt)
     EXPECT_EQ(texts.first(7), QStringList({u"Undo"_s, u"Redo"_s, u"Cut"_s, u"Copy"_s, u"Paste"_s,
                                            u"Paste Without Formatting"_s, u"Select All"_s}));
     EXPECT_FALSE(menu->actions().constFirst()->isEnabled());
-    const QList<QAction*> items = menu->actions();
-    QAction* const paste = *std::ranges::find(items, u"Paste Without Formatting"_s, &QAction::text);
-    QTest::mouseClick(menu, Qt::LeftButton, {}, menu->actionGeometry(paste).center());
+    chooseByKeys({u"Paste Without Formatting"_s});
     EXPECT_TRUE(text(window).toPlainText().contains("plain "_L1));
 }
 

@@ -1,5 +1,6 @@
 #include "views/list/MessageActions.h"
 
+#include "Gestures.h"
 #include "UITestSupport.h"
 #include "domain/MailError.h"
 #include "support/QtPrinters.h"
@@ -10,9 +11,7 @@
 
 #include <QApplication>
 #include <QClipboard>
-#include <QContextMenuEvent>
 #include <QDialog>
-#include <QDropEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
@@ -20,9 +19,7 @@
 #include <QPointer>
 #include <QPushButton>
 #include <QTest>
-#include <QTimer>
 #include <QToolButton>
-#include <QWindow>
 
 using namespace Qt::StringLiterals;
 
@@ -33,8 +30,8 @@ const QList<MailLabel> folders{{u"P"_s, u"Projects"_s}, {u"P/A"_s, u"Projects/A 
 
 class ActionsTest : public testing::Test {
 protected:
-    explicit ActionsTest(const Account& account = ModelFixture::imapAccount())
-        : mail(QList{account})
+    explicit ActionsTest(const QList<Account>& accounts = {ModelFixture::imapAccount()})
+        : mail(accounts)
     {}
 
     void SetUp() override
@@ -60,14 +57,9 @@ protected:
     QMenu* menuOn(int row)
     {
         MessageTable& table = mail.table();
-        const QPoint place = table.visualRect(table.model()->index(row, 4)).center();
-        // What a display sends: the press, and the menu that it asks for.
-        QTest::mousePress(table.viewport(), Qt::RightButton, {}, place);
-        QContextMenuEvent event(QContextMenuEvent::Mouse, place, table.viewport()->mapToGlobal(place));
-        QApplication::sendEvent(table.viewport(), &event);
-        QMenu* const menu = table.findChild<QMenu*>(u"messageMenu"_s);
-        QTest::mouseRelease(table.viewport(), Qt::RightButton, {}, place);
-        EXPECT_TRUE(menu && waitUntil([menu] { return menu->isVisible(); }));
+        QMenu* const menu =
+            rightClick(*table.viewport(), table.visualRect(table.model()->index(row, 4)).center());
+        EXPECT_TRUE(menu && menu->objectName() == u"messageMenu");
         return menu;
     }
     /// Titles of a menu, "-" for a line.
@@ -78,13 +70,16 @@ protected:
             texts.append(action->isSeparator() ? u"-"_s : action->text());
         return texts;
     }
+    /// Goes to the item of the open menu by the arrow keys, and chooses it.
     static void choose(QMenu* menu, const QString& name)
     {
-        auto* const action = menu->findChild<QAction*>(name);
+        const auto* const action = menu->findChild<QAction*>(name);
         ASSERT_TRUE(action) << name.toStdString();
-        action->trigger();
+        QStringList path(plainTitle(action->text()));
+        if (const auto* const submenu = qobject_cast<const QMenu*>(action->parent()); submenu != menu)
+            path.prepend(plainTitle(submenu->title()));
         const QPointer<QMenu> closing(menu);
-        menu->close();
+        chooseByKeys(path);
         ASSERT_TRUE(waitUntil([&closing] { return !closing; }));
     }
     QModelIndex sidebarRow(const QString& text, int section = 0)
@@ -102,57 +97,15 @@ protected:
     QMenu* sidebarMenu(const QString& text)
     {
         SidebarView& sidebar = mail.window->sidebar();
-        const QPoint place = sidebar.visualRect(sidebarRow(text)).center();
-        QContextMenuEvent event(QContextMenuEvent::Mouse, place, sidebar.viewport()->mapToGlobal(place));
-        QApplication::sendEvent(sidebar.viewport(), &event);
-        return sidebar.findChild<QMenu*>(u"sidebarMenu"_s);
+        return rightClick(*sidebar.viewport(), sidebar.visualRect(sidebarRow(text)).center());
     }
-    /// Drops rows on a mailbox of the sidebar; whether it took them.
-    bool drop(const QList<MessageSummary>& rows, const QString& mailbox)
+    /// Drags a row, with the others that are selected where it is, to a mailbox of the sidebar.
+    void dragTo(int row, const QString& mailbox, int section = 0)
     {
-        SidebarView& sidebar = mail.window->sidebar();
-        const QPoint place = sidebar.visualRect(sidebarRow(mailbox)).center();
-        DraggedMessages data(rows);
-        QDragEnterEvent enter(place, Qt::MoveAction, &data, Qt::LeftButton, {});
-        QApplication::sendEvent(sidebar.viewport(), &enter);
-        QDragMoveEvent move(place, Qt::MoveAction, &data, Qt::LeftButton, {});
-        QApplication::sendEvent(sidebar.viewport(), &move);
-        if (!move.isAccepted())
-            return false;
-        QDropEvent event(place, Qt::MoveAction, &data, Qt::LeftButton, {});
-        QApplication::sendEvent(sidebar.viewport(), &event);
-        return event.isAccepted();
-    }
-    /// Presses on a row, moves to a mailbox of the sidebar and lets go, as a display tells of it.
-    void dragTo(int row, const QString& mailbox)
-    {
-        QWindow& window = *mail.window->windowHandle();
-        const auto placeIn = [this](const QWidget& widget, const QPoint& place) {
-            return widget.mapTo(mail.window.get(), place);
-        };
         MessageTable& table = mail.table();
-        const QPoint start =
-            placeIn(*table.viewport(), table.visualRect(table.model()->index(row, 4)).center());
         SidebarView& sidebar = mail.window->sidebar();
-        const QPoint end = placeIn(*sidebar.viewport(), sidebar.visualRect(sidebarRow(mailbox)).center());
-        // The drag has an event loop of its own, in which the later steps come. (A timer that has begun one
-        // of them would not come again before its end.)
-        const QList<std::function<void()>> steps{
-            [&] { QTest::mouseMove(&window, (start + end) / 2); },
-            [&] { QTest::mouseMove(&window, end + QPoint(1, 0)); },
-            [&] { QTest::mouseMove(&window, end); },
-            [&] { QTest::mouseRelease(&window, Qt::LeftButton, {}, end); },
-        };
-        int left = static_cast<int>(steps.size());
-        for (qsizetype index = 0; index < steps.size(); ++index) {
-            QTimer::singleShot(std::chrono::milliseconds(50) * (index + 1), &window, [&, index] {
-                steps[index]();
-                --left;
-            });
-        }
-        QTest::mousePress(&window, Qt::LeftButton, {}, start);
-        QTest::mouseMove(&window, start + QPoint(QApplication::startDragDistance() + 5, 5));
-        EXPECT_TRUE(waitUntil([&] { return left == 0; }));
+        dragFrom(*table.viewport(), table.visualRect(table.model()->index(row, 4)).center(),
+                 *sidebar.viewport(), sidebar.visualRect(sidebarRow(mailbox, section)).center());
     }
     QList<ComposeWindow*> windows() { return mail.window->composeWindows().windows(); }
     QDialog* sheet() { return mail.window->findChild<QDialog*>(u"labelSheet"_s); }
@@ -163,7 +116,14 @@ protected:
 class GoogleActionsTest : public ActionsTest {
 protected:
     GoogleActionsTest()
-        : ActionsTest(ModelFixture::googleAccount())
+        : ActionsTest({ModelFixture::googleAccount()})
+    {}
+};
+
+class TwoAccountsActionsTest : public ActionsTest {
+protected:
+    TwoAccountsActionsTest()
+        : ActionsTest({ModelFixture::imapAccount(), ModelFixture::imapAccount(u"mia@other.example"_s)})
     {}
 };
 
@@ -259,10 +219,8 @@ TEST_F(ActionsTest, SavesAMessageWhereTheUserSays)
 TEST_F(ActionsTest, MovesToAFolderOfTheMenu)
 {
     select({u"1"_s});
-    QMenu* const menu = menuOn(0);
-    menu->findChild<QMenu*>(u"moveTo"_s)->actions().last()->trigger();
-    menu->close();
-    settle();
+    menuOn(0);
+    chooseByKeys({u"Move To"_s, u"Projects/A & B"_s});
     ASSERT_EQ(provider().calls(u"moveToLabel"_s).size(), 1);
     EXPECT_TRUE(provider().calls(u"moveToLabel"_s)[0].contains(u"P/A"_s));
 }
@@ -276,17 +234,17 @@ TEST_F(GoogleActionsTest, OffersLabelsWhichAreOnWhereAllMessagesCarryThem)
     model().start(model().load(0, true));
     ASSERT_TRUE(waitUntil([this] { return model().messages().size() == 2; }));
     select({u"1"_s, u"2"_s});
-    QMenu* menu = menuOn(0);
+    const QMenu* const menu = menuOn(0);
     EXPECT_TRUE(titles(*menu).contains(u"Report Spam"_s));
     auto* const marks = menu->findChild<QMenu*>(u"labelAs"_s);
     ASSERT_TRUE(marks);
     EXPECT_EQ(titles(*marks), QStringList({u"Projects"_s, u"Projects/A && B"_s, u"-"_s, u"New Label…"_s}));
     EXPECT_TRUE(marks->actions()[0]->isChecked());
     EXPECT_FALSE(marks->actions()[1]->isChecked());
-    marks->actions()[1]->trigger();
-    settle();
+    chooseByKeys({u"Label As"_s, u"Projects/A & B"_s});
+    ASSERT_FALSE(provider().calls(u"setLabel"_s).isEmpty());
     EXPECT_TRUE(provider().calls(u"setLabel"_s).first().contains(u"true"_s));
-    choose(menu, u"newLabel"_s);
+    choose(menuOn(0), u"newLabel"_s);
     ASSERT_TRUE(model().labelEdit());
     EXPECT_EQ(std::get<AppModel::LabelEdit::Create>(model().labelEdit()->kind).applyTo.size(), 2);
 }
@@ -426,28 +384,30 @@ TEST_F(ActionsTest, ADragThatEndsWhereNothingIsTakenMovesNothing)
     EXPECT_EQ(model().messages().size(), 4);
 }
 
-TEST_F(ActionsTest, MovesDroppedMessagesIntoAFolder)
+TEST_F(ActionsTest, MovesADraggedMessageIntoARole)
 {
-    EXPECT_TRUE(drop(model().messages().first(2), u"Projects"_s));
-    settle();
-    ASSERT_EQ(provider().calls(u"moveToLabel"_s).size(), 1);
-    EXPECT_EQ(model().messages().size(), 2);
-}
-
-TEST_F(ActionsTest, MovesDroppedMessagesIntoARole)
-{
-    EXPECT_TRUE(drop(model().messages().first(1), u"Trash"_s));
-    settle();
+    dragTo(0, u"Trash"_s);
+    ASSERT_TRUE(waitUntil([this] { return !provider().calls(u"trash"_s).isEmpty(); }));
     EXPECT_EQ(provider().calls(u"trash"_s), QStringList(u"trash 1"_s));
 }
 
-TEST_F(ActionsTest, TakesNoDropOnTheMailboxOnScreenOrOnAHeadingOrOfAnotherAccount)
+TEST_F(ActionsTest, TakesNoDragToAHeading)
 {
-    EXPECT_FALSE(drop(model().messages().first(1), u"Inbox"_s));
-    EXPECT_FALSE(drop(model().messages().first(1), mail.fixture.account().title()));
-    QList<MessageSummary> foreign = model().messages().first(1);
-    foreign[0].accountID = QUuid::createUuid();
-    EXPECT_FALSE(drop(foreign, u"Trash"_s));
+    dragTo(0, mail.fixture.account().title());
+    settle();
+    EXPECT_EQ(model().messages().size(), 4);
+    EXPECT_TRUE(provider().calls().isEmpty());
+}
+
+TEST_F(TwoAccountsActionsTest, TakesNoDragToAMailboxOfAnotherAccount)
+{
+    dragTo(0, u"Trash"_s, 1);
+    settle();
+    EXPECT_EQ(model().messages().size(), 4);
+    EXPECT_TRUE(provider().calls(u"trash"_s).isEmpty());
+    EXPECT_TRUE(mail.fixture.provider(1).calls(u"trash"_s).isEmpty());
+    dragTo(0, u"Trash"_s, 0);
+    EXPECT_TRUE(waitUntil([this] { return !provider().calls(u"trash"_s).isEmpty(); }));
 }
 
 TEST_F(ActionsTest, GivesOtherProgramsNothingOfADraggedMessage)
@@ -515,6 +475,45 @@ TEST_F(ActionsTest, RenamesAFolderFromItsPresentName)
     dialog->findChild<QPushButton*>(u"labelApply"_s)->click();
     EXPECT_TRUE(waitUntil([this] { return !provider().calls(u"renameLabel"_s).isEmpty(); }));
     EXPECT_TRUE(provider().calls(u"renameLabel"_s)[0].endsWith(u"Projects/C"_s));
+}
+
+TEST_F(ActionsTest, ShowsTheNameOfAFolderInItsFieldAsInATitle)
+{
+    const QString hostile = u"Wo\u202erk\n\u200bplans"_s;
+    provider().setLabels({{u"H"_s, hostile}});
+    model().start(model().refresh());
+    ASSERT_TRUE(waitUntil([this] { return sidebarRow(u"Work plans"_s).isValid(); }));
+    choose(sidebarMenu(u"Work plans"_s), u"renameLabel"_s);
+    ASSERT_TRUE(waitUntil([this] { return sheet() && sheet()->isActiveWindow(); }));
+    auto* const name = sheet()->findChild<QLineEdit*>(u"labelName"_s);
+    EXPECT_EQ(name->text(), u"Work plans");
+    pressKey(Qt::Key_Return);
+    settle();
+    for (const QString& call : provider().calls(u"renameLabel"_s))
+        EXPECT_TRUE(call.endsWith(hostile)) << "what wasn't touched stays: " << call.toStdString();
+    choose(sidebarMenu(u"Work plans"_s), u"renameLabel"_s);
+    ASSERT_TRUE(waitUntil([this] { return sheet() && sheet()->isActiveWindow(); }));
+    typeText(u"New"_s);
+    pressKey(Qt::Key_Return);
+    ASSERT_TRUE(waitUntil([this] { return !provider().calls(u"renameLabel"_s).isEmpty(); }));
+    EXPECT_TRUE(provider().calls(u"renameLabel"_s).constLast().endsWith(u"New"_s));
+}
+
+TEST_F(ActionsTest, KeepsTheKeyboardAtAHeadingWhenTheFoldersAreReadAgain)
+{
+    SidebarView& sidebar = mail.window->sidebar();
+    sidebar.setFocus();
+    pressKey(Qt::Key_Home);
+    ASSERT_EQ(sidebar.currentIndex(), sidebarRow(mail.fixture.account().title()));
+    provider().setLabels({{u"N"_s, u"New one"_s}});
+    model().start(model().refresh());
+    ASSERT_TRUE(waitUntil([this] { return sidebarRow(u"New one"_s).isValid(); }));
+    EXPECT_EQ(sidebar.currentIndex(), sidebarRow(mail.fixture.account().title()));
+    EXPECT_EQ(QApplication::focusWidget(), &sidebar);
+    pressKey(Qt::Key_Left);
+    EXPECT_FALSE(sidebar.isExpanded(sidebar.currentIndex()));
+    pressKey(Qt::Key_Right);
+    EXPECT_TRUE(sidebar.isExpanded(sidebar.currentIndex()));
 }
 
 TEST_F(ActionsTest, ForgetsALabelDialogThatIsCancelled)

@@ -1,16 +1,19 @@
 #include "views/list/MessageTableView.h"
 
+#include "Gestures.h"
 #include "UITestSupport.h"
 #include "domain/MailError.h"
 #include "support/QtPrinters.h"
 #include "views/main/SearchField.h"
 
-#include <QContextMenuEvent>
+#include <QApplication>
 #include <QHeaderView>
 #include <QLabel>
 #include <QMenu>
+#include <QPointer>
 #include <QScrollBar>
 #include <QTest>
+#include <QTimer>
 #include <QToolButton>
 
 using namespace Qt::StringLiterals;
@@ -54,20 +57,15 @@ protected:
         return ids.join(u' ');
     }
 
-    /// Opens the header's menu and hands it over.
-    template <typename Act>
-    void withColumnMenu(Act act)
+    /// Opens the header's menu by the right button.
+    QMenu* columnMenu() { return rightClick(*table().horizontalHeader()->viewport(), QPoint(200, 5)); }
+    /// Chooses a column in it by the arrow keys.
+    void toggleColumn(const QString& title)
     {
-        QTimer::singleShot(0, [act] {
-            auto* const menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
-            ASSERT_TRUE(menu);
-            act(*menu);
-            menu->close();
-        });
-        QWidget* const header = table().horizontalHeader()->viewport();
-        QContextMenuEvent event(QContextMenuEvent::Mouse, QPoint(200, 5),
-                                header->mapToGlobal(QPoint(200, 5)));
-        QApplication::sendEvent(header, &event);
+        const QPointer<QMenu> menu = columnMenu();
+        ASSERT_TRUE(menu) << title.toStdString();
+        chooseByKeys({title});
+        ASSERT_TRUE(waitUntil([&menu] { return !menu; }));
     }
 
     static QAction* action(const QMenu& menu, const QString& text)
@@ -138,12 +136,8 @@ TEST_F(MessageTableViewTest, SortsByTheColumnThatIsClicked)
 TEST_F(MessageTableViewTest, SortsByNothingForColumnsWithoutAnOrder)
 {
     mail.open();
-    withColumnMenu([](QMenu& menu) {
-        for (const QString& title : {u"Mailbox"_s, u"Size"_s})
-            action(menu, title)->trigger();
-        for (const QString& title : {u"Unread"_s, u"Starred"_s, u"Attachments"_s})
-            action(menu, title)->trigger();
-    });
+    for (const QString& title : {u"Mailbox"_s, u"Size"_s, u"Unread"_s, u"Starred"_s, u"Attachments"_s})
+        toggleColumn(title);
     ASSERT_TRUE(isShown(MessageColumn::size));
     clickHeader(MessageColumn::mailbox);
     clickHeader(MessageColumn::size);
@@ -154,19 +148,21 @@ TEST_F(MessageTableViewTest, SortsByNothingForColumnsWithoutAnOrder)
 TEST_F(MessageTableViewTest, ShowsAndHidesColumnsByItsMenu)
 {
     mail.open();
-    withColumnMenu([](QMenu& menu) {
-        QStringList titles;
-        for (const QAction* const entry : menu.actions())
-            titles.append(entry->text());
-        EXPECT_EQ(titles.takeFirst(), u"A click on a title sorts this page");
-        titles.removeFirst();
-        EXPECT_EQ(titles.join(u' '), u"Unread Starred Attachments From Subject Date Mailbox Size");
-        EXPECT_TRUE(action(menu, u"Date"_s)->isChecked());
-        EXPECT_FALSE(action(menu, u"Size"_s)->isChecked());
-        EXPECT_FALSE(action(menu, u"Subject"_s)->isEnabled());
-        action(menu, u"Size"_s)->trigger();
-        action(menu, u"Unread"_s)->trigger();
-    });
+    QMenu* const menu = columnMenu();
+    ASSERT_TRUE(menu);
+    QStringList titles;
+    for (const QAction* const entry : menu->actions())
+        titles.append(entry->text());
+    EXPECT_EQ(titles.takeFirst(), u"A click on a title sorts this page");
+    titles.removeFirst();
+    EXPECT_EQ(titles.join(u' '), u"Unread Starred Attachments From Subject Date Mailbox Size");
+    EXPECT_TRUE(action(*menu, u"Date"_s)->isChecked());
+    EXPECT_FALSE(action(*menu, u"Size"_s)->isChecked());
+    EXPECT_FALSE(action(*menu, u"Subject"_s)->isEnabled());
+    menu->close();
+    settle();
+    toggleColumn(u"Size"_s);
+    toggleColumn(u"Unread"_s);
     EXPECT_TRUE(isShown(MessageColumn::size));
     EXPECT_FALSE(isShown(MessageColumn::unread));
     EXPECT_EQ(table().horizontalHeader()->length(), table().viewport()->width());
@@ -376,6 +372,24 @@ TEST_F(MessageTableViewTest, LeafsThroughThePages)
     EXPECT_EQ(text.text(), u"1–25 of 30");
 }
 
+TEST_F(MessageTableViewTest, KeepsTheKeyboardAtThePagerWhileAPageLoads)
+{
+    mail.open();
+    button("pagerForward").setFocus();
+    mail.fixture.provider().hold(u"listMessages"_s);
+    pressKey(Qt::Key_Space);
+    ASSERT_TRUE(waitUntil([this] { return mail.model().isLoading(); }));
+    EXPECT_EQ(QApplication::focusWidget()->objectName(), u"pager") << "no key does anything meanwhile";
+    mail.fixture.provider().stopHolding(u"listMessages"_s);
+    mail.fixture.provider().completeAll();
+    ASSERT_TRUE(waitUntilLoaded());
+    EXPECT_FALSE(button("pagerForward").isEnabled()) << "the last page";
+    EXPECT_EQ(QApplication::focusWidget(), &button("pagerBack"));
+    pressKey(Qt::Key_Space);
+    ASSERT_TRUE(waitUntil([this] { return mail.model().pageIndex() == 0; }) && waitUntilLoaded());
+    EXPECT_EQ(QApplication::focusWidget(), &button("pagerForward"));
+}
+
 TEST_F(MessageTableViewTest, JumpsToTheNewestAndOldestMessages)
 {
     mail.open();
@@ -383,10 +397,16 @@ TEST_F(MessageTableViewTest, JumpsToTheNewestAndOldestMessages)
     ASSERT_EQ(entries.size(), 2);
     EXPECT_EQ(entries[0]->text(), u"Newest");
     EXPECT_EQ(entries[1]->text(), u"Oldest");
-    entries[1]->trigger();
+    const auto choose = [this](const QString& title) {
+        // The button's menu has an event loop of its own.
+        QTimer::singleShot(0, &mail.table(), [title] { chooseByKeys({title}); });
+        button("pagerJump").setFocus();
+        pressKey(Qt::Key_Space);
+    };
+    choose(u"Oldest"_s);
     ASSERT_TRUE(waitUntil([this] { return mail.model().pageIndex() == 1; }));
     mail.fixture.provider().forgetCalls();
-    entries[0]->trigger();
+    choose(u"Newest"_s);
     ASSERT_TRUE(waitUntil([this] { return mail.model().pageIndex() == 0; }));
     EXPECT_EQ(listings(), QStringList(u"listMessages system:inbox offset=0 limit=25 refresh=true"_s));
 }

@@ -148,12 +148,14 @@ void MessageTableHeader::fillMenu(QMenu& menu)
 
 void MessageTableHeader::contextMenuEvent(QContextMenuEvent* event)
 {
-    QMenu menu;
+    auto* const menu = new QMenu(this);
+    menu->setObjectName("columnMenu"_L1);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
     // What is sorted is the page, not the mailbox.
-    menu.addAction(tr("A click on a title sorts this page"))->setEnabled(false);
-    menu.addSeparator();
-    fillMenu(menu);
-    menu.exec(event->globalPos());
+    menu->addAction(tr("A click on a title sorts this page"))->setEnabled(false);
+    menu->addSeparator();
+    fillMenu(*menu);
+    menu->popup(event->globalPos());
 }
 
 // --- Widths

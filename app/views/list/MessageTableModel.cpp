@@ -15,6 +15,8 @@ MessageTableModel::MessageTableModel(AppModel& model, QObject* parent)
     , m_rows(model.messages())
 {
     connect(&model, &AppModel::messagesChanged, this, &MessageTableModel::takeRows);
+    connect(&model, &AppModel::sortOrderChanged, this,
+            [this] { Q_EMIT headerDataChanged(Qt::Horizontal, 0, columnCount() - 1); });
 }
 
 void MessageTableModel::takeRows()
@@ -111,7 +113,19 @@ QVariant MessageTableModel::headerData(int section, Qt::Orientation orientation,
     if (orientation != Qt::Horizontal || section < 0 || section >= columnCount())
         return {};
     const MessageColumn column = allMessageColumns[static_cast<size_t>(section)];
+    if (role == Qt::AccessibleTextRole)
+        return spokenTitle(column);
     return role == Qt::DisplayRole || role == Qt::ToolTipRole ? QVariant(columnTitle(column)) : QVariant();
+}
+
+QString MessageTableModel::spokenTitle(MessageColumn column) const
+{
+    const SortComparator sorted = m_model.sortOrder().value(0);
+    if (sortFieldOf(column) != sorted.field)
+        return columnTitle(column);
+    //: the title of a column; read aloud
+    return (sorted.order == Qt::AscendingOrder ? tr("%1, sorted, ascending") : tr("%1, sorted, descending"))
+        .arg(columnTitle(column));
 }
 
 Qt::ItemFlags MessageTableModel::flags(const QModelIndex& index) const

@@ -29,6 +29,8 @@ public:
 private:
     void takeRows();
     QString toolTip(int row, MessageColumn column) const;
+    /// What is sorted by is drawn as an arrow, and read aloud in words.
+    QString spokenTitle(MessageColumn column) const;
 
     AppModel& m_model;
     QList<MessageSummary> m_rows;

@@ -4,6 +4,7 @@
 #include "views/style/Roles.h"
 #include "views/style/Style.h"
 
+#include <QApplication>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMenu>
@@ -53,11 +54,39 @@ PagerControl::PagerControl(AppModel& model, QWidget* parent)
 
 void PagerControl::update()
 {
+    keepFocus();
     const bool isIdle = !m_model.isLoading() && !m_model.messages().isEmpty();
     m_text->setText(m_model.pagerText());
     m_jump->setEnabled(isIdle);
     m_back->setEnabled(isIdle && m_model.pageIndex() > 0);
     m_forward->setEnabled(isIdle && m_model.hasNextPage());
+    if (isIdle)
+        returnFocus();
+}
+
+// A button that is turned off under the keyboard would hand it to whatever comes next in the window.
+
+void PagerControl::keepFocus()
+{
+    QWidget* const focused = QApplication::focusWidget();
+    if (focused != m_jump && focused != m_back && focused != m_forward)
+        return;
+    m_focused = focused;
+    setFocus();
+}
+
+void PagerControl::returnFocus()
+{
+    if (!hasFocus() || !m_focused)
+        return;
+    // At the end of the pages the other direction is left.
+    for (QWidget* const button : {m_focused.data(), static_cast<QWidget*>(m_back),
+                                  static_cast<QWidget*>(m_forward), static_cast<QWidget*>(m_jump)}) {
+        if (button->isEnabled()) {
+            button->setFocus(Qt::TabFocusReason);
+            return;
+        }
+    }
 }
 
 } // namespace Larkhaven

@@ -2,6 +2,7 @@
 
 #include "model/AppModel.h"
 
+#include <QPointer>
 #include <QWidget>
 
 class QLabel;
@@ -18,8 +19,11 @@ public:
 
 private:
     void update();
+    void keepFocus();
+    void returnFocus();
 
     AppModel& m_model;
+    QPointer<QWidget> m_focused; ///< the button that the keyboard was at when a page began to load
     QLabel* m_text;
     QToolButton* m_jump;
     QToolButton* m_back;

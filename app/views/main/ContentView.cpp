@@ -22,9 +22,7 @@
 #include "views/style/WindowPlace.h"
 
 #include <QApplication>
-#include <QClipboard>
 #include <QCloseEvent>
-#include <QLabel>
 #include <QLineEdit>
 #include <QMenuBar>
 #include <QQuickWidget>
@@ -246,7 +244,6 @@ void ContentView::makeMenu()
     window.fillColumns = [this](QMenu& menu) { m_listing->table().fillColumnMenu(menu); };
     window.find = [this] { m_toolbar->searchField().setFocus(Qt::ShortcutFocusReason); };
     window.quit = [this] { close(); };
-    window.edit = [this](const char* command) { return edit(command); };
     window.stepTextSize = [&defaults = m_model.defaults()](int direction) {
         if (direction > 0)
             TextSizeCommands::makeBigger(defaults);
@@ -267,21 +264,6 @@ void ContentView::openSettings(std::optional<SettingsView::Pane> pane)
         m_settings->open(*pane);
     else
         m_settings->open();
-}
-
-bool ContentView::edit(const char* command)
-{
-    const auto* const label = qobject_cast<QLabel*>(QApplication::focusWidget());
-    if (label && label->hasSelectedText() && QLatin1StringView(command) == "copy"_L1) {
-        QApplication::clipboard()->setText(label->selectedText());
-        return true;
-    }
-    // What has the focus in the message is a widget of the engine.
-    for (QWidget* target = QApplication::focusWidget(); target; target = target->parentWidget()) {
-        if (target->metaObject()->indexOfMethod((QByteArray(command) + "()").constData()) >= 0)
-            return QMetaObject::invokeMethod(target, command);
-    }
-    return false;
 }
 
 void ContentView::toggleSidebar()

@@ -61,8 +61,6 @@ private:
     void toggleSidebar();
     /// Moves the focus to the next pane, or the one before.
     void stepPane(int direction);
-    /// Sends an editing command to the widget with the focus; whether it has one.
-    bool edit(const char* command);
     void keepLayout();
     void fitSidebar();
     void followAccounts();

@@ -56,7 +56,10 @@ QDialog* LabelDialogs::makeSheet(const AppModel::LabelEdit& edit)
     heading->setTextFormat(Qt::PlainText);
     heading->setWordWrap(true);
     setRole(*heading, Role::subhead);
-    auto* const name = new QLineEdit(rename ? rename->label.name() : QString());
+    // A field shows what a title would. Left as it is, it stands for the name as the server has it.
+    const QString given = rename ? rename->label.name() : QString();
+    const QString shown = DisplayText::bounded(given);
+    auto* const name = new QLineEdit(shown);
     name->setObjectName("labelName"_L1);
     name->setPlaceholderText(tr("Name"));
     name->setAccessibleName(tr("Name"));
@@ -80,8 +83,9 @@ QDialog* LabelDialogs::makeSheet(const AppModel::LabelEdit& edit)
     connect(name, &QLineEdit::textChanged, apply, followName);
     connect(apply, &QPushButton::clicked, sheet, &QDialog::accept);
     connect(cancel, &QPushButton::clicked, sheet, &QDialog::reject);
-    connect(sheet, &QDialog::accepted, this, [this, edit, name] {
-        m_model.start(m_model.applyLabelEdit(edit, name->text()), edit.accountID);
+    connect(sheet, &QDialog::accepted, this, [this, edit, name, given, shown] {
+        const QString chosen = name->text() == shown ? given : name->text();
+        m_model.start(m_model.applyLabelEdit(edit, chosen), edit.accountID);
     });
     connect(sheet, &QDialog::rejected, this, [this, edit] {
         // A dialog that another has replaced leaves that one alone.

@@ -1,6 +1,7 @@
 #include "views/main/MailCommands.h"
 
 #include "views/list/MessageActions.h"
+#include "views/main/EditCommands.h"
 #include "views/setup/AddAccountItems.h"
 #include "views/style/DisplayText.h"
 
@@ -73,12 +74,13 @@ void MailCommands::addEdit(QMenuBar& bar)
 {
     QMenu& menu = *bar.addMenu(tr("&Edit"));
     // What is typed is undone by its field; with the focus elsewhere the last move is.
-    add(menu, "undo", tr("Undo"), chords({"Ctrl+Z"}), [this] {
-        if (!m_window.edit("undo"))
+    m_editing["undo"_L1] = add(menu, "undo", tr("Undo"), chords({"Ctrl+Z"}), [this] {
+        if (!EditCommands::perform("undo"))
             m_model.start(m_model.undo());
     });
     const auto addEditing = [&](const char* command, const QString& title, const QList<QKeySequence>& keys) {
-        add(menu, command, title, keys, [this, command] { m_window.edit(command); });
+        m_editing[QLatin1StringView(command)] =
+            add(menu, command, title, keys, [command] { EditCommands::perform(command); });
     };
     addEditing("redo", tr("Redo"), chords({"Ctrl+Shift+Z"}));
     menu.addSeparator();
@@ -87,9 +89,28 @@ void MailCommands::addEdit(QMenuBar& bar)
     addEditing("paste", tr("Paste"), chords({"Ctrl+V"}));
     addEditing("selectAll", tr("Select All"), chords({"Ctrl+A"}));
     menu.addSeparator();
-    add(menu, "find", tr("Find…"), chords({"Ctrl+F"}), m_window.find);
+    m_find = add(menu, "find", tr("Find…"), chords({"Ctrl+F"}), m_window.find);
     menu.addSeparator();
     add(menu, "settings", tr("Settings…"), chords({"Ctrl+,"}), m_window.openSettings);
+    connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* focused) {
+        if (focused && !qobject_cast<QMenuBar*>(focused))
+            m_focused = focused;
+    });
+    connect(&menu, &QMenu::aboutToShow, this, &MailCommands::followEditing);
+    // While the menu is closed, chords reach whatever the keyboard is in by then.
+    connect(&menu, &QMenu::aboutToHide, this, [this] {
+        for (QAction* const action : std::as_const(m_editing))
+            action->setEnabled(true);
+    });
+}
+
+void MailCommands::followEditing()
+{
+    for (auto item = m_editing.cbegin(); item != m_editing.cend(); ++item)
+        item.value()->setEnabled(EditCommands::isPossible(m_focused, item.key().toLatin1().constData()));
+    const bool isOfText = EditCommands::knows(m_focused, "undo");
+    if (!isOfText)
+        m_editing["undo"_L1]->setEnabled(m_model.undoOffer().has_value());
 }
 
 void MailCommands::addView(QMenuBar& bar)
@@ -119,7 +140,7 @@ void MailCommands::addView(QMenuBar& bar)
         columns->clear();
         m_window.fillColumns(*columns);
     });
-    QAction* const sidebar =
+    QAction* const sidebar = m_toggleSidebar =
         add(menu, "toggleSidebar", tr("Show Sidebar"), chords({"F9"}), m_window.toggleSidebar);
     sidebar->setCheckable(true);
     sidebar->setChecked(true);
@@ -207,7 +228,8 @@ void MailCommands::followPaging()
     for (size_t index = 0; index < isOn.size(); ++index)
         m_paging[static_cast<qsizetype>(index)]->setEnabled(isOn[index]);
     m_newMessage->setEnabled(!m_model.accounts().isEmpty());
-    m_refresh->setEnabled(!m_model.accounts().isEmpty());
+    for (QAction* const action : {m_refresh, m_find, m_toggleSidebar})
+        action->setEnabled(!m_model.accounts().isEmpty());
 }
 
 void MailCommands::addGoTo(QMenu& menu)
@@ -268,7 +290,7 @@ void MailCommands::followMailbox()
 
 void MailCommands::addMessage(QMenuBar& bar)
 {
-    QMenu& menu = *bar.addMenu(tr("M&essage"));
+    QMenu& menu = *bar.addMenu(tr("Me&ssage"));
     menu.setObjectName("messageMenuOfBar"_L1);
     new MessageActions(
         m_model, menu, MessageActions::Place::menuBar, [this] { return m_model.actedOn(); }, m_window.choose,

@@ -32,8 +32,6 @@ public:
         std::function<void(QMenu&)> fillColumns; ///< the columns of the table that can be shown and hidden
         std::function<void()> find;
         std::function<void()> quit;
-        /// Sends an editing command, such as "copy", to the widget with the focus; whether it has one.
-        std::function<bool(const char*)> edit;
         std::function<void(int)> stepTextSize; ///< by +1 or -1
         std::function<void()> resetTextSize;
     };
@@ -45,6 +43,7 @@ private:
                  const std::function<void()>& perform);
     void addFile(QMenuBar& bar);
     void addEdit(QMenuBar& bar);
+    void followEditing();
     void addView(QMenuBar& bar);
     void addSorting(QMenu& menu);
     void addMailbox(QMenuBar& bar);
@@ -63,7 +62,11 @@ private:
     QList<QAction*> m_orders;
     QList<QAction*> m_roles;
     QList<QAction*> m_paging;
+    QPointer<QWidget> m_focused;        ///< before the menu took the keyboard
+    QHash<QString, QAction*> m_editing; ///< by command
     QAction* m_newMessage = nullptr;
+    QAction* m_find = nullptr;
+    QAction* m_toggleSidebar = nullptr;
     QAction* m_refresh = nullptr;
     QAction* m_newLabel = nullptr;
     QAction* m_renameLabel = nullptr;

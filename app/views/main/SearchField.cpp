@@ -19,7 +19,11 @@ SearchField::SearchField(AppModel& model, QWidget* parent)
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     setPlaceholderText(tr("Search"));
     setAccessibleName(tr("Search"));
+    // Its buttons have their names for assistive technology from these.
+    m_magnifier->setText(tr("Start Searching"));
+    m_clear->setText(tr("Clear"));
     m_clear->setToolTip(tr("Clear"));
+    connect(m_magnifier, &QAction::triggered, this, [this] { m_model.start(m_model.applySearch()); });
     connect(m_clear, &QAction::triggered, this, &QLineEdit::clear);
     connect(this, &QLineEdit::textChanged, this, &SearchField::takeText);
     connect(this, &QLineEdit::returnPressed, this, [this] { m_model.start(m_model.applySearch()); });

@@ -10,9 +10,12 @@
 #include <QMenu>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QScopedValueRollback>
+#include <QScrollBar>
 #include <QStandardItemModel>
 
 #include <algorithm>
+#include <limits>
 
 using namespace Qt::StringLiterals;
 
@@ -132,6 +135,10 @@ void SidebarView::addParents(QStandardItem* heading, const MailLabel& label, Sym
 void SidebarView::rebuild()
 {
     m_isTakingSelection = true;
+    const QModelIndex present = currentIndex();
+    const QString accountID = present.data(AccountRole).toString();
+    const bool isHeading = present.isValid() && !present.parent().isValid();
+    const int place = verticalScrollBar()->value();
     m_items->clear();
     m_refs.clear();
     const QStringList collapsed = m_model.defaults().text(DefaultsKey::collapsedAccounts).split(u',');
@@ -157,6 +164,20 @@ void SidebarView::rebuild()
     updateCounts();
     updateHeadings();
     takeSelection();
+    if (isHeading)
+        returnTo(accountID);
+    executeDelayedItemsLayout();
+    verticalScrollBar()->setValue(place);
+}
+
+void SidebarView::returnTo(const QString& accountID)
+{
+    // The keyboard stays at its heading, whatever the services answer meanwhile.
+    const QScopedValueRollback taking(m_isTakingSelection, true);
+    for (int section = 0; section < m_items->rowCount(); ++section) {
+        if (m_items->item(section)->data(AccountRole).toString() == accountID)
+            setCurrentIndex(m_items->index(section, 0));
+    }
 }
 
 void SidebarView::updateCounts()
@@ -166,7 +187,13 @@ void SidebarView::updateCounts()
         const auto counts = m_model.counts(QUuid::fromString(heading->data(AccountRole).toString()));
         for (int row = 0; row < heading->rowCount(); ++row) {
             QStandardItem* const item = heading->child(row);
-            item->setData(counts.value(item->data(RefRole).toString()), CountRole);
+            const qint64 count = counts.value(item->data(RefRole).toString());
+            item->setData(count, CountRole);
+            const int spoken =
+                static_cast<int>(std::clamp<qint64>(count, 0, std::numeric_limits<int>::max()));
+            //: a mailbox, and how many unread messages it has; read aloud
+            const QString unread = tr("%1, %Ln unread", nullptr, spoken);
+            item->setAccessibleText(spoken > 0 ? unread.arg(item->text()) : item->text());
         }
     }
 }

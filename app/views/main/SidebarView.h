@@ -55,6 +55,8 @@ protected:
 
 private:
     void rebuild();
+    /// Goes back to the heading of an account.
+    void returnTo(const QString& accountID);
     void updateCounts();
     void updateHeadings();
     void takeSelection();

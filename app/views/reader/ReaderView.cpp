@@ -109,6 +109,8 @@ ReaderView::ReaderView(AppModel& model, Desktop desktop, QWidget* parent)
     , m_attachments(new AttachmentsRow)
 {
     setObjectName("reader"_L1);
+    setAccessibleName(tr("Message"));
+    m_message->setAccessibleName(tr("Text of the Message"));
     m_progress->setRange(0, 0);
     m_progress->setTextVisible(false);
     m_progress->setFixedSize(160, Style::grid);

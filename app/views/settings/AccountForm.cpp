@@ -98,7 +98,7 @@ void AccountForm::follow()
     if (account == m_model.accounts().end())
         return;
     // A space at the end is no part of the name yet, and may become one.
-    const QString nickname = account->nickname.value_or(QString());
+    const QString nickname = DisplayText::bounded(account->nickname.value_or(QString()));
     if (Text::trimmedSpaceAndLineEnds(m_nickname->text()) != nickname)
         m_nickname->setText(nickname);
     m_nickname->setPlaceholderText(DisplayText::bounded(account->email));

@@ -41,6 +41,7 @@ SettingsView::SettingsView(AppModel& model, QWidget* parent)
     setRole(*m_tabs->tabBar(), Role::panes);
     m_tabs->tabBar()->setExpanding(false);
     m_tabs->tabBar()->setDrawBase(false);
+    m_tabs->setAccessibleName(tr("Settings"));
     m_tabs->tabBar()->setAccessibleName(tr("Settings"));
     m_tabs->addTab(m_accounts, Symbols::icon(Symbol::at), tr("Accounts"));
     addPane(new GeneralSettingsView(model), Symbol::gear, tr("General"));

@@ -135,6 +135,10 @@ QWidget* IMAPSetupView::makeFields()
     identity->addRow(tr("Email Address:"), m_email);
     identity->addRow(tr("Password:"), m_password);
     identity->addRow(QString(), m_hint);
+    m_name->setAccessibleName(tr("Name"));
+    m_email->setAccessibleName(tr("Email Address"));
+    m_password->setAccessibleName(tr("Password"));
+    m_username->setAccessibleName(tr("User Name"));
 
     m_disclosure->setObjectName("setupDisclosure"_L1);
     QFormLayout* const servers = makeForm(m_servers);
@@ -316,8 +320,8 @@ void IMAPSetupView::fillFromAccount()
         m_model.accounts(), [&accountID](const Account& known) { return known.id == accountID; });
     if (account != m_model.accounts().end()) {
         m_serversEdited = true;
-        m_name->setText(account->displayName.value_or(QString()));
-        m_email->setText(account->email);
+        m_name->setText(DisplayText::bounded(account->displayName.value_or(QString())));
+        m_email->setText(DisplayText::bounded(account->email));
         showSettings(account->server.value_or(ServerSettings::preset(account->email)));
         m_disclosure->setExpanded(true);
     }

@@ -1,5 +1,6 @@
 #include "views/style/Style.h"
 
+#include "views/style/AccessibleParts.h"
 #include "views/style/MeasuredStyle.h"
 #include "views/style/StyleSheet.h"
 
@@ -92,6 +93,7 @@ void Style::update()
 void Style::applyToApplication()
 {
     if (!std::exchange(m_isApplied, true)) {
+        installAccessibleParts();
         // A desktop's own theme may lack images that we need, and mixes styles.
         QIcon::setThemeName(u"breeze"_s);
         QApplication::setStyle(new MeasuredStyle);
