@@ -44,7 +44,7 @@ TEST_P(ReaderAppearanceTest, ShowsAMessageWithinItsPane)
     // The engine follows at its own pace.
     const QWebEngineView& page = message().webView();
     ASSERT_TRUE(waitUntil([&page] {
-        const double width = page.page()->contentsSize().width();
+        const double width = page.page()->contentsSize().width() / page.devicePixelRatioF();
         return width <= page.width() + 2 && width > 0.8 * page.width();
     })) << page.page()->contentsSize().width()
         << ' ' << page.width();

@@ -12,6 +12,7 @@
 
 #include <QApplication>
 #include <QClipboard>
+#include <QDir>
 #include <QFile>
 #include <QLabel>
 #include <QMenu>
@@ -198,7 +199,9 @@ TEST_F(ReaderViewTest, ShowsWhatTheRowKnowsWhileTheMessageLoads)
         EXPECT_TRUE(place.endsWith(u" 1")) << place.toStdString();
     EXPECT_FALSE(label("readerCc").isVisible());
     EXPECT_FALSE(message().isVisible());
-    takeScreenshot(*mail->window, u"reader-loading"_s);
+    // The bar moves all the time: there is no picture that stays.
+    ASSERT_TRUE(QDir().mkpath(QStringLiteral(SCREENSHOTS)));
+    ASSERT_TRUE(grab(*mail->window).save(QStringLiteral(SCREENSHOTS "/reader-loading.png")));
     mail->fixture.provider().completeAll();
     ASSERT_TRUE(waitUntil([&] { return label("readerCc").isVisible() && message().isVisible(); }));
     EXPECT_FALSE(progress->isVisible());
