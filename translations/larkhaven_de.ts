@@ -1819,10 +1819,6 @@
             <numerusform>%n Zählbilder blockiert</numerusform>
         </translation>
     </message>
-    <message>
-        <source>Held Back</source>
-        <translation>Zurückgehalten</translation>
-    </message>
 </context>
 <context>
     <name>Larkhaven::ReaderHeaders</name>

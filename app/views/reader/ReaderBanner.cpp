@@ -13,7 +13,6 @@ ReaderBanner::ReaderBanner(QWidget* parent)
     , m_trackers(addText({}, Role::caption))
 {
     setObjectName("readerBanner"_L1);
-    m_shield->setAccessibleName(tr("Held Back"));
     m_remote->setObjectName("bannerRemote"_L1);
     m_trackers->setObjectName("bannerTrackers"_L1);
     button().setObjectName("bannerLoad"_L1);
