@@ -316,6 +316,15 @@ void MessageTable::startDrag(Qt::DropActions)
     drag->exec(Qt::MoveAction);
 }
 
+QModelIndex MessageTable::moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers)
+{
+    // What is gone through are rows: Home and End lead to the first and the last of them, not to a column.
+    if (m_rows->rowCount() > 0 && (action == MoveHome || action == MoveEnd))
+        return m_rows->index(action == MoveHome ? 0 : m_rows->rowCount() - 1,
+                             std::max(currentIndex().column(), 0));
+    return QTableView::moveCursor(action, modifiers);
+}
+
 void MessageTable::keyPressEvent(QKeyEvent* event)
 {
     if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
