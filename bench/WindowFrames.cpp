@@ -75,10 +75,7 @@ void run(ContentView& window)
 
     Frames schemes;
     for (int turn = 0; turn < 8; ++turn) {
-        schemes.measure([&] {
-            style.setScheme(turn % 2 == 0 ? Style::Scheme::dark : Style::Scheme::light);
-            style.applyToApplication();
-        });
+        schemes.measure([&] { style.setScheme(turn % 2 == 0 ? Style::Scheme::dark : Style::Scheme::light); });
     }
     schemes.print("scheme");
 }

@@ -542,6 +542,22 @@ TEST_F(AccountRepairTest, LeavesTheAccountAsItWasWhereItIsCancelledAfterAFailure
     EXPECT_FALSE(mail.model().imapSetupAccountID());
 }
 
+TEST_F(AccountSetupTest, TakesAFailureThatNobodyHasReadAwayWithItself)
+{
+    openForm();
+    fill(u"ann@x.example"_s, u"secret"_s);
+    connectTo({Script("[CLOSE]")});
+    signIn().click();
+    mail.window->activateWindow();
+    ASSERT_TRUE(waitUntil([this] { return alert() != nullptr; }));
+    EXPECT_FALSE(alert()->isVisible()) << "the user is elsewhere";
+    form()->close();
+    openForm();
+    settle();
+    EXPECT_FALSE(alert());
+    form()->close();
+}
+
 TEST_F(AccountRepairTest, IsNotClosedByTheAttemptForAnotherAccount)
 {
     openForm();

@@ -22,6 +22,10 @@ TEST(AlertText, KnowsHostsFromOtherWordsWithDots)
     EXPECT_EQ(AlertText::hosts(u"It leads to 10.0.0.1."_s), (Places{{12, 8}}));
     EXPECT_EQ(AlertText::hosts(u"https://evil.example/see/bank.example/x.html"_s), (Places{{8, 12}}));
     EXPECT_EQ(AlertText::hosts(u"https://evil.example"_s), (Places{{8, 12}}));
+    EXPECT_EQ(AlertText::hosts(u"https://www.bank.com@evil.example/x@y"_s), (Places{{21, 12}}));
+    EXPECT_EQ(AlertText::hosts(u"https://www.bank.com:x@evil.example"_s), (Places{{23, 12}}));
+    EXPECT_EQ(AlertText::hosts(u"http://evil.example:8080?bank.com"_s), (Places{{7, 12}}));
+    EXPECT_EQ(AlertText::hosts(u"http://[fd00::1]:80/bank.com"_s), (Places{{7, 9}}));
     EXPECT_EQ(AlertText::hosts(QString()), Places());
 }
 

@@ -34,7 +34,8 @@ protected:
     {
         if (QMessageBox* const told = alert(window, "composeAlert"))
             press(*told, u"OK"_s);
-        child<FlatButton>(window, "send").click();
+        show(window);
+        QTest::mouseClick(&child<FlatButton>(window, "send"), Qt::LeftButton);
         ASSERT_TRUE(waitUntil([&] { return alert(window, "sendAgainAlert"); }));
     }
     static QString messageID(const ComposeWindow& window)

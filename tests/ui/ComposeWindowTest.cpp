@@ -194,6 +194,9 @@ TEST_F(ComposeWindowTest, AMessageWhoseSendingFailsAfterItsWindowClosedComesBack
     ASSERT_TRUE(waitUntil([&] { return windows->window(draft.id); }));
     ComposeWindow& back = *windows->window(draft.id);
     EXPECT_EQ(text(back).toPlainText(), u"More. The text"_s);
+    settle();
+    EXPECT_FALSE(alert(back, "composeAlert")) << "the user is elsewhere";
+    back.activateWindow();
     ASSERT_TRUE(waitUntil([&] { return alert(back, "composeAlert"); }));
     EXPECT_EQ(alert(back, "composeAlert")->text(), u"Message Not Sent"_s);
     EXPECT_TRUE(back.view().hasUnsavedChanges());

@@ -18,6 +18,7 @@
 #include <QPlainTextEdit>
 #include <QTabBar>
 #include <QTextEdit>
+#include <QToolButton>
 
 #include <algorithm>
 
@@ -75,6 +76,12 @@ private:
     QList<QModelIndex> m_rows;
 };
 
+bool showsText(const QAbstractButton& button)
+{
+    const auto* const tool = qobject_cast<const QToolButton*>(&button);
+    return !button.text().isEmpty() && !(tool && tool->toolButtonStyle() == Qt::ToolButtonIconOnly);
+}
+
 void addControl(Collector& found, const QWidget& widget)
 {
     const QRect all = widget.rect();
@@ -83,7 +90,7 @@ void addControl(Collector& found, const QWidget& widget)
             found.add(widget, all, label->text(), !label->text().isEmpty());
     } else if (const auto* const button = qobject_cast<const QAbstractButton*>(&widget)) {
         if (!button->text().isEmpty() || !button->icon().isNull())
-            found.add(widget, all, button->text() + button->toolTip(), !button->text().isEmpty());
+            found.add(widget, all, button->text() + button->toolTip(), showsText(*button));
     } else if (const auto* const line = qobject_cast<const QLineEdit*>(&widget)) {
         if (!line->text().isEmpty() || !line->placeholderText().isEmpty())
             found.add(widget, all, line->text() + line->placeholderText(), true);

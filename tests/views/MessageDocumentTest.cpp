@@ -2,6 +2,7 @@
 
 #include "format/MIMEParser.h"
 #include "support/QtPrinters.h"
+#include "views/style/DisplayText.h"
 
 #include <QRegularExpression>
 
@@ -46,10 +47,19 @@ TEST(MessageDocument, SetsForwardsApartThatForward)
     EXPECT_EQ(shownOf((line + u"From: a\n\n"_s).repeated(500)).count(u'['), 8);
 }
 
+TEST(MessageDocument, BoundsWhatAForwardSaysOfItself)
+{
+    const QString shown =
+        shownOf(line + u"From: a\u202e\u200bb\nSubject: "_s + QString(5000, u'x') + u"\n\nc"_s);
+    EXPECT_TRUE(shown.contains(u"|ab|"_s)) << shown.left(200).toStdString();
+    EXPECT_LE(shown.count(u'x'), DisplayText::maxLength);
+}
+
 TEST(MessageDocument, LeavesATextAsItStandsThatForwardsNothing)
 {
     for (const QString& text : {line, u"a\n"_s + line + u"\nb"_s, u"a\n"_s + line + u"From: b\nwords\n\nc"_s,
-                                u"> "_s + line + u"From: a\n\nb"_s, line + u"From: b"_s, u"a"_s, QString()}) {
+                                u"> "_s + line + u"From: a\n\nb"_s, line + u"From: a\nFrom: b\n\nc"_s,
+                                line + u"From: b"_s, u"a"_s, QString()}) {
         ParsedMessage message;
         message.textBody = text;
         EXPECT_FALSE(MessageDocument::make(message, false).document.contains(u"role=\"group\""_s))

@@ -3,6 +3,7 @@
 #include "format/MIMEParser.h"
 #include "support/QtPrinters.h"
 #include "views/style/DisplayText.h"
+#include "views/style/Style.h"
 
 #include <QAbstractButton>
 #include <QAccessible>
@@ -94,6 +95,9 @@ TEST(ShownHeaders, AreBoundedHoweverLongASubjectOrANameIs)
 /// A block as wide as in a usual window, laid out.
 class ReaderHeadersBlock : public testing::Test {
 protected:
+    /// Its types come from the style sheet.
+    void SetUp() override { Style::shared().applyToApplication(); }
+
     void show(int width, const ShownHeaders& headers)
     {
         block.setHeaders(headers, {});

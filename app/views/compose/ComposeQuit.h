@@ -26,6 +26,8 @@ public:
     void deliveryBegan(const QUuid& draftID);
     void deliveryEnded(const QUuid& draftID, ComposeSession::Outcome outcome);
 
+    /// Whether the user has asked for the end of the program and waits for it.
+    bool isDeciding() const { return m_isDeciding; }
     /// Whether something would be lost if the program ended now.
     bool isHeld() const;
 

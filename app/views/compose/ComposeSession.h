@@ -44,6 +44,8 @@ public:
         std::function<void(const QUuid& draftID, Outcome outcome)> deliveryEnded;
         /// The window has closed by now; the draft is kept for recovery.
         std::function<void(const ComposeDraft& draft, const Failure& failure)> lateFailure;
+        /// Whether the user has asked for the end of the program, and waits for the window.
+        std::function<bool()> isQuitting;
     };
 
     /// What a session asks of whoever shows it. It outlives the session; its questions end with the careful

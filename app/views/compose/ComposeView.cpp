@@ -50,6 +50,7 @@ ComposeView::ComposeView(AppModel& model, const ComposeDraft& draft, bool isUnsa
     , m_form(new ComposeForm(draft, model.defaults(), contacts))
     , m_files(new ComposeFileReader(
           m_desktop.readFiles, [this] { return m_form->attachments().total(); }, this))
+    , m_isQuitting(hooks.isQuitting)
     , m_session(new ComposeSession(model, draft, isUnsaved, *this, std::move(hooks), this))
 {
     setObjectName("compose"_L1);
@@ -206,13 +207,13 @@ Task<bool> ComposeView::acceptLosses(Delivery delivery)
     alert->setDefaultButton(cancel);
     alert->setEscapeButton(cancel);
     const QList<QAbstractButton*> buttons{replace, cancel};
-    const qsizetype answer = co_await answerTo(alert, buttons, AlertTurn::whenActive);
+    const qsizetype answer = co_await answerTo(alert, buttons, turn());
     co_return answer == 0;
 }
 
 Task<SendAgain::Decision> ComposeView::askToSendAgain(Larkhaven::Outcome<bool> look)
 {
-    const SendAgain::Decision decision = co_await SendAgain::ask(look, window());
+    const SendAgain::Decision decision = co_await SendAgain::ask(look, window(), turn());
     co_return decision;
 }
 
@@ -232,6 +233,11 @@ void ComposeView::showSending(bool isSending)
         m_lastFocus->setFocus();
 }
 
+AlertTurn ComposeView::turn() const
+{
+    return m_isQuitting && m_isQuitting() ? AlertTurn::now : AlertTurn::whenActive;
+}
+
 void ComposeView::showError(const Failure& failure)
 {
     if (m_alert)
@@ -240,7 +246,10 @@ void ComposeView::showError(const Failure& failure)
     m_alert = makePlainAlert(failure.title, failure.text, QMessageBox::Ok, window());
     m_alert->setObjectName("composeAlert"_L1);
     connect(m_alert, &QMessageBox::finished, this, [this] { m_error.reset(); });
-    openWhenActive(*m_alert);
+    if (turn() == AlertTurn::now)
+        m_alert->open();
+    else
+        openWhenActive(*m_alert);
 }
 
 // --- Closing

@@ -5,6 +5,7 @@
 #include "views/compose/ComposeSession.h"
 #include "views/compose/ContactsService.h"
 #include "views/compose/WindowCloseGuard.h"
+#include "views/style/AlertTurn.h"
 
 #include <QPointer>
 #include <QUrl>
@@ -91,6 +92,8 @@ protected:
     void showEvent(QShowEvent* event) override;
 
 private:
+    /// When an alert of what has just failed, or is asked before it goes on, comes up.
+    AlertTurn turn() const;
     ComposeDraft fields(ComposeDraft draft) const override { return m_form->fields(std::move(draft)); }
     ComposeDraft text(ComposeDraft draft) const override { return m_form->text(std::move(draft)); }
     TextState textState() const override;
@@ -122,6 +125,7 @@ private:
     QLabel* m_note;
     ComposeForm* m_form;
     ComposeFileReader* m_files;
+    std::function<bool()> m_isQuitting;
     ComposeSession* m_session;
     QPointer<QMessageBox> m_sheet;
     QPointer<QMessageBox> m_alert;

@@ -114,6 +114,7 @@ ComposeView::Hooks ComposeWindows::hooks()
         if (self)
             self->reopen(draft, failure);
     };
+    hooks.isQuitting = [self] { return self && self->m_quit->isDeciding(); };
     return hooks;
 }
 

@@ -36,7 +36,7 @@ QByteArray contentOf(const ComposeDraft& draft)
 
 } // namespace
 
-Task<Decision> ask(Outcome<bool> look, QWidget* window)
+Task<Decision> ask(Outcome<bool> look, QWidget* window, AlertTurn turn)
 {
     const bool isThere = look.value && *look.value;
     QString text =
@@ -57,7 +57,7 @@ Task<Decision> ask(Outcome<bool> look, QWidget* window)
     alert->setDefaultButton(cancel);
     alert->setEscapeButton(cancel);
     const QList<QAbstractButton*> buttons{again, close};
-    const qsizetype answer = co_await answerTo(alert, buttons, AlertTurn::whenActive);
+    const qsizetype answer = co_await answerTo(alert, buttons, turn);
     if (answer == 0)
         co_return Decision::send;
     co_return answer == 1 && isThere ? Decision::close : Decision::stay;

@@ -2,6 +2,7 @@
 
 #include "model/AppModel.h"
 #include "platform/Tasks.h"
+#include "views/style/AlertTurn.h"
 
 #include <exception>
 
@@ -17,7 +18,7 @@ enum class Decision {
 };
 
 /// Asks the user in an alert of the window, which must be there. `look` is what the look into Sent has given.
-Task<Decision> ask(Outcome<bool> look, QWidget* window);
+Task<Decision> ask(Outcome<bool> look, QWidget* window, AlertTurn turn);
 
 /// The attempt as which the draft goes out now: the one before, so that whoever has got the message already
 /// sees the same one, or a new one where the text is another by now.

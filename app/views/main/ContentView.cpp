@@ -171,6 +171,12 @@ void ContentView::showEvent(QShowEvent* event)
     QTimer::singleShot(idleTime, this, [this] { reader(); });
 }
 
+void ContentView::resizeEvent(QResizeEvent* event)
+{
+    QMainWindow::resizeEvent(event);
+    fitSidebar();
+}
+
 void ContentView::closeEvent(QCloseEvent* event)
 {
     if (m_isQuitting || !m_compose->holdsQuit()) {
@@ -194,24 +200,29 @@ void ContentView::followAccounts()
     const qsizetype before = std::exchange(m_accountCount, m_model.accounts().size());
     m_root->setCurrentWidget(isWelcome ? m_welcome : m_mail);
     if (m_hasAppeared && m_accountCount > before)
-        m_detail->currentWidget()->setFocus();
+        leaveKeyboardTo(*m_detail->currentWidget());
     updateTitle();
+}
+
+/// Gives the keyboard on, for what may happen by itself: not while the user types a search.
+void ContentView::leaveKeyboardTo(QWidget& widget)
+{
+    if (!qobject_cast<QLineEdit*>(focusWidget()))
+        widget.setFocus();
 }
 
 void ContentView::followPath()
 {
-    // A message may also go by itself, while the user types a search.
-    const bool isTyping = qobject_cast<QLineEdit*>(focusWidget()) != nullptr;
     if (m_model.path().isEmpty()) {
         m_detail->setCurrentWidget(m_listing);
         if (m_reader)
             m_reader->close();
+        leaveKeyboardTo(*m_listing);
     } else {
         reader().showMessage(m_model.path().last());
         m_detail->setCurrentWidget(m_reader);
+        m_reader->setFocus();
     }
-    if (!isTyping)
-        m_detail->currentWidget()->setFocus();
     updateTitle();
 }
 
@@ -303,12 +314,14 @@ void ContentView::keepLayout()
 /// The sidebar grows and shrinks with the text, as far as the list keeps its half.
 void ContentView::fitSidebar()
 {
-    const int all = m_split->sizes().constFirst() + m_split->sizes().constLast();
+    const QList<int> sizes = m_split->sizes();
+    const int all = width();
     const int wanted = SidebarPane::shownWidth(static_cast<int>(
         std::clamp<qint64>(m_model.defaults().integer(DefaultsKey::sidebarWidth),
                            SidebarView::minimumColumnWidth, SidebarView::maximumColumnWidth)));
     const int width = std::max(std::min(wanted, all / 3), SidebarPane::narrowest());
-    m_split->setSizes({width, all - width});
+    if (!m_sidebar->isHidden() && sizes.constFirst() != width)
+        m_split->setSizes({width, all - width});
 }
 
 } // namespace Larkhaven

@@ -52,6 +52,7 @@ Q_SIGNALS:
     void quitApproved();
 
 protected:
+    void resizeEvent(QResizeEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void showEvent(QShowEvent* event) override;
 
@@ -64,6 +65,7 @@ private:
     void keepLayout();
     void fitSidebar();
     void followAccounts();
+    void leaveKeyboardTo(QWidget& widget);
     void followPath();
     void updateTitle();
 

@@ -91,7 +91,7 @@ private:
     qsizetype m_position = 0;
 };
 
-/// The fields below the line, which has been read; empty where it isn't one of a forward.
+/// The fields below the line, which has been read, each once; empty where it isn't one of a forward.
 QList<Section::Line> readForwardFields(Lines& lines)
 {
     QList<Section::Line> fields;
@@ -101,9 +101,10 @@ QList<Section::Line> readForwardFields(Lines& lines)
             return fields;
         const auto field = std::ranges::find_if(
             forwardFields, [line](QLatin1StringView label) { return line.startsWith(label); });
-        if (field == forwardFields.end())
+        const auto isThere = [&](const Section::Line& known) { return known.label == *field; };
+        if (field == forwardFields.end() || std::ranges::any_of(fields, isThere))
             return {};
-        fields.append({*field, line.sliced(field->size()).trimmed().toString()});
+        fields.append({*field, DisplayText::bounded(line.sliced(field->size()).trimmed().toString())});
     }
     return {};
 }

@@ -314,6 +314,7 @@ void IMAPSetupView::fillFromAccount()
         return;
     // What is asked for another account must not close the form of this one, nor store anything.
     m_attempt.request_stop();
+    closeAlert();
     showProgress(std::nullopt);
     m_loadedID = accountID;
     const auto account = std::ranges::find_if(
@@ -442,8 +443,7 @@ QString IMAPSetupView::nameOf(const Asked& asked) const
 
 void IMAPSetupView::showFailure(const std::exception_ptr& failure, const Asked& asked)
 {
-    if (m_alert)
-        m_alert->close();
+    closeAlert();
     if (!isVisible())
         return;
     const auto [text, isRefusal] = wordsOf(failure);
@@ -461,10 +461,17 @@ void IMAPSetupView::showFailure(const std::exception_ptr& failure, const Asked& 
     openWhenActive(*m_alert);
 }
 
+/// It may still wait for the form to get the keyboard.
+void IMAPSetupView::closeAlert()
+{
+    delete m_alert;
+}
+
 void IMAPSetupView::leave()
 {
     // Whoever gives up while the servers are asked has nothing stored.
     m_attempt.request_stop();
+    closeAlert();
     m_password->clear();
     m_model.setImapSetupAccountID(std::nullopt);
     // The next account begins with an empty form.

@@ -63,6 +63,7 @@ private:
     void signIn();
     void takeReturn();
     Task<> save();
+    void closeAlert();
     void leave();
     void measure();
     /// Gives the width of their column.

@@ -1,5 +1,7 @@
 #include "views/style/AccessibleParts.h"
 
+#include "views/style/SymbolLabel.h"
+
 #include <QAccessibleWidget>
 #include <QCoreApplication>
 #include <QLabel>
@@ -77,9 +79,9 @@ QAccessibleInterface* makePart(const QString& className, QObject* object)
     if (auto* const handle = qobject_cast<QSplitterHandle*>(object))
         return new Decoration(handle);
     auto* const label = qobject_cast<QLabel*>(object);
-    return label && label->text().isEmpty() && !label->pixmap(Qt::ReturnByValue).isNull()
-               ? new Decoration(label)
-               : nullptr;
+    const bool isPicture = qobject_cast<SymbolLabel*>(object) ||
+                           (label && label->text().isEmpty() && !label->pixmap(Qt::ReturnByValue).isNull());
+    return isPicture && label->accessibleName().isEmpty() ? new Decoration(label) : nullptr;
 }
 
 } // namespace

@@ -47,6 +47,21 @@ QString joined(const QString& text, const QList<std::pair<qsizetype, qsizetype>>
     return shown.append(QStringView(text).mid(end));
 }
 
+/// Where the host of a URL stands: behind a user name, which may look like another host, and before a port
+/// (RFC 3986, section 3.2).
+std::pair<qsizetype, qsizetype> hostOfURL(QStringView url)
+{
+    qsizetype start = url.indexOf(u"//"_s) + 2;
+    const auto isEnd = [](QChar character) {
+        return character == u'/' || character == u'?' || character == u'#';
+    };
+    qsizetype end = std::find_if(url.begin() + start, url.end(), isEnd) - url.begin();
+    start = std::max(start, url.first(end).lastIndexOf(u'@') + 1);
+    const QStringView host = url.sliced(start, end - start);
+    const qsizetype length = host.startsWith(u'[') ? host.indexOf(u']') + 1 : host.indexOf(u':');
+    return {start, length > 0 ? length : host.size()};
+}
+
 } // namespace
 
 AlertText::AlertText(QWidget* parent)
@@ -72,14 +87,11 @@ QList<std::pair<qsizetype, qsizetype>> AlertText::hosts(const QString& line)
                                          u"\\p{L}[\\p{L}\\p{N}-]*[\\p{L}\\p{N}])"
                                          u"|\\b\\d{1,3}(?:\\.\\d{1,3}){3}\\b"_s,
                                          QRegularExpression::UseUnicodePropertiesOption);
+    if (isURL(line))
+        return {hostOfURL(line)};
     QList<std::pair<qsizetype, qsizetype>> found;
-    const bool isOfURL = isURL(line);
     for (auto match = name.globalMatch(line); match.hasNext();) {
         const QRegularExpressionMatch host = match.next();
-        // Behind the host of a URL other names may follow, which only look like one.
-        if (isOfURL && (!found.isEmpty() || host.capturedStart() > line.indexOf(u'/', 8)) &&
-            line.indexOf(u'/', 8) >= 0)
-            break;
         found.append({host.capturedStart(), host.capturedLength()});
     }
     return found;
