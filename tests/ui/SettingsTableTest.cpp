@@ -2,6 +2,7 @@
 #include "Gestures.h"
 #include "UITestSupport.h"
 #include "domain/Coding.h"
+#include "platform/Tasks.h"
 #include "support/QtPrinters.h"
 #include "views/compose/ComposeTextView.h"
 #include "views/compose/ComposeWindows.h"
@@ -101,6 +102,9 @@ protected:
         ann.emails = QStringList{u"ann@example.org"_s};
         book->contacts = {ann};
         ContactsService contacts(book);
+        // They are read on a worker.
+        spawn(contacts.requestAccess(), dropFailure);
+        EXPECT_TRUE(waitUntil([&] { return contacts.status() == ContactsService::Status::ready; }));
         AddressField to(u"To:"_s, fixture.defaults(), contacts);
         show(to);
         to.line().setFocus();
