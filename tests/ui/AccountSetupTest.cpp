@@ -429,11 +429,11 @@ TEST_F(AccountSetupTest, NamesEachOfItsControlsOnce)
     fill(u"ann@x.example"_s, u"secret"_s);
     QStringList names = namesOfControls(QAccessible::queryAccessibleInterface(form()));
     names.sort();
-    EXPECT_EQ(names, QStringList({u"Cancel"_s, u"Email Address:"_s, u"Incoming Server"_s, u"Name:"_s,
-                                  u"Outgoing Server"_s, u"Password:"_s, u"Port of the Incoming Server"_s,
+    EXPECT_EQ(names, QStringList({u"Cancel"_s, u"Email Address"_s, u"Incoming Server"_s, u"Name"_s,
+                                  u"Outgoing Server"_s, u"Password"_s, u"Port of the Incoming Server"_s,
                                   u"Port of the Outgoing Server"_s, u"Security of the Incoming Server"_s,
                                   u"Security of the Outgoing Server"_s, u"Server Settings"_s, u"Sign In"_s,
-                                  u"User Name:"_s}));
+                                  u"User Name"_s}));
     auto& security = *form()->findChild<QComboBox*>(u"imapSecurity"_s);
     EXPECT_EQ(QAccessible::queryAccessibleInterface(&security)->text(QAccessible::Value), u"SSL/TLS");
     form()->close();

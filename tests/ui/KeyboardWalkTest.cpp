@@ -2,12 +2,21 @@
 #include "UITestSupport.h"
 #include "integration/MailServer.h"
 #include "protocols/StreamTransport.h"
+#include "support/Await.h"
 #include "support/QtPrinters.h"
+#include "views/compose/ComposeWindows.h"
 #include "views/list/MessageTable.h"
+#include "views/main/SidebarView.h"
+#include "views/settings/SettingsView.h"
 #include "views/setup/IMAPSetupView.h"
 
+#include <QAbstractButton>
 #include <QApplication>
+#include <QContextMenuEvent>
+#include <QDialog>
 #include <QHeaderView>
+#include <QLineEdit>
+#include <QMenu>
 #include <QTest>
 #include <QWindow>
 
@@ -52,9 +61,20 @@ protected:
     static void tabTo(const QString& name, Qt::KeyboardModifiers modifiers = {})
     {
         constexpr int longWay = 60;
-        for (int step = 0; step < longWay && focused() != name; ++step)
+        QStringList way{focused()};
+        while (way.constLast() != name && way.size() <= longWay) {
             pressKey(modifiers ? Qt::Key_Backtab : Qt::Key_Tab, modifiers);
-        ASSERT_EQ(focused(), name);
+            way.append(focused());
+        }
+        if (way.constLast() != name)
+            throw std::runtime_error("no way to " + name.toStdString() + ": " + way.join(u' ').toStdString());
+    }
+    /// The display's connection makes two events of this key; the window finds the widget.
+    static void pressMenuKey()
+    {
+        QContextMenuEvent event(QContextMenuEvent::Keyboard, QPoint(), QPoint());
+        QApplication::sendEvent(QGuiApplication::focusWindow(), &event);
+        pressKey(Qt::Key_Menu);
     }
     static void fill(const QString& name, const QString& text)
     {
@@ -73,6 +93,15 @@ protected:
         openMenuOfBar(*mail.window, menu);
         chooseByKeys(path);
     }
+    /// By F6, as often as it takes.
+    static void toList()
+    {
+        constexpr int panes = 3;
+        for (int step = 0; step < panes && focused() != u"messageTable"; ++step)
+            pressKey(Qt::Key_F6);
+        if (focused() != u"messageTable")
+            throw std::runtime_error("F6 does not lead to the list");
+    }
     bool isIdle()
     {
         return comes([this] { return !model().isLoading(); });
@@ -82,8 +111,20 @@ protected:
         server.deliver("From: Ann <ann@example.org>\r\nTo: mara@larkhaven.example\r\nSubject: " + subject +
                        "\r\nMIME-Version: 1.0\r\nContent-Type: " + type + "\r\n\r\n" + text + "\r\n");
     }
+    qsizetype isListed(const QString& subject)
+    {
+        return std::ranges::count(model().messages(), subject, &MessageSummary::subject);
+    }
     void addAccount();
     void read();
+    ComposeWindow* composed();
+    void send();
+    void write();
+    void mark();
+    void tidy();
+    void fold();
+    void set();
+    void quit();
 
     MailServer server{{u"--messages"_s, u"empty"_s}, MailServer::Submission::postfix};
     MailWindow mail;
@@ -144,9 +185,193 @@ void KeyboardWalkTest::read()
     typeText(u"boat"_s);
     pressKey(Qt::Key_Return);
     ASSERT_TRUE(comes([this] { return model().messages().size() == 1 && !model().isLoading(); }));
+    tabTo(u"clearSearch"_s);
+    pressKey(Qt::Key_Space);
+    ASSERT_TRUE(comes([this] { return model().messages().size() == 3; }));
+    EXPECT_EQ(focused(), u"messageTable");
 }
 
-TEST_F(KeyboardWalkTest, AddsAnAccountReadsAndSearchesWithoutAMouse)
+ComposeWindow* KeyboardWalkTest::composed()
+{
+    if (!comes([] { return visible<ComposeWindow>() && visible<ComposeWindow>()->isActiveWindow(); }))
+        throw std::runtime_error("no compose window");
+    return visible<ComposeWindow>();
+}
+
+/// The text goes out, and the keyboard back to the main window.
+void KeyboardWalkTest::send()
+{
+    pressChord(u"Ctrl+Shift+D"_s);
+    ASSERT_TRUE(comes([] { return !visible<ComposeWindow>(); }));
+    returnToMain();
+    ASSERT_TRUE(isIdle());
+}
+
+void KeyboardWalkTest::write()
+{
+    // A message that is put aside, resumed and sent.
+    pressChord(u"Ctrl+N"_s);
+    composed();
+    typeText(QString::fromLatin1(MailServer::secondAddress));
+    tabTo(u"subject"_s);
+    typeText(u"By keys"_s);
+    pressKey(Qt::Key_Tab);
+    EXPECT_EQ(focused(), u"composeText");
+    typeText(u"No mouse"_s);
+    takeScreenshot(*composed(), u"keys-03-compose"_s);
+    pressChord(u"Ctrl+S"_s);
+    ASSERT_TRUE(comes([] { return !visible<ComposeWindow>(); }));
+    returnToMain();
+    pressChord(u"Ctrl+4"_s);
+    ASSERT_TRUE(comes([this] { return isListed(u"By keys"_s) == 1 && !model().isLoading(); }));
+    toList();
+    pressKey(Qt::Key_Home);
+    pressKey(Qt::Key_Return);
+    composed();
+    tabTo(u"composeText"_s);
+    pressChord(u"Ctrl+End"_s);
+    typeText(u" was near."_s);
+    ASSERT_NO_FATAL_FAILURE(send());
+    pressChord(u"Ctrl+3"_s);
+    EXPECT_TRUE(comes([this] { return isListed(u"By keys"_s) == 1; }));
+    // Answers to what is selected.
+    pressChord(u"Ctrl+1"_s);
+    ASSERT_TRUE(comes([this] { return model().messages().size() == 3 && !model().isLoading(); }));
+    toList();
+    pressKey(Qt::Key_Home);
+    pressChord(u"Ctrl+R"_s);
+    EXPECT_EQ(composed()->view().draft().to, u"\"Ann\" <ann@example.org>");
+    EXPECT_EQ(focused(), u"composeText");
+    pressChord(u"Ctrl+W"_s);
+    ASSERT_TRUE(comes([] { return !visible<ComposeWindow>(); }));
+    returnToMain();
+    pressChord(u"Ctrl+Shift+F"_s);
+    EXPECT_TRUE(composed()->view().draft().subject.startsWith(u"Fwd: "_s));
+    typeText(QString::fromLatin1(MailServer::secondAddress));
+    ASSERT_NO_FATAL_FAILURE(send());
+    const std::shared_ptr<IMAPProvider> theos = server.providerOf(MailServer::secondAddress);
+    const MessagePage arrived =
+        await(theos->listMessages(MailboxRef::system(Mailbox::inbox), std::nullopt, 0, 25, true));
+    EXPECT_EQ(arrived.messages.size(), 2);
+}
+
+void KeyboardWalkTest::mark()
+{
+    // The list is sorted by subject.
+    const auto first = [this] { return mail.table().selectedRows().value(0); };
+    toList();
+    pressKey(Qt::Key_Home);
+    typeText(u"s"_s);
+    EXPECT_TRUE(comes([&] { return first().isStarred; }));
+    pressChord(u"Ctrl+Shift+L"_s);
+    EXPECT_TRUE(comes([&] { return !first().isStarred; }));
+    const bool isRead = first().isRead;
+    pressKey(Qt::Key_U, Qt::ShiftModifier);
+    EXPECT_TRUE(comes([&] { return first().isRead != isRead; }));
+    pressChord(u"Ctrl+U"_s);
+    QPointer<QWidget> source;
+    ASSERT_TRUE(comes([&] {
+        source = QApplication::activeWindow();
+        return source && source != mail.window.get();
+    }));
+    pressKey(Qt::Key_Escape);
+    ASSERT_TRUE(comes([&] { return !source || !source->isVisible(); }));
+    returnToMain();
+    const double size = mail.fixture.defaults().real(DefaultsKey::textSize);
+    pressChord(u"Ctrl++"_s);
+    EXPECT_GT(mail.fixture.defaults().real(DefaultsKey::textSize), size);
+    pressChord(u"Ctrl+0"_s);
+    EXPECT_EQ(mail.fixture.defaults().real(DefaultsKey::textSize), size);
+}
+
+void KeyboardWalkTest::tidy()
+{
+    choose(u"Mailbox"_s, {u"New Folder…"_s});
+    ASSERT_TRUE(comes([] { return visible<QDialog>() && visible<QDialog>()->isActiveWindow(); }));
+    typeText(u"Travel"_s);
+    pressKey(Qt::Key_Return);
+    const QUuid account = model().accounts().first().id;
+    ASSERT_TRUE(comes([&] { return model().labels(account).size() == 1; }));
+    returnToMain();
+    toList();
+    pressKey(Qt::Key_Home);
+    choose(u"Message"_s, {u"Move To"_s, u"Travel"_s});
+    EXPECT_TRUE(comes([this] { return model().messages().size() == 2 && model().undoOffer(); }));
+    typeText(u"e"_s);
+    EXPECT_TRUE(comes([this] { return model().messages().size() == 1 && model().undoOffer(); }));
+    pressChord(u"Ctrl+Z"_s);
+    EXPECT_TRUE(comes([this] { return model().messages().size() == 2 && !model().isLoading(); }));
+    // By the button of the line at the foot as well.
+    toList();
+    pressKey(Qt::Key_Home);
+    pressChord(u"Ctrl+Shift+J"_s);
+    EXPECT_TRUE(comes([this] { return model().messages().size() == 1 && model().undoOffer(); }));
+    tabTo(u"undo"_s);
+    pressKey(Qt::Key_Space);
+    EXPECT_TRUE(comes([this] { return model().messages().size() == 2 && !model().isLoading(); }));
+    toList();
+    pressKey(Qt::Key_Home);
+    pressChord(u"Ctrl+Delete"_s);
+    EXPECT_TRUE(comes([this] { return model().messages().size() == 1 && !model().isLoading(); }));
+}
+
+void KeyboardWalkTest::fold()
+{
+    const SidebarView& sidebar = mail.window->sidebar();
+    const QUuid account = model().accounts().first().id;
+    toList();
+    pressKey(Qt::Key_F6, Qt::ShiftModifier);
+    ASSERT_EQ(focused(), u"sidebar");
+    pressKey(Qt::Key_End);
+    EXPECT_TRUE(comes([this] { return model().messages().size() == 1 && !model().isLoading(); }));
+    EXPECT_EQ(mail.window->windowTitle().section(u' ', 0, 0), u"Travel");
+    // The menu of the folder.
+    pressMenuKey();
+    ASSERT_TRUE(comes([] { return openedMenu(); }));
+    chooseByKeys({u"Rename “Travel”…"_s});
+    ASSERT_TRUE(comes([] { return visible<QDialog>() && visible<QDialog>()->isActiveWindow(); }));
+    pressChord(u"Ctrl+A"_s);
+    typeText(u"Voyages"_s);
+    pressKey(Qt::Key_Return);
+    EXPECT_TRUE(comes([&] {
+        return model().labels(account).size() == 1 && model().labels(account).first().path == u"Voyages";
+    }));
+    returnToMain();
+    pressKey(Qt::Key_Home);
+    pressKey(Qt::Key_Left);
+    pressKey(Qt::Key_Left);
+    EXPECT_FALSE(sidebar.isExpanded(sidebar.model()->index(0, 0)));
+    pressKey(Qt::Key_Right);
+    EXPECT_TRUE(sidebar.isExpanded(sidebar.model()->index(0, 0)));
+    pressChord(u"F9"_s);
+    EXPECT_FALSE(sidebar.isVisible());
+    EXPECT_EQ(focused(), u"messageTable");
+    tabTo(u"toggleSidebar"_s);
+    pressKey(Qt::Key_Space);
+    EXPECT_TRUE(sidebar.isVisible());
+}
+
+void KeyboardWalkTest::set()
+{
+    pressChord(u"Ctrl+,"_s);
+    ASSERT_TRUE(comes([] { return visible<SettingsView>() && visible<SettingsView>()->isActiveWindow(); }));
+    tabTo(u"settingsTabBar"_s);
+    pressKey(Qt::Key_Right);
+    tabTo(u"gmailShortcuts"_s);
+    pressKey(Qt::Key_Space);
+    EXPECT_FALSE(mail.fixture.defaults().boolean(DefaultsKey::gmailShortcuts));
+    pressKey(Qt::Key_Escape);
+    EXPECT_TRUE(comes([] { return !visible<SettingsView>(); }));
+    returnToMain();
+}
+
+void KeyboardWalkTest::quit()
+{
+    pressChord(u"Ctrl+Q"_s);
+    EXPECT_TRUE(comes([this] { return !mail.window->isVisible(); }));
+}
+
+TEST_F(KeyboardWalkTest, DoesWhatTheUserGuideTellsWithoutAMouse)
 {
     deliver("A newsletter", "text/html",
             "<p>News <img src=\"https://img.example/a.png\" width=9 height=9></p>");
@@ -155,6 +380,12 @@ TEST_F(KeyboardWalkTest, AddsAnAccountReadsAndSearchesWithoutAMouse)
     mail.open();
     ASSERT_NO_FATAL_FAILURE(addAccount());
     ASSERT_NO_FATAL_FAILURE(read());
+    ASSERT_NO_FATAL_FAILURE(write());
+    ASSERT_NO_FATAL_FAILURE(mark());
+    ASSERT_NO_FATAL_FAILURE(tidy());
+    ASSERT_NO_FATAL_FAILURE(fold());
+    ASSERT_NO_FATAL_FAILURE(set());
+    ASSERT_NO_FATAL_FAILURE(quit());
 }
 
 } // namespace

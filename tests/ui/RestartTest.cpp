@@ -28,8 +28,14 @@ protected:
         }
         environment.insert(u"RESTART_LOG"_s, folder.filePath(u"log"_s));
         program.setProcessEnvironment(environment);
-        UserDefaults defaults(folder.filePath(u"XDG_CONFIG_HOME/larkhaven/larkhaven.ini"_s));
-        defaults.set(DefaultsKey::accent, u"system"_s);
+        UserDefaults(settings()).set(DefaultsKey::accent, u"system"_s);
+    }
+    QString settings() const { return folder.filePath(u"XDG_CONFIG_HOME/larkhaven/larkhaven.ini"_s); }
+    /// The last life ends before its folder goes.
+    static void awaitEnd(const QString& process)
+    {
+        EXPECT_TRUE(
+            waitUntil([&] { return !QFile::exists(u"/proc/"_s + process); }, std::chrono::seconds(60)));
     }
     QStringList lives() const
     {
@@ -67,10 +73,24 @@ TEST_F(RestartTest, StartsTheProgramAnewOnItsProfile)
     EXPECT_NE(first[0], second[0]) << "it is another process";
     // The desktop has no accent here: its blue takes the place of ours.
     EXPECT_NE(second[2], u"#6a45d8");
-    // Let the second one end before its folder goes.
-    const QString secondProcess = u"/proc/"_s + second[0];
-    EXPECT_TRUE(waitUntil([&] { return !QFile::exists(secondProcess); }, std::chrono::seconds(60)));
+    awaitEnd(second[0]);
     EXPECT_EQ(lives().size(), 2);
+}
+
+TEST_F(RestartTest, TheSizeOfTextCountsAtOnceAndAfterARestartAndOneThatIsNoneDoesNot)
+{
+    for (const auto& [size, taken] :
+         {std::pair(u"20"_s, u"20"_s), std::pair(u"nonsense"_s, u"13"_s), std::pair(u"17"_s, u"13"_s)}) {
+        QFile::remove(folder.filePath(u"log"_s));
+        UserDefaults(settings()).set(DefaultsKey::textSize, 16);
+        set(u"RESTART_TEXT_SIZE"_s, size);
+        run();
+        ASSERT_TRUE(waitUntil([this] { return lives().size() == 3; }, std::chrono::seconds(60)));
+        EXPECT_EQ(lives()[0].section(u' ', 3), u"16");
+        EXPECT_EQ(lives()[1], taken);
+        EXPECT_EQ(lives()[2].section(u' ', 3), taken);
+        awaitEnd(lives()[2].section(u' ', 0, 0));
+    }
 }
 
 TEST_F(RestartTest, StaysWhereTheUserWantsToKeepWhatIsBeingWritten)

@@ -1,4 +1,5 @@
-// The program, which is told to restart, and writes down each of its lives: "{process} {role} {accent}".
+// The program, which is told to restart, and writes down each of its lives: "{process} {role} {accent} {text
+// size}". Where it is told to change the size of its text, a line has the size that it has then.
 
 #include "views/compose/ComposeWindows.h"
 #include "views/main/Application.h"
@@ -52,6 +53,21 @@ void refuseToLeave(Application& application)
     glance->start(std::chrono::milliseconds(20));
 }
 
+QString textSize()
+{
+    return QString::number(Style::shared().textSize());
+}
+
+void changeAndRestart(Application& application)
+{
+    const QString size = qEnvironmentVariable("RESTART_TEXT_SIZE");
+    if (!size.isEmpty()) {
+        application.model().defaults().set(DefaultsKey::textSize, size);
+        write(textSize());
+    }
+    application.model().restart();
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -61,13 +77,14 @@ int main(int argc, char** argv)
     {
         Application application(argc, argv);
         const QString role = application.isFirst() ? u"first"_s : u"later"_s;
-        const qsizetype life = write(u"%1 %2 %3"_s.arg(QString::number(QApplication::applicationPid()), role,
-                                                       Style::shared().colors().accent.name()));
+        const qsizetype life =
+            write(u"%1 %2 %3 %4"_s.arg(QString::number(QApplication::applicationPid()), role,
+                                       Style::shared().colors().accent.name(), textSize()));
         QTimer::singleShot(0, [&application, life] {
             if (qEnvironmentVariableIsSet("RESTART_REFUSED"))
                 refuseToLeave(application);
             else if (life == 0)
-                application.model().restart();
+                changeAndRestart(application);
             else
                 application.window().close();
         });

@@ -8,6 +8,7 @@
 #include "views/list/UndoLine.h"
 #include "views/style/Style.h"
 
+#include <QFocusEvent>
 #include <QVBoxLayout>
 
 namespace Larkhaven {
@@ -37,7 +38,11 @@ MessageTableView::MessageTableView(AppModel& model, QWidget* parent)
     layout->addWidget(new UndoLine(model));
     connect(banner, &SignInBanner::setupRequested, this, &MessageTableView::setupRequested);
     layout->addWidget(new PagerControl(model));
-    setFocusProxy(m_table);
+}
+
+void MessageTableView::focusInEvent(QFocusEvent* event)
+{
+    m_table->setFocus(event->reason());
 }
 
 } // namespace Larkhaven

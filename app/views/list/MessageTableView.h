@@ -21,6 +21,11 @@ Q_SIGNALS:
     /// The window for setting up an account is asked for.
     void setupRequested();
 
+protected:
+    /// The keyboard goes on to the table. With the table as focus proxy, Tab would go straight there as well,
+    /// past the lines above it.
+    void focusInEvent(QFocusEvent* event) override;
+
 private:
     MessageTable* m_table;
 };

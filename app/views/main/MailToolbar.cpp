@@ -5,6 +5,7 @@
 #include "views/style/FlatButton.h"
 #include "views/style/Style.h"
 
+#include <QFocusEvent>
 #include <QHBoxLayout>
 #include <QPainter>
 
@@ -31,7 +32,6 @@ MailToolbar::MailToolbar(AppModel& model, QWidget* parent)
 {
     setObjectName("toolbar"_L1);
     m_sidebar->setObjectName("toggleSidebar"_L1);
-    setFocusProxy(m_getMail);
     connect(m_sidebar, &QToolButton::clicked, this, &MailToolbar::sidebarToggled);
     m_getMail->setObjectName("getMail"_L1);
     m_getMail->setToolTip(PlatformWords::text(PlatformWords::Text::getNewMailHelp));
@@ -108,6 +108,11 @@ void MailToolbar::update()
     const std::optional<Account> account = m_model.selectedAccount();
     const bool isGoogle = account && account->provider == ProviderKind::google;
     m_junk->setHelp(isGoogle ? tr("Report Spam") : tr("Mark as Junk"), QKeySequence(u"Ctrl+Shift+J"_s));
+}
+
+void MailToolbar::focusInEvent(QFocusEvent* event)
+{
+    m_getMail->setFocus(event->reason());
 }
 
 void MailToolbar::paintEvent(QPaintEvent*)

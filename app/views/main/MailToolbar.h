@@ -25,6 +25,9 @@ Q_SIGNALS:
     void sidebarToggled();
 
 protected:
+    /// The keyboard goes on to the first command that is of use. With it as focus proxy, Tab would go
+    /// straight there as well, past the sidebar's button.
+    void focusInEvent(QFocusEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
 private:
