@@ -22,10 +22,10 @@ namespace {
 
 QWindow& keyboardWindow()
 {
-    QWindow* const window = QGuiApplication::focusWindow();
-    if (!window)
+    // For a moment after a window or a menu has closed nobody has it.
+    if (!waitUntil([] { return QGuiApplication::focusWindow() != nullptr; }))
         throw std::runtime_error("no window has the keyboard");
-    return *window;
+    return *QGuiApplication::focusWindow();
 }
 
 /// Goes to an item of the menu by the arrow key.
