@@ -74,6 +74,8 @@ QMenu* rightClick(QWidget& widget, const QPoint& place)
     QWindow& window = *widget.window()->windowHandle();
     QTest::mouseClick(&window, Qt::RightButton, {}, widget.mapTo(widget.window(), place));
     settle();
+    // A busy display takes its time; where there is no menu to open, this is the wait for none.
+    waitUntil([] { return openedMenu() != nullptr; }, std::chrono::seconds(3));
     return openedMenu();
 }
 
