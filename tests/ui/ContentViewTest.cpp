@@ -1,11 +1,14 @@
 #include "views/main/ContentView.h"
 
+#include "Gestures.h"
 #include "UITestSupport.h"
 #include "domain/Coding.h"
 #include "domain/MailError.h"
 #include "support/QtPrinters.h"
+#include "views/compose/ComposeWindows.h"
 #include "views/main/SidebarView.h"
 #include "views/main/WelcomeView.h"
+#include "views/reader/ReaderView.h"
 
 #include <QApplication>
 #include <QLabel>
@@ -103,6 +106,44 @@ TEST_F(ContentViewTest, WelcomesWhereThereAreNoAccounts)
         EXPECT_GE(label->height(), label->heightForWidth(label->width()));
     EXPECT_EQ(mail.window->windowTitle(), u"Larkhaven");
     takeScreenshot(*mail.window, u"welcome"_s);
+}
+
+TEST_F(ContentViewTest, ShowsNoWindowBesideThoseThatAreAskedFor)
+{
+    class ShownWindows : public QObject {
+    public:
+        ShownWindows() { qApp->installEventFilter(this); }
+        QStringList names;
+
+    protected:
+        bool eventFilter(QObject* object, QEvent* event) override
+        {
+            auto* const widget = qobject_cast<QWidget*>(object);
+            if (event->type() == QEvent::Show && widget && widget->isWindow())
+                names.append(QLatin1StringView(widget->metaObject()->className()));
+            return false;
+        }
+    };
+    const ShownWindows shown;
+    MailWindow mail({ModelFixture::imapAccount()}, ModelFixture::info());
+    open(mail);
+    ASSERT_TRUE(waitUntil([&mail] { return mail.window->findChild<ReaderView*>() != nullptr; }));
+    mail.fixture.provider().setRaw(u"2"_s, "From: ada@example.com\r\n\r\ntext"_ba);
+    mail.read(u"2"_s);
+    pressChord(u"Ctrl+N"_s);
+    ASSERT_TRUE(waitUntil([&mail] { return mail.window->composeWindows().windows().size() == 1; }));
+    mail.window->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(mail.window.get()));
+    pressChord(u"Ctrl+,"_s);
+    ASSERT_TRUE(waitUntil([&shown] { return shown.names.size() > 2; }));
+    settle();
+    // Each other one would close the menu that the user has open.
+    EXPECT_EQ(shown.names, (QStringList{u"Larkhaven::ContentView"_s, u"Larkhaven::ComposeWindow"_s,
+                                        u"Larkhaven::SettingsView"_s}));
+    for (QWidget* const window : QApplication::topLevelWidgets()) {
+        if (window != mail.window.get())
+            window->close();
+    }
 }
 
 TEST_F(ContentViewTest, RefreshesWhenItAppearsAndOnlyThen)

@@ -231,6 +231,53 @@ TEST_F(MenuTableTest, HasNoItemBesideThoseOfItsTable)
     EXPECT_EQ(QSet<QString>(chords.cbegin(), chords.cend()).size(), chords.size()) << "a chord stands twice";
 }
 
+TEST_F(MenuTableTest, TurnsTheItemsOfEditOnForWhatTheKeyboardIsIn)
+{
+    begin(One);
+    SearchField& search = mail->child<SearchField>("searchField");
+    const auto on = [this] {
+        const QMenu* const menu = openMenuOfBar(*mail->window, u"Edit"_s);
+        QStringList names;
+        for (const QString& name : editing) {
+            if (action(name.toLatin1().constData())->isEnabled())
+                names.append(name);
+        }
+        pressKey(Qt::Key_Escape);
+        EXPECT_TRUE(waitUntil([menu] { return !menu->isVisible(); }));
+        // The bar keeps the keyboard until it is told once more.
+        pressKey(Qt::Key_Escape);
+        EXPECT_TRUE(waitUntil([this] { return QApplication::focusWidget() != &bar(); }));
+        settle();
+        return names.join(u' ');
+    };
+    QApplication::clipboard()->clear();
+    mail->table().setFocus();
+    EXPECT_EQ(on(), u"selectAll");
+    search.setFocus();
+    EXPECT_EQ(on(), u"");
+    QTest::keyClicks(&search, u"ab"_s);
+    EXPECT_EQ(on(), u"undo selectAll");
+    pressChord(u"Ctrl+A"_s);
+    EXPECT_EQ(on(), u"undo cut copy selectAll");
+    // A line lets go of its selection when the keyboard has been in the bar.
+    pressChord(u"Ctrl+A"_s);
+    pressChord(u"Ctrl+X"_s);
+    EXPECT_EQ(on(), u"undo paste");
+    pressChord(u"Ctrl+Z"_s);
+    EXPECT_EQ(on(), u"undo redo cut copy paste selectAll");
+    mail->window->sidebar().setFocus();
+    EXPECT_EQ(on(), u"");
+    search.clear();
+    ASSERT_TRUE(waitUntil([this] { return !model().isLoading() && model().messages().size() == 25; }));
+    model().setSelection({u"2"_s});
+    model().archive(model().actedOn());
+    ASSERT_TRUE(waitUntil([this] { return model().undoOffer().has_value(); }));
+    mail->table().setFocus();
+    EXPECT_EQ(on(), u"undo selectAll") << "the last move";
+    for (const QString& name : editing)
+        EXPECT_TRUE(action(name.toLatin1().constData())->isEnabled()) << "chords go where the keyboard is";
+}
+
 // --- What they do
 
 /// An item as a user finds it, by keys alone, and what it does to one selected row.

@@ -47,8 +47,9 @@ namespace {
 /// keyboard.
 class Card : public QWidget {
 public:
-    explicit Card(SecureMessageView& message)
-        : m_message(message)
+    Card(SecureMessageView& message, QWidget* parent)
+        : QWidget(parent)
+        , m_message(message)
     {
         auto* const layout = new QVBoxLayout(this);
         // The corners of the card stay free of the page, which has none.
@@ -102,10 +103,12 @@ ReaderView::ReaderView(AppModel& model, Desktop desktop, QWidget* parent)
     , m_banner(new ReaderBanner)
     , m_incomplete(new NoticeBanner(tr("Parts of this message could not be read."), tr("Show Source")))
     , m_body(new QStackedLayout)
-    , m_waiting(new QWidget)
+    // Pages of a layout that has no widget yet are shown at once: without a parent as windows, which close
+    // the menu that the user has open.
+    , m_waiting(new QWidget(m_content))
     , m_progress(new QProgressBar)
     , m_message(new SecureMessageView)
-    , m_card(new Card(*m_message))
+    , m_card(new Card(*m_message, m_content))
     , m_attachments(new AttachmentsRow)
 {
     setObjectName("reader"_L1);
