@@ -306,7 +306,7 @@ def _add_start_options(parser):
     parser.add_argument("--smtp-set", action="append", default=[], type=_setting, dest="smtp_settings", metavar="NAME=VALUE",
                         help="a further Postfix setting, such as smtpd_sasl_mechanism_filter")
     parser.add_argument("--foreground", action="store_true", help="stay until the server ends; it ends with this process")
-    parser.add_argument("--timeout", type=float, default=20, metavar="SECONDS", help="how long the server may take to answer")
+    parser.add_argument("--timeout", type=float, default=60, metavar="SECONDS", help="how long the server may take to answer")
 
 
 def _port(text):

@@ -8,7 +8,7 @@ import unittest
 
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.realpath(__file__))))
 DEMO = os.path.join(ROOT, "demo")
-TIMEOUT = 60
+TIMEOUT = 120
 
 # The tests' own folder leaves the path: the demo is found as the package "demo" of the folder above.
 sys.path[0] = ROOT

@@ -18,7 +18,7 @@ secret = subprocess.run(["secret-tool", "lookup", "account", account["id"]], cap
 seen = {"user": os.getuid(), "settings": settings, "account": account, "sent": False}
 server = account["server"]
 try:
-    with smtplib.SMTP(server["smtpHost"], server["smtpPort"], timeout=20) as client:
+    with smtplib.SMTP(server["smtpHost"], server["smtpPort"], timeout=60) as client:
         client.starttls(context=ssl.create_default_context(cafile=os.environ["SSL_CERT_FILE"]))
         client.login(server["username"], json.loads(secret)["password"]["_0"])
         client.sendmail(account["email"], ["theo@larkhaven.example"], "Subject: hello\\n\\nhello\\n")
