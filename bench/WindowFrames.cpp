@@ -40,9 +40,10 @@ public:
     {
         std::ranges::sort(m_turns, {}, &TurnMeter::Turn::wall);
         const TurnMeter::Turn& median = m_turns.at(m_turns.size() / 2);
-        std::printf("%-14s %4lld frames, median %6.2f ms, longest %6.2f ms (%6.2f ms of the processor)\n",
-                    name, static_cast<long long>(m_turns.size()), median.wall, m_turns.last().wall,
-                    m_turns.last().processor);
+        std::printf(
+            "%-14s %4lld frames, median %6.2f ms (%6.2f ms of the processor), longest %6.2f ms (%6.2f)\n",
+            name, static_cast<long long>(m_turns.size()), median.wall, median.processor, m_turns.last().wall,
+            m_turns.last().processor);
     }
 
 private:
