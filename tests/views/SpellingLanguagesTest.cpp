@@ -28,6 +28,21 @@ TEST(SpellingLanguages, AScriptOfNobodysLocaleHasItsFirstDictionary)
     EXPECT_EQ(languages.of(u"Welt"), u"de_DE"_s);
 }
 
+TEST(SpellingLanguages, TheLanguageOfAComputerWithoutALocaleIsEnglish)
+{
+    const SpellingLanguages languages(installed, {u"C"_s, QString()});
+    EXPECT_EQ(languages.main(), u"en_US");
+    EXPECT_EQ(languages.of(u"world"), u"en_US");
+    EXPECT_EQ(languages.missing(), QString());
+}
+
+TEST(SpellingLanguages, OfSeveralDictionariesInAnotherScriptEnglishIsTaken)
+{
+    const SpellingLanguages languages(installed, {u"ru_RU"_s});
+    EXPECT_EQ(languages.main(), u"ru_RU");
+    EXPECT_EQ(languages.of(u"world"), u"en_US");
+}
+
 TEST(SpellingLanguages, AWordOfSeveralScriptsIsLeftAlone)
 {
     const SpellingLanguages languages(installed, {u"en_US"_s});
@@ -62,7 +77,7 @@ TEST(SpellingLanguages, TheUsersChoiceGoesFirst)
 
 TEST(SpellingLanguages, AComputerWithoutALocaleMissesNone)
 {
-    const SpellingLanguages languages(installed, {u"C"_s, QString()});
+    const SpellingLanguages languages({u"de_DE"_s}, {u"C"_s, QString()});
     EXPECT_EQ(languages.main(), QString());
     EXPECT_EQ(languages.missing(), QString());
     EXPECT_EQ(SpellingLanguages({}, {u"C"_s, u"en_US"_s}).missing(), u"en_US"_s);

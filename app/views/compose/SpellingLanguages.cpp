@@ -7,6 +7,8 @@
 #include <array>
 #include <optional>
 
+using namespace Qt::StringLiterals;
+
 namespace Larkhaven {
 
 namespace {
@@ -70,6 +72,9 @@ SpellingLanguages::SpellingLanguages(const QStringList& installed, const QString
     QStringList locales = wanted;
     locales.removeAll(QLocale::c().name());
     locales.removeAll(QString());
+    const QString written = locales.value(0);
+    // Of several languages in a script that the user doesn't write, the likeliest.
+    locales.append(u"en_US"_s);
     QHash<int, QStringList> candidates;
     for (const QString& tag : installed)
         candidates[scriptOfLocale(tag)].append(tag);
@@ -77,8 +82,7 @@ SpellingLanguages::SpellingLanguages(const QStringList& installed, const QString
         const QString best = SpellChecker::bestLanguage(script.value(), locales);
         m_byScript.insert(script.key(), best.isEmpty() ? script.value().constFirst() : best);
     }
-    const QString written = locales.value(0);
-    m_main = chosen.isEmpty() ? SpellChecker::bestLanguage(installed, {written}) : chosen;
+    m_main = chosen.isEmpty() ? SpellChecker::bestLanguage(installed, {locales.first()}) : chosen;
     const QString& leading = m_main.isEmpty() ? written : m_main;
     if (!leading.isEmpty())
         m_byScript.insert(scriptOfLocale(leading), m_main);

@@ -14,7 +14,8 @@ class SpellingLanguages {
 public:
     SpellingLanguages() = default;
     /// `installed`: the tags of the dictionaries, such as "en_US". `wanted`: the locales of the user, the one
-    /// that is written in first. `chosen`: the dictionary that the user picked for this text; empty for none.
+    /// that is written in first; without any, English is. `chosen`: the dictionary that the user picked for
+    /// this text; empty for none.
     SpellingLanguages(const QStringList& installed, const QStringList& wanted, const QString& chosen = {});
 
     /// The dictionary for most of the text; empty where there is none.
