@@ -1,13 +1,17 @@
-// Walks through the sample mailbox as a user would and leaves screenshots: the list, a newsletter with its
-// banner, and a plain message, each in light and dark. For machines without a display, where nobody sees the
-// window.
+// Walks through the sample mailbox as a user would and leaves screenshots, each in light and dark: the list,
+// a newsletter with its banner, a plain message, one with attachments, a reply, the settings and the form of
+// a new account. For machines without a display, where nobody sees the window, and for the user guide.
 //
 // usage: larkhaven-tour FOLDER
 
 #include "platform/Wakeup.h"
+#include "views/compose/ComposeWindow.h"
+#include "views/compose/ComposeWindows.h"
 #include "views/list/MessageTable.h"
 #include "views/list/MessageTableView.h"
 #include "views/main/Application.h"
+#include "views/settings/SettingsView.h"
+#include "views/setup/IMAPSetupView.h"
 #include "views/style/Style.h"
 
 #include <QDeadlineTimer>
@@ -15,6 +19,7 @@
 #include <QScreen>
 #include <QTextStream>
 
+#include <algorithm>
 #include <chrono>
 #include <functional>
 
@@ -44,7 +49,8 @@ public:
             co_return complain(u"the mailbox did not appear"_s);
         const auto isCounted = [&model] { return !model.counts(model.accounts().first().id).isEmpty(); };
         co_await until(isCounted);
-        co_await picture(u"list"_s);
+        ContentView& window = m_application.window();
+        co_await picture(u"list"_s, window);
 
         const bool isNewsletterShown = co_await openFirst([](const ReaderView& reader) {
             return reader.rendered() && reader.rendered()->blockedRemoteImages > 0 &&
@@ -52,7 +58,14 @@ public:
         });
         if (!isNewsletterShown)
             co_return complain(u"no newsletter was found"_s);
-        co_await picture(u"newsletter"_s);
+        co_await picture(u"newsletter"_s, window);
+
+        const bool areAttachmentsShown =
+            co_await openFirst([](const ReaderView&) { return true; },
+                               [](const MessageSummary& row) { return row.hasAttachments; });
+        if (!areAttachmentsShown)
+            co_return complain(u"no message with attachments was found"_s);
+        co_await picture(u"attachments"_s, window);
 
         const bool isPlainShown = co_await openFirst([](const ReaderView& reader) {
             return reader.rendered() && reader.rendered()->document.contains("lh-plain\">"_L1) &&
@@ -60,7 +73,23 @@ public:
         });
         if (!isPlainShown)
             co_return complain(u"no plain message was found"_s);
-        co_await picture(u"plain"_s);
+        co_await picture(u"plain"_s, window);
+
+        model.start(model.reply(model.actedOn().first(), true));
+        const auto isReplying = [&window] { return !window.composeWindows().windows().isEmpty(); };
+        const bool isReplyShown = co_await until(isReplying);
+        if (!isReplyShown)
+            co_return complain(u"no reply was opened"_s);
+        QWidget& reply = *window.composeWindows().windows().first();
+        co_await picture(u"reply"_s, reply);
+        reply.close();
+
+        window.openSettings(SettingsView::Pane::general);
+        const bool areSettingsShown = co_await pictureOf<SettingsView>(u"settings"_s);
+        window.openSetup();
+        const bool isSetupShown = co_await pictureOf<IMAPSetupView>(u"account"_s);
+        if (!areSettingsShown || !isSetupShown)
+            co_return complain(u"a window did not open"_s);
         co_return 0;
     }
 
@@ -78,12 +107,18 @@ private:
     }
 
     /// Opens the messages of the page one after another until one is as wanted.
-    Task<bool> openFirst(std::function<bool(const ReaderView&)> isWanted)
+    Task<bool> openFirst(
+        std::function<bool(const ReaderView&)> isWanted,
+        std::function<bool(const MessageSummary&)> isWorthOpening = [](const MessageSummary&) {
+            return true;
+        })
     {
         ContentView& window = m_application.window();
         ReaderView& reader = window.reader();
         const QList<MessageSummary> rows = m_application.model().messages();
         for (const MessageSummary& row : rows) {
+            if (!isWorthOpening(row))
+                continue;
             bool isDrawn = false;
             const auto connection =
                 QObject::connect(&reader, &ReaderView::shown, [&isDrawn] { isDrawn = true; });
@@ -98,7 +133,23 @@ private:
         co_return false;
     }
 
-    Task<> picture(QString name)
+    /// Of the one window of its kind, which is closed behind it.
+    template <typename Window>
+    Task<bool> pictureOf(QString name)
+    {
+        const QWidgetList windows = QApplication::topLevelWidgets();
+        const auto found = std::ranges::find_if(windows, [](const QWidget* window) {
+            return qobject_cast<const Window*>(window) && window->isVisible();
+        });
+        if (found == windows.end())
+            co_return false;
+        QWidget& window = **found;
+        co_await picture(name, window);
+        window.close();
+        co_return true;
+    }
+
+    Task<> picture(QString name, QWidget& window)
     {
         for (const Style::Scheme scheme : {Style::Scheme::light, Style::Scheme::dark}) {
             Style::shared().setScheme(scheme);
@@ -107,8 +158,7 @@ private:
             co_await wakeup.wait(700ms);
             const QString suffix = scheme == Style::Scheme::light ? u"light"_s : u"dark"_s;
             const QString path = u"%1/%2-%3.png"_s.arg(m_folder, name, suffix);
-            QScreen* const screen = m_application.window().screen();
-            const bool isSaved = screen->grabWindow(m_application.window().winId()).save(path);
+            const bool isSaved = window.screen()->grabWindow(window.winId()).save(path);
             QTextStream(stdout) << (isSaved ? "screenshot: " : "cannot write ") << path << Qt::endl;
         }
         Style::shared().setScheme(Style::Scheme::light);

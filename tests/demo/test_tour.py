@@ -9,6 +9,7 @@ import unittest
 import support
 
 TOUR = os.environ["LARKHAVEN_TOUR"]
+PICTURES = ("list", "newsletter", "attachments", "plain", "reply", "settings", "account")
 
 
 class TourTest(unittest.TestCase):
@@ -35,6 +36,9 @@ class TourTest(unittest.TestCase):
         self.assertTrue(lines)
         for line in lines:
             self.assertRegex(line, f"^screenshot: {re.escape(self.screenshots)}/[a-z-]+\\.png$")
+        names = [f"{name}-{scheme}.png" for name in PICTURES for scheme in ("light", "dark")]
+        self.assertEqual([os.path.basename(line) for line in lines], names)
+        self.assertEqual(sorted(os.listdir(self.screenshots)), sorted(names))
         self.assertEqual(without_ours(outcome.stderr), "")
 
     def test_what_the_engine_says_can_be_asked_for_and_so_can_our_own_complaints_be_seen(self):
