@@ -2,11 +2,13 @@
 #include "support/QtPrinters.h"
 #include "views/list/MessageColumns.h"
 #include "views/list/MessageTableView.h"
+#include "views/main/SearchField.h"
 #include "views/main/SidebarPane.h"
 #include "views/main/SidebarView.h"
 
 #include <QApplication>
 #include <QSplitter>
+#include <QToolButton>
 
 using namespace Qt::StringLiterals;
 
@@ -134,6 +136,27 @@ TEST_P(DirectionTest, TheSidebarGrowsWithTheText)
     Style::shared().setTextSize(Style::standardTextSize);
     settle();
     EXPECT_EQ(pane->width(), SidebarView::idealColumnWidth);
+}
+
+TEST_P(DirectionTest, TheSearchFieldStaysWholeWhereTheToolbarIsTooNarrowForAll)
+{
+    const auto* const search = mail.window->findChild<SearchField*>();
+    const auto* const star = mail.window->findChild<QToolButton*>(u"star"_s);
+    const auto* const getMail = mail.window->findChild<QToolButton*>(u"getMail"_s);
+    EXPECT_TRUE(star->isVisible());
+    Style::shared().setTextSize(28);
+    mail.window->resize(720, 480);
+    settle();
+    const QRect field(search->mapTo(mail.window.get(), QPoint()), search->size());
+    EXPECT_TRUE(mail.window->rect().contains(field));
+    EXPECT_GE(field.width(), search->minimumWidth());
+    EXPECT_TRUE(getMail->isVisible());
+    EXPECT_FALSE(star->isVisible()) << "the last one goes first";
+    takeScreenshot(*mail.window, isReversed() ? u"narrow-right-to-left"_s : u"narrow"_s);
+    mail.window->resize(1180, 720);
+    Style::shared().setTextSize(Style::standardTextSize);
+    settle();
+    EXPECT_TRUE(star->isVisible());
 }
 
 INSTANTIATE_TEST_SUITE_P(Directions, DirectionTest, testing::Values(Qt::LeftToRight, Qt::RightToLeft),

@@ -49,6 +49,7 @@ MailToolbar::MailToolbar(AppModel& model, QWidget* parent)
     addAnswer(m_forward, "forward",
               [](AppModel& target, const MessageSummary& row) { return target.forward(row); });
     makeLayout();
+    Style::shared().follow(this, [this] { fit(); });
     for (const auto signal :
          {&AppModel::messagesChanged, &AppModel::selectionChanged, &AppModel::pathChanged,
           &AppModel::openMessageChanged, &AppModel::sidebarSelectionChanged, &AppModel::accountsChanged}) {
@@ -80,19 +81,40 @@ void MailToolbar::makeLayout()
 {
     auto* const layout = new QHBoxLayout(this);
     layout->setContentsMargins(Style::smallPadding, 6, Style::padding, 7);
-    layout->setSpacing(Style::grid);
+    layout->setSpacing(Style::largePadding);
     const std::initializer_list<std::initializer_list<FlatButton*>> groups{{m_sidebar},
                                                                            {m_getMail, m_newMessage},
                                                                            {m_archive, m_delete, m_junk},
                                                                            {m_reply, m_replyAll, m_forward},
                                                                            {m_star}};
     for (const auto& group : groups) {
+        auto* const room = new QWidget;
+        auto* const line = new QHBoxLayout(room);
+        line->setContentsMargins(0, 0, 0, 0);
+        line->setSpacing(Style::grid);
         for (FlatButton* const button : group)
-            layout->addWidget(button);
-        layout->addSpacing(Style::largePadding - Style::grid);
+            line->addWidget(button);
+        layout->addWidget(room);
+        m_groups.append(room);
     }
     layout->addStretch();
     layout->addWidget(m_search);
+}
+
+void MailToolbar::fit()
+{
+    const QMargins margins = layout()->contentsMargins();
+    int room = width() - margins.left() - margins.right() - m_search->minimumWidth();
+    for (QWidget* const group : m_groups) {
+        room -= group->sizeHint().width() + layout()->spacing();
+        group->setVisible(room >= 0);
+    }
+}
+
+void MailToolbar::resizeEvent(QResizeEvent* event)
+{
+    QWidget::resizeEvent(event);
+    fit();
 }
 
 void MailToolbar::update()

@@ -12,7 +12,8 @@ class FlatButton;
 class SearchField;
 
 /// The row of commands at the top of the window. Those for messages act on the open one, or else on the
-/// selection.
+/// selection. Where they don't all fit, the last groups are left out: the menus have them too, and Search
+/// only here stands open.
 class MailToolbar : public QWidget {
     Q_OBJECT
 
@@ -29,6 +30,7 @@ protected:
     /// straight there as well, past the sidebar's button.
     void focusInEvent(QFocusEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
     using Action = std::function<void(AppModel&, const QList<MessageSummary>&)>;
@@ -37,6 +39,7 @@ private:
     void addAction(FlatButton* button, const char* name, const Action& action);
     void addAnswer(FlatButton* button, const char* name, const Answer& answer);
     void makeLayout();
+    void fit();
     void update();
 
     AppModel& m_model;
@@ -51,6 +54,7 @@ private:
     FlatButton* m_forward;
     FlatButton* m_star;
     SearchField* m_search;
+    QList<QWidget*> m_groups; ///< of the buttons, in their order
 };
 
 } // namespace Larkhaven
