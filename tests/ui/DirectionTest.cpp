@@ -7,6 +7,7 @@
 #include "views/main/SidebarView.h"
 
 #include <QApplication>
+#include <QHeaderView>
 #include <QSplitter>
 #include <QToolButton>
 
@@ -136,6 +137,33 @@ TEST_P(DirectionTest, TheSidebarGrowsWithTheText)
     Style::shared().setTextSize(Style::standardTextSize);
     settle();
     EXPECT_EQ(pane->width(), SidebarView::idealColumnWidth);
+}
+
+TEST_P(DirectionTest, ATitleThatDoesNotFitKeepsWithinItsColumn)
+{
+    Style::shared().setTextSize(28);
+    mail.window->resize(720, 480);
+    settle();
+    QHeaderView& header = *mail.table().horizontalHeader();
+    const int section = static_cast<int>(MessageColumn::subject);
+    const int width = header.sectionSize(section);
+    QFont font = Style::shared().font(Style::Type::caption, Style::Weight::regular);
+    ASSERT_LT(width - 2 * Style::smallPadding, QFontMetrics(font).horizontalAdvance(u"Subject"_s));
+    EXPECT_TRUE(waitUntilDrawn(*mail.window));
+    const QImage image = grab(*header.viewport());
+    const int left = header.sectionViewportPosition(section);
+    const QColor ground = Style::shared().colors().surface;
+    int ink = 0;
+    for (int x = left; x < left + width; ++x) {
+        const bool isPadding = x < left + Style::smallPadding || x >= left + width - Style::smallPadding;
+        for (int y = 0; y < image.height() - 2; ++y) {
+            if (image.pixelColor(x, y) == ground)
+                continue;
+            ++ink;
+            EXPECT_FALSE(isPadding) << x - left << " of " << width;
+        }
+    }
+    EXPECT_GT(ink, 20) << "some of it is there";
 }
 
 TEST_P(DirectionTest, TheSearchFieldStaysWholeWhereTheToolbarIsTooNarrowForAll)

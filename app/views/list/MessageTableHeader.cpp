@@ -101,10 +101,12 @@ void MessageTableHeader::paintSection(QPainter* painter, const QRect& rect, int 
 
     const QFont font =
         style.font(Style::Type::caption, isSorted ? Style::Weight::semibold : Style::Weight::regular);
-    const QString title = columnTitle(column);
+    const QFontMetrics metrics(font);
     const int arrow = isSorted ? style.scaled(0.9) : 0;
     const QRect content = rect.adjusted(Style::smallPadding, 0, -Style::smallPadding, 0);
-    const int titleWidth = QFontMetrics(font).horizontalAdvance(title);
+    const QString title =
+        metrics.elidedText(columnTitle(column), Qt::ElideRight, std::max(0, content.width() - arrow));
+    const int titleWidth = metrics.horizontalAdvance(title);
     const bool isRight = column == MessageColumn::date || column == MessageColumn::size;
     const int left = isRight ? content.right() + 1 - titleWidth - arrow : content.left();
     painter->setFont(font);
