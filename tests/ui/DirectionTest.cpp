@@ -5,6 +5,7 @@
 #include "views/main/SearchField.h"
 #include "views/main/SidebarPane.h"
 #include "views/main/SidebarView.h"
+#include "views/style/FlowLayout.h"
 
 #include <QApplication>
 #include <QHeaderView>
@@ -137,6 +138,29 @@ TEST_P(DirectionTest, TheSidebarGrowsWithTheText)
     Style::shared().setTextSize(Style::standardTextSize);
     settle();
     EXPECT_EQ(pane->width(), SidebarView::idealColumnWidth);
+}
+
+TEST_P(DirectionTest, WhatFlowsBeginsWhereALineBegins)
+{
+    QWidget strip;
+    new FlowLayout(Style::grid, &strip);
+    QList<QWidget*> items;
+    for (int index = 0; index < 3; ++index) {
+        items.append(new QWidget);
+        items.last()->setFixedSize(40, 20);
+        strip.layout()->addWidget(items.last());
+    }
+    strip.resize(100, 60);
+    show(strip);
+    const auto places = [&items] {
+        QList<QPoint> found;
+        for (const QWidget* const item : items)
+            found.append(item->pos());
+        return found;
+    };
+    const int first = isReversed() ? 60 : 0;
+    const int second = isReversed() ? 60 - 40 - Style::grid : 40 + Style::grid;
+    EXPECT_EQ(places(), (QList<QPoint>{{first, 0}, {second, 0}, {first, 20 + Style::grid}}));
 }
 
 TEST_P(DirectionTest, ATitleThatDoesNotFitKeepsWithinItsColumn)

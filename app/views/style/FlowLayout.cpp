@@ -1,5 +1,8 @@
 #include "views/style/FlowLayout.h"
 
+#include <QStyle>
+#include <QWidget>
+
 #include <algorithm>
 
 namespace Larkhaven {
@@ -63,8 +66,10 @@ int FlowLayout::layOut(const QRect& rect, bool isPlacing) const
             top += lineHeight + spacing();
             lineHeight = 0;
         }
-        if (isPlacing)
-            item->setGeometry(QRect(QPoint(left, top), size));
+        if (isPlacing) {
+            item->setGeometry(
+                QStyle::visualRect(parentWidget()->layoutDirection(), rect, QRect(QPoint(left, top), size)));
+        }
         left += size.width() + spacing();
         lineHeight = std::max(lineHeight, size.height());
     }

@@ -4,7 +4,8 @@
 
 namespace Larkhaven {
 
-/// Puts its items side by side and goes on in a new line where there is no more room.
+/// Puts its items side by side, in the direction of its widget, and goes on in a new line where there is no
+/// more room.
 class FlowLayout : public QLayout {
 public:
     explicit FlowLayout(int spacing, QWidget* parent = nullptr);
