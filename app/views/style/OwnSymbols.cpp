@@ -12,10 +12,13 @@ namespace Larkhaven::OwnSymbols {
 
 namespace {
 
+/// Only the shape counts: whoever asks for the symbol gives it its colour.
+constexpr Qt::GlobalColor ink = Qt::black;
+
 /// A filled circle out of which a cross is cut.
-void paintCrossedCircle(QPainter& painter, const QColor& color)
+void paintCrossedCircle(QPainter& painter)
 {
-    painter.setBrush(color);
+    painter.setBrush(ink);
     painter.setPen(Qt::NoPen);
     painter.drawEllipse(QRectF(1, 1, 14, 14));
     painter.setCompositionMode(QPainter::CompositionMode_Clear);
@@ -35,7 +38,7 @@ void paintLines(QPainter& painter, double shift)
 }
 
 /// Three items with markers before them.
-void paintList(QPainter& painter, const QColor& color, bool isNumbered)
+void paintList(QPainter& painter, bool isNumbered)
 {
     QFont digits = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
     digits.setPixelSize(5);
@@ -47,11 +50,11 @@ void paintList(QPainter& painter, const QColor& color, bool isNumbered)
         if (isNumbered)
             painter.drawText(QRectF(0, middle - 4, 5, 8), Qt::AlignCenter, QString::number(item + 1));
         else
-            painter.fillRect(QRectF(2, middle - 1.1, 2.2, 2.2), color);
+            painter.fillRect(QRectF(2, middle - 1.1, 2.2, 2.2), ink);
     }
 }
 
-void paintAt(QPainter& painter, const QColor& color)
+void paintAt(QPainter& painter)
 {
     QFont font = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
     font.setPixelSize(15);
@@ -62,17 +65,17 @@ void paintAt(QPainter& painter, const QColor& color)
     painter.translate(8, 8);
     painter.scale(scale, scale);
     painter.translate(-bounds.center());
-    painter.fillPath(sign, color);
+    painter.fillPath(sign, ink);
 }
 
 /// A ring with eight teeth.
-void paintGear(QPainter& painter, const QColor& color)
+void paintGear(QPainter& painter)
 {
     painter.translate(8, 8);
-    painter.setPen(QPen(color, 1.4));
+    painter.setPen(QPen(ink, 1.4));
     painter.drawEllipse(QPointF(0, 0), 4.4, 4.4);
     painter.drawEllipse(QPointF(0, 0), 1.6, 1.6);
-    painter.setPen(QPen(color, 2, Qt::SolidLine, Qt::FlatCap));
+    painter.setPen(QPen(ink, 2, Qt::SolidLine, Qt::FlatCap));
     for (int tooth = 0; tooth < 8; ++tooth) {
         painter.drawLine(QPointF(0, -4.8), QPointF(0, -7.2));
         painter.rotate(45);
@@ -80,7 +83,7 @@ void paintGear(QPainter& painter, const QColor& color)
 }
 
 /// A hand that says "stop". One shape: where two overlap, their edges would show.
-void paintHand(QPainter& painter, const QColor& color)
+void paintHand(QPainter& painter)
 {
     QPainterPath fingers;
     for (const QLineF& finger : {QLineF(5.6, 9, 5.6, 3.6), QLineF(8.2, 8, 8.2, 2), QLineF(10.8, 8, 10.8, 3),
@@ -97,32 +100,32 @@ void paintHand(QPainter& painter, const QColor& color)
     palm.cubicTo(6.8, 14.8, 5, 12.8, 2, 8.4);
     palm.cubicTo(2.8, 7.4, 4, 8.4, 4.7, 9.6);
     palm.closeSubpath();
-    painter.fillPath(stroker.createStroke(fingers).united(palm).simplified(), color);
+    painter.fillPath(stroker.createStroke(fingers).united(palm).simplified(), ink);
 }
 
 /// A box with a lid and a handle.
-void paintArchive(QPainter& painter, const QColor& color)
+void paintArchive(QPainter& painter)
 {
-    painter.setPen(QPen(color, 1, Qt::SolidLine, Qt::FlatCap, Qt::MiterJoin));
+    painter.setPen(QPen(ink, 1, Qt::SolidLine, Qt::FlatCap, Qt::MiterJoin));
     painter.drawRect(QRectF(1.5, 2.5, 13, 3));
     painter.drawPolyline(QPolygonF({{2.5, 5.5}, {2.5, 13.5}, {13.5, 13.5}, {13.5, 5.5}}));
-    painter.fillRect(QRectF(5.5, 8, 5, 1.4), color);
+    painter.fillRect(QRectF(5.5, 8, 5, 1.4), ink);
 }
 
 /// An exclamation mark in the middle of the field, whose stroke goes from `top` to `bottom`.
-void paintExclamation(QPainter& painter, const QColor& color, double top, double bottom)
+void paintExclamation(QPainter& painter, double top, double bottom)
 {
-    painter.setPen(QPen(color, 1.6, Qt::SolidLine, Qt::RoundCap));
+    painter.setPen(QPen(ink, 1.6, Qt::SolidLine, Qt::RoundCap));
     painter.drawLine(QPointF(8, top), QPointF(8, bottom));
     painter.setPen(Qt::NoPen);
-    painter.setBrush(color);
+    painter.setBrush(ink);
     painter.drawEllipse(QPointF(8, bottom + 2.6), 0.95, 0.95);
 }
 
 /// An arrow back, with a tail that comes from below; a second head for all.
-void paintReply(QPainter& painter, const QColor& color, bool isToAll)
+void paintReply(QPainter& painter, bool isToAll)
 {
-    painter.setPen(QPen(color, 1.3, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    painter.setPen(QPen(ink, 1.3, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     const double head = isToAll ? 5 : 1.8;
     painter.drawPolyline(QPolygonF({{head + 4, 3}, {head, 7}, {head + 4, 11}}));
     if (isToAll)
@@ -135,17 +138,17 @@ void paintReply(QPainter& painter, const QColor& color, bool isToAll)
 
 } // namespace
 
-bool paint(QPainter& painter, Symbol symbol, const QColor& color)
+bool paint(QPainter& painter, Symbol symbol)
 {
-    painter.setPen(QPen(color, 1.2));
+    painter.setPen(QPen(ink, 1.2));
     switch (symbol) {
     case Symbol::circleFill:
-        painter.setBrush(color);
+        painter.setBrush(ink);
         painter.setPen(Qt::NoPen);
         painter.drawEllipse(QRectF(1, 1, 14, 14));
         return true;
     case Symbol::xmarkCircleFill:
-        paintCrossedCircle(painter, color);
+        paintCrossedCircle(painter);
         return true;
     case Symbol::textSize:
         painter.drawPolyline(QPolygonF({{3, 13.5}, {8, 2.5}, {13, 13.5}}));
@@ -153,7 +156,7 @@ bool paint(QPainter& painter, Symbol symbol, const QColor& color)
         return true;
     case Symbol::paintPalette:
         painter.drawEllipse(QRectF(2, 2, 12, 12));
-        painter.setBrush(color);
+        painter.setBrush(ink);
         for (const QPointF& dot : {QPointF(4.8, 8.6), QPointF(6.2, 5.2), QPointF(9.8, 4.9), QPointF(11.6, 8)})
             painter.drawEllipse(dot, 0.9, 0.9);
         return true;
@@ -168,19 +171,19 @@ bool paint(QPainter& painter, Symbol symbol, const QColor& color)
         return true;
     case Symbol::listBullet:
     case Symbol::listNumber:
-        paintList(painter, color, symbol == Symbol::listNumber);
+        paintList(painter, symbol == Symbol::listNumber);
         return true;
     case Symbol::at:
-        paintAt(painter, color);
+        paintAt(painter);
         return true;
     case Symbol::gear:
-        paintGear(painter, color);
+        paintGear(painter);
         return true;
     case Symbol::hand:
-        paintHand(painter, color);
+        paintHand(painter);
         return true;
     case Symbol::archivebox:
-        paintArchive(painter, color);
+        paintArchive(painter);
         return true;
     case Symbol::xmarkBin:
         painter.drawPolygon(QPolygonF({{5.2, 1.5},
@@ -191,27 +194,27 @@ bool paint(QPainter& painter, Symbol symbol, const QColor& color)
                                        {5.2, 14.5},
                                        {1.5, 10.8},
                                        {1.5, 5.2}}));
-        paintExclamation(painter, color, 4.5, 8.7);
+        paintExclamation(painter, 4.5, 8.7);
         return true;
     case Symbol::warning:
-        painter.setPen(QPen(color, 1.2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+        painter.setPen(QPen(ink, 1.2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
         painter.drawPolygon(QPolygonF({{8, 1.8}, {15, 14.2}, {1, 14.2}}));
-        paintExclamation(painter, color, 6, 9.4);
+        paintExclamation(painter, 6, 9.4);
         return true;
     case Symbol::reply:
-        paintReply(painter, color, false);
+        paintReply(painter, false);
         return true;
     case Symbol::replyAll:
-        paintReply(painter, color, true);
+        paintReply(painter, true);
         return true;
     case Symbol::forwardMessage:
         painter.translate(16, 0);
         painter.scale(-1, 1);
-        paintReply(painter, color, false);
+        paintReply(painter, false);
         return true;
     case Symbol::minus:
         // As thick as the theme's plus, beside which it stands.
-        painter.fillRect(QRectF(2, 7, 12, 1), color);
+        painter.fillRect(QRectF(2, 7, 12, 1), ink);
         return true;
     default:
         return false;

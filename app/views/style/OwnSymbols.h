@@ -10,6 +10,6 @@ class QPainter;
 namespace Larkhaven::OwnSymbols {
 
 /// Draws the symbol on a field of 16 by 16; false where the theme's is to be taken.
-bool paint(QPainter& painter, Symbol symbol, const QColor& color);
+bool paint(QPainter& painter, Symbol symbol);
 
 } // namespace Larkhaven::OwnSymbols

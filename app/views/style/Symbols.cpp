@@ -191,7 +191,7 @@ QPixmap Symbols::pixmap(Symbol symbol, int size, const QColor& color, double pix
         const double unit = pixels / static_cast<double>(Style::smallIcon);
         painter.save();
         painter.scale(unit, unit);
-        const bool isOwn = OwnSymbols::paint(painter, symbol, color);
+        const bool isOwn = OwnSymbols::paint(painter, symbol);
         painter.restore();
         if (!isOwn) {
             // Of the theme's drawings for several sizes always the same one, as those of one size fit
