@@ -1,9 +1,12 @@
 #include "views/reader/MessageDocument.h"
 
+#include "app/platform/Translations.h"
 #include "format/MIMEParser.h"
+#include "format/MessageComposer.h"
 #include "support/QtPrinters.h"
 #include "views/style/DisplayText.h"
 
+#include <QDir>
 #include <QRegularExpression>
 
 #include <gtest/gtest.h>
@@ -37,6 +40,53 @@ TEST(MessageDocument, SetsApartWhatAPlainTextForwards)
     // As some services write it.
     EXPECT_TRUE(shownOf(u"a\r\n"_s + line.trimmed() + u"\r\nFrom: c\r\nSubject: s\r\n\r\nb"_s)
                     .contains(u"[|From:| |c|Subject:| |s|b|"_s));
+}
+
+/// The languages of the program, such as "de".
+QStringList languages()
+{
+    const Translations translations;
+    QStringList found;
+    for (const QString& file : QDir(u":/translations"_s).entryList())
+        found.append(file.section(u'_', 1).section(u'.', 0, 0));
+    return found;
+}
+
+TEST(MessageDocument, SetsApartWhatEachLanguageOfTheProgramForwards)
+{
+    const MIMEHeaders headers =
+        MIMEParser::parse("From: Carl <c@x>\r\nDate: Tue, 3 Mar 2026 10:11:12 +0100\r\n"
+                          "Subject: Boats\r\nTo: mia@x\r\n\r\n")
+            .headers;
+    const QStringList known = languages();
+    ASSERT_GE(known.size(), 2);
+    for (const QString& writer : known) {
+        QString text;
+        {
+            const Translations translations{QLocale(writer)};
+            ASSERT_EQ(translations.language(), writer);
+            text = MessageComposer::forwardBody(headers, u"Two boats"_s);
+        }
+        for (const QString& reader : known) {
+            const Translations translations{QLocale(reader)};
+            const QString shown = shownOf(text);
+            EXPECT_EQ(shown.count(u'['), 1) << writer.toStdString() << " read in " << reader.toStdString();
+            const QString expected = reader == u"de"_s ? u"Von:| |Carl &lt;c@x&gt;|Datum:| |"_s
+                                                       : u"From:| |Carl &lt;c@x&gt;|Date:| |"_s;
+            EXPECT_TRUE(shown.contains(expected)) << shown.toStdString();
+            EXPECT_TRUE(shown.contains(reader == u"de"_s ? u"|Betreff:| |Boats|An:| |mia@x|"_s
+                                                         : u"|Subject:| |Boats|To:| |mia@x|"_s))
+                << shown.toStdString();
+        }
+    }
+}
+
+TEST(MessageDocument, ReadsTheFieldsOfAForwardInTheLanguageOfItsLine)
+{
+    const QString german = u"---------- Weitergeleitete Nachricht ---------\n"_s;
+    EXPECT_TRUE(shownOf(german + u"Von: c\nCc: d\n\nb"_s).contains(u"[|From:| |c|Cc:| |d|b|"_s));
+    EXPECT_FALSE(shownOf(german + u"From: c\n\nb"_s).contains(u'['));
+    EXPECT_FALSE(shownOf(line + u"Von: c\n\nb"_s).contains(u'['));
 }
 
 TEST(MessageDocument, SetsForwardsApartThatForward)
