@@ -482,10 +482,6 @@
 </context>
 <context>
     <name>Larkhaven::AddressLabel</name>
-    <message>
-        <source>Copy</source>
-        <translation>Kopieren</translation>
-    </message>
     <message numerus="yes">
         <source>and %Ln more</source>
         <comment>receivers of a message</comment>
@@ -1147,6 +1143,13 @@
     <message>
         <source>Later</source>
         <translation>Später</translation>
+    </message>
+</context>
+<context>
+    <name>Larkhaven::HeaderLabel</name>
+    <message>
+        <source>Copy</source>
+        <translation>Kopieren</translation>
     </message>
 </context>
 <context>

@@ -4,11 +4,7 @@
 #include "views/reader/TextLink.h"
 #include "views/style/DisplayText.h"
 
-#include <QClipboard>
-#include <QContextMenuEvent>
-#include <QGuiApplication>
-#include <QKeyEvent>
-#include <QMenu>
+#include <QEvent>
 #include <QStyle>
 
 #include <algorithm>
@@ -25,11 +21,6 @@ constexpr qsizetype longestName = 200;
 
 /// More lines than the longest names take.
 constexpr int allLines = 10'000;
-
-constexpr QChar firstStrongIsolate(0x2068);
-constexpr QChar popIsolate(0x2069);
-constexpr QChar leftToRightMark(0x200e);
-constexpr QChar rightToLeftMark(0x200f);
 
 QString mailbox(const EmailAddress& address)
 {
@@ -67,13 +58,9 @@ ShownAddresses ShownAddresses::of(const QList<EmailAddress>& addresses)
 }
 
 AddressLabel::AddressLabel(QWidget* parent)
-    : QLabel(parent)
+    : HeaderLabel(parent)
     , m_more(new TextLink(this))
 {
-    setTextFormat(Qt::PlainText);
-    setWordWrap(true);
-    setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     m_more->setObjectName("moreAddresses"_L1);
     m_more->hide();
     connect(m_more, &QAbstractButton::clicked, this, &AddressLabel::toggle);
@@ -125,7 +112,12 @@ AddressLabel::Shown AddressLabel::shownOn(int width) const
 {
     if (m_addresses.count == 0) {
         const QString broken = TextLines::breakable(m_placeholder, font(), width, allLines);
-        return {broken, 0, {}, TextLines::of(broken, font(), width, allLines).height};
+        return {broken,
+                m_placeholder,
+                m_placeholder.size(),
+                0,
+                {},
+                TextLines::of(broken, font(), width, allLines).height};
     }
     return m_isUnfolded ? unfolded(width) : folded(width);
 }
@@ -134,26 +126,34 @@ AddressLabel::Shown AddressLabel::folded(int width) const
 {
     QList<qsizetype> ends;
     const QString all = joined(ends);
+    QString words = m_addresses.names.join(u", "_s);
     const TextLines whole = TextLines::of(all, font(), width, foldedLines);
     if (ends.size() == m_addresses.count && whole.to == all.size())
-        return {TextLines::breakable(all, font(), width, foldedLines), 0, {}, whole.height};
+        return {
+            TextLines::breakable(all, font(), width, foldedLines), words, words.size(), 0, {}, whole.height};
 
     const int space = fontMetrics().horizontalAdvance(u' ');
     const int room = TextLink::widthOf(moreText(m_addresses.count), fontMetrics()) + space;
     const qsizetype end = TextLines::of(all, font(), width, foldedLines, room).to;
     qsizetype fitting = std::ranges::count_if(ends, [end](qsizetype one) { return one <= end; });
     QString text = fitting > 0 ? all.first(ends[fitting - 1]) : QString();
+    words = m_addresses.names.first(std::max<qsizetype>(fitting, 1)).join(u", "_s);
+    qsizetype kept = words.size();
     if (fitting == 0) {
         // The first name alone is too long.
         fitting = 1;
-        text = all.first(std::clamp<qsizetype>(end - 2, 1, all.size())) + u'…';
+        text = all.first(std::clamp<qsizetype>(end - 2, 1, all.size()));
+        kept = std::min(kept, text.size() - all.indexOf(words));
+        text += u'…';
     }
     text = TextLines::breakable(text, font(), width, foldedLines);
     const TextLines lines = TextLines::of(text, font(), width, foldedLines);
     const qsizetype hidden = m_addresses.count - fitting;
     if (hidden == 0)
-        return {text, 0, {}, lines.height};
-    return {text, hidden, QRectF(lines.lastWidth + space, lines.lastTop, 0, lines.lastHeight), lines.height};
+        return {text, words, kept, 0, {}, lines.height};
+    return {
+        text,        words, kept, hidden, QRectF(lines.lastWidth + space, lines.lastTop, 0, lines.lastHeight),
+        lines.height};
 }
 
 AddressLabel::Shown AddressLabel::unfolded(int width) const
@@ -161,21 +161,22 @@ AddressLabel::Shown AddressLabel::unfolded(int width) const
     QList<qsizetype> ends;
     QString text = joined(ends);
     const qsizetype hidden = m_addresses.count - ends.size();
-    if (hidden > 0)
+    QString words = m_addresses.names.join(u", "_s);
+    if (hidden > 0) {
         text += u' ' + moreText(hidden);
+        words += u' ' + moreText(hidden);
+    }
     text = TextLines::breakable(text, font(), width, allLines);
     const double height = TextLines::of(text, font(), width, allLines).height;
     const double line = fontMetrics().height();
-    return {text, hidden, QRectF(0, height, 0, line), height + line};
+    return {text, words, words.size(), hidden, QRectF(0, height, 0, line), height + line};
 }
 
 void AddressLabel::layOut()
 {
     const QMargins margins = contentsMargins();
     const Shown shown = shownOn(std::max(1, width() - margins.left() - margins.right()));
-    const bool isTurnedRound = layoutDirection() == Qt::RightToLeft;
-    setAlignment(Qt::AlignTop | Qt::AlignAbsolute | (isTurnedRound ? Qt::AlignRight : Qt::AlignLeft));
-    setText(shown.text);
+    showMarked(shown.text, shown.words, shown.whole);
     m_more->setVisible(shown.more.height() > 0);
     m_more->setText(m_isUnfolded ? tr("Show Fewer") : moreText(shown.hidden));
     m_more->setFont(font());
@@ -190,6 +191,11 @@ void AddressLabel::toggle()
     m_isUnfolded = !m_isUnfolded;
     updateGeometry();
     layOut();
+}
+
+QString AddressLabel::everything() const
+{
+    return m_addresses.copied.isEmpty() ? HeaderLabel::everything() : m_addresses.copied;
 }
 
 // --- Geometry
@@ -214,49 +220,15 @@ QSize AddressLabel::minimumSizeHint() const
 
 void AddressLabel::resizeEvent(QResizeEvent* event)
 {
-    QLabel::resizeEvent(event);
+    HeaderLabel::resizeEvent(event);
     layOut();
 }
 
 void AddressLabel::changeEvent(QEvent* event)
 {
-    QLabel::changeEvent(event);
+    HeaderLabel::changeEvent(event);
     if (event->type() == QEvent::FontChange || event->type() == QEvent::LayoutDirectionChange)
         layOut();
-}
-
-// --- Copying
-
-void AddressLabel::copy()
-{
-    const QString own = hasSelectedText() ? selectedText() : text();
-    QGuiApplication::clipboard()->setText(m_addresses.copied.isEmpty() ? own : m_addresses.copied);
-}
-
-bool AddressLabel::event(QEvent* event)
-{
-    // Before a menu of the window takes the keys.
-    if (event->type() == QEvent::ShortcutOverride &&
-        static_cast<QKeyEvent*>(event)->matches(QKeySequence::Copy)) {
-        event->accept();
-        return true;
-    }
-    return QLabel::event(event);
-}
-
-void AddressLabel::keyPressEvent(QKeyEvent* event)
-{
-    if (event->matches(QKeySequence::Copy))
-        copy();
-    else
-        QLabel::keyPressEvent(event);
-}
-
-void AddressLabel::contextMenuEvent(QContextMenuEvent* event)
-{
-    QMenu menu;
-    menu.addAction(tr("Copy"), this, &AddressLabel::copy);
-    menu.exec(event->globalPos());
 }
 
 } // namespace Larkhaven

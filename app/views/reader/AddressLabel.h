@@ -1,8 +1,8 @@
 #pragma once
 
 #include "domain/Message.h"
+#include "views/reader/HeaderLabel.h"
 
-#include <QLabel>
 #include <QStringList>
 
 namespace Larkhaven {
@@ -29,10 +29,11 @@ struct ShownAddresses {
 };
 
 /// Shows addresses by their names, selectable, on at most `foldedLines` lines; "and 998 more" behind them
-/// unfolds the others. The addresses themselves stand in the tooltip and are what Copy takes.
+/// unfolds the others. The addresses themselves stand in the tooltip, and are what Copy takes
+/// where nothing is selected.
 ///
 /// The names follow each other in the direction of the window, and each keeps its own.
-class AddressLabel : public QLabel {
+class AddressLabel : public HeaderLabel {
     Q_OBJECT
 
 public:
@@ -48,14 +49,8 @@ public:
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
 
-public Q_SLOTS:
-    /// Copies all addresses, or what is selected of the placeholder.
-    void copy();
-
 protected:
-    bool event(QEvent* event) override;
-    void contextMenuEvent(QContextMenuEvent* event) override;
-    void keyPressEvent(QKeyEvent* event) override;
+    QString everything() const override;
     void resizeEvent(QResizeEvent* event) override;
     void changeEvent(QEvent* event) override;
 
@@ -63,6 +58,8 @@ private:
     /// What stands on the lines of a width.
     struct Shown {
         QString text;
+        QString words;        ///< of the text, without marks
+        qsizetype whole = 0;  ///< of the words, in front of an ellipsis
         qsizetype hidden = 0; ///< addresses that aren't in the text
         QRectF more;          ///< the place of the button; empty where there is none
         double height = 0;

@@ -56,7 +56,7 @@ QString TextLines::breakable(const QString& text, const QFont& font, int width, 
             broken += QStringView(text).sliced(taken, end - taken);
             taken = end;
             if (end < text.size() && !text[end - 1].isSpace() && !text[end].isSpace())
-                broken += QChar(0x200b);
+                broken += breakMark;
         });
     return broken += QStringView(text).sliced(taken);
 }

@@ -7,6 +7,9 @@ namespace Larkhaven {
 
 /// How a text lies on lines of a width, as a label with word wrap lays it out. Measures are in pixels.
 struct TextLines {
+    /// Where a label may break a word.
+    static constexpr QChar breakMark{0x200b};
+
     int count = 0;
     double height = 0;      ///< of all lines
     qsizetype lastFrom = 0; ///< where the last line begins, in UTF-16 units
