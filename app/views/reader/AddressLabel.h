@@ -3,6 +3,8 @@
 #include "domain/Message.h"
 #include "views/reader/HeaderLabel.h"
 
+#include <QHash>
+#include <QRectF>
 #include <QStringList>
 
 namespace Larkhaven {
@@ -14,7 +16,7 @@ class TextLink;
 struct ShownAddresses {
     /// Of the addresses in the tooltip; an ellipsis stands for the others.
     static constexpr qsizetype mostShown = 60;
-    /// Of the names that the label shows when it is unfolded.
+    /// Of the names that the label shows when it is unfolded, unless they are long.
     static constexpr qsizetype mostNames = 500;
 
     QStringList names;   ///< the first `mostNames`
@@ -58,18 +60,29 @@ private:
     /// What stands on the lines of a width.
     struct Shown {
         QString text;
-        QString words;        ///< of the text, without marks
-        qsizetype whole = 0;  ///< of the words, in front of an ellipsis
+        QString words;       ///< of the text, without marks
+        qsizetype whole = 0; ///< of the words, in front of an ellipsis
+        double height = 0;
         qsizetype hidden = 0; ///< addresses that aren't in the text
         QRectF more;          ///< the place of the button; empty where there is none
-        double height = 0;
+    };
+    /// Names with marks around and between them.
+    struct Joined {
+        QString text;
+        QList<qsizetype> ends; ///< of each name, in the text
     };
 
-    Shown shownOn(int width) const;
+    /// What has been laid out before isn't again.
+    const Shown& shownOn(int width) const;
+    Shown laidOutOn(int width) const;
     Shown folded(int width) const;
+    Shown elided(int width, int room) const;
     Shown unfolded(int width) const;
-    /// All names; `ends` tells where each of them ends.
-    QString joined(QList<qsizetype>& ends) const;
+    /// The first names, at least one, until their text has `most` units.
+    Joined joined(qsizetype most) const;
+    QString wordsOf(qsizetype names) const;
+    /// After whatever changes what stands on lines of the same width.
+    void layOutAnew();
     QString moreText(qsizetype hidden) const;
     void layOut();
     void toggle();
@@ -78,6 +91,7 @@ private:
     QString m_placeholder;
     TextLink* m_more;
     bool m_isUnfolded = false;
+    mutable QHash<int, Shown> m_shown; ///< by the width
 };
 
 } // namespace Larkhaven

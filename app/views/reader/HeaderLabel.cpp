@@ -26,7 +26,9 @@ void HeaderLabel::showMarked(const QString& text, const QString& words, qsizetyp
 {
     m_words = words;
     m_whole = whole;
-    setText(text);
+    // A label lays out anew whatever it is given.
+    if (this->text() != text)
+        setText(text);
 }
 
 void HeaderLabel::align()

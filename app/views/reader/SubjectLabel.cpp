@@ -60,13 +60,16 @@ void SubjectLabel::layOut()
     const int width = textWidth(this->width());
     const TextLines lines = TextLines::of(m_subject, font(), width, mostLines);
     const bool isWhole = lines.to >= m_subject.size();
-    QString shown = m_subject;
-    if (!isWhole)
-        shown = m_subject.first(lines.lastFrom) +
-                QFontMetrics(font()).elidedText(m_subject.sliced(lines.lastFrom), Qt::ElideRight, width - 2);
-    const auto elided = std::ranges::mismatch(std::as_const(m_subject), std::as_const(shown)).in1;
-    showMarked(TextLines::breakable(shown, font(), width, mostLines), m_subject,
-               std::distance(m_subject.cbegin(), elided));
+    if (isWhole) {
+        showMarked(lines.text, m_subject, m_subject.size());
+    } else {
+        const QString shown =
+            m_subject.first(lines.lastFrom) +
+            QFontMetrics(font()).elidedText(m_subject.sliced(lines.lastFrom), Qt::ElideRight, width - 2);
+        const auto elided = std::ranges::mismatch(std::as_const(m_subject), shown).in1;
+        showMarked(TextLines::of(shown, font(), width, mostLines).text, m_subject,
+                   std::distance(m_subject.cbegin(), elided));
+    }
     setToolTip(isWhole ? QString() : DisplayText::toolTip(m_subject));
 }
 
