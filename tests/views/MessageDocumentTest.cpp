@@ -3,6 +3,7 @@
 #include "app/platform/Translations.h"
 #include "format/MIMEParser.h"
 #include "format/MessageComposer.h"
+#include "safety/HTMLSanitizer.h"
 #include "support/QtPrinters.h"
 #include "views/style/DisplayText.h"
 
@@ -117,6 +118,39 @@ TEST(MessageDocument, LeavesATextAsItStandsThatForwardsNothing)
         const QString escaped = QString(text).replace(u'>', u"&gt;"_s);
         EXPECT_TRUE(MessageDocument::make(message, false).document.contains(escaped));
     }
+}
+
+/// What stands in the body of the document of a message of HTML.
+QString bodyOf(const QString& html)
+{
+    ParsedMessage message;
+    message.htmlBody = html;
+    const QString document = MessageDocument::make(message, false).document;
+    const qsizetype start = document.indexOf(u"<body>"_s) + 6;
+    return document.sliced(start, document.indexOf(u"</body>"_s) - start);
+}
+
+TEST(MessageDocument, TakesTheStylesOfDeadLinksAndBlockedImagesAway)
+{
+    const QString style = u" style=\"color:#00f!important\""_s;
+    // An element's own style that is important counts before every sheet.
+    EXPECT_EQ(bodyOf(u"<a"_s + style + u" title=\"t\">x</a>"_s), u"<a title=\"t\">x</a>");
+    EXPECT_EQ(bodyOf(u"<a href=\"javascript:x\" class=\"c\""_s + style + u">x</a>y"_s),
+              u"<a class=\"c\">x</a>y");
+    const QString image = u"<img src=\"https://img.example/a.png\" width=\"90\" height=\"90\""_s;
+    EXPECT_EQ(bodyOf(image + u" style=\"display:block!important\">"_s), bodyOf(image + u">"_s));
+    EXPECT_TRUE(bodyOf(image + u">"_s).contains(u"data-lh-blocked"_s));
+    // All else keeps its own.
+    const QString link = bodyOf(u"<a href=\"https://x.example\""_s + style + u">x</a>"_s);
+    EXPECT_TRUE(link.contains(style)) << link.toStdString();
+    for (const QString& kept :
+         {u"<b"_s + style + u">x</b>"_s, u"<abbr"_s + style + u">&lt;a style=\"x\"&gt;</abbr>"_s})
+        EXPECT_TRUE(bodyOf(kept).contains(style)) << bodyOf(kept).toStdString();
+    const QString sheet = u"<style>p{content:'<a style=\"b\">'}</style>"_s;
+    ParsedMessage message;
+    message.htmlBody = sheet + u"<p>x</p>"_s;
+    EXPECT_EQ(MessageDocument::make(message, false).document,
+              HTMLSanitizer::sanitize(*message.htmlBody, {}).document);
 }
 
 } // namespace

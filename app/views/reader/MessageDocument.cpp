@@ -152,6 +152,43 @@ QList<Section> sectionsOf(const QString& text)
     return sections;
 }
 
+/// The document without the styles that stand in dead links and blocked images themselves. These are text,
+/// and hidden, whatever the message says; a style sheet of ours can't see to it, since a style of an element
+/// that is important counts before all sheets (CSS Cascading 5, 6.1).
+QString withoutStylesOfDead(const QString& document)
+{
+    constexpr auto style = " style=\""_L1;
+    constexpr auto sheet = "<style>"_L1;
+    constexpr auto sheetEnd = "</style>"_L1;
+    const QStringView all = document;
+    QString result;
+    qsizetype copied = 0;
+    qsizetype start = 0;
+    // As the sanitizer writes tags, no value has a bracket or a quotation mark in it.
+    while ((start = all.indexOf(u'<', start)) >= 0) {
+        const bool isSheet = all.sliced(start).startsWith(sheet);
+        const qsizetype end = isSheet ? all.indexOf(sheetEnd, start) : all.indexOf(u'>', start);
+        if (end < 0)
+            break;
+        const QStringView tag = all.sliced(start, end - start);
+        const bool isDead = (tag.startsWith("<a "_L1) && !tag.contains(" href=\""_L1)) ||
+                            (tag.startsWith("<img "_L1) && tag.contains(" data-lh-blocked=\""_L1));
+        const qsizetype found = isDead ? tag.indexOf(style) : -1;
+        if (found >= 0) {
+            result += all.sliced(copied, start + found - copied);
+            copied = start + tag.indexOf(u'"', found + style.size()) + 1;
+        }
+        start = end;
+    }
+    return result += all.sliced(copied);
+}
+
+SanitizedHTML withoutStylesOfDead(SanitizedHTML sanitized)
+{
+    sanitized.document = withoutStylesOfDead(sanitized.document);
+    return sanitized;
+}
+
 } // namespace
 
 SanitizedHTML make(const ParsedMessage& message, bool allowRemoteImages)
@@ -169,11 +206,11 @@ SanitizedHTML make(const ParsedMessage& message, bool allowRemoteImages)
             options.inlineImages.insert(*attachment.contentID, {attachment.mimeType, attachment.data});
     }
     if (message.sections.isEmpty())
-        return HTMLSanitizer::sanitize(*message.htmlBody, options);
+        return withoutStylesOfDead(HTMLSanitizer::sanitize(*message.htmlBody, options));
     QList<Section> sections;
     for (const MessageSection& section : message.sections)
         sections.append(sectionOf(section));
-    return HTMLSanitizer::sections(sections, options);
+    return withoutStylesOfDead(HTMLSanitizer::sections(sections, options));
 }
 
 } // namespace Larkhaven::MessageDocument
