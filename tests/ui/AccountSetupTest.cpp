@@ -528,6 +528,29 @@ TEST_F(AccountRepairTest, ShowsNamesInItsFieldsAsInATitle)
     form()->close();
 }
 
+TEST_F(AccountRepairTest, KeepsANameThatIsShownInPartUnlessItIsEdited)
+{
+    const QString stored = u" Mi\u200ba of Orust"_s;
+    for (const bool isEdited : {false, true}) {
+        QList<Account> accounts{repairable()};
+        accounts[0].displayName = stored;
+        MailWindow repaired(accounts);
+        repaired.open();
+        repaired.model().signInAgain(repaired.model().accounts().first(),
+                                     [&] { repaired.window->openSetup(); });
+        ASSERT_TRUE(waitUntil([this] { return form(); }));
+        EXPECT_EQ(field("setupName").text(), u" Mia of Orust");
+        if (isEdited)
+            QTest::keyClicks(&field("setupName"), u"!"_s);
+        QTest::keyClicks(&field("setupPassword"), u"secret"_s);
+        ScriptedServer answers({signedIn(), verifiedSubmission()});
+        repaired.fixture.setTransports(answers.factory());
+        QTest::keyClick(&field("setupPassword"), Qt::Key_Return);
+        ASSERT_TRUE(waitUntil([this] { return !form(); }));
+        EXPECT_EQ(repaired.model().accounts()[0].displayName, isEdited ? u"Mia of Orust!"_s : stored);
+    }
+}
+
 TEST_F(AccountRepairTest, LeavesTheAccountAsItWasWhereItIsCancelledAfterAFailure)
 {
     const QList<Account> before = mail.model().accounts();
