@@ -366,10 +366,7 @@ void ReaderView::followLink(const LinkRecord& link)
         openLink(link);
         return;
     }
-    QStringList messages;
-    for (const LinkCleaner::Warning& warning : warnings)
-        messages.append(warning.message());
-    confirmLink(link, messages);
+    confirmLink(link, warnings);
 }
 
 MailURL ReaderView::destination(const LinkRecord& link) const
@@ -378,12 +375,19 @@ MailURL ReaderView::destination(const LinkRecord& link) const
     return cleans ? LinkCleaner::clean(link.url) : link.url;
 }
 
-void ReaderView::confirmLink(const LinkRecord& link, const QStringList& warnings)
+void ReaderView::confirmLink(const LinkRecord& link, const QList<LinkCleaner::Warning>& warnings)
 {
     m_pendingLink = link;
-    QMessageBox* const alert = makePlainAlert(
-        tr("This link may be deceptive"),
-        warnings.join(u'\n') + u"\n\n"_s + destination(link).absoluteString(), QMessageBox::Cancel, this);
+    QStringList messages;
+    QStringList hosts;
+    for (const LinkCleaner::Warning& warning : warnings) {
+        messages.append(warning.message());
+        hosts.append({warning.shown, warning.actual, warning.host});
+    }
+    QMessageBox* const alert =
+        makePlainAlert(tr("This link may be deceptive"),
+                       messages.join(u'\n') + u"\n\n"_s + destination(link).absoluteString(),
+                       QMessageBox::Cancel, this, hosts);
     alert->setObjectName("linkAlert"_L1);
     QPushButton* const open = alert->addButton(tr("Open Anyway"), QMessageBox::AcceptRole);
     alert->setDefaultButton(QMessageBox::Cancel);

@@ -459,7 +459,8 @@ void IMAPSetupView::showFailure(const std::exception_ptr& failure, const Asked& 
         (*asked.server == ConnectionTrial::Server::incoming ? m_imap : m_smtp)->focus();
     }
     const QString whole = asked.server ? text + u"\n\n"_s + nameOf(asked) : text;
-    m_alert = makePlainAlert(tr("Couldn’t Sign In"), whole, QMessageBox::Ok, this);
+    m_alert = makePlainAlert(tr("Couldn’t Sign In"), whole, QMessageBox::Ok, this,
+                             {asked.settings.imapHost, asked.settings.smtpHost});
     m_alert->setObjectName("setupAlert"_L1);
     openWhenActive(*m_alert);
 }
