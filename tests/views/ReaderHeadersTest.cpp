@@ -268,6 +268,22 @@ TEST_F(ReaderHeadersBlock, KeepsTheDirectionOfANameAndOfItsNeighbours)
     }
 }
 
+TEST_F(ReaderHeadersBlock, FollowsTheDirectionOfItsWindow)
+{
+    ShownHeaders headers;
+    headers.subject = u"A subject"_s;
+    headers.from = people(1);
+    show(900, headers);
+    const QMargins before = label("readerSubject"_L1).contentsMargins();
+    ASSERT_GT(before.left(), 0);
+    block.setLayoutDirection(Qt::RightToLeft);
+    const QMargins after = label("readerSubject"_L1).contentsMargins();
+    EXPECT_EQ(after.right(), before.left());
+    EXPECT_EQ(after.left(), 0);
+    EXPECT_TRUE(label("readerSubject"_L1).alignment().testFlag(Qt::AlignRight));
+    EXPECT_TRUE(label("readerFrom"_L1).alignment().testFlag(Qt::AlignRight));
+}
+
 /// A label that has laid out what it is given at a width, as layouts have it do.
 void layOut(AddressLabel& label, int width)
 {
