@@ -153,11 +153,7 @@ ReaderView::ReaderView(AppModel& model, Desktop desktop, QWidget* parent)
     m_states->addWidget(m_scroll);
 
     connect(m_headers, &ReaderHeaders::backRequested, this, [this] { m_model.setPath({}); });
-    connect(m_banner, &ReaderBanner::loadRequested, this, [this] {
-        // The button goes with its banner, and the keyboard to the message.
-        setFocus();
-        setShowRemote(true);
-    });
+    connect(m_banner, &ReaderBanner::loadRequested, this, [this] { setShowRemote(true); });
     connect(m_incomplete, &NoticeBanner::clicked, this, &ReaderView::sourceRequested);
     connect(m_attachments, &AttachmentsRow::saveRequested, this,
             [this](const MailAttachment& attachment) { m_model.start(saveAttachment(attachment)); });
@@ -274,7 +270,7 @@ void ReaderView::setShowRemote(bool isShown)
     if (m_showRemote == isShown)
         return;
     m_showRemote = isShown;
-    // The button goes, and the document gives way to another.
+    // The button goes, and the document gives way to another, which gets the keyboard.
     setFocus();
     m_model.start(render());
 }
