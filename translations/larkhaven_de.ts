@@ -166,6 +166,33 @@
     </message>
 </context>
 <context>
+    <name>ForwardWords</name>
+    <message>
+        <source>---------- Forwarded message ---------</source>
+        <translation>---------- Weitergeleitete Nachricht ---------</translation>
+    </message>
+    <message>
+        <source>From:</source>
+        <translation>Von:</translation>
+    </message>
+    <message>
+        <source>Date:</source>
+        <translation>Datum:</translation>
+    </message>
+    <message>
+        <source>Subject:</source>
+        <translation>Betreff:</translation>
+    </message>
+    <message>
+        <source>To:</source>
+        <translation>An:</translation>
+    </message>
+    <message>
+        <source>Cc:</source>
+        <translation>Cc:</translation>
+    </message>
+</context>
+<context>
     <name>GmailProvider</name>
     <message>
         <source>No email in Gmail profile</source>
@@ -455,10 +482,6 @@
 </context>
 <context>
     <name>Larkhaven::AddressLabel</name>
-    <message>
-        <source>Copy</source>
-        <translation>Kopieren</translation>
-    </message>
     <message numerus="yes">
         <source>and %Ln more</source>
         <comment>receivers of a message</comment>
@@ -1120,6 +1143,13 @@
     <message>
         <source>Later</source>
         <translation>Später</translation>
+    </message>
+</context>
+<context>
+    <name>Larkhaven::HeaderLabel</name>
+    <message>
+        <source>Copy</source>
+        <translation>Kopieren</translation>
     </message>
 </context>
 <context>
@@ -2326,26 +2356,6 @@
         <source>On %1, %2 wrote:</source>
         <translation>Am %1 schrieb %2:</translation>
     </message>
-    <message>
-        <source>---------- Forwarded message ---------</source>
-        <translation>---------- Weitergeleitete Nachricht ---------</translation>
-    </message>
-    <message>
-        <source>From: %1</source>
-        <translation>Von: %1</translation>
-    </message>
-    <message>
-        <source>Date: %1</source>
-        <translation>Datum: %1</translation>
-    </message>
-    <message>
-        <source>Subject: %1</source>
-        <translation>Betreff: %1</translation>
-    </message>
-    <message>
-        <source>To: %1</source>
-        <translation>An: %1</translation>
-    </message>
 </context>
 <context>
     <name>MessageDocument</name>
@@ -2381,6 +2391,14 @@
     <message>
         <source>Forwarded message</source>
         <translation>Weitergeleitete Nachricht</translation>
+    </message>
+    <message>
+        <source>To:</source>
+        <translation>An:</translation>
+    </message>
+    <message>
+        <source>Cc:</source>
+        <translation>Cc:</translation>
     </message>
 </context>
 <context>

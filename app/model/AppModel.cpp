@@ -401,10 +401,12 @@ AppModel::Session AppModel::session(const QUuid& accountID)
     return session;
 }
 
-Task<> AppModel::reporting(Task<> flow, Session session)
+Task<> AppModel::reporting(Task<> flow, Session session, LastAsker lastAsker)
 {
     const QPointer<AppModel> self(this);
     const Outcome<void> outcome = co_await settled(std::move(flow));
+    if (lastAsker)
+        session.asker = *lastAsker;
     if (self && outcome.failure)
         reportTo(session, outcome.failure);
 }

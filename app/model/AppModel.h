@@ -430,6 +430,7 @@ Q_SIGNALS:
 
 private:
     using Session = Accounts::Session;
+    using LastAsker = std::shared_ptr<QPointer<QObject>>;
     using Edit = std::function<void(MessageSummary&)>;
     using Request = std::function<Task<>(MailProvider&, QList<QString>)>;
     /// Who asked for a listing.
@@ -470,7 +471,8 @@ private:
     /// The words for a failure that is to be told; what is told otherwise, or by nothing, is dealt with.
     std::optional<QString> wordsFor(const std::exception_ptr& failure, const std::optional<QUuid>& accountID);
     /// Waits for a flow, and reports its failure where the account is still as the session found it.
-    Task<> reporting(Task<> flow, Session session);
+    /// `lastAsker` takes the place of the session's asker where it is given: it may change meanwhile.
+    Task<> reporting(Task<> flow, Session session, LastAsker lastAsker = nullptr);
     /// As `report`, where the account is still as the session found it.
     void reportTo(const Session& session, const std::exception_ptr& failure);
 
@@ -543,9 +545,13 @@ private:
 
         bool operator==(const Written&) const = default;
     };
-    /// Does nothing while the same is prepared already.
+    struct Preparation {
+        Written written;
+        LastAsker asker; ///< who waits for it
+    };
+    /// While the same is prepared already, this only changes who waits for it.
     Task<> prepare(Written::Kind kind, MessageSummary row, Prepare writing);
-    Task<> openWritten(Written written, MessageSummary row, Prepare writing, QPointer<QObject> asker);
+    Task<> openWritten(Preparation preparation, MessageSummary row, Prepare writing);
     /// Whether the user is still in the window in which they asked for something.
     bool isStillIn(const QPointer<QObject>& asker) const
     {
@@ -606,7 +612,7 @@ private:
     QHash<QString, MessageSummary> m_opened; ///< rows kept for what `path` holds
     std::optional<QUuid> m_pendingCompose;
     Opening m_pendingOpening = Opening::asked;
-    QList<Written> m_prepared; ///< what is being prepared
+    QList<Preparation> m_prepared; ///< what is being prepared
     QHash<QUuid, ComposeDraft> m_composeSeeds;
     QSet<QUuid> m_recoveredDrafts;
     std::optional<LabelEdit> m_labelEdit;

@@ -112,20 +112,25 @@ Task<ParsedMessage> AppModel::parsed(MessageSummary row)
 Task<> AppModel::prepare(Written::Kind kind, MessageSummary row, Prepare writing)
 {
     const Written written{kind, row.accountID, row.id};
-    // A key that is pressed twice asks for one answer.
-    if (m_prepared.contains(written))
+    // A key that is pressed twice asks for one answer, which belongs where it was pressed last.
+    const auto known = std::ranges::find(m_prepared, written, &Preparation::written);
+    if (known != m_prepared.end()) {
+        *known->asker = asker();
         return nothing();
-    m_prepared.append(written);
+    }
     const Session source = session(row.accountID);
-    return reporting(openWritten(written, std::move(row), std::move(writing), source.asker), source);
+    const Preparation preparation{written, std::make_shared<QPointer<QObject>>(source.asker)};
+    m_prepared.append(preparation);
+    return reporting(openWritten(preparation, std::move(row), std::move(writing)), source, preparation.asker);
 }
 
-Task<> AppModel::openWritten(Written written, MessageSummary row, Prepare writing, QPointer<QObject> asker)
+Task<> AppModel::openWritten(Preparation preparation, MessageSummary row, Prepare writing)
 {
     const QPointer<AppModel> self(this);
+    const Written written = preparation.written;
     const auto ending = qScopeGuard([self, written] {
         if (self)
-            self->m_prepared.removeOne(written);
+            self->m_prepared.removeIf([&](const Preparation& one) { return one.written == written; });
     });
     const ParsedMessage message = co_await parsed(row);
     if (!self)
@@ -142,7 +147,7 @@ Task<> AppModel::openWritten(Written written, MessageSummary row, Prepare writin
     ComposeDraft draft = co_await writing(source, message);
     draft.threadID = thread;
     if (self)
-        openCompose(draft, isStillIn(asker) ? Opening::asked : Opening::late);
+        openCompose(draft, isStillIn(*preparation.asker) ? Opening::asked : Opening::late);
 }
 
 Task<> AppModel::reply(const MessageSummary& row, bool all)

@@ -1,5 +1,7 @@
 #include "app/platform/DesktopAppearance.h"
 
+#include "app/platform/BusSignal.h"
+
 #include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -55,9 +57,9 @@ DesktopAppearance::DesktopAppearance(QObject* parent)
 {
     // The connection looks the slot's types up by name, and knows this one only once somebody has used it.
     qRegisterMetaType<QDBusVariant>();
-    // Where there is no bus, there is nobody to follow.
-    QDBusConnection::sessionBus().connect(service, path, interface, u"SettingChanged"_s, this,
-                                          SLOT(handleSetting(QString, QString, QDBusVariant)));
+    const BusSignal settingChanged{service, path, interface, u"SettingChanged"_s};
+    settingChanged.follow(QDBusConnection::sessionBus(), this,
+                          SLOT(handleSetting(QString, QString, QDBusVariant)));
     for (const QString& key : {colorScheme, contrast, accentColor})
         ask(key);
 }

@@ -1,5 +1,7 @@
 #include "app/platform/WakeMonitor.h"
 
+#include "app/platform/BusSignal.h"
+
 #include <QDBusConnection>
 
 using namespace Qt::StringLiterals;
@@ -10,9 +12,9 @@ WakeMonitor::WakeMonitor(QObject* parent)
     : QObject(parent)
 {
     // Where there is no bus, the clock of the refresh loop notices a sleep by itself.
-    QDBusConnection::systemBus().connect(u"org.freedesktop.login1"_s, u"/org/freedesktop/login1"_s,
-                                         u"org.freedesktop.login1.Manager"_s, u"PrepareForSleep"_s, this,
-                                         SLOT(handlePrepareForSleep(bool)));
+    const BusSignal prepareForSleep{u"org.freedesktop.login1"_s, u"/org/freedesktop/login1"_s,
+                                    u"org.freedesktop.login1.Manager"_s, u"PrepareForSleep"_s};
+    prepareForSleep.follow(QDBusConnection::systemBus(), this, SLOT(handlePrepareForSleep(bool)));
 }
 
 void WakeMonitor::handlePrepareForSleep(bool isFallingAsleep)

@@ -2,6 +2,7 @@
 
 #include "domain/Text.h"
 #include "format/AddressParser.h"
+#include "format/ForwardWords.h"
 #include "format/MIMEParser.h"
 #include "format/MailDate.h"
 #include "format/MailEncoding.h"
@@ -103,12 +104,14 @@ QString quotedReply(const QString& body, const std::optional<QString>& senderNam
 
 QString forwardBody(const MIMEHeaders& headers, const QString& body)
 {
-    QString head = "\n\n"_L1 + Texts::tr("---------- Forwarded message ---------") + u'\n';
-    head += Texts::tr("From: %1").arg(shownAddresses(headers.from())) + u'\n';
+    using Field = ForwardWords::Field;
+    const ForwardWords words = ForwardWords::ofUser();
+    QString head = "\n\n"_L1 + words.line + u'\n';
+    head += words.written(Field::from, shownAddresses(headers.from())) + u'\n';
     if (const std::optional<QDateTime> date = headers.date())
-        head += Texts::tr("Date: %1").arg(MailDate::format(*date)) + u'\n';
-    head += Texts::tr("Subject: %1").arg(oneLine(headers.subject())) + u'\n';
-    head += Texts::tr("To: %1").arg(shownAddresses(headers.to())) + "\n\n"_L1;
+        head += words.written(Field::date, MailDate::format(*date)) + u'\n';
+    head += words.written(Field::subject, oneLine(headers.subject())) + u'\n';
+    head += words.written(Field::to, shownAddresses(headers.to())) + "\n\n"_L1;
     return head + body;
 }
 

@@ -544,6 +544,41 @@ TEST_F(AppModelCompose, KnowsWhetherTheUserStillWaitsForTheWindow)
     model().setAskerSource({});
 }
 
+TEST_F(AppModelCompose, AnswersTheWindowThatHasAskedLast)
+{
+    const MessageSummary row = message("From: ada@example.com\r\n\r\nHello");
+    QObject list;
+    QObject reader;
+    QObject* active = &list;
+    model().setAskerSource([&active] { return active; });
+    const auto askTwice = [&] {
+        active = &list;
+        fixture.provider().hold(u"fetchRaw"_s);
+        model().start(model().reply(row, false));
+        active = &reader;
+        model().start(model().reply(row, false));
+    };
+    askTwice();
+    fixture.provider().completeAll();
+    ASSERT_TRUE(waitUntil([this] { return model().pendingCompose().has_value(); }));
+    EXPECT_EQ(model().pendingOpening(), AppModel::Opening::asked);
+
+    // Who has asked last has gone elsewhere: the first one doesn't wait any more.
+    model().clearPendingCompose();
+    askTwice();
+    active = &list;
+    fixture.provider().completeAll();
+    ASSERT_TRUE(waitUntil([this] { return model().pendingCompose().has_value(); }));
+    EXPECT_EQ(model().pendingOpening(), AppModel::Opening::late);
+
+    fixture.provider().failNext(u"fetchRaw"_s, MailError::protocolError(u"No."_s));
+    askTwice();
+    fixture.provider().completeAll();
+    ASSERT_TRUE(waitUntil([this] { return model().errorMessage().has_value(); }));
+    EXPECT_EQ(model().errorAsker(), &reader);
+    model().setAskerSource({});
+}
+
 TEST_F(AppModelCompose, QuotesTheRowThatIsAnsweredAndNotTheOpenMessage)
 {
     MessageSummary open = ModelFixture::row(fixture.account(), u"8"_s);

@@ -1,3 +1,4 @@
+#include "app/platform/BusSignal.h"
 #include "app/platform/ContinuousClock.h"
 #include "app/platform/DesktopAppearance.h"
 #include "app/platform/LauncherBadge.h"
@@ -92,6 +93,61 @@ private:
     QStringList m_calls;
     QThread m_thread;
 };
+
+// --- Signals
+
+/// What is logged while it lives.
+class Log {
+public:
+    Log() { s_lines.clear(); }
+    ~Log() { qInstallMessageHandler(m_before); }
+    Log(const Log&) = delete;
+    Log& operator=(const Log&) = delete;
+
+    static QStringList lines() { return s_lines; }
+
+private:
+    static void take(QtMsgType, const QMessageLogContext& context, const QString& text)
+    {
+        s_lines.append(QString::fromLatin1(context.category) + u": "_s + text);
+    }
+
+    static inline QStringList s_lines;
+    QtMessageHandler m_before = qInstallMessageHandler(take);
+};
+
+TEST(BusSignal, LogsWhatABusRefuses)
+{
+    const Log log;
+    QObject receiver;
+    const BusSignal signal{u"org.example.Service"_s, u"/org/example"_s, u"org.example.Interface"_s,
+                           u"Changed"_s};
+    EXPECT_FALSE(signal.follow(QDBusConnection::sessionBus(), &receiver, SLOT(nobody(QString))));
+    const QStringList ours = Log::lines().filter(u"larkhaven"_s);
+    EXPECT_EQ(ours, QStringList(u"larkhaven.desktop: The signal Changed of org.example.Interface can't be "
+                                "followed"_s));
+}
+
+TEST(BusSignal, IsQuietWhereItIsFollowedAndWhereThereIsNoBus)
+{
+    const Log log;
+    QObject receiver;
+    const BusSignal signal{u"org.example.Service"_s, u"/org/example"_s, u"org.example.Interface"_s,
+                           u"Changed"_s};
+    EXPECT_TRUE(signal.follow(QDBusConnection::sessionBus(), &receiver, SLOT(deleteLater())));
+    EXPECT_FALSE(signal.follow(QDBusConnection(u"no such bus"_s), &receiver, SLOT(deleteLater())));
+    EXPECT_EQ(Log::lines(), QStringList());
+}
+
+// Each of them has the bus where its signal comes from; without a bus both are quiet.
+TEST(BusSignal, IsFollowedByWhateverStandsOnABus)
+{
+    const Log log;
+    const DesktopAppearance looks;
+    const WakeMonitor monitor;
+    settle();
+    EXPECT_EQ(Log::lines(), QStringList());
+}
 
 // --- Appearance
 

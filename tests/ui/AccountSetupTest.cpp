@@ -74,10 +74,11 @@ protected:
         QTest::keyClicks(&field("setupEmail"), email);
         QTest::keyClicks(&field("setupPassword"), password);
     }
-    void connectTo(const QList<Script>& scripts)
+    void connectTo(const QList<Script>& scripts) { connect(mail, scripts); }
+    void connect(MailWindow& window, const QList<Script>& scripts)
     {
         server = std::make_unique<ScriptedServer>(scripts);
-        mail.fixture.setTransports(
+        window.fixture.setTransports(
             [this, left = scripts.size()](const QString& host, int where, bool tls) mutable {
                 return left-- > 0 ? server->factory()(host, where, tls) : nobody();
             });
@@ -526,6 +527,31 @@ TEST_F(AccountRepairTest, ShowsNamesInItsFieldsAsInATitle)
     ASSERT_TRUE(waitUntil([this] { return form(); }));
     EXPECT_EQ(field("setupName").text(), u"Mia of Orust");
     form()->close();
+}
+
+TEST_F(AccountRepairTest, KeepsANameThatIsShownInPartUnlessItIsEdited)
+{
+    const QString stored = u" Mi\u200ba of Orust"_s;
+    for (const bool isEdited : {false, true}) {
+        QList<Account> accounts{repairable()};
+        accounts[0].displayName = stored;
+        MailWindow repaired(accounts);
+        repaired.open();
+        repaired.model().signInAgain(repaired.model().accounts().first(),
+                                     [&] { repaired.window->openSetup(); });
+        ASSERT_TRUE(waitUntil([this] { return form(); }));
+        EXPECT_EQ(field("setupName").text(), u" Mia of Orust");
+        if (isEdited)
+            QTest::keyClicks(&field("setupName"), u"!"_s);
+        field("setupUsername").setText(u"ann"_s);
+        QTest::keyClicks(&field("setupPassword"), u"secret"_s);
+        connect(repaired, {signedIn(), verifiedSubmission()});
+        QTest::keyClick(&field("setupPassword"), Qt::Key_Return);
+        EXPECT_TRUE(waitUntil([&] { return repaired.model().accounts()[0].server->username == u"ann"; }));
+        EXPECT_EQ(repaired.model().accounts()[0].displayName, isEdited ? u"Mia of Orust!"_s : stored);
+        if (form())
+            form()->close();
+    }
 }
 
 TEST_F(AccountRepairTest, LeavesTheAccountAsItWasWhereItIsCancelledAfterAFailure)

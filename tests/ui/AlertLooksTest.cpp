@@ -14,19 +14,39 @@ namespace {
 
 using Places = QList<std::pair<qsizetype, qsizetype>>;
 
-TEST(AlertText, KnowsHostsFromOtherWordsWithDots)
+TEST(AlertText, MarksTheHostsThatItIsAbout)
 {
-    EXPECT_EQ(AlertText::hosts(u"imap.example.org doesn’t speak SSL/TLS on port 143."_s), (Places{{0, 16}}));
-    EXPECT_EQ(AlertText::hosts(u"Can’t reach mail-1.example.org."_s), (Places{{12, 18}}));
-    EXPECT_EQ(AlertText::hosts(u"It needs TLS 1.2 and 20.5 MB, e.g. now."_s), Places());
-    EXPECT_EQ(AlertText::hosts(u"It leads to 10.0.0.1."_s), (Places{{12, 8}}));
-    EXPECT_EQ(AlertText::hosts(u"https://evil.example/see/bank.example/x.html"_s), (Places{{8, 12}}));
-    EXPECT_EQ(AlertText::hosts(u"https://evil.example"_s), (Places{{8, 12}}));
-    EXPECT_EQ(AlertText::hosts(u"https://www.bank.com@evil.example/x@y"_s), (Places{{21, 12}}));
-    EXPECT_EQ(AlertText::hosts(u"https://www.bank.com:x@evil.example"_s), (Places{{23, 12}}));
-    EXPECT_EQ(AlertText::hosts(u"http://evil.example:8080?bank.com"_s), (Places{{7, 12}}));
-    EXPECT_EQ(AlertText::hosts(u"http://[fd00::1]:80/bank.com"_s), (Places{{7, 9}}));
-    EXPECT_EQ(AlertText::hosts(QString()), Places());
+    const QStringList known{u"imap.example.org"_s, u"Mail-1.example.org"_s, u"10.0.0.1"_s, QString()};
+    const auto hosts = [&](const QString& line) { return AlertText::hosts(line, known); };
+    EXPECT_EQ(hosts(u"imap.example.org doesn’t speak SSL/TLS on port 143."_s), (Places{{0, 16}}));
+    EXPECT_EQ(hosts(u"Can’t reach mail-1.example.org."_s), (Places{{12, 18}}));
+    EXPECT_EQ(hosts(u"“10.0.0.1”, (IMAP.example.org)..."_s), (Places{{1, 8}, {13, 16}}));
+    // What is no host, or another one.
+    EXPECT_EQ(hosts(u"It needs TLS 1.2 and 20.5 MB, e.g. now, of report.pdf."_s), Places());
+    EXPECT_EQ(hosts(u"ada@imap.example.org imap.example.org@x imap.example.org.evil"_s), Places());
+    EXPECT_EQ(hosts(u"x-imap.example.org imap.example.org-x _10.0.0.1 110.0.0.1 ..."_s), Places());
+    EXPECT_EQ(hosts(QString()), Places());
+    EXPECT_EQ(AlertText::hosts(u"imap.example.org"_s, {}), Places());
+}
+
+TEST(AlertText, MarksTheHostOfAURLAlone)
+{
+    const QStringList known{u"bank.com"_s, u"bank.example"_s};
+    const auto hosts = [&](const QString& line) { return AlertText::hosts(line, known); };
+    EXPECT_EQ(hosts(u"https://evil.example/see/bank.example/x.html"_s), (Places{{8, 12}}));
+    EXPECT_EQ(hosts(u"https://evil.example"_s), (Places{{8, 12}}));
+    EXPECT_EQ(hosts(u"https://www.bank.com@evil.example/x@y"_s), (Places{{21, 12}}));
+    EXPECT_EQ(hosts(u"https://www.bank.com:x@evil.example"_s), (Places{{23, 12}}));
+    EXPECT_EQ(hosts(u"http://evil.example:8080?bank.com"_s), (Places{{7, 12}}));
+    EXPECT_EQ(hosts(u"http://[fd00::1]:80/bank.com"_s), (Places{{7, 9}}));
+}
+
+/// A step that looked at the rest of the line for each word would not end.
+TEST(AlertText, LooksAtALineOnce)
+{
+    const QString line = u"1.1."_s.repeated(2'000'000);
+    EXPECT_EQ(AlertText::hosts(line, {u"1.1.1.1"_s}), Places());
+    EXPECT_EQ(AlertText::hosts(u"1.1 "_s.repeated(1'000'000), {u"1.1"_s}).size(), 1'000'000);
 }
 
 class AlertLooksTest : public testing::Test {
@@ -39,9 +59,9 @@ protected:
     }
     ~AlertLooksTest() override { Style::shared().setTextSize(Style::standardTextSize); }
 
-    QMessageBox& open(const QString& text)
+    QMessageBox& open(const QString& text, const QStringList& hosts = {})
     {
-        alert = makePlainAlert(u"A title that says what went wrong"_s, text, QMessageBox::Ok, &window);
+        alert = makePlainAlert(u"A title that says what went wrong"_s, text, QMessageBox::Ok, &window, hosts);
         alert->open();
         settle();
         return *alert;
@@ -82,7 +102,7 @@ TEST_F(AlertLooksTest, ItsTextIs420WideWithASymbolOf24AndNoTitleOfItsOwn)
 TEST_F(AlertLooksTest, AHostStaysOnOneLineWhereItFits)
 {
     const QString host = u"imap-server-one.a-long-name.mail.example.org"_s;
-    open(u"Nobody answers at the moment under the name "_s + host + u". Try again later."_s);
+    open(u"Nobody answers at the moment under the name "_s + host + u". Try again later."_s, {host});
     const QStringList rows = shown().rows();
     EXPECT_GT(rows.size(), 1);
     int whole = 0;

@@ -72,6 +72,22 @@ protected:
 
 // --- Kept texts
 
+TEST_F(ContentViewTest, ChangesTheRowsAloneWhoseCountsAreOthers)
+{
+    MailWindow mail;
+    open(mail);
+    QStringList changed;
+    QObject::connect(mail.window->sidebar().model(), &QAbstractItemModel::dataChanged, &mail.model(),
+                     [&changed](const QModelIndex& index) { changed.append(index.data().toString()); });
+    mail.fixture.provider().setCounts({{u"system:inbox"_s, 12}, {u"label:wp"_s, 7}});
+    mail.model().start(mail.model().refresh());
+    ASSERT_TRUE(waitUntil(
+        [&] { return row(mail, u"Inbox"_s).data(Qt::AccessibleTextRole) == u"Inbox, 12 unread"_s; }));
+    settle();
+    changed.removeAll(u"Inbox"_s);
+    EXPECT_EQ(changed, QStringList());
+}
+
 TEST_F(ContentViewTest, TellsWhereTextsCannotBeKeptSafeUntilTheyCan)
 {
     MailWindow mail;

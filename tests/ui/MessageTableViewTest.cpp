@@ -390,6 +390,39 @@ TEST_F(MessageTableViewTest, KeepsTheKeyboardAtThePagerWhileAPageLoads)
     EXPECT_EQ(QApplication::focusWidget(), &button("pagerForward"));
 }
 
+TEST_F(MessageTableViewTest, LeavesTheKeyboardAtThePagerWhateverACheckBrings)
+{
+    mail.open();
+    const auto check = [this](int rows) {
+        mail.fill(ModelFixture::rows(mail.fixture.account(), rows));
+        mail.model().start(mail.model().refresh());
+        return waitUntil([&] { return mail.model().messages().size() == std::min(rows, 25); }) &&
+               waitUntilLoaded();
+    };
+    QWidget& pager = mail.child<QWidget>("pager");
+    const auto hasRing = [&] {
+        const QToolButton& forward = button("pagerForward");
+        const QImage image = pager.grab().toImage();
+        const qreal ratio = image.devicePixelRatio();
+        const QPoint edge(forward.x() + forward.width() / 2, forward.y() + 1);
+        return image.pixelColor((QPointF(edge) * ratio).toPoint()) == Style::shared().colors().accent;
+    };
+    button("pagerForward").setFocus();
+    EXPECT_TRUE(hasRing());
+    for (const int rows : {20, 0}) {
+        ASSERT_TRUE(check(rows));
+        EXPECT_FALSE(button("pagerForward").isEnabled());
+        EXPECT_EQ(QApplication::focusWidget(), &pager) << rows;
+        EXPECT_TRUE(hasRing()) << rows;
+    }
+    ASSERT_TRUE(check(30));
+    EXPECT_EQ(QApplication::focusWidget(), &button("pagerForward"));
+    mail.table().setFocus();
+    EXPECT_FALSE(hasRing());
+    ASSERT_TRUE(check(20));
+    EXPECT_EQ(QApplication::focusWidget(), &mail.table());
+}
+
 TEST_F(MessageTableViewTest, JumpsToTheNewestAndOldestMessages)
 {
     mail.open();

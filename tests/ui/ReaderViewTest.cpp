@@ -1,11 +1,13 @@
 #include "views/reader/ReaderView.h"
 
+#include "Gestures.h"
 #include "ReaderViewFixture.h"
 #include "domain/MailError.h"
 #include "safety/LinkCleaner.h"
 #include "support/QtPrinters.h"
 #include "support/TurnMeter.h"
 #include "views/compose/ComposeWindows.h"
+#include "views/main/EditCommands.h"
 #include "views/reader/AddressLabel.h"
 #include "views/style/AttachmentChip.h"
 #include "views/style/EmptyStateView.h"
@@ -86,17 +88,71 @@ TEST_F(ReaderViewTest, ShowsAddressesInTheTooltipAndCopiesThem)
     QTest::keySequence(&to, QKeySequence::Copy);
     EXPECT_EQ(QApplication::clipboard()->text(), u"mia@example.org, carl@example.org");
     QApplication::clipboard()->clear();
-    QTimer::singleShot(0, [] {
-        auto* const menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
-        ASSERT_TRUE(menu);
-        ASSERT_EQ(menu->actions().size(), 1);
-        EXPECT_EQ(menu->actions().first()->text(), u"Copy");
-        menu->actions().first()->trigger();
-        menu->close();
-    });
-    QContextMenuEvent event(QContextMenuEvent::Mouse, QPoint(4, 4), to.mapToGlobal(QPoint(4, 4)));
-    QApplication::sendEvent(&to, &event);
+    QMenu* const menu = rightClick(to, QPoint(4, 4));
+    ASSERT_TRUE(menu);
+    ASSERT_EQ(menu->actions().size(), 1);
+    EXPECT_EQ(menu->actions().first()->text(), u"Copy");
+    pressKey(Qt::Key_Down);
+    pressKey(Qt::Key_Return);
     EXPECT_EQ(QApplication::clipboard()->text(), u"mia@example.org, carl@example.org");
+}
+
+/// Copies what is selected of a label by each way there is; the texts that come of it.
+QStringList copies(QLabel& label)
+{
+    QClipboard& clipboard = *QApplication::clipboard();
+    QStringList taken{clipboard.text(QClipboard::Selection)};
+    const auto take = [&](const std::function<void()>& copy) {
+        clipboard.clear();
+        copy();
+        taken.append(clipboard.text());
+    };
+    take([&] { QTest::keySequence(&label, QKeySequence::Copy); });
+    take([] { EditCommands::perform("copy"); });
+    take([&] {
+        QMenu* const menu = rightClick(label, label.rect().center());
+        ASSERT_TRUE(menu);
+        pressKey(Qt::Key_Down);
+        pressKey(Qt::Key_Return);
+    });
+    return taken;
+}
+
+TEST_F(ReaderViewTest, CopiesWhatASubjectSaysByEachWay)
+{
+    const QString subject = QString(400, u'x') + u" and the end"_s;
+    open("Subject: " + subject.toUtf8() + "\r\n\r\nHello");
+    QLabel& shown = label("readerSubject");
+    ASSERT_TRUE(waitUntil([&] { return shown.text().contains(QChar(0x200b)); }));
+    ASSERT_TRUE(shown.text().endsWith(u'…'));
+    const QRect lines = shown.contentsRect();
+    const QPoint first = lines.topLeft() + QPoint(0, shown.fontMetrics().height() / 2);
+    dragFrom(shown, first, shown, first + QPoint(200, 0));
+    ASSERT_GT(shown.selectedText().size(), 4);
+    EXPECT_EQ(copies(shown), QStringList(4, shown.selectedText()));
+    // What is selected would be dragged.
+    QTest::mouseClick(&shown, Qt::LeftButton, {}, first);
+    dragFrom(shown, first, shown, lines.bottomRight() - QPoint(0, 4));
+    ASSERT_TRUE(shown.selectedText().endsWith(u'…'));
+    EXPECT_EQ(copies(shown), QStringList(4, subject));
+}
+
+TEST_F(ReaderViewTest, CopiesWhatNamesSayByEachWay)
+{
+    const QString arabic = u"\u0645\u062d\u0645\u062f"_s;
+    const QString endless(190, u'y');
+    open(u"From: Ada <ada@example.com>\r\n"
+         "To: %1 <y@example.org>, %2 <m@example.org>, Mia <mia@example.org>\r\n\r\nHello"_s
+             .arg(endless, arabic)
+             .toUtf8());
+    QLabel& to = label("readerTo");
+    ASSERT_TRUE(waitUntil([&] { return to.text().contains(QChar(0x200b)); }));
+    ASSERT_TRUE(to.text().contains(QChar(0x2068)));
+    dragFrom(to, QPoint(1, to.fontMetrics().height() / 2), to, QPoint(to.width() - 1, to.height() - 2));
+    EXPECT_EQ(copies(to), QStringList(4, endless + u", "_s + arabic + u", Mia"_s));
+    // With nothing selected Copy takes the addresses.
+    QTest::mouseClick(&to, Qt::LeftButton, {}, QPoint(2, 2));
+    EXPECT_EQ(copies(to).sliced(1), QStringList(3, u"y@example.org, m@example.org, mia@example.org"_s));
 }
 
 /// How long it holds the main thread is printed, never asserted.

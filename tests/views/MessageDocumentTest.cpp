@@ -1,9 +1,13 @@
 #include "views/reader/MessageDocument.h"
 
+#include "app/platform/Translations.h"
 #include "format/MIMEParser.h"
+#include "format/MessageComposer.h"
+#include "safety/HTMLSanitizer.h"
 #include "support/QtPrinters.h"
 #include "views/style/DisplayText.h"
 
+#include <QDir>
 #include <QRegularExpression>
 
 #include <gtest/gtest.h>
@@ -39,6 +43,53 @@ TEST(MessageDocument, SetsApartWhatAPlainTextForwards)
                     .contains(u"[|From:| |c|Subject:| |s|b|"_s));
 }
 
+/// The languages of the program, such as "de".
+QStringList languages()
+{
+    const Translations translations;
+    QStringList found;
+    for (const QString& file : QDir(u":/translations"_s).entryList())
+        found.append(file.section(u'_', 1).section(u'.', 0, 0));
+    return found;
+}
+
+TEST(MessageDocument, SetsApartWhatEachLanguageOfTheProgramForwards)
+{
+    const MIMEHeaders headers =
+        MIMEParser::parse("From: Carl <c@x>\r\nDate: Tue, 3 Mar 2026 10:11:12 +0100\r\n"
+                          "Subject: Boats\r\nTo: mia@x\r\n\r\n")
+            .headers;
+    const QStringList known = languages();
+    ASSERT_GE(known.size(), 2);
+    for (const QString& writer : known) {
+        QString text;
+        {
+            const Translations translations{QLocale(writer)};
+            ASSERT_EQ(translations.language(), writer);
+            text = MessageComposer::forwardBody(headers, u"Two boats"_s);
+        }
+        for (const QString& reader : known) {
+            const Translations translations{QLocale(reader)};
+            const QString shown = shownOf(text);
+            EXPECT_EQ(shown.count(u'['), 1) << writer.toStdString() << " read in " << reader.toStdString();
+            const QString expected = reader == u"de"_s ? u"Von:| |Carl &lt;c@x&gt;|Datum:| |"_s
+                                                       : u"From:| |Carl &lt;c@x&gt;|Date:| |"_s;
+            EXPECT_TRUE(shown.contains(expected)) << shown.toStdString();
+            EXPECT_TRUE(shown.contains(reader == u"de"_s ? u"|Betreff:| |Boats|An:| |mia@x|"_s
+                                                         : u"|Subject:| |Boats|To:| |mia@x|"_s))
+                << shown.toStdString();
+        }
+    }
+}
+
+TEST(MessageDocument, ReadsTheFieldsOfAForwardInTheLanguageOfItsLine)
+{
+    const QString german = u"---------- Weitergeleitete Nachricht ---------\n"_s;
+    EXPECT_TRUE(shownOf(german + u"Von: c\nCc: d\n\nb"_s).contains(u"[|From:| |c|Cc:| |d|b|"_s));
+    EXPECT_FALSE(shownOf(german + u"From: c\n\nb"_s).contains(u'['));
+    EXPECT_FALSE(shownOf(line + u"Von: c\n\nb"_s).contains(u'['));
+}
+
 TEST(MessageDocument, SetsForwardsApartThatForward)
 {
     const QString shown = shownOf(u"1\n"_s + line + u"From: a\n\n2\n"_s + line + u"From: b\n\n3"_s);
@@ -67,6 +118,39 @@ TEST(MessageDocument, LeavesATextAsItStandsThatForwardsNothing)
         const QString escaped = QString(text).replace(u'>', u"&gt;"_s);
         EXPECT_TRUE(MessageDocument::make(message, false).document.contains(escaped));
     }
+}
+
+/// What stands in the body of the document of a message of HTML.
+QString bodyOf(const QString& html)
+{
+    ParsedMessage message;
+    message.htmlBody = html;
+    const QString document = MessageDocument::make(message, false).document;
+    const qsizetype start = document.indexOf(u"<body>"_s) + 6;
+    return document.sliced(start, document.indexOf(u"</body>"_s) - start);
+}
+
+TEST(MessageDocument, TakesTheStylesOfDeadLinksAndBlockedImagesAway)
+{
+    const QString style = u" style=\"color:#00f!important\""_s;
+    // An element's own style that is important counts before every sheet.
+    EXPECT_EQ(bodyOf(u"<a"_s + style + u" title=\"t\">x</a>"_s), u"<a title=\"t\">x</a>");
+    EXPECT_EQ(bodyOf(u"<a href=\"javascript:x\" class=\"c\""_s + style + u">x</a>y"_s),
+              u"<a class=\"c\">x</a>y");
+    const QString image = u"<img src=\"https://img.example/a.png\" width=\"90\" height=\"90\""_s;
+    EXPECT_EQ(bodyOf(image + u" style=\"display:block!important\">"_s), bodyOf(image + u">"_s));
+    EXPECT_TRUE(bodyOf(image + u">"_s).contains(u"data-lh-blocked"_s));
+    // All else keeps its own.
+    const QString link = bodyOf(u"<a href=\"https://x.example\""_s + style + u">x</a>"_s);
+    EXPECT_TRUE(link.contains(style)) << link.toStdString();
+    for (const QString& kept :
+         {u"<b"_s + style + u">x</b>"_s, u"<abbr"_s + style + u">&lt;a style=\"x\"&gt;</abbr>"_s})
+        EXPECT_TRUE(bodyOf(kept).contains(style)) << bodyOf(kept).toStdString();
+    const QString sheet = u"<style>p{content:'<a style=\"b\">'}</style>"_s;
+    ParsedMessage message;
+    message.htmlBody = sheet + u"<p>x</p>"_s;
+    EXPECT_EQ(MessageDocument::make(message, false).document,
+              HTMLSanitizer::sanitize(*message.htmlBody, {}).document);
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "format/MIMEParser.h"
 #include "support/QtPrinters.h"
+#include "views/reader/TextLines.h"
 #include "views/style/DisplayText.h"
 #include "views/style/Style.h"
 
@@ -264,6 +265,89 @@ TEST_F(ReaderHeadersBlock, KeepsTheDirectionOfANameAndOfItsNeighbours)
         }
         EXPECT_LT(first, 24) << name.data();
         EXPECT_LT(last, 300) << name.data();
+    }
+}
+
+TEST_F(ReaderHeadersBlock, FollowsTheDirectionOfItsWindow)
+{
+    ShownHeaders headers;
+    headers.subject = u"A subject"_s;
+    headers.from = people(1);
+    show(900, headers);
+    const QMargins before = label("readerSubject"_L1).contentsMargins();
+    ASSERT_GT(before.left(), 0);
+    block.setLayoutDirection(Qt::RightToLeft);
+    const QMargins after = label("readerSubject"_L1).contentsMargins();
+    EXPECT_EQ(after.right(), before.left());
+    EXPECT_EQ(after.left(), 0);
+    EXPECT_TRUE(label("readerSubject"_L1).alignment().testFlag(Qt::AlignRight));
+    EXPECT_TRUE(label("readerFrom"_L1).alignment().testFlag(Qt::AlignRight));
+}
+
+/// A label that has laid out what it is given at a width, as layouts have it do.
+void layOut(AddressLabel& label, int width)
+{
+    label.resize(width, label.heightForWidth(width));
+    QApplication::sendPostedEvents();
+}
+
+TEST(AddressLabel, LaysOutOnceForAWidthAndNoMoreThanIsBounded)
+{
+    const QList<EmailAddress> people(100'000, EmailAddress(QString(199, u'\u0634'), u"a@x"_s));
+    const ShownAddresses shown = ShownAddresses::of(people);
+    AddressLabel label;
+    label.show();
+    QAbstractButton& more = *label.findChild<QAbstractButton*>("moreAddresses"_L1);
+    const auto workOf = [](const auto& deed) {
+        const qint64 before = TextLines::unitsLaidOut();
+        deed();
+        return TextLines::unitsLaidOut() - before;
+    };
+    label.resize(600, 40);
+    label.setAddresses(shown, {});
+    const qint64 folded = workOf([&] { layOut(label, 500); });
+    EXPECT_GT(folded, 0);
+    EXPECT_LE(folded, 2 * 2'300) << "what is cut is laid out once more";
+    EXPECT_EQ(workOf([&] { layOut(label, 500); }), 0);
+    const qint64 unfolding = workOf([&] { QTest::keyClick(&more, Qt::Key_Space); });
+    EXPECT_GT(unfolding, 9'000);
+    EXPECT_LE(unfolding, 10'300);
+    EXPECT_EQ(workOf([&] {
+                  label.heightForWidth(500);
+                  layOut(label, 500);
+              }),
+              0);
+    EXPECT_LE(workOf([&] { layOut(label, 400); }), 10'300);
+    EXPECT_TRUE(label.text().endsWith(u"and 99,950 more"_s)) << label.text().right(40).toStdString();
+    // What changes on the lines is laid out anew.
+    QFont large = label.font();
+    large.setPointSize(2 * std::max(large.pointSize(), 5));
+    EXPECT_GT(workOf([&] { label.setFont(large); }), 0);
+    label.setAddresses(ShownAddresses::of(people.first(1)), {});
+    EXPECT_LT(label.text().size(), 250);
+}
+
+TEST(AddressLabel, CutsANameBetweenLettersAndWithinItsIsolate)
+{
+    const QString faces = u"\U0001F600"_s.repeated(99);
+    const QString arabic = u"\u0645\u062d"_s.repeated(99);
+    for (const QString& name : {faces, arabic, u"e\u0301\u0302"_s.repeated(60)}) {
+        for (const int count : {1, 3}) {
+            AddressLabel label;
+            label.show();
+            label.setAddresses(ShownAddresses::of(QList<EmailAddress>(count, EmailAddress(name, u"a@x"_s))),
+                               {});
+            for (int width = 100; width < 140; ++width) {
+                layOut(label, width);
+                const QString text = QString(label.text()).remove(TextLines::breakMark);
+                ASSERT_TRUE(text.isValidUtf16()) << width;
+                ASSERT_EQ(text.count(QChar(0x2068)), text.count(QChar(0x2069))) << width;
+                const qsizetype end = text.indexOf(u'…');
+                ASSERT_GT(end, 2) << width << " " << count << " " << text.toStdString();
+                ASSERT_TRUE(!name.startsWith(u'e') || end % 3 == 0) << "a letter keeps its marks";
+                EXPECT_LE(label.heightForWidth(width), 2 * label.fontMetrics().height() + 2);
+            }
+        }
     }
 }
 

@@ -2,7 +2,9 @@
 
 #include "support/Contrast.h"
 #include "support/QtPrinters.h"
+#include "views/style/SegmentedPicker.h"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QPalette>
 #include <QSignalSpy>
@@ -272,6 +274,22 @@ TEST(StyleTokens, AreThoseOfTheDarkScheme)
     EXPECT_EQ(colors.danger.name(), u"#ff8089");
     EXPECT_EQ(colors.star.name(), u"#ffc94d");
     Style::shared().setScheme(Style::Scheme::light);
+}
+
+TEST(SegmentedPicker, FollowsTheDirectionOfItsWindow)
+{
+    SegmentedPicker picker({{u"One"_s, 1}, {u"Two"_s, 2}, {u"Three"_s, 3}});
+    const auto segments = [&picker] {
+        QStringList names;
+        for (const int value : {1, 2, 3})
+            names.append(picker.button(value)->property("segment").toString());
+        return names.join(u' ');
+    };
+    EXPECT_EQ(segments(), u"first middle last");
+    picker.setLayoutDirection(Qt::RightToLeft);
+    EXPECT_EQ(segments(), u"last middle first") << "the sheet's first is the left one";
+    picker.setLayoutDirection(Qt::LeftToRight);
+    EXPECT_EQ(segments(), u"first middle last");
 }
 
 } // namespace

@@ -8,6 +8,8 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMenu>
+#include <QPainter>
+#include <QScopeGuard>
 
 using namespace Qt::StringLiterals;
 
@@ -29,12 +31,12 @@ PagerControl::PagerControl(AppModel& model, QWidget* parent)
     m_jump->setObjectName("pagerJump"_L1);
 
     auto* const menu = new QMenu(m_jump);
-    menu->addAction(tr("Newest"), this, [this] { m_model.start(m_model.firstPage()); });
-    menu->addAction(tr("Oldest"), this, [this] { m_model.start(m_model.lastPage()); });
+    menu->addAction(tr("Newest"), this, [this] { m_model.start(go(&AppModel::firstPage)); });
+    menu->addAction(tr("Oldest"), this, [this] { m_model.start(go(&AppModel::lastPage)); });
     m_jump->setMenu(menu);
     m_jump->setPopupMode(QToolButton::InstantPopup);
-    connect(m_back, &QToolButton::clicked, this, [this] { m_model.start(m_model.previousPage()); });
-    connect(m_forward, &QToolButton::clicked, this, [this] { m_model.start(m_model.nextPage()); });
+    connect(m_back, &QToolButton::clicked, this, [this] { m_model.start(go(&AppModel::previousPage)); });
+    connect(m_forward, &QToolButton::clicked, this, [this] { m_model.start(go(&AppModel::nextPage)); });
 
     auto* const layout = new QHBoxLayout(this);
     layout->setContentsMargins(Style::smallPadding, Style::grid, Style::smallPadding, Style::grid);
@@ -46,13 +48,24 @@ PagerControl::PagerControl(AppModel& model, QWidget* parent)
     layout->addWidget(m_forward);
     layout->addStretch();
 
-    connect(&model, &AppModel::messagesChanged, this, &PagerControl::update);
-    connect(&model, &AppModel::pagingChanged, this, &PagerControl::update);
-    connect(&model, &AppModel::isLoadingChanged, this, &PagerControl::update);
-    update();
+    connect(&model, &AppModel::messagesChanged, this, &PagerControl::follow);
+    connect(&model, &AppModel::pagingChanged, this, &PagerControl::follow);
+    connect(&model, &AppModel::isLoadingChanged, this, &PagerControl::follow);
+    follow();
 }
 
-void PagerControl::update()
+Task<> PagerControl::go(Task<> (AppModel::*pages)())
+{
+    const QPointer<PagerControl> self(this);
+    const auto ending = qScopeGuard([self] {
+        if (self)
+            self->m_isGoing = false;
+    });
+    m_isGoing = true;
+    co_await (m_model.*pages)();
+}
+
+void PagerControl::follow()
 {
     keepFocus();
     const bool isIdle = !m_model.isLoading() && !m_model.messages().isEmpty();
@@ -62,6 +75,7 @@ void PagerControl::update()
     m_forward->setEnabled(isIdle && m_model.hasNextPage());
     if (isIdle)
         returnFocus();
+    update();
 }
 
 // A button that is turned off under the keyboard would hand it to whatever comes next in the window.
@@ -80,13 +94,26 @@ void PagerControl::returnFocus()
     if (!hasFocus() || !m_focused)
         return;
     // At the end of the pages the other direction is left.
+    const QWidget* const own = m_focused;
     for (QWidget* const button : {m_focused.data(), static_cast<QWidget*>(m_back),
                                   static_cast<QWidget*>(m_forward), static_cast<QWidget*>(m_jump)}) {
-        if (button->isEnabled()) {
+        if (button->isEnabled() && (button == own || m_isGoing)) {
             button->setFocus(Qt::TabFocusReason);
             return;
         }
     }
+}
+
+void PagerControl::paintEvent(QPaintEvent* event)
+{
+    QWidget::paintEvent(event);
+    if (!hasFocus() || !m_focused)
+        return;
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(Style::shared().colors().accent, Style::ring));
+    painter.drawRoundedRect(QRectF(m_focused->geometry()).adjusted(1, 1, -1, -1), Style::radius,
+                            Style::radius);
 }
 
 } // namespace Larkhaven

@@ -100,12 +100,14 @@ bool EditCommands::isPossible(QWidget* focused, const char* command)
 
 bool EditCommands::perform(const char* command)
 {
-    const auto* const label = qobject_cast<QLabel*>(QApplication::focusWidget());
-    if (label && label->hasSelectedText() && QLatin1StringView(command) == "copy"_L1) {
+    QWidget* const focused = QApplication::focusWidget();
+    QWidget* const known = receiver(focused, command);
+    // Labels have no command, but for those that copy something else than they show.
+    const auto* const label = qobject_cast<QLabel*>(focused);
+    if (label && known != label && label->hasSelectedText() && QLatin1StringView(command) == "copy"_L1) {
         QApplication::clipboard()->setText(label->selectedText());
         return true;
     }
-    QWidget* const known = receiver(QApplication::focusWidget(), command);
     return known && QMetaObject::invokeMethod(known, command);
 }
 

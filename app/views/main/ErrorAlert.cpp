@@ -39,6 +39,16 @@ QWidget* ErrorAlert::askersWindow() const
     return asker && asker->window()->isVisible() ? asker->window() : &m_mainWindow;
 }
 
+QStringList ErrorAlert::hosts() const
+{
+    QStringList known;
+    for (const Account& account : m_model.accounts()) {
+        if (account.server)
+            known.append({account.server->imapHost, account.server->smtpHost});
+    }
+    return known;
+}
+
 void ErrorAlert::follow()
 {
     const std::optional<QString>& message = m_model.errorMessage();
@@ -54,7 +64,7 @@ void ErrorAlert::follow()
         if (m_alert->parentWidget() != window)
             return;
         m_shown = m_model.errorNumber();
-        setPlainText(*m_alert, *message);
+        setPlainText(*m_alert, *message, hosts());
         return;
     }
     if (!window->isActiveWindow()) {
@@ -63,7 +73,7 @@ void ErrorAlert::follow()
     }
     wait(nullptr);
     m_shown = m_model.errorNumber();
-    m_alert = makePlainAlert(tr("Something went wrong"), *message, QMessageBox::Ok, window);
+    m_alert = makePlainAlert(tr("Something went wrong"), *message, QMessageBox::Ok, window, hosts());
     m_alert->setObjectName("errorAlert"_L1);
     connect(m_alert, &QMessageBox::finished, this, [this] {
         // It is on its way out: the next failure gets an alert of its own.

@@ -26,6 +26,8 @@ private:
     void follow();
     void wait(QWidget* window);
     QWidget* askersWindow() const;
+    /// Of the user's accounts: what fails is about one of them.
+    QStringList hosts() const;
 
     AppModel& m_model;
     QWidget& m_mainWindow;

@@ -188,6 +188,10 @@ void SidebarView::updateCounts()
         for (int row = 0; row < heading->rowCount(); ++row) {
             QStandardItem* const item = heading->child(row);
             const qint64 count = counts.value(item->data(RefRole).toString());
+            // There may be ten thousand of them, and each that says it has changed is drawn and told again.
+            const QVariant before = item->data(CountRole);
+            if (before.isValid() && before.toLongLong() == count)
+                continue;
             item->setData(count, CountRole);
             const int spoken =
                 static_cast<int>(std::clamp<qint64>(count, 0, std::numeric_limits<int>::max()));

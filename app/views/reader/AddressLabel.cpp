@@ -4,11 +4,7 @@
 #include "views/reader/TextLink.h"
 #include "views/style/DisplayText.h"
 
-#include <QClipboard>
-#include <QContextMenuEvent>
-#include <QGuiApplication>
-#include <QKeyEvent>
-#include <QMenu>
+#include <QEvent>
 #include <QStyle>
 
 #include <algorithm>
@@ -26,10 +22,13 @@ constexpr qsizetype longestName = 200;
 /// More lines than the longest names take.
 constexpr int allLines = 10'000;
 
-constexpr QChar firstStrongIsolate(0x2068);
-constexpr QChar popIsolate(0x2069);
-constexpr QChar leftToRightMark(0x200e);
-constexpr QChar rightToLeftMark(0x200f);
+/// What is laid out, in UTF-16 units: more than two lines of the widest screen hold, and as many as take a
+/// fraction of a turn of the event loop.
+constexpr qsizetype mostFoldedUnits = 2'000;
+constexpr qsizetype mostUnfoldedUnits = 10'000;
+
+/// A layout asks for the widths of its hints and for its own.
+constexpr qsizetype mostWidths = 4;
 
 QString mailbox(const EmailAddress& address)
 {
@@ -67,13 +66,9 @@ ShownAddresses ShownAddresses::of(const QList<EmailAddress>& addresses)
 }
 
 AddressLabel::AddressLabel(QWidget* parent)
-    : QLabel(parent)
+    : HeaderLabel(parent)
     , m_more(new TextLink(this))
 {
-    setTextFormat(Qt::PlainText);
-    setWordWrap(true);
-    setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     m_more->setObjectName("moreAddresses"_L1);
     m_more->hide();
     connect(m_more, &QAbstractButton::clicked, this, &AddressLabel::toggle);
@@ -87,33 +82,38 @@ void AddressLabel::setAddresses(const ShownAddresses& addresses, const QString& 
     m_addresses = addresses;
     m_placeholder = placeholder;
     setToolTip(DisplayText::toolTip(addresses.mailboxes));
-    updateGeometry();
-    layOut();
+    layOutAnew();
 }
 
 // --- What stands on the lines
 
-QString AddressLabel::joined(QList<qsizetype>& ends) const
+AddressLabel::Joined AddressLabel::joined(qsizetype most) const
 {
     const bool isTurnedRound = layoutDirection() == Qt::RightToLeft;
     // Left to itself, a layout takes the direction of the first name for that of all.
-    QString text;
+    Joined names;
     if (isTurnedRound)
-        text += rightToLeftMark;
+        names.text += rightToLeftMark;
     else if (!m_addresses.names.isEmpty() && std::ranges::any_of(m_addresses.names.first(), isTurned))
-        text += leftToRightMark;
-    for (const QString& shown : m_addresses.names) {
-        if (!ends.isEmpty())
-            text += ", "_L1;
+        names.text += leftToRightMark;
+    for (const QString& name : m_addresses.names) {
+        if (names.text.size() >= most && !names.ends.isEmpty())
+            break;
+        if (!names.ends.isEmpty())
+            names.text += ", "_L1;
         // Each is read in its own direction, and none turns its neighbours.
-        const bool isIsolated = isTurnedRound || std::ranges::any_of(shown, isTurned);
-        if (isIsolated)
-            text.append(firstStrongIsolate).append(shown).append(popIsolate);
+        if (isTurnedRound || std::ranges::any_of(name, isTurned))
+            names.text.append(firstStrongIsolate).append(name).append(popIsolate);
         else
-            text += shown;
-        ends.append(text.size());
+            names.text += name;
+        names.ends.append(names.text.size());
     }
-    return text;
+    return names;
+}
+
+QString AddressLabel::wordsOf(qsizetype names) const
+{
+    return m_addresses.names.first(names).join(u", "_s);
 }
 
 QString AddressLabel::moreText(qsizetype hidden) const
@@ -121,61 +121,93 @@ QString AddressLabel::moreText(qsizetype hidden) const
     return tr("and %Ln more", "receivers of a message", static_cast<int>(hidden));
 }
 
-AddressLabel::Shown AddressLabel::shownOn(int width) const
+const AddressLabel::Shown& AddressLabel::shownOn(int width) const
 {
-    if (m_addresses.count == 0) {
-        const QString broken = TextLines::breakable(m_placeholder, font(), width, allLines);
-        return {broken, 0, {}, TextLines::of(broken, font(), width, allLines).height};
-    }
-    return m_isUnfolded ? unfolded(width) : folded(width);
+    if (const auto known = m_shown.constFind(width); known != m_shown.constEnd())
+        return *known;
+    if (m_shown.size() == mostWidths)
+        m_shown.clear();
+    return *m_shown.insert(width, laidOutOn(width));
+}
+
+AddressLabel::Shown AddressLabel::laidOutOn(int width) const
+{
+    if (m_addresses.count > 0)
+        return m_isUnfolded ? unfolded(width) : folded(width);
+    const TextLines lines = TextLines::of(m_placeholder, font(), width, allLines);
+    return {lines.text, m_placeholder, m_placeholder.size(), lines.height, 0, {}};
 }
 
 AddressLabel::Shown AddressLabel::folded(int width) const
 {
-    QList<qsizetype> ends;
-    const QString all = joined(ends);
-    const TextLines whole = TextLines::of(all, font(), width, foldedLines);
-    if (ends.size() == m_addresses.count && whole.to == all.size())
-        return {TextLines::breakable(all, font(), width, foldedLines), 0, {}, whole.height};
-
+    const Joined names = joined(mostFoldedUnits);
+    const bool areAll = names.ends.size() == m_addresses.count;
     const int space = fontMetrics().horizontalAdvance(u' ');
     const int room = TextLink::widthOf(moreText(m_addresses.count), fontMetrics()) + space;
-    const qsizetype end = TextLines::of(all, font(), width, foldedLines, room).to;
-    qsizetype fitting = std::ranges::count_if(ends, [end](qsizetype one) { return one <= end; });
-    QString text = fitting > 0 ? all.first(ends[fitting - 1]) : QString();
-    if (fitting == 0) {
-        // The first name alone is too long.
-        fitting = 1;
-        text = all.first(std::clamp<qsizetype>(end - 2, 1, all.size())) + u'…';
+    const TextLines all = TextLines::of(names.text, font(), width, foldedLines, {room, !areAll});
+    if (areAll && all.to == names.text.size()) {
+        const QString words = wordsOf(names.ends.size());
+        return {all.text, words, words.size(), all.height, 0, {}};
     }
-    text = TextLines::breakable(text, font(), width, foldedLines);
+    const qsizetype fitting = std::ranges::count_if(names.ends, [&](qsizetype end) { return end <= all.to; });
+    if (fitting == 0)
+        return elided(width, room);
+    const QString words = wordsOf(fitting);
+    const TextLines lines =
+        TextLines::of(names.text.first(names.ends[fitting - 1]), font(), width, foldedLines);
+    return {lines.text,
+            words,
+            words.size(),
+            lines.height,
+            m_addresses.count - fitting,
+            QRectF(lines.lastWidth + space, lines.lastTop, 0, lines.lastHeight)};
+}
+
+/// The first name alone, which is too long.
+AddressLabel::Shown AddressLabel::elided(int width, int room) const
+{
+    const QString& words = m_addresses.names.constFirst();
+    const QString name = joined(1).text;
+    const qsizetype start = name.indexOf(words);
+    const int kept = (m_addresses.count > 1 ? room : 0) + fontMetrics().horizontalAdvance(u'…');
+    // A line ends between letters, never within one.
+    const qsizetype end = TextLines::of(name, font(), width, foldedLines, {kept, true}).to;
+    const qsizetype whole = std::clamp<qsizetype>(end - start, 0, words.size());
+    QString text = name.first(start + whole) + u'…';
+    if (name.endsWith(popIsolate))
+        text += popIsolate;
     const TextLines lines = TextLines::of(text, font(), width, foldedLines);
-    const qsizetype hidden = m_addresses.count - fitting;
-    if (hidden == 0)
-        return {text, 0, {}, lines.height};
-    return {text, hidden, QRectF(lines.lastWidth + space, lines.lastTop, 0, lines.lastHeight), lines.height};
+    Shown shown{lines.text, words, whole, lines.height, m_addresses.count - 1, {}};
+    if (shown.hidden > 0) {
+        const int space = fontMetrics().horizontalAdvance(u' ');
+        shown.more = QRectF(lines.lastWidth + space, lines.lastTop, 0, lines.lastHeight);
+    }
+    return shown;
 }
 
 AddressLabel::Shown AddressLabel::unfolded(int width) const
 {
-    QList<qsizetype> ends;
-    QString text = joined(ends);
-    const qsizetype hidden = m_addresses.count - ends.size();
-    if (hidden > 0)
-        text += u' ' + moreText(hidden);
-    text = TextLines::breakable(text, font(), width, allLines);
-    const double height = TextLines::of(text, font(), width, allLines).height;
+    const Joined names = joined(mostUnfoldedUnits);
+    const qsizetype hidden = m_addresses.count - names.ends.size();
+    const QString behind = hidden > 0 ? u' ' + moreText(hidden) : QString();
+    const QString words = wordsOf(names.ends.size()) + behind;
+    const TextLines lines = TextLines::of(names.text + behind, font(), width, allLines);
     const double line = fontMetrics().height();
-    return {text, hidden, QRectF(0, height, 0, line), height + line};
+    return {lines.text, words, words.size(), lines.height + line, hidden, QRectF(0, lines.height, 0, line)};
+}
+
+void AddressLabel::layOutAnew()
+{
+    m_shown.clear();
+    updateGeometry();
+    layOut();
 }
 
 void AddressLabel::layOut()
 {
     const QMargins margins = contentsMargins();
-    const Shown shown = shownOn(std::max(1, width() - margins.left() - margins.right()));
-    const bool isTurnedRound = layoutDirection() == Qt::RightToLeft;
-    setAlignment(Qt::AlignTop | Qt::AlignAbsolute | (isTurnedRound ? Qt::AlignRight : Qt::AlignLeft));
-    setText(shown.text);
+    const Shown& shown = shownOn(std::max(1, width() - margins.left() - margins.right()));
+    showMarked(shown.text, shown.words, shown.whole);
     m_more->setVisible(shown.more.height() > 0);
     m_more->setText(m_isUnfolded ? tr("Show Fewer") : moreText(shown.hidden));
     m_more->setFont(font());
@@ -188,8 +220,12 @@ void AddressLabel::layOut()
 void AddressLabel::toggle()
 {
     m_isUnfolded = !m_isUnfolded;
-    updateGeometry();
-    layOut();
+    layOutAnew();
+}
+
+QString AddressLabel::everything() const
+{
+    return m_addresses.copied.isEmpty() ? HeaderLabel::everything() : m_addresses.copied;
 }
 
 // --- Geometry
@@ -197,7 +233,7 @@ void AddressLabel::toggle()
 int AddressLabel::heightForWidth(int width) const
 {
     const QMargins margins = contentsMargins();
-    const Shown shown = shownOn(std::max(1, width - margins.left() - margins.right()));
+    const Shown& shown = shownOn(std::max(1, width - margins.left() - margins.right()));
     return static_cast<int>(std::ceil(shown.height)) + margins.top() + margins.bottom();
 }
 
@@ -214,49 +250,15 @@ QSize AddressLabel::minimumSizeHint() const
 
 void AddressLabel::resizeEvent(QResizeEvent* event)
 {
-    QLabel::resizeEvent(event);
+    HeaderLabel::resizeEvent(event);
     layOut();
 }
 
 void AddressLabel::changeEvent(QEvent* event)
 {
-    QLabel::changeEvent(event);
+    HeaderLabel::changeEvent(event);
     if (event->type() == QEvent::FontChange || event->type() == QEvent::LayoutDirectionChange)
-        layOut();
-}
-
-// --- Copying
-
-void AddressLabel::copy()
-{
-    const QString own = hasSelectedText() ? selectedText() : text();
-    QGuiApplication::clipboard()->setText(m_addresses.copied.isEmpty() ? own : m_addresses.copied);
-}
-
-bool AddressLabel::event(QEvent* event)
-{
-    // Before a menu of the window takes the keys.
-    if (event->type() == QEvent::ShortcutOverride &&
-        static_cast<QKeyEvent*>(event)->matches(QKeySequence::Copy)) {
-        event->accept();
-        return true;
-    }
-    return QLabel::event(event);
-}
-
-void AddressLabel::keyPressEvent(QKeyEvent* event)
-{
-    if (event->matches(QKeySequence::Copy))
-        copy();
-    else
-        QLabel::keyPressEvent(event);
-}
-
-void AddressLabel::contextMenuEvent(QContextMenuEvent* event)
-{
-    QMenu menu;
-    menu.addAction(tr("Copy"), this, &AddressLabel::copy);
-    menu.exec(event->globalPos());
+        layOutAnew();
 }
 
 } // namespace Larkhaven

@@ -1,8 +1,10 @@
 #pragma once
 
 #include "domain/Message.h"
+#include "views/reader/HeaderLabel.h"
 
-#include <QLabel>
+#include <QHash>
+#include <QRectF>
 #include <QStringList>
 
 namespace Larkhaven {
@@ -14,7 +16,7 @@ class TextLink;
 struct ShownAddresses {
     /// Of the addresses in the tooltip; an ellipsis stands for the others.
     static constexpr qsizetype mostShown = 60;
-    /// Of the names that the label shows when it is unfolded.
+    /// Of the names that the label shows when it is unfolded, unless they are long.
     static constexpr qsizetype mostNames = 500;
 
     QStringList names;   ///< the first `mostNames`
@@ -29,10 +31,11 @@ struct ShownAddresses {
 };
 
 /// Shows addresses by their names, selectable, on at most `foldedLines` lines; "and 998 more" behind them
-/// unfolds the others. The addresses themselves stand in the tooltip and are what Copy takes.
+/// unfolds the others. The addresses themselves stand in the tooltip, and are what Copy takes
+/// where nothing is selected.
 ///
 /// The names follow each other in the direction of the window, and each keeps its own.
-class AddressLabel : public QLabel {
+class AddressLabel : public HeaderLabel {
     Q_OBJECT
 
 public:
@@ -48,14 +51,8 @@ public:
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
 
-public Q_SLOTS:
-    /// Copies all addresses, or what is selected of the placeholder.
-    void copy();
-
 protected:
-    bool event(QEvent* event) override;
-    void contextMenuEvent(QContextMenuEvent* event) override;
-    void keyPressEvent(QKeyEvent* event) override;
+    QString everything() const override;
     void resizeEvent(QResizeEvent* event) override;
     void changeEvent(QEvent* event) override;
 
@@ -63,16 +60,29 @@ private:
     /// What stands on the lines of a width.
     struct Shown {
         QString text;
+        QString words;       ///< of the text, without marks
+        qsizetype whole = 0; ///< of the words, in front of an ellipsis
+        double height = 0;
         qsizetype hidden = 0; ///< addresses that aren't in the text
         QRectF more;          ///< the place of the button; empty where there is none
-        double height = 0;
+    };
+    /// Names with marks around and between them.
+    struct Joined {
+        QString text;
+        QList<qsizetype> ends; ///< of each name, in the text
     };
 
-    Shown shownOn(int width) const;
+    /// What has been laid out before isn't again.
+    const Shown& shownOn(int width) const;
+    Shown laidOutOn(int width) const;
     Shown folded(int width) const;
+    Shown elided(int width, int room) const;
     Shown unfolded(int width) const;
-    /// All names; `ends` tells where each of them ends.
-    QString joined(QList<qsizetype>& ends) const;
+    /// The first names, at least one, until their text has `most` units.
+    Joined joined(qsizetype most) const;
+    QString wordsOf(qsizetype names) const;
+    /// After whatever changes what stands on lines of the same width.
+    void layOutAnew();
     QString moreText(qsizetype hidden) const;
     void layOut();
     void toggle();
@@ -81,6 +91,7 @@ private:
     QString m_placeholder;
     TextLink* m_more;
     bool m_isUnfolded = false;
+    mutable QHash<int, Shown> m_shown; ///< by the width
 };
 
 } // namespace Larkhaven

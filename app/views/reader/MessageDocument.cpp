@@ -1,5 +1,6 @@
 #include "views/reader/MessageDocument.h"
 
+#include "format/ForwardWords.h"
 #include "safety/HTMLSanitizer.h"
 #include "views/style/DisplayText.h"
 #include "views/style/RowText.h"
@@ -8,7 +9,6 @@
 #include <QLocale>
 
 #include <algorithm>
-#include <array>
 
 using namespace Qt::StringLiterals;
 
@@ -58,11 +58,6 @@ Section sectionOf(const MessageSection& message)
     return section;
 }
 
-/// What our own forwards have above the text that they forward, and those of others; then come the fields
-/// below, a line each, and an empty line.
-constexpr QStringView forwardLine = u"---------- Forwarded message ---------";
-constexpr std::array forwardFields{"From:"_L1, "Date:"_L1, "Subject:"_L1, "To:"_L1, "Cc:"_L1};
-
 /// Of forwards within each other.
 constexpr int mostForwards = 8;
 
@@ -91,20 +86,39 @@ private:
     qsizetype m_position = 0;
 };
 
+/// In front of a field of a forward, whatever language it was written in.
+QString labelOf(ForwardWords::Field field)
+{
+    switch (field) {
+    case ForwardWords::Field::from:
+        return Texts::tr("From:");
+    case ForwardWords::Field::date:
+        return Texts::tr("Date:");
+    case ForwardWords::Field::subject:
+        return Texts::tr("Subject:");
+    case ForwardWords::Field::to:
+        return Texts::tr("To:");
+    case ForwardWords::Field::cc:
+        break;
+    }
+    return Texts::tr("Cc:");
+}
+
 /// The fields below the line, which has been read, each once; empty where it isn't one of a forward.
-QList<Section::Line> readForwardFields(Lines& lines)
+QList<Section::Line> readForwardFields(const ForwardWords& words, Lines& lines)
 {
     QList<Section::Line> fields;
     while (!lines.isAtEnd()) {
         const QStringView line = lines.next();
         if (line.isEmpty())
             return fields;
-        const auto field = std::ranges::find_if(
-            forwardFields, [line](QLatin1StringView label) { return line.startsWith(label); });
-        const auto isThere = [&](const Section::Line& known) { return known.label == *field; };
-        if (field == forwardFields.end() || std::ranges::any_of(fields, isThere))
+        const std::optional<ForwardWords::Read> field = words.read(line);
+        if (!field)
             return {};
-        fields.append({*field, DisplayText::bounded(line.sliced(field->size()).trimmed().toString())});
+        const QString label = labelOf(field->field);
+        if (std::ranges::find(fields, label, &Section::Line::label) != fields.end())
+            return {};
+        fields.append({label, DisplayText::bounded(field->value.toString())});
     }
     return {};
 }
@@ -114,13 +128,15 @@ QList<Section> sectionsOf(const QString& text)
 {
     QList<Section> sections{Section{}};
     qsizetype taken = 0;
+    const QList<ForwardWords> known = ForwardWords::known();
     Lines lines(text);
     while (!lines.isAtEnd() && sections.size() <= mostForwards) {
         const qsizetype start = lines.position();
-        if (lines.next() != forwardLine)
+        const auto words = std::ranges::find(known, lines.next(), &ForwardWords::line);
+        if (words == known.end())
             continue;
         Lines below = lines;
-        const QList<Section::Line> fields = readForwardFields(below);
+        const QList<Section::Line> fields = readForwardFields(*words, below);
         if (fields.isEmpty())
             continue;
         sections.last().text = text.sliced(taken, start - taken);
@@ -134,6 +150,43 @@ QList<Section> sectionsOf(const QString& text)
     }
     sections.last().text = text.sliced(taken);
     return sections;
+}
+
+/// The document without the styles that stand in dead links and blocked images themselves. These are text,
+/// and hidden, whatever the message says; a style sheet of ours can't see to it, since a style of an element
+/// that is important counts before all sheets (CSS Cascading 5, 6.1).
+QString withoutStylesOfDead(const QString& document)
+{
+    constexpr auto style = " style=\""_L1;
+    constexpr auto sheet = "<style>"_L1;
+    constexpr auto sheetEnd = "</style>"_L1;
+    const QStringView all = document;
+    QString result;
+    qsizetype copied = 0;
+    qsizetype start = 0;
+    // As the sanitizer writes tags, no value has a bracket or a quotation mark in it.
+    while ((start = all.indexOf(u'<', start)) >= 0) {
+        const bool isSheet = all.sliced(start).startsWith(sheet);
+        const qsizetype end = isSheet ? all.indexOf(sheetEnd, start) : all.indexOf(u'>', start);
+        if (end < 0)
+            break;
+        const QStringView tag = all.sliced(start, end - start);
+        const bool isDead = (tag.startsWith("<a "_L1) && !tag.contains(" href=\""_L1)) ||
+                            (tag.startsWith("<img "_L1) && tag.contains(" data-lh-blocked=\""_L1));
+        const qsizetype found = isDead ? tag.indexOf(style) : -1;
+        if (found >= 0) {
+            result += all.sliced(copied, start + found - copied);
+            copied = start + tag.indexOf(u'"', found + style.size()) + 1;
+        }
+        start = end;
+    }
+    return result += all.sliced(copied);
+}
+
+SanitizedHTML withoutStylesOfDead(SanitizedHTML sanitized)
+{
+    sanitized.document = withoutStylesOfDead(sanitized.document);
+    return sanitized;
 }
 
 } // namespace
@@ -153,11 +206,11 @@ SanitizedHTML make(const ParsedMessage& message, bool allowRemoteImages)
             options.inlineImages.insert(*attachment.contentID, {attachment.mimeType, attachment.data});
     }
     if (message.sections.isEmpty())
-        return HTMLSanitizer::sanitize(*message.htmlBody, options);
+        return withoutStylesOfDead(HTMLSanitizer::sanitize(*message.htmlBody, options));
     QList<Section> sections;
     for (const MessageSection& section : message.sections)
         sections.append(sectionOf(section));
-    return HTMLSanitizer::sections(sections, options);
+    return withoutStylesOfDead(HTMLSanitizer::sections(sections, options));
 }
 
 } // namespace Larkhaven::MessageDocument

@@ -6,6 +6,7 @@
 #include "views/style/Roles.h"
 #include "views/style/RowText.h"
 
+#include <QEvent>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -199,6 +200,13 @@ void ReaderHeaders::resizeEvent(QResizeEvent* event)
 {
     QWidget::resizeEvent(event);
     placeDate();
+}
+
+void ReaderHeaders::changeEvent(QEvent* event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::LayoutDirectionChange)
+        measure();
 }
 
 void ReaderHeaders::measure()

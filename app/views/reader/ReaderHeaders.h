@@ -60,6 +60,7 @@ Q_SIGNALS:
     void backRequested();
 
 protected:
+    void changeEvent(QEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
 
 private:

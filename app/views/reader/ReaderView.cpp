@@ -156,11 +156,7 @@ ReaderView::ReaderView(AppModel& model, Desktop desktop, QWidget* parent)
     m_states->addWidget(m_scroll);
 
     connect(m_headers, &ReaderHeaders::backRequested, this, [this] { m_model.setPath({}); });
-    connect(m_banner, &ReaderBanner::loadRequested, this, [this] {
-        // The button goes with its banner, and the keyboard to the message.
-        setFocus();
-        setShowRemote(true);
-    });
+    connect(m_banner, &ReaderBanner::loadRequested, this, [this] { setShowRemote(true); });
     connect(m_incomplete, &NoticeBanner::clicked, this, &ReaderView::sourceRequested);
     connect(m_attachments, &AttachmentsRow::saveRequested, this,
             [this](const MailAttachment& attachment) { m_model.start(saveAttachment(attachment)); });
@@ -277,7 +273,7 @@ void ReaderView::setShowRemote(bool isShown)
     if (m_showRemote == isShown)
         return;
     m_showRemote = isShown;
-    // The button goes, and the document gives way to another.
+    // The button goes, and the document gives way to another, which gets the keyboard.
     setFocus();
     m_model.start(render());
 }
@@ -369,10 +365,7 @@ void ReaderView::followLink(const LinkRecord& link)
         openLink(link);
         return;
     }
-    QStringList messages;
-    for (const LinkCleaner::Warning& warning : warnings)
-        messages.append(warning.message());
-    confirmLink(link, messages);
+    confirmLink(link, warnings);
 }
 
 MailURL ReaderView::destination(const LinkRecord& link) const
@@ -381,12 +374,19 @@ MailURL ReaderView::destination(const LinkRecord& link) const
     return cleans ? LinkCleaner::clean(link.url) : link.url;
 }
 
-void ReaderView::confirmLink(const LinkRecord& link, const QStringList& warnings)
+void ReaderView::confirmLink(const LinkRecord& link, const QList<LinkCleaner::Warning>& warnings)
 {
     m_pendingLink = link;
-    QMessageBox* const alert = makePlainAlert(
-        tr("This link may be deceptive"),
-        warnings.join(u'\n') + u"\n\n"_s + destination(link).absoluteString(), QMessageBox::Cancel, this);
+    QStringList messages;
+    QStringList hosts;
+    for (const LinkCleaner::Warning& warning : warnings) {
+        messages.append(warning.message());
+        hosts.append({warning.shown, warning.actual, warning.host});
+    }
+    QMessageBox* const alert =
+        makePlainAlert(tr("This link may be deceptive"),
+                       messages.join(u'\n') + u"\n\n"_s + destination(link).absoluteString(),
+                       QMessageBox::Cancel, this, hosts);
     alert->setObjectName("linkAlert"_L1);
     QPushButton* const open = alert->addButton(tr("Open Anyway"), QMessageBox::AcceptRole);
     alert->setDefaultButton(QMessageBox::Cancel);

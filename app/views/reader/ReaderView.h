@@ -2,6 +2,7 @@
 
 #include "format/ParsedMessage.h"
 #include "model/AppModel.h"
+#include "safety/LinkCleaner.h"
 #include "safety/LinkRecord.h"
 #include "safety/SanitizedHTML.h"
 #include "views/reader/ReaderHeaders.h"
@@ -86,7 +87,7 @@ private:
     /// Where headers and message don't fit the pane, the keys that scroll the message bring all of it to
     /// light first. Whether they have.
     bool scrollAround(const QKeyEvent& event);
-    void confirmLink(const LinkRecord& link, const QStringList& warnings);
+    void confirmLink(const LinkRecord& link, const QList<LinkCleaner::Warning>& warnings);
     void openLink(const LinkRecord& link);
     /// Where the link leads: the one place where it is cleaned, if the user wants that.
     MailURL destination(const LinkRecord& link) const;

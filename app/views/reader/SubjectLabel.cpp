@@ -8,20 +8,16 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
 namespace Larkhaven {
 
 SubjectLabel::SubjectLabel(QWidget* parent)
-    : QLabel(parent)
-{
-    setTextFormat(Qt::PlainText);
-    setWordWrap(true);
-    setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
-    changeEvent(nullptr);
-}
+    : HeaderLabel(parent)
+{}
 
 void SubjectLabel::setSubject(const QString& subject)
 {
@@ -64,29 +60,30 @@ void SubjectLabel::layOut()
     const int width = textWidth(this->width());
     const TextLines lines = TextLines::of(m_subject, font(), width, mostLines);
     const bool isWhole = lines.to >= m_subject.size();
-    QString shown = m_subject;
-    if (!isWhole)
-        shown = m_subject.first(lines.lastFrom) +
-                QFontMetrics(font()).elidedText(m_subject.sliced(lines.lastFrom), Qt::ElideRight, width - 2);
-    setText(TextLines::breakable(shown, font(), width, mostLines));
+    if (isWhole) {
+        showMarked(lines.text, m_subject, m_subject.size());
+    } else {
+        const QString shown =
+            m_subject.first(lines.lastFrom) +
+            QFontMetrics(font()).elidedText(m_subject.sliced(lines.lastFrom), Qt::ElideRight, width - 2);
+        const auto elided = std::ranges::mismatch(std::as_const(m_subject), shown).in1;
+        showMarked(TextLines::of(shown, font(), width, mostLines).text, m_subject,
+                   std::distance(m_subject.cbegin(), elided));
+    }
     setToolTip(isWhole ? QString() : DisplayText::toolTip(m_subject));
 }
 
 void SubjectLabel::resizeEvent(QResizeEvent* event)
 {
-    QLabel::resizeEvent(event);
+    HeaderLabel::resizeEvent(event);
     layOut();
 }
 
 void SubjectLabel::changeEvent(QEvent* event)
 {
-    if (event)
-        QLabel::changeEvent(event);
-    if (event && event->type() == QEvent::FontChange)
+    HeaderLabel::changeEvent(event);
+    if (event->type() == QEvent::FontChange)
         layOut();
-    if (!event || event->type() == QEvent::LayoutDirectionChange)
-        setAlignment(Qt::AlignTop | Qt::AlignAbsolute |
-                     (layoutDirection() == Qt::RightToLeft ? Qt::AlignRight : Qt::AlignLeft));
 }
 
 } // namespace Larkhaven

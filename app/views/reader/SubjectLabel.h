@@ -1,12 +1,11 @@
 #pragma once
 
-#include <QLabel>
+#include "views/reader/HeaderLabel.h"
 
 namespace Larkhaven {
 
 /// A subject on at most `mostLines` lines, selectable; what doesn't fit is elided and stands in the tooltip.
-/// It stands at the leading edge, whichever direction it is read in.
-class SubjectLabel : public QLabel {
+class SubjectLabel : public HeaderLabel {
     Q_OBJECT
 
 public:

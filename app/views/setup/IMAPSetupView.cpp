@@ -321,7 +321,8 @@ void IMAPSetupView::fillFromAccount()
         m_model.accounts(), [&accountID](const Account& known) { return known.id == accountID; });
     if (account != m_model.accounts().end()) {
         m_serversEdited = true;
-        m_name->setText(DisplayText::bounded(account->displayName.value_or(QString())));
+        m_loadedName = account->displayName.value_or(QString());
+        m_name->setText(DisplayText::bounded(m_loadedName));
         m_email->setText(DisplayText::bounded(account->email));
         showSettings(account->server.value_or(ServerSettings::preset(account->email)));
         m_disclosure->setExpanded(true);
@@ -397,7 +398,9 @@ void IMAPSetupView::signIn()
 Task<> IMAPSetupView::save()
 {
     const QPointer<IMAPSetupView> self(this);
-    const QString name = trimmed(m_name->text());
+    // What is shown of a stored name may be less than it is.
+    const bool isNameKept = m_name->text() == DisplayText::bounded(m_loadedName);
+    const QString name = isNameKept ? m_loadedName : trimmed(m_name->text());
     const QString email = trimmed(m_email->text());
     // The fields may be edited while the servers are asked.
     const auto asked = std::make_shared<Asked>(Asked{email, settings(), std::nullopt});
@@ -456,7 +459,8 @@ void IMAPSetupView::showFailure(const std::exception_ptr& failure, const Asked& 
         (*asked.server == ConnectionTrial::Server::incoming ? m_imap : m_smtp)->focus();
     }
     const QString whole = asked.server ? text + u"\n\n"_s + nameOf(asked) : text;
-    m_alert = makePlainAlert(tr("Couldn’t Sign In"), whole, QMessageBox::Ok, this);
+    m_alert = makePlainAlert(tr("Couldn’t Sign In"), whole, QMessageBox::Ok, this,
+                             {asked.settings.imapHost, asked.settings.smtpHost});
     m_alert->setObjectName("setupAlert"_L1);
     openWhenActive(*m_alert);
 }
@@ -477,6 +481,7 @@ void IMAPSetupView::leave()
     // The next account begins with an empty form.
     m_loadedID.reset();
     m_serversEdited = false;
+    m_loadedName.clear();
     m_name->clear();
     m_email->clear();
     m_disclosure->setExpanded(false);

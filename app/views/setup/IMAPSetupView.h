@@ -91,6 +91,7 @@ private:
     bool m_serversEdited = false; ///< presets leave the fields alone
     bool m_isShowingSettings = false;
     std::optional<QUuid> m_loadedID; ///< the account that the form was last filled from
+    QString m_loadedName;            ///< of its user, as it is stored
 };
 
 } // namespace Larkhaven

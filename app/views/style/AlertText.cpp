@@ -1,10 +1,11 @@
 #include "views/style/AlertText.h"
 
+#include "domain/Text.h"
 #include "views/style/Style.h"
 
 #include <QPainter>
-#include <QRegularExpression>
 #include <QScreen>
+#include <QSet>
 
 #include <algorithm>
 #include <cmath>
@@ -20,6 +21,13 @@ constexpr QChar wordJoiner(0x2060);
 bool isURL(QStringView line)
 {
     return (line.startsWith("https://"_L1) || line.startsWith("http://"_L1)) && !line.contains(u' ');
+}
+
+/// Of a host, or of what a host may be a part of: an address, the name of a file.
+bool isOfWord(QChar character)
+{
+    return character.isLetterOrNumber() || character.isMark() || character.isSurrogate() ||
+           QStringView(u".-_@+%").contains(character);
 }
 
 /// What holds a host together: lines break after hyphens and slashes otherwise, wherever they stand.
@@ -73,26 +81,33 @@ AlertText::AlertText(QWidget* parent)
     connect(&Style::shared(), &Style::changed, this, &AlertText::updateGeometry);
 }
 
-void AlertText::setLines(const QString& text)
+void AlertText::setLines(const QString& text, const QStringList& hosts)
 {
+    m_hosts = hosts;
     setText(text);
     updateGeometry();
 }
 
-QList<std::pair<qsizetype, qsizetype>> AlertText::hosts(const QString& line)
+QList<std::pair<qsizetype, qsizetype>> AlertText::hosts(const QString& line, const QStringList& known)
 {
-    // Labels of letters, digits and hyphens with a dot between them, the last of which is no number: a
-    // version or an amount is no host.
-    static const QRegularExpression name(u"(?:[\\p{L}\\p{N}](?:[\\p{L}\\p{N}-]{0,61}[\\p{L}\\p{N}])?\\.)+(?:"
-                                         u"\\p{L}[\\p{L}\\p{N}-]*[\\p{L}\\p{N}])"
-                                         u"|\\b\\d{1,3}(?:\\.\\d{1,3}){3}\\b"_s,
-                                         QRegularExpression::UseUnicodePropertiesOption);
     if (isURL(line))
         return {hostOfURL(line)};
+    QSet<QString> folded;
+    for (const QString& host : known)
+        folded.insert(Text::lowered(host));
     QList<std::pair<qsizetype, qsizetype>> found;
-    for (auto match = name.globalMatch(line); match.hasNext();) {
-        const QRegularExpressionMatch host = match.next();
-        found.append({host.capturedStart(), host.capturedLength()});
+    qsizetype start = 0;
+    while (start < line.size()) {
+        qsizetype end = start;
+        while (end < line.size() && isOfWord(line[end]))
+            ++end;
+        // A dot that ends a sentence is none of the host's.
+        qsizetype length = end - start;
+        while (length > 0 && line[start + length - 1] == u'.')
+            --length;
+        if (length > 0 && folded.contains(Text::lowered(line.sliced(start, length))))
+            found.append({start, length});
+        start = end + 1;
     }
     return found;
 }
@@ -120,7 +135,7 @@ std::vector<AlertText::Paragraph> AlertText::paragraphs() const
         const bool isBlock = isURL(line);
         const int padding = isBlock ? Style::smallPadding : 0;
         QList<QTextLayout::FormatRange> semibold;
-        const QString shown = joined(line, hosts(line), semibold);
+        const QString shown = joined(line, hosts(line, m_hosts), semibold);
         auto layout = std::make_unique<QTextLayout>(shown, style.font(Style::Type::body));
         // As labels do: a text begins at the side where its own script does.
         QTextOption option(Qt::AlignLeft);

@@ -40,10 +40,10 @@ public:
         m_symbol = symbol;
         showSymbol();
     }
-    void setLines(const QString& text)
+    void setLines(const QString& text, const QStringList& hosts)
     {
         setInformativeText(text);
-        m_text->setLines(text);
+        m_text->setLines(text, hosts);
         m_text->setVisible(!text.isEmpty());
         place();
         fit();
@@ -119,14 +119,14 @@ private:
 } // namespace
 
 QMessageBox* makePlainAlert(const QString& title, const QString& text, QMessageBox::StandardButton button,
-                            QWidget* parent)
+                            QWidget* parent, const QStringList& hosts)
 {
     auto* const alert = new Alert(parent);
     alert->setAttribute(Qt::WA_DeleteOnClose);
     alert->setTextFormat(Qt::PlainText);
     alert->setText(DisplayText::bounded(title));
     alert->setStandardButtons(button);
-    setPlainText(*alert, text);
+    setPlainText(*alert, text, hosts);
     return alert;
 }
 
@@ -161,10 +161,10 @@ void setAlertSymbol(QMessageBox& alert, Symbol symbol)
         own->setSymbol(symbol);
 }
 
-void setPlainText(QMessageBox& alert, const QString& text)
+void setPlainText(QMessageBox& alert, const QString& text, const QStringList& hosts)
 {
     if (auto* const own = dynamic_cast<Alert*>(&alert))
-        own->setLines(DisplayText::lines(text));
+        own->setLines(DisplayText::lines(text), hosts);
 }
 
 } // namespace Larkhaven

@@ -11,10 +11,10 @@ class QPushButton;
 namespace Larkhaven {
 
 /// An alert whose text may hold untrusted words: nothing in it is formatting. The text is 420 pixels wide, a
-/// URL on a line of its own stands in a block, and hosts stay whole. It goes when it is closed; the caller
-/// adds what it needs and opens it.
+/// URL on a line of its own stands in a block, and the hosts that the caller names stay whole. It goes when
+/// it is closed; the caller adds what it needs and opens it.
 QMessageBox* makePlainAlert(const QString& title, const QString& text, QMessageBox::StandardButton button,
-                            QWidget* parent);
+                            QWidget* parent, const QStringList& hosts = {});
 
 /// Adds a button for what can't be taken back.
 QPushButton* addDestructiveButton(QMessageBox& alert, const QString& text, QMessageBox::ButtonRole role);
@@ -28,6 +28,6 @@ Task<qsizetype> answerTo(QMessageBox* alert, QList<QAbstractButton*> buttons,
 void setAlertSymbol(QMessageBox& alert, Symbol symbol);
 
 /// Replaces the text of such an alert.
-void setPlainText(QMessageBox& alert, const QString& text);
+void setPlainText(QMessageBox& alert, const QString& text, const QStringList& hosts = {});
 
 } // namespace Larkhaven

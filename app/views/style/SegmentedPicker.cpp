@@ -1,7 +1,9 @@
 #include "views/style/SegmentedPicker.h"
 
+#include <QEvent>
 #include <QHBoxLayout>
 #include <QRadioButton>
+#include <QStyle>
 
 #include <algorithm>
 #include <utility>
@@ -19,10 +21,6 @@ SegmentedPicker::SegmentedPicker(const QList<Choice>& choices, QWidget* parent)
     layout->setSpacing(0);
     for (const auto& [text, value] : choices) {
         auto* const button = new QRadioButton(text);
-        // The sheet speaks of left and right.
-        const bool isFirst = isRightToLeft() ? m_buttons.size() + 1 == choices.size() : m_buttons.isEmpty();
-        const bool isLast = isRightToLeft() ? m_buttons.isEmpty() : m_buttons.size() + 1 == choices.size();
-        button->setProperty("segment", isFirst ? u"first"_s : isLast ? u"last"_s : u"middle"_s);
         // The arrow keys choose as a click does.
         connect(button, &QRadioButton::toggled, this, [this, chosenValue = value](bool isChecked) {
             followChoice();
@@ -33,7 +31,29 @@ SegmentedPicker::SegmentedPicker(const QList<Choice>& choices, QWidget* parent)
         layout->addWidget(button);
     }
     layout->addStretch();
+    followDirection();
     followChoice();
+}
+
+void SegmentedPicker::changeEvent(QEvent* event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::LayoutDirectionChange)
+        followDirection();
+}
+
+void SegmentedPicker::followDirection()
+{
+    // The sheet speaks of left and right.
+    const QRadioButton* const left = isRightToLeft() ? m_buttons.last() : m_buttons.first();
+    const QRadioButton* const right = isRightToLeft() ? m_buttons.first() : m_buttons.last();
+    for (QRadioButton* const button : std::as_const(m_buttons)) {
+        button->setProperty("segment", button == left    ? u"first"_s
+                                       : button == right ? u"last"_s
+                                                         : u"middle"_s);
+        button->style()->unpolish(button);
+        button->style()->polish(button);
+    }
 }
 
 void SegmentedPicker::followChoice()

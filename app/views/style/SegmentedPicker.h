@@ -19,6 +19,7 @@ class SegmentedPicker : public QWidget {
 public:
     using Choice = std::pair<QString, QVariant>; ///< what is shown, and what it stands for
 
+    /// There is at least one choice.
     explicit SegmentedPicker(const QList<Choice>& choices, QWidget* parent = nullptr);
 
     /// The button of a value, for what a choice has beside its text; null for none.
@@ -31,8 +32,12 @@ Q_SIGNALS:
     /// The user has chosen another value.
     void chosen(const QVariant& value);
 
+protected:
+    void changeEvent(QEvent* event) override;
+
 private:
     void followChoice();
+    void followDirection();
 
     QList<Choice> m_choices;
     QList<QRadioButton*> m_buttons;
