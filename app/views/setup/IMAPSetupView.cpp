@@ -407,6 +407,7 @@ Task<> IMAPSetupView::save()
     const QString password = m_password->text();
     m_attempt = std::stop_source();
     const std::stop_token stop = m_attempt.get_token();
+    const std::optional<QUuid> repaired = m_loadedID;
     const ConnectionTrial::Progress progress = [self, asked, stop](AskedServer server) {
         asked->server = server;
         if (self && !stop.stop_requested())
@@ -418,7 +419,9 @@ Task<> IMAPSetupView::save()
     } catch (...) {
         failure = std::current_exception();
     }
-    if (!self || stop.stop_requested())
+    // A repair that has been stored ends as the account to repair, which stops the attempt like another one.
+    const bool isStored = self && !failure && (m_loadedID == repaired || !m_loadedID);
+    if (!self || (stop.stop_requested() && !isStored))
         co_return;
     showProgress(std::nullopt);
     if (failure)
