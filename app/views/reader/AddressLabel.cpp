@@ -254,9 +254,11 @@ void AddressLabel::keyPressEvent(QKeyEvent* event)
 
 void AddressLabel::contextMenuEvent(QContextMenuEvent* event)
 {
-    QMenu menu;
-    menu.addAction(tr("Copy"), this, &AddressLabel::copy);
-    menu.exec(event->globalPos());
+    // The message, and this with it, may go while the menu is open.
+    auto* const menu = new QMenu(this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    menu->addAction(tr("Copy"), this, &AddressLabel::copy);
+    menu->popup(event->globalPos());
 }
 
 } // namespace Larkhaven
