@@ -1,3 +1,4 @@
+#include "Gestures.h"
 #include "UITestSupport.h"
 #include "domain/MailError.h"
 #include "support/IMAPScripts.h"
@@ -74,6 +75,12 @@ protected:
         QTest::keyClicks(&field("setupEmail"), email);
         QTest::keyClicks(&field("setupPassword"), password);
     }
+    void replace(const char* name, const QString& text)
+    {
+        field(name).selectAll();
+        QTest::keyClick(&field(name), Qt::Key_Delete);
+        QTest::keyClicks(&field(name), text);
+    }
     void connectTo(const QList<Script>& scripts)
     {
         server = std::make_unique<ScriptedServer>(scripts);
@@ -91,8 +98,8 @@ protected:
     QString refusal(const QList<Script>& scripts)
     {
         connectTo(scripts);
-        signIn().click();
-        EXPECT_TRUE(waitUntil([this] { return alert() && alert()->isVisible(); }));
+        leftClick(signIn());
+        EXPECT_TRUE(waitUntil([this] { return alert() && alert()->isActiveWindow(); }));
         if (!alert())
             return {};
         const auto ok = alert()->button(QMessageBox::Ok);
@@ -123,7 +130,7 @@ TEST_F(AccountSetupTest, OpensFromTheWelcomeView)
     EXPECT_EQ(form()->windowTitle(), u"Account Setup");
     takeScreenshot(*mail.window, u"welcome"_s);
     takeScreenshot(*form(), u"imap-setup"_s);
-    form()->findChild<QToolButton*>(u"setupDisclosure"_s)->click();
+    clickButton(*form(), u"Server Settings"_s);
     takeScreenshot(*form(), u"imap-setup-servers"_s);
     form()->close();
 }
@@ -157,9 +164,9 @@ TEST_F(AccountSetupTest, KeepsSignInDisabledWithoutAPasswordOrAServerOrAUserName
     QTest::keyClicks(&field("setupPassword"), u"x"_s);
     for (const char* name : {"imapHost", "smtpHost", "setupUsername"}) {
         const QString text = field(name).text();
-        field(name).clear();
+        replace(name, {});
         EXPECT_FALSE(signIn().isEnabled()) << name;
-        field(name).setText(text);
+        replace(name, text);
         EXPECT_TRUE(signIn().isEnabled()) << name;
     }
     form()->close();
@@ -169,8 +176,11 @@ TEST_F(AccountSetupTest, LeavesTheServersAloneOnceThePortWasChangedByHand)
 {
     openForm();
     fill(u"ann@x.example"_s, u"x"_s);
-    port("imapPort").setValue(1143);
-    field("setupEmail").setText(u"ann@gmx.net"_s);
+    clickButton(*form(), u"Server Settings"_s);
+    port("imapPort").setFocus();
+    port("imapPort").selectAll();
+    typeText(u"1143"_s);
+    replace("setupEmail", u"ann@gmx.net"_s);
     EXPECT_EQ(port("imapPort").value(), 1143);
     EXPECT_EQ(field("imapHost").text(), u"imap.x.example");
     form()->close();
@@ -181,7 +191,7 @@ TEST_F(AccountSetupTest, HidesThePasswordAndForgetsItOnTheWayOut)
     openForm();
     EXPECT_EQ(field("setupPassword").echoMode(), QLineEdit::Password);
     fill(u"ann@x.example"_s, u"secret"_s);
-    form()->findChild<QPushButton*>(u"setupCancel"_s)->click();
+    clickButton(*form(), u"Cancel"_s);
     ASSERT_TRUE(waitUntil([this] { return !form(); }));
     openForm();
     EXPECT_EQ(field("setupPassword").text(), u"");
@@ -198,7 +208,7 @@ TEST_F(AccountSetupTest, TellsEachFailureInItsOwnWordsAndNamesItsServer)
     const QString outgoing = u"\n\nOutgoing server: smtp.x.example, port 465."_s + guessed;
     openForm();
     fill(u"ann@x.example"_s, u"secret"_s);
-    field("setupUsername").setText(u"ann"_s);
+    replace("setupUsername", u"ann"_s);
     EXPECT_EQ(
         refusal({refusedSignIn()}),
         u"The server didn't accept the user name or password. Some providers (iCloud, Yahoo, Gmail) need "
@@ -251,7 +261,7 @@ TEST_F(AccountSetupTest, DisablesItsButtonWhileTheServersAreAsked)
     openForm();
     fill(u"ann@x.example"_s, u"secret"_s);
     connectTo({Script("[CLOSE]")});
-    signIn().click();
+    leftClick(signIn());
     EXPECT_FALSE(signIn().isEnabled());
     EXPECT_TRUE(waitUntil([this] { return alert() && alert()->isVisible(); }));
     EXPECT_TRUE(signIn().isEnabled());
@@ -275,10 +285,8 @@ TEST_F(AccountSetupTest, SaysOnlyOfAGuessThatItIsOne)
     fill(u"ann@gmx.net"_s, u"secret"_s);
     EXPECT_EQ(refusal({Script("[CLOSE]")}), u"Mail protocol error: The server closed the connection.\n\n"
                                             "Incoming server: imap.gmx.net, port 993.");
-    field("setupEmail").selectAll();
-    QTest::keyClicks(&field("setupEmail"), u"ann@x.example"_s);
-    field("imapHost").selectAll();
-    QTest::keyClicks(&field("imapHost"), u"mail.x.example"_s);
+    replace("setupEmail", u"ann@x.example"_s);
+    replace("imapHost", u"mail.x.example"_s);
     EXPECT_EQ(refusal({Script("[CLOSE]")}), u"Mail protocol error: The server closed the connection.\n\n"
                                             "Incoming server: mail.x.example, port 993.");
     form()->close();
@@ -289,12 +297,14 @@ TEST_F(AccountSetupTest, NamesTheServerThatWasAskedThoughItsFieldHasChanged)
     openForm();
     fill(u"ann@gmx.net"_s, u"secret"_s);
     connectTo({Script("[CLOSE]")});
-    signIn().click();
-    field("imapHost").setText(u"other.example"_s);
+    leftClick(signIn());
+    replace("imapHost", u"other.example"_s);
     ASSERT_TRUE(waitUntil([this] { return alert() && alert()->isVisible(); }));
     EXPECT_TRUE(alert()->informativeText().endsWith(u"Incoming server: imap.gmx.net, port 993."_s))
         << alert()->informativeText().toStdString();
-    alert()->close();
+    ASSERT_TRUE(waitUntil([this] { return alert()->isActiveWindow(); }));
+    pressKey(Qt::Key_Escape);
+    EXPECT_TRUE(waitUntil([this] { return !alert(); }));
     form()->close();
 }
 
@@ -302,7 +312,7 @@ TEST_F(AccountSetupTest, UnfoldsTheServersWithTheFocusOnTheOneThatFailed)
 {
     openForm();
     fill(u"ann@x.example"_s, u"secret"_s);
-    field("setupUsername").setText(u"ann"_s);
+    replace("setupUsername", u"ann"_s);
     EXPECT_FALSE(field("smtpHost").isVisible());
     refusal({signedIn(), Script("[CLOSE]")});
     EXPECT_TRUE(field("smtpHost").isVisible());
@@ -318,7 +328,7 @@ TEST_F(AccountSetupTest, GoesBackToThePasswordWhereItWasRefused)
 {
     openForm();
     fill(u"ann@x.example"_s, u"secret"_s);
-    field("setupUsername").setText(u"ann"_s);
+    replace("setupUsername", u"ann"_s);
     refusal({refusedSignIn()});
     EXPECT_EQ(QApplication::focusWidget(), &field("setupPassword"));
     EXPECT_TRUE(field("setupPassword").hasSelectedText()) << "what is typed replaces it";
@@ -328,7 +338,7 @@ TEST_F(AccountSetupTest, GoesBackToThePasswordWhereItWasRefused)
 TEST_F(AccountSetupTest, ProposesThePortOfASecurityUnlessOneWasTyped)
 {
     openForm();
-    form()->findChild<QToolButton*>(u"setupDisclosure"_s)->click();
+    clickButton(*form(), u"Server Settings"_s);
     for (const auto& [name, tls, startTLS] : {std::tuple("imap", 993, 143), std::tuple("smtp", 465, 587)}) {
         auto& security = *form()->findChild<QComboBox*>(QLatin1StringView(name) + "Security"_L1);
         auto& number = *form()->findChild<QSpinBox*>(QLatin1StringView(name) + "Port"_L1);
@@ -354,7 +364,7 @@ TEST_F(AccountSetupTest, SaysWhichServerIsChecked)
 {
     openForm();
     fill(u"ann@x.example"_s, u"secret"_s);
-    field("setupUsername").setText(u"ann"_s);
+    replace("setupUsername", u"ann"_s);
     auto& text = *form()->findChild<QLabel*>(u"setupProgress"_s);
     EXPECT_FALSE(text.isVisible());
     server = std::make_unique<ScriptedServer>(QList<Script>{signedIn(), Script("[CLOSE]")});
@@ -365,7 +375,7 @@ TEST_F(AccountSetupTest, SaysWhichServerIsChecked)
         takeScreenshot(*form(), u"imap-setup-progress"_s);
         return server->factory()(host, where, tls);
     });
-    signIn().click();
+    leftClick(signIn());
     EXPECT_TRUE(waitUntil([this] { return alert() && alert()->isVisible(); }));
     EXPECT_EQ(told, QStringList({u"Checking the incoming server…"_s, u"Checking the outgoing server…"_s}));
     EXPECT_FALSE(text.isVisible());
@@ -425,7 +435,7 @@ QStringList namesOfControls(QAccessibleInterface* root)
 TEST_F(AccountSetupTest, NamesEachOfItsControlsOnce)
 {
     openForm();
-    form()->findChild<QToolButton*>(u"setupDisclosure"_s)->click();
+    clickButton(*form(), u"Server Settings"_s);
     fill(u"ann@x.example"_s, u"secret"_s);
     QStringList names = namesOfControls(QAccessible::queryAccessibleInterface(form()));
     names.sort();
@@ -451,7 +461,7 @@ TEST_F(SmallScreenSetupTest, ScrollsWhereItDoesNotFit)
     ASSERT_LE(mail.window->screen()->availableGeometry().height(), mostHeight);
     Style::shared().setTextSize(Style::textSizes.back());
     openForm();
-    form()->findChild<QToolButton*>(u"setupDisclosure"_s)->click();
+    clickButton(*form(), u"Server Settings"_s);
     auto& scroll = *form()->findChild<QScrollArea*>();
     const QRect room = form()->screen()->availableGeometry();
     ASSERT_TRUE(waitUntil([&scroll] { return scroll.verticalScrollBar()->maximum() > 0; }));
@@ -486,7 +496,7 @@ TEST_F(AccountSetupTest, AddsTheAccountAndShowsItsInbox)
     openForm();
     fill(u"ann@x.example"_s, u"secret"_s);
     QTest::keyClicks(&field("setupName"), u" Ann "_s);
-    field("setupUsername").setText(u"ann"_s);
+    replace("setupUsername", u"ann"_s);
     connectTo({signedIn(), verifiedSubmission()});
     QTest::keyClick(&field("setupPassword"), Qt::Key_Return);
     ASSERT_TRUE(waitUntil([this] { return !form(); }));
@@ -532,11 +542,11 @@ TEST_F(AccountRepairTest, LeavesTheAccountAsItWasWhereItIsCancelledAfterAFailure
 {
     const QList<Account> before = mail.model().accounts();
     mail.model().signInAgain(before.first(), [this] { openForm(); });
-    field("imapHost").setText(u"other.example"_s);
+    replace("imapHost", u"other.example"_s);
     QTest::keyClicks(&field("setupPassword"), u"wrong"_s);
     EXPECT_EQ(refusal({Script("[CLOSE]")}), u"Mail protocol error: The server closed the "
                                             u"connection.\n\nIncoming server: other.example, port 1993.");
-    form()->findChild<QPushButton*>(u"setupCancel"_s)->click();
+    clickButton(*form(), u"Cancel"_s);
     ASSERT_TRUE(waitUntil([this] { return !form(); }));
     EXPECT_EQ(mail.model().accounts(), before);
     EXPECT_FALSE(mail.model().imapSetupAccountID());
@@ -547,7 +557,7 @@ TEST_F(AccountSetupTest, TakesAFailureThatNobodyHasReadAwayWithItself)
     openForm();
     fill(u"ann@x.example"_s, u"secret"_s);
     connectTo({Script("[CLOSE]")});
-    signIn().click();
+    leftClick(signIn());
     mail.window->activateWindow();
     ASSERT_TRUE(waitUntil([this] { return alert() != nullptr; }));
     EXPECT_FALSE(alert()->isVisible()) << "the user is elsewhere";
@@ -563,7 +573,7 @@ TEST_F(AccountRepairTest, IsNotClosedByTheAttemptForAnotherAccount)
     openForm();
     fill(u"ann@x.example"_s, u"secret"_s);
     connectTo({Script("S: * OK ready\nC: P1 CAPABILITY")});
-    signIn().click();
+    leftClick(signIn());
     ASSERT_TRUE(mail.model().isSigningIn());
     mail.model().signInAgain(mail.model().accounts().first(), [this] { mail.window->openSetup(); });
     EXPECT_EQ(field("setupEmail").text(), u"mia@example.org");
@@ -593,7 +603,8 @@ TEST_F(AccountRepairTest, OpensFromTheHeadingOfTheAccountThatMustSignIn)
 
 TEST_F(AccountRepairTest, AddsAnotherAccountFromTheFootOfTheSidebar)
 {
-    mail.child<QAction>("addIMAP").trigger();
+    openMenuOfBar(*mail.window, u"Mailbox"_s);
+    chooseByKeys({u"Add Account"_s, u"Other Mail Account (IMAP)…"_s});
     ASSERT_TRUE(waitUntil([this] { return form(); }));
     EXPECT_EQ(field("setupEmail").text(), u"");
     EXPECT_FALSE(mail.model().imapSetupAccountID());

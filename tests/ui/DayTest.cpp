@@ -1,3 +1,4 @@
+#include "Gestures.h"
 #include "UITestSupport.h"
 #include "domain/MailError.h"
 #include "protocols/StreamTransport.h"
@@ -117,10 +118,10 @@ TEST_F(DayTest, TakesNothingFromAWindowInWhichTheUserTypes)
                                    AppModel::LabelEdit::Create{}, mail.fixture.account().mailboxIdentity()};
     model().start(model().applyLabelEdit(play, u"Play"_s));
     const QPointer<ComposeWindow> failing = &compose(u"Fails in its window"_s);
-    child<FlatButton>(*failing, "send").click();
+    leftClick(child<FlatButton>(*failing, "send"));
     ASSERT_TRUE(waitUntil([&] { return provider().pending().filter(u"send"_s).size() == 1; }));
     const QPointer<ComposeWindow> closed = &compose(u"Fails behind a closed window"_s);
-    child<FlatButton>(*closed, "send").click();
+    leftClick(child<FlatButton>(*closed, "send"));
     ASSERT_TRUE(waitUntil([&] { return provider().pending().filter(u"send"_s).size() == 2; }));
     closed->close();
     ASSERT_TRUE(waitUntil([&] { return !closed; }));

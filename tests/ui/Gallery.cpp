@@ -1,5 +1,6 @@
 #include "Gallery.h"
 
+#include "Gestures.h"
 #include "domain/MailError.h"
 #include "platform/Wakeup.h"
 #include "views/compose/ComposeWindows.h"
@@ -230,14 +231,14 @@ void Gallery::openSetup()
     m_mail->window->openSetup();
     ASSERT_TRUE(waitUntil([] { return shownWindow<IMAPSetupView>(); }));
     m_window = shownWindow<IMAPSetupView>();
-    m_window->findChild<DisclosureButton*>()->click();
+    leftClick(*m_window->findChild<DisclosureButton*>());
 }
 
 void Gallery::openSignIn()
 {
     m_mail->fixture.setSignIn([](ProviderKind, const QUuid&, const std::optional<QString>&,
                                  const std::stop_token& stop) { return waitForever(stop); });
-    m_mail->child<QPushButton>("signInGoogle").click();
+    leftClick(m_mail->child<QPushButton>("signInGoogle"));
     m_window = &m_mail->child<QWidget>("signInWindow");
 }
 

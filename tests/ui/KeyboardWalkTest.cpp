@@ -12,7 +12,6 @@
 
 #include <QAbstractButton>
 #include <QApplication>
-#include <QContextMenuEvent>
 #include <QDialog>
 #include <QHeaderView>
 #include <QLineEdit>
@@ -68,13 +67,6 @@ protected:
         }
         if (way.constLast() != name)
             throw std::runtime_error("no way to " + name.toStdString() + ": " + way.join(u' ').toStdString());
-    }
-    /// The display's connection makes two events of this key; the window finds the widget.
-    static void pressMenuKey()
-    {
-        QContextMenuEvent event(QContextMenuEvent::Keyboard, QPoint(), QPoint());
-        QApplication::sendEvent(QGuiApplication::focusWindow(), &event);
-        pressKey(Qt::Key_Menu);
     }
     static void fill(const QString& name, const QString& text)
     {
@@ -326,7 +318,7 @@ void KeyboardWalkTest::fold()
     EXPECT_TRUE(comes([this] { return model().messages().size() == 1 && !model().isLoading(); }));
     EXPECT_EQ(mail.window->windowTitle().section(u' ', 0, 0), u"Travel");
     // The menu of the folder.
-    pressMenuKey();
+    openMenuByKey(*QApplication::activeWindow(), u"Menu"_s);
     ASSERT_TRUE(comes([] { return openedMenu(); }));
     chooseByKeys({u"Rename “Travel”…"_s});
     ASSERT_TRUE(comes([] { return visible<QDialog>() && visible<QDialog>()->isActiveWindow(); }));

@@ -274,7 +274,7 @@ TEST_F(QuotedWordsTest, StandInTheFormOfAnAccount)
     mail->window->openSetup();
     auto* const form = shown<IMAPSetupView>();
     ASSERT_TRUE(form);
-    form->findChild<QToolButton*>(u"setupDisclosure"_s)->click();
+    clickButton(*form, u"Server Settings"_s);
     settle();
     expectWords(
         *form,

@@ -1,5 +1,6 @@
 #include "views/reader/ReaderView.h"
 
+#include "Gestures.h"
 #include "ReaderViewFixture.h"
 #include "domain/MailError.h"
 #include "safety/LinkCleaner.h"
@@ -86,16 +87,10 @@ TEST_F(ReaderViewTest, ShowsAddressesInTheTooltipAndCopiesThem)
     QTest::keySequence(&to, QKeySequence::Copy);
     EXPECT_EQ(QApplication::clipboard()->text(), u"mia@example.org, carl@example.org");
     QApplication::clipboard()->clear();
-    QTimer::singleShot(0, [] {
-        auto* const menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
-        ASSERT_TRUE(menu);
-        ASSERT_EQ(menu->actions().size(), 1);
-        EXPECT_EQ(menu->actions().first()->text(), u"Copy");
-        menu->actions().first()->trigger();
-        menu->close();
-    });
-    QContextMenuEvent event(QContextMenuEvent::Mouse, QPoint(4, 4), to.mapToGlobal(QPoint(4, 4)));
-    QApplication::sendEvent(&to, &event);
+    const QMenu* const menu = rightClick(to, {4, 4});
+    ASSERT_TRUE(menu);
+    EXPECT_EQ(menu->actions().size(), 1);
+    chooseByKeys({u"Copy"_s});
     EXPECT_EQ(QApplication::clipboard()->text(), u"mia@example.org, carl@example.org");
 }
 
