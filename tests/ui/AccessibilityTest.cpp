@@ -113,27 +113,13 @@ protected:
         }
         return nullptr;
     }
-    template <typename Window>
-    static Window* visible()
-    {
-        for (QWidget* const window : QApplication::topLevelWidgets()) {
-            if (auto* const found = qobject_cast<Window*>(window); found && found->isVisible())
-                return found;
-        }
-        return nullptr;
-    }
     /// Waits for the alert, looks at it, and closes it.
     template <typename Alert = QMessageBox>
     void expectNamesOf(const char* alert)
     {
         QPointer<Alert> found;
         ASSERT_TRUE(waitUntil([&] {
-            for (QWidget* const window : QApplication::topLevelWidgets()) {
-                auto* const candidate = qobject_cast<Alert*>(window);
-                if (candidate && candidate->isVisible() &&
-                    candidate->objectName() == QLatin1StringView(alert))
-                    found = candidate;
-            }
+            found = visibleWindow<Alert>(QString::fromLatin1(alert));
             return !found.isNull();
         })) << alert;
         expectNames();
@@ -381,23 +367,23 @@ TEST_F(AccessibilityTest, NamesTheAlertsOfAComposeWindow)
 TEST_F(AccessibilityTest, NamesTheScrollBarsOfWhatDoesNotFit)
 {
     QTest::keyClick(mail.window.get(), Qt::Key_Comma, Qt::ControlModifier);
-    ASSERT_TRUE(waitUntil([] { return visible<SettingsView>(); }));
-    visible<SettingsView>()->open(SettingsView::Pane::privacy);
+    ASSERT_TRUE(waitUntil([] { return visibleWindow<SettingsView>(); }));
+    visibleWindow<SettingsView>()->open(SettingsView::Pane::privacy);
     Style::shared().setTextSize(28);
-    visible<SettingsView>()->resize(720, 480);
+    visibleWindow<SettingsView>()->resize(720, 480);
     settle();
     const QList<AccessibleNode> tree = accessibleTree();
     EXPECT_TRUE(find(tree, u"scroll bar"_s, u"Vertical Scroll Bar"_s)) << described(tree).toStdString();
     expectNames();
-    visible<SettingsView>()->close();
+    visibleWindow<SettingsView>()->close();
     Style::shared().setTextSize(Style::standardTextSize);
 }
 
 TEST_F(AccessibilityTest, NamesTheFormOfAnAccount)
 {
     mail.window->openSetup();
-    ASSERT_TRUE(waitUntil([] { return visible<IMAPSetupView>(); }));
-    IMAPSetupView& form = *visible<IMAPSetupView>();
+    ASSERT_TRUE(waitUntil([] { return visibleWindow<IMAPSetupView>(); }));
+    IMAPSetupView& form = *visibleWindow<IMAPSetupView>();
     expectNames();
     QTest::mouseClick(form.findChild<QToolButton*>(u"setupDisclosure"_s), Qt::LeftButton);
     settle();
@@ -415,16 +401,16 @@ TEST_F(AccessibilityTest, NamesTheFormOfAnAccount)
 TEST_F(AccessibilityTest, NamesTheSettings)
 {
     QTest::keyClick(mail.window.get(), Qt::Key_Comma, Qt::ControlModifier);
-    ASSERT_TRUE(waitUntil([] { return visible<SettingsView>(); }));
+    ASSERT_TRUE(waitUntil([] { return visibleWindow<SettingsView>(); }));
     for (const auto pane : {SettingsView::Pane::accounts, SettingsView::Pane::general,
                             SettingsView::Pane::composing, SettingsView::Pane::privacy}) {
-        visible<SettingsView>()->open(pane);
+        visibleWindow<SettingsView>()->open(pane);
         if (pane == SettingsView::Pane::accounts)
-            visible<SettingsView>()->open(mail.fixture.account().id);
+            visibleWindow<SettingsView>()->open(mail.fixture.account().id);
         settle();
         expectNames();
     }
-    visible<SettingsView>()->close();
+    visibleWindow<SettingsView>()->close();
 }
 
 } // namespace

@@ -48,19 +48,11 @@ protected:
 
     void SetUp() override { mail.open(); }
 
-    IMAPSetupView* form() const
-    {
-        for (QWidget* const window : QApplication::topLevelWidgets()) {
-            auto* const found = qobject_cast<IMAPSetupView*>(window);
-            if (found && found->isVisible())
-                return found;
-        }
-        return nullptr;
-    }
+    static IMAPSetupView* form() { return visibleWindow<IMAPSetupView>(); }
     IMAPSetupView* openForm()
     {
         mail.window->openSetup();
-        EXPECT_TRUE(waitUntil([this] { return form() && form()->isActiveWindow(); }));
+        EXPECT_TRUE(waitUntil([] { return form() && form()->isActiveWindow(); }));
         return form();
     }
     QLineEdit& field(const char* name) const
@@ -108,7 +100,7 @@ protected:
         QTest::mouseClick(ok, Qt::LeftButton);
         EXPECT_TRUE(waitUntil([this] { return !alert(); }));
         form()->activateWindow();
-        EXPECT_TRUE(waitUntil([this] { return form()->isActiveWindow(); }));
+        EXPECT_TRUE(waitUntil([] { return form()->isActiveWindow(); }));
         return text;
     }
 
@@ -126,7 +118,7 @@ protected:
 TEST_F(AccountSetupTest, OpensFromTheWelcomeView)
 {
     QTest::mouseClick(&mail.child<QPushButton>("addIMAP"), Qt::LeftButton);
-    ASSERT_TRUE(waitUntil([this] { return form(); }));
+    ASSERT_TRUE(waitUntil([] { return form(); }));
     EXPECT_EQ(form()->windowTitle(), u"Account Setup");
     takeScreenshot(*mail.window, u"welcome"_s);
     takeScreenshot(*form(), u"imap-setup"_s);
@@ -192,7 +184,7 @@ TEST_F(AccountSetupTest, HidesThePasswordAndForgetsItOnTheWayOut)
     EXPECT_EQ(field("setupPassword").echoMode(), QLineEdit::Password);
     fill(u"ann@x.example"_s, u"secret"_s);
     clickButton(*form(), u"Cancel"_s);
-    ASSERT_TRUE(waitUntil([this] { return !form(); }));
+    ASSERT_TRUE(waitUntil([] { return !form(); }));
     openForm();
     EXPECT_EQ(field("setupPassword").text(), u"");
     EXPECT_TRUE(mail.model().accounts().isEmpty());
@@ -393,7 +385,7 @@ TEST_F(AccountSetupTest, CancelsByReturnOnCancel)
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
     ASSERT_EQ(QApplication::focusWidget(), &cancel);
     QTest::keyClick(&cancel, Qt::Key_Return);
-    EXPECT_TRUE(waitUntil([this] { return !form(); }));
+    EXPECT_TRUE(waitUntil([] { return !form(); }));
     EXPECT_TRUE(server->openings().isEmpty());
     EXPECT_FALSE(mail.model().isSigningIn());
 }
@@ -499,7 +491,7 @@ TEST_F(AccountSetupTest, AddsTheAccountAndShowsItsInbox)
     replace("setupUsername", u"ann"_s);
     connectTo({signedIn(), verifiedSubmission()});
     QTest::keyClick(&field("setupPassword"), Qt::Key_Return);
-    ASSERT_TRUE(waitUntil([this] { return !form(); }));
+    ASSERT_TRUE(waitUntil([] { return !form(); }));
     ASSERT_EQ(mail.model().accounts().size(), 1);
     EXPECT_EQ(mail.model().accounts()[0].displayName, u"Ann"_s);
     EXPECT_FALSE(mail.child<WelcomeView>("welcome").isVisible());
@@ -515,7 +507,7 @@ TEST_F(AccountRepairTest, OpensWithItsServersFilledInAndThePasswordEmpty)
     EXPECT_EQ(mail.child<QLabel>("signInText").text(), u"mia@example.org needs to sign in again.");
     takeScreenshot(*mail.window, u"sign-in-banner"_s);
     QTest::mouseClick(&button, Qt::LeftButton);
-    ASSERT_TRUE(waitUntil([this] { return form(); }));
+    ASSERT_TRUE(waitUntil([] { return form(); }));
     EXPECT_EQ(field("setupEmail").text(), u"mia@example.org");
     EXPECT_EQ(field("setupName").text(), u"Mia");
     EXPECT_EQ(field("imapHost").text(), u"imap.own.example");
@@ -533,7 +525,7 @@ TEST_F(AccountRepairTest, ShowsNamesInItsFieldsAsInATitle)
     MailWindow hostile(accounts);
     hostile.open();
     hostile.model().signInAgain(hostile.model().accounts().first(), [&] { hostile.window->openSetup(); });
-    ASSERT_TRUE(waitUntil([this] { return form(); }));
+    ASSERT_TRUE(waitUntil([] { return form(); }));
     EXPECT_EQ(field("setupName").text(), u"Mia of Orust");
     form()->close();
 }
@@ -547,7 +539,7 @@ TEST_F(AccountRepairTest, LeavesTheAccountAsItWasWhereItIsCancelledAfterAFailure
     EXPECT_EQ(refusal({Script("[CLOSE]")}), u"Mail protocol error: The server closed the "
                                             u"connection.\n\nIncoming server: other.example, port 1993.");
     clickButton(*form(), u"Cancel"_s);
-    ASSERT_TRUE(waitUntil([this] { return !form(); }));
+    ASSERT_TRUE(waitUntil([] { return !form(); }));
     EXPECT_EQ(mail.model().accounts(), before);
     EXPECT_FALSE(mail.model().imapSetupAccountID());
 }
@@ -596,7 +588,7 @@ TEST_F(AccountRepairTest, OpensFromTheHeadingOfTheAccountThatMustSignIn)
     const QRect heading = sidebar.visualRect(sidebar.model()->index(0, 0));
     QTest::mouseClick(sidebar.viewport(), Qt::LeftButton, {},
                       QPoint(heading.left() + 30, heading.top() + SidebarDelegate::signInTop() + 6));
-    ASSERT_TRUE(waitUntil([this] { return form(); }));
+    ASSERT_TRUE(waitUntil([] { return form(); }));
     EXPECT_EQ(mail.model().imapSetupAccountID(), mail.fixture.account().id);
     form()->close();
 }
@@ -605,7 +597,7 @@ TEST_F(AccountRepairTest, AddsAnotherAccountFromTheFootOfTheSidebar)
 {
     openMenuOfBar(*mail.window, u"Mailbox"_s);
     chooseByKeys({u"Add Account"_s, u"Other Mail Account (IMAP)…"_s});
-    ASSERT_TRUE(waitUntil([this] { return form(); }));
+    ASSERT_TRUE(waitUntil([] { return form(); }));
     EXPECT_EQ(field("setupEmail").text(), u"");
     EXPECT_FALSE(mail.model().imapSetupAccountID());
     form()->close();

@@ -54,18 +54,6 @@ QByteArray sampleMessage()
            "--b--\r\n";
 }
 
-/// The visible window of a kind.
-template <typename Window>
-Window* shownWindow()
-{
-    for (QWidget* const widget : QApplication::topLevelWidgets()) {
-        auto* const window = qobject_cast<Window*>(widget);
-        if (window && window->isVisible())
-            return window;
-    }
-    return nullptr;
-}
-
 /// A browser that says nothing.
 Task<SignInService::SignedIn> waitForever(std::stop_token stop)
 {
@@ -218,8 +206,8 @@ void Gallery::openSettings()
                                  : m_scene == Scene::generalPane   ? Pane::general
                                  : m_scene == Scene::composingPane ? Pane::composing
                                                                    : Pane::privacy);
-    ASSERT_TRUE(waitUntil([] { return shownWindow<SettingsView>(); }));
-    auto* const settings = shownWindow<SettingsView>();
+    ASSERT_TRUE(waitUntil([] { return visibleWindow<SettingsView>(); }));
+    auto* const settings = visibleWindow<SettingsView>();
     if (m_scene == Scene::accountsPane)
         settings->open(m_mail->fixture.account().id);
     show(*settings);
@@ -229,8 +217,8 @@ void Gallery::openSettings()
 void Gallery::openSetup()
 {
     m_mail->window->openSetup();
-    ASSERT_TRUE(waitUntil([] { return shownWindow<IMAPSetupView>(); }));
-    m_window = shownWindow<IMAPSetupView>();
+    ASSERT_TRUE(waitUntil([] { return visibleWindow<IMAPSetupView>(); }));
+    m_window = visibleWindow<IMAPSetupView>();
     leftClick(*m_window->findChild<DisclosureButton*>());
 }
 

@@ -43,15 +43,6 @@ protected:
     {
         return waitUntil(condition, patience);
     }
-    template <typename Window>
-    static Window* visible()
-    {
-        for (QWidget* const window : QApplication::topLevelWidgets()) {
-            if (auto* const found = qobject_cast<Window*>(window); found && found->isVisible())
-                return found;
-        }
-        return nullptr;
-    }
     static QString focused()
     {
         return QApplication::focusWidget() ? QApplication::focusWidget()->objectName() : QString();
@@ -126,7 +117,8 @@ void KeyboardWalkTest::addAccount()
 {
     tabTo(u"addIMAP"_s);
     pressKey(Qt::Key_Space);
-    ASSERT_TRUE(comes([] { return visible<IMAPSetupView>() && visible<IMAPSetupView>()->isActiveWindow(); }));
+    ASSERT_TRUE(comes(
+        [] { return visibleWindow<IMAPSetupView>() && visibleWindow<IMAPSetupView>()->isActiveWindow(); }));
     const ServerSettings settings = *server.account(ConnectionSecurity::startTLS).server;
     fill(u"setupName"_s, u"Mara"_s);
     fill(u"setupEmail"_s, QString::fromLatin1(MailServer::address));
@@ -144,7 +136,7 @@ void KeyboardWalkTest::addAccount()
         typeText(QString::number(port));
         tabTo(prefix + u"Security"_s);
     }
-    takeScreenshot(*visible<IMAPSetupView>(), u"keys-01-setup"_s);
+    takeScreenshot(*visibleWindow<IMAPSetupView>(), u"keys-01-setup"_s);
     tabTo(u"setupSignIn"_s);
     pressKey(Qt::Key_Return);
     ASSERT_TRUE(comes([this] { return !model().accounts().isEmpty(); }))
@@ -185,16 +177,18 @@ void KeyboardWalkTest::read()
 
 ComposeWindow* KeyboardWalkTest::composed()
 {
-    if (!comes([] { return visible<ComposeWindow>() && visible<ComposeWindow>()->isActiveWindow(); }))
+    if (!comes([] {
+            return visibleWindow<ComposeWindow>() && visibleWindow<ComposeWindow>()->isActiveWindow();
+        }))
         throw std::runtime_error("no compose window");
-    return visible<ComposeWindow>();
+    return visibleWindow<ComposeWindow>();
 }
 
 /// The text goes out, and the keyboard back to the main window.
 void KeyboardWalkTest::send()
 {
     pressChord(u"Ctrl+Shift+D"_s);
-    ASSERT_TRUE(comes([] { return !visible<ComposeWindow>(); }));
+    ASSERT_TRUE(comes([] { return !visibleWindow<ComposeWindow>(); }));
     returnToMain();
     ASSERT_TRUE(isIdle());
 }
@@ -212,7 +206,7 @@ void KeyboardWalkTest::write()
     typeText(u"No mouse"_s);
     takeScreenshot(*composed(), u"keys-03-compose"_s);
     pressChord(u"Ctrl+S"_s);
-    ASSERT_TRUE(comes([] { return !visible<ComposeWindow>(); }));
+    ASSERT_TRUE(comes([] { return !visibleWindow<ComposeWindow>(); }));
     returnToMain();
     pressChord(u"Ctrl+4"_s);
     ASSERT_TRUE(comes([this] { return isListed(u"By keys"_s) == 1 && !model().isLoading(); }));
@@ -235,7 +229,7 @@ void KeyboardWalkTest::write()
     EXPECT_EQ(composed()->view().draft().to, u"\"Ann\" <ann@example.org>");
     EXPECT_EQ(focused(), u"composeText");
     pressChord(u"Ctrl+W"_s);
-    ASSERT_TRUE(comes([] { return !visible<ComposeWindow>(); }));
+    ASSERT_TRUE(comes([] { return !visibleWindow<ComposeWindow>(); }));
     returnToMain();
     pressChord(u"Ctrl+Shift+F"_s);
     EXPECT_TRUE(composed()->view().draft().subject.startsWith(u"Fwd: "_s));
@@ -279,7 +273,7 @@ void KeyboardWalkTest::mark()
 void KeyboardWalkTest::tidy()
 {
     choose(u"Mailbox"_s, {u"New Folder…"_s});
-    ASSERT_TRUE(comes([] { return visible<QDialog>() && visible<QDialog>()->isActiveWindow(); }));
+    ASSERT_TRUE(comes([] { return visibleWindow<QDialog>() && visibleWindow<QDialog>()->isActiveWindow(); }));
     typeText(u"Travel"_s);
     pressKey(Qt::Key_Return);
     const QUuid account = model().accounts().first().id;
@@ -321,7 +315,7 @@ void KeyboardWalkTest::fold()
     openMenuByKey(*QApplication::activeWindow(), u"Menu"_s);
     ASSERT_TRUE(comes([] { return openedMenu(); }));
     chooseByKeys({u"Rename “Travel”…"_s});
-    ASSERT_TRUE(comes([] { return visible<QDialog>() && visible<QDialog>()->isActiveWindow(); }));
+    ASSERT_TRUE(comes([] { return visibleWindow<QDialog>() && visibleWindow<QDialog>()->isActiveWindow(); }));
     pressChord(u"Ctrl+A"_s);
     typeText(u"Voyages"_s);
     pressKey(Qt::Key_Return);
@@ -346,14 +340,15 @@ void KeyboardWalkTest::fold()
 void KeyboardWalkTest::set()
 {
     pressChord(u"Ctrl+,"_s);
-    ASSERT_TRUE(comes([] { return visible<SettingsView>() && visible<SettingsView>()->isActiveWindow(); }));
+    ASSERT_TRUE(comes(
+        [] { return visibleWindow<SettingsView>() && visibleWindow<SettingsView>()->isActiveWindow(); }));
     tabTo(u"settingsTabBar"_s);
     pressKey(Qt::Key_Right);
     tabTo(u"gmailShortcuts"_s);
     pressKey(Qt::Key_Space);
     EXPECT_FALSE(mail.fixture.defaults().boolean(DefaultsKey::gmailShortcuts));
     pressKey(Qt::Key_Escape);
-    EXPECT_TRUE(comes([] { return !visible<SettingsView>(); }));
+    EXPECT_TRUE(comes([] { return !visibleWindow<SettingsView>(); }));
     returnToMain();
 }
 

@@ -70,23 +70,13 @@ protected:
         QTest::keyClicks(&field, text);
     }
 
-    template <typename Window>
-    static Window* visible()
-    {
-        for (QWidget* const window : QApplication::topLevelWidgets()) {
-            if (auto* const found = qobject_cast<Window*>(window); found && found->isVisible())
-                return found;
-        }
-        return nullptr;
-    }
-
     void addAccount()
     {
         mail.open();
         takeScreenshot(*mail.window, u"walk-01-welcome"_s);
         QTest::mouseClick(&mail.child<QPushButton>("addIMAP"), Qt::LeftButton);
-        ASSERT_TRUE(comes([] { return visible<IMAPSetupView>(); }));
-        IMAPSetupView& form = *visible<IMAPSetupView>();
+        ASSERT_TRUE(comes([] { return visibleWindow<IMAPSetupView>(); }));
+        IMAPSetupView& form = *visibleWindow<IMAPSetupView>();
         const ServerSettings settings = *server.account(ConnectionSecurity::startTLS).server;
         type(child<QLineEdit>(form, "setupName"), u"Mara Lindqvist"_s);
         type(child<QLineEdit>(form, "setupEmail"), QString::fromLatin1(MailServer::address));
