@@ -72,7 +72,31 @@ QPoint placeOnDisplay(const QWidget& widget)
     return (QPointF(widget.mapToGlobal(widget.rect().center())) * widget.devicePixelRatioF()).toPoint();
 }
 
+/// An item as the user sees it: "Reply [Ctrl+R]", "(…)" around what is turned off, "✓" behind what is
+/// checked.
+QString lineOf(const QAction& action)
+{
+    if (action.isSeparator())
+        return action.text().isEmpty() ? u"-"_s : u"- "_s + action.text();
+    QString line = action.text();
+    if (!action.shortcuts().isEmpty())
+        line += u" [%1]"_s.arg(QKeySequence::listToString(action.shortcuts(), QKeySequence::PortableText));
+    if (action.isCheckable() && action.isChecked())
+        line += u" ✓"_s;
+    if (action.menu())
+        line += u" ▸"_s;
+    return action.isEnabled() ? line : u"("_s + line + u")"_s;
+}
+
 } // namespace
+
+QStringList linesOf(const QMenu& menu)
+{
+    QStringList lines;
+    for (const QAction* const action : menu.actions())
+        lines.append(lineOf(*action));
+    return lines;
+}
 
 QString plainTitle(QString title)
 {

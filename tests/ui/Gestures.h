@@ -19,6 +19,9 @@ namespace Larkhaven {
 
 /// A title as it is read: without the mark of its mnemonic.
 QString plainTitle(QString title);
+/// The items of a menu as the user sees them: "Reply [Ctrl+R]", "(…)" around what is turned off, "✓" behind
+/// what is checked, "▸" behind what opens, "-" for a line between.
+QStringList linesOf(const QMenu& menu);
 
 /// Presses and lets go of a key where the keyboard is.
 void pressKey(Qt::Key key, Qt::KeyboardModifiers modifiers = {});
