@@ -27,6 +27,8 @@
 #include <QWebEngineView>
 #include <QWindow>
 
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
 namespace Larkhaven {
@@ -94,7 +96,19 @@ TEST_F(ReaderViewTest, ShowsAddressesInTheTooltipAndCopiesThem)
     EXPECT_EQ(QApplication::clipboard()->text(), u"mia@example.org, carl@example.org");
 }
 
-/// How long it holds the main thread is printed, never asserted.
+/// Counts how often a widget gets a place.
+class Placements : public QObject {
+public:
+    explicit Placements(QWidget& widget) { widget.installEventFilter(this); }
+    bool eventFilter(QObject* /*watched*/, QEvent* event) override
+    {
+        count += event->type() == QEvent::Resize || event->type() == QEvent::LayoutRequest;
+        return false;
+    }
+    int count = 0;
+};
+
+/// What is laid out, and how often, is bounded. How long that holds the main thread is printed.
 TEST_F(ReaderViewTest, ShowsAMassMailingByItsFirstAddressesAndCopiesAll)
 {
     const qsizetype count = 200'000;
@@ -102,19 +116,34 @@ TEST_F(ReaderViewTest, ShowsAMassMailingByItsFirstAddressesAndCopiesAll)
     mail->fixture.provider().setRaw(u"2"_s,
                                     "From: ada@example.com\r\nTo: " + QByteArray("a@b,").repeated(count) +
                                         "\r\nSubject: many\r\n\r\nHello");
+    QLabel& to = label("readerTo");
+    Placements placements(to);
+    constexpr int mostPlacements = 20;
     TurnMeter meter;
     meter.step([&] { mail->model().open(*mail->model().message(u"2"_s)); });
     ASSERT_TRUE(
         meter.until([&] { return label("readerSubject").text() == u"many"; }, std::chrono::seconds(60)));
     const TurnMeter::Turn turn = meter.takeLongest();
     std::printf("%lld addresses: longest turn %.0f ms\n", static_cast<long long>(count), turn.wall);
-    EXPECT_LE(label("readerTo").height(), 3 * label("readerTo").fontMetrics().height());
-    auto* const more = label("readerTo").findChild<QAbstractButton*>(u"moreAddresses"_s);
-    const qsizetype named = label("readerTo").text().count(u'a');
+    EXPECT_LE(to.height(), 3 * to.fontMetrics().height());
+    // Two lines of the window's width, and a tooltip of a screen.
+    EXPECT_LT(to.text().size(), 500);
+    EXPECT_LE(to.toolTip().size(), 1001);
+    settle();
+    std::printf("placed %d times\n", placements.count);
+    EXPECT_GT(placements.count, 0);
+    EXPECT_LE(std::exchange(placements.count, 0), mostPlacements);
+    auto* const more = to.findChild<QAbstractButton*>(u"moreAddresses"_s);
+    const qsizetype named = to.text().count(u'a');
     EXPECT_EQ(more->text(), u"and %1 more"_s.arg(QLocale().toString(count - named)));
     meter.step([&] { QTest::keyClick(more, Qt::Key_Space); });
-    EXPECT_TRUE(
-        meter.until([&] { return label("readerTo").text().count(u'a') > 499; }, std::chrono::seconds(9)));
+    EXPECT_TRUE(meter.until([&] { return to.text().count(u'a') > 499; }, std::chrono::seconds(9)));
+    constexpr qsizetype most = ShownAddresses::mostNames;
+    EXPECT_EQ(to.text().count(u", "_s), most - 1);
+    EXPECT_TRUE(to.text().endsWith(u"and %1 more"_s.arg(QLocale().toString(count - most))));
+    settle();
+    EXPECT_LE(placements.count, mostPlacements);
+    std::printf("placed %d times\n", placements.count);
     std::printf("unfolding them: longest turn %.0f ms\n", meter.takeLongest().wall);
     EXPECT_EQ(mail->window->windowTitle(), u"many"_s);
     QTest::keySequence(&label("readerTo"), QKeySequence::Copy);
