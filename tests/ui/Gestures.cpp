@@ -121,6 +121,23 @@ void pressChord(const QString& chord)
     pressKey(key.key(), key.keyboardModifiers());
 }
 
+QString focusedName()
+{
+    return QApplication::focusWidget() ? QApplication::focusWidget()->objectName() : QString();
+}
+
+void tabTo(const QString& name, Qt::KeyboardModifiers modifiers)
+{
+    constexpr int longWay = 60;
+    QStringList way{focusedName()};
+    while (way.constLast() != name && way.size() <= longWay) {
+        pressKey(modifiers ? Qt::Key_Backtab : Qt::Key_Tab, modifiers);
+        way.append(focusedName());
+    }
+    if (way.constLast() != name)
+        throw std::runtime_error("no way to " + name.toStdString() + ": " + way.join(u' ').toStdString());
+}
+
 QMenu* openedMenu()
 {
     return qobject_cast<QMenu*>(QApplication::activePopupWidget());

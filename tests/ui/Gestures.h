@@ -30,6 +30,12 @@ void typeText(const QString& text);
 /// Presses a chord such as "Ctrl+Shift+U".
 void pressChord(const QString& chord);
 
+/// The name of the widget that has the keyboard; empty for none.
+QString focusedName();
+/// Presses Tab, or Shift+Tab, until the keyboard is at the widget of the name. Throws where no way leads
+/// there.
+void tabTo(const QString& name, Qt::KeyboardModifiers modifiers = {});
+
 /// The menu that is open, the innermost of several; null for none.
 QMenu* openedMenu();
 /// Presses the right button on the place of the widget, and gives the menu that opens; null for none.

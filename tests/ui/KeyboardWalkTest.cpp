@@ -43,22 +43,6 @@ protected:
     {
         return waitUntil(condition, patience);
     }
-    static QString focused()
-    {
-        return QApplication::focusWidget() ? QApplication::focusWidget()->objectName() : QString();
-    }
-    /// Presses Tab until the keyboard is at the widget of the name.
-    static void tabTo(const QString& name, Qt::KeyboardModifiers modifiers = {})
-    {
-        constexpr int longWay = 60;
-        QStringList way{focused()};
-        while (way.constLast() != name && way.size() <= longWay) {
-            pressKey(modifiers ? Qt::Key_Backtab : Qt::Key_Tab, modifiers);
-            way.append(focused());
-        }
-        if (way.constLast() != name)
-            throw std::runtime_error("no way to " + name.toStdString() + ": " + way.join(u' ').toStdString());
-    }
     static void fill(const QString& name, const QString& text)
     {
         tabTo(name);
@@ -80,9 +64,9 @@ protected:
     static void toList()
     {
         constexpr int panes = 3;
-        for (int step = 0; step < panes && focused() != u"messageTable"; ++step)
+        for (int step = 0; step < panes && focusedName() != u"messageTable"; ++step)
             pressKey(Qt::Key_F6);
-        if (focused() != u"messageTable")
+        if (focusedName() != u"messageTable")
             throw std::runtime_error("F6 does not lead to the list");
     }
     bool isIdle()
@@ -143,7 +127,7 @@ void KeyboardWalkTest::addAccount()
         << model().errorMessage().value_or(QString()).toStdString();
     ASSERT_TRUE(isIdle());
     returnToMain();
-    ASSERT_TRUE(comes([] { return focused() == u"messageTable"; })) << "the list has the keyboard";
+    ASSERT_TRUE(comes([] { return focusedName() == u"messageTable"; })) << "the list has the keyboard";
 }
 
 void KeyboardWalkTest::read()
@@ -164,7 +148,7 @@ void KeyboardWalkTest::read()
     takeScreenshot(*mail.window, u"keys-02-reader"_s);
     pressKey(Qt::Key_Escape);
     ASSERT_TRUE(comes([this] { return model().path().isEmpty(); }));
-    EXPECT_EQ(focused(), u"messageTable");
+    EXPECT_EQ(focusedName(), u"messageTable");
     pressChord(u"Ctrl+F"_s);
     typeText(u"boat"_s);
     pressKey(Qt::Key_Return);
@@ -172,7 +156,7 @@ void KeyboardWalkTest::read()
     tabTo(u"clearSearch"_s);
     pressKey(Qt::Key_Space);
     ASSERT_TRUE(comes([this] { return model().messages().size() == 3; }));
-    EXPECT_EQ(focused(), u"messageTable");
+    EXPECT_EQ(focusedName(), u"messageTable");
 }
 
 ComposeWindow* KeyboardWalkTest::composed()
@@ -202,7 +186,7 @@ void KeyboardWalkTest::write()
     tabTo(u"subject"_s);
     typeText(u"By keys"_s);
     pressKey(Qt::Key_Tab);
-    EXPECT_EQ(focused(), u"composeText");
+    EXPECT_EQ(focusedName(), u"composeText");
     typeText(u"No mouse"_s);
     takeScreenshot(*composed(), u"keys-03-compose"_s);
     pressChord(u"Ctrl+S"_s);
@@ -227,7 +211,7 @@ void KeyboardWalkTest::write()
     pressKey(Qt::Key_Home);
     pressChord(u"Ctrl+R"_s);
     EXPECT_EQ(composed()->view().draft().to, u"\"Ann\" <ann@example.org>");
-    EXPECT_EQ(focused(), u"composeText");
+    EXPECT_EQ(focusedName(), u"composeText");
     pressChord(u"Ctrl+W"_s);
     ASSERT_TRUE(comes([] { return !visibleWindow<ComposeWindow>(); }));
     returnToMain();
@@ -307,7 +291,7 @@ void KeyboardWalkTest::fold()
     const QUuid account = model().accounts().first().id;
     toList();
     pressKey(Qt::Key_F6, Qt::ShiftModifier);
-    ASSERT_EQ(focused(), u"sidebar");
+    ASSERT_EQ(focusedName(), u"sidebar");
     pressKey(Qt::Key_End);
     EXPECT_TRUE(comes([this] { return model().messages().size() == 1 && !model().isLoading(); }));
     EXPECT_EQ(mail.window->windowTitle().section(u' ', 0, 0), u"Travel");
@@ -331,7 +315,7 @@ void KeyboardWalkTest::fold()
     EXPECT_TRUE(sidebar.isExpanded(sidebar.model()->index(0, 0)));
     pressChord(u"F9"_s);
     EXPECT_FALSE(sidebar.isVisible());
-    EXPECT_EQ(focused(), u"messageTable");
+    EXPECT_EQ(focusedName(), u"messageTable");
     tabTo(u"toggleSidebar"_s);
     pressKey(Qt::Key_Space);
     EXPECT_TRUE(sidebar.isVisible());
