@@ -1,4 +1,5 @@
 #include "AccessibleTree.h"
+#include "Gestures.h"
 #include "UITestSupport.h"
 #include "domain/MailError.h"
 #include "platform/Wakeup.h"
@@ -90,20 +91,25 @@ protected:
         }
         return nullptr;
     }
+    struct Spoken {
+        const char* role;
+        const char* name;
+    };
+    /// Each of them is said by an object of its own.
+    static void expectNodes(const QList<Spoken>& expected)
+    {
+        const QList<AccessibleNode> tree = accessibleTree();
+        for (const Spoken& one : expected)
+            EXPECT_TRUE(find(tree, QLatin1StringView(one.role), QString::fromUtf8(one.name)))
+                << one.role << ": " << one.name;
+        if (testing::Test::HasFailure())
+            ADD_FAILURE() << described(tree).toStdString();
+    }
     QMenu* menu(const QString& title)
     {
         for (const QAction* const action : mail.window->menuBar()->actions()) {
             if (QString(action->text()).remove(u'&') == title)
                 return action->menu();
-        }
-        return nullptr;
-    }
-    template <typename Window>
-    static Window* visible()
-    {
-        for (QWidget* const window : QApplication::topLevelWidgets()) {
-            if (auto* const found = qobject_cast<Window*>(window); found && found->isVisible())
-                return found;
         }
         return nullptr;
     }
@@ -113,12 +119,7 @@ protected:
     {
         QPointer<Alert> found;
         ASSERT_TRUE(waitUntil([&] {
-            for (QWidget* const window : QApplication::topLevelWidgets()) {
-                auto* const candidate = qobject_cast<Alert*>(window);
-                if (candidate && candidate->isVisible() &&
-                    candidate->objectName() == QLatin1StringView(alert))
-                    found = candidate;
-            }
+            found = visibleWindow<Alert>(QString::fromLatin1(alert));
             return !found.isNull();
         })) << alert;
         expectNames();
@@ -177,11 +178,24 @@ TEST_F(AccessibilityTest, NamesWhatStandsAroundTheList)
     model().report(std::make_exception_ptr(MailError::notSignedIn()), mail.fixture.account().id);
     provider().failAlways(u"listMessages"_s, MailError::protocolError(u"No answer"_s));
     mail.fixture.endSleeps();
-    settle();
+    ASSERT_TRUE(waitUntil([this] { return model().failedChecks().size() == 1; }));
     model().setSelection({u"3"_s});
     model().archive(model().actedOn());
     ASSERT_TRUE(waitUntil([this] { return model().undoOffer().has_value(); }));
     expectNames();
+    expectNodes({{"text", "Search"},
+                 {"push button", "Clear"},
+                 {"label", "4 results for “Subject” in Inbox"},
+                 {"push button", "Clear Search"},
+                 {"label", "Sign-In Required"},
+                 {"push button", "Sign In…"},
+                 {"label", "Mail protocol error: No answer."},
+                 {"push button", "Try mia@example.org Again"},
+                 {"label", "Archived."},
+                 {"push button", "Undo"},
+                 {"push button", "Newer"},
+                 {"push button", "Older"},
+                 {"label", "1–4 of 4"}});
 }
 
 TEST_F(AccessibilityTest, TellsTheUnreadCountsOfTheMailboxes)
@@ -230,7 +244,8 @@ TEST_F(AccessibilityTest, NamesTheAlertsOfTheMainWindow)
     expectNamesOf<QDialog>("labelSheet");
     model().beginRenameLabel(folders[0], mail.fixture.account().id);
     expectNamesOf<QDialog>("labelSheet");
-    mail.window->menuBar()->findChild<QAction*>(u"about"_s)->trigger();
+    openMenuOfBar(*mail.window, u"Help"_s);
+    chooseByKeys({u"About Larkhaven"_s});
     expectNamesOf("about");
 }
 
@@ -287,9 +302,17 @@ TEST_F(AccessibilityTest, NamesTheWarningAboutALink)
 
 TEST_F(AccessibilityTest, NamesAMessageThatCouldNotBeLoaded)
 {
-    provider().failAlways(u"fetchParsed"_s, MailError::protocolError(u"Gone"_s));
+    provider().failAlways(u"fetchRaw"_s, MailError::protocolError(u"Gone"_s));
     mail.read(u"1"_s);
+    EXPECT_EQ(mail.window->reader().loadError(), u"Mail protocol error: Gone"_s);
     expectNames();
+    expectNodes({{"filler", "Couldn't Load Message"},
+                 {"alert", "Something went wrong"},
+                 {"label", "Mail protocol error: Gone"}});
+    const QList<AccessibleNode> tree = accessibleTree();
+    const AccessibleNode* const said = find(tree, u"filler"_s, u"Couldn't Load Message"_s);
+    ASSERT_TRUE(said);
+    EXPECT_EQ(said->description, u"Mail protocol error: Gone");
 }
 
 // --- Writing
@@ -344,23 +367,23 @@ TEST_F(AccessibilityTest, NamesTheAlertsOfAComposeWindow)
 TEST_F(AccessibilityTest, NamesTheScrollBarsOfWhatDoesNotFit)
 {
     QTest::keyClick(mail.window.get(), Qt::Key_Comma, Qt::ControlModifier);
-    ASSERT_TRUE(waitUntil([] { return visible<SettingsView>(); }));
-    visible<SettingsView>()->open(SettingsView::Pane::privacy);
+    ASSERT_TRUE(waitUntil([] { return visibleWindow<SettingsView>(); }));
+    visibleWindow<SettingsView>()->open(SettingsView::Pane::privacy);
     Style::shared().setTextSize(28);
-    visible<SettingsView>()->resize(720, 480);
+    visibleWindow<SettingsView>()->resize(720, 480);
     settle();
     const QList<AccessibleNode> tree = accessibleTree();
     EXPECT_TRUE(find(tree, u"scroll bar"_s, u"Vertical Scroll Bar"_s)) << described(tree).toStdString();
     expectNames();
-    visible<SettingsView>()->close();
+    visibleWindow<SettingsView>()->close();
     Style::shared().setTextSize(Style::standardTextSize);
 }
 
 TEST_F(AccessibilityTest, NamesTheFormOfAnAccount)
 {
     mail.window->openSetup();
-    ASSERT_TRUE(waitUntil([] { return visible<IMAPSetupView>(); }));
-    IMAPSetupView& form = *visible<IMAPSetupView>();
+    ASSERT_TRUE(waitUntil([] { return visibleWindow<IMAPSetupView>(); }));
+    IMAPSetupView& form = *visibleWindow<IMAPSetupView>();
     expectNames();
     QTest::mouseClick(form.findChild<QToolButton*>(u"setupDisclosure"_s), Qt::LeftButton);
     settle();
@@ -378,16 +401,16 @@ TEST_F(AccessibilityTest, NamesTheFormOfAnAccount)
 TEST_F(AccessibilityTest, NamesTheSettings)
 {
     QTest::keyClick(mail.window.get(), Qt::Key_Comma, Qt::ControlModifier);
-    ASSERT_TRUE(waitUntil([] { return visible<SettingsView>(); }));
+    ASSERT_TRUE(waitUntil([] { return visibleWindow<SettingsView>(); }));
     for (const auto pane : {SettingsView::Pane::accounts, SettingsView::Pane::general,
                             SettingsView::Pane::composing, SettingsView::Pane::privacy}) {
-        visible<SettingsView>()->open(pane);
+        visibleWindow<SettingsView>()->open(pane);
         if (pane == SettingsView::Pane::accounts)
-            visible<SettingsView>()->open(mail.fixture.account().id);
+            visibleWindow<SettingsView>()->open(mail.fixture.account().id);
         settle();
         expectNames();
     }
-    visible<SettingsView>()->close();
+    visibleWindow<SettingsView>()->close();
 }
 
 } // namespace

@@ -1,3 +1,4 @@
+#include "Gestures.h"
 #include "UITestSupport.h"
 #include "domain/MailError.h"
 #include "support/IMAPScripts.h"
@@ -47,19 +48,11 @@ protected:
 
     void SetUp() override { mail.open(); }
 
-    IMAPSetupView* form() const
-    {
-        for (QWidget* const window : QApplication::topLevelWidgets()) {
-            auto* const found = qobject_cast<IMAPSetupView*>(window);
-            if (found && found->isVisible())
-                return found;
-        }
-        return nullptr;
-    }
+    static IMAPSetupView* form() { return visibleWindow<IMAPSetupView>(); }
     IMAPSetupView* openForm()
     {
         mail.window->openSetup();
-        EXPECT_TRUE(waitUntil([this] { return form() && form()->isActiveWindow(); }));
+        EXPECT_TRUE(waitUntil([] { return form() && form()->isActiveWindow(); }));
         return form();
     }
     QLineEdit& field(const char* name) const
@@ -73,6 +66,12 @@ protected:
     {
         QTest::keyClicks(&field("setupEmail"), email);
         QTest::keyClicks(&field("setupPassword"), password);
+    }
+    void replace(const char* name, const QString& text)
+    {
+        field(name).selectAll();
+        QTest::keyClick(&field(name), Qt::Key_Delete);
+        QTest::keyClicks(&field(name), text);
     }
     void connectTo(const QList<Script>& scripts) { connect(mail, scripts); }
     void connect(MailWindow& window, const QList<Script>& scripts)
@@ -92,8 +91,8 @@ protected:
     QString refusal(const QList<Script>& scripts)
     {
         connectTo(scripts);
-        signIn().click();
-        EXPECT_TRUE(waitUntil([this] { return alert() && alert()->isVisible(); }));
+        leftClick(signIn());
+        EXPECT_TRUE(waitUntil([this] { return alert() && alert()->isActiveWindow(); }));
         if (!alert())
             return {};
         const auto ok = alert()->button(QMessageBox::Ok);
@@ -102,7 +101,7 @@ protected:
         QTest::mouseClick(ok, Qt::LeftButton);
         EXPECT_TRUE(waitUntil([this] { return !alert(); }));
         form()->activateWindow();
-        EXPECT_TRUE(waitUntil([this] { return form()->isActiveWindow(); }));
+        EXPECT_TRUE(waitUntil([] { return form()->isActiveWindow(); }));
         return text;
     }
 
@@ -120,11 +119,11 @@ protected:
 TEST_F(AccountSetupTest, OpensFromTheWelcomeView)
 {
     QTest::mouseClick(&mail.child<QPushButton>("addIMAP"), Qt::LeftButton);
-    ASSERT_TRUE(waitUntil([this] { return form(); }));
+    ASSERT_TRUE(waitUntil([] { return form(); }));
     EXPECT_EQ(form()->windowTitle(), u"Account Setup");
     takeScreenshot(*mail.window, u"welcome"_s);
     takeScreenshot(*form(), u"imap-setup"_s);
-    form()->findChild<QToolButton*>(u"setupDisclosure"_s)->click();
+    clickButton(*form(), u"Server Settings"_s);
     takeScreenshot(*form(), u"imap-setup-servers"_s);
     form()->close();
 }
@@ -158,9 +157,9 @@ TEST_F(AccountSetupTest, KeepsSignInDisabledWithoutAPasswordOrAServerOrAUserName
     QTest::keyClicks(&field("setupPassword"), u"x"_s);
     for (const char* name : {"imapHost", "smtpHost", "setupUsername"}) {
         const QString text = field(name).text();
-        field(name).clear();
+        replace(name, {});
         EXPECT_FALSE(signIn().isEnabled()) << name;
-        field(name).setText(text);
+        replace(name, text);
         EXPECT_TRUE(signIn().isEnabled()) << name;
     }
     form()->close();
@@ -170,8 +169,11 @@ TEST_F(AccountSetupTest, LeavesTheServersAloneOnceThePortWasChangedByHand)
 {
     openForm();
     fill(u"ann@x.example"_s, u"x"_s);
-    port("imapPort").setValue(1143);
-    field("setupEmail").setText(u"ann@gmx.net"_s);
+    clickButton(*form(), u"Server Settings"_s);
+    port("imapPort").setFocus();
+    port("imapPort").selectAll();
+    typeText(u"1143"_s);
+    replace("setupEmail", u"ann@gmx.net"_s);
     EXPECT_EQ(port("imapPort").value(), 1143);
     EXPECT_EQ(field("imapHost").text(), u"imap.x.example");
     form()->close();
@@ -182,8 +184,8 @@ TEST_F(AccountSetupTest, HidesThePasswordAndForgetsItOnTheWayOut)
     openForm();
     EXPECT_EQ(field("setupPassword").echoMode(), QLineEdit::Password);
     fill(u"ann@x.example"_s, u"secret"_s);
-    form()->findChild<QPushButton*>(u"setupCancel"_s)->click();
-    ASSERT_TRUE(waitUntil([this] { return !form(); }));
+    clickButton(*form(), u"Cancel"_s);
+    ASSERT_TRUE(waitUntil([] { return !form(); }));
     openForm();
     EXPECT_EQ(field("setupPassword").text(), u"");
     EXPECT_TRUE(mail.model().accounts().isEmpty());
@@ -199,7 +201,7 @@ TEST_F(AccountSetupTest, TellsEachFailureInItsOwnWordsAndNamesItsServer)
     const QString outgoing = u"\n\nOutgoing server: smtp.x.example, port 465."_s + guessed;
     openForm();
     fill(u"ann@x.example"_s, u"secret"_s);
-    field("setupUsername").setText(u"ann"_s);
+    replace("setupUsername", u"ann"_s);
     EXPECT_EQ(
         refusal({refusedSignIn()}),
         u"The server didn't accept the user name or password. Some providers (iCloud, Yahoo, Gmail) need "
@@ -252,7 +254,7 @@ TEST_F(AccountSetupTest, DisablesItsButtonWhileTheServersAreAsked)
     openForm();
     fill(u"ann@x.example"_s, u"secret"_s);
     connectTo({Script("[CLOSE]")});
-    signIn().click();
+    leftClick(signIn());
     EXPECT_FALSE(signIn().isEnabled());
     EXPECT_TRUE(waitUntil([this] { return alert() && alert()->isVisible(); }));
     EXPECT_TRUE(signIn().isEnabled());
@@ -276,10 +278,8 @@ TEST_F(AccountSetupTest, SaysOnlyOfAGuessThatItIsOne)
     fill(u"ann@gmx.net"_s, u"secret"_s);
     EXPECT_EQ(refusal({Script("[CLOSE]")}), u"Mail protocol error: The server closed the connection.\n\n"
                                             "Incoming server: imap.gmx.net, port 993.");
-    field("setupEmail").selectAll();
-    QTest::keyClicks(&field("setupEmail"), u"ann@x.example"_s);
-    field("imapHost").selectAll();
-    QTest::keyClicks(&field("imapHost"), u"mail.x.example"_s);
+    replace("setupEmail", u"ann@x.example"_s);
+    replace("imapHost", u"mail.x.example"_s);
     EXPECT_EQ(refusal({Script("[CLOSE]")}), u"Mail protocol error: The server closed the connection.\n\n"
                                             "Incoming server: mail.x.example, port 993.");
     form()->close();
@@ -290,12 +290,14 @@ TEST_F(AccountSetupTest, NamesTheServerThatWasAskedThoughItsFieldHasChanged)
     openForm();
     fill(u"ann@gmx.net"_s, u"secret"_s);
     connectTo({Script("[CLOSE]")});
-    signIn().click();
-    field("imapHost").setText(u"other.example"_s);
+    leftClick(signIn());
+    replace("imapHost", u"other.example"_s);
     ASSERT_TRUE(waitUntil([this] { return alert() && alert()->isVisible(); }));
     EXPECT_TRUE(alert()->informativeText().endsWith(u"Incoming server: imap.gmx.net, port 993."_s))
         << alert()->informativeText().toStdString();
-    alert()->close();
+    ASSERT_TRUE(waitUntil([this] { return alert()->isActiveWindow(); }));
+    pressKey(Qt::Key_Escape);
+    EXPECT_TRUE(waitUntil([this] { return !alert(); }));
     form()->close();
 }
 
@@ -303,7 +305,7 @@ TEST_F(AccountSetupTest, UnfoldsTheServersWithTheFocusOnTheOneThatFailed)
 {
     openForm();
     fill(u"ann@x.example"_s, u"secret"_s);
-    field("setupUsername").setText(u"ann"_s);
+    replace("setupUsername", u"ann"_s);
     EXPECT_FALSE(field("smtpHost").isVisible());
     refusal({signedIn(), Script("[CLOSE]")});
     EXPECT_TRUE(field("smtpHost").isVisible());
@@ -319,7 +321,7 @@ TEST_F(AccountSetupTest, GoesBackToThePasswordWhereItWasRefused)
 {
     openForm();
     fill(u"ann@x.example"_s, u"secret"_s);
-    field("setupUsername").setText(u"ann"_s);
+    replace("setupUsername", u"ann"_s);
     refusal({refusedSignIn()});
     EXPECT_EQ(QApplication::focusWidget(), &field("setupPassword"));
     EXPECT_TRUE(field("setupPassword").hasSelectedText()) << "what is typed replaces it";
@@ -329,7 +331,7 @@ TEST_F(AccountSetupTest, GoesBackToThePasswordWhereItWasRefused)
 TEST_F(AccountSetupTest, ProposesThePortOfASecurityUnlessOneWasTyped)
 {
     openForm();
-    form()->findChild<QToolButton*>(u"setupDisclosure"_s)->click();
+    clickButton(*form(), u"Server Settings"_s);
     for (const auto& [name, tls, startTLS] : {std::tuple("imap", 993, 143), std::tuple("smtp", 465, 587)}) {
         auto& security = *form()->findChild<QComboBox*>(QLatin1StringView(name) + "Security"_L1);
         auto& number = *form()->findChild<QSpinBox*>(QLatin1StringView(name) + "Port"_L1);
@@ -355,7 +357,7 @@ TEST_F(AccountSetupTest, SaysWhichServerIsChecked)
 {
     openForm();
     fill(u"ann@x.example"_s, u"secret"_s);
-    field("setupUsername").setText(u"ann"_s);
+    replace("setupUsername", u"ann"_s);
     auto& text = *form()->findChild<QLabel*>(u"setupProgress"_s);
     EXPECT_FALSE(text.isVisible());
     server = std::make_unique<ScriptedServer>(QList<Script>{signedIn(), Script("[CLOSE]")});
@@ -366,7 +368,7 @@ TEST_F(AccountSetupTest, SaysWhichServerIsChecked)
         takeScreenshot(*form(), u"imap-setup-progress"_s);
         return server->factory()(host, where, tls);
     });
-    signIn().click();
+    leftClick(signIn());
     EXPECT_TRUE(waitUntil([this] { return alert() && alert()->isVisible(); }));
     EXPECT_EQ(told, QStringList({u"Checking the incoming server…"_s, u"Checking the outgoing server…"_s}));
     EXPECT_FALSE(text.isVisible());
@@ -384,7 +386,7 @@ TEST_F(AccountSetupTest, CancelsByReturnOnCancel)
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
     ASSERT_EQ(QApplication::focusWidget(), &cancel);
     QTest::keyClick(&cancel, Qt::Key_Return);
-    EXPECT_TRUE(waitUntil([this] { return !form(); }));
+    EXPECT_TRUE(waitUntil([] { return !form(); }));
     EXPECT_TRUE(server->openings().isEmpty());
     EXPECT_FALSE(mail.model().isSigningIn());
 }
@@ -426,7 +428,7 @@ QStringList namesOfControls(QAccessibleInterface* root)
 TEST_F(AccountSetupTest, NamesEachOfItsControlsOnce)
 {
     openForm();
-    form()->findChild<QToolButton*>(u"setupDisclosure"_s)->click();
+    clickButton(*form(), u"Server Settings"_s);
     fill(u"ann@x.example"_s, u"secret"_s);
     QStringList names = namesOfControls(QAccessible::queryAccessibleInterface(form()));
     names.sort();
@@ -452,7 +454,7 @@ TEST_F(SmallScreenSetupTest, ScrollsWhereItDoesNotFit)
     ASSERT_LE(mail.window->screen()->availableGeometry().height(), mostHeight);
     Style::shared().setTextSize(Style::textSizes.back());
     openForm();
-    form()->findChild<QToolButton*>(u"setupDisclosure"_s)->click();
+    clickButton(*form(), u"Server Settings"_s);
     auto& scroll = *form()->findChild<QScrollArea*>();
     const QRect room = form()->screen()->availableGeometry();
     ASSERT_TRUE(waitUntil([&scroll] { return scroll.verticalScrollBar()->maximum() > 0; }));
@@ -487,10 +489,10 @@ TEST_F(AccountSetupTest, AddsTheAccountAndShowsItsInbox)
     openForm();
     fill(u"ann@x.example"_s, u"secret"_s);
     QTest::keyClicks(&field("setupName"), u" Ann "_s);
-    field("setupUsername").setText(u"ann"_s);
+    replace("setupUsername", u"ann"_s);
     connectTo({signedIn(), verifiedSubmission()});
     QTest::keyClick(&field("setupPassword"), Qt::Key_Return);
-    ASSERT_TRUE(waitUntil([this] { return !form(); }));
+    ASSERT_TRUE(waitUntil([] { return !form(); }));
     ASSERT_EQ(mail.model().accounts().size(), 1);
     EXPECT_EQ(mail.model().accounts()[0].displayName, u"Ann"_s);
     EXPECT_FALSE(mail.child<WelcomeView>("welcome").isVisible());
@@ -506,7 +508,7 @@ TEST_F(AccountRepairTest, OpensWithItsServersFilledInAndThePasswordEmpty)
     EXPECT_EQ(mail.child<QLabel>("signInText").text(), u"mia@example.org needs to sign in again.");
     takeScreenshot(*mail.window, u"sign-in-banner"_s);
     QTest::mouseClick(&button, Qt::LeftButton);
-    ASSERT_TRUE(waitUntil([this] { return form(); }));
+    ASSERT_TRUE(waitUntil([] { return form(); }));
     EXPECT_EQ(field("setupEmail").text(), u"mia@example.org");
     EXPECT_EQ(field("setupName").text(), u"Mia");
     EXPECT_EQ(field("imapHost").text(), u"imap.own.example");
@@ -524,7 +526,7 @@ TEST_F(AccountRepairTest, ShowsNamesInItsFieldsAsInATitle)
     MailWindow hostile(accounts);
     hostile.open();
     hostile.model().signInAgain(hostile.model().accounts().first(), [&] { hostile.window->openSetup(); });
-    ASSERT_TRUE(waitUntil([this] { return form(); }));
+    ASSERT_TRUE(waitUntil([] { return form(); }));
     EXPECT_EQ(field("setupName").text(), u"Mia of Orust");
     form()->close();
 }
@@ -556,12 +558,12 @@ TEST_F(AccountRepairTest, LeavesTheAccountAsItWasWhereItIsCancelledAfterAFailure
 {
     const QList<Account> before = mail.model().accounts();
     mail.model().signInAgain(before.first(), [this] { openForm(); });
-    field("imapHost").setText(u"other.example"_s);
+    replace("imapHost", u"other.example"_s);
     QTest::keyClicks(&field("setupPassword"), u"wrong"_s);
     EXPECT_EQ(refusal({Script("[CLOSE]")}), u"Mail protocol error: The server closed the "
                                             u"connection.\n\nIncoming server: other.example, port 1993.");
-    form()->findChild<QPushButton*>(u"setupCancel"_s)->click();
-    ASSERT_TRUE(waitUntil([this] { return !form(); }));
+    clickButton(*form(), u"Cancel"_s);
+    ASSERT_TRUE(waitUntil([] { return !form(); }));
     EXPECT_EQ(mail.model().accounts(), before);
     EXPECT_FALSE(mail.model().imapSetupAccountID());
 }
@@ -571,7 +573,7 @@ TEST_F(AccountSetupTest, TakesAFailureThatNobodyHasReadAwayWithItself)
     openForm();
     fill(u"ann@x.example"_s, u"secret"_s);
     connectTo({Script("[CLOSE]")});
-    signIn().click();
+    leftClick(signIn());
     mail.window->activateWindow();
     ASSERT_TRUE(waitUntil([this] { return alert() != nullptr; }));
     EXPECT_FALSE(alert()->isVisible()) << "the user is elsewhere";
@@ -587,7 +589,7 @@ TEST_F(AccountRepairTest, IsNotClosedByTheAttemptForAnotherAccount)
     openForm();
     fill(u"ann@x.example"_s, u"secret"_s);
     connectTo({Script("S: * OK ready\nC: P1 CAPABILITY")});
-    signIn().click();
+    leftClick(signIn());
     ASSERT_TRUE(mail.model().isSigningIn());
     mail.model().signInAgain(mail.model().accounts().first(), [this] { mail.window->openSetup(); });
     EXPECT_EQ(field("setupEmail").text(), u"mia@example.org");
@@ -610,15 +612,16 @@ TEST_F(AccountRepairTest, OpensFromTheHeadingOfTheAccountThatMustSignIn)
     const QRect heading = sidebar.visualRect(sidebar.model()->index(0, 0));
     QTest::mouseClick(sidebar.viewport(), Qt::LeftButton, {},
                       QPoint(heading.left() + 30, heading.top() + SidebarDelegate::signInTop() + 6));
-    ASSERT_TRUE(waitUntil([this] { return form(); }));
+    ASSERT_TRUE(waitUntil([] { return form(); }));
     EXPECT_EQ(mail.model().imapSetupAccountID(), mail.fixture.account().id);
     form()->close();
 }
 
 TEST_F(AccountRepairTest, AddsAnotherAccountFromTheFootOfTheSidebar)
 {
-    mail.child<QAction>("addIMAP").trigger();
-    ASSERT_TRUE(waitUntil([this] { return form(); }));
+    openMenuOfBar(*mail.window, u"Mailbox"_s);
+    chooseByKeys({u"Add Account"_s, u"Other Mail Account (IMAP)…"_s});
+    ASSERT_TRUE(waitUntil([] { return form(); }));
     EXPECT_EQ(field("setupEmail").text(), u"");
     EXPECT_FALSE(mail.model().imapSetupAccountID());
     form()->close();

@@ -67,7 +67,7 @@ TEST_F(ComposeLossTest, IsToldBeforeTheOriginalIsReplaced)
 TEST_F(ComposeLossTest, SendingReplacesItAsWell)
 {
     ComposeWindow& window = stored(lossy);
-    child<FlatButton>(window, "send").click();
+    pressSend(window);
     ASSERT_TRUE(waitUntil([&] { return alert(window, "lossAlert"); }));
     press(*alert(window, "lossAlert"), u"Cancel"_s);
     settle();
@@ -106,7 +106,7 @@ TEST_F(ComposeGateTest, ALongPasteGoesOutWithAMessageThatIsSentAtOnce)
     draft.isRichText = true;
     ComposeWindow& window = open(draft);
     pasteLongHTML(text(window));
-    child<FlatButton>(window, "send").click();
+    pressSend(window);
     ASSERT_TRUE(waitUntil([this] { return !fixture.provider().sent().isEmpty(); }));
     EXPECT_TRUE(fixture.provider().sent().constFirst().message.body.contains(u"the end"_s));
 }

@@ -25,7 +25,7 @@ protected:
     {
         fixture.provider().failNext(u"send"_s, MailError::connectionSilent().afterHandingOver());
         ComposeWindow& window = open(addressed());
-        child<FlatButton>(window, "send").click();
+        pressSend(window);
         if (!waitUntil([&] { return alert(window, "composeAlert"); }))
             throw std::runtime_error("composeAlert");
         return window;
@@ -130,11 +130,11 @@ TEST_F(ComposeSendAgainTest, AsksNothingAfterAPlainFailure)
 {
     fixture.provider().failNext(u"send"_s, MailError::protocolError(u"No."_s));
     ComposeWindow& window = open(addressed());
-    child<FlatButton>(window, "send").click();
+    pressSend(window);
     ASSERT_TRUE(waitUntil([&] { return alert(window, "composeAlert"); }));
     EXPECT_EQ(alert(window, "composeAlert")->text(), u"Message Not Sent");
     press(*alert(window, "composeAlert"), u"OK"_s);
-    child<FlatButton>(window, "send").click();
+    pressSend(window);
     ASSERT_TRUE(waitUntil([this] { return windows->windows().isEmpty(); }));
     EXPECT_TRUE(fixture.provider().calls(u"wasSent"_s).isEmpty());
 }
@@ -144,7 +144,7 @@ TEST_F(ComposeSendAgainTest, LooksInSentAlsoAfterTheProcessHasEndedMeanwhile)
     fixture.provider().hold(u"send"_s);
     ComposeWindow& window = open(addressed());
     const QUuid id = window.view().draftID();
-    child<FlatButton>(window, "send").click();
+    pressSend(window);
     ASSERT_TRUE(waitUntil([&] { return !fixture.provider().pending().isEmpty(); }));
     await(model().settleKeptTexts());
     windows.reset();

@@ -1,9 +1,12 @@
 #include "ComposeSupport.h"
 
-#include <QApplication>
-#include <QDropEvent>
+#include "Gestures.h"
+#include "views/style/FlatButton.h"
+
 #include <QFile>
 #include <QMimeData>
+
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -81,13 +84,7 @@ QMessageBox* ComposeTest::alert(const QWidget& window, const char* name)
 
 void ComposeTest::press(QMessageBox& alert, const QString& button)
 {
-    for (QAbstractButton* const candidate : alert.buttons()) {
-        if (candidate->text() == button) {
-            candidate->click();
-            return;
-        }
-    }
-    throw std::runtime_error(button.toStdString());
+    clickButton(alert, button);
 }
 
 QString ComposeTest::makeFile(const QString& name, qint64 size)
@@ -107,15 +104,16 @@ ComposeDraft ComposeWindowTest::addressed() const
     return draft;
 }
 
+void ComposeTest::pressSend(const QWidget& window)
+{
+    leftClick(child<FlatButton>(window, "send"));
+}
+
 void ComposeWindowTest::drop(const ComposeWindow& window, const QList<QUrl>& files)
 {
-    QMimeData data;
-    data.setUrls(files);
-    QWidget* const target = text(window).viewport();
-    QDragEnterEvent enter({20, 20}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(target, &enter);
-    QDropEvent event({20, 20}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(target, &event);
+    auto data = std::make_unique<QMimeData>();
+    data->setUrls(files);
+    dragOnto(*text(window).viewport(), {20, 20}, std::move(data));
 }
 
 QStringList ComposeWindowTest::names(const ComposeWindow& window)

@@ -63,6 +63,7 @@ protected:
     }
     /// The alert of the name that is on the screen; null for none.
     static QMessageBox* alert(const QWidget& window, const char* name);
+    static void pressSend(const QWidget& window);
     static void press(QMessageBox& alert, const QString& button);
 
     QString makeFile(const QString& name, qint64 size);

@@ -114,7 +114,7 @@ TEST_F(ComposeWindowTest, RichTextGoesOutAsHTMLWithAPlainCopy)
     draft.isRichText = true;
     draft.initialHTML = u"<div>a <b>b</b></div><ul><li>c</li></ul>"_s;
     QPointer<ComposeWindow> window = &open(draft);
-    child<FlatButton>(*window, "send").click();
+    pressSend(*window);
     ASSERT_TRUE(waitUntil([&] { return !window; }));
     const OutgoingMessage& sent = fixture.provider().sent().constFirst().message;
     EXPECT_EQ(sent.body, u"a b\n\t•\tc"_s);
@@ -127,7 +127,7 @@ TEST_F(ComposeWindowTest, AFailureToSendIsToldAndLosesNothing)
 {
     fixture.provider().failNext(u"send"_s, MailError::protocolError(u"No."_s));
     ComposeWindow& window = open(addressed());
-    child<FlatButton>(window, "send").click();
+    pressSend(window);
     ASSERT_TRUE(waitUntil([&] { return alert(window, "composeAlert"); }));
     QMessageBox* const told = alert(window, "composeAlert");
     EXPECT_EQ(told->text(), u"Message Not Sent"_s);
@@ -144,7 +144,7 @@ TEST_F(ComposeWindowTest, AFailureToSendIsToldAndLosesNothing)
 TEST_F(ComposeWindowTest, AMessageWithoutRecipientsIsNotSent)
 {
     ComposeWindow& window = open();
-    child<FlatButton>(window, "send").click();
+    pressSend(window);
     ASSERT_TRUE(waitUntil([&] { return alert(window, "composeAlert"); }));
     EXPECT_TRUE(alert(window, "composeAlert")
                     ->informativeText()
@@ -155,7 +155,7 @@ TEST_F(ComposeWindowTest, SendingShowsInTheToolbarAndHoldsTheFields)
 {
     fixture.provider().hold(u"send"_s);
     QPointer<ComposeWindow> window = &open(addressed());
-    child<FlatButton>(*window, "send").click();
+    pressSend(*window);
     EXPECT_TRUE(window->view().isSending());
     EXPECT_EQ(child<QLabel>(*window, "progressText").text(), u"Sending…"_s);
     EXPECT_TRUE(window->findChild<QProgressBar*>()->isVisible());
@@ -170,7 +170,7 @@ TEST_F(ComposeWindowTest, ClosingDuringSendingClosesAtOnce)
     fixture.provider().hold(u"send"_s);
     QPointer<ComposeWindow> window = &open(addressed());
     QTest::keyClicks(&text(*window), u"more "_s);
-    child<FlatButton>(*window, "send").click();
+    pressSend(*window);
     window->close();
     ASSERT_TRUE(waitUntil([&] { return !window; }));
     EXPECT_TRUE(windows->holdsQuit());
@@ -187,7 +187,7 @@ TEST_F(ComposeWindowTest, AMessageWhoseSendingFailsAfterItsWindowClosedComesBack
     const ComposeDraft draft = addressed();
     QPointer<ComposeWindow> window = &open(draft);
     QTest::keyClicks(&text(*window), u"More. "_s);
-    child<FlatButton>(*window, "send").click();
+    pressSend(*window);
     window->close();
     ASSERT_TRUE(waitUntil([&] { return !window; }));
     fixture.provider().completeAll();
@@ -365,7 +365,7 @@ TEST_F(ComposeWindowTest, EachFieldAloneCountsAsUnsavedAndIsSentAsItStands)
             QTest::keyClick(&line, Qt::Key_Backspace);
         EXPECT_FALSE(window->view().hasUnsavedChanges()) << name;
         QTest::keyClicks(&line, u", new@example.com"_s);
-        child<FlatButton>(*window, "send").click();
+        pressSend(*window);
         ASSERT_TRUE(waitUntil([&] { return !window; }));
         const OutgoingMessage message = fixture.provider().sent().constLast().message;
         const auto expected = [name](const char* which, const QString& first) {
@@ -387,7 +387,7 @@ TEST_F(ComposeWindowTest, ANameWithABackslashLeavesAsItWas)
     const QPointer<ComposeWindow> window = &open(draft);
     EXPECT_EQ(field(*window, "to").text(), draft.to);
     EXPECT_EQ(window->view().draft().to, draft.to);
-    child<FlatButton>(*window, "send").click();
+    pressSend(*window);
     ASSERT_TRUE(waitUntil([&] { return !window; }));
     EXPECT_EQ(fixture.provider().sent().constLast().message.to,
               QList<EmailAddress>{EmailAddress(uR"(O\Brien)"_s, u"o@example.com"_s)});
@@ -521,7 +521,7 @@ TEST_F(ComposeWindowTest, SendingWaitsForFilesThatAreBeingRead)
 {
     QPointer<ComposeWindow> window = &open(addressed());
     drop(*window, {url(makeFile(u"a"_s, 5'000'000))});
-    child<FlatButton>(*window, "send").click();
+    pressSend(*window);
     ASSERT_TRUE(waitUntil([&] { return !window; }));
     ASSERT_EQ(fixture.provider().sent().size(), 1);
     EXPECT_EQ(fixture.provider().sent().constFirst().message.attachments.size(), 1);
@@ -546,7 +546,7 @@ TEST_F(ComposeAccountsTest, TheChoiceOfTheAccountSetsWhoSends)
     QTest::keyClick(&accounts, Qt::Key_Down);
     EXPECT_EQ(window->view().draft().accountID, fixture.account(1).id);
     field(*window, "to").setText(u"ada@example.com"_s);
-    child<FlatButton>(*window, "send").click();
+    pressSend(*window);
     ASSERT_TRUE(waitUntil([&] { return !window; }));
     EXPECT_EQ(fixture.provider(1).sent().size(), 1);
     EXPECT_TRUE(fixture.provider(0).sent().isEmpty());
@@ -561,7 +561,7 @@ TEST_F(ComposeAccountsTest, ATextOfAnAccountThatIsRemovedLeavesByAnother)
     ASSERT_TRUE(waitUntil([&] { return model().accounts().size() == 1; }));
     EXPECT_TRUE(child<QWidget>(*window, "from").isVisible());
     EXPECT_TRUE(window->view().hasUnsavedChanges());
-    child<FlatButton>(*window, "send").click();
+    pressSend(*window);
     ASSERT_TRUE(waitUntil([&] { return !window; }));
     EXPECT_EQ(fixture.provider(1).sent().size(), 1);
 }

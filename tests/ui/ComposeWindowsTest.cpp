@@ -96,7 +96,7 @@ TEST_F(ComposeRecoveryTest, AMessageOnItsWayComesBackIfTheProcessEndsFirst)
     ComposeWindow& window = open(addressed());
     const QUuid id = window.view().draftID();
     const QString before = keptState();
-    child<FlatButton>(window, "send").click();
+    pressSend(window);
     ASSERT_TRUE(waitUntil([&] { return keptState() != before; }));
     crashAndRestart();
     EXPECT_TRUE(windows->window(id));
@@ -217,7 +217,7 @@ TEST_F(ComposeWindowsTest, SendingHoldsTheQuitUntilItHasEnded)
 {
     parent.show();
     fixture.provider().hold(u"send"_s);
-    child<FlatButton>(open(addressed()), "send").click();
+    pressSend(open(addressed()));
     quit();
     quitAlert("deliveryAlert");
     EXPECT_EQ(quits, 0);
@@ -230,7 +230,7 @@ TEST_F(ComposeWindowsTest, TheUserMayInsistOrStay)
 {
     parent.show();
     fixture.provider().hold(u"send"_s);
-    child<FlatButton>(open(addressed()), "send").click();
+    pressSend(open(addressed()));
     quit();
     press(quitAlert("deliveryAlert"), u"Cancel"_s);
     settle();
@@ -249,7 +249,7 @@ TEST_F(ComposeWindowsTest, ASendingThatFailsStopsTheQuit)
     fixture.provider().hold(u"send"_s);
     fixture.provider().failNext(u"send"_s, MailError::protocolError(u"No."_s));
     ComposeWindow& window = open(addressed());
-    child<FlatButton>(window, "send").click();
+    pressSend(window);
     quit();
     quitAlert("deliveryAlert");
     fixture.provider().completeAll();
@@ -421,7 +421,7 @@ TEST_F(ComposeQuitTest, AWindowThatClosesMeanwhileIsAskedAboutNoMore)
 TEST_F(ComposeQuitTest, ATextThatIsBegunWhileOthersAreOnTheirWayIsAskedAbout)
 {
     fixture.provider().hold(u"send"_s);
-    child<FlatButton>(open(addressed()), "send").click();
+    pressSend(open(addressed()));
     quit();
     quitAlert("deliveryAlert");
     ComposeWindow& late = changed();
@@ -436,7 +436,7 @@ TEST_F(ComposeQuitTest, QuittingAnywayKeepsWhatIsOnItsWayFirst)
 {
     fixture.provider().hold(u"send"_s);
     fixture.textKeychain().hesitates = true;
-    child<FlatButton>(open(addressed()), "send").click();
+    pressSend(open(addressed()));
     quit();
     QMessageBox& question = quitAlert("deliveryAlert");
     EXPECT_EQ(question.informativeText(), u"Larkhaven quits as soon as they have been sent or saved."_s);
@@ -452,7 +452,7 @@ TEST_F(ComposeQuitTest, QuittingAnywayWaitsForNoKeyringForLong)
 {
     fixture.provider().hold(u"send"_s);
     fixture.textKeychain().hesitates = true;
-    child<FlatButton>(open(addressed()), "send").click();
+    pressSend(open(addressed()));
     quit();
     press(quitAlert("deliveryAlert"), u"Quit Anyway"_s);
     EXPECT_TRUE(waitUntil([this] { return quits == 1; }, std::chrono::seconds(20)));
@@ -463,7 +463,7 @@ TEST_F(ComposeQuitTest, SaysThatWhatIsOnItsWayCannotBeKept)
 {
     fixture.provider().hold(u"send"_s);
     fixture.textKeychain().readFailure = KeychainStatus::interactionNotAllowed;
-    child<FlatButton>(open(addressed()), "send").click();
+    pressSend(open(addressed()));
     settle();
     quit();
     EXPECT_EQ(quitAlert("deliveryAlert").informativeText(),
@@ -474,7 +474,7 @@ TEST_F(ComposeQuitTest, SaysThatWhatIsOnItsWayCannotBeKept)
 TEST_F(ComposeQuitTest, TheEndOfTheProgramEndsTheDecision)
 {
     fixture.provider().hold(u"send"_s);
-    child<FlatButton>(open(addressed()), "send").click();
+    pressSend(open(addressed()));
     quit();
     quitAlert("deliveryAlert");
     windows.reset();
@@ -515,7 +515,7 @@ TEST_F(ComposeFailureTest, ATextIsKeptAsNotBeingSentAfterItsSendingFailed)
     failNextSend();
     ComposeWindow& window = open(addressed());
     const QUuid id = window.view().draftID();
-    child<FlatButton>(window, "send").click();
+    pressSend(window);
     ASSERT_TRUE(waitUntil([&] { return alert(window, "composeAlert"); }));
     EXPECT_EQ(noteAfterCrash(id), recovered);
 }
@@ -527,7 +527,7 @@ TEST_F(ComposeFailureTest, ATextOnItsWayStaysMarkedWhateverWasTypedBefore)
     const QUuid id = window.view().draftID();
     text(window).setFocus();
     QTest::keyClicks(&text(window), u"typed"_s);
-    child<FlatButton>(window, "send").click();
+    pressSend(window);
     ASSERT_TRUE(waitUntil([&] { return window.view().isSending(); }));
     // What was typed would be kept by now, and an account is changed.
     fixture.model().setNickname(fixture.account().id, u"Work"_s);
@@ -541,11 +541,11 @@ TEST_F(ComposeFailureTest, OfTwoDeliveriesTheLastOneCounts)
     failNextSend();
     ComposeWindow& window = open(addressed());
     const QUuid id = window.view().draftID();
-    child<FlatButton>(window, "send").click();
+    pressSend(window);
     ASSERT_TRUE(waitUntil([&] { return alert(window, "composeAlert"); }));
     press(*alert(window, "composeAlert"), u"OK"_s);
     fixture.provider().hold(u"send"_s);
-    child<FlatButton>(window, "send").click();
+    pressSend(window);
     EXPECT_EQ(noteAfterCrash(id),
               u"This was being sent when Larkhaven ended. Look in Sent before you send it again."_s);
 }
@@ -556,7 +556,7 @@ TEST_F(ComposeFailureTest, AFailureBehindAClosedWindowTakesItBackAsWell)
     failNextSend();
     const QPointer<ComposeWindow> window = &open(addressed());
     const QUuid id = window->view().draftID();
-    child<FlatButton>(*window, "send").click();
+    pressSend(*window);
     ASSERT_TRUE(waitUntil([&] { return window->view().isSending(); }));
     window->close();
     ASSERT_TRUE(waitUntil([&] { return !window; }));
@@ -590,7 +590,7 @@ TEST_F(ComposeLostAccountTest, ATextThatFailsWithoutItsAccountIsKeptByAnother)
     fixture.provider().failNext(u"send"_s, MailError::protocolError(u"No."_s));
     ComposeWindow& window = open(written());
     const QUuid id = window.view().draftID();
-    child<FlatButton>(window, "send").click();
+    pressSend(window);
     loseAccount();
     fixture.provider().completeAll();
     ASSERT_TRUE(waitUntil([&] { return alert(window, "composeAlert"); }));

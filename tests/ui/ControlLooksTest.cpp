@@ -1,3 +1,4 @@
+#include "Gestures.h"
 #include "UITestSupport.h"
 #include "support/Contrast.h"
 #include "support/QtPrinters.h"
@@ -8,7 +9,6 @@
 #include "views/style/ToolTips.h"
 
 #include <QApplication>
-#include <QHelpEvent>
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QScrollBar>
@@ -16,7 +16,6 @@
 #include <QTest>
 #include <QToolTip>
 #include <QVBoxLayout>
-#include <QWheelEvent>
 
 using namespace Qt::StringLiterals;
 
@@ -43,18 +42,9 @@ protected:
     }
     static QWidget* showToolTip(QWidget& widget)
     {
-        QHelpEvent help(QEvent::ToolTip, widget.rect().center(), widget.mapToGlobal(widget.rect().center()));
-        QApplication::sendEvent(&widget, &help);
+        hover(widget);
         EXPECT_TRUE(waitUntil([] { return toolTip(); }));
         return toolTip();
-    }
-    /// Turns the wheel over the widget, as the window system does.
-    static void turnWheel(QWidget& widget)
-    {
-        const QPointF place(widget.rect().center());
-        QWheelEvent turn(place, widget.mapToGlobal(place), {}, {0, 120}, Qt::NoButton, Qt::NoModifier,
-                         Qt::NoScrollPhase, false);
-        QApplication::sendEvent(&widget, &turn);
     }
 
     QWidget window;
@@ -148,23 +138,29 @@ TEST_F(ControlLooksTest, AWheelThatPassesOverAControlChangesNothing)
     auto* const picker = new Picker;
     picker->addItems({u"one"_s, u"two"_s, u"three"_s});
     picker->setCurrentIndex(1);
+    auto* const bar = new QScrollBar(Qt::Horizontal);
+    bar->setValue(50);
     auto* const other = new FlatButton(Symbol::plus, u"Other"_s);
     layout->addWidget(number);
     layout->addWidget(picker);
+    layout->addWidget(bar);
     layout->addWidget(other);
     show(window);
     other->setFocus();
+    // What comes from the display comes in its order: the last of them says that those before it have come.
     turnWheel(*number);
     turnWheel(*picker);
+    turnWheel(*bar);
+    EXPECT_TRUE(waitUntil([&] { return bar->value() < 50; }));
     EXPECT_EQ(number->value(), 5);
     EXPECT_EQ(picker->currentIndex(), 1);
     EXPECT_TRUE(other->hasFocus());
     number->setFocus();
     turnWheel(*number);
-    EXPECT_EQ(number->value(), 6);
+    EXPECT_TRUE(waitUntil([&] { return number->value() == 6; }));
     picker->setFocus();
     turnWheel(*picker);
-    EXPECT_EQ(picker->currentIndex(), 0);
+    EXPECT_TRUE(waitUntil([&] { return picker->currentIndex() == 0; }));
 }
 
 } // namespace

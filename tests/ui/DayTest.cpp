@@ -1,16 +1,24 @@
+#include "Gestures.h"
 #include "UITestSupport.h"
+#include "app/platform/WakeMonitor.h"
 #include "domain/MailError.h"
 #include "protocols/StreamTransport.h"
 #include "support/Await.h"
 #include "support/QtPrinters.h"
 #include "views/compose/ComposeTextView.h"
 #include "views/compose/ComposeWindows.h"
+#include "views/setup/IMAPSetupView.h"
 #include "views/style/FlatButton.h"
+#include "views/style/QuietLine.h"
 
 #include <QApplication>
 #include <QDialog>
+#include <QDirIterator>
+#include <QLineEdit>
 #include <QProcess>
+#include <QTimer>
 
+#include <array>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -72,12 +80,19 @@ protected:
         return *found;
     }
 
-    /// Types while the program goes on.
-    static void type(const QString& words)
+    /// Types while the program goes on. Something happens in the midst of it.
+    static void type(const QString& words, const std::function<void()>& happens = {})
     {
         QProcess keyboard;
         keyboard.start(u"xdotool"_s, {u"type"_s, u"--delay"_s, u"15"_s, words});
-        ASSERT_TRUE(waitUntil([&] { return keyboard.state() == QProcess::NotRunning; }));
+        bool hasHappened = !happens;
+        if (happens) {
+            QTimer::singleShot(std::chrono::milliseconds(100), &keyboard, [&] {
+                happens();
+                hasHappened = true;
+            });
+        }
+        ASSERT_TRUE(waitUntil([&] { return keyboard.state() == QProcess::NotRunning && hasHappened; }));
         ASSERT_EQ(keyboard.exitCode(), 0);
     }
 
@@ -117,10 +132,10 @@ TEST_F(DayTest, TakesNothingFromAWindowInWhichTheUserTypes)
                                    AppModel::LabelEdit::Create{}, mail.fixture.account().mailboxIdentity()};
     model().start(model().applyLabelEdit(play, u"Play"_s));
     const QPointer<ComposeWindow> failing = &compose(u"Fails in its window"_s);
-    child<FlatButton>(*failing, "send").click();
+    leftClick(child<FlatButton>(*failing, "send"));
     ASSERT_TRUE(waitUntil([&] { return provider().pending().filter(u"send"_s).size() == 1; }));
     const QPointer<ComposeWindow> closed = &compose(u"Fails behind a closed window"_s);
-    child<FlatButton>(*closed, "send").click();
+    leftClick(child<FlatButton>(*closed, "send"));
     ASSERT_TRUE(waitUntil([&] { return provider().pending().filter(u"send"_s).size() == 2; }));
     closed->close();
     ASSERT_TRUE(waitUntil([&] { return !closed; }));
@@ -182,15 +197,6 @@ TEST_F(DayTest, TakesNothingFromAWindowInWhichTheUserTypes)
         },
         [this] { return !model().needsReauth().isEmpty(); });
     while_(
-        "the keyring refuses",
-        [this] {
-            mail.fixture.textKeychain().writeFailure = KeychainStatus::failed;
-            mail.fixture.textKeychain().readFailure = KeychainStatus::failed;
-        },
-        [] { return true; });
-    mail.fixture.textKeychain().writeFailure = KeychainStatus::success;
-    mail.fixture.textKeychain().readFailure = KeychainStatus::success;
-    while_(
         "what was asked for is answered", [this] { provider().completeAll(); },
         [&] {
             // The reply, once, and the window that comes back with its failure.
@@ -227,6 +233,158 @@ TEST_F(DayTest, TakesNothingFromAWindowInWhichTheUserTypes)
     QApplication::activeModalWidget()->close();
     settle();
     EXPECT_EQ(openDialogs(), QStringList());
+}
+
+// --- Wherever the user types
+
+/// Where the user types, and what nobody has asked for fails meanwhile.
+struct Moment {
+    enum Place { search, setup, settings };
+    enum Cause { start, wake };
+    Place place;
+    Cause cause;
+};
+
+class TypingDayTest : public DayTest, public testing::WithParamInterface<Moment> {
+protected:
+    /// Puts the keyboard there.
+    QWidget& enter(Moment::Place place)
+    {
+        QWidget* window = mail.window.get();
+        const char* name = "searchField";
+        if (place == Moment::setup) {
+            mail.window->openSetup();
+            window = visibleWindow<IMAPSetupView>();
+            name = "setupName";
+        } else if (place == Moment::settings) {
+            mail.window->openSettings(SettingsView::Pane::composing);
+            window = visibleWindow<SettingsView>();
+            name = "signature";
+        }
+        if (!window || !waitUntil([window] { return window->isActiveWindow(); }))
+            throw std::runtime_error("the window isn't active");
+        auto& field = child<QWidget>(*window, name);
+        leftClick(field);
+        if (!field.hasFocus())
+            throw std::runtime_error(name);
+        return field;
+    }
+    static QString textOf(const QWidget& field)
+    {
+        if (const auto* const line = qobject_cast<const QLineEdit*>(&field))
+            return line->text();
+        return field.property("plainText").toString();
+    }
+    /// What the strips above the list say.
+    QStringList strips()
+    {
+        QStringList texts;
+        for (const QuietLine* const strip : mail.window->findChildren<QuietLine*>(u"checkStrip"_s)) {
+            if (strip->isVisible())
+                texts.append(strip->text());
+        }
+        return texts;
+    }
+    void begin(Moment::Cause cause)
+    {
+        if (cause == Moment::wake) {
+            mail.open();
+            ASSERT_TRUE(waitUntil([this] { return model().messages().size() == 25; }));
+        }
+        provider().failAlways(listMessages, refused());
+        provider().hold(listMessages);
+        if (cause == Moment::start) {
+            show(*mail.window);
+        } else {
+            auto* const monitor = model().findChild<WakeMonitor*>();
+            ASSERT_TRUE(monitor);
+            // As the bus has it: falling asleep and waking.
+            for (const bool isFallingAsleep : {true, false})
+                QMetaObject::invokeMethod(monitor, "handlePrepareForSleep", Q_ARG(bool, isFallingAsleep));
+        }
+        ASSERT_TRUE(waitUntil([this] { return !provider().pending().isEmpty(); }));
+    }
+};
+
+TEST_P(TypingDayTest, LosesNoLetterWhereACheckFailsThatNobodyAskedFor)
+{
+    ASSERT_NO_FATAL_FAILURE(begin(GetParam().cause));
+    QWidget& field = enter(GetParam().place);
+    const QWidget* const window = QApplication::activeWindow();
+    QString expected;
+    const auto write = [&](const QString& words, const std::function<void()>& happens) {
+        type(words, happens);
+        settle();
+        expected += words;
+        EXPECT_EQ(textOf(field), expected);
+        EXPECT_EQ(QApplication::activeWindow(), window);
+        EXPECT_EQ(QApplication::focusWidget(), &field);
+        EXPECT_EQ(openDialogs(), QStringList());
+    };
+    EXPECT_EQ(strips(), QStringList());
+    write(u"the server is away and i write "_s, [this] {
+        provider().stopHolding(listMessages);
+        provider().completeAll();
+    });
+    ASSERT_TRUE(waitUntil([this] { return strips().size() == 1; }));
+    EXPECT_TRUE(strips().first().startsWith(u"Can’t reach imap.example.org."_s))
+        << strips().first().toStdString();
+    write(u"it comes back and i go on"_s, [this] {
+        provider().heal();
+        mail.fixture.endSleeps();
+    });
+    EXPECT_TRUE(waitUntil([this] { return strips().isEmpty(); })) << strips().join(u'\n').toStdString();
+    EXPECT_EQ(model().errorMessage(), std::nullopt);
+}
+
+std::string nameOfMoment(const testing::TestParamInfo<Moment>& moment)
+{
+    constexpr std::array places{"InSearch", "InSetup", "InSettings"};
+    constexpr std::array causes{"AtStart", "AtWake"};
+    return std::string(places.at(moment.param.place)) + causes.at(moment.param.cause);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Moments, TypingDayTest,
+    testing::Values(Moment{Moment::search, Moment::start}, Moment{Moment::setup, Moment::start},
+                    Moment{Moment::settings, Moment::start}, Moment{Moment::search, Moment::wake},
+                    Moment{Moment::setup, Moment::wake}, Moment{Moment::settings, Moment::wake}),
+    nameOfMoment);
+
+TEST_F(DayTest, SaysInTheMainWindowThatTheKeyringRefusesWhileTheUserWrites)
+{
+    mail.fixture.textKeychain().readFailure = KeychainStatus::failed;
+    mail.fixture.textKeychain().writeFailure = KeychainStatus::failed;
+    mail.fixture.textKeychain().hesitates = true;
+    mail.open();
+    const auto isSaid = [this] { return mail.child<QWidget>("keptTextsBanner").isVisible(); };
+    EXPECT_FALSE(isSaid());
+    ComposeWindow& writing = compose(u"A letter"_s);
+    auto& text = child<ComposeTextView>(writing, "composeText");
+    text.setFocus();
+    text.selectAll();
+    type(u"while the keyring refuses i write on "_s,
+         [this] { mail.fixture.textKeychain().hesitates = false; });
+    EXPECT_TRUE(waitUntil(isSaid));
+    const auto expectAllIn = [&](const QString& words) {
+        EXPECT_EQ(text.toPlainText(), words);
+        EXPECT_EQ(QApplication::activeWindow(), &writing);
+        EXPECT_EQ(QApplication::focusWidget(), &text);
+        EXPECT_EQ(openDialogs(), QStringList());
+    };
+    expectAllIn(u"while the keyring refuses i write on "_s);
+    type(u"and then it opens for me"_s, [this] {
+        mail.fixture.textKeychain().readFailure = KeychainStatus::success;
+        mail.fixture.textKeychain().writeFailure = KeychainStatus::success;
+        model().start(model().refresh());
+    });
+    EXPECT_TRUE(waitUntil([&] { return !isSaid(); }));
+    expectAllIn(u"while the keyring refuses i write on and then it opens for me"_s);
+    // What was written before the key could be read is kept now.
+    EXPECT_TRUE(waitUntil([this] {
+        QDirIterator kept(mail.fixture.keptTextsDirectory(), QDir::Files, QDirIterator::Subdirectories);
+        return kept.hasNext();
+    }));
 }
 
 TEST_F(DayTest, OpensWhatTheUserWaitsForInFront)

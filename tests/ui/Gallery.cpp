@@ -1,5 +1,6 @@
 #include "Gallery.h"
 
+#include "Gestures.h"
 #include "domain/MailError.h"
 #include "platform/Wakeup.h"
 #include "views/compose/ComposeWindows.h"
@@ -51,18 +52,6 @@ QByteArray sampleMessage()
            "filename=\"A report with a name that is far too long for its chip.pdf\"\r\n\r\nPDF\r\n"
            "--b\r\nContent-Type: image/png\r\nContent-Disposition: attachment; filename=pig.png\r\n\r\nx\r\n"
            "--b--\r\n";
-}
-
-/// The visible window of a kind.
-template <typename Window>
-Window* shownWindow()
-{
-    for (QWidget* const widget : QApplication::topLevelWidgets()) {
-        auto* const window = qobject_cast<Window*>(widget);
-        if (window && window->isVisible())
-            return window;
-    }
-    return nullptr;
 }
 
 /// A browser that says nothing.
@@ -217,8 +206,8 @@ void Gallery::openSettings()
                                  : m_scene == Scene::generalPane   ? Pane::general
                                  : m_scene == Scene::composingPane ? Pane::composing
                                                                    : Pane::privacy);
-    ASSERT_TRUE(waitUntil([] { return shownWindow<SettingsView>(); }));
-    auto* const settings = shownWindow<SettingsView>();
+    ASSERT_TRUE(waitUntil([] { return visibleWindow<SettingsView>(); }));
+    auto* const settings = visibleWindow<SettingsView>();
     if (m_scene == Scene::accountsPane)
         settings->open(m_mail->fixture.account().id);
     show(*settings);
@@ -228,16 +217,16 @@ void Gallery::openSettings()
 void Gallery::openSetup()
 {
     m_mail->window->openSetup();
-    ASSERT_TRUE(waitUntil([] { return shownWindow<IMAPSetupView>(); }));
-    m_window = shownWindow<IMAPSetupView>();
-    m_window->findChild<DisclosureButton*>()->click();
+    ASSERT_TRUE(waitUntil([] { return visibleWindow<IMAPSetupView>(); }));
+    m_window = visibleWindow<IMAPSetupView>();
+    leftClick(*m_window->findChild<DisclosureButton*>());
 }
 
 void Gallery::openSignIn()
 {
     m_mail->fixture.setSignIn([](ProviderKind, const QUuid&, const std::optional<QString>&,
                                  const std::stop_token& stop) { return waitForever(stop); });
-    m_mail->child<QPushButton>("signInGoogle").click();
+    leftClick(m_mail->child<QPushButton>("signInGoogle"));
     m_window = &m_mail->child<QWidget>("signInWindow");
 }
 

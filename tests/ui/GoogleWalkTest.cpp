@@ -1,3 +1,4 @@
+#include "Gestures.h"
 #include "UITestSupport.h"
 #include "app/platform/PrivateBrowser.h"
 #include "app/platform/SingleInstance.h"
@@ -15,7 +16,6 @@
 #include "views/setup/SignInWindow.h"
 
 #include <QApplication>
-#include <QContextMenuEvent>
 #include <QDialog>
 #include <QDirIterator>
 #include <QLineEdit>
@@ -162,39 +162,24 @@ protected:
         return {};
     }
     /// Chooses an item of the menu that the right button opens.
-    void choose(QWidget& view, const QPoint& place, const QString& menuName, const QStringList& path)
+    void choose(QWidget& view, const QPoint& place, const QStringList& titles)
     {
-        QTest::mousePress(&view, Qt::RightButton, {}, place);
-        QContextMenuEvent event(QContextMenuEvent::Mouse, place, view.mapToGlobal(place));
-        QApplication::sendEvent(&view, &event);
-        QTest::mouseRelease(&view, Qt::RightButton, {}, place);
-        QPointer<QMenu> menu = view.parentWidget()->findChild<QMenu*>(menuName);
-        ASSERT_TRUE(menu && comes([&] { return menu->isVisible(); }));
-        QMenu* inner = menu;
-        for (const QString& name : path.first(path.size() - 1)) {
-            inner = inner->findChild<QMenu*>(name);
-            ASSERT_TRUE(inner) << name.toStdString();
-        }
-        QAction* chosen = inner->findChild<QAction*>(path.last());
-        for (QAction* const action : inner->actions())
-            chosen = !chosen && action->text() == path.last() ? action : chosen;
-        ASSERT_TRUE(chosen) << path.last().toStdString();
-        chosen->trigger();
-        menu->close();
+        const QPointer<QMenu> menu = rightClick(view, place);
+        ASSERT_TRUE(menu);
+        chooseByKeys(titles);
         ASSERT_TRUE(comes([&menu] { return !menu; }));
     }
-    void chooseOnSidebar(const QString& row, const QString& action)
+    void chooseOnSidebar(const QString& row, const QString& title)
     {
         SidebarView& sidebar = mail.window->sidebar();
         const QModelIndex place = sidebarRow(row);
         ASSERT_TRUE(place.isValid()) << row.toStdString();
-        choose(*sidebar.viewport(), sidebar.visualRect(place).center(), u"sidebarMenu"_s, {action});
+        choose(*sidebar.viewport(), sidebar.visualRect(place).center(), {title});
     }
-    void chooseOnRow(int row, const QStringList& path)
+    void chooseOnRow(int row, const QStringList& titles)
     {
         MessageTable& table = mail.table();
-        choose(*table.viewport(), table.visualRect(table.model()->index(row, 4)).center(), u"messageMenu"_s,
-               path);
+        choose(*table.viewport(), table.visualRect(table.model()->index(row, 4)).center(), titles);
     }
     /// Types the name into the sheet for labels and presses Return.
     void nameLabel(const QString& name, const QString& screenshot)
@@ -341,14 +326,14 @@ TEST_F(GoogleWalkTest, FromTheSignInToATidyMailbox)
     takeScreenshot(*mail.window, u"google-06-sent"_s);
 
     // A label, one inside it, both renamed; put on three messages, and deleted.
-    chooseOnSidebar(model().accounts().first().title(), u"newLabel"_s);
+    chooseOnSidebar(model().accounts().first().title(), u"New Label…"_s);
     nameLabel(u"Work"_s, u"google-07-label"_s);
     EXPECT_TRUE(comes([this] { return sidebarRow(u"Work"_s).isValid(); }));
-    chooseOnSidebar(u"Work"_s, u"newLabelInside"_s);
+    chooseOnSidebar(u"Work"_s, u"New Label Inside “Work”…"_s);
     nameLabel(u"2026"_s, u"google-08-nested"_s);
     EXPECT_TRUE(comes([this] { return sidebarRow(u"2026"_s).isValid(); }));
     EXPECT_TRUE(hasLabels({u"Work"_s, u"Work/2026"_s}));
-    chooseOnSidebar(u"Work"_s, u"renameLabel"_s);
+    chooseOnSidebar(u"Work"_s, u"Rename “Work”…"_s);
     nameLabel(u"Office"_s, u"google-09-renamed"_s);
     EXPECT_TRUE(comes([this] { return hasLabels({u"Office"_s, u"Office/2026"_s}); }));
     EXPECT_TRUE(
@@ -356,7 +341,7 @@ TEST_F(GoogleWalkTest, FromTheSignInToATidyMailbox)
     const QString label = idOf(u"Office/2026"_s);
     show(u"Inbox"_s, {fourth, third, second, first});
     select({first, second, third});
-    chooseOnRow(1, {u"labelAs"_s, u"Office/2026"_s});
+    chooseOnRow(1, {u"Label As"_s, u"Office/2026"_s});
     EXPECT_TRUE(comes([&] {
         return labelsOf(first).contains(label) && labelsOf(second).contains(label) &&
                labelsOf(third).contains(label);
@@ -364,7 +349,7 @@ TEST_F(GoogleWalkTest, FromTheSignInToATidyMailbox)
     EXPECT_FALSE(labelsOf(fourth).contains(label));
     show(u"2026"_s, {third, second, first});
     takeScreenshot(*mail.window, u"google-10-labelled"_s);
-    chooseOnSidebar(u"2026"_s, u"deleteLabel"_s);
+    chooseOnSidebar(u"2026"_s, u"Delete “2026”…"_s);
     const QPointer<QMessageBox> deletion = mail.window->findChild<QMessageBox*>(u"labelDeletion"_s);
     ASSERT_TRUE(deletion && comes([&deletion] { return deletion->isVisible(); }));
     takeScreenshot(*deletion, u"google-11-delete-label"_s);
@@ -381,7 +366,7 @@ TEST_F(GoogleWalkTest, FromTheSignInToATidyMailbox)
     select({first});
     press(u"e"_s);
     EXPECT_TRUE(comes([&] { return !labelsOf(first).contains(u"INBOX"_s); }));
-    chooseOnRow(static_cast<int>(listed().indexOf(third)), {u"reportSpam"_s});
+    chooseOnRow(static_cast<int>(listed().indexOf(third)), {u"Report Spam"_s});
     EXPECT_TRUE(comes([&] { return labelsOf(third).contains(u"SPAM"_s); }));
     select({fourth});
     press(u"#"_s);
@@ -389,10 +374,10 @@ TEST_F(GoogleWalkTest, FromTheSignInToATidyMailbox)
     EXPECT_TRUE(comes([&] { return listed() == QStringList{second}; }));
     show(u"Trash"_s, {fourth});
     takeScreenshot(*mail.window, u"google-12-trash"_s);
-    chooseOnRow(0, {u"moveTo"_s, u"Inbox"_s});
+    chooseOnRow(0, {u"Move To"_s, u"Inbox"_s});
     EXPECT_TRUE(comes([&] { return !labelsOf(fourth).contains(u"TRASH"_s); }));
     show(u"Spam"_s, {third});
-    chooseOnRow(0, {u"notSpam"_s});
+    chooseOnRow(0, {u"Not Spam"_s});
     EXPECT_TRUE(comes([&] { return !labelsOf(third).contains(u"SPAM"_s); }));
     show(u"Inbox"_s, {fourth, third, second});
     takeScreenshot(*mail.window, u"google-13-tidy"_s);

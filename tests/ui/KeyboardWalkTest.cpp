@@ -12,7 +12,6 @@
 
 #include <QAbstractButton>
 #include <QApplication>
-#include <QContextMenuEvent>
 #include <QDialog>
 #include <QHeaderView>
 #include <QLineEdit>
@@ -44,38 +43,6 @@ protected:
     {
         return waitUntil(condition, patience);
     }
-    template <typename Window>
-    static Window* visible()
-    {
-        for (QWidget* const window : QApplication::topLevelWidgets()) {
-            if (auto* const found = qobject_cast<Window*>(window); found && found->isVisible())
-                return found;
-        }
-        return nullptr;
-    }
-    static QString focused()
-    {
-        return QApplication::focusWidget() ? QApplication::focusWidget()->objectName() : QString();
-    }
-    /// Presses Tab until the keyboard is at the widget of the name.
-    static void tabTo(const QString& name, Qt::KeyboardModifiers modifiers = {})
-    {
-        constexpr int longWay = 60;
-        QStringList way{focused()};
-        while (way.constLast() != name && way.size() <= longWay) {
-            pressKey(modifiers ? Qt::Key_Backtab : Qt::Key_Tab, modifiers);
-            way.append(focused());
-        }
-        if (way.constLast() != name)
-            throw std::runtime_error("no way to " + name.toStdString() + ": " + way.join(u' ').toStdString());
-    }
-    /// The display's connection makes two events of this key; the window finds the widget.
-    static void pressMenuKey()
-    {
-        QContextMenuEvent event(QContextMenuEvent::Keyboard, QPoint(), QPoint());
-        QApplication::sendEvent(QGuiApplication::focusWindow(), &event);
-        pressKey(Qt::Key_Menu);
-    }
     static void fill(const QString& name, const QString& text)
     {
         tabTo(name);
@@ -97,9 +64,9 @@ protected:
     static void toList()
     {
         constexpr int panes = 3;
-        for (int step = 0; step < panes && focused() != u"messageTable"; ++step)
+        for (int step = 0; step < panes && focusedName() != u"messageTable"; ++step)
             pressKey(Qt::Key_F6);
-        if (focused() != u"messageTable")
+        if (focusedName() != u"messageTable")
             throw std::runtime_error("F6 does not lead to the list");
     }
     bool isIdle()
@@ -134,7 +101,8 @@ void KeyboardWalkTest::addAccount()
 {
     tabTo(u"addIMAP"_s);
     pressKey(Qt::Key_Space);
-    ASSERT_TRUE(comes([] { return visible<IMAPSetupView>() && visible<IMAPSetupView>()->isActiveWindow(); }));
+    ASSERT_TRUE(comes(
+        [] { return visibleWindow<IMAPSetupView>() && visibleWindow<IMAPSetupView>()->isActiveWindow(); }));
     const ServerSettings settings = *server.account(ConnectionSecurity::startTLS).server;
     fill(u"setupName"_s, u"Mara"_s);
     fill(u"setupEmail"_s, QString::fromLatin1(MailServer::address));
@@ -152,14 +120,14 @@ void KeyboardWalkTest::addAccount()
         typeText(QString::number(port));
         tabTo(prefix + u"Security"_s);
     }
-    takeScreenshot(*visible<IMAPSetupView>(), u"keys-01-setup"_s);
+    takeScreenshot(*visibleWindow<IMAPSetupView>(), u"keys-01-setup"_s);
     tabTo(u"setupSignIn"_s);
     pressKey(Qt::Key_Return);
     ASSERT_TRUE(comes([this] { return !model().accounts().isEmpty(); }))
         << model().errorMessage().value_or(QString()).toStdString();
     ASSERT_TRUE(isIdle());
     returnToMain();
-    ASSERT_TRUE(comes([] { return focused() == u"messageTable"; })) << "the list has the keyboard";
+    ASSERT_TRUE(comes([] { return focusedName() == u"messageTable"; })) << "the list has the keyboard";
 }
 
 void KeyboardWalkTest::read()
@@ -180,7 +148,7 @@ void KeyboardWalkTest::read()
     takeScreenshot(*mail.window, u"keys-02-reader"_s);
     pressKey(Qt::Key_Escape);
     ASSERT_TRUE(comes([this] { return model().path().isEmpty(); }));
-    EXPECT_EQ(focused(), u"messageTable");
+    EXPECT_EQ(focusedName(), u"messageTable");
     pressChord(u"Ctrl+F"_s);
     typeText(u"boat"_s);
     pressKey(Qt::Key_Return);
@@ -188,21 +156,23 @@ void KeyboardWalkTest::read()
     tabTo(u"clearSearch"_s);
     pressKey(Qt::Key_Space);
     ASSERT_TRUE(comes([this] { return model().messages().size() == 3; }));
-    EXPECT_EQ(focused(), u"messageTable");
+    EXPECT_EQ(focusedName(), u"messageTable");
 }
 
 ComposeWindow* KeyboardWalkTest::composed()
 {
-    if (!comes([] { return visible<ComposeWindow>() && visible<ComposeWindow>()->isActiveWindow(); }))
+    if (!comes([] {
+            return visibleWindow<ComposeWindow>() && visibleWindow<ComposeWindow>()->isActiveWindow();
+        }))
         throw std::runtime_error("no compose window");
-    return visible<ComposeWindow>();
+    return visibleWindow<ComposeWindow>();
 }
 
 /// The text goes out, and the keyboard back to the main window.
 void KeyboardWalkTest::send()
 {
     pressChord(u"Ctrl+Shift+D"_s);
-    ASSERT_TRUE(comes([] { return !visible<ComposeWindow>(); }));
+    ASSERT_TRUE(comes([] { return !visibleWindow<ComposeWindow>(); }));
     returnToMain();
     ASSERT_TRUE(isIdle());
 }
@@ -216,11 +186,11 @@ void KeyboardWalkTest::write()
     tabTo(u"subject"_s);
     typeText(u"By keys"_s);
     pressKey(Qt::Key_Tab);
-    EXPECT_EQ(focused(), u"composeText");
+    EXPECT_EQ(focusedName(), u"composeText");
     typeText(u"No mouse"_s);
     takeScreenshot(*composed(), u"keys-03-compose"_s);
     pressChord(u"Ctrl+S"_s);
-    ASSERT_TRUE(comes([] { return !visible<ComposeWindow>(); }));
+    ASSERT_TRUE(comes([] { return !visibleWindow<ComposeWindow>(); }));
     returnToMain();
     pressChord(u"Ctrl+4"_s);
     ASSERT_TRUE(comes([this] { return isListed(u"By keys"_s) == 1 && !model().isLoading(); }));
@@ -241,9 +211,9 @@ void KeyboardWalkTest::write()
     pressKey(Qt::Key_Home);
     pressChord(u"Ctrl+R"_s);
     EXPECT_EQ(composed()->view().draft().to, u"\"Ann\" <ann@example.org>");
-    EXPECT_EQ(focused(), u"composeText");
+    EXPECT_EQ(focusedName(), u"composeText");
     pressChord(u"Ctrl+W"_s);
-    ASSERT_TRUE(comes([] { return !visible<ComposeWindow>(); }));
+    ASSERT_TRUE(comes([] { return !visibleWindow<ComposeWindow>(); }));
     returnToMain();
     pressChord(u"Ctrl+Shift+F"_s);
     EXPECT_TRUE(composed()->view().draft().subject.startsWith(u"Fwd: "_s));
@@ -287,7 +257,7 @@ void KeyboardWalkTest::mark()
 void KeyboardWalkTest::tidy()
 {
     choose(u"Mailbox"_s, {u"New Folder…"_s});
-    ASSERT_TRUE(comes([] { return visible<QDialog>() && visible<QDialog>()->isActiveWindow(); }));
+    ASSERT_TRUE(comes([] { return visibleWindow<QDialog>() && visibleWindow<QDialog>()->isActiveWindow(); }));
     typeText(u"Travel"_s);
     pressKey(Qt::Key_Return);
     const QUuid account = model().accounts().first().id;
@@ -321,15 +291,15 @@ void KeyboardWalkTest::fold()
     const QUuid account = model().accounts().first().id;
     toList();
     pressKey(Qt::Key_F6, Qt::ShiftModifier);
-    ASSERT_EQ(focused(), u"sidebar");
+    ASSERT_EQ(focusedName(), u"sidebar");
     pressKey(Qt::Key_End);
     EXPECT_TRUE(comes([this] { return model().messages().size() == 1 && !model().isLoading(); }));
     EXPECT_EQ(mail.window->windowTitle().section(u' ', 0, 0), u"Travel");
     // The menu of the folder.
-    pressMenuKey();
+    openMenuByKey(*QApplication::activeWindow(), u"Menu"_s);
     ASSERT_TRUE(comes([] { return openedMenu(); }));
     chooseByKeys({u"Rename “Travel”…"_s});
-    ASSERT_TRUE(comes([] { return visible<QDialog>() && visible<QDialog>()->isActiveWindow(); }));
+    ASSERT_TRUE(comes([] { return visibleWindow<QDialog>() && visibleWindow<QDialog>()->isActiveWindow(); }));
     pressChord(u"Ctrl+A"_s);
     typeText(u"Voyages"_s);
     pressKey(Qt::Key_Return);
@@ -345,7 +315,7 @@ void KeyboardWalkTest::fold()
     EXPECT_TRUE(sidebar.isExpanded(sidebar.model()->index(0, 0)));
     pressChord(u"F9"_s);
     EXPECT_FALSE(sidebar.isVisible());
-    EXPECT_EQ(focused(), u"messageTable");
+    EXPECT_EQ(focusedName(), u"messageTable");
     tabTo(u"toggleSidebar"_s);
     pressKey(Qt::Key_Space);
     EXPECT_TRUE(sidebar.isVisible());
@@ -354,14 +324,15 @@ void KeyboardWalkTest::fold()
 void KeyboardWalkTest::set()
 {
     pressChord(u"Ctrl+,"_s);
-    ASSERT_TRUE(comes([] { return visible<SettingsView>() && visible<SettingsView>()->isActiveWindow(); }));
+    ASSERT_TRUE(comes(
+        [] { return visibleWindow<SettingsView>() && visibleWindow<SettingsView>()->isActiveWindow(); }));
     tabTo(u"settingsTabBar"_s);
     pressKey(Qt::Key_Right);
     tabTo(u"gmailShortcuts"_s);
     pressKey(Qt::Key_Space);
     EXPECT_FALSE(mail.fixture.defaults().boolean(DefaultsKey::gmailShortcuts));
     pressKey(Qt::Key_Escape);
-    EXPECT_TRUE(comes([] { return !visible<SettingsView>(); }));
+    EXPECT_TRUE(comes([] { return !visibleWindow<SettingsView>(); }));
     returnToMain();
 }
 

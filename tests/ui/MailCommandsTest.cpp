@@ -1,3 +1,4 @@
+#include "Gestures.h"
 #include "UITestSupport.h"
 #include "domain/MailError.h"
 #include "support/QtPrinters.h"
@@ -18,30 +19,6 @@ using namespace Qt::StringLiterals;
 
 namespace Larkhaven {
 namespace {
-
-/// An item as the user sees it: "Reply [Ctrl+R]", "(…)" around what is turned off, "✓" behind what is
-/// checked.
-QString lineOf(const QAction& action)
-{
-    if (action.isSeparator())
-        return action.text().isEmpty() ? u"-"_s : u"- "_s + action.text();
-    QString line = action.text();
-    if (!action.shortcuts().isEmpty())
-        line += u" [%1]"_s.arg(QKeySequence::listToString(action.shortcuts(), QKeySequence::PortableText));
-    if (action.isCheckable() && action.isChecked())
-        line += u" ✓"_s;
-    if (action.menu())
-        line += u" ▸"_s;
-    return action.isEnabled() ? line : u"("_s + line + u")"_s;
-}
-
-QStringList linesOf(const QMenu& menu)
-{
-    QStringList lines;
-    for (const QAction* const action : menu.actions())
-        lines.append(lineOf(*action));
-    return lines;
-}
 
 class MailCommandsTest : public testing::Test {
 protected:
@@ -80,6 +57,11 @@ protected:
         mail.table().setFocus();
         QTest::keySequence(mail.window.get(), QKeySequence(chord));
         settle();
+    }
+    void choose(const QString& title, const QStringList& items)
+    {
+        openMenuOfBar(*mail.window, title);
+        chooseByKeys(items);
     }
     void select(const QString& id) { model().setSelection({id}); }
 
@@ -215,8 +197,13 @@ TEST_F(GoogleCommandsTest, CallsThingsAsGoogleDoes)
     EXPECT_TRUE(linesOf(*menu(u"Mailbox"_s)).contains(u"New Label…"_s));
     EXPECT_EQ(linesOf(*submenu("goTo"))[1], u"Starred [Ctrl+2]");
     QMenu* const labels = submenu("labelAs");
-    Q_EMIT labels->aboutToShow();
+    openMenuOfBar(*mail.window, u"Message"_s);
+    walkTo(*openedMenu(), u"Label As"_s);
+    pressKey(Qt::Key_Right);
+    ASSERT_TRUE(waitUntil([labels] { return openedMenu() == labels; }));
     EXPECT_EQ(linesOf(*labels), (QStringList{u"Work"_s, u"-"_s, u"New Label…"_s}));
+    pressKey(Qt::Key_Escape);
+    pressKey(Qt::Key_Escape);
 }
 
 TEST_F(MailCommandsTest, TurnsOffWhatNeedsAnAccountWhereThereIsNone)
@@ -334,16 +321,22 @@ TEST_F(MailCommandsTest, MovesBackWithUndoUnlessTextIsBeingEdited)
 
 TEST_F(MailCommandsTest, SortsAndShowsByTheMenu)
 {
-    mail.window->menuBar()->findChild<QAction*>(u"sortBy-subject"_s)->trigger();
+    choose(u"View"_s, {u"Sort By"_s, u"Subject"_s});
     EXPECT_EQ(model().sortOrder(), (QList<SortComparator>{{SortField::subject, Qt::DescendingOrder}}));
-    mail.window->menuBar()->findChild<QAction*>(u"ascending"_s)->trigger();
+    choose(u"View"_s, {u"Sort By"_s, u"Ascending"_s});
     EXPECT_EQ(model().sortOrder(), (QList<SortComparator>{{SortField::subject, Qt::AscendingOrder}}));
     // The menu follows what a click on a title does.
-    model().setSortOrder({{SortField::from, Qt::DescendingOrder}});
+    QHeaderView& header = *mail.table().horizontalHeader();
+    const auto from = static_cast<int>(MessageColumn::from);
+    const QPoint title(header.sectionViewportPosition(from) + header.sectionSize(from) / 2,
+                       header.height() / 2);
+    QTest::mouseClick(header.viewport(), Qt::LeftButton, {}, title);
+    EXPECT_EQ(model().sortOrder().value(0).field, SortField::from);
+    QTest::mouseClick(header.viewport(), Qt::LeftButton, {}, title);
     EXPECT_TRUE(mail.window->menuBar()->findChild<QAction*>(u"sortBy-from"_s)->isChecked());
     EXPECT_TRUE(mail.window->menuBar()->findChild<QAction*>(u"descending"_s)->isChecked());
     QAction* const preview = mail.window->menuBar()->findChild<QAction*>(u"showPreview"_s);
-    preview->trigger();
+    choose(u"View"_s, {u"Show Preview Text"_s});
     EXPECT_FALSE(mail.fixture.defaults().boolean(DefaultsKey::showPreview));
     mail.fixture.defaults().set(DefaultsKey::showPreview, true);
     EXPECT_TRUE(preview->isChecked());
@@ -351,10 +344,9 @@ TEST_F(MailCommandsTest, SortsAndShowsByTheMenu)
 
 TEST_F(MailCommandsTest, ShowsColumnsByTheMenu)
 {
-    QMenu* const columns = submenu("columns");
-    Q_EMIT columns->aboutToShow();
-    ASSERT_EQ(columns->actions().size(), 8);
-    columns->actions().last()->trigger();
+    EXPECT_TRUE(mail.table().horizontalHeader()->isSectionHidden(static_cast<int>(MessageColumn::size)));
+    choose(u"View"_s, {u"Columns"_s, u"Size"_s});
+    EXPECT_EQ(submenu("columns")->actions().size(), 8);
     EXPECT_FALSE(mail.table().horizontalHeader()->isSectionHidden(static_cast<int>(MessageColumn::size)));
 }
 
@@ -377,11 +369,12 @@ TEST_F(MailCommandsTest, MovesTheKeyboardFromPaneToPane)
 
 TEST_F(MailCommandsTest, TellsWhatLarkhavenIs)
 {
-    mail.window->menuBar()->findChild<QAction*>(u"about"_s)->trigger();
+    choose(u"Help"_s, {u"About Larkhaven"_s});
     auto* const about = mail.window->findChild<QMessageBox*>(u"about"_s);
     ASSERT_TRUE(about);
     EXPECT_TRUE(about->text().startsWith(u"Larkhaven"_s));
-    about->close();
+    pressKey(Qt::Key_Escape);
+    EXPECT_TRUE(waitUntil([this] { return !mail.window->findChild<QMessageBox*>(u"about"_s); }));
 }
 
 } // namespace

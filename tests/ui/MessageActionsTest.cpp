@@ -472,7 +472,7 @@ TEST_F(ActionsTest, RenamesAFolderFromItsPresentName)
     EXPECT_EQ(name->text(), u"A & B");
     EXPECT_EQ(dialog->findChild<QPushButton*>(u"labelApply"_s)->text(), u"Rename");
     name->setText(u"C"_s);
-    dialog->findChild<QPushButton*>(u"labelApply"_s)->click();
+    leftClick(*dialog->findChild<QPushButton*>(u"labelApply"_s));
     EXPECT_TRUE(waitUntil([this] { return !provider().calls(u"renameLabel"_s).isEmpty(); }));
     EXPECT_TRUE(provider().calls(u"renameLabel"_s)[0].endsWith(u"Projects/C"_s));
 }
@@ -535,7 +535,7 @@ TEST_F(ActionsTest, AsksBeforeAFolderIsDeleted)
     EXPECT_EQ(question->informativeText(),
               u"The folder and every message in it are deleted from the server. This can’t be undone.");
     takeScreenshot(*question, u"label-deletion"_s);
-    question->findChild<QPushButton*>(u"confirmDeletion"_s)->click();
+    leftClick(*question->findChild<QPushButton*>(u"confirmDeletion"_s));
     EXPECT_TRUE(waitUntil([this] { return !provider().calls(u"deleteLabel"_s).isEmpty(); }));
 }
 
@@ -544,7 +544,7 @@ TEST_F(ActionsTest, DeletesNoFolderWhereTheUserSaysNo)
     choose(sidebarMenu(u"Projects"_s), u"deleteLabel"_s);
     auto* const question = mail.window->findChild<QMessageBox*>(u"labelDeletion"_s);
     ASSERT_TRUE(question);
-    question->button(QMessageBox::Cancel)->click();
+    leftClick(*question->button(QMessageBox::Cancel));
     EXPECT_FALSE(model().labelDeletion());
     settle();
     EXPECT_TRUE(provider().calls(u"deleteLabel"_s).isEmpty());

@@ -71,19 +71,10 @@ protected:
     }
     void begin() { begin({ModelFixture::imapAccount()}); }
     template <typename Window>
-    Window* shown(const char* name = nullptr)
+    static Window* shown(const QString& name = {})
     {
-        QPointer<Window> found;
-        EXPECT_TRUE(waitUntil([&] {
-            for (QWidget* const window : QApplication::topLevelWidgets()) {
-                auto* const candidate = qobject_cast<Window*>(window);
-                if (candidate && candidate->isVisible() &&
-                    (!name || candidate->objectName() == QLatin1StringView(name)))
-                    found = candidate;
-            }
-            return !found.isNull();
-        }));
-        return found;
+        EXPECT_TRUE(waitUntil([&name] { return visibleWindow<Window>(name) != nullptr; }));
+        return visibleWindow<Window>(name);
     }
     AppModel& model() { return mail->model(); }
     QString cell(int row, MessageColumn column, int role = Qt::DisplayRole)
@@ -170,24 +161,24 @@ TEST_F(QuotedWordsTest, StandInTheDialogsOfLabels)
     const QUuid account = mail->fixture.account().id;
     model().beginCreateLabel(account);
     expectWords(
-        *shown<QDialog>("labelSheet"),
+        *shown<QDialog>(u"labelSheet"_s),
         {u"New Folder"_s, u"Name"_s, u"Use “/” to nest, e.g. Travel/2026."_s, u"Cancel"_s, u"Create"_s});
     model().beginCreateLabel(account, travel);
     settle();
-    expectWords(*shown<QDialog>("labelSheet"), {u"New Folder in “Travel”"_s});
+    expectWords(*shown<QDialog>(u"labelSheet"_s), {u"New Folder in “Travel”"_s});
     model().beginRenameLabel(travel, account);
     settle();
-    expectWords(*shown<QDialog>("labelSheet"), {u"Rename “Travel”"_s, u"Rename"_s, u"Cancel"_s});
-    shown<QDialog>("labelSheet")->reject();
+    expectWords(*shown<QDialog>(u"labelSheet"_s), {u"Rename “Travel”"_s, u"Rename"_s, u"Cancel"_s});
+    shown<QDialog>(u"labelSheet"_s)->reject();
     model().beginDeleteLabel(travel, account);
-    const auto* const question = shown<QMessageBox>("labelDeletion");
+    const auto* const question = shown<QMessageBox>(u"labelDeletion"_s);
     expectWords(*question,
                 {u"Delete Folder “Travel”?"_s, u"Delete"_s, u"Cancel"_s,
                  u"The folder and every message in it are deleted from the server. This can’t be undone."_s});
     begin({ModelFixture::googleAccount()});
     model().beginDeleteLabel(travel, mail->fixture.account().id);
     expectWords(
-        *shown<QMessageBox>("labelDeletion"),
+        *shown<QMessageBox>(u"labelDeletion"_s),
         {u"Delete Label “Travel”?"_s,
          u"The label is removed from its messages; the messages stay in All Mail. Labels nested inside it are kept."_s});
 }
@@ -196,7 +187,7 @@ TEST_F(QuotedWordsTest, StandInTheAlertOfAFailure)
 {
     begin();
     model().report(std::make_exception_ptr(MailError::unsupported(u"It broke."_s)));
-    const auto* const alert = shown<QMessageBox>("errorAlert");
+    const auto* const alert = shown<QMessageBox>(u"errorAlert"_s);
     EXPECT_EQ(alert->text(), u"Something went wrong");
 }
 
@@ -274,7 +265,7 @@ TEST_F(QuotedWordsTest, StandInTheFormOfAnAccount)
     mail->window->openSetup();
     auto* const form = shown<IMAPSetupView>();
     ASSERT_TRUE(form);
-    form->findChild<QToolButton*>(u"setupDisclosure"_s)->click();
+    clickButton(*form, u"Server Settings"_s);
     settle();
     expectWords(
         *form,

@@ -7,6 +7,7 @@
 #include "views/reader/SecureMessageView.h"
 #include "views/style/Style.h"
 
+#include <QApplication>
 #include <QColor>
 #include <QImage>
 #include <QUrl>
@@ -31,6 +32,18 @@ QImage grab(const QWidget& widget);
 void takeScreenshot(const QWidget& widget, const QString& name);
 /// Shows the window and waits until it is on the screen and has the keyboard.
 void show(QWidget& window);
+
+/// The window of the kind, and of the name if one is given, that is on the screen; null for none.
+template <typename Window>
+Window* visibleWindow(const QString& name = {})
+{
+    for (QWidget* const widget : QApplication::topLevelWidgets()) {
+        auto* const window = qobject_cast<Window*>(widget);
+        if (window && window->isVisible() && (name.isEmpty() || window->objectName() == name))
+            return window;
+    }
+    return nullptr;
+}
 
 /// The pixel of the widget as it is on the screen.
 QColor pixel(const QWidget& widget, const QPoint& point);

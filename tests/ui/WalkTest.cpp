@@ -1,3 +1,4 @@
+#include "Gestures.h"
 #include "UITestSupport.h"
 #include "format/MIMEParser.h"
 #include "integration/MailServer.h"
@@ -69,28 +70,18 @@ protected:
         QTest::keyClicks(&field, text);
     }
 
-    template <typename Window>
-    static Window* visible()
-    {
-        for (QWidget* const window : QApplication::topLevelWidgets()) {
-            if (auto* const found = qobject_cast<Window*>(window); found && found->isVisible())
-                return found;
-        }
-        return nullptr;
-    }
-
     void addAccount()
     {
         mail.open();
         takeScreenshot(*mail.window, u"walk-01-welcome"_s);
         QTest::mouseClick(&mail.child<QPushButton>("addIMAP"), Qt::LeftButton);
-        ASSERT_TRUE(comes([] { return visible<IMAPSetupView>(); }));
-        IMAPSetupView& form = *visible<IMAPSetupView>();
+        ASSERT_TRUE(comes([] { return visibleWindow<IMAPSetupView>(); }));
+        IMAPSetupView& form = *visibleWindow<IMAPSetupView>();
         const ServerSettings settings = *server.account(ConnectionSecurity::startTLS).server;
         type(child<QLineEdit>(form, "setupName"), u"Mara Lindqvist"_s);
         type(child<QLineEdit>(form, "setupEmail"), QString::fromLatin1(MailServer::address));
         type(child<QLineEdit>(form, "setupPassword"), QString::fromLatin1(MailServer::password));
-        child<QToolButton>(form, "setupDisclosure").click();
+        clickButton(form, u"Server Settings"_s);
         replace(child<QLineEdit>(form, "imapHost"), settings.imapHost);
         replace(child<QLineEdit>(form, "smtpHost"), settings.smtpHost);
         replace(child<QLineEdit>(form, "setupUsername"), settings.username);
@@ -184,7 +175,7 @@ TEST_F(WalkTest, FromTheWelcomeToASentDraft)
     window->view().setShowsBcc(true);
     write(*window, "bcc", u"\"Theo in secret\" <%1>"_s.arg(theo));
     type(child<QLineEdit>(*window, "subject"), u"Grüße aus Malmö – 旅行"_s);
-    child<QAbstractButton>(*window, "richText").click();
+    leftClick(child<QAbstractButton>(*window, "richText"));
     auto& text = child<ComposeTextView>(*window, "composeText");
     text.setFocus();
     text.moveCursor(QTextCursor::Start);
@@ -261,10 +252,7 @@ TEST_F(WalkTest, FromTheWelcomeToASentDraft)
         return !question.isNull();
     }));
     takeScreenshot(*window, u"walk-08-save-draft"_s);
-    for (QAbstractButton* const button : question->buttons()) {
-        if (button->text() == u"Save")
-            button->click();
-    }
+    clickButton(*question, u"Save"_s);
     ASSERT_TRUE(comes([this] { return mail.window->composeWindows().windows().isEmpty(); }));
     expectListed(Mailbox::drafts, 1);
     takeScreenshot(*mail.window, u"walk-09-drafts"_s);

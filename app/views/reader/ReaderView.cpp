@@ -133,9 +133,6 @@ ReaderView::ReaderView(AppModel& model, Desktop desktop, QWidget* parent)
     bannerLine->addWidget(m_banner);
     auto* const cardLine = new QVBoxLayout;
     cardLine->setContentsMargins(Style::largePadding, 0, Style::largePadding, Style::padding);
-    m_body->addWidget(m_waiting);
-    m_body->addWidget(m_card);
-    cardLine->addLayout(m_body, 1);
     auto* const contentLayout = new QVBoxLayout(m_content);
     contentLayout->setContentsMargins(0, 0, 0, 0);
     contentLayout->setSpacing(0);
@@ -143,6 +140,10 @@ ReaderView::ReaderView(AppModel& model, Desktop desktop, QWidget* parent)
     contentLayout->addLayout(bannerLine);
     contentLayout->addLayout(cardLine, 1);
     contentLayout->addWidget(m_attachments);
+    // Last: what a stacked layout without a widget shows is a window, which takes the keyboard.
+    cardLine->addLayout(m_body, 1);
+    m_body->addWidget(m_waiting);
+    m_body->addWidget(m_card);
     m_states->addWidget(m_error);
     // Where headers and attachments leave no room for the message, the whole of it scrolls.
     m_scroll->setFrameShape(QFrame::NoFrame);

@@ -2,6 +2,7 @@
 
 #include "views/style/AccessibleParts.h"
 #include "views/style/MeasuredStyle.h"
+#include "views/style/MenuKey.h"
 #include "views/style/StyleSheet.h"
 
 #include <QApplication>
@@ -94,6 +95,7 @@ void Style::applyToApplication()
 {
     if (!std::exchange(m_isApplied, true)) {
         installAccessibleParts();
+        installMenuKey(*qApp);
         // A desktop's own theme may lack images that we need, and mixes styles.
         QIcon::setThemeName(u"breeze"_s);
         QApplication::setStyle(new MeasuredStyle);

@@ -1,0 +1,162 @@
+#include "Gestures.h"
+#include "UITestSupport.h"
+#include "domain/MailError.h"
+#include "platform/Wakeup.h"
+#include "protocols/StreamTransport.h"
+#include "support/QtPrinters.h"
+#include "views/setup/SignInWindow.h"
+#include "views/style/AttachmentChip.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+
+using namespace Qt::StringLiterals;
+
+// What the walk by keys does not come by: nothing here gives the focus to a widget either.
+
+namespace Larkhaven {
+namespace {
+
+const auto listMessages = u"listMessages"_s;
+
+class KeyboardReachTest : public testing::Test {
+protected:
+    void begin(const QList<Account>& accounts = {ModelFixture::imapAccount(), ModelFixture::googleAccount()})
+    {
+        mail = std::make_unique<MailWindow>(accounts, ModelFixture::info());
+        if (!accounts.isEmpty())
+            mail->fill(ModelFixture::rows(mail->fixture.account(), 60));
+        mail->open();
+        settle();
+        constexpr int panes = 3;
+        for (int step = 0; !accounts.isEmpty() && step < panes && focusedName() != u"messageTable"; ++step)
+            pressKey(Qt::Key_F6);
+    }
+    AppModel& model() { return mail->model(); }
+    FakeMailProvider& provider() { return mail->fixture.provider(); }
+    /// Opens the first message by keys.
+    void read(const QByteArray& raw)
+    {
+        provider().setRaw(u"1"_s, raw);
+        typeText(u"jo"_s);
+        ASSERT_TRUE(waitUntil([this] { return mail->window->reader().rendered().has_value(); }))
+            << model().path().join(u' ').toStdString() << " is open";
+        ASSERT_TRUE(waitUntilDrawn(*mail->window));
+    }
+    /// Presses Tab until what has the keyboard is of the kind.
+    template <typename Widget>
+    static bool tabToKind()
+    {
+        constexpr int longWay = 60;
+        for (int presses = 0; presses < longWay; ++presses) {
+            if (qobject_cast<Widget*>(QApplication::focusWidget()))
+                return true;
+            pressKey(Qt::Key_Tab);
+        }
+        return false;
+    }
+    bool isBack()
+    {
+        return waitUntil([this] { return mail->window->isActiveWindow(); });
+    }
+
+    QTemporaryDir folder;
+    std::unique_ptr<MailWindow> mail;
+};
+
+TEST_F(KeyboardReachTest, SavesAnAttachment)
+{
+    begin();
+    mail->savePath = folder.filePath(u"notes.txt"_s);
+    read("Subject: x\r\nMIME-Version: 1.0\r\nContent-Type: multipart/mixed; boundary=b\r\n\r\n"
+         "--b\r\n\r\nHello\r\n--b\r\nContent-Type: text/plain\r\nContent-Disposition: attachment; "
+         "filename=notes.txt\r\n\r\nkept\r\n--b--\r\n");
+    ASSERT_TRUE(tabToKind<AttachmentChip>());
+    pressKey(Qt::Key_Space);
+    ASSERT_TRUE(waitUntil([this] { return QFile::exists(mail->savePath); }));
+    EXPECT_EQ(mail->suggestedNames, QStringList(u"notes.txt"_s));
+    QFile saved(mail->savePath);
+    ASSERT_TRUE(saved.open(QIODevice::ReadOnly));
+    EXPECT_EQ(saved.readAll(), "kept");
+}
+
+TEST_F(KeyboardReachTest, TriesAgainFromTheStrip)
+{
+    begin();
+    provider().failAlways(listMessages,
+                          StreamError(QAbstractSocket::ConnectionRefusedError, u"Connection refused"_s));
+    mail->fixture.endSleeps();
+    ASSERT_TRUE(waitUntil([this] { return model().failedChecks().size() == 1; }));
+    provider().heal();
+    provider().forgetCalls();
+    tabTo(u"tryAgain"_s);
+    EXPECT_TRUE(provider().calls(listMessages).isEmpty());
+    pressKey(Qt::Key_Space);
+    EXPECT_TRUE(waitUntil([this] { return model().failedChecks().isEmpty(); }));
+    EXPECT_FALSE(provider().calls(listMessages).isEmpty());
+    EXPECT_EQ(focusedName(), u"messageTable") << "the strip goes, and the keyboard isn't lost with it";
+}
+
+TEST_F(KeyboardReachTest, LeafsByChordsAndByTheButtonsOfThePager)
+{
+    begin();
+    const auto shows = [this](const QString& text) {
+        return waitUntil([&] { return model().pagerText() == text && !model().isLoading(); });
+    };
+    for (const auto& [chord, text] :
+         {std::pair(u"Ctrl+Alt+]"_s, u"26–50 of 60"_s), std::pair(u"Ctrl+Alt+["_s, u"1–25 of 60"_s),
+          std::pair(u"Ctrl+Alt+End"_s, u"51–60 of 60"_s), std::pair(u"Ctrl+Alt+Home"_s, u"1–25 of 60"_s)}) {
+        pressChord(chord);
+        EXPECT_TRUE(shows(text)) << chord.toStdString();
+    }
+    tabTo(u"pagerForward"_s);
+    pressKey(Qt::Key_Space);
+    EXPECT_TRUE(shows(u"26–50 of 60"_s));
+    tabTo(u"pagerBack"_s);
+    pressKey(Qt::Key_Space);
+    EXPECT_TRUE(shows(u"1–25 of 60"_s));
+    tabTo(u"pagerJump"_s);
+    // Such a button waits within its press until its menu has closed.
+    bool hasChosen = false;
+    QTimer::singleShot(0, mail->window.get(), [&hasChosen] {
+        ASSERT_TRUE(waitUntil([] { return openedMenu() != nullptr; }));
+        chooseByKeys({u"Oldest"_s});
+        hasChosen = true;
+    });
+    pressKey(Qt::Key_Space);
+    ASSERT_TRUE(hasChosen);
+    EXPECT_TRUE(shows(u"51–60 of 60"_s));
+}
+
+TEST_F(KeyboardReachTest, GivesASignInUp)
+{
+    begin({});
+    Wakeup end;
+    mail->fixture.setSignIn([&end](ProviderKind, const QUuid&, const std::optional<QString>&,
+                                   const std::stop_token& stop) -> Task<SignInService::SignedIn> {
+        static const auto wait = [](Wakeup* wakeup, std::stop_token asked) -> Task<SignInService::SignedIn> {
+            const std::stop_callback giveUp(asked, [wakeup] { wakeup->notify(); });
+            co_await wakeup->wait(std::chrono::seconds(60));
+            throw MailError::cancelled();
+        };
+        return wait(&end, stop);
+    });
+    tabTo(u"signInGoogle"_s);
+    pressKey(Qt::Key_Space);
+    ASSERT_TRUE(waitUntil([] { return visibleWindow<SignInWindow>() != nullptr; }));
+    // It leaves the keyboard to the browser; the user goes there as between all windows.
+    auto* const window = visibleWindow<SignInWindow>();
+    if (!window->isActiveWindow())
+        pressOnDisplay(*mail->window, u"alt+Tab"_s);
+    ASSERT_TRUE(waitUntil([window] { return window->isActiveWindow(); }));
+    tabTo(u"signInCancel"_s);
+    pressKey(Qt::Key_Space);
+    EXPECT_TRUE(waitUntil([this] { return !model().isSigningIn(); }));
+    EXPECT_FALSE(visibleWindow<SignInWindow>());
+    EXPECT_TRUE(isBack());
+}
+
+} // namespace
+} // namespace Larkhaven
