@@ -99,11 +99,11 @@ void ComposeSpelling::addWord(QMenu& menu, QAction* before, int position)
         m_highlighter ? m_highlighter->misspelledAt(position) : ComposeHighlighter::Word();
     if (word.text.isEmpty())
         return;
-    const auto add = [this, &menu, before, word](const QString& text,
-                                                 void (Spelling::*teach)(const QString&, const QString&)) {
+    using Teach = void (*)(Spelling&, const ComposeHighlighter::Word&);
+    const auto add = [this, &menu, before, word](const QString& text, Teach teach) {
         auto* const item = new QAction(text, &menu);
         connect(item, &QAction::triggered, this, [this, word, teach] {
-            (m_spelling.*teach)(word.language, word.text);
+            teach(m_spelling, word);
             if (m_highlighter)
                 m_highlighter->restart();
         });
@@ -117,8 +117,12 @@ void ComposeSpelling::addWord(QMenu& menu, QAction* before, int position)
         QTimer::singleShot(suggestionPatience, place, &QObject::deleteLater);
         spawn(addSuggestions(&menu, place, word), dropFailure);
     }
-    add(tr("Add to Dictionary"), &Spelling::add);
-    add(tr("Ignore"), &Spelling::ignore);
+    add(tr("Add to Dictionary"), [](Spelling& spelling, const ComposeHighlighter::Word& right) {
+        spelling.add(right.language, right.text);
+    });
+    add(tr("Ignore"), [](Spelling& spelling, const ComposeHighlighter::Word& right) {
+        spelling.ignore(right.language, right.text);
+    });
     menu.insertSeparator(before);
 }
 
