@@ -80,6 +80,7 @@ MessageTable::MessageTable(AppModel& model, QWidget* parent)
             m_animation.start();
         else
             m_animation.stop();
+        describe();
         viewport()->update();
     };
     connect(&model, &AppModel::isLoadingChanged, this, followLoading);
@@ -90,7 +91,10 @@ MessageTable::MessageTable(AppModel& model, QWidget* parent)
     connect(m_rows, &SortedMessages::modelReset, this, [this] {
         takeSelection();
         returnToPlace();
+        describe();
     });
+    connect(m_rows, &SortedMessages::rowsRemoved, this, &MessageTable::describe);
+    connect(m_rows, &SortedMessages::rowsInserted, this, &MessageTable::describe);
     connect(m_rows, &SortedMessages::layoutChanged, this, &MessageTable::takeSelection);
     connect(&model.defaults(), &UserDefaults::changed, viewport(), qOverload<>(&QWidget::update));
     connect(m_header, &MessageTableHeader::columnsChanged, this, &MessageTable::followColumns);
@@ -433,6 +437,17 @@ void MessageTable::paintSkeleton(QPainter& painter) const
             painter.drawRoundedRect(place, bar / 2.0, bar / 2.0);
         }
     }
+}
+
+/// What is painted in place of rows, for assistive technology.
+void MessageTable::describe()
+{
+    const std::optional<EmptyState> state = emptyState();
+    QStringList words;
+    if (state)
+        words = {state->title, state->explanation};
+    words.removeAll(QString());
+    setAccessibleDescription(words.join(u". "_s));
 }
 
 std::optional<EmptyState> MessageTable::emptyState() const

@@ -48,6 +48,7 @@ protected:
     void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
 
 private:
+    void describe();
     void applyMetrics();
     void followColumns();
     void takeSelection();
