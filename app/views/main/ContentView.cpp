@@ -287,21 +287,27 @@ void ContentView::toggleSidebar()
 
 void ContentView::stepPane(int direction)
 {
-    QList<QWidget*> panes;
+    /// What belongs to it, and where the keyboard begins in it.
+    struct Pane {
+        QWidget* whole;
+        QWidget* start;
+    };
+    QList<Pane> panes;
     if (!m_sidebar->isHidden())
-        panes.append(&m_sidebar->sidebar());
-    panes.append(m_detail->currentWidget());
-    panes.append(m_toolbar);
+        panes.append(Pane{m_sidebar, &m_sidebar->sidebar()});
+    panes.append(Pane{m_detail->currentWidget(), m_detail->currentWidget()});
+    panes.append(Pane{m_toolbar, m_toolbar});
     const QWidget* const focused = QApplication::focusWidget();
     qsizetype present = -1;
     for (qsizetype index = 0; index < panes.size(); ++index) {
-        if (focused && (panes[index] == focused || panes[index]->isAncestorOf(focused)))
+        const QWidget* const whole = panes[index].whole;
+        if (focused && (whole == focused || whole->isAncestorOf(focused)))
             present = index;
     }
     const qsizetype count = panes.size();
     const qsizetype next = present < 0 ? 0 : (present + direction + count) % count;
     // A ring shows where the keyboard has gone.
-    panes[next]->setFocus(direction > 0 ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+    panes[next].start->setFocus(direction > 0 ? Qt::TabFocusReason : Qt::BacktabFocusReason);
 }
 
 void ContentView::keepLayout()

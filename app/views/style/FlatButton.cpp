@@ -3,6 +3,7 @@
 #include "views/style/ToolTips.h"
 
 #include <QHelpEvent>
+#include <QKeyEvent>
 
 namespace Larkhaven {
 
@@ -49,6 +50,19 @@ bool FlatButton::event(QEvent* event)
         return QToolButton::event(event);
     ToolTips::show(*this, static_cast<const QHelpEvent&>(*event));
     return true;
+}
+
+void FlatButton::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() != Qt::Key_Return && event->key() != Qt::Key_Enter)
+        return QToolButton::keyPressEvent(event);
+    // Held down, it would press again whatever it has led to.
+    if (event->isAutoRepeat())
+        return;
+    if (menu())
+        showMenu();
+    else
+        click();
 }
 
 void FlatButton::measure()

@@ -29,6 +29,8 @@ public:
 
 protected:
     bool event(QEvent* event) override;
+    /// Return presses it as Space does: the ring promises as much.
+    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     void measure();
