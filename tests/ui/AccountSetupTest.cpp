@@ -100,8 +100,7 @@ protected:
         const QString text = alert()->informativeText();
         QTest::mouseClick(ok, Qt::LeftButton);
         EXPECT_TRUE(waitUntil([this] { return !alert(); }));
-        form()->activateWindow();
-        EXPECT_TRUE(waitUntil([] { return form()->isActiveWindow(); }));
+        activate(*form());
         return text;
     }
 

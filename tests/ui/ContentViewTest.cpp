@@ -148,8 +148,7 @@ TEST_F(ContentViewTest, ShowsNoWindowBesideThoseThatAreAskedFor)
     mail.read(u"2"_s);
     pressChord(u"Ctrl+N"_s);
     ASSERT_TRUE(waitUntil([&mail] { return mail.window->composeWindows().windows().size() == 1; }));
-    mail.window->activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(mail.window.get()));
+    activate(*mail.window);
     pressChord(u"Ctrl+,"_s);
     ASSERT_TRUE(waitUntil([&shown] { return shown.names.size() > 2; }));
     settle();

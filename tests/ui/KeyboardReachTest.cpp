@@ -4,10 +4,13 @@
 #include "platform/Wakeup.h"
 #include "protocols/StreamTransport.h"
 #include "support/QtPrinters.h"
+#include "views/main/SidebarView.h"
 #include "views/setup/SignInWindow.h"
 #include "views/style/AttachmentChip.h"
 
 #include <QFile>
+#include <QMessageBox>
+#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
@@ -40,8 +43,9 @@ protected:
     void read(const QByteArray& raw)
     {
         provider().setRaw(u"1"_s, raw);
+        const QSignalSpy shown(&mail->window->reader(), &ReaderView::shown);
         typeText(u"jo"_s);
-        ASSERT_TRUE(waitUntil([this] { return mail->window->reader().rendered().has_value(); }))
+        ASSERT_TRUE(waitUntil([&shown] { return !shown.isEmpty(); }))
             << model().path().join(u' ').toStdString() << " is open";
         ASSERT_TRUE(waitUntilDrawn(*mail->window));
     }
@@ -53,7 +57,10 @@ protected:
         for (int presses = 0; presses < longWay; ++presses) {
             if (qobject_cast<Widget*>(QApplication::focusWidget()))
                 return true;
+            // The engine passes the keyboard on in its own time.
+            const QWidget* const before = QApplication::focusWidget();
             pressKey(Qt::Key_Tab);
+            waitUntil([before] { return QApplication::focusWidget() != before; }, std::chrono::seconds(1));
         }
         return false;
     }
@@ -63,6 +70,7 @@ protected:
     }
 
     QTemporaryDir folder;
+    Wakeup signIn; ///< ends it
     std::unique_ptr<MailWindow> mail;
 };
 
@@ -130,27 +138,84 @@ TEST_F(KeyboardReachTest, LeafsByChordsAndByTheButtonsOfThePager)
     EXPECT_TRUE(shows(u"51–60 of 60"_s));
 }
 
+TEST_F(KeyboardReachTest, GoesOnFromTheFootOfTheSidebarToTheNextPane)
+{
+    begin();
+    tabTo(u"addAccount"_s);
+    pressKey(Qt::Key_F6);
+    EXPECT_EQ(focusedName(), u"messageTable");
+    tabTo(u"addAccount"_s);
+    pressKey(Qt::Key_F6, Qt::ShiftModifier);
+    EXPECT_EQ(focusedName(), u"getMail");
+}
+
+TEST_F(KeyboardReachTest, PressesByReturnWhatHasTheRing)
+{
+    begin();
+    tabTo(u"toggleSidebar"_s);
+    const auto& sidebar = mail->window->sidebar();
+    EXPECT_TRUE(sidebar.isVisible());
+    pressKey(Qt::Key_Return);
+    EXPECT_FALSE(sidebar.isVisible());
+    EXPECT_EQ(focusedName(), u"toggleSidebar");
+    pressKey(Qt::Key_Enter);
+    EXPECT_TRUE(sidebar.isVisible());
+    // A button with a menu waits within its press until the menu has closed.
+    tabTo(u"addAccount"_s);
+    bool hasOpened = false;
+    QTimer::singleShot(0, mail->window.get(), [&hasOpened] {
+        hasOpened = waitUntil([] { return openedMenu() != nullptr; });
+        pressKey(Qt::Key_Escape);
+    });
+    pressKey(Qt::Key_Return);
+    EXPECT_TRUE(hasOpened);
+}
+
+TEST_F(KeyboardReachTest, AsksBeforeItOpensADeceptiveLink)
+{
+    begin();
+    read("Content-Type: text/html\r\n\r\n<p>Go to <a href=\"https://evil.example/x\">https://bank.example/"
+         "</a></p>");
+    const auto question = [this] { return mail->window->findChild<QMessageBox*>(u"linkAlert"_s); };
+    // The engine takes its keys from the display.
+    pressOnDisplay(*mail->window, u"Tab"_s);
+    ASSERT_TRUE(waitUntilDrawn(*mail->window));
+    pressOnDisplay(*mail->window, u"Return"_s);
+    ASSERT_TRUE(waitUntil([&] { return question() && question()->isVisible(); }));
+    activate(*question());
+    pressKey(Qt::Key_Return);
+    EXPECT_TRUE(waitUntil([&] { return !question(); }));
+    EXPECT_TRUE(mail->openedURLs.isEmpty()) << "Return cancels";
+    ASSERT_TRUE(isBack());
+    pressOnDisplay(*mail->window, u"Return"_s);
+    ASSERT_TRUE(waitUntil([&] { return question() && question()->isVisible(); }));
+    activate(*question());
+    pressKey(Qt::Key_Tab);
+    pressKey(Qt::Key_Space);
+    EXPECT_TRUE(waitUntil([this] { return mail->openedURLs.size() == 1; }));
+}
+
 TEST_F(KeyboardReachTest, GivesASignInUp)
 {
     begin({});
-    Wakeup end;
-    mail->fixture.setSignIn([&end](ProviderKind, const QUuid&, const std::optional<QString>&,
+    mail->fixture.setSignIn([this](ProviderKind, const QUuid&, const std::optional<QString>&,
                                    const std::stop_token& stop) -> Task<SignInService::SignedIn> {
         static const auto wait = [](Wakeup* wakeup, std::stop_token asked) -> Task<SignInService::SignedIn> {
             const std::stop_callback giveUp(asked, [wakeup] { wakeup->notify(); });
             co_await wakeup->wait(std::chrono::seconds(60));
             throw MailError::cancelled();
         };
-        return wait(&end, stop);
+        return wait(&signIn, stop);
     });
     tabTo(u"signInGoogle"_s);
     pressKey(Qt::Key_Space);
     ASSERT_TRUE(waitUntil([] { return visibleWindow<SignInWindow>() != nullptr; }));
     // It leaves the keyboard to the browser; the user goes there as between all windows.
     auto* const window = visibleWindow<SignInWindow>();
-    if (!window->isActiveWindow())
+    const auto isThere = [window] { return window->isActiveWindow(); };
+    if (!waitUntil(isThere, std::chrono::seconds(1)))
         pressOnDisplay(*mail->window, u"alt+Tab"_s);
-    ASSERT_TRUE(waitUntil([window] { return window->isActiveWindow(); }));
+    ASSERT_TRUE(waitUntil(isThere));
     tabTo(u"signInCancel"_s);
     pressKey(Qt::Key_Space);
     EXPECT_TRUE(waitUntil([this] { return !model().isSigningIn(); }));

@@ -264,8 +264,7 @@ TEST_F(MailCommandsTest, OpensWritesAndShowsByItsChords)
     qsizetype opened = 0;
     for (const char* const chord : {"Ctrl+N", "Ctrl+R", "Ctrl+Shift+R", "Ctrl+Shift+F"}) {
         select(u"2"_s);
-        mail.window->activateWindow();
-        ASSERT_TRUE(QTest::qWaitForWindowActive(mail.window.get()));
+        activate(*mail.window);
         press(QString::fromLatin1(chord));
         ++opened;
         EXPECT_TRUE(waitUntil([&] { return windows() == opened; })) << chord;

@@ -178,8 +178,7 @@ protected:
     }
     void activate()
     {
-        mail->window->activateWindow();
-        ASSERT_TRUE(QTest::qWaitForWindowActive(mail->window.get()));
+        Larkhaven::activate(*mail->window);
         mail->table().setFocus();
     }
 

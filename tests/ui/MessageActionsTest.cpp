@@ -450,9 +450,6 @@ TEST_F(ActionsTest, MakesAFolderInsideAnother)
     auto* const name = dialog->findChild<QLineEdit*>(u"labelName"_s);
     auto* const create = dialog->findChild<QPushButton*>(u"labelApply"_s);
     EXPECT_EQ(create->text(), u"Create");
-    EXPECT_FALSE(create->isEnabled());
-    QTest::keyClicks(name, u"  "_s);
-    EXPECT_FALSE(create->isEnabled()) << "only blanks";
     QTest::keyClicks(name, u"2026"_s);
     EXPECT_TRUE(create->isEnabled());
     takeScreenshot(*dialog, u"label-sheet"_s);
@@ -460,6 +457,23 @@ TEST_F(ActionsTest, MakesAFolderInsideAnother)
     EXPECT_TRUE(waitUntil([this] { return !provider().calls(u"createLabel"_s).isEmpty(); }));
     EXPECT_TRUE(provider().calls(u"createLabel"_s)[0].contains(u"Projects/"_s));
     EXPECT_FALSE(model().labelEdit());
+}
+
+TEST_F(ActionsTest, KeepsCreateOffForANameOfBlanks)
+{
+    choose(sidebarMenu(u"Projects"_s), u"newLabelInside"_s);
+    QDialog* const dialog = sheet();
+    ASSERT_TRUE(dialog && waitUntil([dialog] { return dialog->isVisible(); }));
+    auto* const name = dialog->findChild<QLineEdit*>(u"labelName"_s);
+    const auto* const create = dialog->findChild<QPushButton*>(u"labelApply"_s);
+    EXPECT_FALSE(create->isEnabled());
+    QTest::keyClicks(name, u"  "_s);
+    EXPECT_FALSE(create->isEnabled());
+    QTest::keyClick(name, Qt::Key_Return);
+    EXPECT_TRUE(dialog->isVisible());
+    QTest::keyClicks(name, u"x"_s);
+    EXPECT_TRUE(create->isEnabled());
+    dialog->reject();
 }
 
 TEST_F(ActionsTest, RenamesAFolderFromItsPresentName)

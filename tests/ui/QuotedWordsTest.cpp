@@ -38,6 +38,7 @@ QStringList wordsOf(const QWidget& window)
     for (const QWidget* const widget : std::as_const(widgets)) {
         words.append(widget->toolTip());
         words.append(widget->accessibleName());
+        words.append(widget->accessibleDescription());
         if (const auto* const label = qobject_cast<const QLabel*>(widget))
             words.append(label->text());
         else if (const auto* const button = qobject_cast<const QAbstractButton*>(widget))
@@ -152,6 +153,45 @@ TEST_F(QuotedWordsTest, StandInTheRows)
     ASSERT_TRUE(menu);
     EXPECT_EQ(menu->findChild<QAction*>(u"toggleStarred"_s)->text(), u"Remove Star");
     menu->close();
+}
+
+TEST_F(QuotedWordsTest, StandWhereThereIsNothing)
+{
+    rows.clear();
+    begin();
+    ASSERT_TRUE(waitUntil([this] { return mail->table().emptyState().has_value(); }));
+    expectWords(*mail->window, {u"No Messages"_s});
+}
+
+TEST_F(QuotedWordsTest, StandInAnOpenMessage)
+{
+    begin();
+    mail->fixture.provider().setRaw(
+        u"1"_s, "Cc: carl@example.org\r\nContent-Type: multipart/mixed; boundary=b\r\n\r\n"
+                "--b\r\nContent-Type: text/html\r\n\r\n<img src=\"https://img.example/a.png\" width=\"200\" "
+                "height=\"100\"><img src=\"https://track.example/o.gif\" width=\"1\" height=\"1\">\r\n"
+                "--b\r\nContent-Type: text/plain\r\nContent-Disposition: attachment; "
+                "filename=notes.txt\r\n\r\nkept\r\n"
+                "--b--\r\n");
+    mail->read(u"1"_s);
+    settle();
+    for (const auto& [name, text] :
+         {std::pair("readerSubject", u"(no subject)"_s), std::pair("readerFrom", u"Unknown"_s),
+          std::pair("readerTo", u"Undisclosed recipients"_s)})
+        EXPECT_EQ(mail->child<QLabel>(name).text(), text) << name;
+    expectWords(*mail->window,
+                {u"(no subject)"_s, u"Back"_s, u"From:"_s, u"To:"_s, u"Cc:"_s,
+                 u"This message contains remote content."_s, u"1 tracking image blocked"_s,
+                 u"Tracking pixels are never loaded, even when remote content is loaded."_s,
+                 u"Load Remote Content"_s, u"Attachments:"_s, u"Save notes.txt"_s, u"notes.txt (4 bytes)"_s});
+    mail->window->reader().followLink(link(u"https://evil.example/"_s, u"bank.example"_s));
+    auto* const question = shown<QMessageBox>(u"linkAlert"_s);
+    ASSERT_TRUE(question);
+    expectWords(*question, {u"This link may be deceptive"_s, u"Open Anyway"_s, u"Cancel"_s});
+    question->reject();
+    model().setPath({u"gone"_s});
+    settle();
+    expectWords(*mail->window, {u"Couldn't Load Message"_s, u"This message is no longer available."_s});
 }
 
 TEST_F(QuotedWordsTest, StandInTheDialogsOfLabels)

@@ -6,6 +6,7 @@
 #include "views/reader/AddressLabel.h"
 #include "views/reader/ReaderView.h"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QClipboard>
 #include <QLabel>

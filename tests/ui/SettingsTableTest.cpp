@@ -133,8 +133,7 @@ protected:
         const QString seen = look(compose);
         compose.close();
         settle();
-        window->activateWindow();
-        EXPECT_TRUE(QTest::qWaitForWindowActive(window.get()));
+        activate(*window);
         return seen;
     }
     template <typename Read>

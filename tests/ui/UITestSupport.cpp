@@ -4,6 +4,7 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QScreen>
 #include <QSignalSpy>
 #include <QTest>
@@ -49,8 +50,23 @@ void show(QWidget& window)
 {
     window.show();
     ASSERT_TRUE(waitUntil([&window] { return window.windowHandle() && window.windowHandle()->isExposed(); }));
-    window.activateWindow();
-    ASSERT_TRUE(waitUntil([&window] { return window.isActiveWindow(); }));
+    activate(window);
+}
+
+void activate(QWidget& window)
+{
+    // A window that was shown just before may be on its way to the front still, and would come last.
+    constexpr qint64 patience = 300;
+    QElapsedTimer sinceAsked;
+    ASSERT_TRUE(waitUntil([&] {
+        if (window.isActiveWindow())
+            return true;
+        if (!sinceAsked.isValid() || sinceAsked.hasExpired(patience)) {
+            window.activateWindow();
+            sinceAsked.start();
+        }
+        return false;
+    })) << window.windowTitle().toStdString();
 }
 
 QColor pixel(const QWidget& widget, const QPoint& point)

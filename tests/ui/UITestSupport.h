@@ -32,6 +32,8 @@ QImage grab(const QWidget& widget);
 void takeScreenshot(const QWidget& widget, const QString& name);
 /// Shows the window and waits until it is on the screen and has the keyboard.
 void show(QWidget& window);
+/// Has the window manager give the keyboard to a window that is shown.
+void activate(QWidget& window);
 
 /// The window of the kind, and of the name if one is given, that is on the screen; null for none.
 template <typename Window>
