@@ -206,7 +206,8 @@ void AddressLabel::layOutAnew()
 void AddressLabel::layOut()
 {
     const QMargins margins = contentsMargins();
-    const Shown& shown = shownOn(std::max(1, width() - margins.left() - margins.right()));
+    // A copy: what follows may ask for other widths.
+    const Shown shown = shownOn(std::max(1, width() - margins.left() - margins.right()));
     showMarked(shown.text, shown.words, shown.whole);
     m_more->setVisible(shown.more.height() > 0);
     m_more->setText(m_isUnfolded ? tr("Show Fewer") : moreText(shown.hidden));

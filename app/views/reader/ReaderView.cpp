@@ -140,7 +140,6 @@ ReaderView::ReaderView(AppModel& model, Desktop desktop, QWidget* parent)
     contentLayout->addLayout(bannerLine);
     contentLayout->addLayout(cardLine, 1);
     contentLayout->addWidget(m_attachments);
-    // Last: what a stacked layout without a widget shows is a window, which takes the keyboard.
     cardLine->addLayout(m_body, 1);
     m_body->addWidget(m_waiting);
     m_body->addWidget(m_card);
