@@ -4,8 +4,6 @@
 
 using namespace Qt::StringLiterals;
 
-using namespace Qt::StringLiterals;
-
 namespace Larkhaven {
 
 namespace {
