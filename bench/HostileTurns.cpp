@@ -237,7 +237,7 @@ int main(int argc, char** argv)
     // The engine refuses to make a sandbox for root.
     if (geteuid() == 0)
         qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1");
-    SecureMessageView::registerScheme();
+    SecureMessageView::prepareEngine();
     QApplication application(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
     Style::shared().applyToApplication();

@@ -56,7 +56,7 @@ int main(int argc, char** argv)
     if (geteuid() == 0)
         qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1");
     QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
-    Larkhaven::SecureMessageView::registerScheme();
+    Larkhaven::SecureMessageView::prepareEngine();
     QApplication application(argc, argv);
     const Larkhaven::Translations translations;
     QApplication::setQuitOnLastWindowClosed(false);

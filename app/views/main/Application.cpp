@@ -66,7 +66,7 @@ Task<std::shared_ptr<BrowserSession>> openBrowser(QByteArray url, std::stop_toke
 
 Application::Preparation::Preparation(int argc, char** argv)
 {
-    SecureMessageView::registerScheme();
+    SecureMessageView::prepareEngine();
     QApplication::setApplicationName(u"Larkhaven"_s);
     QApplication::setDesktopFileName(AppModel::bundleIdentifier());
     redirects = Redirects::takeFrom(argc, argv, Info::ofProgram());

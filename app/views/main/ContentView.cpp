@@ -25,7 +25,6 @@
 #include <QCloseEvent>
 #include <QLineEdit>
 #include <QMenuBar>
-#include <QQuickWidget>
 #include <QShortcut>
 #include <QSplitter>
 #include <QStackedWidget>
@@ -89,9 +88,6 @@ ContentView::ContentView(AppModel& model, ReaderView::Desktop desktop, QWidget* 
     m_root->addWidget(m_welcome);
     m_root->addWidget(m_mail);
     setCentralWidget(m_root);
-    // The message view draws by the graphics card. A window that learns of such a child only when the first
-    // message opens is taken off the screen and made anew, and loses its place and the keyboard.
-    (new QQuickWidget(this))->hide();
 
     model.setAskerSource([] { return QApplication::activeWindow(); });
     new ErrorAlert(model, *this);

@@ -9,6 +9,7 @@
 #include <QBuffer>
 #include <QCryptographicHash>
 #include <QLabel>
+#include <QQuickWindow>
 #include <QStackedLayout>
 #include <QWebEngineCookieStore>
 #include <QWebEngineDownloadRequest>
@@ -221,9 +222,12 @@ void keepEngineQuiet()
 
 } // namespace
 
-void SecureMessageView::registerScheme()
+void SecureMessageView::prepareEngine()
 {
     keepEngineQuiet();
+    // A view that draws on the graphics card makes its whole window be composed there, with the list and
+    // while no message is shown, and gives what is sent to us a way to the card's drivers.
+    QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
     QWebEngineUrlScheme document(documentScheme);
     document.setSyntax(QWebEngineUrlScheme::Syntax::Path);
     QWebEngineUrlScheme::registerScheme(document);

@@ -22,14 +22,14 @@ namespace Larkhaven {
 /// allow, and nothing navigates: a click on a link arrives as "larkhaven-link:" and its index, is refused as
 /// a navigation, and is handed out as a `LinkRecord`.
 ///
-/// Main thread. `registerScheme` is called once before the application object exists.
+/// Main thread. `prepareEngine` is called once before the application object exists.
 class SecureMessageView : public QWidget {
     Q_OBJECT
 
 public:
-    /// Makes the private scheme known under which the engine asks for the document, and keeps the engine from
-    /// writing about itself to the terminal.
-    static void registerScheme();
+    /// Makes the private scheme known under which the engine asks for the document, has the engine draw
+    /// without the graphics card, and keeps it from writing about itself to the terminal.
+    static void prepareEngine();
 
     /// Gives the rule list of a mode, or fails with `MailError`.
     using RuleLists = std::function<const ContentBlocker::RuleList&(ContentBlocker::Mode)>;
