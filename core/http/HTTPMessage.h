@@ -3,9 +3,12 @@
 #include "domain/LocalizedError.h"
 
 #include <QByteArray>
+#include <QByteArrayView>
+#include <QHostAddress>
 #include <QList>
 
 #include <chrono>
+#include <functional>
 #include <optional>
 #include <utility>
 
@@ -17,13 +20,19 @@ struct HTTPRequest {
 
     QByteArray url = {}; ///< absolute, percent-encoded
     QByteArray method = "GET";
-    /// In order. One with a line end or a NUL is refused as a bad URL is. "Accept" is "*/*" where none is
-    /// given.
+    /// In order. One with a line end or a NUL is refused as a bad URL is. "Accept" is "*/*" and "User-Agent"
+    /// is "Larkhaven" where none is given.
     QList<Header> headers = {};
     std::optional<QByteArray> body = std::nullopt;
     /// Without any byte from or to the server.
     std::chrono::milliseconds timeout = std::chrono::seconds(30);
     qsizetype mostBody = 16 * 1024 * 1024; ///< of the response, decoded, in bytes
+    /// The only addresses that a connection for it may lead to, and no name is looked up. A proxy is asked
+    /// for the first one in place of the name. Empty: wherever the name leads.
+    QList<QHostAddress> addresses = {};
+    /// Called whenever more of the body has come, with all that there is, decoded, and with the response's
+    /// status. Where it gives false, the request ends as one whose response is too large.
+    std::function<bool(int status, QByteArrayView body)> isWanted = {};
 
     /// Puts the value in the place of the one that stands under this name, in any case, or behind all others.
     void setHeader(const QByteArray& name, const QByteArray& value);

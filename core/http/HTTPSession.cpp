@@ -13,6 +13,7 @@
 #include <csignal>
 #include <curl/curl.h>
 #include <openssl/ssl.h>
+#include <sys/socket.h>
 #include <unordered_map>
 
 namespace Larkhaven {
@@ -44,6 +45,20 @@ CURLcode trustEnvironment(CURL*, void* context, void*)
 bool changesNothing(const QByteArray& method)
 {
     return method == "GET" || method == "HEAD";
+}
+
+/// Whether the environment names a proxy for HTTPS.
+bool hasProxy()
+{
+    constexpr std::array variables{"https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY"};
+    return std::ranges::any_of(variables,
+                               [](const char* name) { return !qEnvironmentVariableIsEmpty(name); });
+}
+
+QByteArray bracketed(const QHostAddress& address)
+{
+    const QByteArray text = address.toString().toLatin1();
+    return address.protocol() == QAbstractSocket::IPv6Protocol ? '[' + text + ']' : text;
 }
 
 HTTPError::Kind kindOf(CURLcode code)
@@ -90,9 +105,11 @@ struct HTTPSession::Transfer {
     HTTPResponse response();
 
     void prepareURL();
+    void prepareRoute();
     void prepareBody();
     void prepareHeaders();
 
+    static curl_socket_t openSocket(void* transfer, curlsocktype, curl_sockaddr* address);
     static int beginSending(void* transfer, char*, char*, int, int);
     static size_t takeBody(char* bytes, size_t, size_t count, void* transfer);
     static size_t takeHeader(char* bytes, size_t, size_t count, void* transfer);
@@ -102,6 +119,7 @@ struct HTTPSession::Transfer {
     const Limits limits;
     std::unique_ptr<CURLU, Deleter> url;
     std::unique_ptr<curl_slist, Deleter> headers;
+    std::unique_ptr<curl_slist, Deleter> route;
     std::unique_ptr<CURL, Deleter> handle;
     QByteArray body;
     qsizetype headerBytes = 0;
@@ -115,7 +133,7 @@ struct HTTPSession::Transfer {
 
 /// What libcurl asks of the event loop.
 struct HTTPSession::Multi : QObject {
-    Multi();
+    explicit Multi(int connections);
     ~Multi() override;
 
     void add(Transfer& transfer) { curl_multi_add_handle(handle, transfer.handle.get()); }
@@ -169,6 +187,35 @@ QString HTTPSession::Transfer::host() const
     return host;
 }
 
+void HTTPSession::Transfer::prepareRoute()
+{
+    if (request.addresses.isEmpty())
+        return;
+    // The host as libcurl has read it: what is pinned is what it would look up.
+    const QByteArray name = host().toLatin1();
+    QByteArrayList addresses;
+    for (const QHostAddress& address : request.addresses)
+        addresses.append(bracketed(address));
+    if (hasProxy()) {
+        // "::": any host and port of this request. Where the environment excepts the host from its proxy, the
+        // same holds for a connection of our own.
+        route.reset(curl_slist_append(nullptr, ("::" + addresses.first() + ':').constData()));
+        curl_easy_setopt(handle.get(), CURLOPT_CONNECT_TO, route.get());
+        return;
+    }
+    char* port = nullptr;
+    if (curl_url_get(url.get(), CURLUPART_PORT, &port, CURLU_DEFAULT_PORT) != CURLUE_OK)
+        fail(HTTPError::Kind::badURL);
+    const QByteArray line = name + ':' + port + ':' + addresses.join(',');
+    curl_free(port);
+    // An address in place of a name needs no look-up.
+    if (!name.startsWith('['))
+        route.reset(curl_slist_append(nullptr, line.constData()));
+    curl_easy_setopt(handle.get(), CURLOPT_RESOLVE, route.get());
+    curl_easy_setopt(handle.get(), CURLOPT_OPENSOCKETFUNCTION, openSocket);
+    curl_easy_setopt(handle.get(), CURLOPT_OPENSOCKETDATA, this);
+}
+
 void HTTPSession::Transfer::prepareBody()
 {
     const bool sendsBody = request.body || !changesNothing(request.method);
@@ -216,6 +263,7 @@ void HTTPSession::Transfer::prepare()
         throw std::bad_alloc();
     CURL* const curl = handle.get();
     prepareURL();
+    prepareRoute();
     prepareBody();
     prepareHeaders();
     curl_easy_setopt(curl, CURLOPT_PRIVATE, this);
@@ -243,6 +291,15 @@ void HTTPSession::Transfer::prepare()
     curl_easy_setopt(curl, CURLOPT_XFERINFODATA, this);
 }
 
+curl_socket_t HTTPSession::Transfer::openSocket(void* transfer, curlsocktype, curl_sockaddr* address)
+{
+    // Whatever has led here, nothing goes to another address.
+    const auto& self = *static_cast<Transfer*>(transfer);
+    if (!self.request.addresses.contains(QHostAddress(&address->addr)))
+        return CURL_SOCKET_BAD;
+    return ::socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
+}
+
 int HTTPSession::Transfer::beginSending(void* transfer, char*, char*, int, int)
 {
     auto& self = *static_cast<Transfer*>(transfer);
@@ -260,7 +317,11 @@ size_t HTTPSession::Transfer::takeBody(char* bytes, size_t, size_t count, void* 
     if (size > std::min(self.limits.body, self.request.mostBody) - self.body.size())
         return 0;
     self.body.append(bytes, size);
-    return count;
+    if (!self.request.isWanted)
+        return count;
+    long status = 0;
+    curl_easy_getinfo(self.handle.get(), CURLINFO_RESPONSE_CODE, &status);
+    return self.request.isWanted(static_cast<int>(status), self.body) ? count : 0;
 }
 
 size_t HTTPSession::Transfer::takeHeader(char* bytes, size_t, size_t count, void* transfer)
@@ -321,7 +382,7 @@ void HTTPSession::Transfer::fail(HTTPError::Kind kind) const
 
 // --- Multi
 
-HTTPSession::Multi::Multi()
+HTTPSession::Multi::Multi(int connections)
 {
     // Once in a process.
     static const CURLcode initialized = curl_global_init(CURL_GLOBAL_DEFAULT);
@@ -334,6 +395,7 @@ HTTPSession::Multi::Multi()
     curl_multi_setopt(handle, CURLMOPT_SOCKETDATA, this);
     curl_multi_setopt(handle, CURLMOPT_TIMERFUNCTION, setTimer);
     curl_multi_setopt(handle, CURLMOPT_TIMERDATA, this);
+    curl_multi_setopt(handle, CURLMOPT_MAX_HOST_CONNECTIONS, static_cast<long>(connections));
     timer.setSingleShot(true);
     QObject::connect(&timer, &QTimer::timeout, this, [this] { act(CURL_SOCKET_TIMEOUT, 0); });
 }
@@ -412,7 +474,7 @@ void HTTPSession::Multi::act(curl_socket_t socket, int events)
 
 HTTPSession::HTTPSession(Limits limits, QObject* parent)
     : QObject(parent)
-    , m_multi(std::make_unique<Multi>())
+    , m_multi(std::make_unique<Multi>(limits.connections))
     , m_limits(limits)
 {}
 

@@ -27,6 +27,7 @@ public:
         qsizetype headers = 256 * 1024;     ///< of a response with all that came before it, in bytes
         std::chrono::milliseconds whole =
             std::chrono::seconds(600); ///< from the first look-up to the last byte
+        int connections = 0;           ///< to one host at once; 0: as many as there are requests
     };
 
     explicit HTTPSession(Limits limits, QObject* parent = nullptr);
