@@ -8,13 +8,17 @@
 
 namespace Larkhaven {
 
-/// Lets one coroutine of a thread through at a time, in the order of their coming, across their waits. Those
-/// of the background wait until nobody else does.
+/// Lets one coroutine of a thread through at a time, or as many as it is wide, in the order of their coming,
+/// across their waits. Those of the background wait until nobody else does.
 ///
 /// `const Turn turn = co_await turnstile.enter();` holds the turn for the scope. The next one goes on from
 /// the event loop, never from within the destructor of a `Turn`. Whoever enters keeps the turnstile alive.
 class Turnstile : public QObject {
 public:
+    explicit Turnstile(int width = 1)
+        : m_free(width)
+    {}
+
     enum class Order {
         next,       ///< behind those who came before
         background, ///< behind all others, whenever they come
@@ -48,7 +52,13 @@ public:
             Turnstile& turnstile;
             Order order;
 
-            bool await_ready() const { return !std::exchange(turnstile.m_busy, true); }
+            bool await_ready() const
+            {
+                if (turnstile.m_free == 0)
+                    return false;
+                --turnstile.m_free;
+                return true;
+            }
             void await_suspend(std::coroutine_handle<> waiter) const
             {
                 (order == Order::next ? turnstile.m_waiters : turnstile.m_background).push_back(waiter);
@@ -63,7 +73,7 @@ private:
     {
         std::deque<std::coroutine_handle<>>& waiters = m_waiters.empty() ? m_background : m_waiters;
         if (waiters.empty()) {
-            m_busy = false;
+            ++m_free;
             return;
         }
         // The turn passes on directly: nobody gets in between.
@@ -73,7 +83,7 @@ private:
             this, [next] { next.resume(); }, Qt::QueuedConnection);
     }
 
-    bool m_busy = false;
+    int m_free;
     std::deque<std::coroutine_handle<>> m_waiters;
     std::deque<std::coroutine_handle<>> m_background;
 };
