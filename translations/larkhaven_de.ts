@@ -350,6 +350,13 @@
     </message>
 </context>
 <context>
+    <name>ImageRefusal</name>
+    <message>
+        <source>The image could not be loaded safely.</source>
+        <translation>Das Bild konnte nicht sicher geladen werden.</translation>
+    </message>
+</context>
+<context>
     <name>KeychainBackend</name>
     <message>
         <source>The item isn&apos;t in the keyring.</source>

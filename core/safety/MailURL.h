@@ -35,6 +35,9 @@ public:
     /// What stands before the "@" up to its first ":", percent-encoded; empty where there is none.
     QString user() const;
 
+    /// Whether an "@" stands before the host, with whatever before it.
+    bool hasUserInfo() const { return m_userInfo.has_value(); }
+
     /// In ASCII, in the case of the text; an IPv6 address without brackets; empty where there is none.
     const QString& host() const { return m_host; }
 

@@ -44,7 +44,7 @@ WebReply WebReply::bytes(const QByteArray& raw, End end)
     return {.end = end, .raw = raw};
 }
 
-WebServer::WebServer(Handler handler)
+WebServer::WebServer(Handler handler, const QHostAddress& address)
     : m_handler(std::move(handler))
 {
     QFile key(qEnvironmentVariable("LARKHAVEN_TEST_KEY"));
@@ -54,7 +54,7 @@ WebServer::WebServer(Handler handler)
         QSslCertificate::fromPath(qEnvironmentVariable("LARKHAVEN_TEST_CERTIFICATE")));
     configuration.setPrivateKey(QSslKey(&key, QSsl::Ec));
     m_server.setSslConfiguration(configuration);
-    EXPECT_TRUE(m_server.listen(QHostAddress::LocalHost, 443)) << m_server.errorString().toStdString();
+    EXPECT_TRUE(m_server.listen(address, 443)) << m_server.errorString().toStdString();
     connect(&m_server, &QSslServer::startedEncryptionHandshake, this, [this] { ++m_attempts; });
     connect(&m_server, &QTcpServer::pendingConnectionAvailable, this, &WebServer::accept);
 }
@@ -103,6 +103,7 @@ void WebServer::read(const std::shared_ptr<Connection>& connection)
         const QList<QByteArray> start = lines.first().trimmed().split(' ');
         WebRequest request;
         request.connection = connection->number;
+        request.address = connection->socket->localAddress();
         request.method = start.value(0);
         request.target = start.value(1);
         for (const QByteArray& line : lines.mid(1)) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QHostAddress>
 #include <QList>
 #include <QSslServer>
 
@@ -20,7 +21,8 @@ struct WebRequest {
     QByteArray target;                                ///< path and query
     QList<std::pair<QByteArray, QByteArray>> headers; ///< in order, names in lower case
     QByteArray body;
-    int connection = 0; ///< the first one is 1
+    int connection = 0;        ///< the first one is 1
+    QHostAddress address = {}; ///< of this machine, that it was sent to
 
     std::optional<QByteArray> header(const QByteArray& name) const;
 };
@@ -55,7 +57,7 @@ public:
     using Serve = std::function<std::function<void()>()>;
     using Gate = std::function<void(const WebRequest& request, Serve serve)>;
 
-    explicit WebServer(Handler handler);
+    explicit WebServer(Handler handler, const QHostAddress& address = QHostAddress::LocalHost);
     ~WebServer() override;
 
     void setHandler(Handler handler) { m_handler = std::move(handler); }
