@@ -1856,6 +1856,17 @@
             <numerusform>%n Zählbilder blockiert</numerusform>
         </translation>
     </message>
+    <message>
+        <source>Images are loaded from the public internet alone, and within bounds of size and time.</source>
+        <translation>Bilder werden nur aus dem öffentlichen Internet geladen, und bis zu festen Grenzen für Größe und Zeit.</translation>
+    </message>
+    <message numerus="yes">
+        <source>%n images could not be loaded safely.</source>
+        <translation>
+            <numerusform>%n Bild konnte nicht sicher geladen werden.</numerusform>
+            <numerusform>%n Bilder konnten nicht sicher geladen werden.</numerusform>
+        </translation>
+    </message>
 </context>
 <context>
     <name>Larkhaven::ReaderHeaders</name>

@@ -32,6 +32,13 @@
             <numerusform>%n tracking images blocked</numerusform>
         </translation>
     </message>
+    <message numerus="yes">
+        <source>%n images could not be loaded safely.</source>
+        <translation>
+            <numerusform>%n image could not be loaded safely.</numerusform>
+            <numerusform>%n images could not be loaded safely.</numerusform>
+        </translation>
+    </message>
 </context>
 <context>
     <name>Larkhaven::ReaderHeaders</name>

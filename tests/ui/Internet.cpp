@@ -17,8 +17,8 @@ namespace Larkhaven {
 
 namespace {
 
-/// Where all hosts are. No address of loopback, so that nothing treats it as one.
-constexpr quint32 address = 0xCB007107; // 203.0.113.7
+/// Where all hosts are. An address of the public internet, so that nothing treats it as another.
+constexpr quint32 address = 0x5DB8D822; // 93.184.216.34
 
 QSslConfiguration certified()
 {

@@ -341,7 +341,7 @@ void KeyboardWalkTest::quit()
 TEST_F(KeyboardWalkTest, DoesWhatTheUserGuideTellsWithoutAMouse)
 {
     deliver("A newsletter", "text/html",
-            "<p>News <img src=\"https://img.example/a.png\" width=9 height=9></p>");
+            "<p>News <img src=\"https://img.local/a.png\" width=9 height=9></p>");
     deliver("Breakfast", "text/plain", "At eight?");
     deliver("Cruise", "text/plain", "The boat leaves at noon.");
     mail.open();

@@ -29,7 +29,7 @@ namespace Larkhaven {
 namespace {
 
 const QString remoteImage =
-    u"<p>Hello</p><img src=\"https://img.example/a.png\" width=\"200\" height=\"100\">"_s;
+    u"<p>Hello</p><img src=\"https://img.local/a.png\" width=\"200\" height=\"100\">"_s;
 const QString tracker = u"<img src=\"https://track.example/open.gif\" width=\"1\" height=\"1\">"_s;
 
 // --- What is shown
@@ -211,11 +211,11 @@ TEST_F(ReaderViewTest, OffersToLoadRemoteContent)
 TEST_F(ReaderViewTest, ShowsImagesAndKeepsTheTrackerCountAfterLoadingRemoteContent)
 {
     open(htmlMessage(remoteImage + tracker + tracker));
-    EXPECT_FALSE(reader().rendered()->document.contains(u"https://img.example/a.png\""));
+    EXPECT_FALSE(reader().rendered()->document.contains(u"https://img.local/a.png\""));
     QTest::mouseClick(&mail->child<QPushButton>("bannerLoad"), Qt::LeftButton);
     ASSERT_TRUE(waitUntil([this] { return message().loadCount() == 2; }));
     EXPECT_TRUE(reader().showsRemote());
-    EXPECT_TRUE(reader().rendered()->document.contains(u"https://img.example/a.png"));
+    EXPECT_TRUE(reader().rendered()->document.contains(u"https://img.local/a.png"));
     EXPECT_FALSE(reader().rendered()->document.contains(u"track.example"));
     EXPECT_EQ(reader().rendered()->trackers, 2);
     EXPECT_FALSE(label("bannerRemote").isVisible());
@@ -236,6 +236,25 @@ TEST_F(ReaderViewWithRemoteContentTest, ShowsNoBannerForRemoteContentButStillThe
     EXPECT_FALSE(label("bannerRemote").isVisible());
     EXPECT_TRUE(label("bannerTrackers").isVisible());
     EXPECT_EQ(message().loadCount(), 1);
+}
+
+TEST_F(ReaderViewTest, TellsHowManyImagesCouldNotBeLoadedSafely)
+{
+    // Hosts of the user's own network, about which nobody is asked.
+    open(htmlMessage(u"<img src=\"https://router/a.png\" width=\"90\" height=\"90\">"
+                     "<img src=\"https://127.0.0.1/b.png\" width=\"90\" height=\"90\">"_s));
+    EXPECT_FALSE(label("bannerRefused").isVisible());
+    QTest::mouseClick(&mail->child<QPushButton>("bannerLoad"), Qt::LeftButton);
+    ASSERT_TRUE(waitUntil([this] { return label("bannerRefused").isVisible(); }));
+    EXPECT_TRUE(waitUntil([this] {
+        return label("bannerRefused").text() == u"2 images could not be loaded safely."_s;
+    })) << label("bannerRefused").text().toStdString();
+    EXPECT_FALSE(label("bannerRemote").isVisible());
+    takeScreenshot(*mail->window, u"images-refused"_s);
+    mail->fixture.provider().setRaw(u"2"_s, htmlMessage(u"<p>Next</p>"_s));
+    mail->model().setPath({});
+    mail->read(u"2"_s);
+    EXPECT_TRUE(waitUntil([this] { return !label("bannerRefused").isVisible(); }));
 }
 
 TEST_F(ReaderViewTest, AsksAgainForTheNextMessage)

@@ -351,10 +351,8 @@ TEST_F(SecureMessageViewTest, LeavesNothingBehindWhenCleared)
 
 TEST_F(SecureMessageViewTest, ShowsADocumentOfManyMegabytesToItsEnd)
 {
-    QString document = filled(u"<div style=\"height:1px;overflow:hidden\">"_s);
-    const QString tail = u"</div><p>the end</p>"_s;
-    document.insert(document.indexOf(u"</body>"), QString(6'000'000, u'x') + tail);
-    display(document);
+    // A comment, since a text of that size takes the engine seconds to lay out.
+    display(filled(u"<!--"_s + QString(6'000'000, u'x') + u"--><p>the end</p>"_s));
     EXPECT_TRUE(pageText(view).endsWith(u"the end"));
 }
 

@@ -42,7 +42,7 @@ protected:
         provider.setListing(MailboxRef::system(Mailbox::inbox), rows);
         provider.setCounts({{MailboxRef::system(Mailbox::inbox).id(), 43}});
         provider.setRaw(u"1"_s,
-                        htmlMessage(filled(u"<img src=\"https://img.example/a.png\" width=50 height=50>"_s)));
+                        htmlMessage(filled(u"<img src=\"https://img.local/a.png\" width=50 height=50>"_s)));
         start();
     }
     ~SettingsTableTest() override

@@ -12,7 +12,8 @@ class ReaderBanner : public WarningCard {
 public:
     explicit ReaderBanner(QWidget* parent = nullptr);
 
-    void setState(bool offersRemoteContent, int trackers);
+    /// `refused`: images that were refused or cut off while they were loaded.
+    void setState(bool offersRemoteContent, int trackers, int refused);
 
 Q_SIGNALS:
     void loadRequested();
@@ -20,6 +21,7 @@ Q_SIGNALS:
 private:
     QLabel* m_remote;
     QLabel* m_trackers;
+    QLabel* m_refused;
 };
 
 } // namespace Larkhaven

@@ -162,6 +162,7 @@ ReaderView::ReaderView(AppModel& model, Desktop desktop, QWidget* parent)
             [this](const MailAttachment& attachment) { m_model.start(saveAttachment(attachment)); });
     connect(m_message, &SecureMessageView::linkActivated, this, &ReaderView::followLink);
     connect(m_message, &SecureMessageView::loadFinished, this, &ReaderView::shown);
+    connect(m_message, &SecureMessageView::refusedImagesChanged, this, &ReaderView::showBanner);
     connect(m_message, &SecureMessageView::uncovered, this, [this] { passFocus(Qt::OtherFocusReason); });
     // The engine takes the keys in a child of its own, which comes and goes.
     m_message->webView().installEventFilter(this);
@@ -319,8 +320,7 @@ void ReaderView::showMarks()
 void ReaderView::showBody()
 {
     const bool isThere = m_parsed && m_rendered;
-    m_banner->setState(isThere && m_rendered->blockedRemoteImages > 0 && !m_showRemote,
-                       isThere ? m_rendered->trackers : 0);
+    showBanner();
     m_incomplete->setVisible(isThere && m_parsed->isIncomplete);
     m_attachments->setAttachments(isThere ? m_parsed->listedAttachments() : QList<MailAttachment>());
     m_body->setCurrentWidget(isThere ? m_card : m_waiting);
@@ -340,6 +340,13 @@ void ReaderView::showBody()
                        static_cast<double>(Style::shared().textSize()) / Style::standardTextSize,
                        DisplayText::bounded(title()));
     passFocus(Qt::OtherFocusReason);
+}
+
+void ReaderView::showBanner()
+{
+    const bool isThere = m_parsed && m_rendered;
+    m_banner->setState(isThere && m_rendered->blockedRemoteImages > 0 && !m_showRemote,
+                       isThere ? m_rendered->trackers : 0, isThere ? m_message->refusedImages() : 0);
 }
 
 // --- Links

@@ -79,6 +79,7 @@ private:
     void showHeaders();
     void showMarks();
     void showBody();
+    void showBanner();
     void setLoadError(const QString& text);
     void setShowRemote(bool isShown);
     /// Gives the message the keys that the pane would get, as soon as it can take them.

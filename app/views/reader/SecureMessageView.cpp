@@ -3,6 +3,7 @@
 #include "domain/MailError.h"
 #include "safety/HTMLSanitizer.h"
 #include "views/reader/EngineAccessibility.h"
+#include "views/reader/RemoteImages.h"
 #include "views/style/DisplayText.h"
 
 #include <QAuthenticator>
@@ -145,9 +146,13 @@ private:
     QByteArray m_document;
 };
 
-/// Lets pass what the rule list allows.
+/// Lets pass what the rule list allows, images from the network by way of `RemoteImages`.
 class SecureMessageView::RequestFilter : public QWebEngineUrlRequestInterceptor {
 public:
+    explicit RequestFilter(RemoteImages& images)
+        : m_images(images)
+    {}
+
     void setRules(const ContentBlocker::RuleList* rules) { m_rules = rules; }
 
     void interceptRequest(QWebEngineUrlRequestInfo& info) override
@@ -155,14 +160,21 @@ public:
         // The document itself is no request of the page; whether it may load is decided as a navigation.
         const bool isDocument = info.resourceType() == QWebEngineUrlRequestInfo::ResourceTypeMainFrame &&
                                 info.requestUrl() == documentURL();
-        if (isDocument)
+        const ContentBlocker::Resource resource = resourceOf(info.resourceType());
+        const bool isImage = resource == ContentBlocker::Resource::image;
+        if (isDocument || (isImage && m_images.isKnown(info.requestUrl())))
             return;
-        const bool isBlocked =
-            !m_rules || m_rules->verdict(info.requestUrl(), resourceOf(info.resourceType())).isBlocked;
-        info.block(isBlocked);
+        const bool isBlocked = !m_rules || m_rules->verdict(info.requestUrl(), resource).isBlocked;
+        const bool isRemoteImage = isImage && info.requestUrl().scheme() == "https"_L1;
+        const QUrl address = !isBlocked && isRemoteImage ? m_images.address(info.requestUrl()) : QUrl();
+        if (address.isValid())
+            info.redirect(address);
+        else
+            info.block(isBlocked || isRemoteImage);
     }
 
 private:
+    RemoteImages& m_images;
     const ContentBlocker::RuleList* m_rules = nullptr;
 };
 
@@ -208,16 +220,29 @@ void SecureMessageView::DeletePageLater::operator()(Page* page) const
 
 namespace {
 
+/// Gives the engine more of its switches.
+void addFlags(const QByteArray& more)
+{
+    constexpr const char* variable = "QTWEBENGINE_CHROMIUM_FLAGS";
+    qputenv(variable, (qgetenv(variable) + ' ' + more).trimmed());
+}
+
+/// The engine reaches nobody: no name leads anywhere, addresses go the way of names, and so does the proxy
+/// that all connections, those to this machine among them, would have to take. What it shows comes from us.
+void takeNetwork()
+{
+    addFlags("--host-resolver-rules=\"MAP * ~NOTFOUND\" --proxy-server=https://nowhere.invalid:1 "
+             "--proxy-bypass-list=<-loopback> --disable-background-networking --disable-quic");
+}
+
 /// The engine writes its settings to the terminal when it starts, and later what troubles it and nobody can
 /// do anything about. What ends it is written all the same; who wants more sets QT_LOGGING_RULES, which comes
 /// later, or a log level of the engine's.
 void keepEngineQuiet()
 {
-    constexpr const char* variable = "QTWEBENGINE_CHROMIUM_FLAGS";
     QLoggingCategory::setFilterRules(u"qt.webenginecontext.info=false\nqt.webenginecontext.debug=false"_s);
-    const QByteArray flags = qgetenv(variable);
-    if (!flags.contains("--log-level"))
-        qputenv(variable, flags + " --log-level=3");
+    if (!qgetenv("QTWEBENGINE_CHROMIUM_FLAGS").contains("--log-level"))
+        addFlags("--log-level=3");
 }
 
 } // namespace
@@ -225,12 +250,14 @@ void keepEngineQuiet()
 void SecureMessageView::prepareEngine()
 {
     keepEngineQuiet();
+    takeNetwork();
     // A view that draws on the graphics card makes its whole window be composed there, with the list and
     // while no message is shown, and gives what is sent to us a way to the card's drivers.
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
     QWebEngineUrlScheme document(documentScheme);
     document.setSyntax(QWebEngineUrlScheme::Syntax::Path);
     QWebEngineUrlScheme::registerScheme(document);
+    RemoteImages::registerScheme();
     // NB: the scheme of links stays unknown to the engine. It refuses a page the way to a scheme that it
     // knows and that isn't safe for the web, by an empty page in place of the message, before it asks us.
 }
@@ -239,12 +266,14 @@ SecureMessageView::SecureMessageView(QWidget* parent, RuleLists ruleLists)
     : QWidget(parent)
     , m_ruleLists(std::move(ruleLists))
     , m_server(std::make_unique<DocumentServer>())
-    , m_filter(std::make_unique<RequestFilter>())
+    , m_images(std::make_unique<RemoteImages>())
+    , m_filter(std::make_unique<RequestFilter>(*m_images))
     , m_view(new QWebEngineView)
     , m_cover(new QWidget)
     , m_refusal(new QLabel(tr("Unable to display this message safely.")))
 {
     EngineAccessibility::decide();
+    connect(m_images.get(), &RemoteImages::refusedChanged, this, &SecureMessageView::refusedImagesChanged);
     makeProfile();
     makePage();
     m_view->setContextMenuPolicy(Qt::NoContextMenu);
@@ -286,7 +315,6 @@ void SecureMessageView::makeProfile()
     m_profile = std::make_unique<QWebEngineProfile>();
     m_profile->setHttpCacheType(QWebEngineProfile::NoCache);
     m_profile->setPersistentCookiesPolicy(QWebEngineProfile::NoPersistentCookies);
-    // What servers of images learn of the reader: neither program, version, platform nor language.
     m_profile->setHttpUserAgent(u"Mozilla/5.0"_s);
     m_profile->setHttpAcceptLanguage(u"en"_s);
     m_profile->setSpellCheckEnabled(false);
@@ -294,6 +322,7 @@ void SecureMessageView::makeProfile()
         [](const QWebEngineCookieStore::FilterRequest&) { return false; });
     m_profile->setUrlRequestInterceptor(m_filter.get());
     m_profile->installUrlSchemeHandler(documentScheme, m_server.get());
+    m_profile->installUrlSchemeHandler(RemoteImages::scheme, m_images.get());
     connect(m_profile.get(), &QWebEngineProfile::downloadRequested, this,
             [](QWebEngineDownloadRequest* download) { download->cancel(); });
     for (const QWebEngineSettings::WebAttribute feature : forbiddenFeatures)
@@ -358,6 +387,7 @@ void SecureMessageView::load(const QByteArray& document, ContentBlocker::Mode mo
         return;
     }
     // The rules are in force before anything loads.
+    m_images->begin();
     cover();
     // A page for each document: nothing of the one before is left, not even its process.
     makePage();
@@ -372,6 +402,7 @@ void SecureMessageView::clear()
     m_links.clear();
     m_loadedKey.clear();
     m_server->setDocument({});
+    m_images->begin();
     cover();
     m_uncoverTimer.stop();
     makePage();
@@ -392,6 +423,11 @@ void SecureMessageView::uncover()
         return;
     m_cover->hide();
     Q_EMIT uncovered();
+}
+
+int SecureMessageView::refusedImages() const
+{
+    return m_images->refused();
 }
 
 bool SecureMessageView::isCovered() const

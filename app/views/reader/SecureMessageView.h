@@ -17,10 +17,13 @@ class QWebEngineView;
 
 namespace Larkhaven {
 
+class RemoteImages;
+
 /// The sandbox in which a sanitised message is shown; the second line of defence, which holds even if hostile
 /// HTML gets through the first. No script runs, nothing is kept, nothing loads that the rule list doesn't
-/// allow, and nothing navigates: a click on a link arrives as "larkhaven-link:" and its index, is refused as
-/// a navigation, and is handed out as a `LinkRecord`.
+/// allow, the engine has no network (images come through `RemoteImages`), and nothing navigates: a click on a
+/// link arrives as "larkhaven-link:" and its index, is refused as a navigation, and is handed out as a
+/// `LinkRecord`.
 ///
 /// Main thread. `prepareEngine` is called once before the application object exists.
 class SecureMessageView : public QWidget {
@@ -48,6 +51,8 @@ public:
 
     /// Whether no document can be seen.
     bool isCovered() const;
+    /// Images of the message on screen that were refused or cut off, for safety.
+    int refusedImages() const;
     /// How often a document was loaded.
     int loadCount() const { return m_loadCount; }
     QWebEngineView& webView() const { return *m_view; }
@@ -61,6 +66,7 @@ Q_SIGNALS:
     void linkActivated(const Larkhaven::LinkRecord& link);
     /// The document can be seen and takes keys; its remote images may still be on their way.
     void uncovered();
+    void refusedImagesChanged();
     /// The document of the last `display` is complete.
     void loadFinished(bool isSuccess);
 
@@ -84,6 +90,7 @@ private:
     RuleLists m_ruleLists;
     // The profile outlives the page, which uses it to its end.
     std::unique_ptr<DocumentServer> m_server;
+    std::unique_ptr<RemoteImages> m_images;
     std::unique_ptr<RequestFilter> m_filter;
     std::unique_ptr<QWebEngineProfile> m_profile;
     std::unique_ptr<Page, DeletePageLater> m_page;
