@@ -59,12 +59,31 @@ function(larkhaven_module name folder)
     target_link_libraries(${target} PUBLIC ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE} LarkhavenOptions)
 endfunction()
 
+# How many times longer a test may take.
+set(LARKHAVEN_TEST_SLOWNESS 1)
+if(LARKHAVEN_SANITIZE)
+    set(LARKHAVEN_TEST_SLOWNESS 5)
+endif()
+
+# larkhaven_stretch_time_limits(): at the end of a folder with tests that were added by hand.
+function(larkhaven_stretch_time_limits)
+    get_property(names DIRECTORY PROPERTY TESTS)
+    foreach(name IN LISTS names)
+        get_test_property(${name} TIMEOUT seconds)
+        if(seconds)
+            math(EXPR seconds "${seconds} * ${LARKHAVEN_TEST_SLOWNESS}")
+            set_tests_properties(${name} PROPERTIES TIMEOUT ${seconds})
+        endif()
+    endforeach()
+endfunction()
+
 # larkhaven_tests(<Name> <library>... SOURCES ...): one GoogleTest program of a module, run by CTest case by case.
 function(larkhaven_tests name)
     cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LINK;ENVIRONMENT" ${ARGN})
     if(NOT ARG_TIMEOUT)
         set(ARG_TIMEOUT 60)
     endif()
+    math(EXPR ARG_TIMEOUT "${ARG_TIMEOUT} * ${LARKHAVEN_TEST_SLOWNESS}")
     add_executable(${name} ${ARG_SOURCES})
     target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
     target_link_libraries(${name} PRIVATE ${ARG_LINK} LarkhavenTestSupport GTest::gmock LarkhavenOptions)

@@ -23,6 +23,9 @@ FAULTS = {
     "GCC 12 destroys twice what is chosen for co_await; give it a name before": re.compile(
         r"co_await\s[^;{}]*\s\?\s[^;{}]*;"
     ),
+    "GCC 12 may call this on what it hasn't read where undefined behaviour is looked for; use std::invoke": re.compile(
+        r"\((?!this->\*)\w+(?:(?:\.|->)\w+)*(?:\.|->)\*\w+\)\s*\("
+    ),
     "QCoro 0.8 moves this value out of its owner; return a copy": re.compile(
         r"\bco_return\s+(?:\*\s*[\w.>-]+|(?:this->)?m_\w+(?:(?:\.|->)\w+)*|[\w.]+->\w+)\s*;"
     ),

@@ -15,13 +15,20 @@ namespace {
 
 constexpr std::chrono::milliseconds watchInterval{50};
 
+/// A browser of the user's, which the end of this object isn't the end of.
+class UsersBrowser final : public QProcess {
+public:
+    using QProcess::QProcess;
+    ~UsersBrowser() override { setProcessState(QProcess::NotRunning); }
+};
+
 } // namespace
 
 BrowserProcess::BrowserProcess(QStringList line, std::shared_ptr<BrowserProfile> profile, Times times)
     : m_line(std::move(line))
     , m_profile(std::move(profile))
     , m_times(times)
-    , m_process(new QProcess(this))
+    , m_process(m_profile ? new QProcess(this) : new UsersBrowser(this))
 {
     m_process->setProgram(m_line.first());
     m_process->setArguments(m_line.mid(1));
@@ -114,8 +121,8 @@ void BrowserProcess::letGo()
     m_watch.stop();
     m_phase = Phase::over;
     m_process->disconnect(this);
-    // The end of the object would be the end of the process.
-    m_process->setParent(nullptr);
+    // Somebody has to wait for the process when it ends, as long as the program is there.
+    m_process->setParent(QCoreApplication::instance());
     if (m_process->state() == QProcess::NotRunning)
         m_process->deleteLater();
     else

@@ -58,7 +58,7 @@ private:
     const QStringList m_line;
     std::shared_ptr<BrowserProfile> m_profile;
     const Times m_times;
-    QProcess* m_process; ///< outlives this where it is let go
+    QProcess* m_process; ///< the application's where it is let go
     QTimer m_watch;
     QElapsedTimer m_clock; ///< since the start, and then since the end was asked for
     Phase m_phase = Phase::running;

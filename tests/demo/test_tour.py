@@ -39,7 +39,7 @@ class TourTest(unittest.TestCase):
         names = [f"{name}-{scheme}.png" for name in PICTURES for scheme in ("light", "dark")]
         self.assertEqual([os.path.basename(line) for line in lines], names)
         self.assertEqual(sorted(os.listdir(self.screenshots)), sorted(names))
-        self.assertEqual(without_ours(outcome.stderr), "")
+        self.assertEqual(support.without_ours(outcome.stderr), "")
 
     def test_what_the_engine_says_can_be_asked_for_and_so_can_our_own_complaints_be_seen(self):
         outcome = self.tour([self.program, self.screenshots], QT_LOGGING_RULES="qt.webenginecontext.info=true")
@@ -48,11 +48,6 @@ class TourTest(unittest.TestCase):
         outcome = self.tour(["sh", "-c", "echo a complaint >&2; exit 3"])
         self.assertEqual(outcome.returncode, 3)
         self.assertIn("a complaint", outcome.stderr)
-
-
-def without_ours(text):
-    """Where nobody can send, the sample server says so in a line of its own."""
-    return "".join(line for line in text.splitlines(keepends=True) if "no submission server" not in line)
 
 
 if __name__ == "__main__":

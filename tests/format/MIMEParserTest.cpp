@@ -405,6 +405,18 @@ TEST(MIMEParser, TellsTheHTMLOfForwardedMessagesApart)
     EXPECT_EQ(message.attachments.size(), 2);
 }
 
+TEST(MIMEParser, TakesTheFirstOfSeveralHTMLPartsForThatOfAForwardedMessage)
+{
+    const QByteArray html = "Content-Type: text/html\r\n\r\n";
+    const QByteArray inner =
+        multipart({html + "<i>2</i>", html + "<i>3</i>"}).replace("=b\r\n", "=c\r\n").replace("--b", "--c");
+    const ParsedMessage message =
+        parse(multipart({html + "<i>1</i>", "Content-Type: message/rfc822\r\n\r\n" + inner}));
+    ASSERT_EQ(message.sections.size(), 2);
+    EXPECT_EQ(message.sections[0].htmlBody, u"<i>1</i>"_s);
+    EXPECT_EQ(message.sections[1].htmlBody, u"<i>2</i>"_s);
+}
+
 TEST(MIMEParser, UndoesTheTransferEncodingOfAForwardedMessage)
 {
     const QByteArray inner = QByteArray("Content-Type: text/html\r\n\r\n<p>x").toBase64();

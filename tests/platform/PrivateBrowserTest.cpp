@@ -244,7 +244,21 @@ TEST_F(PrivateBrowserTest, LeavesABrowserAloneThatIsTheUsersOwn)
     session.reset();
     settle();
     EXPECT_TRUE(runs(u"pid"_s)) << "it may hold other windows by now";
+    EXPECT_EQ(qApp->findChildren<QProcess*>().size(), 1) << "somebody waits for it";
     EXPECT_TRUE(waitUntil([this] { return !runs(u"pid"_s); })) << "it ends by itself";
+    EXPECT_TRUE(waitUntil([] { return qApp->findChildren<QProcess*>().isEmpty(); }));
+}
+
+TEST_F(PrivateBrowserTest, LeavesABrowserThatIsTheUsersOwnToGoOnWhereTheProgramEnds)
+{
+    const QString browser = desktop.addProgram(u"other"_s, "echo $$ > " + noteOf("pid") + "\nexec sleep 60");
+    QProcess program;
+    program.start(QString::fromLatin1(LEAVING_PROGRAM), {browser, desktop.path(u"pid"_s)});
+    ASSERT_TRUE(program.waitForFinished());
+    EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(program.exitCode(), 0) << program.readAllStandardError().constData();
+    EXPECT_TRUE(runs(u"pid"_s));
+    ::kill(desktop.read(u"pid"_s).trimmed().toInt(), SIGKILL);
 }
 
 TEST_F(PrivateBrowserTest, TellsThatItHasFailedWhereItEndsAtOnceWithAnError)

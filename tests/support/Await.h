@@ -14,6 +14,12 @@
 
 namespace Larkhaven {
 
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+inline constexpr std::chrono::seconds longestTask(200);
+#else
+inline constexpr std::chrono::seconds longestTask(40);
+#endif
+
 /// A task that a test has begun, and what becomes of it. It runs on whether or not it is waited for.
 template <typename T>
 class Begun {
@@ -30,7 +36,7 @@ public:
     T get()
     {
         // A task that never ends is a bug of the code under test; a test must tell it and not hang.
-        if (!waitUntil([this] { return isDone(); }, std::chrono::seconds(40)))
+        if (!waitUntil([this] { return isDone(); }, longestTask))
             throw std::runtime_error("the task didn't end");
         if (m_outcome->failure)
             std::rethrow_exception(m_outcome->failure);

@@ -134,8 +134,10 @@ TEST_F(ContentViewTest, ShowsNoWindowBesideThoseThatAreAskedFor)
     protected:
         bool eventFilter(QObject* object, QEvent* event) override
         {
-            auto* const widget = qobject_cast<QWidget*>(object);
-            if (event->type() == QEvent::Show && widget && widget->isWindow())
+            // Objects of the web engine, which say nothing of their types, get other events.
+            const auto* const widget =
+                event->type() == QEvent::Show ? qobject_cast<QWidget*>(object) : nullptr;
+            if (widget && widget->isWindow())
                 names.append(QLatin1StringView(widget->metaObject()->className()));
             return false;
         }

@@ -1,3 +1,4 @@
+#include "SanitizerOptions.h"
 #include "app/platform/Translations.h"
 #include "views/reader/SecureMessageView.h"
 
@@ -9,23 +10,6 @@
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
-
-#if defined(__SANITIZE_ADDRESS__)
-// What the sanitizers find in libraries that aren't ours, and only that.
-extern "C" const char* __asan_default_options();
-extern "C" const char* __asan_default_options()
-{
-    // The web engine frees some objects by the size of their base.
-    return "new_delete_type_mismatch=0";
-}
-extern "C" const char* __lsan_default_suppressions();
-extern "C" const char* __lsan_default_suppressions()
-{
-    return "leak:libQt6WebEngineCore.so\nleak:libfontconfig.so\nleak:libudev.so\nleak:libgallium\nleak:_dri."
-           "so\n"
-           "leak:libGLX\nleak:libLLVM\nleak:libubsan.so\nleak:libasan.so\n";
-}
-#endif
 
 namespace {
 

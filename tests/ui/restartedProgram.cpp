@@ -1,6 +1,7 @@
 // The program, which is told to restart, and writes down each of its lives: "{process} {role} {accent} {text
 // size}". Where it is told to change the size of its text, a line has the size that it has then.
 
+#include "SanitizerOptions.h"
 #include "views/compose/ComposeWindows.h"
 #include "views/main/Application.h"
 #include "views/style/Style.h"
@@ -46,9 +47,11 @@ void refuseToLeave(Application& application)
         if (!question || !question->isVisible())
             return;
         glance->stop();
+        // Once the answer has been heard the question goes.
+        QObject::connect(question, &QObject::destroyed, qApp,
+                         [] { QTimer::singleShot(0, [] { QApplication::exit(0); }); });
         question->reject();
         write(u"stayed"_s);
-        QTimer::singleShot(0, [] { QApplication::exit(0); });
     });
     glance->start(std::chrono::milliseconds(20));
 }

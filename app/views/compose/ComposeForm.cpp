@@ -103,7 +103,7 @@ void ComposeForm::connectFields()
         connect(field, &AddressField::textChanged, this, &ComposeForm::changed);
         connect(field, &AddressField::focused, this, [this, which = which] { m_focus = which; });
     }
-    connect(qApp, &QApplication::focusChanged, this, [this](const QWidget*, QWidget* now) {
+    connect(qApp, &QApplication::focusChanged, &m_focusWatch, [this](const QWidget*, QWidget* now) {
         if (now && m_fields->isAncestorOf(now))
             m_lastField = now;
     });

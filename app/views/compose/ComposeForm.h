@@ -99,6 +99,8 @@ private:
     FormatBar* m_formatBar = nullptr;
     ComposeEditor* m_text = nullptr;
     AttachmentStrip* m_attachments;
+    /// Goes first: what follows the keyboard looks at the members above, and a window that ends loses it.
+    QObject m_focusWatch;
 };
 
 } // namespace Larkhaven

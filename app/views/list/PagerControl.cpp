@@ -11,6 +11,8 @@
 #include <QPainter>
 #include <QScopeGuard>
 
+#include <functional>
+
 using namespace Qt::StringLiterals;
 
 namespace Larkhaven {
@@ -62,7 +64,7 @@ Task<> PagerControl::go(Task<> (AppModel::*pages)())
             self->m_isGoing = false;
     });
     m_isGoing = true;
-    co_await (m_model.*pages)();
+    co_await std::invoke(pages, m_model);
 }
 
 void PagerControl::follow()

@@ -12,6 +12,7 @@
 #include <QMessageBox>
 
 #include <algorithm>
+#include <functional>
 
 using namespace Qt::StringLiterals;
 
@@ -209,7 +210,8 @@ void MailCommands::addPaging(QMenu& menu)
 {
     const auto addPage = [&](const char* name, const QString& title, const QList<QKeySequence>& keys,
                              Task<> (AppModel::*turn)()) {
-        m_paging.append(add(menu, name, title, keys, [this, turn] { m_model.start((m_model.*turn)()); }));
+        m_paging.append(
+            add(menu, name, title, keys, [this, turn] { m_model.start(std::invoke(turn, m_model)); }));
     };
     // Desktops change workspaces with Ctrl+Alt and the arrow keys.
     addPage("newestMessages", tr("Newest Messages"), chords({"Ctrl+Alt+Home", "Ctrl+Alt+Up"}),

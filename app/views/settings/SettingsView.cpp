@@ -51,7 +51,7 @@ SettingsView::SettingsView(AppModel& model, QWidget* parent)
     layout->setContentsMargins(0, Style::grid, 0, 0);
     layout->addWidget(m_tabs);
     connect(m_accounts, &AccountsSettingsView::setupRequested, this, &SettingsView::setupRequested);
-    connect(qApp, &QApplication::focusChanged, this,
+    connect(qApp, &QApplication::focusChanged, &m_focusWatch,
             [this](QWidget*, QWidget* focused) { followFocus(focused); });
     Style::shared().follow(this, [this] { measure(); });
 }

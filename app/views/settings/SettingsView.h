@@ -45,6 +45,8 @@ private:
     QTabWidget* m_tabs;
     AccountsSettingsView* m_accounts;
     int m_textSize = 0; ///< that the window was fitted to
+    /// Goes first: what follows the keyboard looks at the members above, and a window that ends loses it.
+    QObject m_focusWatch;
 };
 
 } // namespace Larkhaven

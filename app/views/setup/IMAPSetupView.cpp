@@ -112,7 +112,7 @@ void IMAPSetupView::makeConnections()
     connect(m_disclosure, &DisclosureButton::expandedChanged, m_servers, &QWidget::setVisible);
     connect(m_signIn, &QPushButton::clicked, this, &IMAPSetupView::signIn);
     connect(m_cancel, &QPushButton::clicked, this, &QWidget::close);
-    connect(qApp, &QApplication::focusChanged, this,
+    connect(qApp, &QApplication::focusChanged, &m_focusWatch,
             [this](QWidget*, QWidget* focused) { keepFocusInSight(focused); });
 }
 

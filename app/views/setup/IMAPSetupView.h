@@ -92,6 +92,8 @@ private:
     bool m_isShowingSettings = false;
     std::optional<QUuid> m_loadedID; ///< the account that the form was last filled from
     QString m_loadedName;            ///< of its user, as it is stored
+    /// Goes first: what follows the keyboard looks at the members above, and a window that ends loses it.
+    QObject m_focusWatch;
 };
 
 } // namespace Larkhaven
