@@ -52,7 +52,6 @@ public:
     bool moves() const { return m_scene == Scene::signIn; }
 
 private:
-    void fill();
     void openMessage();
     void openCompose(bool isRich);
     void openSettings();
