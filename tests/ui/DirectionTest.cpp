@@ -211,6 +211,29 @@ TEST_P(DirectionTest, TheSearchFieldStaysWholeWhereTheToolbarIsTooNarrowForAll)
     EXPECT_TRUE(star->isVisible());
 }
 
+TEST_P(DirectionTest, TheRowsOfASkeletonBeginWhereThoseOfMessagesDo)
+{
+    MailWindow loading;
+    loading.fixture.provider().hold(u"listMessages"_s);
+    show(*loading.window);
+    ASSERT_TRUE(waitUntil([&loading] { return loading.model().isLoading(); }));
+    settle();
+    const MessageTable& table = loading.table();
+    const int section = static_cast<int>(MessageColumn::subject);
+    const int left = table.columnViewportPosition(section);
+    const int right = left + table.columnWidth(section) - 1;
+    const int middle = Style::shared().scaled(2.3) / 2;
+    const QImage image = grab(*table.viewport());
+    const QColor ground = Style::shared().colors().surface;
+    Extent bar;
+    for (int x = left; x <= right; ++x) {
+        if (image.pixelColor(x, middle) != ground)
+            bar.take(x);
+    }
+    ASSERT_LE(bar.first, bar.last);
+    EXPECT_NEAR(isReversed() ? right - bar.last : bar.first - left, Style::smallPadding, 2);
+}
+
 INSTANTIATE_TEST_SUITE_P(Directions, DirectionTest, testing::Values(Qt::LeftToRight, Qt::RightToLeft),
                          [](const auto& direction) {
                              return direction.param == Qt::RightToLeft ? "RightToLeft" : "LeftToRight";
