@@ -18,6 +18,7 @@
 #include <QMenu>
 #include <QPushButton>
 #include <QToolButton>
+#include <QWindow>
 
 using namespace Qt::StringLiterals;
 
@@ -90,7 +91,11 @@ void Gallery::open()
     m_window = m_mail->window.get();
     openScene();
     ASSERT_TRUE(m_window);
-    ASSERT_TRUE(waitUntil([this] { return m_window->isVisible(); }));
+    // A window that says that it is visible may not be on the screen yet.
+    ASSERT_TRUE(waitUntil([this] {
+        const QWindow* const handle = m_window->window()->windowHandle();
+        return m_window->isVisible() && handle && handle->isExposed();
+    }));
 }
 
 void Gallery::openScene()
