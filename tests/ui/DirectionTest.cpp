@@ -5,10 +5,12 @@
 #include "views/main/SearchField.h"
 #include "views/main/SidebarPane.h"
 #include "views/main/SidebarView.h"
+#include "views/style/EmptyState.h"
 #include "views/style/FlowLayout.h"
 
 #include <QApplication>
 #include <QHeaderView>
+#include <QPainter>
 #include <QSplitter>
 #include <QToolButton>
 
@@ -232,6 +234,20 @@ TEST_P(DirectionTest, TheRowsOfASkeletonBeginWhereThoseOfMessagesDo)
     }
     ASSERT_LE(bar.first, bar.last);
     EXPECT_NEAR(isReversed() ? right - bar.last : bar.first - left, Style::smallPadding, 2);
+}
+
+TEST(EmptyStateTest, PaintsEachTextInItsOwnDirection)
+{
+    const EmptyState state{Symbol::warning, u"A title."_s, u"An explanation."_s};
+    const auto painted = [&state](Qt::LayoutDirection direction) {
+        QImage image(400, 200, QImage::Format_RGB32);
+        image.fill(Qt::white);
+        QPainter painter(&image);
+        painter.setLayoutDirection(direction);
+        EmptyState::paint(painter, image.rect(), state);
+        return image;
+    };
+    EXPECT_EQ(painted(Qt::RightToLeft), painted(Qt::LeftToRight));
 }
 
 INSTANTIATE_TEST_SUITE_P(Directions, DirectionTest, testing::Values(Qt::LeftToRight, Qt::RightToLeft),

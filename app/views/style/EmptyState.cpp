@@ -49,6 +49,8 @@ void EmptyState::paint(QPainter& painter, const QRect& place, const EmptyState& 
     painter.drawPixmap(places.symbol,
                        style.pixmap(state.symbol, Style::emptyStateIcon, style.colors().secondary,
                                     painter.device()->devicePixelRatioF()));
+    // Each text in its own direction: a full stop belongs at the end of its words.
+    painter.setLayoutDirection(Qt::LayoutDirectionAuto);
     painter.setFont(titleFont());
     painter.setPen(style.colors().text);
     painter.drawText(places.title, textFlags, state.title);
