@@ -5,10 +5,12 @@
 #include "views/main/SearchField.h"
 #include "views/main/SidebarPane.h"
 #include "views/main/SidebarView.h"
+#include "views/style/EmptyState.h"
 #include "views/style/FlowLayout.h"
 
 #include <QApplication>
 #include <QHeaderView>
+#include <QPainter>
 #include <QSplitter>
 #include <QToolButton>
 
@@ -209,6 +211,43 @@ TEST_P(DirectionTest, TheSearchFieldStaysWholeWhereTheToolbarIsTooNarrowForAll)
     Style::shared().setTextSize(Style::standardTextSize);
     settle();
     EXPECT_TRUE(star->isVisible());
+}
+
+TEST_P(DirectionTest, TheRowsOfASkeletonBeginWhereThoseOfMessagesDo)
+{
+    MailWindow loading;
+    loading.fixture.provider().hold(u"listMessages"_s);
+    show(*loading.window);
+    ASSERT_TRUE(waitUntil([&loading] { return loading.model().isLoading(); }));
+    settle();
+    const MessageTable& table = loading.table();
+    const int section = static_cast<int>(MessageColumn::subject);
+    const int left = table.columnViewportPosition(section);
+    const int right = left + table.columnWidth(section) - 1;
+    const int middle = Style::shared().scaled(2.3) / 2;
+    const QImage image = grab(*table.viewport());
+    const QColor ground = Style::shared().colors().surface;
+    Extent bar;
+    for (int x = left; x <= right; ++x) {
+        if (image.pixelColor(x, middle) != ground)
+            bar.take(x);
+    }
+    ASSERT_LE(bar.first, bar.last);
+    EXPECT_NEAR(isReversed() ? right - bar.last : bar.first - left, Style::smallPadding, 2);
+}
+
+TEST(EmptyStateTest, PaintsEachTextInItsOwnDirection)
+{
+    const EmptyState state{Symbol::warning, u"A title."_s, u"An explanation."_s};
+    const auto painted = [&state](Qt::LayoutDirection direction) {
+        QImage image(400, 200, QImage::Format_RGB32);
+        image.fill(Qt::white);
+        QPainter painter(&image);
+        painter.setLayoutDirection(direction);
+        EmptyState::paint(painter, image.rect(), state);
+        return image;
+    };
+    EXPECT_EQ(painted(Qt::RightToLeft), painted(Qt::LeftToRight));
 }
 
 INSTANTIATE_TEST_SUITE_P(Directions, DirectionTest, testing::Values(Qt::LeftToRight, Qt::RightToLeft),

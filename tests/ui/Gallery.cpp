@@ -3,56 +3,28 @@
 #include "Gestures.h"
 #include "domain/MailError.h"
 #include "platform/Wakeup.h"
+#include "protocols/StreamTransport.h"
 #include "views/compose/ComposeWindows.h"
 #include "views/reader/SourceWindows.h"
 #include "views/setup/DisclosureButton.h"
 #include "views/setup/IMAPSetupView.h"
+#include "views/style/ToolTips.h"
 
 #include <QApplication>
 #include <QDialog>
+#include <QHelpEvent>
+#include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
 #include <QPushButton>
+#include <QToolButton>
+#include <QWindow>
 
 using namespace Qt::StringLiterals;
 
 namespace Larkhaven {
 
 namespace {
-
-QList<MessageSummary> sampleRows(const Account& account)
-{
-    QList<MessageSummary> rows = ModelFixture::rows(account, 40);
-    const QStringList senders{u"Ada Lovelace"_s, u"The Quarterly Journal of Engineering"_s, u"Grace"_s,
-                              u"ليلى حداد"_s};
-    const QStringList subjects{u"Minutes of the meeting"_s,
-                               u"A subject that goes on for so long that nothing of its preview fits beside "
-                               "it, however wide the window may be made by whoever reads it"_s,
-                               u"Re: gyp, jig & query"_s, QString()};
-    for (qsizetype index = 0; index < rows.size(); ++index) {
-        rows[index].from = EmailAddress(senders[index % 4], u"a@example.com"_s);
-        rows[index].subject = subjects[index % 4];
-        rows[index].snippet = u"The preview of the message, which tells how it begins and goes on."_s;
-        rows[index].isRead = index % 3 != 0;
-        rows[index].isStarred = index % 5 == 1;
-        rows[index].hasAttachments = index % 4 == 2;
-    }
-    return rows;
-}
-
-QByteArray sampleMessage()
-{
-    return "From: Ada Lovelace <ada@example.com>\r\nTo: Mia <mia@example.org>, Bob <bob@example.org>\r\n"
-           "Cc: carl@example.org\r\nSubject: The quarterly journal, gyp and jig\r\n"
-           "Date: Fri, 15 Mar 2024 11:00:00 +0000\r\nMIME-Version: 1.0\r\n"
-           "Content-Type: multipart/mixed; boundary=b\r\n\r\n--b\r\nContent-Type: text/html\r\n\r\n"
-           "<h2>Good morning</h2><p>Some text with a <a href=\"https://a.example/\">link</a>.</p>"
-           "<img src=\"https://img.example/a.png\" width=\"200\" height=\"80\">"
-           "<img src=\"https://t.example/open.gif\" width=\"1\" height=\"1\">\r\n"
-           "--b\r\nContent-Type: application/pdf\r\nContent-Disposition: attachment; "
-           "filename=\"A report with a name that is far too long for its chip.pdf\"\r\n\r\nPDF\r\n"
-           "--b\r\nContent-Type: image/png\r\nContent-Disposition: attachment; filename=pig.png\r\n\r\nx\r\n"
-           "--b--\r\n";
-}
 
 /// A browser that says nothing.
 Task<SignInService::SignedIn> waitForever(std::stop_token stop)
@@ -77,11 +49,13 @@ QList<Account> accountsOf(Gallery::Scene scene)
 
 QString Gallery::nameOf(Scene scene)
 {
-    static const QStringList names{u"list"_s,          u"reader"_s,      u"plainMessage"_s,  u"richMessage"_s,
-                                   u"accountsPane"_s,  u"generalPane"_s, u"composingPane"_s, u"privacyPane"_s,
-                                   u"setup"_s,         u"signIn"_s,      u"welcome"_s,       u"newLabel"_s,
-                                   u"labelDeletion"_s, u"errorAlert"_s,  u"linkAlert"_s,     u"saveSheet"_s,
-                                   u"source"_s};
+    static const QStringList names{
+        u"list"_s,          u"quietLines"_s,    u"skeleton"_s,       u"noResults"_s,    u"reader"_s,
+        u"readerError"_s,   u"plainMessage"_s,  u"richMessage"_s,    u"accountsPane"_s, u"generalPane"_s,
+        u"composingPane"_s, u"privacyPane"_s,   u"setup"_s,          u"signIn"_s,       u"welcome"_s,
+        u"newLabel"_s,      u"labelDeletion"_s, u"accountRemoval"_s, u"errorAlert"_s,   u"linkAlert"_s,
+        u"about"_s,         u"saveSheet"_s,     u"source"_s,         u"menuOfBar"_s,    u"contextMenu"_s,
+        u"toolTip"_s};
     return names.at(static_cast<qsizetype>(scene));
 }
 
@@ -92,7 +66,7 @@ Gallery::Gallery(Scene scene)
     Style::shared().setHighContrast(false);
     Style::shared().setAccent(std::nullopt);
     if (!m_mail->model().accounts().isEmpty())
-        fill();
+        fillWithSamples(*m_mail);
 }
 
 Gallery::~Gallery()
@@ -103,34 +77,47 @@ Gallery::~Gallery()
     Style::shared().setTextSize(Style::standardTextSize);
 }
 
-void Gallery::fill()
-{
-    FakeMailProvider& provider = m_mail->fixture.provider(0);
-    provider.setLabels(
-        {{u"w"_s, u"Work"_s}, {u"wp"_s, u"Work/Plans"_s}, {u"t"_s, u"Travel with a rather long name"_s}});
-    provider.setCounts({{u"system:inbox"_s, 1234}, {u"label:wp"_s, 3}});
-    provider.setRaw(u"2"_s, sampleMessage());
-    m_mail->fill(sampleRows(m_mail->fixture.account(0)));
-}
-
 void Gallery::open()
 {
-    m_mail->open();
-    AppModel& model = m_mail->model();
+    if (m_scene == Scene::quietLines)
+        m_mail->fixture.textKeychain().readFailure = KeychainStatus::interactionNotAllowed;
+    if (m_scene == Scene::skeleton) {
+        m_mail->fixture.provider(0).hold(u"listMessages"_s);
+        show(*m_mail->window);
+        ASSERT_TRUE(waitUntil([this] { return m_mail->model().isLoading(); }));
+    } else {
+        m_mail->open();
+    }
+    m_window = m_mail->window.get();
+    openScene();
+    ASSERT_TRUE(m_window);
+    // A window that says that it is visible may not be on the screen yet.
+    ASSERT_TRUE(waitUntil([this] {
+        const QWindow* const handle = m_window->window()->windowHandle();
+        return m_window->isVisible() && handle && handle->isExposed();
+    }));
+}
+
+void Gallery::openScene()
+{
     switch (m_scene) {
-    case Scene::list:
-        ASSERT_TRUE(waitUntil([&] { return !model.counts(m_mail->fixture.account(0).id).isEmpty(); }));
-        model.report(std::make_exception_ptr(MailError::notSignedIn()), m_mail->fixture.account(0).id);
-        model.report(std::make_exception_ptr(MailError::notSignedIn()), m_mail->fixture.account(1).id);
-        model.setSelection({u"2"_s});
-        m_window = m_mail->window.get();
-        break;
     case Scene::welcome:
-        m_window = m_mail->window.get();
+    case Scene::skeleton:
+        break;
+    case Scene::list:
+        openList();
+        break;
+    case Scene::quietLines:
+        openQuietLines();
+        break;
+    case Scene::noResults:
+        openSearch(u"a word that no message has"_s);
+        break;
+    case Scene::readerError:
+        m_mail->model().setPath({u"gone"_s});
         break;
     case Scene::reader:
         openMessage();
-        m_window = m_mail->window.get();
         break;
     case Scene::plainMessage:
     case Scene::richMessage:
@@ -153,16 +140,79 @@ void Gallery::open()
     case Scene::labelDeletion:
         openLabelDialogs();
         break;
+    case Scene::accountRemoval:
+        openQuestion();
+        break;
     case Scene::errorAlert:
     case Scene::linkAlert:
+    case Scene::about:
         openAlert();
         break;
     case Scene::source:
         openSource();
         break;
+    case Scene::menuOfBar:
+    case Scene::contextMenu:
+        openMenu();
+        break;
+    case Scene::toolTip:
+        openToolTip();
+        break;
     }
-    ASSERT_TRUE(m_window);
-    ASSERT_TRUE(waitUntil([this] { return m_window->isVisible(); }));
+}
+
+void Gallery::refresh()
+{
+    if (m_scene == Scene::toolTip)
+        openToolTip();
+    else if (m_scene == Scene::quietLines && !m_mail->model().undoOffer())
+        archive();
+}
+
+bool Gallery::hasEngine() const
+{
+    return m_window && m_window->findChild<SecureMessageView*>() &&
+           m_window->findChild<SecureMessageView*>()->isVisible();
+}
+
+void Gallery::openList()
+{
+    AppModel& model = m_mail->model();
+    ASSERT_TRUE(waitUntil([&] { return !model.counts(m_mail->fixture.account(0).id).isEmpty(); }));
+    model.report(std::make_exception_ptr(MailError::notSignedIn()), m_mail->fixture.account(0).id);
+    model.report(std::make_exception_ptr(MailError::notSignedIn()), m_mail->fixture.account(1).id);
+    model.setSelection({u"2"_s});
+}
+
+void Gallery::openSearch(const QString& words)
+{
+    AppModel& model = m_mail->model();
+    model.setSearchText(words);
+    model.start(model.applySearch());
+    ASSERT_TRUE(waitUntil([&model] { return model.listedQuery() && !model.isLoading(); }));
+}
+
+/// A check that failed, the results of a search, what was just archived, and texts that can't be kept.
+void Gallery::openQuietLines()
+{
+    FakeMailProvider& provider = m_mail->fixture.provider(0);
+    provider.setCanPutBack(true);
+    provider.setListing(MailboxRef::system(Mailbox::inbox), sampleRows(m_mail->fixture.account(0)),
+                        u"boat"_s);
+    openSearch(u"boat"_s);
+    provider.failAlways(u"listMessages"_s,
+                        StreamError(QAbstractSocket::ConnectionRefusedError, u"Connection refused"_s));
+    m_mail->fixture.endSleeps();
+    ASSERT_TRUE(waitUntil([this] { return m_mail->model().failedChecks().size() == 1; }));
+    ASSERT_TRUE(waitUntil([this] { return m_mail->child<QWidget>("keptTextsBanner").isVisible(); }));
+    archive();
+}
+
+void Gallery::archive()
+{
+    AppModel& model = m_mail->model();
+    model.archive(model.messages().first(1));
+    ASSERT_TRUE(waitUntil([&model] { return model.undoOffer().has_value(); }));
 }
 
 void Gallery::openMessage()
@@ -202,13 +252,14 @@ void Gallery::openSettings()
 {
     using Pane = SettingsView::Pane;
     m_mail->fixture.defaults().set(DefaultsKey::signature, u"Mia Larsen\nLarkhaven"_s);
-    m_mail->window->openSettings(m_scene == Scene::accountsPane    ? Pane::accounts
+    const bool isOfAccounts = m_scene == Scene::accountsPane || m_scene == Scene::accountRemoval;
+    m_mail->window->openSettings(isOfAccounts                      ? Pane::accounts
                                  : m_scene == Scene::generalPane   ? Pane::general
                                  : m_scene == Scene::composingPane ? Pane::composing
                                                                    : Pane::privacy);
     ASSERT_TRUE(waitUntil([] { return visibleWindow<SettingsView>(); }));
     auto* const settings = visibleWindow<SettingsView>();
-    if (m_scene == Scene::accountsPane)
+    if (isOfAccounts)
         settings->open(m_mail->fixture.account().id);
     show(*settings);
     m_window = settings;
@@ -245,17 +296,58 @@ void Gallery::openLabelDialogs()
 
 void Gallery::openAlert()
 {
+    const auto opened = [this](const QString& name) {
+        EXPECT_TRUE(waitUntil([&] { return m_mail->window->findChild<QDialog*>(name); }))
+            << name.toStdString();
+        return m_mail->window->findChild<QDialog*>(name);
+    };
     if (m_scene == Scene::errorAlert) {
         m_mail->model().report(std::make_exception_ptr(MailError::protocolError(
             u"imap.a-rather-long-name.mail.example.org doesn’t speak SSL/TLS on port 143."_s)));
-        ASSERT_TRUE(waitUntil([this] { return m_mail->window->findChild<QDialog*>(u"errorAlert"_s); }));
-        m_window = m_mail->window->findChild<QDialog*>(u"errorAlert"_s);
-        return;
+        m_window = opened(u"errorAlert"_s);
+    } else if (m_scene == Scene::about) {
+        openMenuOfBar(*m_mail->window, u"Help"_s);
+        chooseByKeys({u"About Larkhaven"_s});
+        m_window = opened(u"about"_s);
+    } else {
+        openMessage();
+        m_mail->window->reader().followLink(
+            link(u"https://evil.example/a/path?with=values&that=go&on=1"_s, u"https://bank.example/"_s));
+        m_window = opened(u"linkAlert"_s);
     }
-    openMessage();
-    m_mail->window->reader().followLink(
-        link(u"https://evil.example/a/path?with=values&that=go&on=1"_s, u"https://bank.example/"_s));
-    m_window = m_mail->window->findChild<QDialog*>(u"linkAlert"_s);
+}
+
+void Gallery::openQuestion()
+{
+    openSettings();
+    leftClick(*m_window->findChild<QWidget*>(u"accountsRemove"_s));
+    const QWidget* const settings = m_window;
+    ASSERT_TRUE(waitUntil([settings] { return settings->findChild<QDialog*>(u"removeQuestion"_s); }));
+    m_window = settings->findChild<QDialog*>(u"removeQuestion"_s);
+}
+
+void Gallery::openMenu()
+{
+    m_mail->model().setSelection({u"2"_s});
+    MessageTable& table = m_mail->table();
+    m_window = m_scene == Scene::menuOfBar
+                   ? openMenuOfBar(*m_mail->window, u"Message"_s)
+                   : rightClick(*table.viewport(), table.visualRect(table.model()->index(1, 0)).center());
+    pressKey(Qt::Key_Down);
+}
+
+/// Those of two buttons take turns, since a tip that says the same as before stays as it is. By the event
+/// that a mouse at rest brings about.
+void Gallery::openToolTip()
+{
+    m_hovered = m_hovered == "getMail"_L1 ? "toggleSidebar"_L1 : "getMail"_L1;
+    auto& button = m_mail->child<QToolButton>(m_hovered.data());
+    const QPoint place = button.rect().center();
+    QHelpEvent rest(QEvent::ToolTip, place, button.mapToGlobal(place));
+    QApplication::sendEvent(&button, &rest);
+    m_window = visibleWindow<QLabel>(u"qtooltip_label"_s);
+    ASSERT_TRUE(m_window);
+    EXPECT_EQ(qobject_cast<QLabel*>(m_window)->text(), ToolTips::shown(button.toolTip()));
 }
 
 void Gallery::openSource()

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "UITestSupport.h"
+#include "SampleMail.h"
 
 #include <QList>
 
@@ -14,7 +14,11 @@ class Gallery {
 public:
     enum class Scene {
         list,
+        quietLines,
+        skeleton,
+        noResults,
         reader,
+        readerError,
         plainMessage,
         richMessage,
         accountsPane,
@@ -26,17 +30,24 @@ public:
         welcome,
         newLabel,
         labelDeletion,
+        accountRemoval,
         errorAlert,
         linkAlert,
+        about,
         saveSheet,
         source,
+        menuOfBar,
+        contextMenu,
+        toolTip,
     };
-    static constexpr std::array allScenes{Scene::list,          Scene::reader,       Scene::plainMessage,
-                                          Scene::richMessage,   Scene::accountsPane, Scene::generalPane,
-                                          Scene::composingPane, Scene::privacyPane,  Scene::setup,
-                                          Scene::signIn,        Scene::welcome,      Scene::newLabel,
-                                          Scene::labelDeletion, Scene::errorAlert,   Scene::linkAlert,
-                                          Scene::saveSheet,     Scene::source};
+    static constexpr std::array allScenes{
+        Scene::list,          Scene::quietLines,     Scene::skeleton,      Scene::noResults,
+        Scene::reader,        Scene::readerError,    Scene::plainMessage,  Scene::richMessage,
+        Scene::accountsPane,  Scene::generalPane,    Scene::composingPane, Scene::privacyPane,
+        Scene::setup,         Scene::signIn,         Scene::welcome,       Scene::newLabel,
+        Scene::labelDeletion, Scene::accountRemoval, Scene::errorAlert,    Scene::linkAlert,
+        Scene::about,         Scene::saveSheet,      Scene::source,        Scene::menuOfBar,
+        Scene::contextMenu,   Scene::toolTip};
     static QString nameOf(Scene scene);
 
     explicit Gallery(Scene scene);
@@ -48,11 +59,17 @@ public:
     void open();
     /// The window that the scene is about.
     QWidget* window() const { return m_window; }
-    /// Whether something in it moves without end, so that no two pictures are the same.
-    bool moves() const { return m_scene == Scene::signIn; }
+    /// Opens again what doesn't outlast a change of the looks, or goes by itself after a while.
+    void refresh();
+    /// Whether the engine draws in it, which does so in its own time.
+    bool hasEngine() const;
 
 private:
-    void fill();
+    void openScene();
+    void openList();
+    void openQuietLines();
+    void openSearch(const QString& words);
+    void archive();
     void openMessage();
     void openCompose(bool isRich);
     void openSettings();
@@ -60,11 +77,15 @@ private:
     void openSignIn();
     void openLabelDialogs();
     void openAlert();
+    void openQuestion();
+    void openMenu();
+    void openToolTip();
     void openSource();
 
     Scene m_scene;
     std::unique_ptr<MailWindow> m_mail;
     QPointer<QWidget> m_window;
+    QLatin1StringView m_hovered;
 };
 
 } // namespace Larkhaven

@@ -5,6 +5,7 @@
 #include "views/compose/ComposeWindows.h"
 #include "views/main/SearchField.h"
 #include "views/main/SidebarView.h"
+#include "views/style/AlertText.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -368,10 +369,21 @@ TEST_F(MailCommandsTest, MovesTheKeyboardFromPaneToPane)
 
 TEST_F(MailCommandsTest, TellsWhatLarkhavenIs)
 {
+    QApplication::setWindowIcon(QIcon(Style::shared().pixmap(Symbol::envelope, 64, Qt::black, 1)));
     choose(u"Help"_s, {u"About Larkhaven"_s});
     auto* const about = mail.window->findChild<QMessageBox*>(u"about"_s);
     ASSERT_TRUE(about);
     EXPECT_TRUE(about->text().startsWith(u"Larkhaven"_s));
+    const auto* const words = about->findChild<AlertText*>();
+    EXPECT_EQ(words->width(), 420);
+    // Also behind a change of the looks it shows the program's icon, and nothing stands on its words.
+    Style::shared().setTextSize(20);
+    settle();
+    EXPECT_EQ(about->iconPixmap().deviceIndependentSize(), QSizeF(64, 64));
+    const QAbstractButton& button = *about->button(QMessageBox::Ok);
+    EXPECT_GE(button.mapTo(about, QPoint()).y(), words->mapTo(about, QPoint(0, words->height())).y());
+    Style::shared().setTextSize(Style::standardTextSize);
+    QApplication::setWindowIcon({});
     pressKey(Qt::Key_Escape);
     EXPECT_TRUE(waitUntil([this] { return !mail.window->findChild<QMessageBox*>(u"about"_s); }));
 }

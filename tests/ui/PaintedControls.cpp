@@ -4,6 +4,7 @@
 #include "views/list/MessageColumns.h"
 #include "views/list/MessageTable.h"
 #include "views/reader/SecureMessageView.h"
+#include "views/style/EmptyStateView.h"
 #include "views/style/SymbolLabel.h"
 
 #include <QAbstractButton>
@@ -14,6 +15,7 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
 #include <QMenuBar>
 #include <QPlainTextEdit>
 #include <QTabBar>
@@ -69,6 +71,23 @@ public:
         }
     }
 
+    void addEmptyState(const QWidget& widget, const EmptyState& state)
+    {
+        const EmptyState::Places places = state.placesIn(widget.rect());
+        add(widget, places.symbol, u"symbol"_s, false);
+        add(widget, places.title, state.title, true);
+        if (!state.explanation.isEmpty())
+            add(widget, places.explanation, state.explanation, true);
+    }
+    template <typename Bar>
+    void addActions(const Bar& bar)
+    {
+        for (QAction* const action : bar.actions()) {
+            if (action->isVisible() && action->isEnabled() && !action->isSeparator())
+                add(bar, bar.actionGeometry(action), action->text(), true);
+        }
+    }
+
     QList<PaintedControl> controls;
 
 private:
@@ -105,10 +124,11 @@ void addControl(Collector& found, const QWidget& widget)
         for (int index = 0; index < tabs->count(); ++index)
             found.add(widget, tabs->tabRect(index), tabs->tabText(index), true);
     } else if (const auto* const bar = qobject_cast<const QMenuBar*>(&widget)) {
-        for (QAction* const action : bar->actions()) {
-            if (action->isVisible() && action->isEnabled())
-                found.add(widget, bar->actionGeometry(action), action->text(), true);
-        }
+        found.addActions(*bar);
+    } else if (const auto* const menu = qobject_cast<const QMenu*>(&widget)) {
+        found.addActions(*menu);
+    } else if (const auto* const empty = qobject_cast<const EmptyStateView*>(&widget)) {
+        found.addEmptyState(*empty, empty->state());
     } else if (const auto* const header = qobject_cast<const QHeaderView*>(&widget)) {
         const bool isTable = qobject_cast<const MessageTable*>(header->parentWidget()) != nullptr;
         for (int section = 0; section < header->count(); ++section) {
@@ -121,6 +141,9 @@ void addControl(Collector& found, const QWidget& widget)
         }
     } else if (const auto* const view = qobject_cast<const QAbstractItemView*>(&widget)) {
         found.addRows(*view);
+        const auto* const table = qobject_cast<const MessageTable*>(view);
+        if (table && table->emptyState())
+            found.addEmptyState(*table->viewport(), *table->emptyState());
     }
 }
 
@@ -138,6 +161,7 @@ bool isOfEngine(const QWidget& widget)
 QList<PaintedControl> paintedControls(const QWidget& window)
 {
     Collector found(window);
+    addControl(found, window);
     for (const QWidget* const widget : window.findChildren<QWidget*>()) {
         const bool isField = qobject_cast<const QAbstractSpinBox*>(widget->parentWidget()) != nullptr;
         if (widget->isVisible() && widget->isEnabled() && widget->window() == &window && !isField &&

@@ -11,6 +11,7 @@
 #include <QMenu>
 #include <QPainter>
 #include <QScrollBar>
+#include <QStyle>
 
 #include <algorithm>
 
@@ -431,10 +432,11 @@ void MessageTable::paintSkeleton(QPainter& painter) const
             const int section = static_cast<int>(column);
             // Bars of different lengths look like texts.
             const double share = 0.5 + 0.1 * ((row * 3 + section) % 5);
-            const QRectF place(columnViewportPosition(section) + Style::smallPadding,
-                               row * rowHeight + (rowHeight - bar) / 2.0, columnWidth(section) * share - 16,
-                               bar);
-            painter.drawRoundedRect(place, bar / 2.0, bar / 2.0);
+            const QRect cell(columnViewportPosition(section), row * rowHeight, columnWidth(section),
+                             rowHeight);
+            const QRect begun(cell.left() + Style::smallPadding, cell.top() + (rowHeight - bar) / 2,
+                              qRound(cell.width() * share) - 2 * Style::smallPadding, bar);
+            painter.drawRoundedRect(QStyle::visualRect(layoutDirection(), cell, begun), bar / 2.0, bar / 2.0);
         }
     }
 }

@@ -114,8 +114,9 @@ void MessageTableHeader::paintSection(QPainter* painter, const QRect& rect, int 
     const auto placed = [this, &rect](const QRect& place) {
         return QStyle::visualRect(layoutDirection(), rect, place);
     };
-    painter->drawText(placed({left, content.top(), titleWidth + 1, content.height()}), Qt::AlignVCenter,
-                      title);
+    // From a whole pixel on in both directions: small letters between two pixels lose their contrast.
+    painter->drawText(placed({left, content.top(), titleWidth + 1, content.height()}),
+                      Qt::AlignLeft | Qt::AlignAbsolute | Qt::AlignVCenter, title);
     if (isSorted) {
         painter->setRenderHint(QPainter::Antialiasing);
         painter->setPen(QPen(color, 1.4, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));

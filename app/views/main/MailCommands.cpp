@@ -4,6 +4,7 @@
 #include "views/main/EditCommands.h"
 #include "views/setup/AddAccountItems.h"
 #include "views/style/DisplayText.h"
+#include "views/style/PlainAlert.h"
 
 #include <QActionGroup>
 #include <QApplication>
@@ -303,16 +304,15 @@ void MailCommands::addHelp(QMenuBar& bar)
 {
     QMenu& menu = *bar.addMenu(tr("&Help"));
     add(menu, "about", tr("About Larkhaven"), {}, [bar = &bar] {
-        auto* const box = new QMessageBox(bar->window());
-        box->setObjectName("about"_L1);
-        box->setAttribute(Qt::WA_DeleteOnClose);
-        box->setWindowTitle(tr("About Larkhaven"));
-        box->setIconPixmap(QApplication::windowIcon().pixmap(64, 64));
-        box->setTextFormat(Qt::PlainText);
-        box->setText(tr("Larkhaven %1").arg(QApplication::applicationVersion()));
-        box->setInformativeText(
+        auto* const box = makePlainAlert(
+            tr("Larkhaven %1").arg(QApplication::applicationVersion()).trimmed(),
             tr("A mail client that trusts no message. Free software under the GNU General Public License, "
-               "version 3 or later."));
+               "version 3 or later."),
+            QMessageBox::Ok, bar->window());
+        box->setObjectName("about"_L1);
+        box->setWindowTitle(tr("About Larkhaven"));
+        setAlertSymbol(*box, Symbol::envelope);
+        setAlertIcon(*box, QApplication::windowIcon());
         box->open();
     });
 }

@@ -4,32 +4,59 @@
 
 namespace Larkhaven {
 
-void EmptyState::paint(QPainter& painter, const QRect& place, const EmptyState& state)
+namespace {
+
+constexpr int textFlags = Qt::AlignHCenter | Qt::AlignTop | Qt::TextWordWrap;
+
+QFont titleFont()
+{
+    return Style::shared().font(Style::Type::subhead);
+}
+
+QFont explanationFont()
+{
+    return Style::shared().font(Style::Type::body);
+}
+
+} // namespace
+
+EmptyState::Places EmptyState::placesIn(const QRect& place) const
 {
     constexpr int symbolSize = Style::emptyStateIcon;
-    constexpr int textFlags = Qt::AlignHCenter | Qt::AlignTop | Qt::TextWordWrap;
-    const Style& style = Style::shared();
-    const QFont titleFont = style.font(Style::Type::subhead);
-    const QFont bodyFont = style.font(Style::Type::body);
-    const QRect width(0, 0, qMax(place.width() - 4 * Style::largePadding, 1), place.height());
-    const QRect title = QFontMetrics(titleFont).boundingRect(width, textFlags, state.title);
-    const QRect body = QFontMetrics(bodyFont).boundingRect(width, textFlags, state.explanation);
-    const int bodyHeight = state.explanation.isEmpty() ? 0 : Style::grid + body.height();
-    const int height = symbolSize + Style::padding + title.height() + bodyHeight;
+    const int width = qMax(place.width() - 4 * Style::largePadding, 1);
+    const QRect most(0, 0, width, place.height());
+    const int titleHeight = QFontMetrics(titleFont()).boundingRect(most, textFlags, title).height();
+    const int explanationHeight =
+        explanation.isEmpty()
+            ? 0
+            : QFontMetrics(explanationFont()).boundingRect(most, textFlags, explanation).height();
+    const int gap = explanation.isEmpty() ? 0 : Style::grid;
+    const int height = symbolSize + Style::padding + titleHeight + gap + explanationHeight;
 
-    int top = place.center().y() - height / 2;
-    const QRect symbolPlace(place.center().x() - symbolSize / 2, top, symbolSize, symbolSize);
-    painter.drawPixmap(symbolPlace, style.pixmap(state.symbol, symbolSize, style.colors().secondary,
-                                                 painter.device()->devicePixelRatioF()));
-    top += symbolSize + Style::padding;
-    const int left = place.center().x() - width.width() / 2;
-    painter.setFont(titleFont);
+    const int top = place.center().y() - height / 2;
+    const int left = place.center().x() - width / 2;
+    Places places;
+    places.symbol = QRect(place.center().x() - symbolSize / 2, top, symbolSize, symbolSize);
+    places.title = QRect(left, top + symbolSize + Style::padding, width, titleHeight);
+    places.explanation = QRect(left, places.title.top() + titleHeight + gap, width, explanationHeight);
+    return places;
+}
+
+void EmptyState::paint(QPainter& painter, const QRect& place, const EmptyState& state)
+{
+    const Style& style = Style::shared();
+    const Places places = state.placesIn(place);
+    painter.drawPixmap(places.symbol,
+                       style.pixmap(state.symbol, Style::emptyStateIcon, style.colors().secondary,
+                                    painter.device()->devicePixelRatioF()));
+    // Each text in its own direction: a full stop belongs at the end of its words.
+    painter.setLayoutDirection(Qt::LayoutDirectionAuto);
+    painter.setFont(titleFont());
     painter.setPen(style.colors().text);
-    painter.drawText(QRect(left, top, width.width(), title.height()), textFlags, state.title);
-    top += title.height() + Style::grid;
-    painter.setFont(bodyFont);
+    painter.drawText(places.title, textFlags, state.title);
+    painter.setFont(explanationFont());
     painter.setPen(style.colors().secondary);
-    painter.drawText(QRect(left, top, width.width(), body.height()), textFlags, state.explanation);
+    painter.drawText(places.explanation, textFlags, state.explanation);
 }
 
 } // namespace Larkhaven

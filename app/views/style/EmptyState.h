@@ -15,7 +15,13 @@ struct EmptyState {
     QString title;
     QString explanation; ///< may be empty
 
-    /// Paints it into the middle of the place.
+    struct Places {
+        QRect symbol;
+        QRect title;
+        QRect explanation; ///< empty without one
+    };
+    /// Where it stands: in the middle of the place.
+    Places placesIn(const QRect& place) const;
     static void paint(QPainter& painter, const QRect& place, const EmptyState& state);
 };
 

@@ -9,6 +9,7 @@
 #include <QCoreApplication>
 #include <QEvent>
 #include <QGridLayout>
+#include <QIcon>
 #include <QLabel>
 #include <QPushButton>
 
@@ -40,6 +41,11 @@ public:
         m_symbol = symbol;
         showSymbol();
     }
+    void setIcon(const QIcon& icon)
+    {
+        m_icon = icon;
+        showSymbol();
+    }
     void setLines(const QString& text, const QStringList& hosts)
     {
         setInformativeText(text);
@@ -62,6 +68,7 @@ protected:
 
 private:
     static constexpr int symbolSize = 24;
+    static constexpr int iconSize = 64;
 
     QLabel* label(QLatin1StringView name) const { return findChild<QLabel*>(name); }
 
@@ -71,7 +78,8 @@ private:
         const int side = style.scaled(static_cast<double>(symbolSize) / Style::standardTextSize);
         const bool warns = m_symbol == Symbol::warning;
         const QColor& color = warns ? style.colors().warningText : style.colors().accent;
-        setIconPixmap(style.pixmap(m_symbol, side, color, devicePixelRatioF()));
+        setIconPixmap(m_icon.isNull() ? style.pixmap(m_symbol, side, color, devicePixelRatioF())
+                                      : m_icon.pixmap(QSize(iconSize, iconSize), devicePixelRatioF()));
         place();
         fit();
     }
@@ -113,6 +121,7 @@ private:
     }
 
     Symbol m_symbol = Symbol::warning;
+    QIcon m_icon; ///< in place of the symbol, if it is there
     AlertText* m_text;
 };
 
@@ -153,6 +162,12 @@ Task<qsizetype> answerTo(QMessageBox* alert, QList<QAbstractButton*> buttons, Al
     co_await answered->wait(std::chrono::milliseconds(-1));
     const qsizetype place = *answer;
     co_return place;
+}
+
+void setAlertIcon(QMessageBox& alert, const QIcon& icon)
+{
+    if (auto* const own = dynamic_cast<Alert*>(&alert))
+        own->setIcon(icon);
 }
 
 void setAlertSymbol(QMessageBox& alert, Symbol symbol)

@@ -27,6 +27,9 @@ Task<qsizetype> answerTo(QMessageBox* alert, QList<QAbstractButton*> buttons,
 /// Gives such an alert, which is a question without a danger, another symbol than the warning.
 void setAlertSymbol(QMessageBox& alert, Symbol symbol);
 
+/// Gives such an alert a picture of 64 pixels in place of its symbol.
+void setAlertIcon(QMessageBox& alert, const QIcon& icon);
+
 /// Replaces the text of such an alert.
 void setPlainText(QMessageBox& alert, const QString& text, const QStringList& hosts = {});
 
