@@ -26,6 +26,16 @@ std::optional<QString> MIMEHeaders::value(QStringView name) const
     return std::nullopt;
 }
 
+QList<QString> MIMEHeaders::values(QStringView name) const
+{
+    QList<QString> values;
+    for (const Field& field : fields) {
+        if (Text::isSameKeyword(field.name, name))
+            values.append(field.value);
+    }
+    return values;
+}
+
 std::optional<QString> MIMEHeaders::decoded(QStringView name) const
 {
     const std::optional<QString> raw = value(name);
