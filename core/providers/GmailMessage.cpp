@@ -28,6 +28,16 @@ QString header(const QJsonArray& headers, QStringView name)
     return {};
 }
 
+QList<QString> allOf(const QJsonArray& headers, QStringView name)
+{
+    QList<QString> values;
+    for (const auto field : headers) {
+        if (Text::isSameKeyword(field["name"_L1].toString(), name))
+            values.append(field["value"_L1].toString());
+    }
+    return values;
+}
+
 std::optional<QDateTime> internalDate(const QJsonValue& value)
 {
     // About 270,000 years on both sides: what every calendar can hold.
@@ -59,9 +69,7 @@ MessageSummary summary(const QJsonObject& message, const QUuid& accountID)
     MessageSummary summary;
     summary.id = message["id"_L1].toString();
     summary.accountID = accountID;
-    const QList<EmailAddress> senders = SummaryFields::addresses(header(headers, u"From"));
-    if (!senders.isEmpty())
-        summary.from = senders.first();
+    SummaryFields::setSender(summary, allOf(headers, u"From"));
     summary.to = SummaryFields::addresses(header(headers, u"To"));
     summary.subject = SummaryFields::subject(header(headers, u"Subject"));
     const QString snippet = SummaryFields::cut(message["snippet"_L1].toString(), SummaryFields::fieldLimit);
