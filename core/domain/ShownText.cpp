@@ -65,6 +65,11 @@ bool isInvisible(char32_t character)
            (character >= 0xfff9 && character <= 0xfffb);
 }
 
+bool isControl(char32_t character)
+{
+    return u_charType(static_cast<UChar32>(character)) == U_CONTROL_CHAR;
+}
+
 bool isTag(char32_t character)
 {
     return character >= 0xe0020 && character <= 0xe007f;
@@ -118,7 +123,7 @@ private:
             const bool isHalfOfEnd = character == U'\r' && m_next == U'\n';
             return isHalfOfEnd ? void() : keep(U' ');
         }
-        if (u_charType(static_cast<UChar32>(character)) == U_CONTROL_CHAR) {
+        if (isControl(character)) {
             m_hasHidden = m_hasHidden || character != U'\t';
             return keep(U' ');
         }
@@ -220,8 +225,8 @@ bool hasInk(QStringView text)
         const char32_t character = codePointAt(text, position);
         position += lengthOf(character);
         const bool isSpace = u_isUWhiteSpace(static_cast<UChar32>(character)) != 0;
-        const bool isControl = u_charType(static_cast<UChar32>(character)) == U_CONTROL_CHAR;
-        if (!isSpace && !isControl && !isMark(character) && !isInvisible(character) && !isBlank(character))
+        if (!isSpace && !isControl(character) && !isMark(character) && !isInvisible(character) &&
+            !isBlank(character))
             return true;
     }
     return false;

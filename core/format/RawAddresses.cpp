@@ -23,9 +23,9 @@ bool isSpace(QChar character)
 
 // --- Constructs
 
-/// Where the comments, quoted strings, angle brackets and domain literals of a text end (RFC 5322, 3.2.2 to
-/// 3.4.1). Each search either passes over what it has read or is the last of its kind, so that all of them
-/// together are linear.
+/// Where the comments, quoted strings, angle brackets, domain literals and encoded words of a text end (RFC
+/// 5322, 3.2.2 to 3.4.1). Each search either passes over what it has read or is the last of its kind, so that
+/// all of them together are linear.
 class Constructs {
 public:
     explicit Constructs(QStringView text)
@@ -44,6 +44,8 @@ public:
             return ended(start, m_openAngle, &Constructs::endOfAngle);
         case u'[':
             return ended(start, m_openLiteral, &Constructs::endOfLiteral);
+        case u'=':
+            return endOfWord(start);
         default:
             return std::nullopt;
         }
@@ -83,6 +85,25 @@ private:
                 ++depth;
             else if (m_text[index] == u')' && --depth == 0)
                 return index + 1;
+        }
+        return std::nullopt;
+    }
+
+    /// An encoded word (RFC 2047, 2) is one piece, whatever stands in it.
+    std::optional<qsizetype> endOfWord(qsizetype start) const
+    {
+        constexpr qsizetype longestWord = 1'000;
+        constexpr int questionMarks = 3;
+        const QStringView text = m_text.sliced(start, std::min(longestWord, m_text.size() - start));
+        int found = 0;
+        for (qsizetype index = 1; index < text.size() && !isSpace(text[index]); ++index) {
+            if (found == 0 && text[index] != u'?')
+                return std::nullopt;
+            if (found == questionMarks && text[index] == u'=' && text[index - 1] == u'?')
+                continue;
+            if (found > questionMarks && text[index] == u'=' && text[index - 1] == u'?')
+                return start + index + 1;
+            found += text[index] == u'?' ? 1 : 0;
         }
         return std::nullopt;
     }
@@ -161,9 +182,11 @@ QStringList wordsOf(QStringView text)
     return words;
 }
 
-/// Whether the "@" stands outside of quoted strings.
+/// Whether an "@" with something beside it stands outside of quoted strings.
 bool isAddress(const QString& word)
 {
+    if (word.size() == 1)
+        return false;
     Constructs constructs(word);
     for (qsizetype index = 0; index < word.size();) {
         if (word[index] == u'@')
@@ -246,9 +269,17 @@ private:
     void addBare(QList<EmailAddress>& addresses, bool mayHaveName) const
     {
         QStringList words = wordsOf(m_bare);
-        const auto address = std::find_if(words.crbegin(), words.crend(), isAddress);
-        if (address == words.crend())
+        const qsizetype count = std::ranges::count_if(words, isAddress);
+        if (count == 0)
             return;
+        // Nobody can say which of several is meant.
+        for (const QString& word : std::as_const(words)) {
+            if (count > 1 && isAddress(word))
+                addresses.append(EmailAddress(std::nullopt, word));
+        }
+        if (count > 1)
+            return;
+        const auto address = std::find_if(words.crbegin(), words.crend(), isAddress);
         QStringView found = *address;
         // Brackets that have lost their other half.
         while (found.startsWith(u'<') || found.startsWith(u'>'))

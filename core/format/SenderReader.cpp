@@ -10,6 +10,8 @@
 
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 namespace Larkhaven::SenderReader {
 
 namespace {
@@ -46,8 +48,8 @@ Names namesOf(const QString& name, const QString& address)
 {
     const Seen real = seenIn(address);
     const Seen shown = seenIn(name);
-    // Quoted, an address may hold another one.
-    const bool isTwo = real.size() > 1;
+    // Quoted or encoded, an address may hold another one.
+    const bool isTwo = real.size() > 1 || address.contains("=?"_L1);
     if (isTwo || !std::ranges::all_of(shown, [&](const QString& one) { return fits(one, real); }))
         return Names::lookLikeAnotherAddress;
     const bool isSpace = Text::trimmedSpace(name).isEmpty();
@@ -66,17 +68,23 @@ Names worse(Names left, Names right)
 }
 
 /// Whether the reading that decodes first, which other programs have as well, finds an address that isn't
-/// there.
+/// there, or doesn't find one that is.
 bool pretendsAddress(const QString& value, const Sender& sender)
 {
     Seen real;
     for (const EmailAddress& address : sender.addresses)
         real.unite(seenIn(address.address));
     const QList<EmailAddress> found = AddressParser::parseList(MailEncoding::decodeHeader(value));
-    return std::ranges::any_of(found, [&](const EmailAddress& address) {
-        const Seen shown = seenIn(address.address);
-        return !std::ranges::all_of(shown, [&](const QString& one) { return real.contains(one); });
-    });
+    const auto pretends = [&](const EmailAddress& address) {
+        const Seen own = seenIn(address.address);
+        const Seen named = seenIn(address.name.value_or(QString()));
+        const auto isReal = [&](const QString& one) { return one.startsWith(u'@') || real.contains(one); };
+        const auto fitsOwn = [&](const QString& one) { return fits(one, own); };
+        const bool isNamedAnother = !own.isEmpty() && !std::ranges::all_of(named, fitsOwn);
+        return isNamedAnother || !std::ranges::all_of(own, isReal);
+    };
+    // Where it finds fewer, it hides one.
+    return found.size() < sender.addresses.size() || std::ranges::any_of(found, pretends);
 }
 
 QString cut(const QString& value)
@@ -152,15 +160,12 @@ void judgeStored(MessageSummary& row)
         row.sender = sender;
 }
 
-bool areOfSameDomain(QStringView left, QStringView right)
+QString domainOf(QStringView address)
 {
-    const auto domainOf = [](QStringView address) {
-        QString domain = RawAddresses::domainForm(address.sliced(address.lastIndexOf(u'@') + 1));
-        if (domain.endsWith(u'.'))
-            domain.chop(1);
-        return domain;
-    };
-    return domainOf(left) == domainOf(right);
+    QString domain = RawAddresses::domainForm(address.sliced(address.lastIndexOf(u'@') + 1));
+    if (domain.endsWith(u'.'))
+        domain.chop(1);
+    return domain;
 }
 
 } // namespace Larkhaven::SenderReader

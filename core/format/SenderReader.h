@@ -37,8 +37,8 @@ Sender readField(const QString& value);
 /// decoded form is kept.
 void judgeStored(MessageSummary& row);
 
-/// Whether what is behind the "@" of both is the same domain: case, a full stop at the end and the form of
-/// letters beyond ASCII (RFC 5891) are no difference.
-bool areOfSameDomain(QStringView left, QStringView right);
+/// What is behind the last "@" of an address, for comparing: in small letters, in ASCII where it can be (RFC
+/// 5891), without a full stop at its end.
+QString domainOf(QStringView address);
 
 } // namespace Larkhaven::SenderReader

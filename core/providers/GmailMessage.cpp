@@ -18,16 +18,7 @@ namespace Larkhaven::GmailMessage {
 
 namespace {
 
-/// The first header of that name, in whatever case.
-QString header(const QJsonArray& headers, QStringView name)
-{
-    for (const auto field : headers) {
-        if (Text::isSameKeyword(field["name"_L1].toString(), name))
-            return field["value"_L1].toString();
-    }
-    return {};
-}
-
+/// The headers of that name, in whatever case.
 QList<QString> allOf(const QJsonArray& headers, QStringView name)
 {
     QList<QString> values;
@@ -36,6 +27,12 @@ QList<QString> allOf(const QJsonArray& headers, QStringView name)
             values.append(field["value"_L1].toString());
     }
     return values;
+}
+
+/// The first of them.
+QString header(const QJsonArray& headers, QStringView name)
+{
+    return allOf(headers, name).value(0);
 }
 
 std::optional<QDateTime> internalDate(const QJsonValue& value)

@@ -57,6 +57,8 @@ TEST(RawAddresses, ReadsTheFormsOfOneAddress)
     EXPECT_EQ(raw(u"<ann@x.example>"_s), u"ann@x.example");
     EXPECT_EQ(raw(u"Ann (Sales) <ann@x.example> (away)"_s), u"Ann (Sales) <ann@x.example>");
     EXPECT_EQ(raw(u"Ann Doe ann@x.example"_s), u"Ann Doe <ann@x.example>");
+    EXPECT_EQ(raw(u"ann@x.example bob@x.example"_s), u"ann@x.example; bob@x.example");
+    EXPECT_EQ(raw(u"@"_s), u"");
     EXPECT_EQ(raw(u"Ann <ann>"_s), u"Ann <ann>") << "as a machine writes to itself";
     EXPECT_EQ(raw(u"ann@[192.0.2.1]"_s), u"ann@[192.0.2.1]");
     EXPECT_EQ(raw(u"[List] Ann <ann@x.example>"_s), u"[List] Ann <ann@x.example>");
@@ -84,6 +86,15 @@ TEST(RawAddresses, ReadsListsAndGroups)
     EXPECT_EQ(raw(u"Ann <ann@x> bob@x"_s), u"Ann <ann@x>; bob@x");
     EXPECT_EQ(RawAddresses::read(u"a@x,b@x,c@x", 2).size(), 2);
     EXPECT_EQ(RawAddresses::read(u"a@x,b@x,c@x", 0).size(), 0);
+}
+
+TEST(RawAddresses, CutsNoEncodedWord)
+{
+    EXPECT_EQ(raw(u"=?utf-8?q?Bob=22,_v@evil.example,_=22?= <bob@x>"_s),
+              u"=?utf-8?q?Bob=22,_v@evil.example,_=22?= <bob@x>");
+    EXPECT_EQ(raw(u"=?utf-8?q?=41=42?= <a@x>"_s), u"=?utf-8?q?=41=42?= <a@x>");
+    EXPECT_EQ(raw(u"=?utf-8?b?QQ==?=,b@x"_s), u"b@x");
+    EXPECT_EQ(raw(u"=?a?, b@x"_s), u"b@x");
 }
 
 TEST(RawAddresses, TakesWhatIsNeverClosedForText)
@@ -124,7 +135,8 @@ TEST(SenderReader, TrustsHonestNames)
           u"Anna @ Shop.example <anna@mail.shop.example>"_s, u"Bob (@bob) <bob@x.example>"_s,
           u"=?utf-8?b?2YXbjOKAjNiu2YjYp9mH2YU=?= <p@x.example>"_s, u"Team: ann@x.example;"_s,
           u"Ann ❤\ufe0f <ann@x.example>"_s, u"ann@müller.example <ann@xn--mller-kva.example>"_s,
-          u"pete(his account)@silly.test"_s, u"Doe, Ann <ann@x.example>"_s}) {
+          u"pete(his account)@silly.test"_s, u"<@a.example,@b.example:ann@x.example>"_s,
+          u"Doe, Ann <ann@x.example>"_s}) {
         const Sender sender = SenderReader::read({value}, {});
         EXPECT_TRUE(sender.isTrusted()) << value.toStdString();
         EXPECT_EQ(sender.addresses.size(), 1) << value.toStdString();
@@ -161,6 +173,9 @@ TEST(SenderReader, NoticesThatANameIsAnotherAddress)
           u"ceo @ bank.example <service@evil.example>"_s, u"service@evil.example (ceo@bank.example)"_s,
           u"\"ceo@bank.example\"@evil.example"_s, u"<ceo@bank.example@evil.example>"_s,
           u"ceo＠bank.example@evil.example"_s, u"ceo@bank.example: service@evil.example;"_s,
+          u"Ceo <ceo@bank.example> <service@evil.example>"_s,
+          u"Ceo <ceo@bank.example> service@evil.example"_s, u"service@evil.example ceo@bank.example"_s,
+          u"=?utf-8?q?=3Cscript=3E?=@evil.example"_s,
           u"<=?utf-8?q?ceo=40bank=2Eexample=3E?= @evil.example>"_s,
           u"=?utf-8?q?ceo=E2=80=8B=40bank=2Eexample?= <service@evil.example>"_s})
         EXPECT_EQ(names(value), Names::lookLikeAnotherAddress) << value.toStdString();
@@ -263,12 +278,13 @@ TEST(SenderReader, JudgesStoredRowsByWhatIsKeptOfThem)
     EXPECT_EQ(known.sender, (Sender{{*honest.from}})) << "what was judged stays";
 }
 
-TEST(SenderReader, ComparesDomains)
+TEST(SenderReader, GivesDomainsTheFormToBeComparedIn)
 {
-    EXPECT_TRUE(SenderReader::areOfSameDomain(u"a@X.example", u"b@x.example."));
-    EXPECT_TRUE(SenderReader::areOfSameDomain(u"a@müller.example", u"b@xn--mller-kva.example"));
-    EXPECT_FALSE(SenderReader::areOfSameDomain(u"a@x.example", u"a@mail.x.example"));
-    EXPECT_FALSE(SenderReader::areOfSameDomain(u"\"a@x.example\"@y.example", u"a@x.example"));
+    EXPECT_EQ(SenderReader::domainOf(u"a@X.example."), u"x.example");
+    EXPECT_EQ(SenderReader::domainOf(u"a@M\u00dcller.example"), u"xn--mller-kva.example");
+    EXPECT_EQ(SenderReader::domainOf(u"\"a@x.example\"@y.example"), u"y.example");
+    EXPECT_EQ(SenderReader::domainOf(u"x.example"), u"x.example");
+    EXPECT_EQ(SenderReader::domainOf(u"a@"), u"");
 }
 
 } // namespace
