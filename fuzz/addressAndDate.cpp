@@ -3,6 +3,7 @@
 #include "format/MailDate.h"
 #include "format/MessageComposer.h"
 #include "format/RecipientField.h"
+#include "format/SenderReader.h"
 
 #include <QByteArrayView>
 
@@ -32,6 +33,18 @@ void checkAddresses(const QString& text)
         require(address == EmailAddress(address.name, address.address));
     }
     AddressParser::parseOne(text);
+}
+
+/// An address of the sender stands in the field, but for space and comments in it.
+void checkSender(const QString& text)
+{
+    const Sender sender = SenderReader::read({text}, {});
+    require(sender.addresses.size() <= SenderReader::mostAddresses);
+    for (const EmailAddress& address : sender.addresses) {
+        require(!address.address.isEmpty() && address.address.size() <= text.size());
+        require(!address.name || !address.name->isEmpty());
+    }
+    require(Sender::fromJSON(sender.toJSON()) == sender);
 }
 
 /// Nobody is made up of what a user types, and what is read is written so that it is read again.
@@ -70,6 +83,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const QString text = Text::fromRepairedUTF8(QByteArrayView(data, static_cast<qsizetype>(size)));
     checkAddresses(text);
     checkField(text);
+    checkSender(text);
     checkDate(text);
     return 0;
 }

@@ -1895,10 +1895,6 @@
         <translation>(kein Betreff)</translation>
     </message>
     <message>
-        <source>Unknown</source>
-        <translation>Unbekannt</translation>
-    </message>
-    <message>
         <source>Undisclosed recipients</source>
         <translation>Ungenannte Empfänger</translation>
     </message>
@@ -2016,6 +2012,13 @@
     <message>
         <source>Unable to display this message safely.</source>
         <translation>Diese Nachricht kann nicht sicher angezeigt werden.</translation>
+    </message>
+</context>
+<context>
+    <name>Larkhaven::SenderLine</name>
+    <message>
+        <source>Unknown</source>
+        <translation>Unbekannt</translation>
     </message>
 </context>
 <context>
@@ -2669,6 +2672,21 @@
     </message>
 </context>
 <context>
+    <name>SenderLine</name>
+    <message>
+        <source>The sender’s name looks like another address.</source>
+        <translation>Der Name des Absenders sieht wie eine andere Adresse aus.</translation>
+    </message>
+    <message>
+        <source>The sender’s name holds hidden characters.</source>
+        <translation>Der Name des Absenders enthält verborgene Zeichen.</translation>
+    </message>
+    <message>
+        <source>This message doesn’t say clearly who sent it.</source>
+        <translation>Diese Nachricht sagt nicht klar, wer sie gesendet hat.</translation>
+    </message>
+</context>
+<context>
     <name>SignInService</name>
     <message>
         <source>Google sign-in isn&apos;t configured. Add GOOGLE_CLIENT_ID to Config/Secrets.xcconfig.</source>
@@ -2812,6 +2830,10 @@
     <message>
         <source>[The rest of the text is left out.]</source>
         <translation>[Der Rest des Textes ist weggelassen.]</translation>
+    </message>
+    <message>
+        <source>Replies go to %1, not to the sender.</source>
+        <translation>Antworten gehen an %1, nicht an den Absender.</translation>
     </message>
 </context>
 </TS>

@@ -268,9 +268,10 @@ Task<> AppModel::applySearch()
 
 void AppModel::search(const MessageSummary& sender)
 {
-    if (!sender.from)
+    const QList<EmailAddress> addresses = sender.realSender().addresses;
+    if (addresses.isEmpty())
         return;
-    setSearchText(u"from:"_s + sender.from->address);
+    setSearchText(u"from:"_s + addresses.first().address);
     start(applySearch());
 }
 

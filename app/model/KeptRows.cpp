@@ -2,6 +2,7 @@
 
 #include "domain/Coding.h"
 #include "domain/LocalizedError.h"
+#include "format/SenderReader.h"
 #include "platform/Tasks.h"
 
 #include <QJsonArray>
@@ -49,8 +50,10 @@ std::optional<Page> readBack(const QByteArray& bytes, const QUuid& accountID)
         if (object.contains("total"_L1))
             kept.page.total = Coding::integer(object, "total"_L1);
         const QJsonArray rows = Coding::array(object, "messages"_L1);
-        for (const auto row : rows)
+        for (const auto row : rows) {
             kept.page.messages.append(MessageSummary::fromJSON(Coding::object(row)));
+            SenderReader::judgeStored(kept.page.messages.last());
+        }
         const auto isOther = [&](const MessageSummary& row) { return row.accountID != accountID; };
         const bool isTooMuch = kept.page.messages.size() > mostRows;
         const bool isWrong = isTooMuch || std::ranges::any_of(kept.page.messages, isOther);

@@ -7,6 +7,7 @@
 #include "format/MIMEParser.h"
 #include "format/MessageComposer.h"
 #include "format/RecipientField.h"
+#include "format/SenderReader.h"
 #include "model/DraftGate.h"
 #include "model/RecipientFields.h"
 #include "safety/HTMLSanitizer.h"
@@ -90,10 +91,28 @@ void setSubject(ComposeDraft& draft, const ParsedMessage& message, QString (*mar
     draft.subject = marked(draft.subject);
 }
 
+/// Whether the names of the sender may stand in a text of the user, where nothing hidden is left of them.
+bool areNamesShown(const Sender& sender)
+{
+    return sender.names != Sender::Names::lookLikeAnotherAddress;
+}
+
+/// Whom a message is from, in the words of a forward.
+QString senderText(const Sender& sender)
+{
+    QStringList texts;
+    for (const EmailAddress& address : sender.addresses) {
+        const bool isNamed = address.name && areNamesShown(sender);
+        texts.append(isNamed ? u"%1 <%2>"_s.arg(*address.name, address.address) : address.address);
+    }
+    return texts.join(u", "_s);
+}
+
 /// What a forwarded message says of itself, each line as long as an editor can take it.
 QString forwardHead(const MIMEHeaders& headers)
 {
-    const QString head = MessageComposer::forwardBody(headers, {});
+    const QString head =
+        MessageComposer::forwardBody(headers, senderText(SenderReader::read(headers)), QString());
     QStringList lines;
     for (const QStringView line : QStringView(head).tokenize(u'\n'))
         lines.append(ShownText::line(line, DraftGate::longestLine));
@@ -121,10 +140,65 @@ std::optional<QString> trimmedHeader(const MIMEHeaders& headers, QStringView nam
 
 // --- Whom an answer goes to
 
-QList<EmailAddress> answeredTo(const MIMEHeaders& headers)
+/// The addresses of a field, by `read` of which an answer goes. Where names pretend something they are left
+/// out, and the addresses are those of before the decoding.
+QList<EmailAddress> addressesOf(const MIMEHeaders& headers, QStringView name, const Sender& read)
 {
-    const QList<EmailAddress> wanted = RecipientFields::addresses(headers, u"Reply-To");
-    return wanted.isEmpty() ? RecipientFields::addresses(headers, u"From") : wanted;
+    const auto isSendable = [](const EmailAddress& address) {
+        return AddressParser::isSendable(address.address);
+    };
+    if (read.names == Sender::Names::holdHiddenCharacters)
+        return read.addresses;
+    if (areNamesShown(read) && headers.values(name).size() <= 1) {
+        const QList<EmailAddress> decoded = RecipientFields::addresses(headers, name);
+        const bool isReadBetter = !read.addresses.isEmpty() && !std::ranges::all_of(decoded, isSendable) &&
+                                  std::ranges::all_of(read.addresses, isSendable);
+        return isReadBetter ? read.addresses : decoded;
+    }
+    QList<EmailAddress> bare;
+    for (const EmailAddress& address : read.addresses)
+        bare.append(EmailAddress(std::nullopt, address.address));
+    return bare;
+}
+
+/// Where the message asks for answers to; empty where it doesn't.
+QList<EmailAddress> wantedBy(const MIMEHeaders& headers)
+{
+    const std::optional<QString> value = headers.value(u"Reply-To");
+    if (!value)
+        return {};
+    const Sender read = SenderReader::readField(*value);
+    QList<EmailAddress> wanted = addressesOf(headers, u"Reply-To", read);
+    wanted.removeIf([](const EmailAddress& address) { return address.address.isEmpty(); });
+    return wanted;
+}
+
+/// The addresses of other domains than the sender's.
+QStringList elsewhere(const QList<EmailAddress>& wanted, const Sender& sender)
+{
+    QSet<QString> domains;
+    for (const EmailAddress& address : sender.addresses)
+        domains.insert(SenderReader::domainOf(address.address));
+    QStringList found;
+    for (const EmailAddress& address : wanted) {
+        if (!domains.isEmpty() && !domains.contains(SenderReader::domainOf(address.address)))
+            found.append(address.address);
+    }
+    return found;
+}
+
+/// What the window says where an answer goes to somebody else than the sender; empty where it doesn't.
+QString elsewhereNotice(const QStringList& addresses)
+{
+    constexpr qsizetype mostNamed = 3;
+    if (addresses.isEmpty())
+        return {};
+    QStringList named;
+    for (const QString& address : addresses.first(std::min(addresses.size(), mostNamed)))
+        named.append(ShownText::line(address, longestPiece / mostNamed));
+    if (addresses.size() > mostNamed)
+        named.append(u"…"_s);
+    return Texts::tr("Replies go to %1, not to the sender.").arg(named.join(u", "_s));
 }
 
 bool isSame(const QString& left, const QString& right)
@@ -148,7 +222,16 @@ QList<EmailAddress> unknown(const QList<EmailAddress>& addresses, QSet<QString>&
 struct Answered {
     QList<EmailAddress> to;
     QList<EmailAddress> cc;
+    QString notice; ///< on whom it goes to; may be empty
 };
+
+Answered answeredTo(const MIMEHeaders& headers, const Sender& sender)
+{
+    const QList<EmailAddress> wanted = wantedBy(headers);
+    if (wanted.isEmpty())
+        return {addressesOf(headers, u"From", sender), {}, {}};
+    return {wanted, {}, elsewhereNotice(elsewhere(wanted, sender))};
+}
 
 /// Whom a message of one's own went to.
 Answered formerRecipients(const MIMEHeaders& headers, const QString& ownAddress)
@@ -160,19 +243,19 @@ Answered formerRecipients(const MIMEHeaders& headers, const QString& ownAddress)
     return answered;
 }
 
-Answered answered(const MIMEHeaders& headers, const QString& ownAddress, Recipients recipients)
+Answered answered(const MIMEHeaders& headers, const Sender& sender, const QString& ownAddress,
+                  Recipients recipients)
 {
     if (recipients == Recipients::sender)
-        return {answeredTo(headers), {}};
-    const QList<EmailAddress> from = RecipientFields::addresses(headers, u"From");
-    const bool isOwn = !from.isEmpty() && isSame(from.first().address, ownAddress);
+        return answeredTo(headers, sender);
+    const bool isOwn = !sender.addresses.isEmpty() && isSame(sender.addresses.first().address, ownAddress);
     if (isOwn) {
         const Answered former = formerRecipients(headers, ownAddress);
         if (!former.to.isEmpty() || !former.cc.isEmpty())
             return former;
     }
     QSet<QString> known{Text::lowered(ownAddress)};
-    Answered answered{answeredTo(headers), {}};
+    Answered answered = answeredTo(headers, sender);
     for (const EmailAddress& address : std::as_const(answered.to))
         known.insert(Text::lowered(address.address));
     answered.cc = unknown(
@@ -273,18 +356,21 @@ ComposeDraft reply(const Setting& setting, const ParsedMessage& message, const Q
 {
     ComposeDraft draft = emptyDraft(setting);
     const MIMEHeaders& headers = message.headers;
-    const Answered whom = answered(headers, setting.ownAddress, recipients);
+    const Sender sender = SenderReader::read(headers);
+    const Answered whom = answered(headers, sender, setting.ownAddress, recipients);
     RecipientFields fields;
     draft.to = fields.written(whom.to);
     draft.cc = fields.written(whom.cc);
     draft.notices = fields.notices();
+    if (!whom.notice.isEmpty())
+        draft.notices.prepend(whom.notice);
     setSubject(draft, message, MessageComposer::replySubject);
-    const QList<EmailAddress> from = headers.from();
-    const std::optional<EmailAddress> sender = from.isEmpty() ? std::nullopt : std::optional(from.first());
+    const EmailAddress writer = sender.addresses.value(0);
     const auto shown = [](const QString& text) { return ShownText::line(text, DraftGate::longestName); };
     const std::optional<QString> name =
-        sender && sender->name ? std::optional(shown(*sender->name)) : std::nullopt;
-    const std::optional<QString> address = sender ? std::optional(shown(sender->address)) : std::nullopt;
+        writer.name && areNamesShown(sender) ? std::optional(shown(*writer.name)) : std::nullopt;
+    const std::optional<QString> address =
+        sender.addresses.isEmpty() ? std::nullopt : std::optional(shown(writer.address));
     draft.body = setting.signature +
                  MessageComposer::quotedReply(quotable(message, snippet).text, name, address, headers.date());
     draft.inReplyTo = boundedID(headers.messageID());

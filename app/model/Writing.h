@@ -34,7 +34,8 @@ ComposeDraft newMessage(const Setting& setting, const QString& to);
 ComposeDraft messageFor(const Setting& setting, const MailtoURL& url);
 
 /// An answer to where the message asks for answers, or else to whom it is from, with all others who have it
-/// in Cc for `Recipients::all`. One's own message is answered to those whom it went to.
+/// in Cc for `Recipients::all`. One's own message is answered to those whom it went to. What the names
+/// pretend is no matter (`SenderReader`), and an answer to another domain than the sender's has a notice.
 ComposeDraft reply(const Setting& setting, const ParsedMessage& message, const QString& snippet,
                    Recipients recipients);
 

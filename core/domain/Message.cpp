@@ -1,48 +1,16 @@
 #include "domain/Message.h"
 
 #include "domain/Coding.h"
-#include "domain/Text.h"
 
 using namespace Qt::StringLiterals;
 
 namespace Larkhaven {
 
-EmailAddress::EmailAddress(const std::optional<QString>& givenName, const QString& givenAddress)
-    : address(Text::trimmedSpaceAndLineEnds(givenAddress).toString())
+Sender MessageSummary::realSender() const
 {
-    const QStringView trimmed =
-        Text::trimmedSpaceAndLineEnds(givenName ? QStringView(*givenName) : QStringView());
-    if (!trimmed.isEmpty())
-        name = trimmed.toString();
-}
-
-QString EmailAddress::displayName() const
-{
-    if (name)
-        return *name;
-    const QStringList parts = address.split(u'@', Qt::SkipEmptyParts);
-    return parts.isEmpty() ? QString() : parts.first();
-}
-
-EmailAddress EmailAddress::fromJSON(const QJsonObject& object)
-{
-    EmailAddress address;
-    address.name = Coding::optionalString(object, "name"_L1);
-    address.address = Coding::string(object, "address"_L1);
-    return address;
-}
-
-QJsonObject EmailAddress::toJSON() const
-{
-    QJsonObject object{{u"address"_s, address}};
-    if (name)
-        object.insert(u"name"_s, *name);
-    return object;
-}
-
-size_t qHash(const EmailAddress& address, size_t seed)
-{
-    return qHashMulti(seed, address.name.value_or(QString()), address.address);
+    if (sender)
+        return *sender;
+    return {from ? QList{*from} : QList<EmailAddress>()};
 }
 
 MessageSummary MessageSummary::fromJSON(const QJsonObject& object)
@@ -70,6 +38,8 @@ MessageSummary MessageSummary::fromJSON(const QJsonObject& object)
             throw Coding::unreadable("labelIDs"_L1);
         summary.labelIDs.append(label.toString());
     }
+    if (object.contains("sender"_L1))
+        summary.sender = Sender::fromJSON(Coding::object(object, "sender"_L1));
     return summary;
 }
 
@@ -92,6 +62,8 @@ QJsonObject MessageSummary::toJSON() const
                        {u"labelIDs"_s, QJsonArray::fromStringList(labelIDs)}};
     if (from)
         object.insert(u"from"_s, from->toJSON());
+    if (sender)
+        object.insert(u"sender"_s, sender->toJSON());
     return object;
 }
 
@@ -101,7 +73,7 @@ size_t qHash(const MessageSummary& summary, size_t seed)
     return qHashMulti(seed, summary.id, summary.accountID, summary.from.value_or(EmailAddress()), summary.to,
                       summary.subject, summary.snippet, summary.date.toMSecsSinceEpoch(), summary.isRead,
                       summary.isStarred, summary.hasAttachments, summary.size, summary.mailbox,
-                      summary.labelIDs);
+                      summary.labelIDs, summary.sender.value_or(Sender()));
 }
 
 size_t qHash(const OutgoingAttachment& attachment, size_t seed)

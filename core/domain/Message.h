@@ -1,5 +1,8 @@
 #pragma once
 
+#include "domain/EmailAddress.h"
+#include "domain/Sender.h"
+
 #include <QByteArray>
 #include <QDateTime>
 #include <QJsonObject>
@@ -10,26 +13,6 @@
 #include <optional>
 
 namespace Larkhaven {
-
-/// A mail address with its optional display name (RFC 5322, 3.4).
-struct EmailAddress {
-    EmailAddress() = default;
-    /// Trims white space and line ends from both; a name left empty becomes absent.
-    EmailAddress(const std::optional<QString>& name, const QString& address);
-
-    std::optional<QString> name;
-    QString address;
-
-    /// The name if there is one, otherwise what stands before the first "@" of the address.
-    QString displayName() const;
-
-    /// Fails with `DecodingError`.
-    static EmailAddress fromJSON(const QJsonObject& object);
-    QJsonObject toJSON() const;
-
-    bool operator==(const EmailAddress&) const = default;
-};
-size_t qHash(const EmailAddress& address, size_t seed = 0);
 
 /// One row of a listing.
 struct MessageSummary {
@@ -46,6 +29,12 @@ struct MessageSummary {
     qint64 size = 0; ///< bytes
     QString mailbox; ///< display text of where the message lies
     QList<QString> labelIDs;
+    /// Where the From fields hold something else than `from`, or can't be trusted; absent where `from` is
+    /// what they say.
+    std::optional<Sender> sender;
+
+    /// `sender`, or else `from`.
+    Sender realSender() const;
 
     /// Fails with `DecodingError`.
     static MessageSummary fromJSON(const QJsonObject& object);

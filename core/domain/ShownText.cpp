@@ -65,6 +65,24 @@ bool isInvisible(char32_t character)
            (character >= 0xfff9 && character <= 0xfffb);
 }
 
+bool isControl(char32_t character)
+{
+    return u_charType(static_cast<UChar32>(character)) == U_CONTROL_CHAR;
+}
+
+bool isTag(char32_t character)
+{
+    return character >= 0xe0020 && character <= 0xe007f;
+}
+
+/// Letters and symbols that are drawn as nothing, though no property says so.
+bool isBlank(char32_t character)
+{
+    constexpr char32_t emptyBraille = 0x2800;
+    constexpr char32_t emptyNotehead = 0x1d159;
+    return character == emptyBraille || character == emptyNotehead;
+}
+
 bool joins(char32_t letter)
 {
     const int type = u_getIntPropertyValue(static_cast<UChar32>(letter), UCHAR_JOINING_TYPE);
@@ -94,23 +112,29 @@ public:
         return m_shown;
     }
 
+    /// Whether anything that is hidden was left out of what was shown.
+    bool hasHidden() const { return m_hasHidden; }
+
 private:
     void take(char32_t character)
     {
         if (character <= 0xffff && Text::isLineEnd(QChar(static_cast<char16_t>(character)))) {
+            m_hasHidden = true;
             const bool isHalfOfEnd = character == U'\r' && m_next == U'\n';
             return isHalfOfEnd ? void() : keep(U' ');
         }
-        if (u_charType(static_cast<UChar32>(character)) == U_CONTROL_CHAR)
+        if (isControl(character)) {
+            m_hasHidden = m_hasHidden || character != U'\t';
             return keep(U' ');
+        }
         if (U_IS_UNICODE_NONCHAR(static_cast<UChar32>(character)))
             return keep(replacement);
         if (isVariationSelector(character))
-            return isVariationNeeded() ? add(character) : void();
+            return isVariationNeeded() ? add(character) : hide();
         if (character == zeroWidthJoiner || character == zeroWidthNonJoiner)
-            return isJoinerNeeded(character) ? add(character) : void();
+            return isJoinerNeeded(character) ? add(character) : hide();
         if (isInvisible(character))
-            return;
+            return isTag(character) && belongsToFlag() ? void() : hide();
         if (!isMark(character))
             return keep(character);
         if (m_marks < mostMarks) {
@@ -123,6 +147,7 @@ private:
     void keep(char32_t character)
     {
         m_marks = 0;
+        m_tags = 0;
         add(character);
         m_letter = character;
     }
@@ -134,6 +159,16 @@ private:
             return;
         m_shown += QChar::fromUcs4(character);
         m_last = character;
+    }
+
+    void hide() { m_hasHidden = true; }
+
+    /// Whether a tag may follow: behind a black flag, and not too many.
+    bool belongsToFlag()
+    {
+        constexpr char32_t blackFlag = 0x1f3f4;
+        constexpr int mostTags = 7;
+        return m_last == blackFlag && ++m_tags <= mostTags;
     }
 
     bool isVariationNeeded() const
@@ -165,7 +200,9 @@ private:
     char32_t m_last = 0;   ///< the last character that was kept
     char32_t m_next = 0;   ///< what follows the one that is looked at; 0 at the end
     int m_marks = 0;       ///< on the last letter
+    int m_tags = 0;        ///< behind the last letter
     bool m_isFull = false;
+    bool m_hasHidden = false;
 };
 
 } // namespace
@@ -173,6 +210,26 @@ private:
 QString line(QStringView text, qsizetype length)
 {
     return Line(text, length).shown();
+}
+
+bool hasHidden(QStringView text)
+{
+    Line line(text, text.size());
+    line.shown();
+    return line.hasHidden();
+}
+
+bool hasInk(QStringView text)
+{
+    for (qsizetype position = 0; position < text.size();) {
+        const char32_t character = codePointAt(text, position);
+        position += lengthOf(character);
+        const bool isSpace = u_isUWhiteSpace(static_cast<UChar32>(character)) != 0;
+        if (!isSpace && !isControl(character) && !isMark(character) && !isInvisible(character) &&
+            !isBlank(character))
+            return true;
+    }
+    return false;
 }
 
 } // namespace Larkhaven::ShownText

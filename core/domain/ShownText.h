@@ -25,4 +25,13 @@ inline constexpr int mostMarks = 8;
 /// Looks at no more than 16 units for each that it may give, so that it is linear in `length`.
 QString line(QStringView text, qsizetype length);
 
+/// Whether the text holds a control character other than a tab, or one that turns the direction of the text
+/// or isn't seen, where `line` would not keep it. The tags of a flag of a region (UTS #51, ED-14a) count as
+/// seen with it. Linear.
+bool hasHidden(QStringView text);
+
+/// Whether anything in the text can be seen: more than space, controls, marks that stand on nothing, and
+/// letters without ink. Linear.
+bool hasInk(QStringView text);
+
 } // namespace Larkhaven::ShownText

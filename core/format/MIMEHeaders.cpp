@@ -15,15 +15,30 @@ QList<EmailAddress> addresses(const MIMEHeaders& headers, QStringView name)
     return text ? AddressParser::parseList(*text) : QList<EmailAddress>();
 }
 
+bool isCalled(const MIMEHeaders::Field& field, QStringView name)
+{
+    return Text::isSameKeyword(field.name, name);
+}
+
 } // namespace
 
 std::optional<QString> MIMEHeaders::value(QStringView name) const
 {
     for (const Field& field : fields) {
-        if (Text::isSameKeyword(field.name, name))
+        if (isCalled(field, name))
             return field.value;
     }
     return std::nullopt;
+}
+
+QList<QString> MIMEHeaders::values(QStringView name) const
+{
+    QList<QString> values;
+    for (const Field& field : fields) {
+        if (isCalled(field, name))
+            values.append(field.value);
+    }
+    return values;
 }
 
 std::optional<QString> MIMEHeaders::decoded(QStringView name) const

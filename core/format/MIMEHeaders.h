@@ -24,6 +24,8 @@ struct MIMEHeaders {
 
     /// The raw value of the first field of that name, in whatever case; absent if there is none.
     std::optional<QString> value(QStringView name) const;
+    /// The raw values of all fields of that name.
+    QList<QString> values(QStringView name) const;
     /// `value` with its encoded words decoded.
     std::optional<QString> decoded(QStringView name) const;
 
@@ -31,7 +33,8 @@ struct MIMEHeaders {
     QString subject() const;
     /// The addresses of the field; empty if there is none.
     ///
-    /// NB: encoded words are decoded before the list is cut, so a comma that comes out of one cuts too.
+    /// NB: encoded words are decoded before the list is cut, so a comma that comes out of one cuts too. Whom
+    /// a message is really from, `SenderReader` reads.
     QList<EmailAddress> from() const;
     QList<EmailAddress> to() const;
     QList<EmailAddress> cc() const;

@@ -104,10 +104,15 @@ QString quotedReply(const QString& body, const std::optional<QString>& senderNam
 
 QString forwardBody(const MIMEHeaders& headers, const QString& body)
 {
+    return forwardBody(headers, shownAddresses(headers.from()), body);
+}
+
+QString forwardBody(const MIMEHeaders& headers, const QString& sender, const QString& body)
+{
     using Field = ForwardWords::Field;
     const ForwardWords words = ForwardWords::ofUser();
     QString head = "\n\n"_L1 + words.line + u'\n';
-    head += words.written(Field::from, shownAddresses(headers.from())) + u'\n';
+    head += words.written(Field::from, oneLine(sender)) + u'\n';
     if (const std::optional<QDateTime> date = headers.date())
         head += words.written(Field::date, MailDate::format(*date)) + u'\n';
     head += words.written(Field::subject, oneLine(headers.subject())) + u'\n';

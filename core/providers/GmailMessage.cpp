@@ -18,14 +18,21 @@ namespace Larkhaven::GmailMessage {
 
 namespace {
 
-/// The first header of that name, in whatever case.
-QString header(const QJsonArray& headers, QStringView name)
+/// The headers of that name, in whatever case.
+QList<QString> allOf(const QJsonArray& headers, QStringView name)
 {
+    QList<QString> values;
     for (const auto field : headers) {
         if (Text::isSameKeyword(field["name"_L1].toString(), name))
-            return field["value"_L1].toString();
+            values.append(field["value"_L1].toString());
     }
-    return {};
+    return values;
+}
+
+/// The first of them.
+QString header(const QJsonArray& headers, QStringView name)
+{
+    return allOf(headers, name).value(0);
 }
 
 std::optional<QDateTime> internalDate(const QJsonValue& value)
@@ -59,9 +66,7 @@ MessageSummary summary(const QJsonObject& message, const QUuid& accountID)
     MessageSummary summary;
     summary.id = message["id"_L1].toString();
     summary.accountID = accountID;
-    const QList<EmailAddress> senders = SummaryFields::addresses(header(headers, u"From"));
-    if (!senders.isEmpty())
-        summary.from = senders.first();
+    SummaryFields::setSender(summary, allOf(headers, u"From"));
     summary.to = SummaryFields::addresses(header(headers, u"To"));
     summary.subject = SummaryFields::subject(header(headers, u"Subject"));
     const QString snippet = SummaryFields::cut(message["snippet"_L1].toString(), SummaryFields::fieldLimit);

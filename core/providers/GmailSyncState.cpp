@@ -1,6 +1,7 @@
 #include "providers/GmailSyncState.h"
 
 #include "domain/Coding.h"
+#include "format/SenderReader.h"
 #include "platform/Tasks.h"
 #include "providers/GmailMessage.h"
 
@@ -37,7 +38,8 @@ struct Snapshot {
         snapshot.historyId = Coding::optionalString(object, "historyId"_L1);
         const QJsonArray rows = Coding::array(object, "messages"_L1);
         for (const auto row : rows) {
-            const MessageSummary summary = MessageSummary::fromJSON(Coding::object(row));
+            MessageSummary summary = MessageSummary::fromJSON(Coding::object(row));
+            SenderReader::judgeStored(summary);
             snapshot.messages.insert(summary.id, summary);
         }
         for (const QString& id : GmailMessage::strings(object["unconfirmed"_L1])) {

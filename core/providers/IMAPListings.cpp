@@ -63,9 +63,7 @@ MessageSummary summaryOf(const IMAPFetch& fetch, qint64 uid, const SummaryContex
     MessageSummary summary;
     summary.id = IMAPMessageID{uid, context.uidValidity, context.mailbox}.text();
     summary.accountID = context.accountID;
-    const QList<EmailAddress> senders = SummaryFields::addresses(headers.value(u"From").value_or(QString()));
-    if (!senders.isEmpty())
-        summary.from = senders.first();
+    SummaryFields::setSender(summary, headers.values(u"From"));
     summary.to = SummaryFields::addresses(headers.value(u"To").value_or(QString()));
     summary.subject = SummaryFields::subject(headers.value(u"Subject").value_or(QString()));
     std::optional<QDateTime> date = MailDate::parse(fieldOf(headers, u"Date"));

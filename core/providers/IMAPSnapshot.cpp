@@ -1,6 +1,7 @@
 #include "providers/IMAPSnapshot.h"
 
 #include "domain/Coding.h"
+#include "format/SenderReader.h"
 #include "providers/IMAPMessageID.h"
 
 #include <QJsonDocument>
@@ -26,7 +27,8 @@ IMAPBox decodedBox(const QString& mailbox, const QJsonObject& object)
         const qint64 uid = entry.key().toLongLong(&isNumber);
         if (!isNumber)
             throw Coding::unreadable("messages"_L1);
-        const MessageSummary summary = MessageSummary::fromJSON(Coding::object(entry.value()));
+        MessageSummary summary = MessageSummary::fromJSON(Coding::object(entry.value()));
+        SenderReader::judgeStored(summary);
         // A summary of another form of ids is fetched anew.
         if (summary.id == IMAPMessageID{uid, box.uidValidity, mailbox}.text())
             box.messages.insert(uid, summary);

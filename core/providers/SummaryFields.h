@@ -21,6 +21,14 @@ inline constexpr qsizetype recipientLimit = 100;
 /// At most the first `length` UTF-16 units of the text, and no half of a character.
 QString cut(const QString& text, qsizetype length);
 
+/// Of the addresses of a sender that can't be trusted.
+inline constexpr qsizetype senderLimit = 10;
+
+/// Sets whom the row is from, by the raw values of all its From fields.
+///
+/// NB: several addresses in one field count as clear.
+void setSender(MessageSummary& row, const QList<QString>& from);
+
 /// The first addresses of a field's raw value, of which one that is cut off is left out.
 QList<EmailAddress> addresses(const QString& field);
 

@@ -91,5 +91,36 @@ TEST(ShownText, LooksNoFurtherThanItHasTo)
     EXPECT_EQ(ShownText::line(QString(18'000'000, u'x'), 1'000).size(), 1'001);
 }
 
+TEST(ShownText, KnowsWhatIsHidden)
+{
+    for (const QString& text :
+         {u"a\u200bb"_s, u"a\u202eb"_s, u"a\nb"_s, u"a\u2028b"_s, QStringLiteral("a\0b"), u"a\u00adb"_s,
+          u"pay\u200cpal"_s, u"a\ufe0fb"_s, u"\u3164"_s, u"a\ufff9b"_s, u"👨\u200d"_s, u"\u200eAnn"_s,
+          u"a\U000e0041b"_s, u"\x7f"_s})
+        EXPECT_TRUE(ShownText::hasHidden(text)) << text.toStdString();
+    for (const QString& text :
+         {u"Ann"_s, u"a\tb"_s, u""_s, u"👨\u200d👩\u200d👧"_s, u"❤\ufe0f"_s, u"می\u200cخواهم"_s, u"क्\u200dष"_s,
+          u"葛\U000e0100飾"_s, u"a\u00a0b"_s, u"שלום"_s})
+        EXPECT_FALSE(ShownText::hasHidden(text)) << text.toStdString();
+}
+
+TEST(ShownText, HidesNothingWithTheTagsOfAFlag)
+{
+    const QString scotland = u"🏴\U000e0067\U000e0062\U000e0073\U000e0063\U000e0074\U000e007f"_s;
+    EXPECT_FALSE(ShownText::hasHidden(scotland + u" Scotland"_s));
+    EXPECT_TRUE(ShownText::hasHidden(scotland + u"\U000e0067\U000e0062"_s)) << "more than a flag has";
+    EXPECT_TRUE(ShownText::hasHidden(u"a\U000e0067"_s));
+    EXPECT_TRUE(ShownText::hasHidden(u"🏴a\U000e0067"_s));
+}
+
+TEST(ShownText, KnowsWhetherThereIsInk)
+{
+    for (const QString& text : {u"a"_s, u"\u200ba"_s, u"."_s, u"👍"_s, u"\u0600"_s, u"\ufffd"_s})
+        EXPECT_TRUE(ShownText::hasInk(text)) << text.toStdString();
+    for (const QString& text : {u""_s, u" \t\n"_s, u"\u00a0\u3000"_s, u"\u200b\u2060"_s, u"\u3164\uffa0"_s,
+                                u"\u2800"_s, u"\u0301"_s, u"\U0001d159"_s, u"\u007f"_s})
+        EXPECT_FALSE(ShownText::hasInk(text)) << text.toStdString();
+}
+
 } // namespace
 } // namespace Larkhaven

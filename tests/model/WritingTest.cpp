@@ -609,5 +609,89 @@ TEST(Writing, TakesTheRecipientsOfALinkWithinItsBounds)
     EXPECT_EQ(many.notices, QStringList(u"A window doesn’t take that many recipients. Left out: 3000."_s));
 }
 
+// --- Whom a message is really from
+
+TEST(Writing, AnswersTheRealAddressWhereTheNameIsAnotherOne)
+{
+    EXPECT_EQ(replied("From: =?utf-8?q?ceo=40bank=2Eexample=2C?= <service@evil.example>\r\n\r\nHi").to,
+              u"service@evil.example");
+    EXPECT_EQ(replied("From: \"ceo@bank.example\", <service@evil.example>\r\n\r\nHi").to,
+              u"service@evil.example");
+    EXPECT_EQ(replied("From: =?utf-8?q?A=E2=80=AEnn?= <a@x>\r\n\r\nHi").to, u"\"Ann\" <a@x>");
+    EXPECT_EQ(replied("From: Ann <ann@x>\r\nFrom: Bob <bob@x>\r\n\r\nHi").to, u"ann@x, bob@x");
+}
+
+TEST(Writing, AnswersTheRealAddressThatAReplyToHas)
+{
+    const ComposeDraft draft =
+        replied("From: Ann <ann@x>\r\nReply-To: =?utf-8?q?ann=40x=2C?= <mail@evil.example>"
+                "\r\n\r\nHi");
+    EXPECT_EQ(draft.to, u"mail@evil.example");
+    EXPECT_EQ(draft.notices, QStringList{u"Replies go to mail@evil.example, not to the sender."_s});
+    EXPECT_EQ(replied("From: a@x\r\nReply-To: =?utf-8?q?ceo=40bank=2Eexample?=\r\n\r\nHi").to, u"a@x")
+        << "an address that only decoding makes is none";
+}
+
+TEST(Writing, SaysWhereAnAnswerGoesToAnotherDomainThanTheSenders)
+{
+    const auto notices = [](const QByteArray& replyTo) {
+        return replied("From: Ann <ann@X.example>\r\nReply-To: " + replyTo + "\r\n\r\nHi").notices.join(u' ');
+    };
+    EXPECT_EQ(notices("Ann <ann@y.example>"), u"Replies go to ann@y.example, not to the sender.");
+    EXPECT_EQ(notices("other@x.EXAMPLE."), u"");
+    EXPECT_EQ(notices("a@x.example, b@mail.x.example"),
+              u"Replies go to b@mail.x.example, not to the sender.");
+    EXPECT_EQ(notices("a@1.example, a@2.example, a@3.example, a@4.example"),
+              u"Replies go to a@1.example, a@2.example, a@3.example, …, not to the sender.");
+    EXPECT_EQ(replied("From: Ann <ann@x>\r\n\r\nHi").notices, QStringList());
+    EXPECT_EQ(repliedToAll("From: Ann <ann@x>\r\nReply-To: l@y\r\nTo: mia@example.org\r\n\r\nHi").notices,
+              QStringList{u"Replies go to l@y, not to the sender."_s});
+    EXPECT_EQ(repliedToAll("From: mia@example.org\r\nReply-To: l@y\r\nTo: bob@x\r\n\r\nHi").notices,
+              QStringList())
+        << "it goes to whom it went";
+}
+
+TEST(Writing, QuotesUnderTheRealAddressWhereTheNameCannotBeTrusted)
+{
+    const QString body = replied("From: ceo@bank.example <service@evil.example>\r\n\r\nHi").body;
+    EXPECT_TRUE(body.contains(u"service@evil.example wrote:"_s)) << body.toStdString();
+    EXPECT_FALSE(body.contains(u"bank"_s));
+    const QString honest = replied("From: =?utf-8?q?Doe=2C_Ann?= <ann@x>\r\n\r\nHi").body;
+    EXPECT_TRUE(honest.contains(u"Doe, Ann <ann@x> wrote:"_s)) << honest.toStdString();
+}
+
+TEST(Writing, ForwardsUnderTheRealAddressWhereTheNameCannotBeTrusted)
+{
+    const auto from = [](const QByteArray& value) {
+        const QString body = forwarded("From: " + value + "\r\nSubject: S\r\n\r\nHi").body;
+        return body.section(u"From: "_s, 1).section(u'\n', 0, 0);
+    };
+    EXPECT_EQ(from("ceo@bank.example <service@evil.example>"), u"service@evil.example");
+    EXPECT_EQ(from("=?utf-8?q?ceo=40bank=2Eexample=2C?= <service@evil.example>"), u"service@evil.example");
+    EXPECT_EQ(from("=?utf-8?q?Doe=2C_Ann?= <ann@x>, bob@x"), u"Doe, Ann <ann@x>, bob@x");
+}
+
+TEST(Writing, HasNothingHiddenInTheHeaderLinesOfAnAnswerOrAForward)
+{
+    const QByteArray hidden = "a\xE2\x80\xAE"
+                              "b\xE2\x80\xA8"
+                              "c\xE2\x80\x8B"
+                              "d\xC2\x85"
+                              "e";
+    const QByteArray raw = "From: =?utf-8?b?" + hidden.toBase64() +
+                           "?= <\xE2\x80\x8Bx@y>\r\nSubject: =?utf-8?b?" + hidden.toBase64() +
+                           "?=\r\nTo: =?utf-8?b?" + hidden.toBase64() + "?= <t@y>\r\n\r\nHi";
+    for (const ComposeDraft& draft : {replied(raw), forwarded(raw)}) {
+        for (const QString& text : {draft.subject, draft.to, draft.body}) {
+            for (const QChar character : text) {
+                EXPECT_NE(character.category(), QChar::Other_Format) << text.toStdString();
+                EXPECT_NE(character.category(), QChar::Separator_Line) << text.toStdString();
+                EXPECT_TRUE(character == u'\n' || character.category() != QChar::Other_Control)
+                    << text.toStdString();
+            }
+        }
+    }
+}
+
 } // namespace
 } // namespace Larkhaven

@@ -47,6 +47,21 @@ TEST(GmailMessage, BecomesARow)
     EXPECT_EQ(row.labelIDs, (QList<QString>{u"INBOX"_s, u"STARRED"_s, u"UNREAD"_s}));
 }
 
+TEST(GmailMessage, KeepsTheSendersThatItsFieldsHaveBeforeTheyAreDecoded)
+{
+    const auto row = [](const QByteArray& headers) {
+        return summaryOf(R"({"id":"m1","payload":{"headers":[)" + headers + "]}}");
+    };
+    const MessageSummary spoofed =
+        row(R"({"name":"From","value":"\"Promotions@shop.example\", <service@evil.example>"})");
+    EXPECT_EQ(spoofed.realSender().shown(), u"service@evil.example");
+    EXPECT_EQ(spoofed.realSender().names, Sender::Names::lookLikeAnotherAddress);
+    const MessageSummary twice =
+        row(R"({"name":"From","value":"Ann <ann@x>"},{"name":"FROM","value":"bob@x"})");
+    EXPECT_EQ(twice.realSender().shown(), u"ann@x, bob@x");
+    EXPECT_EQ(row(R"({"name":"From","value":"Ann <ann@x>, bob@x"})").sender, std::nullopt);
+}
+
 TEST(GmailMessage, WithNothingButItsIdIsARowOfNow)
 {
     const QDateTime before = QDateTime::currentDateTimeUtc();

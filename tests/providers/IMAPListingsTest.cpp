@@ -137,6 +137,45 @@ TEST(IMAPProvider, TakesTheFirstHundredOfAMillionRecipients)
     EXPECT_EQ(row.subject, u"behind it");
 }
 
+TEST(IMAPProvider, KeepsTheSenderThatTheFieldHasBeforeItIsDecoded)
+{
+    const MessageSummary row =
+        rowOf("From: =?utf-8?q?ceo=40bank=2Eexample=2C?= <service@evil.example>\r\n\r\n");
+    EXPECT_EQ(row.from, EmailAddress(std::nullopt, u"ceo@bank.example"_s));
+    ASSERT_TRUE(row.sender);
+    EXPECT_EQ(row.sender->names, Sender::Names::lookLikeAnotherAddress);
+    EXPECT_EQ(row.sender->shown(), u"service@evil.example");
+    EXPECT_EQ(rowOf("From: Ann <ann@x.example>\r\n\r\n").sender, std::nullopt);
+    EXPECT_EQ(rowOf("Subject: nobody\r\n\r\n").sender, std::nullopt);
+}
+
+TEST(IMAPProvider, KeepsTheWholeNameOfASenderWithAComma)
+{
+    const MessageSummary row = rowOf("From: =?utf-8?q?Doe=2C_Ann?= <ann@x.example>\r\n\r\n");
+    EXPECT_EQ(row.realSender(), (Sender{{EmailAddress(u"Doe, Ann"_s, u"ann@x.example"_s)}}));
+}
+
+TEST(IMAPProvider, KeepsTheSendersOfAllFields)
+{
+    const MessageSummary row = rowOf("From: Ann <ann@x.example>\r\nFrom: bob@x.example\r\n\r\n");
+    EXPECT_EQ(row.from, EmailAddress(u"Ann"_s, u"ann@x.example"_s));
+    EXPECT_EQ(row.realSender().shown(), u"ann@x.example, bob@x.example");
+    EXPECT_FALSE(row.realSender().isClear);
+}
+
+TEST(IMAPProvider, KeepsSoManySendersAndTheDomainsOfLongOnes)
+{
+    const QByteArray endless = QByteArray("a").repeated(SummaryFields::addressLimit) + "@evil.example";
+    const MessageSummary row = rowOf("From: x@bank.example <" + endless + ">" +
+                                     QByteArray(", b@y.example").repeated(20) + "\r\n\r\n");
+    ASSERT_TRUE(row.sender);
+    EXPECT_EQ(row.sender->addresses.size(), SummaryFields::senderLimit);
+    const QString first = row.sender->addresses.first().address;
+    EXPECT_EQ(first.size(), SummaryFields::addressLimit + 1);
+    EXPECT_TRUE(first.startsWith(u"…a"_s));
+    EXPECT_TRUE(first.endsWith(u"a@evil.example"_s));
+}
+
 TEST(IMAPProvider, CutsTheRecipientsOfAnEndlessFieldBetweenTwo)
 {
     // 65 of these fit: in the beginning of the field, and in no other address of the row.

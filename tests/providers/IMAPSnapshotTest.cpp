@@ -48,6 +48,18 @@ TEST(IMAPSnapshot, IsReadBackFromWhatWasWritten)
     EXPECT_EQ(IMAPSnapshot::decode("{}"), IMAPBoxes());
 }
 
+TEST(IMAPSnapshot, JudgesSendersThatWereStoredWithoutAWordOnThem)
+{
+    MessageSummary old = summaryOf(1, 0, u".7:INBOX"_s);
+    old.from = EmailAddress(u"ceo@bank.example"_s, u"service@evil.example"_s);
+    MessageSummary honest = summaryOf(2, 0, u".7:INBOX"_s);
+    honest.from = EmailAddress(u"Ann"_s, u"ann@x.example"_s);
+    const IMAPBoxes boxes{{u"INBOX"_s, {7, {{1, old}, {2, honest}}}}};
+    const IMAPBoxes read = IMAPSnapshot::decode(IMAPSnapshot::encode(boxes));
+    EXPECT_EQ(read[u"INBOX"_s].messages[1].realSender().shown(), u"service@evil.example");
+    EXPECT_EQ(read[u"INBOX"_s].messages[2], honest);
+}
+
 TEST(IMAPSnapshot, LeavesOutWhatHasAnotherIDThanItsPlaceSays)
 {
     IMAPBoxes boxes;

@@ -103,6 +103,17 @@ TEST_F(MessageTableModelTest, ShowsTheAddressOfTheSenderAsPlainTextInTheTooltip)
     EXPECT_EQ(QTextDocumentFragment::fromHtml(toolTip).toPlainText(), u"<b>ada</b>@example.com");
 }
 
+TEST_F(MessageTableModelTest, ShowsTheRealAddressesInTheTooltip)
+{
+    MessageSummary row = ModelFixture::row(fixture.account(), u"1"_s);
+    row.sender = Sender{{EmailAddress(u"Ann"_s, u"ann@x"_s), EmailAddress(std::nullopt, u"bob@x"_s)},
+                        Sender::Names::honest,
+                        false};
+    list({row});
+    EXPECT_EQ(data(0, MessageColumn::from, Qt::ToolTipRole).toString(), u"ann@x, bob@x");
+    EXPECT_EQ(data(0, MessageColumn::from).toString(), u"ann@x, bob@x");
+}
+
 TEST_F(MessageTableModelTest, KeepsThePlaceWhenOnlyTheRowsChange)
 {
     QList<MessageSummary> rows = ModelFixture::rows(fixture.account(), 3);

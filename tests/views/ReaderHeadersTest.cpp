@@ -368,5 +368,94 @@ TEST_F(ReaderHeadersBlock, ShowsStarAndPaperClipBesideTheSubject)
     EXPECT_EQ(label("readerClip"_L1).accessibleName(), u"3 attachments");
 }
 
+// --- The sender
+
+/// The block as the reader shows it.
+class SenderBlock : public testing::Test {
+protected:
+    void show(const QByteArray& headers, int width = 900)
+    {
+        const MIMEHeaders parsed = MIMEParser::parse(headers + "\r\n\r\n").headers;
+        block.setHeaders(ShownHeaders::read(parsed), std::nullopt);
+        block.setSender(ShownSender::read(parsed));
+        block.resize(width, 300);
+        block.show();
+        QTest::qWait(0);
+    }
+    QLabel& label(QLatin1StringView name) { return *block.findChild<QLabel*>(name); }
+    QString words(QLatin1StringView name) { return label(name).text().remove(TextLines::breakMark); }
+    QRect place(QLatin1StringView name) { return {label(name).mapTo(&block, QPoint()), label(name).size()}; }
+
+    ReaderHeaders block;
+};
+
+TEST_F(SenderBlock, HasTheAddressBehindTheName)
+{
+    show("From: Ann <ann@x.example>");
+    EXPECT_EQ(words("readerFrom"_L1), u"Ann");
+    EXPECT_EQ(words("readerFromAddress"_L1), u"ann@x.example");
+    EXPECT_TRUE(label("readerFromAddress"_L1).isVisible());
+    EXPECT_FALSE(label("readerSenderNotice"_L1).isVisible());
+    EXPECT_EQ(place("readerFrom"_L1).top(), place("readerFromAddress"_L1).top());
+    EXPECT_GT(place("readerFromAddress"_L1).left(), place("readerFrom"_L1).right());
+    EXPECT_LT(place("readerFromAddress"_L1).left(), place("readerFrom"_L1).right() + 30);
+    EXPECT_EQ(label("readerFromAddress"_L1).property("role"),
+              block.findChild<QLabel*>("readerDate"_L1)->property("role"));
+}
+
+TEST_F(SenderBlock, HasTheAddressBelowANameThatLeavesNoRoom)
+{
+    show("From: " + QByteArray("Ann ").repeated(20) + "<ann@x.example>", 500);
+    EXPECT_EQ(words("readerFromAddress"_L1), u"ann@x.example");
+    EXPECT_GE(place("readerFromAddress"_L1).top(), place("readerFrom"_L1).bottom());
+    EXPECT_EQ(place("readerFromAddress"_L1).left(), place("readerFrom"_L1).left());
+    EXPECT_LE(place("readerFromAddress"_L1).bottom(), place("readerTo"_L1).top());
+}
+
+TEST_F(SenderBlock, WarnsOfANameThatLooksLikeAnotherAddress)
+{
+    show("From: ceo@bank.example <service@evil.example>");
+    EXPECT_EQ(words("readerFromAddress"_L1), u"service@evil.example");
+    EXPECT_TRUE(label("readerSenderNotice"_L1).isVisible());
+    EXPECT_EQ(label("readerSenderNotice"_L1).text(), u"The sender’s name looks like another address.");
+    EXPECT_GT(place("readerSenderNotice"_L1).top(), place("readerTo"_L1).top());
+    show("From: Ann <ann@x.example>");
+    EXPECT_FALSE(label("readerSenderNotice"_L1).isVisible());
+}
+
+TEST_F(SenderBlock, WarnsOfHiddenCharactersAndUnclearSenders)
+{
+    show("From: =?utf-8?q?A=E2=80=AEnn?= <a@x>");
+    EXPECT_EQ(words("readerFrom"_L1), u"Ann");
+    EXPECT_EQ(label("readerSenderNotice"_L1).text(), u"The sender’s name holds hidden characters.");
+    show("From: a@x, ceo@bank.example <b@x>");
+    EXPECT_EQ(label("readerSenderNotice"_L1).text(),
+              u"The sender’s name looks like another address. This message doesn’t say clearly who sent it.");
+    show("Subject: S");
+    EXPECT_EQ(words("readerFrom"_L1), u"Unknown");
+    EXPECT_FALSE(label("readerFromAddress"_L1).isVisible());
+    EXPECT_EQ(label("readerSenderNotice"_L1).text(), u"This message doesn’t say clearly who sent it.");
+}
+
+TEST_F(SenderBlock, ShowsTheEndOfALongAddress)
+{
+    show("From: Ann <" + QByteArray("a").repeated(400) + "@evil.example>", 900);
+    EXPECT_TRUE(words("readerFromAddress"_L1).startsWith(u'…'));
+    EXPECT_TRUE(words("readerFromAddress"_L1).endsWith(u"a@evil.example"_s));
+}
+
+TEST(ShownSender, OfARowSaysWhatTheRowKnows)
+{
+    MessageSummary row;
+    EXPECT_EQ(ShownSender::of(row), ShownSender());
+    row.from = EmailAddress(u"Ann"_s, u"ann@x"_s);
+    EXPECT_EQ(ShownSender::of(row).addresses.names, QStringList{u"ann@x"_s});
+    EXPECT_EQ(ShownSender::of(row).warning, u"");
+    row.sender = Sender{{EmailAddress(u"Bob"_s, u"bob@y"_s)}, Sender::Names::holdHiddenCharacters};
+    EXPECT_EQ(ShownSender::of(row).names.names, QStringList{u"Bob"_s});
+    EXPECT_EQ(ShownSender::of(row).addresses.names, QStringList{u"bob@y"_s});
+    EXPECT_EQ(ShownSender::of(row).warning, u"The sender’s name holds hidden characters.");
+}
+
 } // namespace
 } // namespace Larkhaven

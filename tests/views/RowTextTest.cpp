@@ -57,6 +57,21 @@ TEST_F(RowText, ShowsTheNameOfTheSender)
     EXPECT_EQ(sender(MailboxRef::label({u"id"_s, u"Work"_s})), u"ada");
 }
 
+TEST_F(RowText, ShowsTheAddressesOfASenderWhoseNameCannotBeTrusted)
+{
+    const MailboxRef inbox = MailboxRef::system(Mailbox::inbox);
+    row.sender = Sender{{EmailAddress(u"ceo@bank.example"_s, u"service@evil.example"_s)},
+                        Sender::Names::lookLikeAnotherAddress};
+    EXPECT_EQ(sender(inbox), u"service@evil.example");
+    row.sender = Sender{{EmailAddress(u"Doe, Ann"_s, u"ann@x"_s)}};
+    EXPECT_EQ(sender(inbox), u"Doe, Ann");
+    row.sender = Sender{{}, Sender::Names::honest, false};
+    EXPECT_EQ(sender(inbox), u"(unknown sender)");
+    row.sender = Sender{{EmailAddress(std::nullopt, QString(500, u'a') + u"@evil.example"_s)},
+                        Sender::Names::lookLikeAnotherAddress};
+    EXPECT_EQ(sender(inbox), u'…' + QString(287, u'a') + u"@evil.example"_s);
+}
+
 TEST_F(RowText, SaysThatASenderIsUnknown)
 {
     row.from = std::nullopt;

@@ -259,7 +259,9 @@ void MessageActions::fillLabels(QMenu& menu, const Rows& rows)
 
 void MessageActions::addSender()
 {
-    const auto hasSender = [](const Rows& rows) { return rows.size() == 1 && rows.first().from; };
+    const auto hasSender = [](const Rows& rows) {
+        return rows.size() == 1 && !rows.first().realSender().addresses.isEmpty();
+    };
     add(
         "fromSender",
         [hasSender](const Rows& rows) {
@@ -271,7 +273,10 @@ void MessageActions::addSender()
         [hasSender](const Rows& rows) {
             return State{hasSender(rows), tr("Copy Sender Address")};
         },
-        [](const Rows& rows) { QGuiApplication::clipboard()->setText(rows.first().from->address); }, {});
+        [](const Rows& rows) {
+            QGuiApplication::clipboard()->setText(rows.first().realSender().addresses.first().address);
+        },
+        {});
     add(
         "saveAs",
         [](const Rows& rows) {

@@ -141,9 +141,12 @@ void MessageRowDelegate::paintText(QPainter& painter, Qt::LayoutDirection direct
                             isSender && !row.isRead ? Style::Weight::semibold : Style::Weight::regular);
     painter.setFont(font);
     painter.setPen(isSender ? style.colors().text : style.colors().secondary);
+    // The end of an address says whose it is.
+    const bool isAddress = isSender && row.sender && !row.sender->isTrusted();
     const bool isNumber = column == MessageColumn::size || column == MessageColumn::date;
     drawLine(painter, direction, rect, isNumber ? Qt::AlignRight : Qt::AlignLeft,
-             QFontMetrics(font).elidedText(singleLine(text), Qt::ElideRight, rect.width()));
+             QFontMetrics(font).elidedText(singleLine(text), isAddress ? Qt::ElideLeft : Qt::ElideRight,
+                                           rect.width()));
 }
 
 } // namespace Larkhaven

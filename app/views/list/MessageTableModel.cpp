@@ -80,7 +80,7 @@ QString MessageTableModel::toolTip(int index, MessageColumn column) const
     case MessageColumn::attachments:
         return text(index, column);
     case MessageColumn::from:
-        return m_rows[index].from ? m_rows[index].from->address : QString();
+        return m_rows[index].realSender().addressText();
     case MessageColumn::date:
         return QLocale().toString(m_rows[index].date.toLocalTime(), QLocale::LongFormat);
     case MessageColumn::subject:

@@ -231,6 +231,17 @@ QString AddressLabel::everything() const
 
 // --- Geometry
 
+int AddressLabel::widthOnOneLine() const
+{
+    constexpr qsizetype mostUnits = 500;
+    const QString text = m_addresses.count > 0 ? joined(mostUnits).text : m_placeholder;
+    const bool isLong = text.size() > mostUnits || m_addresses.names.size() < m_addresses.count;
+    const QMargins margins = contentsMargins();
+    // A layout of lines rounds up.
+    return isLong ? QWIDGETSIZE_MAX / 4
+                  : fontMetrics().horizontalAdvance(text) + margins.left() + margins.right() + 2;
+}
+
 int AddressLabel::heightForWidth(int width) const
 {
     const QMargins margins = contentsMargins();

@@ -46,6 +46,9 @@ public:
     /// Shows the placeholder where there are none. The label is folded again where they are others.
     void setAddresses(const ShownAddresses& addresses, const QString& placeholder);
 
+    /// The width in which all of it stands on one line; of a long text more than any line has.
+    int widthOnOneLine() const;
+
     bool hasHeightForWidth() const override { return true; }
     int heightForWidth(int width) const override;
     QSize sizeHint() const override;

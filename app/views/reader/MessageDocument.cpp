@@ -1,6 +1,7 @@
 #include "views/reader/MessageDocument.h"
 
 #include "format/ForwardWords.h"
+#include "format/SenderReader.h"
 #include "safety/HTMLSanitizer.h"
 #include "views/style/DisplayText.h"
 #include "views/style/RowText.h"
@@ -28,10 +29,13 @@ constexpr qsizetype mostSenders = 10;
 
 QString sendersOf(const MIMEHeaders& headers)
 {
-    const QList<EmailAddress> from = headers.from();
+    const Sender sender = SenderReader::read(headers);
+    const QList<EmailAddress>& from = sender.addresses;
+    const bool isNamed = sender.names == Sender::Names::honest;
     QStringList senders;
     for (const EmailAddress& address : from.first(std::min(from.size(), mostSenders)))
-        senders.append(address.name ? u"%1 <%2>"_s.arg(*address.name, address.address) : address.address);
+        senders.append(address.name && isNamed ? u"%1 <%2>"_s.arg(*address.name, address.address)
+                                               : address.address);
     return senders.isEmpty() ? Texts::tr("Unknown") : DisplayText::bounded(senders.join(u", "_s));
 }
 

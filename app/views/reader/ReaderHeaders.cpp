@@ -52,6 +52,8 @@ ReaderHeaders::ReaderHeaders(QWidget* parent)
     , m_star(new QLabel)
     , m_clip(new QLabel)
     , m_count(new QLabel)
+    , m_sender(new SenderLine)
+    , m_notice(new QLabel)
     , m_titleLine(new QHBoxLayout)
     , m_grid(new QGridLayout)
 {
@@ -73,7 +75,7 @@ ReaderHeaders::ReaderHeaders(QWidget* parent)
     m_grid->setHorizontalSpacing(Style::padding);
     m_grid->setVerticalSpacing(Style::grid);
     m_grid->setColumnStretch(1, 1);
-    m_from = addRow(tr("From:"), new AddressLabel, u"readerFrom"_s);
+    m_from = addRow(tr("From:"), &m_sender->names(), u"readerFrom"_s, m_sender);
     m_to = addRow(tr("To:"), new AddressLabel, u"readerTo"_s);
     m_cc = addRow(tr("Cc:"), new AddressLabel, u"readerCc"_s);
     m_dateRow = m_grid->rowCount();
@@ -86,13 +88,20 @@ ReaderHeaders::ReaderHeaders(QWidget* parent)
     layout->setSpacing(Style::smallPadding);
     layout->addLayout(m_titleLine);
     layout->addLayout(m_grid);
+    m_notice->setObjectName("readerSenderNotice"_L1);
+    m_notice->setTextFormat(Qt::PlainText);
+    m_notice->setWordWrap(true);
+    m_notice->hide();
+    setRole(*m_notice, Role::strong);
+    layout->addWidget(m_notice);
     setRole(*m_subject, Role::title);
     for (QLabel* const quiet : {m_count, m_date.value})
         setRole(*quiet, Role::secondary);
     Style::shared().follow(this, [this] { measure(); });
 }
 
-ReaderHeaders::Row ReaderHeaders::addRow(const QString& name, QLabel* value, const QString& objectName)
+ReaderHeaders::Row ReaderHeaders::addRow(const QString& name, QLabel* value, const QString& objectName,
+                                         QWidget* around)
 {
     const int row = m_grid->rowCount();
     auto* const label = new QLabel(name);
@@ -101,7 +110,7 @@ ReaderHeaders::Row ReaderHeaders::addRow(const QString& name, QLabel* value, con
     value->setTextFormat(Qt::PlainText);
     value->setObjectName(objectName);
     m_grid->addWidget(label, row, 0, Qt::AlignRight | Qt::AlignTop);
-    m_grid->addWidget(value, row, 1);
+    m_grid->addWidget(around ? around : value, row, 1);
     return {label, value};
 }
 
@@ -118,10 +127,17 @@ void ReaderHeaders::setAddresses(const Row& row, const ShownAddresses& addresses
 void ReaderHeaders::setHeaders(const ShownHeaders& headers, const std::optional<QDateTime>& fallbackDate)
 {
     m_subject->setSubject(headers.subject.isEmpty() ? tr("(no subject)") : headers.subject);
-    setAddresses(m_from, headers.from, tr("Unknown"));
+    m_sender->setSender({headers.from, {}, {}});
     setAddresses(m_to, headers.to, tr("Undisclosed recipients"));
     setAddresses(m_cc, headers.cc, {});
     setDate(headers.date ? headers.date : fallbackDate);
+}
+
+void ReaderHeaders::setSender(const ShownSender& shown)
+{
+    m_sender->setSender(shown);
+    m_notice->setText(shown.warning);
+    m_notice->setVisible(!shown.warning.isEmpty());
 }
 
 void ReaderHeaders::setDate(const std::optional<QDateTime>& date)

@@ -2,6 +2,7 @@
 
 #include "format/MIMEHeaders.h"
 #include "views/reader/AddressLabel.h"
+#include "views/reader/SenderLine.h"
 
 #include <QDateTime>
 #include <QWidget>
@@ -52,6 +53,8 @@ public:
 
     explicit ReaderHeaders(QWidget* parent = nullptr);
 
+    /// Whom the message is from, in place of what its headers say.
+    void setSender(const ShownSender& shown);
     /// `fallbackDate` is shown where the headers have no date that can be read.
     void setHeaders(const ShownHeaders& headers, const std::optional<QDateTime>& fallbackDate);
     void setMarks(const Marks& marks);
@@ -69,7 +72,8 @@ private:
         QLabel* value;
     };
 
-    Row addRow(const QString& name, QLabel* value, const QString& objectName);
+    /// `around` is what the value stands in, if it isn't the row's own.
+    Row addRow(const QString& name, QLabel* value, const QString& objectName, QWidget* around = nullptr);
     void setAddresses(const Row& row, const ShownAddresses& addresses, const QString& placeholder);
     void setDate(const std::optional<QDateTime>& date);
     void placeDate();
@@ -81,6 +85,8 @@ private:
     QLabel* m_star;
     QLabel* m_clip;
     QLabel* m_count; ///< of the attachments
+    SenderLine* m_sender;
+    QLabel* m_notice; ///< on the sender
     QBoxLayout* m_titleLine;
     QGridLayout* m_grid;
     Row m_from;

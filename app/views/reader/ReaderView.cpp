@@ -192,6 +192,7 @@ void ReaderView::showMessage(const QString& messageID)
     m_messageID = messageID;
     m_parsed.reset();
     m_shownHeaders = {};
+    m_shownSender = {};
     m_rendered.reset();
     m_loadError.reset();
     m_pendingLink.reset();
@@ -206,6 +207,7 @@ void ReaderView::close()
     m_messageID.clear();
     m_parsed.reset();
     m_shownHeaders = {};
+    m_shownSender = {};
     m_rendered.reset();
     m_message->clear();
     m_attachments->setAttachments({});
@@ -226,10 +228,13 @@ Task<> ReaderView::load(QString messageID)
         ParsedMessage parsed = co_await fetchParsed(provider, messageID);
         const auto read = [headers = parsed.headers] { return ShownHeaders::read(headers); };
         ShownHeaders shownHeaders = co_await runOnWorker(read);
+        const auto readSender = [headers = parsed.headers] { return ShownSender::read(headers); };
+        ShownSender shownSender = co_await runOnWorker(readSender);
         if (!self || m_generation != generation)
             co_return;
         m_parsed = std::move(parsed);
         m_shownHeaders = std::move(shownHeaders);
+        m_shownSender = std::move(shownSender);
     } catch (...) {
         failure = std::current_exception();
     }
@@ -306,6 +311,7 @@ void ReaderView::showHeaders()
                                : summary ? ShownHeaders::of(*summary)
                                          : ShownHeaders();
     m_headers->setHeaders(known, summary ? std::optional(summary->date) : std::nullopt);
+    m_headers->setSender(m_parsed ? m_shownSender : summary ? ShownSender::of(*summary) : ShownSender());
     showMarks();
 }
 

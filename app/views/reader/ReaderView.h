@@ -102,6 +102,7 @@ private:
         0; ///< tells what was started for the message on screen from what was started before
     std::optional<ParsedMessage> m_parsed;
     ShownHeaders m_shownHeaders; ///< of `m_parsed`, read on a worker
+    ShownSender m_shownSender;
     std::optional<SanitizedHTML> m_rendered;
     std::optional<QString> m_loadError;
     bool m_showRemote = false;

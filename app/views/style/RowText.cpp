@@ -35,6 +35,17 @@ QString recipients(const MessageSummary& row, const std::optional<Account>& acco
     return Texts::tr("To: %1").arg(names.join(u", "_s));
 }
 
+/// The sender's name; where it can't be trusted the addresses, of which the end says whose they are.
+QString shownSender(const MessageSummary& row)
+{
+    constexpr qsizetype mostAddresses = 300;
+    if (!row.sender)
+        return row.from ? row.from->displayName() : QString();
+    const QString shown = row.sender->shown();
+    const bool isCut = !row.sender->isTrusted() && shown.size() > mostAddresses;
+    return isCut ? u'…' + shown.last(mostAddresses) : shown;
+}
+
 /// The locale's short date pattern without its year and what ties the year to the rest.
 QString patternWithoutYear(const QLocale& locale)
 {
@@ -52,7 +63,8 @@ QString sender(const MessageSummary& row, const MailboxRef& mailbox, const std::
 {
     if (mailbox.role() == Mailbox::sent || mailbox.role() == Mailbox::drafts)
         return recipients(row, account);
-    return row.from ? row.from->displayName() : Texts::tr("(unknown sender)");
+    const QString shown = shownSender(row);
+    return shown.isEmpty() && (row.sender || !row.from) ? Texts::tr("(unknown sender)") : shown;
 }
 
 QString subject(const MessageSummary& row)

@@ -10,8 +10,8 @@
 /// The texts of a row of the message table. Pure functions.
 namespace Larkhaven::RowText {
 
-/// Who the row is from; in the Sent and Drafts mailboxes whom it goes to, with "me" for the account's own
-/// address.
+/// Who the row is from: the name, or the addresses where it can't be trusted; in the Sent and Drafts
+/// mailboxes whom it goes to, with "me" for the account's own address.
 QString sender(const MessageSummary& row, const MailboxRef& mailbox, const std::optional<Account>& account);
 /// The subject or "(no subject)".
 QString subject(const MessageSummary& row);
