@@ -5,6 +5,7 @@
 #include "protocols/StreamTransport.h"
 #include "support/QtPrinters.h"
 #include "views/main/SidebarView.h"
+#include "views/settings/SettingsView.h"
 #include "views/setup/SignInWindow.h"
 #include "views/style/AttachmentChip.h"
 
@@ -193,6 +194,53 @@ TEST_F(KeyboardReachTest, AsksBeforeItOpensADeceptiveLink)
     pressKey(Qt::Key_Tab);
     pressKey(Qt::Key_Space);
     EXPECT_TRUE(waitUntil([this] { return mail->openedURLs.size() == 1; }));
+}
+
+TEST_F(KeyboardReachTest, OrdersAndRemovesTheAccountsOfTheSettings)
+{
+    begin();
+    const QString imap = ModelFixture::imapAccount().email;
+    const QString google = ModelFixture::googleAccount().email;
+    const auto order = [this] {
+        QStringList emails;
+        for (const Account& account : model().accounts())
+            emails.append(account.email);
+        return emails;
+    };
+    pressChord(u"Ctrl+,"_s);
+    ASSERT_TRUE(waitUntil(
+        [] { return visibleWindow<SettingsView>() && visibleWindow<SettingsView>()->isActiveWindow(); }));
+    SettingsView& settings = *visibleWindow<SettingsView>();
+    tabTo(u"settingsTabBar"_s);
+    for (int pane = 0; pane < 3 && !settings.findChild<QWidget*>(u"accountsList"_s)->isVisible(); ++pane)
+        pressKey(Qt::Key_Right);
+    tabTo(u"accountsList"_s);
+    pressKey(Qt::Key_Down);
+    pressKey(Qt::Key_Home);
+    ASSERT_EQ(order(), (QStringList{imap, google}));
+    pressKey(Qt::Key_Down, Qt::AltModifier);
+    EXPECT_TRUE(waitUntil([&] { return order() == QStringList{google, imap}; }));
+    pressKey(Qt::Key_Up, Qt::AltModifier);
+    EXPECT_TRUE(waitUntil([&] { return order() == QStringList{imap, google}; }));
+
+    const auto question = [&] { return settings.findChild<QMessageBox*>(u"removeQuestion"_s); };
+    tabTo(u"accountsRemove"_s);
+    pressKey(Qt::Key_Space);
+    ASSERT_TRUE(waitUntil([&] { return question() && question()->isVisible(); }));
+    activate(*question());
+    pressKey(Qt::Key_Return);
+    ASSERT_TRUE(waitUntil([&] { return !question(); }));
+    EXPECT_EQ(order(), (QStringList{imap, google})) << "Return cancels";
+    activate(settings);
+    EXPECT_EQ(focusedName(), u"accountsRemove");
+    pressKey(Qt::Key_Space);
+    ASSERT_TRUE(waitUntil([&] { return question() && question()->isVisible(); }));
+    activate(*question());
+    tabTo(u"confirmRemove"_s);
+    pressKey(Qt::Key_Space);
+    EXPECT_TRUE(waitUntil([&] { return order() == QStringList{google}; }));
+    EXPECT_FALSE(question());
+    EXPECT_TRUE(settings.isVisible());
 }
 
 TEST_F(KeyboardReachTest, GivesASignInUp)
