@@ -2,6 +2,7 @@
 
 #include "domain/ShownText.h"
 #include "domain/Text.h"
+#include "format/AddressConstructs.h"
 
 #include <algorithm>
 #include <array>
@@ -66,27 +67,12 @@ private:
 
     std::optional<qsizetype> endOfQuote(qsizetype start)
     {
-        for (qsizetype index = start + 1; index < m_text.size(); ++index) {
-            if (m_text[index] == u'\\')
-                ++index;
-            else if (m_text[index] == u'"')
-                return index + 1;
-        }
-        return std::nullopt;
+        return AddressConstructs::endOfQuotedString(m_text, start);
     }
 
     std::optional<qsizetype> endOfComment(qsizetype start)
     {
-        qsizetype depth = 0;
-        for (qsizetype index = start; index < m_text.size(); ++index) {
-            if (m_text[index] == u'\\')
-                ++index;
-            else if (m_text[index] == u'(')
-                ++depth;
-            else if (m_text[index] == u')' && --depth == 0)
-                return index + 1;
-        }
-        return std::nullopt;
+        return AddressConstructs::endOfComment(m_text, start);
     }
 
     /// An encoded word (RFC 2047, 2) is one piece, whatever stands in it.
@@ -133,20 +119,6 @@ private:
     bool m_openAngle = false;
     bool m_openLiteral = false;
 };
-
-/// The text within the first and the last character, quoted pairs undone (RFC 5322, 3.2.1).
-QString contentOf(QStringView construct)
-{
-    const QStringView inner = construct.sliced(1).chopped(1);
-    QString content;
-    content.reserve(inner.size());
-    for (qsizetype index = 0; index < inner.size(); ++index) {
-        if (inner[index] == u'\\' && index + 1 < inner.size())
-            ++index;
-        content += inner[index];
-    }
-    return content;
-}
 
 // --- One address
 
@@ -223,14 +195,14 @@ public:
         if (construct.front() == u'<')
             return addAngle(construct);
         if (construct.front() == u'(') {
-            m_comments.append(contentOf(construct));
+            m_comments.append(AddressConstructs::contentOf(construct));
             // Behind the address it is no part of a name.
             if (m_hasAngle)
                 return;
         }
         if (construct.front() == u'"') {
             m_bare += construct;
-            m_phrase += contentOf(construct);
+            m_phrase += AddressConstructs::contentOf(construct);
             return;
         }
         addPiece(construct);

@@ -1,6 +1,7 @@
 #include "format/RecipientField.h"
 
 #include "domain/Text.h"
+#include "format/AddressConstructs.h"
 #include "format/MailEncoding.h"
 
 using namespace Qt::StringLiterals;
@@ -23,9 +24,9 @@ public:
     {
         switch (m_text[start].unicode()) {
         case u'"':
-            return found(endOfQuote(start), m_quotesAreOver);
+            return ended(start, m_quotesAreOver, AddressConstructs::endOfQuotedString);
         case u'(':
-            return found(endOfComment(start), m_commentsAreOver);
+            return ended(start, m_commentsAreOver, AddressConstructs::endOfComment);
         case u'<':
             return endOfAngle(start);
         default:
@@ -34,39 +35,14 @@ public:
     }
 
 private:
-    static std::optional<qsizetype> found(std::optional<qsizetype> end, bool& areOver)
+    std::optional<qsizetype> ended(qsizetype start, bool& areOver,
+                                   std::optional<qsizetype> (*search)(QStringView, qsizetype)) const
     {
+        if (areOver)
+            return std::nullopt;
+        const std::optional<qsizetype> end = search(m_text, start);
         areOver = !end;
         return end;
-    }
-
-    std::optional<qsizetype> endOfQuote(qsizetype start) const
-    {
-        if (m_quotesAreOver)
-            return std::nullopt;
-        for (qsizetype index = start + 1; index < m_text.size(); ++index) {
-            if (m_text[index] == u'\\')
-                ++index;
-            else if (m_text[index] == u'"')
-                return index + 1;
-        }
-        return std::nullopt;
-    }
-
-    std::optional<qsizetype> endOfComment(qsizetype start) const
-    {
-        if (m_commentsAreOver)
-            return std::nullopt;
-        qsizetype depth = 0;
-        for (qsizetype index = start; index < m_text.size(); ++index) {
-            if (m_text[index] == u'\\')
-                ++index;
-            else if (m_text[index] == u'(')
-                ++depth;
-            else if (m_text[index] == u')' && --depth == 0)
-                return index + 1;
-        }
-        return std::nullopt;
     }
 
     std::optional<qsizetype> endOfAngle(qsizetype start)
@@ -93,20 +69,6 @@ private:
 bool isSeparator(QChar character)
 {
     return character == u',' || character == u';' || Text::isLineEnd(character);
-}
-
-/// The text within the first and the last character, quoted pairs undone (RFC 5322, 3.2.1).
-QString contentOf(QStringView construct)
-{
-    const QStringView inner = construct.sliced(1).chopped(1);
-    QString content;
-    content.reserve(inner.size());
-    for (qsizetype index = 0; index < inner.size(); ++index) {
-        if (inner[index] == u'\\' && index + 1 < inner.size())
-            ++index;
-        content += inner[index];
-    }
-    return content;
 }
 
 /// Reads one piece from its left to its right.
@@ -141,10 +103,10 @@ private:
         case u'"':
             m_isBroken = m_isBroken || m_angle;
             m_hasQuotes = true;
-            m_phrase += contentOf(construct);
+            m_phrase += AddressConstructs::contentOf(construct);
             break;
         case u'(':
-            m_comments.append(contentOf(construct));
+            m_comments.append(AddressConstructs::contentOf(construct));
             if (!m_angle)
                 m_phrase += construct;
             break;
