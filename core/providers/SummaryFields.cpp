@@ -61,9 +61,9 @@ void setSender(MessageSummary& row, const QList<QString>& from)
     Sender real = cut(SenderReader::read(from, {}));
     // Whether one of several stands for all of them, only the Sender field says, which a row doesn't know.
     real.isClear = real.isClear || (from.size() == 1 && !real.addresses.isEmpty());
-    const std::optional<EmailAddress> first =
-        real.addresses.isEmpty() ? std::nullopt : std::optional(real.addresses.first());
-    if (first != row.from || (first && !real.isTrusted()))
+    const bool isNobody = real.addresses.isEmpty();
+    const bool isSame = isNobody ? !row.from : row.from == real.addresses.first();
+    if (!isSame || (!isNobody && !real.isTrusted()))
         row.sender = real;
 }
 
