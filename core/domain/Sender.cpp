@@ -1,6 +1,9 @@
 #include "domain/Sender.h"
 
 #include "domain/Coding.h"
+#include "domain/Text.h"
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -35,7 +38,12 @@ Sender::Names namesOf(const QString& stored)
 
 QString Sender::shown() const
 {
-    return isTrusted() && !addresses.isEmpty() ? addresses.first().displayName() : addressText();
+    const auto isFirst = [this](const EmailAddress& address) {
+        return Text::lowered(address.address) == Text::lowered(addresses.first().address);
+    };
+    // The name of one of several would stand for the others.
+    const bool isOne = !addresses.isEmpty() && std::ranges::all_of(addresses, isFirst);
+    return isOne && isTrusted() ? addresses.first().displayName() : addressText();
 }
 
 QString Sender::addressText() const

@@ -80,7 +80,15 @@ bool isBlank(char32_t character)
 {
     constexpr char32_t emptyBraille = 0x2800;
     constexpr char32_t emptyNotehead = 0x1d159;
-    return character == emptyBraille || character == emptyNotehead;
+    // Egyptian joiners and blanks, and the spaces of SignWriting.
+    const bool isEgyptian = character >= 0x13430 && character <= 0x13442 && character != 0x13440;
+    const bool isSigned = character == 0x1da7f || character == 0x1da80;
+    return character == emptyBraille || character == emptyNotehead || isEgyptian || isSigned;
+}
+
+bool isSpace(char32_t character)
+{
+    return u_isUWhiteSpace(static_cast<UChar32>(character)) != 0;
 }
 
 bool joins(char32_t letter)
@@ -224,12 +232,29 @@ bool hasInk(QStringView text)
     for (qsizetype position = 0; position < text.size();) {
         const char32_t character = codePointAt(text, position);
         position += lengthOf(character);
-        const bool isSpace = u_isUWhiteSpace(static_cast<UChar32>(character)) != 0;
-        if (!isSpace && !isControl(character) && !isMark(character) && !isInvisible(character) &&
+        if (!isSpace(character) && !isControl(character) && !isMark(character) && !isInvisible(character) &&
             !isBlank(character))
             return true;
     }
     return false;
+}
+
+QString singleSpaced(const QString& text)
+{
+    QString spaced;
+    spaced.reserve(text.size());
+    bool isBehindSpace = false;
+    for (qsizetype position = 0; position < text.size();) {
+        const char32_t character = codePointAt(text, position);
+        position += lengthOf(character);
+        const bool isEmpty = isSpace(character) || isBlank(character);
+        if (!isEmpty)
+            spaced += QChar::fromUcs4(character);
+        else if (!isBehindSpace)
+            spaced += u' ';
+        isBehindSpace = isEmpty;
+    }
+    return spaced;
 }
 
 } // namespace Larkhaven::ShownText

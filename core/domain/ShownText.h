@@ -34,4 +34,8 @@ bool hasHidden(QStringView text);
 /// letters without ink. Linear.
 bool hasInk(QStringView text);
 
+/// The text with each stretch of white space, and of letters that are drawn as nothing, as one space.
+/// Linear.
+QString singleSpaced(const QString& text);
+
 } // namespace Larkhaven::ShownText

@@ -104,10 +104,11 @@ QString quotedReply(const QString& body, const std::optional<QString>& senderNam
 
 QString forwardBody(const MIMEHeaders& headers, const QString& body)
 {
-    return forwardBody(headers, shownAddresses(headers.from()), body);
+    return forwardBody(headers, shownAddresses(headers.from()), shownAddresses(headers.to()), body);
 }
 
-QString forwardBody(const MIMEHeaders& headers, const QString& sender, const QString& body)
+QString forwardBody(const MIMEHeaders& headers, const QString& sender, const QString& receivers,
+                    const QString& body)
 {
     using Field = ForwardWords::Field;
     const ForwardWords words = ForwardWords::ofUser();
@@ -116,7 +117,7 @@ QString forwardBody(const MIMEHeaders& headers, const QString& sender, const QSt
     if (const std::optional<QDateTime> date = headers.date())
         head += words.written(Field::date, MailDate::format(*date)) + u'\n';
     head += words.written(Field::subject, oneLine(headers.subject())) + u'\n';
-    head += words.written(Field::to, shownAddresses(headers.to())) + "\n\n"_L1;
+    head += words.written(Field::to, oneLine(receivers)) + "\n\n"_L1;
     return head + body;
 }
 

@@ -42,7 +42,8 @@ QString quotedReply(const QString& body, const std::optional<QString>& senderNam
 /// The tail of a forward: what the message says of itself, and its text as it stands.
 QString forwardBody(const MIMEHeaders& headers, const QString& body);
 /// The same with whom it is from in other words than those of the field.
-QString forwardBody(const MIMEHeaders& headers, const QString& sender, const QString& body);
+QString forwardBody(const MIMEHeaders& headers, const QString& sender, const QString& receivers,
+                    const QString& body);
 
 /// An address for a header field: `"name" <address>`, the name in encoded words where it isn't ASCII, or the
 /// address alone where there is no name. The address loses every character that means something between

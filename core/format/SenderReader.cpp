@@ -9,6 +9,7 @@
 #include <QSet>
 
 #include <algorithm>
+#include <optional>
 
 using namespace Qt::StringLiterals;
 
@@ -113,15 +114,24 @@ void add(Sender& sender, const QString& value)
     sender.names = worse(sender.names, field.names);
 }
 
-qsizetype distinct(const Sender& sender)
+/// The one address that the Sender fields hold; absent where there is none, or more.
+std::optional<QString> oneOf(const QList<QString>& senderFields)
+{
+    if (senderFields.size() != 1)
+        return std::nullopt;
+    const QList<EmailAddress> addresses = readField(senderFields.first()).addresses;
+    return addresses.size() == 1 ? std::optional(addresses.first().address) : std::nullopt;
+}
+
+} // namespace
+
+qsizetype distinctAddresses(const Sender& sender)
 {
     QSet<QString> addresses;
     for (const EmailAddress& address : sender.addresses)
         addresses.insert(Text::lowered(address.address));
     return addresses.size();
 }
-
-} // namespace
 
 Sender readField(const QString& value)
 {
@@ -137,12 +147,24 @@ Sender read(const QList<QString>& from, const QList<QString>& senderFields)
         if (sender.addresses.size() < mostAddresses)
             add(sender, value);
     }
-    const qsizetype count = distinct(sender);
-    const bool isForSeveral =
-        senderFields.size() == 1 && readField(senderFields.first()).addresses.size() == 1;
-    const bool isOne = count == 1 || (count > 1 && isForSeveral);
-    sender.isClear = sender.isClear && from.size() == 1 && isOne;
+    const qsizetype count = distinctAddresses(sender);
+    const std::optional<QString> ofSeveral = count > 1 ? oneOf(senderFields) : std::nullopt;
+    sender.isClear = sender.isClear && from.size() == 1 && (count == 1 || ofSeveral);
+    if (sender.isClear && ofSeveral) {
+        const QString first = Text::lowered(*ofSeveral);
+        std::ranges::stable_partition(sender.addresses, [&](const EmailAddress& address) {
+            return Text::lowered(address.address) == first;
+        });
+    }
     return sender;
+}
+
+QString senderOfSeveral(const MIMEHeaders& headers)
+{
+    const Sender sender = read(headers);
+    if (!sender.isClear || distinctAddresses(sender) < 2)
+        return {};
+    return oneOf(headers.values(u"Sender")).value_or(QString());
 }
 
 Sender read(const MIMEHeaders& headers)

@@ -26,9 +26,18 @@ inline constexpr qsizetype longestField = 64 * 1024;
 inline constexpr qsizetype mostAddresses = 1'000;
 
 /// Whom the values of all From fields name, and whether they are to be trusted; `sender` are those of the
-/// Sender fields. Clear is one From field with one address, or with several and one address in one Sender.
+/// Sender fields. Clear is one From field with one address, or with several and one address in one Sender;
+/// that one goes first if it is among them.
 Sender read(const QList<QString>& from, const QList<QString>& sender);
 Sender read(const MIMEHeaders& headers);
+
+/// Of several addresses that the From field holds, none stands for the others: how many different ones there
+/// are.
+qsizetype distinctAddresses(const Sender& sender);
+
+/// The address that stands in the Sender field for several in the From field; empty where there aren't
+/// several, or where nobody does.
+QString senderOfSeveral(const MIMEHeaders& headers);
 
 /// What an address field of another name holds. Always clear, unless it is too long.
 Sender readField(const QString& value);

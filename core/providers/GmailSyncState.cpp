@@ -1,7 +1,6 @@
 #include "providers/GmailSyncState.h"
 
 #include "domain/Coding.h"
-#include "format/SenderReader.h"
 #include "platform/Tasks.h"
 #include "providers/GmailMessage.h"
 
@@ -24,6 +23,9 @@ const QString& snapshotName()
     return name;
 }
 
+/// Says, with 1, that the rows tell of senders what their raw fields hold. Left out where none has a sender.
+constexpr QLatin1StringView rawSenders("rawSenders");
+
 /// The stored form: "historyId", left out where there is none; "messages", a list of rows; and "unconfirmed",
 /// a list of ids, left out where it is empty.
 struct Snapshot {
@@ -39,7 +41,9 @@ struct Snapshot {
         const QJsonArray rows = Coding::array(object, "messages"_L1);
         for (const auto row : rows) {
             MessageSummary summary = MessageSummary::fromJSON(Coding::object(row));
-            SenderReader::judgeStored(summary);
+            // Stored before senders were read raw, it has lost what they pretended, and is fetched anew.
+            if (object.value(rawSenders) != 1 && summary.from)
+                continue;
             snapshot.messages.insert(summary.id, summary);
         }
         for (const QString& id : GmailMessage::strings(object["unconfirmed"_L1])) {
@@ -55,6 +59,8 @@ struct Snapshot {
         for (const MessageSummary& summary : messages)
             rows.append(summary.toJSON());
         QJsonObject object{{u"messages"_s, rows}};
+        if (std::ranges::any_of(messages, [](const MessageSummary& row) { return row.from.has_value(); }))
+            object.insert(rawSenders, 1);
         if (historyId)
             object.insert(u"historyId"_s, *historyId);
         if (!unconfirmed.isEmpty())

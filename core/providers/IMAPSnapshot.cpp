@@ -1,7 +1,6 @@
 #include "providers/IMAPSnapshot.h"
 
 #include "domain/Coding.h"
-#include "format/SenderReader.h"
 #include "providers/IMAPMessageID.h"
 
 #include <QJsonDocument>
@@ -16,11 +15,16 @@ namespace Larkhaven::IMAPSnapshot {
 
 namespace {
 
+/// Says, with 1, that the summaries tell of senders what their raw fields hold. Left out where none has a
+/// sender.
+constexpr QLatin1StringView rawSenders("rawSenders");
+
 IMAPBox decodedBox(const QString& mailbox, const QJsonObject& object)
 {
     IMAPBox box;
     box.uidValidity = Coding::integer(object, "uidValidity"_L1);
     const QJsonObject messages = Coding::object(object, "messages"_L1);
+    const bool areSendersRaw = object.value(rawSenders) == 1;
     box.messages.reserve(messages.size());
     for (auto entry = messages.begin(); entry != messages.end(); ++entry) {
         bool isNumber = false;
@@ -28,8 +32,10 @@ IMAPBox decodedBox(const QString& mailbox, const QJsonObject& object)
         if (!isNumber)
             throw Coding::unreadable("messages"_L1);
         MessageSummary summary = MessageSummary::fromJSON(Coding::object(entry.value()));
-        SenderReader::judgeStored(summary);
-        // A summary of another form of ids is fetched anew.
+        // What was stored before senders were read raw has lost what they pretended, and is fetched anew, as
+        // is a summary of another form of ids.
+        if (!areSendersRaw && summary.from)
+            continue;
         if (summary.id == IMAPMessageID{uid, box.uidValidity, mailbox}.text())
             box.messages.insert(uid, summary);
     }
@@ -58,8 +64,11 @@ QByteArray encode(const IMAPBoxes& boxes)
         QJsonObject messages;
         for (auto entry = sorted.cbegin(); entry != sorted.cend(); ++entry)
             messages.insert(entry.key(), (*entry)->toJSON());
-        stored.insert(box.key(),
-                      QJsonObject{{u"uidValidity"_s, box->uidValidity}, {u"messages"_s, messages}});
+        QJsonObject object{{u"uidValidity"_s, box->uidValidity}, {u"messages"_s, messages}};
+        if (std::ranges::any_of(box->messages,
+                                [](const MessageSummary& row) { return row.from.has_value(); }))
+            object.insert(rawSenders, 1);
+        stored.insert(box.key(), object);
     }
     return QJsonDocument(stored).toJson(QJsonDocument::Compact);
 }

@@ -20,14 +20,16 @@ struct IMAPBox {
 using IMAPBoxes = QHash<QString, IMAPBox>;
 
 /// The stored form of the boxes: a JSON object by wire name; a box has the keys "uidValidity" and "messages",
-/// which is an object of summaries by their UIDs in decimal. Pure functions for a worker.
+/// which is an object of summaries by their UIDs in decimal; "rawSenders" is 1 where any of them has a
+/// sender. Pure functions for a worker.
 namespace IMAPSnapshot {
 
 /// About the most summaries that are kept over all mailboxes. Those with the date of the last one kept stay
 /// as well.
 inline constexpr qsizetype summaryLimit = 20'000;
 
-/// Fails with `DecodingError`. Summaries whose id isn't the one of their UID, box and mailbox are left out.
+/// Fails with `DecodingError`. Summaries whose id isn't the one of their UID, box and mailbox are left out,
+/// and those with a sender that was stored without "rawSenders".
 IMAPBoxes decode(const QByteArray& json);
 QByteArray encode(const IMAPBoxes& boxes);
 

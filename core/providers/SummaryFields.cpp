@@ -62,8 +62,9 @@ void setSender(MessageSummary& row, const QList<QString>& from)
     // Whether one of several stands for all of them, only the Sender field says, which a row doesn't know.
     real.isClear = real.isClear || (from.size() == 1 && !real.addresses.isEmpty());
     const bool isNobody = real.addresses.isEmpty();
+    const bool areSeveral = SenderReader::distinctAddresses(real) > 1;
     const bool isSame = isNobody ? !row.from : row.from == real.addresses.first();
-    if (!isSame || (!isNobody && !real.isTrusted()))
+    if (!isSame || areSeveral || (!isNobody && !real.isTrusted()))
         row.sender = real;
 }
 

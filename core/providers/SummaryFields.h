@@ -26,7 +26,8 @@ inline constexpr qsizetype senderLimit = 10;
 
 /// Sets whom the row is from, by the raw values of all its From fields.
 ///
-/// NB: several addresses in one field count as clear.
+/// NB: several addresses in one field count as clear, since a row doesn't know the Sender field. None of
+/// their names stands for them (`Sender::shown`).
 void setSender(MessageSummary& row, const QList<QString>& from);
 
 /// The first addresses of a field's raw value, of which one that is cut off is left out.

@@ -27,7 +27,8 @@ TEST(Sender, IsShownByTheNameWhereItCanBeTrusted)
 {
     EXPECT_EQ((Sender{{ann}}).shown(), u"Ann");
     EXPECT_EQ((Sender{{bob}}).shown(), u"bob");
-    EXPECT_EQ((Sender{{ann, bob}}).shown(), u"Ann") << "one that stands for several";
+    EXPECT_EQ((Sender{{ann, bob}}).shown(), u"ann@x.example, bob@y.example") << "none stands for the others";
+    EXPECT_EQ((Sender{{ann, EmailAddress(std::nullopt, u"ANN@x.example"_s)}}).shown(), u"Ann");
     EXPECT_EQ(Sender().shown(), u"");
 }
 

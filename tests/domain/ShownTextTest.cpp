@@ -115,11 +115,40 @@ TEST(ShownText, HidesNothingWithTheTagsOfAFlag)
 
 TEST(ShownText, KnowsWhetherThereIsInk)
 {
-    for (const QString& text : {u"a"_s, u"\u200ba"_s, u"."_s, u"👍"_s, u"\u0600"_s, u"\ufffd"_s})
+    for (const QString& text : {u"a"_s, u"\u200ba"_s, u"."_s, u"👍"_s, u"\u0600"_s, u"\ufffd"_s, u"\u2801"_s,
+                                u"\U0001342f"_s, u"\U00013443"_s, u"\U0001d158"_s})
         EXPECT_TRUE(ShownText::hasInk(text)) << text.toStdString();
-    for (const QString& text : {u""_s, u" \t\n"_s, u"\u00a0\u3000"_s, u"\u200b\u2060"_s, u"\u3164\uffa0"_s,
-                                u"\u2800"_s, u"\u0301"_s, u"\U0001d159"_s, u"\u007f"_s})
+    for (const QString& text : {u""_s,
+                                u" \t\n"_s,
+                                u"\u00a0\u3000"_s,
+                                u"\u200b\u2060"_s,
+                                u"\u3164\uffa0"_s,
+                                u"\u2800"_s,
+                                u"\u0301"_s,
+                                u"\U0001d159"_s,
+                                u"\u007f"_s,
+                                u"\u115f\u1160"_s,
+                                u"\u1680\u2003\u202f\u205f"_s,
+                                u"\U000e0020\U000e007f"_s,
+                                u"\ufe0f\U000e0100"_s,
+                                u"\U0001d173\U0001d17a"_s,
+                                u"\u17b4\u17b5"_s,
+                                u"\u180b\u180e"_s,
+                                u"\u2061\u2064\u206f"_s,
+                                u"\ufff9\ufffb"_s,
+                                u"\U0001bca0"_s,
+                                u"\u034f\u061c"_s,
+                                u"\U00013430\U0001343f\U00013442"_s,
+                                u"\U00016fe4"_s,
+                                u"\U0001da7f\U0001da80"_s})
         EXPECT_FALSE(ShownText::hasInk(text)) << text.toStdString();
+}
+
+TEST(ShownText, SpacesOnce)
+{
+    EXPECT_EQ(ShownText::singleSpaced(u"a  b\u00a0\u2800\tc"_s), u"a b c");
+    EXPECT_EQ(ShownText::singleSpaced(u" a "_s), u" a ");
+    EXPECT_EQ(ShownText::singleSpaced(u"😀\u3000\U0001d159😀"_s), u"😀 😀");
 }
 
 } // namespace

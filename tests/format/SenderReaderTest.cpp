@@ -211,6 +211,10 @@ TEST(SenderReader, IsClearWhereOneStandsForSeveral)
     EXPECT_FALSE(isClear({u"ann@x, bob@x"_s}, {u"ann@x"_s, u"bob@x"_s}));
     EXPECT_FALSE(isClear({}, {u"ann@x"_s}));
     EXPECT_FALSE(isClear({u"ann@x"_s, u"bob@x"_s}, {u"ann@x"_s}));
+    EXPECT_EQ(SenderReader::read({u"Ann <ann@x>, bob@x, carl@x"_s}, {u"BOB@x"_s}).addressText(),
+              u"bob@x, ann@x, carl@x")
+        << "who sent it goes first";
+    EXPECT_EQ(SenderReader::read({u"ann@x, bob@x"_s}, {u"carl@x"_s}).addressText(), u"ann@x, bob@x");
 }
 
 TEST(SenderReader, ReadsAllFieldsOfAMessage)
@@ -285,6 +289,19 @@ TEST(SenderReader, GivesDomainsTheFormToBeComparedIn)
     EXPECT_EQ(SenderReader::domainOf(u"\"a@x.example\"@y.example"), u"y.example");
     EXPECT_EQ(SenderReader::domainOf(u"x.example"), u"x.example");
     EXPECT_EQ(SenderReader::domainOf(u"a@"), u"");
+}
+
+TEST(SenderReader, KnowsWhoSentForSeveral)
+{
+    const auto sender = [](const QByteArray& headers) {
+        return SenderReader::senderOfSeveral(MIMEParser::splitHeaders(headers + "\r\n\r\n").headers);
+    };
+    EXPECT_EQ(sender("From: ann@x, bob@x\r\nSender: Bob <bob@x>"), u"bob@x");
+    EXPECT_EQ(sender("From: ann@x, bob@x\r\nSender: carl@x"), u"carl@x");
+    EXPECT_EQ(sender("From: ann@x\r\nSender: bob@x"), u"") << "a list sends for one";
+    EXPECT_EQ(sender("From: ann@x, bob@x"), u"");
+    EXPECT_EQ(sender("From: ann@x, bob@x\r\nSender: ann@x, bob@x"), u"");
+    EXPECT_EQ(sender("From: ann@x\r\nFrom: bob@x\r\nSender: ann@x"), u"");
 }
 
 } // namespace

@@ -59,7 +59,10 @@ TEST(GmailMessage, KeepsTheSendersThatItsFieldsHaveBeforeTheyAreDecoded)
     const MessageSummary twice =
         row(R"({"name":"From","value":"Ann <ann@x>"},{"name":"FROM","value":"bob@x"})");
     EXPECT_EQ(twice.realSender().shown(), u"ann@x, bob@x");
-    EXPECT_EQ(row(R"({"name":"From","value":"Ann <ann@x>, bob@x"})").sender, std::nullopt);
+    const MessageSummary several = row(R"({"name":"From","value":"Ann <ann@x>, bob@x"})");
+    EXPECT_EQ(several.realSender().shown(), u"ann@x, bob@x");
+    EXPECT_TRUE(several.realSender().isClear) << "a row doesn't know the Sender field";
+    EXPECT_EQ(row(R"({"name":"From","value":"Ann <ann@x>, ANN@x"})").sender, std::nullopt);
 }
 
 TEST(GmailMessage, WithNothingButItsIdIsARowOfNow)

@@ -327,6 +327,28 @@ TEST_F(GmailSyncTest, WritesItsSnapshotAsAList)
     EXPECT_EQ(stored.keys(), (QStringList{u"historyId"_s, u"messages"_s}));
 }
 
+TEST_F(GmailSyncTest, FetchesRowsAnewWhoseSendersWereStoredBeforeTheyWereReadRaw)
+{
+    const auto stored = [&](bool isRaw) {
+        MessageSummary row;
+        row.id = u"a"_s;
+        row.accountID = account.id;
+        row.from = EmailAddress(std::nullopt, u"ceo@bank.example"_s);
+        QJsonObject snapshot{{u"historyId"_s, u"100"_s}, {u"messages"_s, QJsonArray{row.toJSON()}}};
+        if (isRaw)
+            snapshot.insert(u"rawSenders"_s, 1);
+        return QJsonDocument(snapshot).toJson();
+    };
+    for (const bool isRaw : {true, false}) {
+        await(cache->writeSnapshot(u"gmail"_s, stored(isRaw)));
+        restart();
+        setInbox({"a"});
+        const MessagePage page = await(inbox());
+        ASSERT_EQ(page.messages.size(), 1);
+        EXPECT_EQ(page.messages.first().from.has_value(), isRaw) << "the service's own word has no sender";
+    }
+}
+
 // --- The state by itself
 
 class GmailSyncStateTest : public GmailTest {

@@ -95,6 +95,7 @@ TEST(IMAPProvider, ListsAPageNewestFirstWithWhatItsHeadersTell)
     expected.id = u"9.7:INBOX"_s;
     expected.accountID = someAccount().id;
     expected.from = EmailAddress(u"Jürgen"_s, u"j@x.example"_s);
+    expected.sender = Sender{{*expected.from, EmailAddress(std::nullopt, u"b@x"_s)}};
     expected.to = {EmailAddress(std::nullopt, u"ann@x.example"_s),
                    EmailAddress(u"Bob"_s, u"bob@x.example"_s)};
     expected.subject = u"Grüße"_s;
