@@ -137,7 +137,7 @@ private:
         if (tag == u"img" && name == u"data-lh-blocked")
             return require(value.isEmpty());
         require(allowedAttributes().contains(name));
-        require(name != u"style" || HTMLSanitizer::sanitizeCSS(value) == value);
+        require(name != u"style" || HTMLSanitizer::safeStyle(value) == value);
     }
 
     void checkTarget(const QString& target)
@@ -165,7 +165,7 @@ private:
         require(end >= 0);
         const QString css = take(end).toString();
         require(takes(u"</style>"));
-        require(HTMLSanitizer::sanitizeCSS(css) == css);
+        require(HTMLSanitizer::safeStyle(css) == css);
     }
 
     QStringView m_rest;

@@ -1,6 +1,5 @@
-#include "safety/LinkCleaner.h"
-
 #include "domain/Text.h"
+#include "safety/LinkWarnings.h"
 
 #include <QByteArrayView>
 #include <QUrl>
@@ -76,6 +75,27 @@ void checkWarnings(const LinkRecord& link)
     }
 }
 
+/// The reader's keep those of the cleaner, but that a domain in another script is no address.
+void checkReadersWarnings(const LinkRecord& link)
+{
+    using Kind = LinkCleaner::Warning::Kind;
+    const QList<LinkCleaner::Warning> plain = LinkCleaner::warnings(link);
+    const QList<LinkCleaner::Warning> warnings = LinkWarnings::of(link);
+    require(isWeb(link.url) || warnings.isEmpty());
+    require(warnings.size() <= 6);
+    const auto count = [](const auto& list, Kind kind) {
+        return std::ranges::count(list, kind, &LinkCleaner::Warning::kind);
+    };
+    for (const Kind kind : {Kind::insecure, Kind::punycode})
+        require(count(warnings, kind) == count(plain, kind));
+    require(count(warnings, Kind::mismatchedText) >= count(plain, Kind::mismatchedText));
+    require(count(warnings, Kind::ipAddress) <= count(plain, Kind::ipAddress));
+    for (const LinkCleaner::Warning& warning : warnings) {
+        require(warning.shown.size() <= LinkWarnings::longestUser + 1 && warning.actual.size() <= 254);
+        require(!warning.message().contains(u'\n') && !warning.message().contains(u'\u202e'));
+    }
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
@@ -87,6 +107,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         return 0;
     checkURL(*url);
     checkCleaning(*url);
-    checkWarnings({*url, lineEnd < 0 ? QString() : input.sliced(lineEnd + 1)});
+    const LinkRecord link{*url, lineEnd < 0 ? QString() : input.sliced(lineEnd + 1)};
+    checkWarnings(link);
+    checkReadersWarnings(link);
     return 0;
 }

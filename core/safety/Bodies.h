@@ -1,5 +1,6 @@
 #pragma once
 
+#include "safety/ImageLook.h"
 #include "safety/SanitizedHTML.h"
 #include "safety/SanitizerOptions.h"
 
@@ -13,6 +14,7 @@ namespace Larkhaven::HTMLSanitizer::Bodies {
 struct Sum {
     SanitizedHTML result;        ///< its links and counts; the document comes last
     qint64 inlineImageBytes = 0; ///< that are shown
+    ImageLookRules rules;        ///< of the style sheets, which hold for all of the document
 };
 
 /// With `keepsStyleSheets` off, "style" elements go; "style" attributes stay.

@@ -61,6 +61,26 @@ struct OutputAttribute {
 
 using OutputAttributes = std::vector<OutputAttribute>;
 
+QString valueOf(const OutputAttributes& attributes, QByteArrayView name)
+{
+    const auto found = std::ranges::find_if(
+        attributes, [name](const OutputAttribute& attribute) { return attribute.name == name; });
+    return found == attributes.end() ? QString() : found->value;
+}
+
+void removeTitle(OutputAttributes& attributes)
+{
+    std::erase_if(attributes, [](const OutputAttribute& attribute) { return attribute.name == "title"; });
+}
+
+/// Whether what stands before and behind the tag isn't one word on the page.
+bool partsText(Tag tag, const OutputAttributes& attributes)
+{
+    const QString style = Text::asciiLowered(valueOf(attributes, "style"));
+    const bool isInline = style.contains("inline"_L1) || style.contains("contents"_L1);
+    return HTMLVocabulary::isPhrase(tag) ? !isInline && style.contains("block"_L1) : !isInline;
+}
+
 /// What becomes of an image.
 enum class ImageFate {
     dropped, ///< no tag is written
@@ -73,15 +93,25 @@ struct ImageDecision {
     QString source;
 };
 
+/// An element whose end tag is to come.
+struct OpenElement {
+    HTMLVocabulary::Tag tag = HTMLVocabulary::noTag;
+    bool isHidden = false; ///< by its attribute
+    QString style;         ///< as it is written
+    QString classes;
+    std::optional<bool> hidesContent; ///< it or one around it; absent until somebody asks
+};
+
 /// The working state of one pass over a message.
 class Pass {
 public:
-    /// Links, counts and what is left for inline images go on in `sum`.
+    /// Links, counts, rules and what is left for inline images go on in `sum`.
     Pass(QByteArrayView html, const SanitizerOptions& options, Bodies::Sum& sum, bool keepsStyleSheets)
         : m_html(html)
         , m_options(options)
         , m_result(sum.result)
         , m_inlineImageBytes(sum.inlineImageBytes)
+        , m_rules(sum.rules)
         , m_keepsStyleSheets(keepsStyleSheets)
     {
         m_output.reserve(html.size() + html.size() / 8);
@@ -96,6 +126,10 @@ public:
         return Text::fromRepairedUTF8(m_output);
     }
 
+    /// Whether a style sheet hides something, and stands behind what it may hide: all of it holds for all of
+    /// the document.
+    bool hasLateRules() const { return m_hasLateRules; }
+
 private:
     void step();
     void copyText();
@@ -105,6 +139,8 @@ private:
     void writeStyle(qsizetype contentStart);
 
     void startTag(Tag tag, const RawAttributes& raw);
+    void open(Tag tag, const RawAttributes& raw, const OutputAttributes& attributes);
+    bool isWithinHidden();
     OutputAttributes outputAttributes(const RawAttributes& raw) const;
     void writeStartTag(Tag tag, const OutputAttributes& attributes);
     void endTag(Tag tag);
@@ -112,12 +148,15 @@ private:
     void closeDownTo(std::size_t depth);
 
     void applyLinkRule(const RawAttributes& raw, OutputAttributes& attributes);
+    void partLinkText();
     void finishLink();
 
     bool applyImageRule(const RawAttributes& raw, OutputAttributes& attributes);
-    ImageDecision decideImage(const RawAttributes& raw);
+    ImageDecision decideImage(const RawAttributes& raw, const OutputAttributes& attributes);
     ImageDecision decideInlineImage(const QString& source);
-    ImageDecision decideRemoteImage(const QString& source, const RawAttributes& raw);
+    ImageDecision decideRemoteImage(const QString& source, const RawAttributes& raw,
+                                    const OutputAttributes& attributes);
+    bool isReporting(const QString& source, const RawAttributes& raw, const OutputAttributes& attributes);
 
     bool hasOpenLink() const { return m_currentLink >= 0; }
 
@@ -127,11 +166,16 @@ private:
     QByteArray m_output;
     SanitizedHTML& m_result;
     qint64& m_inlineImageBytes;
+    ImageLookRules& m_rules;
     bool m_keepsStyleSheets;
-    std::vector<Tag> m_openTags;
+    bool m_hasLooked = false; ///< at the rules so far
+    bool m_hasLateRules = false;
+    std::vector<OpenElement> m_openElements;
     std::array<int, HTMLVocabulary::tagCount> m_openCounts{}; ///< how often each tag is on the stack
     qsizetype m_currentLink = -1;                             ///< index of the open link, or -1
     QByteArray m_linkText;
+    QByteArray m_partedLinkText; ///< with blanks between blocks
+    QByteArray m_seenLinkText;   ///< likewise, and without what is hidden
 };
 
 void Pass::step()
@@ -159,8 +203,12 @@ void Pass::copyText()
     const qsizetype end = bracket < 0 ? m_html.size() : bracket;
     QByteArrayView run = m_html.sliced(m_position, end - m_position);
     m_position = end;
-    if (hasOpenLink())
+    if (hasOpenLink()) {
         m_linkText += run;
+        m_partedLinkText += run;
+        if (!isWithinHidden())
+            m_seenLinkText += run;
+    }
     for (qsizetype index = run.indexOf('>'); index >= 0; index = run.indexOf('>')) {
         m_output += run.first(index);
         m_output += "&gt;";
@@ -206,15 +254,19 @@ void Pass::writeStyle(qsizetype contentStart)
 {
     const HTMLReader::RawTextEnd end = HTMLReader::endOfRawText(m_html, contentStart, "style");
     const QString css = Text::fromRepairedUTF8(m_html.sliced(contentStart, end.contentEnd - contentStart));
-    if (m_keepsStyleSheets)
-        m_output += "<style>" + sanitizeCSS(css).toUtf8() + "</style>";
     m_position = end.next;
+    if (!m_keepsStyleSheets)
+        return;
+    const QString safe = safeStyle(css);
+    m_output += "<style>" + safe.toUtf8() + "</style>";
+    if (m_rules.addSheet(safe) && m_hasLooked)
+        m_hasLateRules = true;
 }
 
 void Pass::startTag(Tag tag, const RawAttributes& raw)
 {
     const bool isVoid = HTMLVocabulary::isVoid(tag);
-    if (!isVoid && m_openTags.size() >= maximumOpenElements)
+    if (!isVoid && m_openElements.size() >= maximumOpenElements)
         return;
     OutputAttributes attributes = outputAttributes(raw);
     static const Tag link = HTMLVocabulary::allowedTag("a");
@@ -223,11 +275,40 @@ void Pass::startTag(Tag tag, const RawAttributes& raw)
         applyLinkRule(raw, attributes);
     else if (tag == image && !applyImageRule(raw, attributes))
         return;
+    // It would take the place of the link's own, which says where it leads.
+    if (tag != link && hasOpenLink())
+        removeTitle(attributes);
     writeStartTag(tag, attributes);
-    if (isVoid)
-        return;
-    m_openTags.push_back(tag);
+    if (hasOpenLink() && partsText(tag, attributes))
+        partLinkText();
+    if (!isVoid)
+        open(tag, raw, attributes);
+}
+
+void Pass::open(Tag tag, const RawAttributes& raw, const OutputAttributes& attributes)
+{
+    static const HTMLVocabulary::Attribute hidden = HTMLVocabulary::knownAttribute("hidden");
+    m_openElements.push_back({tag, raw.value(hidden).has_value(), valueOf(attributes, "style"),
+                              valueOf(attributes, "class"), std::nullopt});
     ++m_openCounts[static_cast<std::size_t>(tag)];
+}
+
+bool Pass::isWithinHidden()
+{
+    m_hasLooked = true;
+    const auto asked =
+        std::find_if(m_openElements.rbegin(), m_openElements.rend(),
+                     [](const OpenElement& element) { return element.hidesContent.has_value(); });
+    bool isHidden = asked != m_openElements.rend() && *asked->hidesContent;
+    for (auto element = asked.base(); element != m_openElements.end(); ++element) {
+        if (!isHidden) {
+            ImageLook look = ImageLook::ofStyle(element->style);
+            look.add(m_rules.of(QString::fromLatin1(HTMLVocabulary::nameOf(element->tag)), element->classes));
+            isHidden = element->isHidden || look.hidesContent();
+        }
+        element->hidesContent = isHidden;
+    }
+    return isHidden;
 }
 
 OutputAttributes Pass::outputAttributes(const RawAttributes& raw) const
@@ -239,7 +320,7 @@ OutputAttributes Pass::outputAttributes(const RawAttributes& raw) const
             continue;
         QString value = decodeEntities(Text::fromRepairedUTF8(attribute.value));
         if (attribute.attribute == style)
-            value = sanitizeCSS(value);
+            value = safeStyle(value);
         attributes.push_back({HTMLVocabulary::nameOfAttribute(attribute.attribute), std::move(value)});
     }
     return attributes;
@@ -266,8 +347,11 @@ void Pass::endTag(Tag tag)
     static const Tag link = HTMLVocabulary::allowedTag("a");
     if (tag == link)
         finishLink();
-    const auto found = std::find(m_openTags.rbegin(), m_openTags.rend(), tag);
-    closeDownTo(static_cast<std::size_t>(m_openTags.rend() - found) - 1);
+    if (hasOpenLink() && partsText(tag, {}))
+        partLinkText();
+    const auto found = std::find_if(m_openElements.rbegin(), m_openElements.rend(),
+                                    [tag](const OpenElement& element) { return element.tag == tag; });
+    closeDownTo(static_cast<std::size_t>(m_openElements.rend() - found) - 1);
 }
 
 void Pass::writeEndTag(Tag tag)
@@ -279,11 +363,11 @@ void Pass::writeEndTag(Tag tag)
 
 void Pass::closeDownTo(std::size_t depth)
 {
-    while (m_openTags.size() > depth) {
-        const Tag tag = m_openTags.back();
+    while (m_openElements.size() > depth) {
+        const Tag tag = m_openElements.back().tag;
         writeEndTag(tag);
         --m_openCounts[static_cast<std::size_t>(tag)];
-        m_openTags.pop_back();
+        m_openElements.pop_back();
     }
 }
 
@@ -294,7 +378,7 @@ void Pass::applyLinkRule(const RawAttributes& raw, OutputAttributes& attributes)
     if (hasOpenLink()) {
         finishLink();
         writeEndTag(link);
-        std::erase(m_openTags, link);
+        std::erase_if(m_openElements, [](const OpenElement& element) { return element.tag == link; });
         m_openCounts[static_cast<std::size_t>(link)] = 0;
     }
     const QString target =
@@ -307,7 +391,7 @@ void Pass::applyLinkRule(const RawAttributes& raw, OutputAttributes& attributes)
         return;
     m_currentLink = m_result.links.size();
     m_result.links.append({*url, {}});
-    std::erase_if(attributes, [](const OutputAttribute& attribute) { return attribute.name == "title"; });
+    removeTitle(attributes);
     if (m_options.indirectLinks) {
         attributes.insert(attributes.begin(), {"href", linkPrefix + QString::number(m_currentLink)});
         attributes.push_back({"title", LinkCleaner::clean(*url).absoluteString()});
@@ -316,14 +400,32 @@ void Pass::applyLinkRule(const RawAttributes& raw, OutputAttributes& attributes)
     }
 }
 
+void Pass::partLinkText()
+{
+    m_partedLinkText += ' ';
+    m_seenLinkText += ' ';
+}
+
 void Pass::finishLink()
 {
     if (!hasOpenLink())
         return;
-    const QString text = decodeEntities(Text::fromRepairedUTF8(m_linkText));
-    m_result.links[m_currentLink].text = Text::trimmedSpaceAndLineEnds(text).toString();
+    const auto textOf = [](const QByteArray& bytes) {
+        const QString text = decodeEntities(Text::fromRepairedUTF8(bytes));
+        return Text::trimmedSpaceAndLineEnds(text).toString();
+    };
+    LinkRecord& link = m_result.links[m_currentLink];
+    link.text = textOf(m_linkText);
+    if (m_partedLinkText != m_linkText || m_seenLinkText != m_linkText) {
+        link.readings = {textOf(m_partedLinkText), textOf(m_seenLinkText)};
+        link.readings.removeDuplicates();
+        if (link.readings == QStringList(link.text))
+            link.readings.clear();
+    }
     m_currentLink = -1;
     m_linkText.clear();
+    m_partedLinkText.clear();
+    m_seenLinkText.clear();
 }
 
 /// Gives whether the tag is written.
@@ -331,7 +433,7 @@ bool Pass::applyImageRule(const RawAttributes& raw, OutputAttributes& attributes
 {
     if (m_options.keepsOnlyWordsOfImages)
         return true;
-    const ImageDecision decision = decideImage(raw);
+    const ImageDecision decision = decideImage(raw, attributes);
     switch (decision.fate) {
     case ImageFate::dropped:
         return false;
@@ -345,7 +447,7 @@ bool Pass::applyImageRule(const RawAttributes& raw, OutputAttributes& attributes
     return false;
 }
 
-ImageDecision Pass::decideImage(const RawAttributes& raw)
+ImageDecision Pass::decideImage(const RawAttributes& raw, const OutputAttributes& attributes)
 {
     static const HTMLVocabulary::Attribute src = HTMLVocabulary::knownAttribute("src");
     const QString source =
@@ -356,12 +458,16 @@ ImageDecision Pass::decideImage(const RawAttributes& raw)
     if (scheme == "data"_L1) {
         constexpr qsizetype longestPrefix = 15;
         const QString start = Text::lowered(source.first(std::min(source.size(), longestPrefix)));
-        const bool isAllowed = std::ranges::any_of(
-            allowedDataPrefixes, [&](QLatin1StringView prefix) { return start.startsWith(prefix); });
+        const auto isOfType = [&](QLatin1StringView prefix) {
+            // "image/png+xml" is another type.
+            const QChar behind = source.size() > prefix.size() ? source[prefix.size()] : u',';
+            return start.startsWith(prefix) && (behind == u';' || behind == u',');
+        };
+        const bool isAllowed = std::ranges::any_of(allowedDataPrefixes, isOfType);
         return isAllowed ? ImageDecision{ImageFate::kept, source} : ImageDecision{};
     }
     if (scheme == "http"_L1 || scheme == "https"_L1)
-        return decideRemoteImage(source, raw);
+        return decideRemoteImage(source, raw, attributes);
     return {};
 }
 
@@ -383,13 +489,33 @@ ImageDecision Pass::decideInlineImage(const QString& source)
             "data:"_L1 + image->mimeType + ";base64,"_L1 + QString::fromLatin1(image->data.toBase64())};
 }
 
-ImageDecision Pass::decideRemoteImage(const QString& source, const RawAttributes& raw)
+/// Whether the image tracks: as it is written, and as the page gets it.
+bool Pass::isReporting(const QString& source, const RawAttributes& raw, const OutputAttributes& attributes)
 {
-    QHash<QString, QString> attributes;
+    static const HTMLVocabulary::Attribute hidden = HTMLVocabulary::knownAttribute("hidden");
+    QHash<QString, QString> written;
     for (const HTMLReader::RawAttribute& attribute : raw)
-        attributes.insert(QString::fromLatin1(HTMLVocabulary::nameOfAttribute(attribute.attribute)),
-                          Text::fromRepairedUTF8(attribute.value));
-    if (isTracker(source, attributes)) {
+        written.insert(QString::fromLatin1(HTMLVocabulary::nameOfAttribute(attribute.attribute)),
+                       Text::fromRepairedUTF8(attribute.value));
+    if (isTracker(source, written) || (source.contains(u'%') && leadsToTracker(source)))
+        return true;
+    // Of the source all is known by now.
+    const QHash<QString, QString> shown{{u"width"_s, valueOf(attributes, "width")},
+                                        {u"height"_s, valueOf(attributes, "height")},
+                                        {u"style"_s, valueOf(attributes, "style")}};
+    if (isTracker({}, shown) || raw.value(hidden))
+        return true;
+    ImageLook look = ImageLook::ofStyle(shown.value(u"style"_s));
+    look.add(ImageLook::ofAttributes(shown.value(u"width"_s), shown.value(u"height"_s)));
+    look.add(m_rules.of(u"img", valueOf(attributes, "class")));
+    return look.hidesImage() || isWithinHidden();
+}
+
+ImageDecision Pass::decideRemoteImage(const QString& source, const RawAttributes& raw,
+                                      const OutputAttributes& attributes)
+{
+    m_hasLooked = true;
+    if (isReporting(source, raw, attributes)) {
         ++m_result.trackers;
         return {};
     }
@@ -411,6 +537,13 @@ ImageDecision Pass::decideRemoteImage(const QString& source, const RawAttributes
 QString Bodies::ofHTML(const QString& html, const SanitizerOptions& options, Sum& sum, bool keepsStyleSheets)
 {
     const QByteArray bytes = UTF8::encoded(html);
+    const Sum before = sum;
+    Pass pass(bytes, options, sum, keepsStyleSheets);
+    QString body = pass.run();
+    if (!pass.hasLateRules())
+        return body;
+    sum.result = before.result;
+    sum.inlineImageBytes = before.inlineImageBytes;
     return Pass(bytes, options, sum, keepsStyleSheets).run();
 }
 

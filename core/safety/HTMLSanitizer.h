@@ -15,7 +15,7 @@
 /// No document tree is parsed. One forward pass over the UTF-8 bytes copies text, drops what is on no
 /// allow-list, and writes each tag anew from its own parsed parts: no byte of a tag reaches the output as it
 /// came in. Elements are closed in proper order, at most `maximumOpenElements` deep. Links and images are
-/// written by their own rules alone; styles go through `sanitizeCSS`.
+/// written by their own rules alone; styles go through `safeStyle`.
 ///
 /// All operations are total and pure, callable from any thread, and linear in their input (`sanitizeCSS`: up
 /// to a logarithm), whatever the input is.
@@ -75,10 +75,19 @@ inline constexpr qsizetype maximumEntityLength = 32;
 /// to remove.
 QString sanitizeCSS(const QString& css);
 
+/// What a document gets of a style text: what `sanitizeCSS` leaves of it, without the declarations that would
+/// still load or copy a picture (`image()`, `image-set()`, `cross-fade()`, `src()`, with and without a
+/// vendor's prefix) or leave the flow (a position that isn't named as harmless, such as `var()`).
+QString safeStyle(const QString& css);
+
 /// Whether an image is there to report that the message was read: one too small to see, one made invisible,
 /// or one from a service for such reports. `source` is its URL; `attributes` are its raw attributes by
 /// lower-case name, of which "width", "height" and "style" are looked at.
 bool isTracker(const QString& source, const QHash<QString, QString>& attributes);
+
+/// Whether a URL leads to a service for such reports, by its host and path: `isTracker` without attributes,
+/// and once more on what the percent-encoding of the URL stands for.
+bool leadsToTracker(const QString& source);
 
 /// The text with "&", "<", ">" and both quotes as character references: safe as text and as a quoted
 /// attribute value.

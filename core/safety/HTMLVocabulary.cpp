@@ -20,6 +20,12 @@ constexpr std::array<std::string_view, tagCount> allowedTags{
 
 constexpr std::array<std::string_view, 5> voidTags{"br", "col", "hr", "img", "wbr"};
 
+constexpr std::array<std::string_view, 29> phraseTags{
+    "a",    "abbr",   "b",      "bdi", "bdo", "big",  "cite", "code", "del",  "dfn",
+    "em",   "font",   "i",      "ins", "kbd", "mark", "q",    "s",    "samp", "small",
+    "span", "strike", "strong", "sub", "sup", "tt",   "u",    "var",  "wbr",
+};
+
 constexpr std::array<std::string_view, 27> droppedWithContent{
     "applet", "audio",  "button",  "canvas",   "datalist", "dialog", "embed",  "frame",     "frameset",
     "iframe", "math",   "noembed", "noframes", "noscript", "object", "option", "plaintext", "portal",
@@ -27,13 +33,14 @@ constexpr std::array<std::string_view, 27> droppedWithContent{
 };
 
 constexpr std::array<std::string_view, attributeCount> attributes{
-    "abbr",   "align",   "alt",      "bgcolor", "border",  "cellpadding", "cellspacing", "class",
-    "color",  "colspan", "dir",      "face",    "headers", "height",      "href",        "lang",
-    "nowrap", "open",    "reversed", "rowspan", "scope",   "size",        "span",        "src",
-    "start",  "style",   "title",    "type",    "valign",  "width",
+    "abbr",  "align",   "alt",   "bgcolor",  "border",  "cellpadding", "cellspacing", "class",
+    "color", "colspan", "dir",   "face",     "headers", "height",      "hidden",      "href",
+    "lang",  "nowrap",  "open",  "reversed", "rowspan", "scope",       "size",        "span",
+    "src",   "start",   "style", "title",    "type",    "valign",      "width",
 };
 
 static_assert(std::ranges::is_sorted(allowedTags) && std::ranges::is_sorted(voidTags));
+static_assert(std::ranges::is_sorted(phraseTags));
 static_assert(std::ranges::is_sorted(droppedWithContent) && std::ranges::is_sorted(attributes));
 
 std::string_view view(QByteArrayView name)
@@ -70,6 +77,11 @@ bool isVoid(Tag tag)
     return indexOf(voidTags, nameOf(tag)) >= 0;
 }
 
+bool isPhrase(Tag tag)
+{
+    return indexOf(phraseTags, nameOf(tag)) >= 0;
+}
+
 bool isDroppedWithContent(QByteArrayView name)
 {
     return indexOf(droppedWithContent, name) >= 0;
@@ -88,7 +100,7 @@ QByteArrayView nameOfAttribute(Attribute attribute)
 bool isAllowed(Attribute attribute)
 {
     const QByteArrayView name = nameOfAttribute(attribute);
-    return name != "href" && name != "src";
+    return name != "hidden" && name != "href" && name != "src";
 }
 
 } // namespace Larkhaven::HTMLVocabulary

@@ -93,24 +93,6 @@ bool isLetters(QStringView label)
     return std::ranges::all_of(label, [](QChar character) { return character.isLetter(); });
 }
 
-QString registrableDomain(const QString& host)
-{
-    const QString lowered = Text::asciiLowered(host);
-    const QList<QStringView> labels = labelsOf(lowered);
-    qsizetype kept = 2;
-    if (labels.size() >= 3 && labels.back().size() == 2 &&
-        std::ranges::any_of(secondLevelLabels,
-                            [&](QLatin1StringView label) { return labels[labels.size() - 2] == label; }))
-        kept = 3;
-    QString domain;
-    for (const QStringView label : labels.last(std::min(kept, labels.size()))) {
-        if (!domain.isEmpty())
-            domain += u'.';
-        domain += label;
-    }
-    return domain;
-}
-
 /// The host that the visible text of a link names, in lower case; empty where it names none.
 QString hostOfText(const QString& text)
 {
@@ -151,6 +133,24 @@ QString readableUser(const MailURL& url)
 }
 
 } // namespace
+
+QString registrableDomain(const QString& host)
+{
+    const QString lowered = Text::asciiLowered(host);
+    const QList<QStringView> labels = labelsOf(lowered);
+    qsizetype kept = 2;
+    if (labels.size() >= 3 && labels.back().size() == 2 &&
+        std::ranges::any_of(secondLevelLabels,
+                            [&](QLatin1StringView label) { return labels[labels.size() - 2] == label; }))
+        kept = 3;
+    QString domain;
+    for (const QStringView label : labels.last(std::min(kept, labels.size()))) {
+        if (!domain.isEmpty())
+            domain += u'.';
+        domain += label;
+    }
+    return domain;
+}
 
 MailURL clean(const MailURL& url)
 {

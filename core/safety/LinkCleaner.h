@@ -40,7 +40,12 @@ struct Warning {
 /// nothing is returned as it is. Path and fragment are not looked at.
 MailURL clean(const MailURL& url);
 
+/// The registrable domain of a host by its labels alone: the last two, or the last three where the last but
+/// one is such as "co" and the last a country's.
+QString registrableDomain(const QString& host);
+
 /// The signs of deception of a link, the least alarming first. None for other schemes than http and https.
+/// NB: `LinkWarnings` knows more.
 ///
 /// Hosts in them are in lower case and in their `xn--` form, IPv6 without brackets. A user is
 /// percent-decoded, unless that would yield control or format characters, with which a sender could write

@@ -3,13 +3,18 @@
 #include "safety/MailURL.h"
 
 #include <QString>
+#include <QStringList>
 
 namespace Larkhaven {
 
 /// One link of a message.
 struct LinkRecord {
     MailURL url;  ///< the real destination
-    QString text; ///< what the message shows for it
+    QString text; ///< what the message shows for it, as it stands in the source
+
+    /// How the text may be read on the page: with blanks where blocks part it, with what seems hidden and
+    /// without. Empty where that is the text as it stands.
+    QStringList readings = {};
 
     bool operator==(const LinkRecord&) const = default;
 };

@@ -35,6 +35,9 @@ public:
     /// What stands before the "@" up to its first ":", percent-encoded; empty where there is none.
     QString user() const;
 
+    /// All that stands before the "@", percent-encoded; empty where there is none.
+    QString userInfo() const { return m_userInfo.value_or(QString()); }
+
     /// Whether an "@" stands before the host, with whatever before it.
     bool hasUserInfo() const { return m_userInfo.has_value(); }
 

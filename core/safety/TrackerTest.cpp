@@ -2,6 +2,7 @@
 #include "safety/HTMLSanitizer.h"
 #include "safety/TrackerTables.h"
 #include "safety/URLParts.h"
+#include "safety/UTF8.h"
 
 #include <algorithm>
 #include <limits>
@@ -67,6 +68,44 @@ bool isTooSmallToSee(const QHash<QString, QString>& attributes)
 }
 
 } // namespace
+
+namespace {
+
+/// The text behind the host with what is percent-encoded in ASCII decoded; the rest stays, valid or not.
+QString decodedWhereASCII(QStringView text)
+{
+    QString result;
+    result.reserve(text.size());
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const bool isEncoded = text[i] == u'%' && i + 2 < text.size() &&
+                               UTF8::isHexDigit(text[i + 1].unicode()) &&
+                               UTF8::isHexDigit(text[i + 2].unicode());
+        const unsigned value =
+            isEncoded ? UTF8::hexValue(text[i + 1].unicode()) * 16 + UTF8::hexValue(text[i + 2].unicode())
+                      : 0;
+        constexpr unsigned firstBeyondASCII = 0x80;
+        if (value == 0 || value >= firstBeyondASCII) {
+            result += text[i];
+            continue;
+        }
+        result += QChar(value);
+        i += 2;
+    }
+    return result;
+}
+
+} // namespace
+
+bool leadsToTracker(const QString& source)
+{
+    if (isTracker(source, {}))
+        return true;
+    const std::optional<URLParts> parts = URLParts::read(source);
+    if (!parts || parts->host.isEmpty())
+        return false;
+    const QString behindHost = decodedWhereASCII(QStringView(source).sliced(parts->hostEnd));
+    return containsAny(Text::lowered(behindHost), trackerPathFragments);
+}
 
 bool isTracker(const QString& source, const QHash<QString, QString>& attributes)
 {

@@ -5,7 +5,9 @@
 #include <QList>
 
 #include <algorithm>
+#include <arpa/inet.h>
 #include <array>
+#include <netinet/in.h>
 #include <unicode/uidna.h>
 
 using namespace Qt::StringLiterals;
@@ -130,6 +132,82 @@ bool isIPv6Address(QStringView text)
     const std::optional<qsizetype> before = groupCount(text.first(gap), false);
     const std::optional<qsizetype> after = groupCount(text.sliced(gap + 2), true);
     return before && after && *before + *after < groupsOfAnAddress;
+}
+
+namespace {
+
+/// A number of an IPv4 address: hexadecimal behind "0x", octal behind "0", decimal otherwise.
+std::optional<quint64> addressNumber(QStringView text)
+{
+    unsigned base = 10;
+    if (text.startsWith("0x"_L1, Qt::CaseInsensitive)) {
+        base = 16;
+        text = text.sliced(2);
+    } else if (text.size() > 1 && text.startsWith(u'0')) {
+        base = 8;
+        text = text.sliced(1);
+    } else if (text.isEmpty()) {
+        return std::nullopt;
+    }
+    constexpr quint64 highest = 0xffffffff;
+    quint64 value = 0;
+    for (const QChar digit : text) {
+        if (!UTF8::isHexDigit(digit.unicode()) || UTF8::hexValue(digit.unicode()) >= base)
+            return std::nullopt;
+        value = value * base + UTF8::hexValue(digit.unicode());
+        if (value > highest)
+            return std::nullopt;
+    }
+    return value;
+}
+
+QString dotted(quint32 address)
+{
+    return u"%1.%2.%3.%4"_s.arg(address >> 24)
+        .arg(address >> 16 & 0xff)
+        .arg(address >> 8 & 0xff)
+        .arg(address & 0xff);
+}
+
+std::optional<QString> ipv4AddressOf(QStringView host)
+{
+    if (host.endsWith(u'.'))
+        host.chop(1);
+    constexpr qsizetype mostNumbers = 4;
+    if (host.isEmpty() || host.count(u'.') >= mostNumbers)
+        return std::nullopt;
+    quint64 address = 0;
+    unsigned bits = 32;
+    const QList<QStringView> pieces = host.split(u'.');
+    for (qsizetype i = 0; i < pieces.size(); ++i) {
+        const std::optional<quint64> number = addressNumber(pieces[i]);
+        const bool isLast = i == pieces.size() - 1;
+        bits = isLast ? bits : bits - 8;
+        // The last number takes all the places that are left.
+        const quint64 highest = isLast ? (quint64{1} << bits) - 1 : 0xff;
+        if (!number || *number > highest)
+            return std::nullopt;
+        address |= isLast ? *number : *number << bits;
+    }
+    return dotted(static_cast<quint32>(address));
+}
+
+} // namespace
+
+std::optional<QString> addressOf(const QString& host)
+{
+    if (!isIPv6Address(host))
+        return ipv4AddressOf(host);
+    in6_addr address{};
+    if (inet_pton(AF_INET6, host.toLatin1().constData(), &address) != 1)
+        return std::nullopt;
+    if (IN6_IS_ADDR_V4MAPPED(&address)) {
+        const auto& bytes = address.s6_addr;
+        return dotted(static_cast<quint32>(bytes[12]) << 24 | static_cast<quint32>(bytes[13]) << 16 |
+                      static_cast<quint32>(bytes[14]) << 8 | bytes[15]);
+    }
+    std::array<char, INET6_ADDRSTRLEN> text{};
+    return QString::fromLatin1(inet_ntop(AF_INET6, &address, text.data(), text.size()));
 }
 
 } // namespace Larkhaven::URLHost

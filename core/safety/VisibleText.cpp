@@ -141,15 +141,15 @@ private:
 /// What an open element means for the text within it.
 struct Element {
     QStringView name;
-    bool hides = false;
-    bool isInvisible = false;
-    bool hasNoSize = false;
-    bool hasNoColor = false;
-    bool keepsSpace = false;
-    bool isOrdered = false; ///< of a list
-    qint64 nextNumber = 1;  ///< of an ordered list
+    Look look;
+    StyleVariables variables;
+    bool hides = false;      ///< with all that it holds
+    bool isFolded = false;   ///< a "details" that shows nothing but its summary
+    bool hasSummary = false; ///< of which the first one counts
+    bool isOrdered = false;  ///< of a list
+    qint64 nextNumber = 1;   ///< of an ordered list
 
-    bool isShown() const { return !hides && !isInvisible && !hasNoSize && !hasNoColor; }
+    bool isShown() const { return !hides && !isFolded && look.isShown(); }
 };
 
 /// Goes over the tags of a sanitized document, which are written in one form: names in lower case, values in
@@ -160,10 +160,11 @@ public:
         : m_rest(document)
         , m_limit(limit)
     {
-        m_elements.push_back({});
+        m_elements.emplace_back();
+        m_tags.emplace_back();
     }
 
-    QString text()
+    Shown shown()
     {
         collectStyles(m_rest);
         while (!m_rest.isEmpty() && !m_page.isLongerThan(m_limit)) {
@@ -173,7 +174,7 @@ public:
             if (!m_rest.isEmpty())
                 readTag();
         }
-        return m_page.taken();
+        return {m_page.taken(), m_imageWords};
     }
 
 private:
@@ -182,10 +183,6 @@ private:
 
     void collectStyles(QStringView rest)
     {
-        // The document's own head has styles that aren't the message's.
-        const qsizetype head = rest.indexOf("</head>"_L1);
-        if (head >= 0)
-            rest = rest.sliced(head);
         for (qsizetype start = rest.indexOf(styleStart); start >= 0; start = rest.indexOf(styleStart)) {
             rest = rest.sliced(start + styleStart.size());
             const qsizetype end = rest.indexOf(styleEnd);
@@ -196,10 +193,10 @@ private:
 
     void addText(QStringView raw)
     {
-        if (raw.isEmpty() || !m_elements.back().isShown())
+        const Element& element = m_elements.back();
+        if (raw.isEmpty() || !element.isShown())
             return;
-        const QString decoded = decodedReferences(raw.toString());
-        m_page.add(decoded, m_elements.back().keepsSpace);
+        m_page.add(decodedReferences(raw.toString()), element.look.keepsSpace());
     }
 
     void skipPast(QLatin1StringView end)
@@ -223,7 +220,7 @@ private:
             startTag(tag);
     }
 
-    /// The raw value of an attribute; empty where the tag has none.
+    /// The raw value of an attribute; null where the tag has none.
     static QStringView attribute(QStringView tag, const QString& name)
     {
         const QString wanted = u' ' + name + u"=\""_s;
@@ -235,31 +232,85 @@ private:
         return end < 0 ? value : value.first(end);
     }
 
+    static std::optional<CSSValues::Color> colorOf(QStringView tag, const QString& name)
+    {
+        const QString value = decodedReferences(attribute(tag, name).toString());
+        return CSSValues::legacyColor(Text::asciiLowered(QStringView(value).trimmed()));
+    }
+
+    /// Says how the innermost of the tags looks.
+    void setLook(Element& element, QStringView tag, const Element& parent)
+    {
+        static const std::vector<StyleDeclaration> likeTheText =
+            StyleDeclaration::read(u"color:inherit!important");
+        const QStringView name = m_tags.back().name;
+        // The reader takes the styles of links that lead nowhere away.
+        const bool isDead = name == "a"_L1 && attribute(tag, u"href"_s).isNull();
+        const QStringView written = isDead ? QStringView() : attribute(tag, u"style"_s);
+        const std::vector<StyleDeclaration> own =
+            StyleDeclaration::read(decodedReferences(written.toString()));
+        DeclaredStyle style;
+        if (!m_rules.find(m_tags, style))
+            m_rest = {};
+        style.add(own, DeclaredStyle::ofAttribute, 0);
+        if (isDead)
+            style.add(likeTheText, DeclaredStyle::ofAttribute, 0);
+        element.variables = style.resolve(parent.variables);
+        const bool hasGround = name == "table"_L1 || name == "td"_L1 || name == "th"_L1 || name == "tr"_L1 ||
+                               name == "tbody"_L1 || name == "thead"_L1 || name == "tfoot"_L1;
+        Look::Hints hints;
+        if (hasGround)
+            hints.ground = colorOf(tag, u"bgcolor"_s);
+        if (name == "font"_L1)
+            hints.ink = colorOf(tag, u"color"_s);
+        element.look = parent.look.within(name, style, hints);
+    }
+
     void startTag(QStringView tag)
     {
         const qsizetype space = tag.indexOf(u' ');
         const QStringView name = space < 0 ? tag : tag.first(space);
-        const Element& parent = m_elements.back();
-        Element element = parent;
+        StyledTag styled{name, {}};
+        for (const QStringView one : attribute(tag, u"class"_s).tokenize(u' ', Qt::SkipEmptyParts)) {
+            if (styled.classes.size() < StyleRules::mostClasses)
+                styled.classes.append(one.trimmed());
+        }
+        m_tags.push_back(styled);
+        Element& parent = m_elements.back();
+        Element element;
         element.name = name;
-        element.keepsSpace = parent.keepsSpace || name == "pre"_L1;
+        setLook(element, tag, parent);
+        const bool isSummary = parent.isFolded && name == "summary"_L1 && !parent.hasSummary;
+        parent.hasSummary = parent.hasSummary || isSummary;
+        element.hides = parent.hides || element.look.isGone() || (parent.isFolded && !isSummary);
+        element.isFolded = name == "details"_L1 && attribute(tag, u"open"_s).isNull();
         element.isOrdered = name == "ol"_L1;
-        const QString style = decodedReferences(attribute(tag, u"style"_s).toString());
-        const HidingDeclarations own = HidingDeclarations::read(style);
-        element.hides = parent.hides || own.hides || m_rules.hide(name, attribute(tag, u"class"_s));
-        element.isInvisible = own.isInvisible.value_or(parent.isInvisible);
-        element.hasNoSize = own.hasNoSize.value_or(parent.hasNoSize);
-        element.hasNoColor = own.hasNoColor.value_or(parent.hasNoColor);
         element.nextNumber = std::max<qint64>(attribute(tag, u"start"_s).toLongLong(), 1);
-        if (element.isShown() || !element.hides)
+        if (name == "img"_L1 && m_imageWords.size() < mostImages)
+            addWordsOfImage(tag);
+        if (!element.hides)
             layOut(element);
-        if (!isOneOf(name, voidTags))
+        if (isOneOf(name, voidTags))
+            m_tags.pop_back();
+        else
             m_elements.push_back(element);
+    }
+
+    void addWordsOfImage(QStringView tag)
+    {
+        const QString words =
+            decodedReferences(attribute(tag, u"alt"_s).left(longestWords).toString()).simplified();
+        if (!words.isEmpty())
+            m_imageWords.append(words);
     }
 
     void layOut(const Element& element)
     {
         const QStringView name = element.name;
+        if (name == "br"_L1) {
+            for (Element& open : m_elements)
+                open.look.endFirstLine();
+        }
         if (name == "br"_L1 && element.isShown())
             m_page.endLine();
         else if (name == "td"_L1 || name == "th"_L1)
@@ -285,12 +336,16 @@ private:
         if (found == m_elements.rend() - 1)
             return;
         const auto place = found.base() - 1;
+        const auto tag = m_tags.begin() + (place - m_elements.begin());
         const bool isHidden = place->hides;
         // A link may end before what it holds does.
-        if (name == "a"_L1)
+        if (name == "a"_L1) {
             m_elements.erase(place);
-        else
+            m_tags.erase(tag);
+        } else {
             m_elements.erase(place, m_elements.end());
+            m_tags.erase(tag, m_tags.end());
+        }
         if (isHidden)
             return;
         if (isOneOf(name, blockTags))
@@ -301,16 +356,23 @@ private:
 
     QStringView m_rest;
     qsizetype m_limit;
-    HidingRules m_rules;
+    StyleRules m_rules;
     std::vector<Element> m_elements; ///< the open ones, below them the document
+    std::vector<StyledTag> m_tags;   ///< of these
+    QStringList m_imageWords;
     Page m_page;
 };
 
 } // namespace
 
+Shown shownOf(const QString& document, qsizetype limit)
+{
+    return Walk(document, limit).shown();
+}
+
 QString ofSanitized(const QString& document, qsizetype limit)
 {
-    return Walk(document, limit).text();
+    return shownOf(document, limit).text;
 }
 
 QString decodedReferences(const QString& text)

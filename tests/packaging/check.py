@@ -109,7 +109,7 @@ def package(build):
     for name in FILES:
         demand(f"./usr/{name}" in files, f"{name} is not in the package")
     needed = run("dpkg-deb", "--field", path, "Depends")
-    for name in ("breeze-icon-theme", "libqt6svg6", "libqt6webenginewidgets6", "libenchant-2-2", "libsecret-1-0", "libssl3"):
+    for name in ("breeze-icon-theme", "publicsuffix", "libpsl5", "libqt6svg6", "libqt6webenginewidgets6", "libenchant-2-2", "libsecret-1-0", "libssl3"):
         demand(re.search(rf"\b{re.escape(name)}\b", needed), f"{name} is not needed: {needed}")
     # As any user: the checks want no root.
     found = run("lintian", "--fail-on", "error,warning", "--allow-root", "--no-cfg", path)

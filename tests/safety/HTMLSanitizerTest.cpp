@@ -381,10 +381,10 @@ TEST(HTMLSanitizer, RemovesTrackersInBothCases)
     }
 }
 
-TEST(HTMLSanitizer, TestsTheFirstRawAttributeForTrackers)
+TEST(HTMLSanitizer, TestsTheFirstAttributeForTrackersRawAndDecoded)
 {
     EXPECT_EQ(HTMLSanitizer::sanitize(u"<img src=http://x/a.png width=9 width=1>"_s, {}).trackers, 0);
-    EXPECT_EQ(HTMLSanitizer::sanitize(u"<img src=http://x/a.png width='&#49;'>"_s, {}).trackers, 0);
+    EXPECT_EQ(HTMLSanitizer::sanitize(u"<img src=http://x/a.png width='&#49;'>"_s, {}).trackers, 1);
     EXPECT_EQ(HTMLSanitizer::sanitize(u"<img src=http://x/a.png WIDTH=1 width=9>"_s, {}).trackers, 1);
 }
 

