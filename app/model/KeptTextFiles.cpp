@@ -1,6 +1,7 @@
 #include "model/KeptTextFiles.h"
 
 #include "domain/Coding.h"
+#include "domain/FileName.h"
 #include "domain/LocalizedError.h"
 
 #include <QCborArray>
@@ -97,7 +98,7 @@ QList<OutgoingAttachment> decodedAttachments(const QCborArray& array)
     QList<OutgoingAttachment> attachments;
     for (const auto& value : array) {
         const QCborMap map = value.toMap();
-        attachments.append({QUuid::createUuid(), map.value("filename"_L1).toString(),
+        attachments.append({QUuid::createUuid(), FileName::shown(map.value("filename"_L1).toString()),
                             map.value("mimeType"_L1).toString(), map.value("data"_L1).toByteArray()});
     }
     return attachments;

@@ -1,5 +1,6 @@
 #include "app/platform/BrowserProcess.h"
 
+#include "app/platform/ProcessPrivacy.h"
 #include "platform/Tasks.h"
 
 #include <QCoreApplication>
@@ -37,6 +38,7 @@ BrowserProcess::BrowserProcess(QStringList line, std::shared_ptr<BrowserProfile>
     m_process->setStandardErrorFile(QProcess::nullDevice());
     m_process->setChildProcessModifier([isOurs = m_profile != nullptr] {
         ::setpgid(0, 0);
+        ProcessPrivacy::giveBack();
         // The browser of a sign-in that nobody waits for any more ends with the program, however that ends.
         if (isOurs)
             ::prctl(PR_SET_PDEATHSIG, SIGTERM);

@@ -1,5 +1,7 @@
 #include "app/platform/Relaunch.h"
 
+#include "app/platform/ProcessPrivacy.h"
+
 #include <QCoreApplication>
 #include <QProcess>
 
@@ -19,6 +21,9 @@ Relaunch::Relaunch(QString program, QStringList arguments)
 
 bool Relaunch::start() const
 {
+    // QProcess asks no modifier where it starts something that is to outlive it; by now this process has
+    // nothing left to keep.
+    ProcessPrivacy::giveBack();
     return QProcess::startDetached(m_program, m_arguments);
 }
 

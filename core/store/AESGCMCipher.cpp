@@ -49,7 +49,7 @@ bool updateAll(Update update, EVP_CIPHER_CTX* context, char* out, const char* in
     return true;
 }
 
-std::optional<QByteArray> sealed(const QByteArray& key, const QByteArray& nonce, const QByteArray& plaintext)
+std::optional<QByteArray> sealed(const SecretBytes& key, const QByteArray& nonce, const QByteArray& plaintext)
 {
     const Context context(EVP_CIPHER_CTX_new());
     QByteArray box(AESGCMCipher::nonceSize + plaintext.size() + AESGCMCipher::tagSize, Qt::Uninitialized);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "domain/LocalizedError.h"
+#include "platform/SecretBytes.h"
 #include "store/CacheCipher.h"
 
 namespace Larkhaven {
@@ -40,7 +41,7 @@ public:
     QByteArray open(const QByteArray& sealed) const override;
 
 private:
-    QByteArray m_key;
+    SecretBytes m_key;
 };
 
 } // namespace Larkhaven

@@ -40,6 +40,12 @@ class TourTest(unittest.TestCase):
         self.assertEqual([os.path.basename(line) for line in lines], names)
         self.assertEqual(sorted(os.listdir(self.screenshots)), sorted(names))
         self.assertEqual(support.without_ours(outcome.stderr), "")
+        home = os.path.join(self.session, "home")
+        ours = [os.path.join(root, name) for place in (".cache/Larkhaven", ".config/larkhaven") for root, folders, files in
+                os.walk(os.path.join(home, place)) for name in [".", *files]]
+        self.assertTrue(any(name.endswith("larkhaven.ini") for name in ours))
+        self.assertTrue(any(os.sep + "messages" + os.sep in name for name in ours))
+        self.assertEqual([name for name in ours if os.stat(name).st_mode & 0o077], [], "others can reach these")
 
     def test_what_the_engine_says_can_be_asked_for_and_so_can_our_own_complaints_be_seen(self):
         outcome = self.tour([self.program, self.screenshots], QT_LOGGING_RULES="qt.webenginecontext.info=true")

@@ -99,7 +99,7 @@ TEST_F(KeptTextsTest, GivesBackEveryFieldOfAText)
     full.attempt = ComposeDraft::Attempt{u"1@x"_s, second, "digest"};
     full.notices = {u"Left out: x"_s};
     full.attachments = {{QUuid::createUuid(), u"a.txt"_s, u"text/plain"_s, "one"},
-                        {QUuid::createUuid(), u"b.txt"_s, u"text/html"_s, "two"}};
+                        {QUuid::createUuid(), u"b.pdf\u2060\u2028\u202e .txt"_s, u"text/html"_s, "two"}};
     keep(full);
     restart();
     const QList<ComposeDraft> found = recover(first);
@@ -124,7 +124,7 @@ TEST_F(KeptTextsTest, GivesBackEveryFieldOfAText)
     EXPECT_EQ(back.references, full.references);
     EXPECT_EQ(back.notices, full.notices);
     ASSERT_EQ(back.attachments.size(), 2);
-    EXPECT_EQ(back.attachments[1].filename, u"b.txt");
+    EXPECT_EQ(back.attachments[1].filename, u"b.pdf .txt") << "an earlier version kept what hides";
     EXPECT_EQ(back.attachments[1].mimeType, u"text/html");
     EXPECT_EQ(back.attachments[1].data, "two");
 }
