@@ -3,6 +3,7 @@
 #include "model/AppModel.h"
 #include "platform/Tasks.h"
 
+#include <QFile>
 #include <QSaveFile>
 
 #include <algorithm>
@@ -38,7 +39,10 @@ private:
 void writeFile(const QString& path, const QByteArray& bytes)
 {
     QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit())
+    // A file that is replaced would pass on what it may do.
+    const bool isReady =
+        file.open(QIODevice::WriteOnly) && file.setPermissions(QFile::ReadOwner | QFile::WriteOwner);
+    if (!isReady || file.write(bytes) != bytes.size() || !file.commit())
         throw SaveError(file.errorString());
 }
 

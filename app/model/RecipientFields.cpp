@@ -58,8 +58,9 @@ bool RecipientFields::takesRoom(const QString& piece)
 
 QString RecipientFields::addressText(const EmailAddress& address)
 {
-    if (!address.name)
-        return MessageComposer::editableAddress(address);
+    // A name that can't be seen isn't written by a user either.
+    if (!address.name || !ShownText::hasInk(*address.name))
+        return MessageComposer::editableAddress(EmailAddress(std::nullopt, address.address));
     const DraftGate::Passed name = DraftGate::line(*address.name, DraftGate::longestName);
     m_hasCutNames = m_hasCutNames || !name.isWhole();
     return MessageComposer::editableAddress(
@@ -155,15 +156,14 @@ QList<EmailAddress> RecipientFields::addresses(const MIMEHeaders& headers, QStri
 {
     const QString raw = headers.value(name).value_or(QString());
     const std::optional<QList<EmailAddress>> exact = exactAddresses(raw);
-    const bool isReadWhole = raw.size() <= MailEncoding::maxHeaderBytes / 4 || !raw.contains("=?"_L1);
-    if (!exact && isReadWhole)
-        return AddressParser::parseList(MailEncoding::decodeHeader(raw));
-    // A name is decoded by itself: as a whole the list would be cut, and a comma within a name would
-    // separate.
+    // A name is decoded by itself: decoded as a whole, a name could hold further addresses.
     QList<EmailAddress> addresses = exact ? *exact : AddressParser::parseList(raw);
     for (EmailAddress& address : addresses) {
         if (address.name)
             address = EmailAddress(MailEncoding::decodeHeader(*address.name), address.address);
+        // No address is encoded (RFC 2047, 5). In brackets it is none, and is named among those left out.
+        if (address.address.contains("=?"_L1))
+            address.address = u'<' + MailEncoding::decodeHeader(address.address) + u'>';
     }
     return addresses;
 }

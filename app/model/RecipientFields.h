@@ -26,7 +26,8 @@ public:
     /// Whether nobody and nothing was left out.
     bool isWhole() const { return m_refused.isEmpty() && m_tooMany == 0 && !m_hasCutNames; }
 
-    /// The addresses of a field of a received message, all of them, however long its list is.
+    /// The addresses of a field of a received message, all of them, however long its list is: those that it
+    /// holds before anything is decoded.
     static QList<EmailAddress> addresses(const MIMEHeaders& headers, QStringView name);
 
 private:

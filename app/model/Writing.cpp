@@ -1,5 +1,6 @@
 #include "model/Writing.h"
 
+#include "domain/FileName.h"
 #include "domain/MailError.h"
 #include "domain/ShownText.h"
 #include "domain/Text.h"
@@ -9,6 +10,7 @@
 #include "format/RecipientField.h"
 #include "format/SenderReader.h"
 #include "model/DraftGate.h"
+#include "model/QuotedText.h"
 #include "model/RecipientFields.h"
 #include "safety/HTMLSanitizer.h"
 #include "safety/VisibleText.h"
@@ -48,30 +50,22 @@ ComposeDraft emptyDraft(const Setting& setting)
 QList<OutgoingAttachment> outgoingAttachments(const ParsedMessage& message)
 {
     QList<OutgoingAttachment> attachments;
-    for (const MailAttachment& attachment : message.attachments)
-        attachments.append({QUuid::createUuid(), attachment.filename, attachment.mimeType, attachment.data});
+    for (const MailAttachment& attachment : message.attachments) {
+        const QString name = FileName::shown(attachment.filename);
+        attachments.append({QUuid::createUuid(), name, attachment.mimeType, attachment.data});
+    }
     return attachments;
 }
 
-/// The text of a message as it is shown, or what else is known of it.
-QString plainText(const ParsedMessage& message, const QString& snippet)
+/// The text of a stored draft.
+QString storedText(const ParsedMessage& message)
 {
-    // Newsletters often come with a plain text that is blank.
     const bool isBlank = !message.textBody || Text::trimmedSpaceAndLineEnds(*message.textBody).isEmpty();
-    if (message.textBody && (!isBlank || !message.htmlBody))
-        return *message.textBody;
-    if (!message.htmlBody)
-        return snippet;
+    if (!message.htmlBody || !isBlank)
+        return message.textBody.value_or(QString());
     // More than the gate lets through, so that it says that there was more. It doesn't count line ends.
     constexpr qsizetype enough = DraftGate::mostCharacters + DraftGate::mostLines + 1;
-    const SanitizedHTML sanitized = HTMLSanitizer::sanitize(*message.htmlBody, {});
-    return VisibleText::ofSanitized(sanitized.document, enough);
-}
-
-/// As much of the text as an answer takes up.
-Passed quotable(const ParsedMessage& message, const QString& snippet)
-{
-    return DraftGate::text(plainText(message, snippet), Texts::tr("[The rest of the message is left out.]"));
+    return VisibleText::ofSanitized(HTMLSanitizer::sanitize(*message.htmlBody, {}).document, enough);
 }
 
 /// Sets the subject, as much of it as a draft takes up.
@@ -97,12 +91,17 @@ bool areNamesShown(const Sender& sender)
     return sender.names != Sender::Names::lookLikeAnotherAddress;
 }
 
-/// Whom a message is from, in the words of a forward.
-QString senderText(const Sender& sender)
+bool hasName(const EmailAddress& address)
+{
+    return address.name && ShownText::hasInk(*address.name);
+}
+
+/// Addresses in the words of a forward.
+QString addressesText(const QList<EmailAddress>& addresses, bool areNamed)
 {
     QStringList texts;
-    for (const EmailAddress& address : sender.addresses) {
-        const bool isNamed = address.name && areNamesShown(sender);
+    for (const EmailAddress& address : addresses) {
+        const bool isNamed = areNamed && hasName(address);
         texts.append(isNamed ? u"%1 <%2>"_s.arg(*address.name, address.address) : address.address);
     }
     return texts.join(u", "_s);
@@ -111,25 +110,37 @@ QString senderText(const Sender& sender)
 /// What a forwarded message says of itself, each line as long as an editor can take it.
 QString forwardHead(const MIMEHeaders& headers)
 {
-    const QString head =
-        MessageComposer::forwardBody(headers, senderText(SenderReader::read(headers)), QString());
+    const Sender sender = SenderReader::read(headers);
+    const QString from = addressesText(sender.addresses, areNamesShown(sender));
+    const QString to = addressesText(RecipientFields::addresses(headers, u"To"), true);
+    const QString head = MessageComposer::forwardBody(headers, from, to, QString());
     QStringList lines;
     for (const QStringView line : QStringView(head).tokenize(u'\n'))
         lines.append(ShownText::line(line, DraftGate::longestLine));
     return DraftGate::text(lines.join(u'\n'), {}).text;
 }
 
-/// The name under which the message is saved as a file, of at most 255 bytes.
+/// As much of the text as an answer takes up.
+Passed quotable(const QString& text)
+{
+    return DraftGate::text(text, Texts::tr("[The rest of the message is left out.]"));
+}
+
+/// The text of a message for an answer or a forward.
+QuotedText::Quoted quoted(const ParsedMessage& message, const QString& snippet)
+{
+    return QuotedText::of(message, snippet, [](const MIMEHeaders& headers) {
+        return forwardHead(headers).split(u'\n', Qt::SkipEmptyParts);
+    });
+}
+
+/// The name under which the message is saved as a file.
 QString savedName(const QString& subject)
 {
     constexpr qsizetype mostCharacters = 80;
-    constexpr qsizetype mostBytes = 255;
-    const QString ending = u".eml"_s;
-    QString name = MIMEParser::safeFilename(subject.isEmpty() ? Texts::tr("Message") : subject);
-    name = Text::prefix(ShownText::line(name, mostCharacters * 4), mostCharacters);
-    while (name.toUtf8().size() + ending.size() > mostBytes)
-        name.chop(name.back().isLowSurrogate() ? 2 : 1);
-    return name + ending;
+    const QString name = MIMEParser::safeFilename(subject.isEmpty() ? Texts::tr("Message") : subject);
+    return FileName::shown(Text::prefix(ShownText::line(name, mostCharacters * 4), mostCharacters) +
+                           u".eml"_s);
 }
 
 std::optional<QString> trimmedHeader(const MIMEHeaders& headers, QStringView name)
@@ -367,12 +378,19 @@ ComposeDraft reply(const Setting& setting, const ParsedMessage& message, const Q
     setSubject(draft, message, MessageComposer::replySubject);
     const EmailAddress writer = sender.addresses.value(0);
     const auto shown = [](const QString& text) { return ShownText::line(text, DraftGate::longestName); };
+    const bool isOne = SenderReader::distinctAddresses(sender) == 1;
     const std::optional<QString> name =
-        writer.name && areNamesShown(sender) ? std::optional(shown(*writer.name)) : std::nullopt;
+        isOne && hasName(writer) && areNamesShown(sender) ? std::optional(shown(*writer.name)) : std::nullopt;
+    // Of several none writes for the others.
     const std::optional<QString> address =
-        sender.addresses.isEmpty() ? std::nullopt : std::optional(shown(writer.address));
+        sender.addresses.isEmpty() ? std::nullopt
+                                   : std::optional(shown(isOne ? writer.address : sender.addressText()));
+    const QuotedText::Quoted quote = quoted(message, snippet);
     draft.body = setting.signature +
-                 MessageComposer::quotedReply(quotable(message, snippet).text, name, address, headers.date());
+                 MessageComposer::quotedReply(quotable(quote.text).text, name, address, headers.date());
+    if (quote.hasOtherText)
+        draft.notices.append(
+            Texts::tr("The message holds two different texts; the quote is the one that is shown."));
     draft.inReplyTo = boundedID(headers.messageID());
     draft.references = headers.references();
     if (draft.inReplyTo)
@@ -383,7 +401,7 @@ ComposeDraft reply(const Setting& setting, const ParsedMessage& message, const Q
 
 bool isCut(const ParsedMessage& message, const QString& snippet)
 {
-    return message.isIncomplete || quotable(message, snippet).isCut;
+    return message.isIncomplete || quotable(quoted(message, snippet).text).isCut;
 }
 
 ComposeDraft forward(const Setting& setting, const ParsedMessage& message, const QString& snippet,
@@ -391,7 +409,11 @@ ComposeDraft forward(const Setting& setting, const ParsedMessage& message, const
 {
     ComposeDraft draft = emptyDraft(setting);
     setSubject(draft, message, MessageComposer::forwardSubject);
-    const DraftGate::Passed text = quotable(message, snippet);
+    const QuotedText::Quoted quote = quoted(message, snippet);
+    const DraftGate::Passed text = quotable(quote.text);
+    if (quote.hasOtherText)
+        draft.notices.append(
+            Texts::tr("The message holds two different texts; only the one that is shown is forwarded."));
     draft.body = setting.signature + forwardHead(message.headers) + text.text;
     draft.attachments = outgoingAttachments(message);
     if (!raw || (!text.isCut && !message.isIncomplete))
@@ -425,7 +447,7 @@ ComposeDraft storedDraft(const Setting& setting, const ParsedMessage& message, c
         draft.notices.append(Texts::tr("Parts of the draft could not be read, and were left out."));
 
     const QString rest = Texts::tr("[The rest of the draft is left out.]");
-    const DraftGate::Passed body = DraftGate::text(plainText(message, {}), rest);
+    const DraftGate::Passed body = DraftGate::text(storedText(message), rest);
     draft.body = body.text;
     if (message.htmlBody) {
         // As the editor may load it: nothing in it loads anything.

@@ -34,6 +34,15 @@ ComposeDraft repliedToAll(const QByteArray& raw)
     return replied(raw, Writing::Recipients::all);
 }
 
+/// To whom the text of a field goes.
+QStringList addressesIn(const QString& field)
+{
+    QStringList addresses;
+    for (const RecipientField::Piece& piece : RecipientField::read(field))
+        addresses.append(piece.address ? piece.address->address : piece.text);
+    return addresses;
+}
+
 ComposeDraft forwarded(const QByteArray& raw)
 {
     const ParsedMessage message = MIMEParser::parse(raw);
@@ -155,7 +164,7 @@ TEST(Writing, QuotesTheTextOfAMessageThatIsHTMLAloneAsItIsShown)
 TEST(Writing, PrefersThePlainTextAndHasThePreviewWhereThereIsNeither)
 {
     EXPECT_TRUE(replied("Content-Type: multipart/alternative; boundary=b\r\n\r\n--b\r\n\r\nPlain\r\n--b\r\n"
-                        "Content-Type: text/html\r\n\r\n<p>HTML</p>\r\n--b--")
+                        "Content-Type: text/html\r\n\r\n<p><b>PLAIN</b></p>\r\n--b--")
                     .body.endsWith(u"> Plain"_s));
     EXPECT_TRUE(replied("Content-Type: application/pdf\r\n\r\nx").body.endsWith(u"> Preview"_s));
 }
@@ -176,6 +185,20 @@ TEST(Writing, CutsAQuoteAndCarriesTheOriginalOfACutForward)
     EXPECT_EQ(draft.attachments[0].data, raw);
     EXPECT_EQ(draft.notices.size(), 1);
     EXPECT_TRUE(draft.notices.value(0).contains(u"“Long_ ä.eml”"_s));
+}
+
+TEST(Writing, ForwardsFilesUnderNamesThatHideNothing)
+{
+    const QByteArray raw =
+        "Content-Type: application/pdf\r\nContent-Disposition: attachment; filename*=utf-8''" +
+        QString(u"in\u2060voice.pdf"_s + QString(80, QChar(0x2800)) + u"\u2028.e\u3164xe"_s)
+            .toUtf8()
+            .toPercentEncoding() +
+        "\r\n\r\nx";
+    EXPECT_EQ(forwarded(raw).attachments.value(0).filename, u"invoice.pdf .exe");
+    const ParsedMessage stored = MIMEParser::parse(raw);
+    EXPECT_EQ(Writing::storedDraft(setting(), stored, u"1"_s).attachments.value(0).filename,
+              u"invoice.pdf .exe");
 }
 
 TEST(Writing, CarriesNoOriginalOfAForwardThatIsWhole)
@@ -242,6 +265,80 @@ TEST(Writing, NamesAddressesThatWouldNotStayTheSame)
     for (const QString& address : draft.notices)
         EXPECT_FALSE(address.contains(QChar(0x202e)));
     EXPECT_EQ(draft.notices.size(), 5);
+}
+
+TEST(Writing, AddsNobodyWhomANameHolds)
+{
+    struct Row {
+        const char* field;
+        const char* receivers;
+    };
+    // Each name stands before ann@x.example, which alone gets the answer.
+    for (const Row& row : {
+             Row{"=?utf-8?q?evil=40y.example=2C?= <ann@x.example>", "\"evil@y.example,\" <ann@x.example>"},
+             Row{"=?utf-8?b?ZXZpbEB5LmV4YW1wbGUs?= <ann@x.example>", "\"evil@y.example,\" <ann@x.example>"},
+             Row{"=?utf-8?q?a=2C_evil=40y.example=2C_b?= <ann@x.example>",
+                 "\"a, evil@y.example, b\" <ann@x.example>"},
+             Row{"=?utf-8?q?=3Cevil=40y.example=3E=2C?= <ann@x.example>",
+                 "\"<evil@y.example>,\" <ann@x.example>"},
+             Row{"\"evil@y.example, \" <ann@x.example>", "\"evil@y.example,\" <ann@x.example>"},
+             Row{"=?utf-8?q?evil=40y.example=2C?= <ann@x.example>, \"no end",
+                 "\"evil@y.example,\" <ann@x.example>"},
+             Row{"=?utf-8?q?evil=40y.example=2C?= <ann@x.example>, x <",
+                 "\"evil@y.example,\" <ann@x.example>"},
+             Row{"=?utf-8?q?evil=40y.example?=, ann@x.example", "ann@x.example"},
+             Row{"=?utf-8?q?evil=40y.example?= ann@x.example", ""},
+             Row{"=?utf-8?q?evil=40y.example?= <ann@x.example> <", ""},
+             Row{"ann@x.example", "ann@x.example"},
+             Row{"=?utf-8?q?=E2=A0=80?= <ann@x.example>", "ann@x.example"},
+             Row{"=?utf-8?q?=E3=85=A4?= <ann@x.example>", "ann@x.example"},
+             Row{"=?utf-8?q?=E2=80=8B?= <ann@x.example>", "ann@x.example"},
+             Row{"=?utf-8?q?J=C3=B6rg?= <ann@x.example>", "\"Jörg\" <ann@x.example>"},
+             Row{"=?utf-8?q?Doe=2C_Ann?= <ann@x.example>", "\"Doe, Ann\" <ann@x.example>"},
+         }) {
+        const QByteArray field(row.field);
+        const QByteArray raw = "From: bob@x.example\r\nTo: " + field + "\r\n\r\nHi";
+        EXPECT_FALSE(addressesIn(repliedToAll(raw).cc).contains(u"evil@y.example"_s)) << row.field;
+        EXPECT_EQ(repliedToAll(raw).cc, QString::fromUtf8(row.receivers)) << row.field;
+        // Whoever can't be read is named.
+        EXPECT_EQ(repliedToAll(raw).notices.isEmpty(), !repliedToAll(raw).cc.isEmpty()) << row.field;
+        EXPECT_FALSE(addressesIn(repliedToAll("From: bob@x.example\r\nCc: " + field + "\r\n\r\nHi").cc)
+                         .contains(u"evil@y.example"_s))
+            << row.field;
+    }
+}
+
+TEST(Writing, ForwardsTheReceiversThatTheFieldHasBeforeItIsDecoded)
+{
+    EXPECT_TRUE(forwarded("To: =?utf-8?q?evil=40y.example=2C?= <ann@x.example>\r\n\r\nHi")
+                    .body.contains(u"\nTo: evil@y.example, <ann@x.example>\n"_s));
+    EXPECT_TRUE(forwarded("To: =?utf-8?q?=E2=A0=80?= <ann@x.example>\r\n\r\nHi")
+                    .body.contains(u"\nTo: ann@x.example\n"_s))
+        << "the name can't be seen";
+}
+
+TEST(Writing, HasNoNameThatCannotBeSeen)
+{
+    for (const char* const name :
+         {"=?utf-8?q?=E2=A0=80=E2=A0=80?=", "=?utf-8?q?=E3=85=A4?=", "=?utf-8?q?=E1=85=9F?=",
+          "=?utf-8?q?=EF=BE=A0?=", "=?utf-8?q?=E2=80=8B?=", "=?utf-8?q?=F3=A0=81=81?="}) {
+        const QByteArray raw = "From: " + QByteArray(name) + " <ann@x.example>\r\n\r\nHi";
+        EXPECT_EQ(replied(raw).to, u"ann@x.example") << name;
+        EXPECT_TRUE(replied(raw).body.contains(u", ann@x.example wrote:"_s)) << name;
+        EXPECT_TRUE(forwarded(raw).body.contains(u"\nFrom: ann@x.example\n"_s)) << name;
+    }
+}
+
+TEST(Writing, LetsNoneOfSeveralWriteForTheOthers)
+{
+    const QByteArray several = "From: Ceo <ceo@bank.example>, x@evil.example\r\n";
+    const auto quoteOf = [&](const QByteArray& sender) { return replied(several + sender + "\r\nHi").body; };
+    EXPECT_TRUE(quoteOf({}).contains(u", ceo@bank.example, x@evil.example wrote:"_s));
+    EXPECT_TRUE(
+        quoteOf("Sender: x@evil.example\r\n").contains(u", x@evil.example, ceo@bank.example wrote:"_s))
+        << "who sent it goes first";
+    EXPECT_EQ(replied(several + "Sender: x@evil.example\r\n\r\nHi").to,
+              u"\"Ceo\" <ceo@bank.example>, x@evil.example");
 }
 
 TEST(Writing, NamesAGroupThatKeepsItsLabel)
