@@ -51,6 +51,21 @@
     </message>
 </context>
 <context>
+    <name>AttachedFile</name>
+    <message>
+        <source>This file is not what it says: declared as “%1”, its content is “%2”.</source>
+        <translation>Diese Datei ist nicht, was sie vorgibt: angekündigt als „%1“, ihr Inhalt ist „%2“.</translation>
+    </message>
+    <message>
+        <source>This file is not what it says: by its name “%1”, its content is “%2”.</source>
+        <translation>Diese Datei ist nicht, was sie vorgibt: dem Namen nach „%1“, ihr Inhalt ist „%2“.</translation>
+    </message>
+    <message>
+        <source>This file is not what it says: declared as “%1”, by its name “%2”.</source>
+        <translation>Diese Datei ist nicht, was sie vorgibt: angekündigt als „%1“, dem Namen nach „%2“.</translation>
+    </message>
+</context>
+<context>
     <name>AuthorizedAPI</name>
     <message>
         <source>The answer of the mail service can’t be read.</source>
@@ -554,13 +569,6 @@
     </message>
 </context>
 <context>
-    <name>Larkhaven::AttachmentChip</name>
-    <message>
-        <source>Save %1</source>
-        <translation>%1 sichern</translation>
-    </message>
-</context>
-<context>
     <name>Larkhaven::AttachmentStrip</name>
     <message>
         <source>Remove Attachment</source>
@@ -580,6 +588,10 @@
     <message>
         <source>Attachments:</source>
         <translation>Anhänge:</translation>
+    </message>
+    <message>
+        <source>Save %1</source>
+        <translation>%1 sichern</translation>
     </message>
 </context>
 <context>
@@ -1867,6 +1879,14 @@
             <numerusform>%n Bilder konnten nicht sicher geladen werden.</numerusform>
         </translation>
     </message>
+    <message>
+        <source>Only the text is shown: the sandbox that would hold this message is off on this system.</source>
+        <translation>Nur der Text wird angezeigt: Die Sandbox, die diese Nachricht halten würde, ist auf diesem System abgeschaltet.</translation>
+    </message>
+    <message>
+        <source>It needs user namespaces, and a start without options that turn it off.</source>
+        <translation>Sie braucht Benutzer-Namensräume und einen Start ohne Optionen, die sie abschalten.</translation>
+    </message>
 </context>
 <context>
     <name>Larkhaven::ReaderHeaders</name>
@@ -1961,6 +1981,18 @@
         <source>Loading the message</source>
         <translation>Die Nachricht wird geladen</translation>
     </message>
+    <message>
+        <source>Save it only if you expected it, and know what it does.</source>
+        <translation>Sichern Sie sie nur, wenn Sie sie erwartet haben und wissen, was sie tut.</translation>
+    </message>
+    <message>
+        <source>“%1” can run programs.</source>
+        <translation>„%1“ kann Programme ausführen.</translation>
+    </message>
+    <message>
+        <source>Save</source>
+        <translation>Sichern</translation>
+    </message>
 </context>
 <context>
     <name>Larkhaven::SearchField</name>
@@ -2012,6 +2044,18 @@
     <message>
         <source>Unable to display this message safely.</source>
         <translation>Diese Nachricht kann nicht sicher angezeigt werden.</translation>
+    </message>
+    <message>
+        <source>This message is taking long to show.</source>
+        <translation>Diese Nachricht braucht lange, bis sie zu sehen ist.</translation>
+    </message>
+    <message>
+        <source>This message was stopped.</source>
+        <translation>Diese Nachricht wurde angehalten.</translation>
+    </message>
+    <message>
+        <source>This message was stopped, because it took too much memory.</source>
+        <translation>Diese Nachricht wurde angehalten, weil sie zu viel Speicher brauchte.</translation>
     </message>
 </context>
 <context>
@@ -2167,6 +2211,18 @@
     <message>
         <source>Suggestions</source>
         <translation>Vorschläge</translation>
+    </message>
+</context>
+<context>
+    <name>Larkhaven::TroubleSheet</name>
+    <message>
+        <source>Show as Plain Text</source>
+        <translation>Als reinen Text anzeigen</translation>
+    </message>
+    <message>
+        <source>Stop</source>
+        <comment>to load a message</comment>
+        <translation>Anhalten</translation>
     </message>
 </context>
 <context>
@@ -2420,6 +2476,10 @@
     <message>
         <source>Cc:</source>
         <translation>Cc:</translation>
+    </message>
+    <message>
+        <source>(The rest of this message is left out.)</source>
+        <translation>(Der Rest dieser Nachricht ist ausgelassen.)</translation>
     </message>
 </context>
 <context>
@@ -2685,6 +2745,10 @@
         <source>This message doesn’t say clearly who sent it.</source>
         <translation>Diese Nachricht sagt nicht klar, wer sie gesendet hat.</translation>
     </message>
+    <message>
+        <source>It was sent by %1.</source>
+        <translation>Gesendet wurde sie von %1.</translation>
+    </message>
 </context>
 <context>
     <name>SignInService</name>
@@ -2834,6 +2898,14 @@
     <message>
         <source>Replies go to %1, not to the sender.</source>
         <translation>Antworten gehen an %1, nicht an den Absender.</translation>
+    </message>
+    <message>
+        <source>The message holds two different texts; the quote is the one that is shown.</source>
+        <translation>Die Nachricht enthält zwei verschiedene Texte; zitiert ist der, der angezeigt wird.</translation>
+    </message>
+    <message>
+        <source>The message holds two different texts; only the one that is shown is forwarded.</source>
+        <translation>Die Nachricht enthält zwei verschiedene Texte; weitergeleitet wird nur der, der angezeigt wird.</translation>
     </message>
 </context>
 </TS>

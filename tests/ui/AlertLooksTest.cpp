@@ -29,6 +29,14 @@ TEST(AlertText, MarksTheHostsThatItIsAbout)
     EXPECT_EQ(AlertText::hosts(u"imap.example.org"_s, {}), Places());
 }
 
+TEST(AlertText, MarksNoHostInAURLThatIsCutOffBeforeItsPath)
+{
+    for (const QString& url :
+         {u"https://:bank.example%20…"_s, u"https://bank.example:x…"_s, u"https://bank.exa…"_s})
+        EXPECT_EQ(AlertText::hosts(url, {u"bank.example"_s}).size(), 0) << url.toStdString();
+    EXPECT_EQ(AlertText::hosts(u"https://bank.example/a…"_s, {}).size(), 1);
+}
+
 TEST(AlertText, MarksTheHostOfAURLAlone)
 {
     const QStringList known{u"bank.com"_s, u"bank.example"_s};

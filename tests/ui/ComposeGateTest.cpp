@@ -139,6 +139,24 @@ TEST_F(ComposeGateTest, ALongPasteComesAsPlainTextWhereTheTextHasBecomeOne)
 
 // --- Notices
 
+TEST_F(ComposeGateTest, TellsThatAReplyGoesElsewhere)
+{
+    const MessageSummary row = ModelFixture::row(fixture.account(), u"1"_s);
+    fixture.provider().setRaw(u"1"_s, "From: Ceo <ceo@bank.example>\r\nReply-To: Ceo <ceo@evil.example>\r\n"
+                                      "Subject: Pay\r\n\r\nPlease pay.");
+    model().start(model().reply(row, false));
+    ASSERT_TRUE(waitUntil([this] { return !windows->windows().isEmpty(); }));
+    ComposeWindow& window = *windows->windows().first();
+    ASSERT_TRUE(
+        waitUntil([&] { return window.isVisible() && child<QLabel>(window, "notices").isVisible(); }));
+    EXPECT_EQ(child<QLabel>(window, "notices").text(),
+              u"Replies go to ceo@evil.example, not to the sender."_s);
+    EXPECT_TRUE(field(window, "to").text().contains(u"ceo@evil.example"_s));
+    EXPECT_FALSE(field(window, "to").text().contains(u"bank.example"_s));
+    ASSERT_TRUE(waitUntilDrawn(window));
+    takeScreenshot(window, u"compose-reply-elsewhere"_s);
+}
+
 TEST_F(ComposeGateTest, TellsWhatWasLeftOutAboveTheText)
 {
     EXPECT_FALSE(child<QLabel>(open(), "notices").isVisible());

@@ -18,7 +18,7 @@ namespace Larkhaven {
 namespace {
 
 /// Where all hosts are. An address of the public internet, so that nothing treats it as another.
-constexpr quint32 address = 0x5DB8D822; // 93.184.216.34
+const QHostAddress address(u"93.184.216.34"_s);
 
 QSslConfiguration certified()
 {
@@ -92,8 +92,8 @@ Internet::Internet()
     EXPECT_TRUE(m_namesOverTCP.listen(QHostAddress::LocalHost, 53));
     connect(&m_namesOverTCP, &QTcpServer::newConnection, this, [this] { m_lookups.append(u"over TCP"_s); });
     m_secure.setSslConfiguration(certified());
-    EXPECT_TRUE(m_plain.listen(QHostAddress::AnyIPv4, 80)) << m_plain.errorString().toStdString();
-    EXPECT_TRUE(m_secure.listen(QHostAddress::AnyIPv4, 443)) << m_secure.errorString().toStdString();
+    EXPECT_TRUE(m_plain.listen(QHostAddress::Any, 80)) << m_plain.errorString().toStdString();
+    EXPECT_TRUE(m_secure.listen(QHostAddress::Any, 443)) << m_secure.errorString().toStdString();
     serve(m_plain, false);
     serve(m_secure, true);
     connect(&m_plain, &QTcpServer::pendingConnectionAvailable, this, [this] {
@@ -122,22 +122,47 @@ void Internet::answerLookup()
         const QString name = labels.join(u'.').toLower();
         if (!m_lookups.contains(name))
             m_lookups.append(name);
-        const bool asksForAddress = type == QByteArray("\0\1", 2);
-        QByteArray answer = query.left(2) + QByteArray("\x81\x80\0\1\0", 5) + (asksForAddress ? '\1' : '\0') +
-                            QByteArray(4, '\0') + question;
-        if (asksForAddress) {
-            answer += QByteArray("\xC0\x0C\0\1\0\1\0\0\0\0\0\4", 12);
+        const bool asksForIPv6 = type == QByteArray("\0\x1C", 2);
+        const QList<QHostAddress> found = addressesOf(name, asksForIPv6);
+        QByteArray answer = query.left(2) + QByteArray("\x81\x80\0\1\0", 5) +
+                            static_cast<char>(found.size()) + QByteArray(4, '\0') + question;
+        for (const QHostAddress& one : found) {
+            answer += QByteArray("\xC0\x0C", 2) + type + QByteArray("\0\1\0\0\0\0\0", 7);
+            if (asksForIPv6) {
+                const Q_IPV6ADDR bytes = one.toIPv6Address();
+                answer += '\x10' + QByteArray(reinterpret_cast<const char*>(bytes.c), sizeof bytes.c);
+                continue;
+            }
+            answer += '\4';
             for (const int shift : {24, 16, 8, 0})
-                answer += static_cast<char>(address >> shift);
+                answer += static_cast<char>(one.toIPv4Address() >> shift);
         }
         m_names.writeDatagram(datagram.makeReply(answer));
     }
+}
+
+QList<QHostAddress> Internet::addressesOf(const QString& name, bool isIPv6)
+{
+    const QList<QList<QHostAddress>> inTurn = m_addresses.value(name, {{address}});
+    qsizetype& turn = m_turns[name + (isIPv6 ? u"|6"_s : u"|4"_s)];
+    QList<QHostAddress> found;
+    for (const QHostAddress& one : inTurn.at(std::min(turn, inTurn.size() - 1))) {
+        if ((one.protocol() == QAbstractSocket::IPv6Protocol) == isIPv6)
+            found.append(one);
+    }
+    ++turn;
+    return found;
 }
 
 void Internet::serve(QTcpServer& server, bool isSecure)
 {
     connect(&server, &QTcpServer::pendingConnectionAvailable, this, [this, &server, isSecure] {
         while (QTcpSocket* const socket = server.nextPendingConnection()) {
+            bool isIPv4 = false;
+            const quint32 four = socket->localAddress().toIPv4Address(&isIPv4);
+            const QHostAddress here = isIPv4 ? QHostAddress(four) : socket->localAddress();
+            if (!m_reached.contains(here))
+                m_reached.append(here);
             const auto buffer = std::make_shared<QByteArray>();
             connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
             connect(socket, &QTcpSocket::readyRead, this,
@@ -174,12 +199,33 @@ void Internet::reply(QTcpSocket& socket, const Request& request)
 {
     static const QByteArray image = picture();
     const Answer answer = m_answers.value(request.url);
-    QByteArray text = "HTTP/1.1 " + QByteArray::number(answer.status) + " Answer\r\nConnection: close\r\n";
+    const QByteArray body = answer.body.isEmpty() ? image : answer.body;
+    QByteArray text = "HTTP/1.1 " + QByteArray::number(answer.status) + " Answer\r\n";
+    if (!m_keepsConnections)
+        text += "Connection: close\r\n";
     for (const auto& [name, value] : answer.headers)
         text += name + ": " + value + "\r\n";
-    text += "Content-Type: image/png\r\nContent-Length: " + QByteArray::number(image.size()) + "\r\n\r\n";
-    socket.write(text + image);
-    socket.disconnectFromHost();
+    text += "Content-Type: image/png\r\n";
+    if (!answer.isEndless)
+        text += "Content-Length: " + QByteArray::number(body.size()) + "\r\n";
+    m_bytesSent += body.size();
+    socket.write(text + "\r\n" + body);
+    if (!answer.isEndless) {
+        if (!m_keepsConnections)
+            socket.disconnectFromHost();
+        return;
+    }
+    auto* const secure = qobject_cast<QSslSocket*>(&socket);
+    if (!secure)
+        return;
+    // What is written is encrypted at once, whether anybody takes it or not.
+    connect(secure, &QSslSocket::encryptedBytesWritten, this, [this, secure] {
+        static const QByteArray more(64 * 1024, 'x');
+        if (secure->encryptedBytesToWrite() > 0 || secure->state() != QAbstractSocket::ConnectedState)
+            return;
+        m_bytesSent += more.size();
+        secure->write(more);
+    });
 }
 
 QStringList Internet::hosts() const
@@ -196,6 +242,8 @@ QStringList Internet::hosts() const
 void Internet::forget()
 {
     m_lookups.clear();
+    m_reached.clear();
+    m_bytesSent = 0;
     m_requests.clear();
     m_connections = 0;
     m_plainConnections = 0;

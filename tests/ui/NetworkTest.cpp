@@ -6,6 +6,7 @@
 
 #include <QApplication>
 #include <QSignalSpy>
+#include <QTest>
 #include <QWebEnginePage>
 #include <QWebEngineProfile>
 #include <QWebEngineView>
@@ -251,6 +252,27 @@ TEST_F(NetworkTest, ReloadsABlockedMessageWithItsImages)
     EXPECT_THAT(urls(), ElementsAre(u"https://img.example/one.png"_s));
     display(sanitized(html, false), false);
     EXPECT_EQ(internet.requests().size(), 1);
+}
+
+TEST_F(NetworkTest, AsksForNothingMoreOfAMessageThatHasGivenWayToAnother)
+{
+    QString before;
+    for (int number = 0; number < 400; ++number)
+        before += u"<img src=\"https://img.example/%1.png\" width=\"9\" height=\"9\">"_s.arg(number);
+    for (const int milliseconds : {0, 20, 60, 150}) {
+        SCOPED_TRACE(milliseconds);
+        view.display(sanitized(before, true), true, 1);
+        QTest::qWait(milliseconds);
+        display(sanitized(u"<p>%1</p>"_s.arg(milliseconds), true), true);
+        // What was on its way may still arrive.
+        QTest::qWait(50);
+        internet.forget();
+        QTest::qWait(200);
+        EXPECT_THAT(internet.requests(), IsEmpty());
+        EXPECT_THAT(internet.lookups(), IsEmpty());
+        EXPECT_EQ(view.refusedImages(), 0);
+    }
+    expectThatTheNetworkWorks();
 }
 
 /// Documents that try to reach {host}, as if the sanitizer had let them through.

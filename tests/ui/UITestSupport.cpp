@@ -5,6 +5,7 @@
 #include <QApplication>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QLabel>
 #include <QScreen>
 #include <QSignalSpy>
 #include <QTest>
@@ -41,7 +42,8 @@ QImage grab(const QWidget& widget)
 void takeScreenshot(const QWidget& widget, const QString& name)
 {
     ASSERT_TRUE(waitUntilDrawn(widget));
-    const QString folder = QStringLiteral(SCREENSHOTS);
+    // Another user can't write into the folder of the build.
+    const QString folder = qEnvironmentVariable("LARKHAVEN_TEST_SCREENSHOTS", QStringLiteral(SCREENSHOTS));
     ASSERT_TRUE(QDir().mkpath(folder));
     ASSERT_TRUE(grab(widget).save(u"%1/%2.png"_s.arg(folder, name)));
 }
@@ -67,6 +69,22 @@ void activate(QWidget& window)
         }
         return false;
     })) << window.windowTitle().toStdString();
+}
+
+std::string wordsOnScreen()
+{
+    QStringList words;
+    for (const QWidget* const window : QApplication::topLevelWidgets()) {
+        if (!window->isVisible())
+            continue;
+        words.append(
+            u"[%1 %2]"_s.arg(QString::fromLatin1(window->metaObject()->className()), window->windowTitle()));
+        for (const QLabel* const label : window->findChildren<QLabel*>()) {
+            if (label->isVisible() && !label->text().isEmpty())
+                words.append(label->text());
+        }
+    }
+    return words.join(u" | "_s).toStdString();
 }
 
 QColor pixel(const QWidget& widget, const QPoint& point)

@@ -47,6 +47,9 @@ Window* visibleWindow(const QString& name = {})
     return nullptr;
 }
 
+/// What the labels of all windows on the screen say, for whoever has waited in vain.
+std::string wordsOnScreen();
+
 /// The pixel of the widget as it is on the screen.
 QColor pixel(const QWidget& widget, const QPoint& point);
 /// Whether the point gets the colour on the screen; the engine draws in a process of its own.

@@ -32,6 +32,7 @@ TEST(DisplayText, ShowsNothingButOneLineOfWhatCanBeSeen)
               u"👩🏽‍🚀 می\u200cخواهم");
     EXPECT_EQ(DisplayText::bounded(u"abcdef"_s, 3), u"abc…");
     EXPECT_EQ(DisplayText::toolTip(u"a\n\u202eb"_s), u"a b");
+    EXPECT_EQ(DisplayText::toolTip(QStringList{u"a\nb"_s, u"\u202ec"_s}), u"a b\nc");
     EXPECT_EQ(DisplayText::menuItem(u"a & b\n\u202ec"_s), u"a && b c");
 }
 

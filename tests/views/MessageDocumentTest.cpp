@@ -153,5 +153,45 @@ TEST(MessageDocument, TakesTheStylesOfDeadLinksAndBlockedImagesAway)
               HTMLSanitizer::sanitize(*message.htmlBody, {}).document);
 }
 
+/// What stands in the document of the text alone.
+QString textOf(const ParsedMessage& message)
+{
+    const QString document = MessageDocument::makeText(message).document;
+    return document.sliced(document.indexOf(u"<body>"_s) + 6);
+}
+
+TEST(MessageDocument, WritesTheWordsOfAHTMLMessageAsNothingButCharacters)
+{
+    ParsedMessage message;
+    message.htmlBody =
+        u"<p style=\"color:red\">One &lt;b&gt;<i>two</i></p><p style=\"display:none\">three</p>"
+        "<img src=\"https://a.example/x.png\" alt=\"four\">"
+        "<a href=\"https://b.example/\">five</a>"_s;
+    EXPECT_FALSE(MessageDocument::isText(message));
+    const QString text = textOf(message);
+    EXPECT_TRUE(text.contains(u"One &lt;b&gt;two"_s)) << text.toStdString();
+    EXPECT_TRUE(text.contains(u"five"_s));
+    EXPECT_FALSE(text.contains(u"three"_s));
+    EXPECT_FALSE(text.contains(u"example"_s));
+    EXPECT_FALSE(text.contains(u"style="_s));
+    EXPECT_FALSE(text.contains(u"<img"_s));
+    EXPECT_EQ(MessageDocument::makeText(message).blockedRemoteImages, 0);
+    message.htmlBody.reset();
+    EXPECT_TRUE(MessageDocument::isText(message));
+}
+
+TEST(MessageDocument, CutsATextThatIsTooLongAndSaysSo)
+{
+    constexpr qsizetype most = MessageDocument::mostTextCharacters;
+    const QString end = u"(The rest of this message is left out.)"_s;
+    ParsedMessage message;
+    message.htmlBody = u"x"_s.repeated(most);
+    EXPECT_EQ(textOf(message).count(u'x'), most);
+    EXPECT_FALSE(textOf(message).contains(end));
+    message.htmlBody = u"x"_s.repeated(most + 1);
+    EXPECT_EQ(textOf(message).count(u'x'), most);
+    EXPECT_TRUE(textOf(message).contains(end));
+}
+
 } // namespace
 } // namespace Larkhaven

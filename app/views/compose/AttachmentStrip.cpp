@@ -1,6 +1,8 @@
 #include "views/compose/AttachmentStrip.h"
 
+#include "domain/FileName.h"
 #include "format/MessageComposer.h"
+#include "safety/AttachedFile.h"
 #include "views/compose/ComposeFiles.h"
 #include "views/style/AttachmentChip.h"
 #include "views/style/DisplayText.h"
@@ -61,15 +63,17 @@ AttachmentStrip::AttachmentStrip(QWidget* parent)
 QWidget* AttachmentStrip::makeItem(const OutgoingAttachment& attachment)
 {
     auto* const item = new QWidget;
-    auto* const chip = new AttachmentChip(attachment.filename, attachment.mimeType, attachment.data.size());
-    chip->setToolTip(DisplayText::toolTip(attachment.filename));
+    const QString name = FileName::shown(attachment.filename);
+    const AttachedFile::Kind kind = AttachedFile::kindOf(name, attachment.mimeType, attachment.data);
+    auto* const chip = new AttachmentChip(name, kind.type, attachment.data.size());
+    chip->setHelp(name, kind.warning);
     chip->setFocusPolicy(Qt::NoFocus);
     chip->setCursor(Qt::ArrowCursor);
     chip->setAttribute(Qt::WA_TransparentForMouseEvents);
     auto* const remove = new FlatButton(Symbol::xmarkCircleFill, tr("Remove Attachment"));
     remove->setObjectName("removeAttachment"_L1);
     remove->setLook(FlatButton::Look::small);
-    remove->setAccessibleName(tr("Remove %1").arg(DisplayText::bounded(attachment.filename)));
+    remove->setAccessibleName(tr("Remove %1").arg(DisplayText::bounded(name)));
     connect(remove, &QToolButton::clicked, this, [this, id = attachment.id] { this->remove(id); });
     const auto makeRoom = [chip, remove] { chip->setTrailingRoom(remove->minimumWidth() - Style::grid); };
     connect(&Style::shared(), &Style::changed, chip, makeRoom);

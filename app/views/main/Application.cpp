@@ -1,6 +1,7 @@
 #include "views/main/Application.h"
 
 #include "app/platform/PrivateBrowser.h"
+#include "app/platform/ProcessPrivacy.h"
 #include "app/signin/Redirects.h"
 #include "platform/Tasks.h"
 #include "views/compose/ComposeWindows.h"
@@ -10,6 +11,7 @@
 
 #include <QFileInfo>
 #include <QFontDatabase>
+#include <QStandardPaths>
 #include <QTextStream>
 #include <QTimer>
 
@@ -66,6 +68,11 @@ Task<std::shared_ptr<BrowserSession>> openBrowser(QByteArray url, std::stop_toke
 
 Application::Preparation::Preparation(int argc, char** argv)
 {
+    ProcessPrivacy::begin();
+    for (const auto place : {QStandardPaths::GenericConfigLocation, QStandardPaths::GenericDataLocation,
+                             QStandardPaths::GenericCacheLocation})
+        ProcessPrivacy::close(QStandardPaths::writableLocation(place) + u"/larkhaven"_s);
+    ProcessPrivacy::close(UserDefaults::defaultFile());
     SecureMessageView::prepareEngine();
     QApplication::setApplicationName(u"Larkhaven"_s);
     QApplication::setDesktopFileName(AppModel::bundleIdentifier());

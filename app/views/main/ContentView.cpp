@@ -1,5 +1,6 @@
 #include "views/main/ContentView.h"
 
+#include "domain/FileName.h"
 #include "views/compose/ComposeWindows.h"
 #include "views/list/MessageTable.h"
 #include "views/list/MessageTableView.h"
@@ -13,7 +14,6 @@
 #include "views/main/SidebarView.h"
 #include "views/main/TextSizeCommands.h"
 #include "views/main/WelcomeView.h"
-#include "views/reader/SavedFile.h"
 #include "views/reader/SourceWindows.h"
 #include "views/setup/IMAPSetupView.h"
 #include "views/setup/SignInWindow.h"
@@ -100,7 +100,7 @@ ContentView::ContentView(AppModel& model, ReaderView::Desktop desktop, QWidget* 
     });
     connect(m_compose, &ComposeWindows::quitRequested, this, &QWidget::close);
     m_listing->table().setSavePanel(
-        [this](const QString& name) { return m_desktop.chooseSavePath(this, SavedFile::name(name)); });
+        [this](const QString& name) { return m_desktop.chooseSavePath(this, FileName::shown(name)); });
     connect(&m_listing->table(), &MessageTable::sourceRequested, m_sources, &SourceWindows::open);
     connect(m_welcome, &WelcomeView::setupRequested, this, [this] {
         m_model.setImapSetupAccountID(std::nullopt);
@@ -240,7 +240,7 @@ void ContentView::makeMenu()
 {
     MailCommands::Window window;
     window.choose = [this](const QString& name) {
-        return m_desktop.chooseSavePath(this, SavedFile::name(name));
+        return m_desktop.chooseSavePath(this, FileName::shown(name));
     };
     window.showSource = [this](const MessageSummary& row) { m_sources->open(row); };
     window.openSetup = [this] { openSetup(); };

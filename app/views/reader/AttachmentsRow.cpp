@@ -1,5 +1,6 @@
 #include "views/reader/AttachmentsRow.h"
 
+#include "domain/FileName.h"
 #include "views/style/AttachmentChip.h"
 #include "views/style/FlowLayout.h"
 #include "views/style/Roles.h"
@@ -27,23 +28,33 @@ AttachmentsRow::AttachmentsRow(QWidget* parent)
     setRole(*m_label, Role::secondary);
     Style::shared().follow(this,
                            [this] { m_label->setContentsMargins(0, Style::shared().scaled(0.4), 0, 0); });
-    setAttachments({});
+    setFiles({});
 }
 
-void AttachmentsRow::setAttachments(const QList<MailAttachment>& attachments)
+QList<AttachmentsRow::File> AttachmentsRow::judged(const QList<MailAttachment>& attachments)
+{
+    QList<File> files;
+    for (const MailAttachment& attachment : attachments) {
+        const QString name = FileName::shown(attachment.filename);
+        files.append({attachment, name, AttachedFile::kindOf(name, attachment.mimeType, attachment.data)});
+    }
+    return files;
+}
+
+void AttachmentsRow::setFiles(const QList<File>& files)
 {
     while (QLayoutItem* const item = m_chips->layout()->takeAt(0)) {
         delete item->widget();
         delete item;
     }
-    for (const MailAttachment& attachment : attachments) {
-        auto* const chip =
-            new AttachmentChip(attachment.filename, attachment.mimeType, attachment.data.size());
+    for (const File& file : files) {
+        auto* const chip = new AttachmentChip(file.name, file.kind.type, file.attachment.data.size());
+        chip->setHelp(tr("Save %1").arg(file.name), file.kind.warning);
         connect(chip, &QAbstractButton::clicked, this,
-                [this, attachment] { Q_EMIT saveRequested(attachment); });
+                [this, attachment = file.attachment] { Q_EMIT saveRequested(attachment); });
         m_chips->layout()->addWidget(chip);
     }
-    setVisible(!attachments.isEmpty());
+    setVisible(!files.isEmpty());
 }
 
 } // namespace Larkhaven

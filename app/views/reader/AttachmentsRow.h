@@ -1,6 +1,7 @@
 #pragma once
 
 #include "format/MailAttachment.h"
+#include "safety/AttachedFile.h"
 
 #include <QList>
 #include <QWidget>
@@ -16,7 +17,16 @@ class AttachmentsRow : public QWidget {
 public:
     explicit AttachmentsRow(QWidget* parent = nullptr);
 
-    void setAttachments(const QList<MailAttachment>& attachments);
+    /// A file, and what it is seen to be.
+    struct File {
+        MailAttachment attachment;
+        QString name;
+        AttachedFile::Kind kind;
+    };
+    /// Pure, but work for a worker.
+    static QList<File> judged(const QList<MailAttachment>& attachments);
+
+    void setFiles(const QList<File>& files);
 
 Q_SIGNALS:
     void saveRequested(const Larkhaven::MailAttachment& attachment);

@@ -3,6 +3,7 @@
 #include "format/ForwardWords.h"
 #include "format/SenderReader.h"
 #include "safety/HTMLSanitizer.h"
+#include "safety/VisibleText.h"
 #include "views/style/DisplayText.h"
 #include "views/style/RowText.h"
 
@@ -195,9 +196,24 @@ SanitizedHTML withoutStylesOfDead(SanitizedHTML sanitized)
 
 } // namespace
 
+bool isText(const ParsedMessage& message)
+{
+    return !message.htmlBody && message.sections.isEmpty();
+}
+
+SanitizedHTML makeText(const ParsedMessage& message)
+{
+    QString text = VisibleText::ofSanitized(make(message, false).document, mostTextCharacters);
+    if (text.size() > mostTextCharacters) {
+        text.truncate(mostTextCharacters);
+        text += u"\n\n"_s + Texts::tr("(The rest of this message is left out.)");
+    }
+    return HTMLSanitizer::plainText(text);
+}
+
 SanitizedHTML make(const ParsedMessage& message, bool allowRemoteImages)
 {
-    if (!message.htmlBody && message.sections.isEmpty()) {
+    if (isText(message)) {
         const QList<Section> sections = sectionsOf(message.textBody.value_or(QString()));
         return sections.size() == 1 ? HTMLSanitizer::plainText(sections.first().text)
                                     : HTMLSanitizer::sections(sections, {});

@@ -12,4 +12,12 @@ namespace Larkhaven::MessageDocument {
 /// other line of the text is left out for it.
 SanitizedHTML make(const ParsedMessage& message, bool allowRemoteImages);
 
+/// Whether `make` writes nothing of the message but its characters.
+bool isText(const ParsedMessage& message);
+
+/// The same words as nothing but characters, without what the HTML hides. What is longer than
+/// `mostTextCharacters` is cut, and says so at its end.
+SanitizedHTML makeText(const ParsedMessage& message);
+inline constexpr qsizetype mostTextCharacters = 1'000'000;
+
 } // namespace Larkhaven::MessageDocument

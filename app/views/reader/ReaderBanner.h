@@ -12,8 +12,13 @@ class ReaderBanner : public WarningCard {
 public:
     explicit ReaderBanner(QWidget* parent = nullptr);
 
-    /// `refused`: images that were refused or cut off while they were loaded.
-    void setState(bool offersRemoteContent, int trackers, int refused);
+    struct State {
+        bool offersRemoteContent = false;
+        int trackers = 0;
+        int refused = 0;           ///< images that were refused or cut off while they were loaded
+        bool lacksSandbox = false; ///< so that only the text is shown
+    };
+    void setState(const State& state);
 
 Q_SIGNALS:
     void loadRequested();
@@ -22,6 +27,7 @@ private:
     QLabel* m_remote;
     QLabel* m_trackers;
     QLabel* m_refused;
+    QLabel* m_sandbox;
 };
 
 } // namespace Larkhaven

@@ -1,14 +1,19 @@
 #include "views/reader/ReaderView.h"
 
+#include "app/platform/ProcessPrivacy.h"
+#include "domain/FileName.h"
 #include "format/MailEncoding.h"
 #include "platform/Tasks.h"
 #include "providers/FetchParsed.h"
+#include "safety/AttachedFile.h"
 #include "safety/LinkCleaner.h"
+#include "safety/LinkWarnings.h"
 #include "views/reader/AttachmentsRow.h"
 #include "views/reader/MessageDocument.h"
 #include "views/reader/ReaderBanner.h"
 #include "views/reader/SavedFile.h"
 #include "views/reader/SecureMessageView.h"
+#include "views/style/AttachmentChip.h"
 #include "views/style/DisplayText.h"
 #include "views/style/EmptyStateView.h"
 #include "views/style/NoticeBanner.h"
@@ -43,7 +48,7 @@ namespace Larkhaven {
 
 namespace {
 
-/// The white sheet on which a message stands, in both schemes; with a ring while the message has the
+/// The sheet on which a message stands, white in both schemes; with a ring while the message has the
 /// keyboard.
 class Card : public QWidget {
 public:
@@ -56,6 +61,7 @@ public:
         layout->setContentsMargins(Style::grid, Style::grid, Style::grid, Style::grid);
         layout->addWidget(&message);
         connect(qApp, &QApplication::focusChanged, this, qOverload<>(&QWidget::update));
+        connect(&message, &SecureMessageView::troubleChanged, this, qOverload<>(&QWidget::update));
     }
 
 protected:
@@ -68,7 +74,7 @@ protected:
         QPainter painter(this);
         painter.setRenderHint(QPainter::Antialiasing);
         painter.setPen(QPen(hasKeyboard ? colors.accent : colors.hairline, width));
-        painter.setBrush(Qt::white);
+        painter.setBrush(m_message.hasSheet() ? colors.surface : QColor(Qt::white));
         painter.drawRoundedRect(QRectF(rect()).adjusted(half, half, -half, -half), Style::cardRadius,
                                 Style::cardRadius);
     }
@@ -84,7 +90,10 @@ constexpr std::chrono::milliseconds patience{150};
 
 ReaderView::Desktop ReaderView::systemDesktop()
 {
-    return {[](const QUrl& url) { QDesktopServices::openUrl(url); },
+    return {[](const QUrl& url) {
+                const ProcessPrivacy::UsersMask mask;
+                QDesktopServices::openUrl(url);
+            },
             [](QWidget* parent, const QString& suggestedName) {
                 const QString folder = QStandardPaths::writableLocation(QStandardPaths::DownloadLocation);
                 return QFileDialog::getSaveFileName(parent, QString(), folder + u'/' + suggestedName);
@@ -163,6 +172,8 @@ ReaderView::ReaderView(AppModel& model, Desktop desktop, QWidget* parent)
     connect(m_message, &SecureMessageView::linkActivated, this, &ReaderView::followLink);
     connect(m_message, &SecureMessageView::loadFinished, this, &ReaderView::shown);
     connect(m_message, &SecureMessageView::refusedImagesChanged, this, &ReaderView::showBanner);
+    connect(m_message, &SecureMessageView::troubleChanged, this, &ReaderView::takeTrouble);
+    connect(m_message, &SecureMessageView::textRequested, this, &ReaderView::showAsText);
     connect(m_message, &SecureMessageView::uncovered, this, [this] { passFocus(Qt::OtherFocusReason); });
     // The engine takes the keys in a child of its own, which comes and goes.
     m_message->webView().installEventFilter(this);
@@ -196,7 +207,14 @@ void ReaderView::showMessage(const QString& messageID)
     m_rendered.reset();
     m_loadError.reset();
     m_pendingLink.reset();
+    dropQuestion();
     m_showRemote = m_model.defaults().boolean(DefaultsKey::loadRemoteContent);
+    m_isText = false;
+    // Whoever opens a message again that was stopped wants it tried again.
+    if (m_message->trouble() != SecureMessageView::Trouble::none) {
+        takeFocus();
+        m_message->clear();
+    }
     update();
     m_model.start(load(messageID));
 }
@@ -204,13 +222,22 @@ void ReaderView::showMessage(const QString& messageID)
 void ReaderView::close()
 {
     ++m_generation;
+    dropQuestion();
     m_messageID.clear();
     m_parsed.reset();
     m_shownHeaders = {};
     m_shownSender = {};
     m_rendered.reset();
     m_message->clear();
-    m_attachments->setAttachments({});
+    m_attachments->setFiles({});
+}
+
+void ReaderView::dropQuestion()
+{
+    for (const QPointer<QMessageBox>& question : {m_saveAlert, m_linkAlert}) {
+        if (question)
+            question->close();
+    }
 }
 
 Task<> ReaderView::load(QString messageID)
@@ -230,11 +257,16 @@ Task<> ReaderView::load(QString messageID)
         ShownHeaders shownHeaders = co_await runOnWorker(read);
         const auto readSender = [headers = parsed.headers] { return ShownSender::read(headers); };
         ShownSender shownSender = co_await runOnWorker(readSender);
+        const auto judge = [attachments = parsed.listedAttachments()] {
+            return AttachmentsRow::judged(attachments);
+        };
+        QList<AttachmentsRow::File> files = co_await runOnWorker(judge);
         if (!self || m_generation != generation)
             co_return;
         m_parsed = std::move(parsed);
         m_shownHeaders = std::move(shownHeaders);
         m_shownSender = std::move(shownSender);
+        m_files = std::move(files);
     } catch (...) {
         failure = std::current_exception();
     }
@@ -258,13 +290,17 @@ Task<> ReaderView::render()
     if (!m_parsed)
         co_return;
     const bool showRemote = m_showRemote;
-    const auto work = [message = *m_parsed, showRemote] {
-        return MessageDocument::make(message, showRemote);
+    const bool isText = m_isText || m_lacksSandbox;
+    const auto work = [message = *m_parsed, showRemote, isText] {
+        return isText ? MessageDocument::makeText(message) : MessageDocument::make(message, showRemote);
     };
     SanitizedHTML result = co_await runOnWorker(work);
-    if (!self || m_generation != generation || m_showRemote != showRemote)
+    if (!self || m_generation != generation || m_showRemote != showRemote ||
+        isText != (m_isText || m_lacksSandbox))
         co_return;
     m_rendered = std::move(result);
+    m_renderedBody = isText || MessageDocument::isText(*m_parsed) ? SecureMessageView::Body::text
+                                                                  : SecureMessageView::Body::html;
     update();
 }
 
@@ -281,6 +317,24 @@ void ReaderView::setShowRemote(bool isShown)
     m_showRemote = isShown;
     // The button goes, and the document gives way to another, which gets the keyboard.
     setFocus();
+    m_model.start(render());
+}
+
+void ReaderView::showAsText()
+{
+    if (m_isText)
+        return;
+    m_isText = true;
+    // The button goes; the text gets the keyboard.
+    setFocus();
+    m_model.start(render());
+}
+
+void ReaderView::takeTrouble()
+{
+    if (m_message->trouble() != SecureMessageView::Trouble::noSandbox || m_lacksSandbox)
+        return;
+    m_lacksSandbox = true;
     m_model.start(render());
 }
 
@@ -328,7 +382,7 @@ void ReaderView::showBody()
     const bool isThere = m_parsed && m_rendered;
     showBanner();
     m_incomplete->setVisible(isThere && m_parsed->isIncomplete);
-    m_attachments->setAttachments(isThere ? m_parsed->listedAttachments() : QList<MailAttachment>());
+    m_attachments->setFiles(isThere ? m_files : QList<AttachmentsRow::File>());
     m_body->setCurrentWidget(isThere ? m_card : m_waiting);
     if (!isThere) {
         m_progress->hide();
@@ -337,22 +391,24 @@ void ReaderView::showBody()
     }
     m_patience.stop();
     m_progress->hide();
-    // The engine's widget goes with its document.
-    if (m_message->isAncestorOf(QApplication::focusWidget())) {
-        const QScopedValueRollback keeping(m_keepsFocus, true);
-        setFocus();
-    }
-    m_message->display(*m_rendered, m_showRemote,
+    takeFocus();
+    m_message->display(*m_rendered, m_showRemote && m_renderedBody == SecureMessageView::Body::html,
                        static_cast<double>(Style::shared().textSize()) / Style::standardTextSize,
-                       DisplayText::bounded(title()));
+                       DisplayText::bounded(title()), m_renderedBody);
     passFocus(Qt::OtherFocusReason);
 }
 
 void ReaderView::showBanner()
 {
     const bool isThere = m_parsed && m_rendered;
-    m_banner->setState(isThere && m_rendered->blockedRemoteImages > 0 && !m_showRemote,
-                       isThere ? m_rendered->trackers : 0, isThere ? m_message->refusedImages() : 0);
+    ReaderBanner::State state;
+    if (isThere) {
+        state.offersRemoteContent = m_rendered->blockedRemoteImages > 0 && !m_showRemote;
+        state.trackers = m_rendered->trackers;
+        state.refused = m_message->refusedImages();
+        state.lacksSandbox = m_lacksSandbox && !MessageDocument::isText(*m_parsed);
+    }
+    m_banner->setState(state);
 }
 
 // --- Links
@@ -370,7 +426,7 @@ void ReaderView::followLink(const LinkRecord& link)
             MailEncoding::headerSafe(decoded.isValidUtf8() ? QString::fromUtf8(decoded) : target));
         return;
     }
-    const QList<LinkCleaner::Warning> warnings = LinkCleaner::warnings(link);
+    const QList<LinkCleaner::Warning> warnings = LinkWarnings::of(link);
     const bool isDeceptive = std::ranges::any_of(warnings, [](const LinkCleaner::Warning& warning) {
         return warning.kind != LinkCleaner::Warning::Kind::insecure;
     });
@@ -401,6 +457,7 @@ void ReaderView::confirmLink(const LinkRecord& link, const QList<LinkCleaner::Wa
                        messages.join(u'\n') + u"\n\n"_s + destination(link).absoluteString(),
                        QMessageBox::Cancel, this, hosts);
     alert->setObjectName("linkAlert"_L1);
+    m_linkAlert = alert;
     QPushButton* const open = alert->addButton(tr("Open Anyway"), QMessageBox::AcceptRole);
     alert->setDefaultButton(QMessageBox::Cancel);
     connect(alert, &QMessageBox::finished, this, [this, alert, open] {
@@ -421,13 +478,62 @@ void ReaderView::openLink(const LinkRecord& link)
 
 // --- Attachments and keys
 
+Task<bool> ReaderView::isToBeSaved(MailAttachment attachment)
+{
+    const QPointer<ReaderView> self(this);
+    const quint64 generation = m_generation;
+    const QString name = FileName::shown(attachment.filename);
+    const auto judge = [name, data = attachment.data] { return AttachedFile::canRun(name, data); };
+    const bool canRun = co_await runOnWorker(judge);
+    if (!self || m_generation != generation)
+        co_return false;
+    if (!canRun)
+        co_return true;
+    const QString warning = AttachedFile::kindOf(name, attachment.mimeType, attachment.data).warning;
+    QStringList lines{tr("Save it only if you expected it, and know what it does.")};
+    if (!warning.isEmpty())
+        lines.prepend(warning);
+    const QFontMetrics metrics(Style::shared().font(Style::Type::body, Style::Weight::semibold));
+    const QString shown = AttachmentChip::fitting(name, metrics, Style::shared().scaled(20));
+    QMessageBox* const alert = makePlainAlert(tr("“%1” can run programs.").arg(shown), lines.join(u"\n\n"_s),
+                                              QMessageBox::Cancel, this);
+    alert->setObjectName("saveAlert"_L1);
+    QPushButton* const save = alert->addButton(tr("Save"), QMessageBox::AcceptRole);
+    alert->setDefaultButton(QMessageBox::Cancel);
+    m_saveAlert = alert;
+    const QList<QAbstractButton*> buttons{save};
+    const qsizetype answer = co_await answerTo(alert, buttons);
+    const bool isWanted = self && m_generation == generation && answer == 0;
+    co_return isWanted;
+}
+
 Task<> ReaderView::saveAttachment(MailAttachment attachment)
 {
-    const QString path = m_desktop.chooseSavePath(this, SavedFile::name(attachment.filename));
+    const QPointer<ReaderView> self(this);
+    const quint64 generation = m_generation;
+    if (m_asking == generation)
+        co_return;
+    m_asking = generation;
+    const bool isWanted = co_await isToBeSaved(attachment);
+    if (!self)
+        co_return;
+    if (m_asking == generation)
+        m_asking.reset();
+    if (!isWanted)
+        co_return;
+    const QString path = m_desktop.chooseSavePath(this, FileName::shown(attachment.filename));
     if (path.isEmpty())
         co_return;
     const auto work = [path, data = attachment.data] { SavedFile::write(path, data); };
     co_await runOnWorker(work);
+}
+
+void ReaderView::takeFocus()
+{
+    if (!m_message->isAncestorOf(QApplication::focusWidget()))
+        return;
+    const QScopedValueRollback keeping(m_keepsFocus, true);
+    setFocus();
 }
 
 void ReaderView::passFocus(Qt::FocusReason reason)

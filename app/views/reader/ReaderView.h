@@ -5,8 +5,11 @@
 #include "safety/LinkCleaner.h"
 #include "safety/LinkRecord.h"
 #include "safety/SanitizedHTML.h"
+#include "views/reader/AttachmentsRow.h"
 #include "views/reader/ReaderHeaders.h"
+#include "views/reader/SecureMessageView.h"
 
+#include <QPointer>
 #include <QTimer>
 #include <QUrl>
 #include <QWidget>
@@ -14,17 +17,16 @@
 #include <functional>
 #include <optional>
 
+class QMessageBox;
 class QProgressBar;
 class QScrollArea;
 class QStackedLayout;
 
 namespace Larkhaven {
 
-class AttachmentsRow;
 class EmptyStateView;
 class NoticeBanner;
 class ReaderBanner;
-class SecureMessageView;
 
 /// The pane that shows one message: its headers, a banner about what was held back, the message in its
 /// sandbox, and its attachments. It owns the decisions around a message: whether remote content loads, what a
@@ -75,6 +77,8 @@ protected:
 private:
     Task<> load(QString messageID);
     Task<> render();
+    /// Closes a question that waits about what was on screen before.
+    void dropQuestion();
     void update();
     void showHeaders();
     void showMarks();
@@ -82,6 +86,10 @@ private:
     void showBanner();
     void setLoadError(const QString& text);
     void setShowRemote(bool isShown);
+    void showAsText();
+    void takeTrouble();
+    /// Takes the keyboard from the message, whose widget goes with its document.
+    void takeFocus();
     /// Gives the message the keys that the pane would get, as soon as it can take them.
     void passFocus(Qt::FocusReason reason);
     bool handleKey(QKeyEvent* event);
@@ -93,6 +101,9 @@ private:
     /// Where the link leads: the one place where it is cleaned, if the user wants that.
     MailURL destination(const LinkRecord& link) const;
     Task<> saveAttachment(MailAttachment attachment);
+    /// Whether the attachment is to be saved; asks where it can run programs. The question goes with the
+    /// message, and that is a no.
+    Task<bool> isToBeSaved(MailAttachment attachment);
     void measure();
 
     AppModel& m_model;
@@ -103,11 +114,18 @@ private:
     std::optional<ParsedMessage> m_parsed;
     ShownHeaders m_shownHeaders; ///< of `m_parsed`, read on a worker
     ShownSender m_shownSender;
+    QList<AttachmentsRow::File> m_files; ///< of `m_parsed`, judged on a worker
     std::optional<SanitizedHTML> m_rendered;
+    SecureMessageView::Body m_renderedBody = SecureMessageView::Body::html; ///< of `m_rendered`
     std::optional<QString> m_loadError;
     bool m_showRemote = false;
+    bool m_isText = false;                   ///< the message shows as its text alone
+    bool m_lacksSandbox = false;             ///< of the engine; for good
     bool m_keepsFocus = false;               ///< a document that goes gets none
     std::optional<LinkRecord> m_pendingLink; ///< waits for a confirmation
+    std::optional<quint64> m_asking;         ///< the generation in which an attachment is judged
+    QPointer<QMessageBox> m_saveAlert;
+    QPointer<QMessageBox> m_linkAlert;
 
     QStackedLayout* m_states;
     EmptyStateView* m_error;

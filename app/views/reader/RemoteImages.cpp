@@ -46,9 +46,7 @@ Task<> answer(ImageFetcher* fetcher, QString image, QPointer<QWebEngineUrlReques
 
 RemoteImages::RemoteImages(QObject* parent)
     : QWebEngineUrlSchemeHandler(parent)
-{
-    begin();
-}
+{}
 
 RemoteImages::~RemoteImages() = default;
 
@@ -67,10 +65,18 @@ void RemoteImages::begin()
     m_images.clear();
     m_places.clear();
     m_refused = 0;
-    // A redirect may lead to a tracker that the sanitizer has never seen.
-    m_fetcher =
-        std::make_unique<ImageFetcher>([](const QString& url) { return !HTMLSanitizer::isTracker(url, {}); });
+    m_fetcher.reset();
     Q_EMIT refusedChanged();
+}
+
+ImageFetcher& RemoteImages::fetcher()
+{
+    // A redirect may lead to a tracker that the sanitizer has never seen.
+    if (!m_fetcher) {
+        m_fetcher = std::make_unique<ImageFetcher>(
+            [](const QString& url) { return !HTMLSanitizer::leadsToTracker(url); });
+    }
+    return *m_fetcher;
 }
 
 QUrl RemoteImages::address(const QUrl& image)
@@ -114,13 +120,20 @@ void RemoteImages::requestStarted(QWebEngineUrlRequestJob* job)
         if (self && self->m_opening == opening)
             self->refuse();
     };
-    spawn(answer(m_fetcher.get(), *image, job, refused), dropFailure);
+    spawn(answer(&fetcher(), *image, job, refused), dropFailure);
 }
 
 void RemoteImages::refuse()
 {
     ++m_refused;
-    Q_EMIT refusedChanged();
+    // A hostile message may have thousands of them refused in one turn.
+    if (std::exchange(m_isChangeUnderWay, true))
+        return;
+    const auto announce = [this] {
+        m_isChangeUnderWay = false;
+        Q_EMIT refusedChanged();
+    };
+    QMetaObject::invokeMethod(this, announce, Qt::QueuedConnection);
 }
 
 } // namespace Larkhaven

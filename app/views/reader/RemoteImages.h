@@ -51,11 +51,14 @@ private:
     QUrl addressOf(qsizetype place) const;
     void refuse();
 
-    std::unique_ptr<ImageFetcher> m_fetcher;
+    ImageFetcher& fetcher();
+
+    std::unique_ptr<ImageFetcher> m_fetcher; ///< made for the first image of an opening
     QList<QString> m_images;
     QHash<QString, qsizetype> m_places; ///< of each URL in the list
     quint64 m_opening = 0;              ///< stands in each address, so that one of before is known as that
     int m_refused = 0;
+    bool m_isChangeUnderWay = false; ///< of `m_refused`, to be announced
 };
 
 } // namespace Larkhaven

@@ -3,13 +3,15 @@
 #include "domain/MailError.h"
 #include "safety/HTMLSanitizer.h"
 #include "views/reader/EngineAccessibility.h"
+#include "views/reader/EngineProcess.h"
 #include "views/reader/RemoteImages.h"
+#include "views/reader/TroubleSheet.h"
 #include "views/style/DisplayText.h"
 
+#include <QApplication>
 #include <QAuthenticator>
 #include <QBuffer>
 #include <QCryptographicHash>
-#include <QLabel>
 #include <QQuickWindow>
 #include <QStackedLayout>
 #include <QWebEngineCookieStore>
@@ -93,8 +95,24 @@ QByteArray framed(const QString& document, const QString& title)
     return noPrefetch + named.toUtf8() + ownStyle + document.toUtf8();
 }
 
+/// Of `ownStyle`.
+constexpr int scrollBarWidth = 8;
+
 /// A page whose remote images take their time is shown before they are there.
 constexpr std::chrono::milliseconds longestCover{600};
+
+/// How often it is asked again whether a message is drawn that takes long.
+constexpr std::chrono::milliseconds drawInterval{500};
+
+/// How often the memory of a process is looked at: while it lays the document out, and later, when what is
+/// animated still may grow.
+constexpr std::chrono::milliseconds loadingInterval{100};
+constexpr std::chrono::seconds restingInterval{2};
+constexpr std::chrono::seconds longestLayout{10};
+
+/// A process that was just made needs a moment to get into its sandbox.
+constexpr std::chrono::milliseconds sandboxInterval{5};
+constexpr int mostLooks = 200;
 
 /// Everything that a page could do beyond showing text, formatting and images.
 constexpr std::array forbiddenFeatures{
@@ -128,22 +146,20 @@ constexpr std::array forbiddenFeatures{
 /// Hands the engine the document on screen.
 class SecureMessageView::DocumentServer : public QWebEngineUrlSchemeHandler {
 public:
-    void setDocument(const QByteArray& document) { m_document = document; }
+    explicit DocumentServer(SecureMessageView& owner)
+        : m_owner(owner)
+    {}
 
     void requestStarted(QWebEngineUrlRequestJob* job) override
     {
-        if (job->requestUrl() != documentURL()) {
+        if (job->requestUrl() == documentURL())
+            m_owner.answer(job, m_owner.m_loadCount, 0);
+        else
             job->fail(QWebEngineUrlRequestJob::UrlNotFound);
-            return;
-        }
-        auto* const body = new QBuffer(job);
-        body->setData(m_document);
-        body->open(QIODevice::ReadOnly);
-        job->reply("text/html; charset=utf-8", body);
     }
 
 private:
-    QByteArray m_document;
+    SecureMessageView& m_owner;
 };
 
 /// Lets pass what the rule list allows, images from the network by way of `RemoteImages`.
@@ -211,10 +227,19 @@ private:
     bool m_isNextLoadAllowed = false;
 };
 
+/// For a page that leaves: what it still asks for isn't the business of the next message.
+class NothingPasses : public QWebEngineUrlRequestInterceptor {
+public:
+    using QWebEngineUrlRequestInterceptor::QWebEngineUrlRequestInterceptor;
+    void interceptRequest(QWebEngineUrlRequestInfo& info) override { info.block(true); }
+};
+
 void SecureMessageView::DeletePageLater::operator()(Page* page) const
 {
     // It may be what is calling us.
     page->disconnect();
+    page->setUrlRequestInterceptor(new NothingPasses(page));
+    page->triggerAction(QWebEnginePage::Stop);
     page->deleteLater();
 }
 
@@ -265,12 +290,12 @@ void SecureMessageView::prepareEngine()
 SecureMessageView::SecureMessageView(QWidget* parent, RuleLists ruleLists)
     : QWidget(parent)
     , m_ruleLists(std::move(ruleLists))
-    , m_server(std::make_unique<DocumentServer>())
+    , m_server(std::make_unique<DocumentServer>(*this))
     , m_images(std::make_unique<RemoteImages>())
     , m_filter(std::make_unique<RequestFilter>(*m_images))
     , m_view(new QWebEngineView)
     , m_cover(new QWidget)
-    , m_refusal(new QLabel(tr("Unable to display this message safely.")))
+    , m_sheet(new TroubleSheet)
 {
     EngineAccessibility::decide();
     connect(m_images.get(), &RemoteImages::refusedChanged, this, &SecureMessageView::refusedImagesChanged);
@@ -278,35 +303,43 @@ SecureMessageView::SecureMessageView(QWidget* parent, RuleLists ruleLists)
     makePage();
     m_view->setContextMenuPolicy(Qt::NoContextMenu);
     m_view->setAcceptDrops(false);
-    m_refusal->setAlignment(Qt::AlignCenter);
-    m_refusal->setWordWrap(true);
     // The page stays visible to its engine, which would else stop drawing; what stands on top is what the
     // user sees.
     auto* const layout = new QStackedLayout(this);
     layout->setStackingMode(QStackedLayout::StackAll);
     layout->addWidget(m_view);
-    for (QWidget* const sheet : {m_cover, static_cast<QWidget*>(m_refusal)}) {
-        QPalette white = sheet->palette();
-        white.setColor(QPalette::Window, Qt::white);
-        white.setColor(QPalette::WindowText, Qt::black);
-        sheet->setPalette(white);
-        sheet->setAutoFillBackground(true);
-        layout->addWidget(sheet);
-    }
+    QPalette white = m_cover->palette();
+    white.setColor(QPalette::Window, Qt::white);
+    m_cover->setPalette(white);
+    m_cover->setAutoFillBackground(true);
+    layout->addWidget(m_cover);
+    layout->addWidget(m_sheet);
     layout->setCurrentWidget(m_cover);
-    m_refusal->hide();
+    m_sheet->hide();
     m_uncoverTimer.setSingleShot(true);
     m_uncoverTimer.setInterval(longestCover);
     connect(&m_uncoverTimer, &QTimer::timeout, this, &SecureMessageView::uncover);
+    connect(&m_drawTimer, &QTimer::timeout, this, &SecureMessageView::checkDrawn);
+    connect(&m_watchTimer, &QTimer::timeout, this, &SecureMessageView::watch);
+    connect(m_sheet, &TroubleSheet::stopRequested, this, &SecureMessageView::stop);
+    connect(m_sheet, &TroubleSheet::textRequested, this, &SecureMessageView::textRequested);
 }
 
 SecureMessageView::~SecureMessageView()
 {
+    releaseFocus();
     delete m_view;
     // The profile must not go before its pages.
     delete m_page.release();
     const QList<QWebEnginePage*> leaving = m_profile->findChildren<QWebEnginePage*>();
     qDeleteAll(leaving);
+}
+
+void SecureMessageView::releaseFocus()
+{
+    // A widget of the engine that is hidden while it has the keyboard sends a Tab to what is gone already.
+    if (QWidget* const focus = QApplication::focusWidget(); focus && m_view->isAncestorOf(focus))
+        focus->clearFocus();
 }
 
 void SecureMessageView::makeProfile()
@@ -352,38 +385,48 @@ void SecureMessageView::makePage()
             [](QWebEngineFullScreenRequest request) { request.reject(); });
     connect(page, &QWebEnginePage::authenticationRequired, page,
             [](const QUrl&, QAuthenticator* authenticator) { *authenticator = QAuthenticator(); });
-    connect(page, &QWebEnginePage::renderProcessTerminated, this, &SecureMessageView::showRefusal);
+    connect(page, &QWebEnginePage::renderProcessTerminated, this, &SecureMessageView::takeEnd);
+    // Comes with the first picture of a document, which may be long behind its loading.
+    connect(page, &QWebEnginePage::contentsSizeChanged, this, [this] {
+        m_hasFrame = true;
+        if (m_trouble == Trouble::takesLong)
+            checkDrawn();
+    });
     // The engine puts an empty page in the place of some that it refuses by itself.
     connect(page, &QWebEnginePage::urlChanged, this, [this](const QUrl& url) {
         if (!url.isEmpty() && url != documentURL())
-            showRefusal();
+            setTrouble(Trouble::refused);
     });
+    releaseFocus();
     m_view->setPage(page);
     m_page.reset(page);
 }
 
 void SecureMessageView::display(const SanitizedHTML& content, bool allowRemoteImages, double zoom,
-                                const QString& title)
+                                const QString& title, Body body)
 {
     m_links = content.links;
     setZoom(zoom);
     m_view->setAccessibleName(DisplayText::bounded(title));
     const QByteArray document = framed(content.document, title);
     const QByteArray hash = QCryptographicHash::hash(document, QCryptographicHash::Sha256);
-    const QString key = (allowRemoteImages ? u"true|"_s : u"false|"_s) + QString::fromLatin1(hash.toHex());
+    const QString key = (allowRemoteImages ? u"true|"_s : u"false|"_s) +
+                        (body == Body::text ? u"text|"_s : QString()) + QString::fromLatin1(hash.toHex());
     if (m_loadedKey == key)
         return;
     m_loadedKey = key;
+    m_body = body;
     load(document,
          allowRemoteImages ? ContentBlocker::Mode::httpsImagesOnly : ContentBlocker::Mode::blockAll);
 }
 
 void SecureMessageView::load(const QByteArray& document, ContentBlocker::Mode mode)
 {
+    setTrouble(Trouble::none);
     try {
         m_filter->setRules(&m_ruleLists(mode));
     } catch (const MailError&) {
-        showRefusal();
+        setTrouble(Trouble::refused);
         return;
     }
     // The rules are in force before anything loads.
@@ -392,26 +435,76 @@ void SecureMessageView::load(const QByteArray& document, ContentBlocker::Mode mo
     // A page for each document: nothing of the one before is left, not even its process.
     makePage();
     ++m_loadCount;
-    m_server->setDocument(document);
+    m_document = document;
+    m_hasFrame = false;
+    m_isComplete = false;
+    m_mostMemory = 0;
+    m_sinceLoad.start();
+    m_drawTimer.start(patience);
+    m_watchTimer.start(loadingInterval);
     m_page->allowNextLoad();
     m_page->load(documentURL());
+}
+
+void SecureMessageView::answer(const QPointer<QWebEngineUrlRequestJob>& job, int load, int looks)
+{
+    if (!job)
+        return;
+    if (load != m_loadCount || m_loadedKey.isEmpty()) {
+        job->fail(QWebEngineUrlRequestJob::RequestAborted);
+        return;
+    }
+    const qint64 process = m_page->renderProcessPid();
+    const bool isSafe =
+        m_body == Body::text || EngineProcess::mayShowWithoutSandbox() || EngineProcess::isSandboxed(process);
+    if (process == 0 || !isSafe) {
+        if (looks < mostLooks) {
+            QTimer::singleShot(sandboxInterval, this,
+                               [this, job, load, looks] { answer(job, load, looks + 1); });
+            return;
+        }
+        setTrouble(process == 0 ? Trouble::ended : Trouble::noSandbox);
+        job->fail(QWebEngineUrlRequestJob::RequestDenied);
+        return;
+    }
+    EngineProcess::boundMemory(process);
+    auto* const body = new QBuffer(job);
+    body->setData(m_document);
+    body->open(QIODevice::ReadOnly);
+    job->reply("text/html; charset=utf-8", body);
+}
+
+void SecureMessageView::leavePage()
+{
+    m_images->begin();
+    m_document.clear();
+    m_uncoverTimer.stop();
+    m_drawTimer.stop();
+    m_watchTimer.stop();
+    makePage();
 }
 
 void SecureMessageView::clear()
 {
     m_links.clear();
     m_loadedKey.clear();
-    m_server->setDocument({});
-    m_images->begin();
+    setTrouble(Trouble::none);
     cover();
-    m_uncoverTimer.stop();
-    makePage();
+    leavePage();
+}
+
+void SecureMessageView::stop()
+{
+    if (m_loadedKey.isEmpty())
+        return;
+    cover();
+    leavePage();
+    setTrouble(Trouble::stopped);
 }
 
 void SecureMessageView::cover()
 {
     // The message before must not be seen under the headers of this one.
-    m_refusal->hide();
     m_cover->show();
     m_cover->raise();
     m_uncoverTimer.start();
@@ -430,6 +523,11 @@ int SecureMessageView::refusedImages() const
     return m_images->refused();
 }
 
+bool SecureMessageView::hasSheet() const
+{
+    return !m_sheet->isHidden();
+}
+
 bool SecureMessageView::isCovered() const
 {
     return m_loadedKey.isEmpty() || !m_cover->isHidden();
@@ -439,16 +537,90 @@ void SecureMessageView::finishLoad(bool isSuccess)
 {
     if (m_loadedKey.isEmpty())
         return;
+    m_isComplete = true;
     m_uncoverTimer.stop();
     uncover();
     Q_EMIT loadFinished(isSuccess);
 }
 
-void SecureMessageView::showRefusal()
+void SecureMessageView::setTrouble(Trouble trouble)
 {
-    m_cover->hide();
-    m_refusal->show();
-    m_refusal->raise();
+    // What ended a message stays the reason when the engine reports more of its end.
+    const bool isEnd = m_trouble != Trouble::none && m_trouble != Trouble::takesLong;
+    if (m_trouble == trouble || (isEnd && trouble != Trouble::none && trouble != Trouble::stopped))
+        return;
+    m_trouble = trouble;
+    if (trouble != Trouble::none && trouble != Trouble::takesLong) {
+        m_drawTimer.stop();
+        m_watchTimer.stop();
+    }
+    const bool isHTML = m_body == Body::html;
+    switch (trouble) {
+    case Trouble::none:
+    case Trouble::noSandbox:
+        m_sheet->tell({}, {});
+        break;
+    case Trouble::takesLong:
+        m_sheet->tell(tr("This message is taking long to show."), {isHTML, true});
+        break;
+    case Trouble::stopped:
+        m_sheet->tell(tr("This message was stopped."), {isHTML, false});
+        break;
+    case Trouble::tooLarge:
+        m_sheet->tell(tr("This message was stopped, because it took too much memory."), {isHTML, false});
+        break;
+    case Trouble::ended:
+    case Trouble::refused:
+        m_sheet->tell(tr("Unable to display this message safely."), {isHTML, false});
+        break;
+    }
+    Q_EMIT troubleChanged();
+}
+
+void SecureMessageView::watch()
+{
+    const qint64 process = m_page->renderProcessPid();
+    const EngineProcess::Memory memory = EngineProcess::memory(process);
+    m_mostMemory = std::max({m_mostMemory, memory.asked, memory.resident});
+    if (memory.resident > EngineProcess::mostMemory)
+        EngineProcess::end(process);
+    if (std::chrono::milliseconds(m_sinceLoad.elapsed()) > longestLayout)
+        m_watchTimer.start(restingInterval);
+}
+
+void SecureMessageView::takeEnd()
+{
+    // The kernel refuses what would pass the bound, and keeps no note of it.
+    const bool wasNearBound = m_mostMemory > EngineProcess::mostMemory / 2;
+    setTrouble(wasNearBound ? Trouble::tooLarge : Trouble::ended);
+}
+
+bool SecureMessageView::isDrawn() const
+{
+    if (!m_hasFrame || m_isComplete)
+        return m_hasFrame;
+    // What came of it so far may be nothing that can be seen. NB: the scroll bars aren't of the message.
+    const QImage picture = m_view->grab(m_view->rect().adjusted(0, 0, -scrollBarWidth, -scrollBarWidth))
+                               .toImage()
+                               .convertToFormat(QImage::Format_RGB32);
+    const QRgb first = picture.isNull() ? 0 : picture.pixel(0, 0);
+    for (int y = 0; y < picture.height(); ++y) {
+        const auto* const line = reinterpret_cast<const QRgb*>(picture.constScanLine(y));
+        if (std::any_of(line, line + picture.width(), [first](QRgb pixel) { return pixel != first; }))
+            return true;
+    }
+    return false;
+}
+
+void SecureMessageView::checkDrawn()
+{
+    if (isDrawn()) {
+        m_drawTimer.stop();
+        setTrouble(Trouble::none);
+        return;
+    }
+    setTrouble(Trouble::takesLong);
+    m_drawTimer.start(drawInterval);
 }
 
 void SecureMessageView::setZoom(double zoom)

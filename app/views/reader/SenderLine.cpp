@@ -48,7 +48,8 @@ QString nameOf(const EmailAddress& address, const Sender& sender)
 {
     // Half of an address that pretends something is no name.
     const bool isNamed = address.name && ShownText::hasInk(*address.name);
-    return isNamed || sender.isTrusted() ? address.displayName() : shortened(address.address);
+    const bool isOne = SenderReader::distinctAddresses(sender) == 1;
+    return isNamed || (sender.isTrusted() && isOne) ? address.displayName() : shortened(address.address);
 }
 
 ShownSender shown(const Sender& sender)
@@ -75,7 +76,12 @@ ShownSender shown(const Sender& sender)
 
 ShownSender ShownSender::read(const MIMEHeaders& headers)
 {
-    return shown(SenderReader::read(headers));
+    ShownSender sender = shown(SenderReader::read(headers));
+    const QString real = shortened(SenderReader::senderOfSeveral(headers));
+    // Whoever is named beside it may know nothing of the message.
+    if (!real.isEmpty())
+        sender.warning = (sender.warning + u' ' + Texts::tr("It was sent by %1.").arg(real)).trimmed();
+    return sender;
 }
 
 ShownSender ShownSender::of(const MessageSummary& row)

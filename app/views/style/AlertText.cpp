@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 using namespace Qt::StringLiterals;
 
@@ -56,18 +57,20 @@ QString joined(const QString& text, const QList<std::pair<qsizetype, qsizetype>>
 }
 
 /// Where the host of a URL stands: behind a user name, which may look like another host, and before a port
-/// (RFC 3986, section 3.2).
-std::pair<qsizetype, qsizetype> hostOfURL(QStringView url)
+/// (RFC 3986, section 3.2). Nowhere in a URL that is cut off before that is sure.
+std::optional<std::pair<qsizetype, qsizetype>> hostOfURL(QStringView url)
 {
     qsizetype start = url.indexOf(u"//"_s) + 2;
     const auto isEnd = [](QChar character) {
         return character == u'/' || character == u'?' || character == u'#';
     };
     qsizetype end = std::find_if(url.begin() + start, url.end(), isEnd) - url.begin();
+    if (end == url.size() && url.endsWith(u'…'))
+        return std::nullopt;
     start = std::max(start, url.first(end).lastIndexOf(u'@') + 1);
     const QStringView host = url.sliced(start, end - start);
     const qsizetype length = host.startsWith(u'[') ? host.indexOf(u']') + 1 : host.indexOf(u':');
-    return {start, length > 0 ? length : host.size()};
+    return std::pair(start, length > 0 ? length : host.size());
 }
 
 } // namespace
@@ -90,8 +93,10 @@ void AlertText::setLines(const QString& text, const QStringList& hosts)
 
 QList<std::pair<qsizetype, qsizetype>> AlertText::hosts(const QString& line, const QStringList& known)
 {
-    if (isURL(line))
-        return {hostOfURL(line)};
+    if (isURL(line)) {
+        const auto host = hostOfURL(line);
+        return host ? QList{*host} : QList<std::pair<qsizetype, qsizetype>>();
+    }
     QSet<QString> folded;
     for (const QString& host : known)
         folded.insert(Text::lowered(host));

@@ -1,5 +1,6 @@
 #include "views/style/AttachmentChip.h"
 
+#include "domain/FileName.h"
 #include "views/style/DisplayText.h"
 #include "views/style/RowText.h"
 #include "views/style/Style.h"
@@ -13,33 +14,36 @@ namespace Larkhaven {
 
 namespace {
 
-/// The icon theme's image for a kind of file; of the one for its family where there is none.
-QIcon fileIcon(const QString& filename, const QString& mimeType)
+/// The icon theme's image for a type; of the one for its family where there is none.
+QIcon fileIcon(const QString& mimeType)
 {
-    const QMimeDatabase database;
-    QMimeType type = database.mimeTypeForName(mimeType);
-    if (!type.isValid() || type.isDefault())
-        type = database.mimeTypeForFile(filename, QMimeDatabase::MatchExtension);
+    const QMimeType type = QMimeDatabase().mimeTypeForName(mimeType);
     return QIcon::fromTheme(type.iconName(),
                             QIcon::fromTheme(type.genericIconName(), QIcon::fromTheme(u"text-x-generic"_s)));
 }
 
 } // namespace
 
-AttachmentChip::AttachmentChip(const QString& filename, const QString& mimeType, qint64 size, QWidget* parent)
+AttachmentChip::AttachmentChip(const QString& filename, const QString& type, qint64 size, QWidget* parent)
     : QAbstractButton(parent)
-    , m_filename(DisplayText::bounded(filename))
+    , m_filename(FileName::shown(filename))
     , m_size(RowText::size(size))
-    , m_icon(fileIcon(filename, mimeType))
+    , m_icon(fileIcon(type))
 {
     setText(DisplayText::menuItem(u"%1 (%2)"_s.arg(m_filename, m_size)));
     setAccessibleName(DisplayText::bounded(u"%1 (%2)"_s.arg(m_filename, m_size)));
-    setToolTip(DisplayText::toolTip(tr("Save %1").arg(filename)));
+    setHelp(m_filename, {});
     setAttribute(Qt::WA_Hover);
     setCursor(Qt::PointingHandCursor);
     setFocusPolicy(Qt::TabFocus);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     connect(&Style::shared(), &Style::changed, this, [this] { updateGeometry(); });
+}
+
+void AttachmentChip::setHelp(const QString& help, const QString& warning)
+{
+    setToolTip(DisplayText::toolTip(warning.isEmpty() ? QStringList{help} : QStringList{help, warning}));
+    setAccessibleDescription(warning);
 }
 
 void AttachmentChip::setTrailingRoom(int room)
@@ -58,6 +62,17 @@ int AttachmentChip::widthWithoutName() const
     const QFontMetrics caption(Style::shared().font(Style::Type::caption));
     return Style::smallPadding + iconSize() + 6 + 6 + caption.horizontalAdvance(m_size) + Style::padding +
            m_trailingRoom;
+}
+
+QString AttachmentChip::fitting(const QString& name, const QFontMetrics& metrics, int width)
+{
+    constexpr QChar isolate(0x2068);
+    constexpr QChar endOfIsolate(0x2069);
+    const QString ending = FileName::endingOf(name).toString();
+    const QString stem = name.chopped(ending.size());
+    const int room = std::max(0, width - metrics.horizontalAdvance(ending));
+    // In the order of the whole name, letters from right to left would move the ending to its beginning.
+    return isolate + metrics.elidedText(stem, Qt::ElideMiddle, room) + endOfIsolate + ending;
 }
 
 QSize AttachmentChip::sizeHint() const
@@ -88,16 +103,16 @@ void AttachmentChip::paintEvent(QPaintEvent*)
     };
     const Qt::Alignment begin = QStyle::visualAlignment(layoutDirection(), Qt::AlignLeft) | Qt::AlignAbsolute;
     const int flags = static_cast<int>(begin | Qt::AlignVCenter) | Qt::TextSingleLine;
-    painter.setLayoutDirection(Qt::LayoutDirectionAuto);
+    painter.setLayoutDirection(Qt::LeftToRight);
     int left = Style::smallPadding;
     m_icon.paint(&painter, placed({left, (height() - iconSize()) / 2, iconSize(), iconSize()}));
     left += iconSize() + 6;
     painter.setFont(style.font(Style::Type::body));
     painter.setPen(colors.text);
     const QRect name(left, 0, width() - widthWithoutName(), height());
-    painter.drawText(placed(name), flags,
-                     painter.fontMetrics().elidedText(m_filename, Qt::ElideMiddle, name.width()));
+    painter.drawText(placed(name), flags, fitting(m_filename, painter.fontMetrics(), name.width()));
     left += name.width() + 6;
+    painter.setLayoutDirection(Qt::LayoutDirectionAuto);
     painter.setFont(style.font(Style::Type::caption));
     painter.setPen(colors.secondary);
     painter.drawText(placed({left, 0, width() - left, height()}), flags, m_size);

@@ -4,17 +4,26 @@
 
 namespace Larkhaven {
 
-/// A button for one file: its kind, its name cut in the middle, and its size. Its text is "{filename}
-/// ({size})".
+/// A button for one file: the icon of its type, its name cut before its ending where it is too long, and its
+/// size. Its text is "{filename} ({size})".
 class AttachmentChip : public QAbstractButton {
     Q_OBJECT
 
 public:
+    /// The name is shown as it can be seen (`FileName::shown`); `type` is the MIME type whose icon shows;
     /// `size` in bytes.
-    AttachmentChip(const QString& filename, const QString& mimeType, qint64 size, QWidget* parent = nullptr);
+    AttachmentChip(const QString& filename, const QString& type, qint64 size, QWidget* parent = nullptr);
+
+    /// A tooltip that says what a click does, and a sentence that warns, if there is one; the latter is told
+    /// to assistive technology as well. Neither is formatting.
+    void setHelp(const QString& help, const QString& warning);
 
     /// Keeps room behind the size for what stands within the chip; in pixels.
     void setTrailingRoom(int room);
+
+    /// A name that `FileName::shown` has given, cut in the middle of its stem to a width in pixels. Its
+    /// ending stays whole, and stands last in every script where the text goes from left to right.
+    static QString fitting(const QString& name, const QFontMetrics& metrics, int width);
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;

@@ -2,7 +2,6 @@
 
 #include "domain/ShownText.h"
 
-#include <QStringList>
 #include <QTextDocument>
 
 #include <algorithm>
@@ -33,7 +32,15 @@ QString lines(const QString& text)
 
 QString toolTip(const QString& text)
 {
-    const QString shown = bounded(text);
+    return toolTip(QStringList(text));
+}
+
+QString toolTip(const QStringList& lines)
+{
+    QStringList boundedLines;
+    for (const QString& line : lines)
+        boundedLines.append(bounded(line));
+    const QString shown = boundedLines.join(u'\n');
     // A tooltip takes a text for HTML where it looks like it.
     return Qt::mightBeRichText(shown) ? Qt::convertFromPlainText(shown) : shown;
 }

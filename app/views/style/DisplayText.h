@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 /// The one way of untrusted text into titles, labels, tooltips, menus and chips. What passes is cut, on one
 /// line, without controls, without characters that aren't seen or turn the direction of what stands beside
@@ -23,6 +24,8 @@ QString lines(const QString& text);
 
 /// A tooltip that shows the text as it stands: no part of it is formatting.
 QString toolTip(const QString& text);
+/// One with a line for each of the texts.
+QString toolTip(const QStringList& lines);
 
 /// The text of a menu item or a button: no part of it marks a key.
 QString menuItem(const QString& text);
