@@ -1,0 +1,123 @@
+#include "Paired.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <ctime>
+#include <sched.h>
+#include <string_view>
+
+namespace Larkhaven::Bench {
+namespace {
+
+constexpr double secondsOfACase = 3;
+constexpr double secondsOfATurn = 0.02;
+constexpr std::size_t fewestTurns = 5;
+constexpr std::size_t mostTurns = 31;
+
+/// Processor time of this process, in seconds.
+double now()
+{
+    timespec time{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
+}
+
+/// The last core: interrupts and what else the machine does gather on the first.
+void pinToOneCore()
+{
+    cpu_set_t allowed;
+    CPU_ZERO(&allowed);
+    if (sched_getaffinity(0, sizeof allowed, &allowed) != 0)
+        return;
+    int last = -1;
+    for (int core = 0; core < CPU_SETSIZE; ++core) {
+        if (CPU_ISSET(core, &allowed))
+            last = core;
+    }
+    if (last < 0)
+        return;
+    cpu_set_t one;
+    CPU_ZERO(&one);
+    CPU_SET(last, &one);
+    sched_setaffinity(0, sizeof one, &one);
+}
+
+double median(std::vector<double> values)
+{
+    std::ranges::sort(values);
+    return values[values.size() / 2];
+}
+
+/// One turn of one side, repeated until it can be told from the clock's own noise.
+class Side
+{
+public:
+    explicit Side(const Work& work) : m_work(work) {}
+
+    /// The first run, which warms the caches and isn't counted. Returns what it did.
+    std::uint64_t warm()
+    {
+        const double start = now();
+        const std::uint64_t result = m_work();
+        const double once = std::max(now() - start, 1e-9);
+        m_repetitions = std::clamp(static_cast<std::size_t>(secondsOfATurn / once), std::size_t{1},
+                                   std::size_t{1'000'000});
+        return result;
+    }
+
+    void turn()
+    {
+        const double start = now();
+        for (std::size_t i = 0; i < m_repetitions; ++i)
+            m_sink = m_sink + m_work();
+        m_times.push_back((now() - start) / static_cast<double>(m_repetitions));
+    }
+
+    double seconds() const { return median(m_times); }
+
+private:
+    const Work& m_work;
+    std::size_t m_repetitions = 1;
+    std::vector<double> m_times;
+    volatile std::uint64_t m_sink = 0;
+};
+
+/// Returns false where the two sides didn't do the same work.
+bool run(const Case& pair)
+{
+    Side ours(pair.ours);
+    Side theirs(pair.theirs);
+    const std::uint64_t our = ours.warm();
+    const std::uint64_t their = theirs.warm();
+    const double start = now();
+    for (std::size_t turns = 0; turns < mostTurns; ++turns) {
+        if (turns >= fewestTurns && now() - start > secondsOfACase)
+            break;
+        ours.turn();
+        theirs.turn();
+    }
+    std::printf("%s\t%.2f\t%s\t%.2f\t%.2f\t%.2f\n", pair.name.c_str(), ours.seconds() * 1e6, pair.peer.c_str(),
+                theirs.seconds() * 1e6, theirs.seconds() / ours.seconds(), pair.goal);
+    std::fflush(stdout);
+    if (our == their)
+        return true;
+    std::fprintf(stderr, "%s: we did %llu, %s did %llu\n", pair.name.c_str(), static_cast<unsigned long long>(our),
+                 pair.peer.c_str(), static_cast<unsigned long long>(their));
+    return false;
+}
+
+} // namespace
+
+int compare(int argc, char** argv, const std::vector<Case>& cases)
+{
+    pinToOneCore();
+    const std::string_view wanted = argc > 1 ? argv[1] : "";
+    bool equal = true;
+    for (const Case& pair : cases) {
+        if (pair.name.find(wanted) != std::string::npos)
+            equal = run(pair) && equal;
+    }
+    return equal ? 0 : 1;
+}
+
+} // namespace Larkhaven::Bench
