@@ -382,7 +382,7 @@ TEST_F(AccountSetupTest, CancelsByReturnOnCancel)
     connectTo({});
     QPushButton& cancel = *form()->findChild<QPushButton*>(u"setupCancel"_s);
     for (int presses = 0; QApplication::focusWidget() != &cancel && presses < 20; ++presses)
-        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        QTest::keyClick(&focusedWidget(), Qt::Key_Tab);
     ASSERT_EQ(QApplication::focusWidget(), &cancel);
     QTest::keyClick(&cancel, Qt::Key_Return);
     EXPECT_TRUE(waitUntil([] { return !form(); }));

@@ -147,9 +147,8 @@ TEST_F(AlertLooksTest, TheSafeButtonIsTheDefaultThroughEachChange)
     alert->setDefaultButton(QMessageBox::Cancel);
     const auto* const safe = qobject_cast<QPushButton*>(alert->button(QMessageBox::Cancel));
     alert->open();
-    settle();
+    EXPECT_TRUE(waitUntil([safe] { return safe->hasFocus(); }));
     EXPECT_TRUE(safe->isDefault());
-    EXPECT_TRUE(safe->hasFocus());
     for (const int size : {10, 28, 13}) {
         Style::shared().setTextSize(size);
         settle();

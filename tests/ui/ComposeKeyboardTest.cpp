@@ -29,7 +29,7 @@ protected:
     }
     static void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {})
     {
-        QTest::keyClick(QApplication::focusWidget(), key, modifiers);
+        QTest::keyClick(&focusedWidget(), key, modifiers);
     }
     ComposeDraft rich() const
     {
@@ -55,7 +55,7 @@ TEST_F(ComposeKeyboardTest, TabGoesFromFieldToFieldAndFromTheSubjectToTheText)
     }
     EXPECT_EQ(steps, QStringList({u"to"_s, u"cc"_s, u"bcc"_s, u"subject"_s, u"composeText"_s}));
     // What is typed goes into the text.
-    QTest::keyClicks(QApplication::focusWidget(), u"a b "_s);
+    QTest::keyClicks(&focusedWidget(), u"a b "_s);
     EXPECT_EQ(text(window).toPlainText(), u"a b The text"_s);
 }
 

@@ -1,4 +1,5 @@
 #include "ComposeSupport.h"
+#include "Gestures.h"
 #include "support/QtPrinters.h"
 #include "support/WaitUntil.h"
 #include "views/compose/SuggestionList.h"
@@ -54,7 +55,7 @@ protected:
         for (const QChar letter : text)
             QTest::keyClick(list() ? static_cast<QWidget*>(list()) : focused(), letter.toLatin1());
     }
-    static QWidget* focused() { return QApplication::focusWidget(); }
+    static QWidget* focused() { return &focusedWidget(); }
 
     QPointer<ComposeWindow> window;
 };

@@ -121,6 +121,13 @@ void pressChord(const QString& chord)
     pressKey(key.key(), key.keyboardModifiers());
 }
 
+QWidget& focusedWidget()
+{
+    if (!waitUntil([] { return QApplication::focusWidget() != nullptr; }))
+        throw std::runtime_error("no widget has the keyboard");
+    return *QApplication::focusWidget();
+}
+
 QString focusedName()
 {
     return QApplication::focusWidget() ? QApplication::focusWidget()->objectName() : QString();

@@ -30,6 +30,8 @@ void typeText(const QString& text);
 /// Presses a chord such as "Ctrl+Shift+U".
 void pressChord(const QString& chord);
 
+/// The widget that has the keyboard, which is none for a moment after a window has closed.
+QWidget& focusedWidget();
 /// The name of the widget that has the keyboard; empty for none.
 QString focusedName();
 /// Presses Tab, or Shift+Tab, until the keyboard is at the widget of the name. Throws where no way leads

@@ -1,3 +1,4 @@
+#include "Gestures.h"
 #include "UITestSupport.h"
 #include "domain/MailError.h"
 #include "protocols/StreamTransport.h"
@@ -177,11 +178,11 @@ TEST_F(QuietLinesTest, NeverTakesTheKeyboardFromAnotherWindow)
     QTest::keyClicks(&other, u"Dear "_s);
     provider().completeAll();
     ASSERT_TRUE(waitUntil([this] { return mail.model().errorMessage().has_value(); }));
-    QTest::keyClicks(QApplication::focusWidget(), u"Ann, how "_s);
+    QTest::keyClicks(&focusedWidget(), u"Ann, how "_s);
     settle();
     EXPECT_FALSE(alert());
     EXPECT_TRUE(other.isActiveWindow());
-    QTest::keyClicks(QApplication::focusWidget(), u"are you?"_s);
+    QTest::keyClicks(&focusedWidget(), u"are you?"_s);
     EXPECT_EQ(other.toPlainText(), u"Dear Ann, how are you?");
     other.close();
     mail.window->activateWindow();

@@ -1,3 +1,4 @@
+#include "Gestures.h"
 #include "SettingsSupport.h"
 #include "domain/Coding.h"
 #include "support/Await.h"
@@ -203,7 +204,7 @@ TEST_F(SettingsTest, ChoosesTheMessagesOfAPageByMouseAndKeys)
     EXPECT_EQ(segment(u"pageSize"_s), u"25");
     QTest::mouseClick(&segmentButton(u"pageSize"_s, u"100"_s), Qt::LeftButton);
     EXPECT_EQ(settings.model().pageSize(), 100);
-    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Left);
+    QTest::keyClick(&focusedWidget(), Qt::Key_Left);
     EXPECT_EQ(segment(u"pageSize"_s), u"50");
     EXPECT_EQ(settings.model().pageSize(), 50);
     settings.restart(Pane::general);
