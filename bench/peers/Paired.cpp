@@ -49,10 +49,11 @@ double median(std::vector<double> values)
 }
 
 /// One turn of one side, repeated until it can be told from the clock's own noise.
-class Side
-{
+class Side {
 public:
-    explicit Side(const Work& work) : m_work(work) {}
+    explicit Side(const Work& work)
+        : m_work(work)
+    {}
 
     /// The first run, which warms the caches and isn't counted. Returns what it did.
     std::uint64_t warm()
@@ -96,13 +97,14 @@ bool run(const Case& pair)
         ours.turn();
         theirs.turn();
     }
-    std::printf("%s\t%.2f\t%s\t%.2f\t%.2f\t%.2f\n", pair.name.c_str(), ours.seconds() * 1e6, pair.peer.c_str(),
-                theirs.seconds() * 1e6, theirs.seconds() / ours.seconds(), pair.goal);
+    std::printf("%s\t%.2f\t%s\t%.2f\t%.2f\t%.2f\n", pair.name.c_str(), ours.seconds() * 1e6,
+                pair.peer.c_str(), theirs.seconds() * 1e6, theirs.seconds() / ours.seconds(), pair.goal);
     std::fflush(stdout);
     if (our == their)
         return true;
-    std::fprintf(stderr, "%s: we did %llu, %s did %llu\n", pair.name.c_str(), static_cast<unsigned long long>(our),
-                 pair.peer.c_str(), static_cast<unsigned long long>(their));
+    std::fprintf(stderr, "%s: we did %llu, %s did %llu\n", pair.name.c_str(),
+                 static_cast<unsigned long long>(our), pair.peer.c_str(),
+                 static_cast<unsigned long long>(their));
     return false;
 }
 
