@@ -385,6 +385,22 @@ TEST_F(ComposeQuitTest, CancelAtEachQuestionStaysAndTheNextQuitAsksAfresh)
     EXPECT_TRUE(quitsOnceAsked());
 }
 
+TEST_F(ComposeQuitTest, CancelStaysAlsoWhereEverythingEndsWithIt)
+{
+    fixture.provider().hold(u"saveDraft"_s);
+    const QPointer<ComposeWindow> window = &changed();
+    changed();
+    quit();
+    press(quitAlert(), u"Save All"_s);
+    QMessageBox& question = quitAlert("deliveryAlert");
+    QObject::connect(&question, &QMessageBox::finished, &question,
+                     [this] { fixture.provider().completeAll(); });
+    press(question, u"Cancel"_s);
+    ASSERT_TRUE(waitUntil([&] { return !window; }));
+    settle();
+    EXPECT_EQ(quits, 0);
+}
+
 TEST_F(ComposeQuitTest, OfSeveralSavesTheOneThatFailsKeepsItsWindowAndTheProgram)
 {
     fixture.provider().hold(u"saveDraft"_s);

@@ -198,6 +198,10 @@ void chooseByKeys(const QStringList& titles)
 void leftClick(QWidget& widget)
 {
     QWidget& top = *widget.window();
+    // What a window manager does with a new window may come between the press and the release.
+    if (!waitUntil([&top] { return top.windowHandle() && top.windowHandle()->isExposed(); }))
+        throw std::runtime_error("the window doesn't appear");
+    settle();
     QTest::mouseClick(top.windowHandle(), Qt::LeftButton, {}, widget.mapTo(&top, widget.rect().center()));
 }
 

@@ -3,7 +3,9 @@
 #include "views/reader/SecureMessageView.h"
 
 #include <QApplication>
+#include <QCursor>
 #include <QLocale>
+#include <QScreen>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -44,6 +46,8 @@ int main(int argc, char** argv)
     QApplication application(argc, argv);
     const Larkhaven::Translations translations;
     QApplication::setQuitOnLastWindowClosed(false);
+    // Where a window opens under the display's own mouse, its events mix with those of a test.
+    QCursor::setPos(QGuiApplication::primaryScreen()->geometry().bottomRight());
     const int result = RUN_ALL_TESTS();
     const bool hasRun = testing::UnitTest::GetInstance()->test_to_run_count() > 0;
     return hasRun ? result : 1;

@@ -190,7 +190,8 @@ Task<bool> ComposeQuit::deliveriesEnded(QPointer<QWidget> parent)
     alert->open();
     while (isWaiting() && alert && !isAnswered)
         co_await changed->wait(std::chrono::milliseconds(-1));
-    const bool isCancelled = isWaiting() && !hasInsisted;
+    // The last message may have gone out since the user wanted to stay.
+    const bool isCancelled = isAnswered ? !hasInsisted : isWaiting();
     if (alert)
         alert->close();
     co_return self && !m_hasFailed && !isCancelled;
