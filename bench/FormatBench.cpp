@@ -36,7 +36,7 @@ QByteArray noise(qsizetype size)
 
 QByteArray base64Lines(qsizetype size)
 {
-    return MailEncoding::encodeBase64Lines(noise(size)).toLatin1();
+    return MailEncoding::encodeBase64Lines(noise(size));
 }
 
 /// German prose in quoted-printable, of about that many bytes.

@@ -1,6 +1,7 @@
 #include "format/MailEncoding.h"
 
 #include "domain/Text.h"
+#include "format/Base64.h"
 
 #include <algorithm>
 #include <array>
@@ -14,39 +15,28 @@ namespace Larkhaven::MailEncoding {
 
 namespace {
 
-constexpr qsizetype base64LineLength = 76;
 /// An encoded word takes a character more as long as its base64 is no longer than this.
 constexpr qsizetype maxWordBase64 = 45;
 
-constexpr std::uint8_t notInAlphabet = 0xff;
+constexpr std::int8_t noDigit = -1;
 
-constexpr std::array<std::uint8_t, 256> makeBase64Values()
+constexpr std::array<std::int8_t, 256> makeHexValues()
 {
-    std::array<std::uint8_t, 256> values{};
-    values.fill(notInAlphabet);
-    constexpr std::string_view alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    for (std::size_t value = 0; value < alphabet.size(); ++value)
-        values[static_cast<unsigned char>(alphabet[value])] = static_cast<std::uint8_t>(value);
+    std::array<std::int8_t, 256> values{};
+    values.fill(noDigit);
+    for (int digit = 0; digit < 16; ++digit) {
+        values[static_cast<std::size_t>("0123456789ABCDEF"[digit])] = static_cast<std::int8_t>(digit);
+        values[static_cast<std::size_t>("0123456789abcdef"[digit])] = static_cast<std::int8_t>(digit);
+    }
     return values;
 }
 
-constexpr std::array<std::uint8_t, 256> base64Values = makeBase64Values();
-
-std::uint8_t base64Value(char byte)
-{
-    return base64Values[static_cast<unsigned char>(byte)];
-}
+constexpr std::array<std::int8_t, 256> hexValues = makeHexValues();
 
 /// The value of a hexadecimal digit, negative for any other byte.
 int hexValue(char byte)
 {
-    if (byte >= '0' && byte <= '9')
-        return byte - '0';
-    if (byte >= 'a' && byte <= 'f')
-        return byte - 'a' + 10;
-    if (byte >= 'A' && byte <= 'F')
-        return byte - 'A' + 10;
-    return -1;
+    return hexValues[static_cast<unsigned char>(byte)];
 }
 
 } // namespace
@@ -65,49 +55,7 @@ TransferEncoding transferEncoding(const std::optional<QString>& name)
 
 QByteArray decodeBase64(QByteArrayView bytes)
 {
-    QByteArray result((bytes.size() + 3) / 4 * 3, Qt::Uninitialized);
-    char* output = result.data();
-    std::uint32_t group = 0;
-    int digits = 0;
-    const char* const end = bytes.data() + bytes.size();
-    for (const char* input = bytes.data(); input != end;) {
-        // A group without a stray byte in it, as nearly all are.
-        if (digits == 0 && end - input >= 4) {
-            const std::uint32_t a = base64Value(input[0]);
-            const std::uint32_t b = base64Value(input[1]);
-            const std::uint32_t c = base64Value(input[2]);
-            const std::uint32_t d = base64Value(input[3]);
-            if ((a | b | c | d) != notInAlphabet) {
-                const std::uint32_t octets = a << 18 | b << 12 | c << 6 | d;
-                *output++ = static_cast<char>(octets >> 16);
-                *output++ = static_cast<char>(octets >> 8);
-                *output++ = static_cast<char>(octets);
-                input += 4;
-                continue;
-            }
-        }
-        const std::uint8_t value = base64Value(*input++);
-        if (value == notInAlphabet)
-            continue;
-        group = group << 6 | value;
-        if (++digits < 4)
-            continue;
-        *output++ = static_cast<char>(group >> 16);
-        *output++ = static_cast<char>(group >> 8);
-        *output++ = static_cast<char>(group);
-        group = 0;
-        digits = 0;
-    }
-    if (digits == 1)
-        return {};
-    if (digits >= 2)
-        *output++ = static_cast<char>(digits == 2 ? group >> 4 : group >> 10);
-    if (digits == 3)
-        *output++ = static_cast<char>(group >> 2);
-    result.truncate(output - result.data());
-    if (result.size() < result.capacity() / 2)
-        result.squeeze();
-    return result;
+    return Base64::decode(bytes);
 }
 
 namespace {
@@ -135,32 +83,46 @@ Escape readEscape(QByteArrayView bytes)
     return {3, static_cast<char>(high * 16 + low)};
 }
 
+/// Copies what stands before the next "=", eight bytes at once where there is room for them: of prose beyond
+/// ASCII, the pieces between two escapes are too short for a search and a copy of their own, which take twice
+/// as long.
+void copyPlain(const char*& input, const char* end, char*& output)
+{
+    constexpr quint64 ones = 0x0101010101010101;
+    constexpr quint64 escapes = ones * '=';
+    constexpr qsizetype stride = sizeof(quint64);
+    for (; end - input >= stride; input += stride, output += stride) {
+        quint64 bytes = 0;
+        std::memcpy(&bytes, input, stride);
+        // A byte that is zero in `other` borrows from its highest bit.
+        const quint64 other = bytes ^ escapes;
+        if ((other - ones) & ~other & (ones * 0x80))
+            break;
+        std::memcpy(output, &bytes, stride);
+    }
+    while (input != end && *input != '=')
+        *output++ = *input++;
+}
+
 } // namespace
 
 QByteArray decodeQuotedPrintable(QByteArrayView bytes, bool underscoreAsSpace)
 {
     QByteArray result(bytes.size(), Qt::Uninitialized);
     char* output = result.data();
-    const auto appendPlain = [&](QByteArrayView plain) {
+    const char* input = bytes.data();
+    const char* const end = input + bytes.size();
+    while (input != end) {
+        char* const plain = output;
+        copyPlain(input, end, output);
         if (underscoreAsSpace)
-            std::replace_copy(plain.begin(), plain.end(), output, '_', ' ');
-        else
-            std::copy(plain.begin(), plain.end(), output);
-        output += plain.size();
-    };
-    while (!bytes.isEmpty()) {
-        const void* const found = std::memchr(bytes.data(), '=', static_cast<size_t>(bytes.size()));
-        if (found == nullptr) {
-            appendPlain(bytes);
-            break;
+            std::replace(plain, output, '_', ' ');
+        for (; input != end && *input == '=';) {
+            const Escape escape = readEscape(QByteArrayView(input, end - input));
+            if (escape.octet)
+                *output++ = *escape.octet;
+            input += escape.length;
         }
-        const qsizetype plainLength = static_cast<const char*>(found) - bytes.data();
-        appendPlain(bytes.first(plainLength));
-        bytes = bytes.sliced(plainLength);
-        const Escape escape = readEscape(bytes);
-        if (escape.octet)
-            *output++ = *escape.octet;
-        bytes = bytes.sliced(escape.length);
     }
     result.truncate(output - result.data());
     if (result.size() < result.capacity() / 2)
@@ -181,18 +143,9 @@ QByteArray decodeTransfer(QByteArrayView bytes, const std::optional<QString>& na
     return bytes.toByteArray();
 }
 
-QString encodeBase64Lines(QByteArrayView bytes)
+QByteArray encodeBase64Lines(QByteArrayView bytes)
 {
-    const QByteArray encoded = QByteArray::fromRawData(bytes.data(), bytes.size()).toBase64();
-    QString lines;
-    lines.reserve(encoded.size() + 2 * (encoded.size() / base64LineLength));
-    for (qsizetype start = 0; start < encoded.size(); start += base64LineLength) {
-        if (start > 0)
-            lines += "\r\n"_L1;
-        lines += QLatin1StringView(encoded.constData() + start,
-                                   std::min(base64LineLength, encoded.size() - start));
-    }
-    return lines;
+    return Base64::encodeLines(bytes);
 }
 
 namespace {
@@ -264,9 +217,12 @@ TextEncoding charsetEncoding(const std::optional<QString>& name)
 QString decodeText(QByteArrayView bytes, const std::optional<QString>& charset)
 {
     const TextEncoding declared = charsetEncoding(charset);
-    for (const TextEncoding& encoding :
-         {declared, TextEncoding(TextEncoding::utf8), TextEncoding(TextEncoding::windowsCP1252)}) {
-        if (std::optional<QString> text = encoding.decode(bytes))
+    if (std::optional<QString> text = declared.decode(bytes))
+        return *std::move(text);
+    for (const TextEncoding::Charset other : {TextEncoding::utf8, TextEncoding::windowsCP1252}) {
+        if (other == declared.charset)
+            continue;
+        if (std::optional<QString> text = TextEncoding(other).decode(bytes))
             return *std::move(text);
     }
     return Text::fromRepairedUTF8(bytes);
@@ -475,7 +431,9 @@ std::optional<QByteArray> base64URLDecode(const QString& text)
             byte = '+';
         else if (byte == '_')
             byte = '/';
-        if (base64Value(byte) == notInAlphabet)
+        const bool isDigit = (byte >= 'A' && byte <= 'Z') || (byte >= 'a' && byte <= 'z') ||
+                             (byte >= '0' && byte <= '9') || byte == '+' || byte == '/';
+        if (!isDigit)
             return std::nullopt;
     }
     return decodeBase64(bytes);

@@ -33,7 +33,7 @@ QByteArray decodeQuotedPrintable(QByteArrayView bytes, bool underscoreAsSpace);
 QByteArray decodeTransfer(QByteArrayView bytes, const std::optional<QString>& name);
 
 /// Base64 in lines of 76 characters, joined with CRLF; none follows the last line.
-QString encodeBase64Lines(QByteArrayView bytes);
+QByteArray encodeBase64Lines(QByteArrayView bytes);
 
 /// The charset of that name: one of the common ones, else what the registry of IANA has
 /// (`TextEncoding::fromRegistry`). Spaces and double quotes around the name are passed over. UTF-8 where the

@@ -345,7 +345,7 @@ void Piece::appendTo(QByteArray& message) const
             message += "\r\n";
         const QByteArrayView block =
             QByteArrayView(bytes).sliced(start, std::min(blockSize, bytes.size() - start));
-        message += MailEncoding::encodeBase64Lines(block).toLatin1();
+        message += MailEncoding::encodeBase64Lines(block);
     }
 }
 

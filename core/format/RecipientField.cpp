@@ -196,7 +196,7 @@ QList<Piece> read(QStringView field)
 
 QString kept(const QString& text)
 {
-    return MailEncoding::encodeBase64Lines(text.toUtf8()).replace(u"\r\n"_s, u"\r\n "_s);
+    return QString::fromLatin1(MailEncoding::encodeBase64Lines(text.toUtf8())).replace(u"\r\n"_s, u"\r\n "_s);
 }
 
 QString restored(const QString& value)

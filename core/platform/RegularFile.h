@@ -10,4 +10,7 @@ namespace Larkhaven::RegularFile {
 /// can't be, and then `file` is closed. Callable from any thread.
 bool open(QFile& file, const QString& path);
 
+/// The same for writing: each write goes to the end of the file.
+bool openToAppend(QFile& file, const QString& path);
+
 } // namespace Larkhaven::RegularFile

@@ -101,7 +101,7 @@ GmailProvider::GmailProvider(Account account, AuthorizedAPI api, std::shared_ptr
     : m_account(std::move(account))
     , m_api(std::move(api))
     , m_cache(std::move(cache))
-    , m_state(m_cache)
+    , m_state(m_account.id, m_cache)
     , m_syncs(Coalescer::create([this] { return sync(); }))
 {}
 
@@ -199,10 +199,7 @@ Task<GmailProvider::SyncState::Summaries> GmailProvider::completeRows(QList<QStr
     const auto confirm = [this](QString id, std::stop_token stop) { return confirmRow(id, std::move(stop)); };
     // Those that can't be read wait for the next time that they are shown.
     co_await settled(inGroup(wanted.labels, readingWidth, confirm));
-    // A snapshot drops the oldest rows, also those of the page that is asked for.
-    SyncState::Summaries rows = m_state.summaries(ids);
-    co_await m_state.persist();
-    co_return rows;
+    co_return m_state.summaries(ids);
 }
 
 Task<> GmailProvider::fetchRow(QString id, std::stop_token stop)
@@ -348,7 +345,6 @@ Task<bool> GmailProvider::followHistory()
         m_state.setHistoryId(position);
     else
         m_state.setBaseline(position);
-    co_await m_state.persist();
     co_return hasChanged || !isWhole;
 }
 
@@ -374,7 +370,6 @@ Task<> GmailProvider::takeBaseline()
     if (position.isEmpty())
         throw MailError::protocolError(Texts::tr("No history in Gmail profile"));
     m_state.setBaseline(position);
-    co_await m_state.persist();
 }
 
 // --- Labels and counts

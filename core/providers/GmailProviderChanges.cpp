@@ -68,7 +68,6 @@ Task<> GmailProvider::modifyInTurn(QList<QString> ids, QList<QString> add, QList
         if (outcome.value)
             m_state.apply(piece, add, remove, look);
     }
-    co_await m_state.persist();
     if (outcome.failure)
         std::rethrow_exception(outcome.failure);
 }
@@ -126,7 +125,6 @@ Task<> GmailProvider::trash(QList<QString> ids)
     const auto trashEach = [this](QString id, std::stop_token stop) { return trashOne(id, std::move(stop)); };
     co_await inGroup(ids, trashingWidth, trashEach);
     m_state.apply(ids, add, remove, look);
-    co_await m_state.persist();
     m_putBack = back;
 }
 
@@ -201,8 +199,6 @@ Task<> GmailProvider::restore(GmailPutBack::Step step)
     // What is out of the trash gets its place, also where others couldn't be had.
     if (!step.ids.isEmpty() && !(step.add.isEmpty() && step.remove.isEmpty()))
         co_await modifyInTurn(step.ids, step.add, step.remove);
-    else
-        co_await m_state.persist();
     if (outcome.failure)
         std::rethrow_exception(outcome.failure);
 }

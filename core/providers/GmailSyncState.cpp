@@ -1,14 +1,11 @@
 #include "providers/GmailSyncState.h"
 
 #include "domain/Coding.h"
-#include "platform/Tasks.h"
 #include "providers/GmailMessage.h"
 
 #include <QJsonArray>
-#include <QJsonDocument>
 
 #include <algorithm>
-#include <functional>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -17,69 +14,48 @@ namespace Larkhaven {
 
 namespace {
 
-const QString& snapshotName()
+/// The rows have one box, whose note is the position in the history.
+const QString& theBox()
 {
-    static const QString name = u"gmail"_s;
+    static const QString name = u""_s;
     return name;
 }
 
-/// Says, with 1, that the rows tell of senders what their raw fields hold. Left out where none has a sender.
-constexpr QLatin1StringView rawSenders("rawSenders");
-
-/// The stored form: "historyId", left out where there is none; "messages", a list of rows; and "unconfirmed",
-/// a list of ids, left out where it is empty.
-struct Snapshot {
-    std::optional<QString> historyId;
-    QHash<QString, MessageSummary> messages;
-    QSet<QString> unconfirmed;
-
-    static Snapshot decode(const QByteArray& json)
-    {
-        const QJsonObject object = Coding::object(Coding::parse(json));
-        Snapshot snapshot;
-        snapshot.historyId = Coding::optionalString(object, "historyId"_L1);
-        const QJsonArray rows = Coding::array(object, "messages"_L1);
-        for (const auto row : rows) {
-            MessageSummary summary = MessageSummary::fromJSON(Coding::object(row));
-            // Stored before senders were read raw, it has lost what they pretended, and is fetched anew.
-            if (object.value(rawSenders) != 1 && summary.from)
-                continue;
-            snapshot.messages.insert(summary.id, summary);
-        }
-        for (const QString& id : GmailMessage::strings(object["unconfirmed"_L1])) {
-            if (snapshot.messages.contains(id))
-                snapshot.unconfirmed.insert(id);
-        }
-        return snapshot;
-    }
-
-    QByteArray encode() const
-    {
-        QJsonArray rows;
-        for (const MessageSummary& summary : messages)
-            rows.append(summary.toJSON());
-        QJsonObject object{{u"messages"_s, rows}};
-        if (std::ranges::any_of(messages, [](const MessageSummary& row) { return row.from.has_value(); }))
-            object.insert(rawSenders, 1);
-        if (historyId)
-            object.insert(u"historyId"_s, *historyId);
-        if (!unconfirmed.isEmpty())
-            object.insert(u"unconfirmed"_s, QJsonArray::fromStringList(unconfirmed.values()));
-        return QJsonDocument(object).toJson(QJsonDocument::Compact);
-    }
-};
-
-/// Drops the oldest rows until `limit` are left.
-void trim(QHash<QString, MessageSummary>& messages, qsizetype limit)
+/// Reads the form of before logs: "historyId", left out where there is none; "messages", a list of rows; and
+/// "unconfirmed", a list of ids, left out where it is empty. "rawSenders" is 1 where the rows tell of senders
+/// what their raw fields hold.
+RowBoxes decodedSnapshot(const QByteArray& json)
 {
-    if (messages.size() <= limit)
-        return;
-    QList<std::pair<QDateTime, QString>> byDate;
-    for (const MessageSummary& summary : std::as_const(messages))
-        byDate.append({summary.date, summary.id});
-    std::ranges::nth_element(byDate, byDate.begin() + limit, std::greater());
-    for (const auto& [date, id] : byDate.sliced(limit))
-        messages.remove(id);
+    const QJsonObject object = Coding::object(Coding::parse(json));
+    RowBox box;
+    box.note = Coding::optionalString(object, "historyId"_L1).value_or(QString()).toUtf8();
+    const QList<QString> unconfirmed = GmailMessage::strings(object["unconfirmed"_L1]);
+    const QSet<QString> unconfirmedIDs(unconfirmed.cbegin(), unconfirmed.cend());
+    const QJsonArray rows = Coding::array(object, "messages"_L1);
+    for (const auto row : rows) {
+        const MessageSummary summary = MessageSummary::fromJSON(Coding::object(row));
+        // Stored before senders were read raw, it has lost what they pretended, and is fetched anew.
+        if (object.value("rawSenders"_L1) == 1 || !summary.from)
+            box.rows.insert(summary.id.toUtf8(), PackedRow::of(summary, unconfirmedIDs.contains(summary.id)));
+    }
+    return {{theBox(), box}};
+}
+
+/// The same with these labels.
+PackedRow::State labelled(PackedRow::State state, const QList<QString>& labelIDs)
+{
+    MessageSummary row;
+    GmailMessage::setLabels(row, labelIDs);
+    return PackedRow::State::of(row, state.isUnconfirmed);
+}
+
+PackedRow::State relabelled(const PackedRow::State& state, const QList<QString>& add,
+                            const QList<QString>& remove)
+{
+    const QSet<QString> removed(remove.cbegin(), remove.cend());
+    QList<QString> labels = state.labelIDs;
+    labels.removeIf([&removed](const QString& label) { return removed.contains(label); });
+    return labelled(state, labels + add);
 }
 
 } // namespace
@@ -120,102 +96,96 @@ QList<GmailSyncState::Change> GmailSyncState::changesSince(const QString& id, co
 
 // --- The state
 
-GmailSyncState::GmailSyncState(std::shared_ptr<MailCache> cache)
-    : m_cache(std::move(cache))
+GmailSyncState::GmailSyncState(QUuid accountID, std::shared_ptr<MailCache> cache)
+    : m_accountID(accountID)
+    , m_rows(std::move(cache), u"gmail"_s, RowStore::Ties::goBeyondTheLimit)
 {}
+
+Task<> GmailSyncState::load()
+{
+    return m_rows.load(decodedSnapshot);
+}
+
+std::optional<QString> GmailSyncState::historyId() const
+{
+    const RowBox* const box = m_rows.box(theBox());
+    return box && !box->note.isEmpty() ? std::optional(QString::fromUtf8(box->note)) : std::nullopt;
+}
 
 void GmailSyncState::setHistoryId(const QString& id)
 {
-    m_isDirty = m_isDirty || m_historyId != id;
-    m_historyId = id;
+    m_rows.setNote(theBox(), id.toUtf8());
 }
 
 void GmailSyncState::setBaseline(const QString& id)
 {
     m_baseline = ++m_changes;
     setHistoryId(id);
-    m_isDirty = m_isDirty || !m_messages.isEmpty();
-    m_unconfirmed = QSet<QString>(m_messages.keyBegin(), m_messages.keyEnd());
-}
-
-void GmailSyncState::setUnconfirmed(const QString& id, bool isUnconfirmed)
-{
-    if (m_unconfirmed.contains(id) == isUnconfirmed)
-        return;
-    m_isDirty = true;
-    if (isUnconfirmed)
-        m_unconfirmed.insert(id);
-    else
-        m_unconfirmed.remove(id);
+    const QList<QByteArray> keys = m_rows.box(theBox())->rows.keys();
+    for (const QByteArray& key : keys) {
+        PackedRow::State state = m_rows.row(theBox(), key)->unpackedState();
+        state.isUnconfirmed = true;
+        m_rows.setState(theBox(), key, state.packed());
+    }
 }
 
 GmailSyncState::Summaries GmailSyncState::summaries(const QList<QString>& ids) const
 {
     Summaries found;
     for (const QString& id : ids) {
-        const auto known = m_messages.constFind(id);
-        if (known != m_messages.cend())
-            found.insert(id, *known);
+        if (const PackedRow* const row = m_rows.row(theBox(), id.toUtf8()))
+            found.insert(id, row->summary(id, m_accountID));
     }
     return found;
 }
 
+bool GmailSyncState::isUnconfirmed(const QString& id) const
+{
+    const PackedRow* const row = m_rows.row(theBox(), id.toUtf8());
+    return row && row->unpackedState().isUnconfirmed;
+}
+
 void GmailSyncState::store(MessageSummary summary, const Look& look)
 {
-    const QString id = summary.id;
-    const QList<QString> labelIDs = summary.labelIDs;
-    m_messages.insert(id, std::move(summary));
-    m_isDirty = true;
-    confirm(id, labelIDs, look);
+    m_rows.put(theBox(), summary.id.toUtf8(), PackedRow::of(summary, isUnconfirmed(summary.id)));
+    confirm(summary.id, summary.labelIDs, look);
 }
 
 void GmailSyncState::confirm(const QString& id, const QList<QString>& labelIDs, const Look& look)
 {
-    const auto known = m_messages.find(id);
-    if (known == m_messages.end())
+    const PackedRow* const known = m_rows.row(theBox(), id.toUtf8());
+    if (!known)
         return;
-    const QList<QString> before = known->labelIDs;
-    GmailMessage::setLabels(*known, labelIDs);
+    PackedRow::State state = labelled(known->unpackedState(), labelIDs);
     // An answer may be older than the position that the history goes on from.
-    bool isUnconfirmed = m_baseline > look.m_since;
+    state.isUnconfirmed = m_baseline > look.m_since;
     const QList<Change> meanwhile = changesSince(id, look);
     for (const Change& change : meanwhile) {
         if (change.isDeletion) {
             remove(id);
             return;
         }
-        relabel(*known, change.add, change.remove);
-        isUnconfirmed = isUnconfirmed || change.isOvertaken;
+        state = relabelled(state, change.add, change.remove);
+        state.isUnconfirmed = state.isUnconfirmed || change.isOvertaken;
     }
-    m_isDirty = m_isDirty || known->labelIDs != before;
-    setUnconfirmed(id, isUnconfirmed);
+    m_rows.setState(theBox(), id.toUtf8(), state.packed());
 }
 
 void GmailSyncState::remove(const QString& id)
 {
     note(id, {.number = ++m_changes, .source = Source::history, .isDeletion = true});
-    m_isDirty = m_messages.remove(id) || m_isDirty;
-    m_unconfirmed.remove(id);
-}
-
-void GmailSyncState::relabel(MessageSummary& summary, const QList<QString>& add, const QList<QString>& remove)
-{
-    const QSet<QString> removed(remove.cbegin(), remove.cend());
-    QList<QString> labels = summary.labelIDs;
-    labels.removeIf([&removed](const QString& label) { return removed.contains(label); });
-    GmailMessage::setLabels(summary, labels + add);
+    m_rows.remove(theBox(), id.toUtf8());
 }
 
 void GmailSyncState::applyTo(const QString& id, const Change& change)
 {
     note(id, change);
-    const auto known = m_messages.find(id);
-    if (known == m_messages.end())
+    const PackedRow* const known = m_rows.row(theBox(), id.toUtf8());
+    if (!known)
         return;
-    relabel(*known, change.add, change.remove);
-    m_isDirty = true;
-    if (change.isOvertaken)
-        setUnconfirmed(id, true);
+    PackedRow::State state = relabelled(known->unpackedState(), change.add, change.remove);
+    state.isUnconfirmed = state.isUnconfirmed || change.isOvertaken;
+    m_rows.setState(theBox(), id.toUtf8(), state.packed());
 }
 
 void GmailSyncState::apply(const QList<QString>& ids, const QList<QString>& add, const QList<QString>& remove)
@@ -239,42 +209,6 @@ void GmailSyncState::apply(const QList<QString>& ids, const QList<QString>& add,
                      .source = Source::ourChange,
                      .isOvertaken = isOvertaken});
     }
-}
-
-// --- The snapshot
-
-Task<> GmailSyncState::load()
-{
-    // Whoever comes while the first one reads waits for it.
-    const Turnstile::Turn turn = co_await m_turn.enter();
-    if (std::exchange(m_isLoaded, true) || !m_cache)
-        co_return;
-    const std::optional<QByteArray> stored = co_await m_cache->readSnapshot(snapshotName());
-    if (!stored)
-        co_return;
-    const auto decode = [json = *stored] { return Snapshot::decode(json); };
-    try {
-        Snapshot snapshot = co_await runOnWorker(decode);
-        m_historyId = snapshot.historyId;
-        m_messages = std::move(snapshot.messages);
-        m_unconfirmed = std::move(snapshot.unconfirmed);
-    } catch (const LocalizedError&) {
-        // The snapshot is only a cache: the next listing fetches anew.
-    }
-}
-
-Task<> GmailSyncState::persist()
-{
-    // One writer at a time: an older state must not be written over a newer one.
-    const Turnstile::Turn turn = co_await m_turn.enter();
-    if (!m_cache || !std::exchange(m_isDirty, false))
-        co_return;
-    trim(m_messages, summaryLimit);
-    m_unconfirmed.removeIf([this](const QString& id) { return !m_messages.contains(id); });
-    const Snapshot snapshot{m_historyId, m_messages, m_unconfirmed};
-    const auto encode = [snapshot] { return snapshot.encode(); };
-    const QByteArray json = co_await runOnWorker(encode);
-    co_await m_cache->writeSnapshot(snapshotName(), json);
 }
 
 } // namespace Larkhaven

@@ -1,8 +1,7 @@
 #pragma once
 
 #include "domain/Message.h"
-#include "platform/Turnstile.h"
-#include "store/MailCache.h"
+#include "providers/RowStore.h"
 
 #include <QHash>
 #include <QSet>
@@ -13,7 +12,7 @@
 namespace Larkhaven {
 
 /// The local picture of a Gmail mailbox: the rows that are known, and the position in the server's history up
-/// to which their labels are true. Kept across launches in a sealed snapshot.
+/// to which their labels are true. Kept across launches by `RowStore`.
 ///
 /// The newest word wins. Whoever asks the server for a message's labels, or changes them, holds a `Look`
 /// meanwhile: what was applied since it began is laid over the answer. A row whose labels can't be known from
@@ -22,9 +21,6 @@ namespace Larkhaven {
 /// Main thread; whoever waits for an operation keeps the object alive.
 class GmailSyncState {
 public:
-    /// The most rows that a snapshot holds.
-    static constexpr qsizetype summaryLimit = 20'000;
-
     using Summaries = QHash<QString, MessageSummary>;
 
     /// A request for labels of messages that is under way.
@@ -42,14 +38,12 @@ public:
         const quint64 m_since;
     };
     /// `cache` may be null.
-    explicit GmailSyncState(std::shared_ptr<MailCache> cache);
+    GmailSyncState(QUuid accountID, std::shared_ptr<MailCache> cache);
 
-    /// Reads the snapshot, once. Whoever relies on the state does so first.
+    /// Reads what is stored, once. Whoever relies on the state does so first.
     Task<> load();
-    /// Writes the snapshot if anything has changed; a failure is dropped.
-    Task<> persist();
 
-    const std::optional<QString>& historyId() const { return m_historyId; }
+    std::optional<QString> historyId() const;
     void setHistoryId(const QString& id);
     /// The position behind changes that nobody has told of, as where the last one has expired, or there was
     /// none: what is known is unconfirmed.
@@ -61,7 +55,7 @@ public:
     void store(MessageSummary summary, const Look& look);
     /// Takes the labels of an answer to the look, which confirms the row.
     void confirm(const QString& id, const QList<QString>& labelIDs, const Look& look);
-    bool isUnconfirmed(const QString& id) const { return m_unconfirmed.contains(id); }
+    bool isUnconfirmed(const QString& id) const;
     /// The message is gone.
     void remove(const QString& id);
     /// Labels that were added to and removed from messages, as the history has it; a message that isn't known
@@ -87,21 +81,14 @@ private:
     void note(const QString& id, Change change);
     /// What was applied to the message since the look began.
     QList<Change> changesSince(const QString& id, const Look& look) const;
-    static void relabel(MessageSummary& summary, const QList<QString>& add, const QList<QString>& remove);
-    void setUnconfirmed(const QString& id, bool isUnconfirmed);
     void applyTo(const QString& id, const Change& change);
 
-    const std::shared_ptr<MailCache> m_cache;
-    std::optional<QString> m_historyId;
-    Summaries m_messages;
-    QSet<QString> m_unconfirmed;
+    const QUuid m_accountID;
+    RowStore m_rows;
     QHash<QString, int> m_looks;            ///< how many are at a message
     QHash<QString, QList<Change>> m_recent; ///< of those messages
     quint64 m_changes = 0;
     quint64 m_baseline = 0; ///< number of the change that the last one was
-    Turnstile m_turn;
-    bool m_isLoaded = false;
-    bool m_isDirty = false;
 };
 
 } // namespace Larkhaven

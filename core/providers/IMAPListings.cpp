@@ -4,6 +4,7 @@
 #include "format/MIMEParser.h"
 #include "format/MailDate.h"
 #include "platform/Tasks.h"
+#include "providers/IMAPSnapshot.h"
 #include "providers/SummaryFields.h"
 
 #include <QSet>
@@ -16,12 +17,6 @@ using namespace Qt::StringLiterals;
 namespace Larkhaven {
 
 namespace {
-
-const QString& snapshotName()
-{
-    static const QString name = u"imap"_s;
-    return name;
-}
 
 QSet<QString> lowerCased(const QList<QString>& flags)
 {
@@ -79,20 +74,20 @@ MessageSummary summaryOf(const IMAPFetch& fetch, qint64 uid, const SummaryContex
     return summary;
 }
 
-/// The summaries of those UIDs that were asked for.
-QHash<qint64, MessageSummary> summariesOf(const QList<IMAPFetch>& fetches, const QList<qint64>& uids,
-                                          const SummaryContext& context)
+/// The rows of those UIDs that were asked for.
+QHash<qint64, PackedRow> rowsOf(const QList<IMAPFetch>& fetches, const QList<qint64>& uids,
+                                const SummaryContext& context)
 {
     const QSet<qint64> asked(uids.cbegin(), uids.cend());
-    QHash<qint64, MessageSummary> summaries;
+    QHash<qint64, PackedRow> rows;
     for (const IMAPFetch& fetch : fetches) {
         if (!fetch.uid || !asked.contains(*fetch.uid))
             continue;
         // Servers tell changed flags unasked: such a fetch must not blank a summary that is complete.
-        if (fetch.body || !summaries.contains(*fetch.uid))
-            summaries.insert(*fetch.uid, summaryOf(fetch, *fetch.uid, context));
+        if (fetch.body || !rows.contains(*fetch.uid))
+            rows.insert(*fetch.uid, PackedRow::of(summaryOf(fetch, *fetch.uid, context)));
     }
-    return summaries;
+    return rows;
 }
 
 } // namespace
@@ -170,66 +165,73 @@ Task<MessagePage> IMAPListings::pageOf(Client client, PageRequest request, Listi
     co_await client->select(listing.mailbox, false);
     const qint64 uidValidity = client->uidValidity().value_or(0);
 
-    Summaries known = cachedMessages(listing.mailbox, uidValidity);
+    beginBox(listing.mailbox, uidValidity);
     const bool isWholeMailbox =
         request.query.value_or(QString()).isEmpty() && request.ref.role() != Mailbox::starred;
     if (isWholeMailbox) {
         const QSet<qint64> present(listing.uids.cbegin(), listing.uids.cend());
-        if (known.removeIf([&](auto entry) { return !present.contains(entry.key()); }) > 0)
-            m_isDirty = true;
+        m_rows.removeIf(listing.mailbox,
+                        [&](const QByteArray& key) { return !present.contains(IMAPRows::uid(key)); });
     }
 
-    QList<qint64> cached;
+    // The rows of the page are kept here: those beyond the limit of the store may leave it meanwhile.
+    Rows rows;
     QList<qint64> missing;
-    for (const qint64 uid : page)
-        (known.contains(uid) ? cached : missing).append(uid);
-    if (!cached.isEmpty())
-        known = co_await refreshFlags(client, cached, known);
-    m_boxes.insert(listing.mailbox, {uidValidity, known});
+    for (const qint64 uid : page) {
+        if (const PackedRow* const row = m_rows.row(listing.mailbox, IMAPRows::key(uid)))
+            rows.insert(uid, *row);
+        else
+            missing.append(uid);
+    }
+    if (!rows.isEmpty())
+        rows = co_await refreshFlags(client, listing.mailbox, rows);
     while (!missing.isEmpty()) {
         const QList<qint64> group = missing.first(std::min(missing.size(), request.fetching->m_groupSize));
-        const Summaries fetched = co_await fetchSummaries(client, listing.mailbox, group, request.fetching);
+        const Rows fetched = co_await fetchRows(client, listing.mailbox, group, request.fetching);
         missing.remove(0, group.size());
-        m_isDirty = m_isDirty || !fetched.isEmpty();
-        known.insert(fetched);
-        m_boxes.insert(listing.mailbox, {uidValidity, known});
+        rows.insert(fetched);
+        // Meanwhile another flow may have dropped the box.
+        beginBox(listing.mailbox, uidValidity);
+        for (auto row = fetched.cbegin(); row != fetched.cend(); ++row)
+            m_rows.put(listing.mailbox, IMAPRows::key(row.key()), *row);
     }
 
     MessagePage result;
     for (const qint64 uid : page) {
-        const auto found = known.constFind(uid);
-        if (found != known.cend())
-            result.messages.append(*found);
+        const auto row = rows.constFind(uid);
+        if (row != rows.cend())
+            result.messages.append(
+                row->summary(IMAPMessageID{uid, uidValidity, listing.mailbox}.text(), m_accountID));
     }
     result.hasMore = request.offset + request.limit < count;
     result.total = count;
     co_return result;
 }
 
-Task<IMAPListings::Summaries> IMAPListings::refreshFlags(Client client, QList<qint64> cached, Summaries known)
+Task<IMAPListings::Rows> IMAPListings::refreshFlags(Client client, QString mailbox, Rows known)
 {
-    const QList<IMAPFetch> fetches = co_await client->fetch(cached, u"FLAGS"_s);
+    const QList<IMAPFetch> fetches = co_await client->fetch(known.keys(), u"FLAGS"_s);
     QHash<qint64, QSet<QString>> flags;
     for (const IMAPFetch& fetch : fetches) {
         if (fetch.uid && (fetch.hasFlags || !flags.contains(*fetch.uid)))
             flags.insert(*fetch.uid, lowerCased(fetch.flags));
     }
-    for (const qint64 uid : cached) {
-        const auto told = flags.constFind(uid);
+    Rows rows;
+    for (auto row = known.cbegin(); row != known.cend(); ++row) {
+        const QByteArray key = IMAPRows::key(row.key());
+        const auto told = flags.constFind(row.key());
         if (told == flags.cend()) {
-            known.remove(uid);
+            m_rows.remove(mailbox, key);
             continue;
         }
-        MessageSummary& summary = known[uid];
-        const bool isRead = told->contains(u"\\seen"_s);
-        const bool isStarred = told->contains(u"\\flagged"_s);
-        if (summary.isRead != isRead || summary.isStarred != isStarred) {
-            summary.isRead = isRead;
-            summary.isStarred = isStarred;
-            m_isDirty = true;
-        }
+        PackedRow::State state = row->unpackedState();
+        state.isRead = told->contains(u"\\seen"_s);
+        state.isStarred = told->contains(u"\\flagged"_s);
+        const PackedRow refreshed{row->content, state.packed()};
+        rows.insert(row.key(), refreshed);
+        m_rows.setState(mailbox, key, refreshed.state);
     }
-    co_return known;
+    co_return rows;
 }
 
 bool IMAPListings::Fetching::askForLess()
@@ -243,8 +245,8 @@ bool IMAPListings::Fetching::askForLess()
     return true;
 }
 
-Task<IMAPListings::Summaries> IMAPListings::fetchSummaries(Client client, QString mailbox, QList<qint64> uids,
-                                                           std::shared_ptr<Fetching> fetching)
+Task<IMAPListings::Rows> IMAPListings::fetchRows(Client client, QString mailbox, QList<qint64> uids,
+                                                 std::shared_ptr<Fetching> fetching)
 {
     QString items = u"FLAGS INTERNALDATE RFC822.SIZE"_s;
     if (!fetching->m_headerless.contains(uids.first()))
@@ -254,45 +256,41 @@ Task<IMAPListings::Summaries> IMAPListings::fetchSummaries(Client client, QStrin
     fetching->m_underway.clear();
     const QString displayPath = co_await m_folders.displayPath(mailbox, client);
     const SummaryContext context{m_accountID, mailbox, client->uidValidity().value_or(0), displayPath};
-    const auto build = [fetches, uids, context] { return summariesOf(fetches, uids, context); };
-    Summaries summaries = co_await runOnWorker(build);
-    co_return summaries;
+    const auto build = [fetches, uids, context] { return rowsOf(fetches, uids, context); };
+    Rows rows = co_await runOnWorker(build);
+    co_return rows;
 }
 
 // --- What is known of the messages
 
-IMAPListings::Summaries IMAPListings::cachedMessages(const QString& mailbox, qint64 uidValidity)
+void IMAPListings::beginBox(const QString& mailbox, qint64 validity)
 {
-    const auto box = m_boxes.constFind(mailbox);
-    if (box != m_boxes.cend() && box->uidValidity == uidValidity)
-        return box->messages;
-    m_isDirty = true;
-    return {};
+    if (uidValidity(mailbox) != validity)
+        m_rows.makeBox(mailbox, IMAPRows::note(validity));
 }
 
 std::optional<qint64> IMAPListings::uidValidity(const QString& mailbox) const
 {
-    const auto box = m_boxes.constFind(mailbox);
-    return box == m_boxes.cend() ? std::nullopt : std::optional(box->uidValidity);
+    const RowBox* const box = m_rows.box(mailbox);
+    return box ? std::optional(IMAPRows::uidValidity(*box)) : std::nullopt;
 }
 
-IMAPBox* IMAPListings::box(const IMAPMessageGroup& group)
+bool IMAPListings::isCurrent(const IMAPMessageGroup& group) const
 {
-    const auto box = m_boxes.find(group.mailbox);
-    return box == m_boxes.end() || box->uidValidity != group.uidValidity ? nullptr : &*box;
+    return uidValidity(group.mailbox) == group.uidValidity;
 }
 
-void IMAPListings::update(const QList<IMAPMessageGroup>& groups,
-                          const std::function<void(MessageSummary&)>& change)
+void IMAPListings::setFlag(const QList<IMAPMessageGroup>& groups, bool PackedRow::State::*flag, bool isSet)
 {
     for (const IMAPMessageGroup& group : groups) {
-        IMAPBox* const known = box(group);
-        for (const qint64 uid : known ? group.uids : QList<qint64>()) {
-            const auto summary = known->messages.find(uid);
-            if (summary == known->messages.end())
+        for (const qint64 uid : isCurrent(group) ? group.uids : QList<qint64>()) {
+            const QByteArray key = IMAPRows::key(uid);
+            const PackedRow* const row = m_rows.row(group.mailbox, key);
+            if (!row)
                 continue;
-            change(*summary);
-            m_isDirty = true;
+            PackedRow::State state = row->unpackedState();
+            state.*flag = isSet;
+            m_rows.setState(group.mailbox, key, state.packed());
         }
     }
 }
@@ -300,74 +298,43 @@ void IMAPListings::update(const QList<IMAPMessageGroup>& groups,
 void IMAPListings::remove(const QList<IMAPMessageGroup>& groups)
 {
     for (const IMAPMessageGroup& group : groups) {
-        IMAPBox* const known = box(group);
-        for (const qint64 uid : known ? group.uids : QList<qint64>())
-            m_isDirty = known->messages.remove(uid) || m_isDirty;
+        for (const qint64 uid : isCurrent(group) ? group.uids : QList<qint64>())
+            m_rows.remove(group.mailbox, IMAPRows::key(uid));
     }
 }
 
 void IMAPListings::forgetMailbox(const QString& mailbox)
 {
-    m_boxes.remove(mailbox);
-    m_isDirty = true;
+    m_rows.dropBox(mailbox);
     m_listings.clear();
 }
 
 void IMAPListings::renameMailbox(const QString& from, const QString& to, const QString& delimiter)
 {
-    IMAPBoxes renamed;
-    const IMAPBoxes before = std::exchange(m_boxes, {});
-    for (auto box = before.cbegin(); box != before.cend(); ++box) {
-        const bool isBelow = !delimiter.isEmpty() && box.key().startsWith(from + delimiter);
-        if (box.key() != from && !isBelow) {
-            m_boxes.insert(box.key(), *box);
+    const QList<QString> mailboxes = m_rows.boxes().keys();
+    RowBoxes renamed;
+    for (const QString& mailbox : mailboxes) {
+        const bool isBelow = !delimiter.isEmpty() && mailbox.startsWith(from + delimiter);
+        if (mailbox != from && !isBelow)
             continue;
-        }
-        const QString mailbox = to + box.key().sliced(from.size());
-        const QString path = IMAPMailboxes::displayPath(mailbox, delimiter);
-        IMAPBox moved = *box;
-        for (auto summary = moved.messages.begin(); summary != moved.messages.end(); ++summary) {
-            summary->id = IMAPMessageID{summary.key(), moved.uidValidity, mailbox}.text();
-            summary->mailbox = path;
-        }
-        renamed.insert(mailbox, moved);
+        renamed.insert(to + mailbox.sliced(from.size()), *m_rows.box(mailbox));
+        m_rows.dropBox(mailbox);
     }
-    m_boxes.insert(renamed);
-    m_isDirty = true;
+    for (auto box = renamed.begin(); box != renamed.end(); ++box) {
+        const QString path = IMAPMailboxes::displayPath(box.key(), delimiter);
+        m_rows.makeBox(box.key(), box->note);
+        for (auto row = box->rows.begin(); row != box->rows.end(); ++row) {
+            PackedRow::State state = row->unpackedState();
+            state.mailbox = path;
+            m_rows.put(box.key(), row.key(), {row->content, state.packed()});
+        }
+    }
     m_listings.clear();
 }
 
-// --- The snapshot
-
 Task<> IMAPListings::load()
 {
-    // Whoever comes while the first one reads waits for it, so that nobody works on boxes that are about to
-    // be replaced.
-    const Turnstile::Turn turn = co_await m_turn.enter();
-    if (std::exchange(m_isLoaded, true) || !m_cache)
-        co_return;
-    const std::optional<QByteArray> stored = co_await m_cache->readSnapshot(snapshotName());
-    if (!stored)
-        co_return;
-    const auto decode = [json = *stored] { return IMAPSnapshot::decode(json); };
-    try {
-        const IMAPBoxes boxes = co_await runOnWorker(decode);
-        m_boxes = boxes;
-    } catch (const LocalizedError&) {
-        // The snapshot is only a cache: the next listing fetches anew.
-    }
-}
-
-Task<> IMAPListings::persist()
-{
-    // One writer at a time: an older state must not be written over a newer one.
-    const Turnstile::Turn turn = co_await m_turn.enter();
-    if (!m_cache || !std::exchange(m_isDirty, false))
-        co_return;
-    IMAPSnapshot::trim(m_boxes);
-    const auto encode = [boxes = m_boxes] { return IMAPSnapshot::encode(boxes); };
-    const QByteArray json = co_await runOnWorker(encode);
-    co_await m_cache->writeSnapshot(snapshotName(), json);
+    return m_rows.load(IMAPSnapshot::decode);
 }
 
 } // namespace Larkhaven

@@ -2,12 +2,10 @@
 
 #include "providers/IMAPFolders.h"
 #include "providers/IMAPMessageID.h"
-#include "providers/IMAPSnapshot.h"
-#include "store/MailCache.h"
+#include "providers/RowStore.h"
 
 #include <QSet>
 
-#include <functional>
 #include <limits>
 #include <memory>
 #include <optional>
@@ -17,7 +15,7 @@ namespace Larkhaven {
 /// The listings of an account's mailboxes, and what is known of the messages in them.
 ///
 /// Each listing asks the server for the UIDs of the whole view and fetches only what its page lacks;
-/// summaries are kept across launches in a sealed snapshot, in boxes by mailbox. A box is dropped as soon as
+/// summaries are kept across launches by `RowStore`, in boxes by mailbox. A box is dropped as soon as
 /// its mailbox has another UIDVALIDITY.
 ///
 /// What takes a client runs within a body of the connection. Main thread; whoever waits for an operation
@@ -51,17 +49,15 @@ public:
     /// `cache` may be null.
     IMAPListings(QUuid accountID, std::shared_ptr<MailCache> cache, IMAPFolders& folders)
         : m_accountID(accountID)
-        , m_cache(std::move(cache))
         , m_folders(folders)
+        , m_rows(std::move(cache), QStringLiteral("imap"), RowStore::Ties::stay)
     {}
 
     /// The arguments of UID SEARCH for a view. "from:" is the only operator of a query.
     static QList<IMAPArg> searchArgs(const MailboxRef& ref, const std::optional<QString>& query);
 
-    /// Reads the snapshot, once. Whoever changes the boxes or relies on them does so first.
+    /// Reads what is stored, once. Whoever changes the boxes or relies on them does so first.
     Task<> load();
-    /// Writes the snapshot if anything has changed.
-    Task<> persist();
 
     /// Fails with `ResponseTooLarge`; what has come until then is known to the next try.
     Task<MessagePage> page(Client client, PageRequest request);
@@ -70,7 +66,7 @@ public:
     /// Under which the messages of a mailbox are known; absent where nothing is known of it.
     std::optional<qint64> uidValidity(const QString& mailbox) const;
     /// Changes, or forgets, what is known of the messages.
-    void update(const QList<IMAPMessageGroup>& groups, const std::function<void(MessageSummary&)>& change);
+    void setFlag(const QList<IMAPMessageGroup>& groups, bool PackedRow::State::*flag, bool isSet);
     void remove(const QList<IMAPMessageGroup>& groups);
     /// Forgets all that is known of a mailbox.
     void forgetMailbox(const QString& mailbox);
@@ -85,25 +81,22 @@ private:
         QString mailbox;
         QList<qint64> uids; ///< descending: newest first by arrival
     };
-    using Summaries = QHash<qint64, MessageSummary>;
+    using Rows = QHash<qint64, PackedRow>; ///< by UID
 
     Task<Listing> listing(Client client, MailboxRef ref, std::optional<QString> query, bool refresh);
     Task<MessagePage> pageOf(Client client, PageRequest request, Listing listing);
-    Task<Summaries> refreshFlags(Client client, QList<qint64> cached, Summaries known);
-    Task<Summaries> fetchSummaries(Client client, QString mailbox, QList<qint64> uids,
-                                   std::shared_ptr<Fetching> fetching);
-    Summaries cachedMessages(const QString& mailbox, qint64 uidValidity);
-    /// The box of the group, if it is of the same UIDVALIDITY.
-    IMAPBox* box(const IMAPMessageGroup& group);
+    Task<Rows> refreshFlags(Client client, QString mailbox, Rows known);
+    Task<Rows> fetchRows(Client client, QString mailbox, QList<qint64> uids,
+                         std::shared_ptr<Fetching> fetching);
+    /// Makes the mailbox one of this UIDVALIDITY: what is known of another is dropped.
+    void beginBox(const QString& mailbox, qint64 uidValidity);
+    /// Whether what is known of the mailbox is of the UIDVALIDITY of the group.
+    bool isCurrent(const IMAPMessageGroup& group) const;
 
     const QUuid m_accountID;
-    const std::shared_ptr<MailCache> m_cache;
     IMAPFolders& m_folders;
     QHash<QString, Listing> m_listings; ///< by "{MailboxRef::id}|{query}"
-    IMAPBoxes m_boxes;
-    Turnstile m_turn;
-    bool m_isLoaded = false;
-    bool m_isDirty = false;
+    RowStore m_rows;
 };
 
 } // namespace Larkhaven

@@ -121,7 +121,6 @@ Task<MessagePage> IMAPProvider::listMessages(MailboxRef ref, std::optional<QStri
     const IMAPListings::PageRequest request{ref,   query,   offset,
                                             limit, refresh, std::make_shared<IMAPListings::Fetching>()};
     MessagePage page = co_await pageInTries(request);
-    co_await m_listings.persist();
     co_return page;
 }
 
@@ -226,26 +225,25 @@ Task<std::optional<QString>> IMAPProvider::threadID(QString)
 
 Task<> IMAPProvider::setRead(bool read, QList<QString> ids)
 {
-    return setFlag(ids, read, u"\\Seen"_s, &MessageSummary::isRead);
+    return setFlag(ids, read, u"\\Seen"_s, &PackedRow::State::isRead);
 }
 
 Task<> IMAPProvider::setStarred(bool starred, QList<QString> ids)
 {
-    return setFlag(ids, starred, u"\\Flagged"_s, &MessageSummary::isStarred);
+    return setFlag(ids, starred, u"\\Flagged"_s, &PackedRow::State::isStarred);
 }
 
-Task<> IMAPProvider::setFlag(QList<QString> ids, bool add, QString flag, bool MessageSummary::*field)
+Task<> IMAPProvider::setFlag(QList<QString> ids, bool add, QString flag, bool PackedRow::State::*field)
 {
     const auto self = shared_from_this();
     const Groups groups = IMAPMessageIDs::grouped(ids);
     co_await m_listings.load();
-    m_listings.update(groups, [add, field](MessageSummary& summary) { summary.*field = add; });
+    m_listings.setFlag(groups, field, add);
     const auto body = [this, groups, add, flag](Client client) {
         return storeFlag(std::move(client), groups, add, flag);
     };
     co_await withClient(body);
     m_listings.forgetUIDs();
-    co_await m_listings.persist();
 }
 
 Task<> IMAPProvider::storeFlag(Client client, Groups groups, bool add, QString flag)
@@ -270,7 +268,6 @@ Task<> IMAPProvider::moveMessages(QList<QString> ids, Destination destination)
     };
     co_await withClient(body);
     m_listings.forgetUIDs();
-    co_await m_listings.persist();
 }
 
 Task<> IMAPProvider::moveGroups(Client client, QList<QString> ids, Destination destination)
@@ -353,7 +350,6 @@ Task<> IMAPProvider::putBack(QList<QString> ids)
     const auto body = [this, back](Client client) { return m_lastMove.putBack(std::move(client), back); };
     co_await withClient(body);
     m_listings.forgetUIDs();
-    co_await m_listings.persist();
 }
 
 // --- Sending and drafts
@@ -457,7 +453,6 @@ Task<> IMAPProvider::deleteDraft(QString id)
     const auto body = [this, groups](Client client) { return deleteGroups(std::move(client), groups); };
     co_await withClient(body);
     m_listings.forgetUIDs();
-    co_await m_listings.persist();
 }
 
 Task<> IMAPProvider::deleteGroups(Client client, Groups groups)
@@ -484,7 +479,6 @@ Task<MailLabel> IMAPProvider::renameLabel(MailLabel label, QString newName)
     };
     MailLabel renamed = co_await withClient(body);
     m_listings.renameMailbox(label.id, renamed.id, m_folders.delimiter());
-    co_await m_listings.persist();
     co_return renamed;
 }
 
@@ -495,7 +489,6 @@ Task<> IMAPProvider::deleteLabel(MailLabel label)
     const auto body = [this, label](Client client) { return m_folders.remove(std::move(client), label); };
     co_await withClient(body);
     m_listings.forgetMailbox(label.id);
-    co_await m_listings.persist();
 }
 
 Task<> IMAPProvider::setLabel(MailLabel, bool, QList<QString>)

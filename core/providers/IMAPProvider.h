@@ -106,7 +106,7 @@ private:
     Task<> moveMessages(QList<QString> ids, Destination destination);
     Task<> deleteDraft(QString id);
     Task<> replaceDraft(std::optional<QString> draftID);
-    Task<> setFlag(QList<QString> ids, bool add, QString flag, bool MessageSummary::*field);
+    Task<> setFlag(QList<QString> ids, bool add, QString flag, bool PackedRow::State::*field);
 
     const Account m_account;
     const ServerSettings m_settings;

@@ -2,6 +2,7 @@
 
 #include "platform/RegularFile.h"
 #include "platform/Tasks.h"
+#include "store/SealedLog.h"
 
 #include <QCryptographicHash>
 #include <QDateTime>
@@ -12,6 +13,7 @@
 #include <QSaveFile>
 
 #include <algorithm>
+#include <map>
 
 using namespace Qt::StringLiterals;
 
@@ -156,10 +158,28 @@ public:
 
     void removeSnapshot(const QString& name) const { QFile::remove(snapshotPath(name)); }
 
+    Log readLog(const QString& name)
+    {
+        OwnedLog& log = logOf(name);
+        log.owner = ++m_owners;
+        return {log.owner, m_isRetired ? QList<QByteArray>() : log.file.read(fileLimit)};
+    }
+
+    void updateLog(const QString& name, quint64 owner, const QByteArray& change,
+                   const std::function<QByteArray()>& whole)
+    {
+        OwnedLog& log = logOf(name);
+        if (m_isRetired || log.owner != owner || (!change.isEmpty() && log.file.append(change)))
+            return;
+        if (ensureDirectory(m_directory) && log.file.replace(whole()))
+            removeSnapshot(name);
+    }
+
     void removeAll()
     {
         QDir(m_directory).removeRecursively();
         m_totalBytes = 0;
+        m_logs.clear();
     }
 
     void retire()
@@ -173,6 +193,20 @@ private:
     QString snapshotPath(const QString& name) const
     {
         return m_directory + u'/' + hexName(u"snapshot:"_s + name);
+    }
+
+    struct OwnedLog {
+        SealedLog file;
+        quint64 owner = 0; ///< 0: nobody
+    };
+
+    OwnedLog& logOf(const QString& name)
+    {
+        const auto known = m_logs.find(name);
+        if (known != m_logs.end())
+            return known->second;
+        const QString path = m_directory + u'/' + hexName(u"log:"_s + name);
+        return m_logs.emplace(name, OwnedLog{SealedLog(path, m_cipher)}).first->second;
     }
 
     std::optional<QByteArray> readSealed(QFile& file, const QString& path) const
@@ -225,6 +259,8 @@ private:
     const std::shared_ptr<const CacheCipher> m_cipher;
     const qint64 m_maxBytes;
     std::optional<qint64> m_totalBytes; ///< absent: counted on next need
+    std::map<QString, OwnedLog> m_logs;
+    quint64 m_owners = 0; ///< how many there were
     bool m_isRetired = false;
 };
 
@@ -283,6 +319,17 @@ Task<> MailCache::makeSnapshot(QString name, std::function<QByteArray()> make)
 Task<> MailCache::removeSnapshot(QString name)
 {
     return runOn(&m_worker, [files = m_files, name = std::move(name)] { files->removeSnapshot(name); });
+}
+
+Task<MailCache::Log> MailCache::readLog(QString name)
+{
+    return runOn(&m_worker, [files = m_files, name = std::move(name)] { return files->readLog(name); });
+}
+
+void MailCache::updateLog(QString name, quint64 owner, QByteArray change, std::function<QByteArray()> whole)
+{
+    m_worker.start([files = m_files, name = std::move(name), owner, change = std::move(change),
+                    whole = std::move(whole)] { files->updateLog(name, owner, change, whole); });
 }
 
 Task<> MailCache::removeAll()

@@ -2,7 +2,12 @@
 
 #include "support/QtPrinters.h"
 
+#include <QByteArrayList>
+
+#include <array>
 #include <gtest/gtest.h>
+#include <random>
+#include <unicode/ustring.h>
 
 namespace Larkhaven {
 namespace {
@@ -88,6 +93,64 @@ TEST(Text, RepairsEachMaximalInvalidSequenceOfUTF8WithOneReplacement)
     EXPECT_EQ(Text::fromRepairedUTF8("\xED\xA0\x80"), u"\uFFFD\uFFFD\uFFFD");
     EXPECT_EQ(Text::fromRepairedUTF8("\xEF\xBB\xBFx"), u"\uFEFFx");
     EXPECT_EQ(Text::fromRepairedUTF8(""), u"");
+}
+
+/// ICU's reading of the whole, absent where it refuses it.
+std::optional<QString> readByICU(const QByteArray& bytes, UChar32 substitute)
+{
+    QString text(bytes.size(), Qt::Uninitialized);
+    int32_t length = 0;
+    UErrorCode status = U_ZERO_ERROR;
+    u_strFromUTF8WithSub(reinterpret_cast<char16_t*>(text.data()), static_cast<int32_t>(text.size()), &length,
+                         bytes.constData(), static_cast<int32_t>(bytes.size()), substitute, nullptr, &status);
+    text.truncate(length);
+    return U_FAILURE(status) ? std::nullopt : std::optional(text);
+}
+
+void expectSameAsICU(const QByteArray& bytes)
+{
+    ASSERT_EQ(Text::fromRepairedUTF8(bytes), readByICU(bytes, QChar::ReplacementCharacter))
+        << bytes.toHex().toStdString();
+    ASSERT_EQ(Text::fromStrictUTF8(bytes), readByICU(bytes, U_SENTINEL)) << bytes.toHex().toStdString();
+}
+
+TEST(Text, ReadsEachShortSequenceOfBytesAsICUDoes)
+{
+    // The ends of all ranges of UTF-8, and their neighbours.
+    constexpr std::array<unsigned char, 26> edges{0x00, 0x41, 0x7F, 0x80, 0x8F, 0x90, 0x9F, 0xA0, 0xBF,
+                                                  0xC0, 0xC1, 0xC2, 0xDF, 0xE0, 0xE1, 0xEC, 0xED, 0xEE,
+                                                  0xEF, 0xF0, 0xF1, 0xF3, 0xF4, 0xF5, 0xFE, 0xFF};
+    for (const unsigned char first : edges) {
+        for (const unsigned char second : edges) {
+            for (const unsigned char third : edges) {
+                for (const unsigned char fourth : edges) {
+                    const std::array<unsigned char, 4> bytes{first, second, third, fourth};
+                    expectSameAsICU(QByteArray(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
+                }
+            }
+        }
+    }
+}
+
+TEST(Text, ReadsLongTextsAsICUDoesWhereverTheirCharactersStand)
+{
+    const QByteArrayList pieces{"a",
+                                "plain text of sixteen and more bytes ",
+                                "\xC3\xBC",
+                                "\xE2\x82\xAC",
+                                "\xF0\x9F\x98\x80",
+                                "\xEF\xBB\xBF",
+                                "\xE2\x82",
+                                "\xFF",
+                                QByteArray(1, '\0')};
+    std::mt19937 random(5);
+    for (int round = 0; round < 20'000; ++round) {
+        const std::size_t kinds = round % 2 == 0 ? 6 : 9;
+        QByteArray bytes;
+        for (std::size_t count = random() % 12; count > 0; --count)
+            bytes += pieces[static_cast<qsizetype>(random() % kinds)];
+        expectSameAsICU(bytes);
+    }
 }
 
 TEST(Text, RefusesInvalidUTF8WhereItIsReadStrictly)

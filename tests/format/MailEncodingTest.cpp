@@ -144,13 +144,12 @@ TEST(DecodeTransfer, GivesBytesOfItsOwn)
 
 TEST(EncodeBase64Lines, CutsLinesOf76CharactersAndEndsWithoutALineEnd)
 {
-    EXPECT_EQ(MailEncoding::encodeBase64Lines(""), u""_s);
-    EXPECT_EQ(MailEncoding::encodeBase64Lines("hi"), u"aGk="_s);
-    EXPECT_EQ(MailEncoding::encodeBase64Lines(QByteArray(57, '\0')), QString(76, u'A'));
-    EXPECT_EQ(MailEncoding::encodeBase64Lines(QByteArray(58, '\0')),
-              QString(QString(76, u'A') + u"\r\nAA=="_s));
+    EXPECT_EQ(MailEncoding::encodeBase64Lines(""), "");
+    EXPECT_EQ(MailEncoding::encodeBase64Lines("hi"), "aGk=");
+    EXPECT_EQ(MailEncoding::encodeBase64Lines(QByteArray(57, '\0')), QByteArray(76, 'A'));
+    EXPECT_EQ(MailEncoding::encodeBase64Lines(QByteArray(58, '\0')), QByteArray(76, 'A') + "\r\nAA==");
     EXPECT_EQ(MailEncoding::encodeBase64Lines(QByteArray(114, '\0')),
-              QString(QString(76, u'A') + u"\r\n"_s + QString(76, u'A')));
+              QByteArray(76, 'A') + "\r\n" + QByteArray(76, 'A'));
 }
 
 // Charsets

@@ -284,6 +284,8 @@ TEST_F(GmailSyncTest, BeginsAnewWhereItsSnapshotIsBad)
     setInbox({"a"});
     for (const QByteArray bad : {"", "no", "[]", "{}", R"({"messages":[{"id":"a"}]})", R"({"messages":{}})",
                                  R"({"messages":[],"historyId":7})"}) {
+        restart();
+        await(cache->removeAll());
         await(cache->writeSnapshot(u"gmail"_s, bad));
         restart();
         asked();
@@ -302,7 +304,7 @@ TEST_F(GmailSyncTest, WorksWithoutACache)
 TEST_F(GmailSyncTest, ShowsAPageOfMessagesThatAreOlderThanAllThatASnapshotHolds)
 {
     QJsonArray newer;
-    for (qsizetype number = 0; number < GmailSyncState::summaryLimit; ++number) {
+    for (qsizetype number = 0; number < RowStore::rowLimit; ++number) {
         MessageSummary known;
         known.id = u"n%1"_s.arg(number);
         known.accountID = account.id;
@@ -314,17 +316,6 @@ TEST_F(GmailSyncTest, ShowsAPageOfMessagesThatAreOlderThanAllThatASnapshotHolds)
     restart();
     setInbox({"a"});
     EXPECT_EQ(idsOf(await(inbox())), QStringList{u"a"_s});
-}
-
-TEST_F(GmailSyncTest, WritesItsSnapshotAsAList)
-{
-    begin({"a"});
-    const QJsonObject stored =
-        QJsonDocument::fromJson(await(cache->readSnapshot(u"gmail"_s)).value()).object();
-    EXPECT_EQ(stored["historyId"_L1].toString(), u"100");
-    EXPECT_EQ(stored["messages"_L1].toArray().size(), 1);
-    EXPECT_EQ(stored["messages"_L1][0]["id"_L1].toString(), u"a");
-    EXPECT_EQ(stored.keys(), (QStringList{u"historyId"_s, u"messages"_s}));
 }
 
 TEST_F(GmailSyncTest, FetchesRowsAnewWhoseSendersWereStoredBeforeTheyWereReadRaw)
@@ -373,7 +364,7 @@ protected:
     bool isKnown(const QString& id) { return state.summaries({id}).contains(id); }
 
     const QList<QString> watched{u"a"_s, u"b"_s, u"c"_s};
-    GmailSyncState state{cache};
+    GmailSyncState state{account.id, cache};
 };
 
 TEST_F(GmailSyncStateTest, LaysWhatWasAppliedMeanwhileOverAnAnswer)
@@ -475,33 +466,44 @@ TEST_F(GmailSyncStateTest, ReadsItsSnapshotOnce)
 
 TEST_F(GmailSyncStateTest, KeepsTheNewest20000Rows)
 {
-    static_assert(GmailSyncState::summaryLimit == 20'000);
-    await(state.load());
-    for (int day = 0; day < 20'001; ++day) {
-        const GmailSyncState::Look look(state, {QString::number(day)});
-        state.store(summary(QString::number(day), {}, day), look);
+    static_assert(RowStore::rowLimit == 20'000);
+    QJsonArray rows;
+    for (int day = 0; day < 20'000; ++day)
+        rows.append(summary(u"old%1"_s.arg(day), {}, 1).toJSON());
+    rows[0] = summary(u"oldest"_s, {}).toJSON();
+    const QJsonObject snapshot{{u"historyId"_s, u"1"_s}, {u"messages"_s, rows}};
+    await(cache->writeSnapshot(u"gmail"_s, QJsonDocument(snapshot).toJson()));
+    {
+        GmailSyncState first(account.id, cache);
+        await(first.load());
+        const GmailSyncState::Look look(first, {u"new"_s});
+        first.store(summary(u"new"_s, {}, 2), look);
     }
-    await(state.persist());
-    EXPECT_FALSE(isKnown(u"0"_s));
-    EXPECT_TRUE(isKnown(u"1"_s));
-    const QByteArray stored = await(cache->readSnapshot(u"gmail"_s)).value();
-    EXPECT_EQ(QJsonDocument::fromJson(stored)["messages"_L1].toArray().size(), 20'000);
+    await(state.load());
+    EXPECT_TRUE(isKnown(u"new"_s));
+    EXPECT_TRUE(isKnown(u"old1"_s));
+    EXPECT_FALSE(isKnown(u"oldest"_s));
 }
 
-TEST_F(GmailSyncStateTest, WritesNothingWhereNothingHasChanged)
+TEST_F(GmailSyncStateTest, KeepsWhatItKnowsAcrossLaunches)
 {
+    {
+        GmailSyncState first(account.id, cache);
+        await(first.load());
+        EXPECT_EQ(first.historyId(), std::nullopt);
+        first.setBaseline(u"4"_s);
+        const GmailSyncState::Look look(first, {u"a"_s, u"b"_s});
+        first.store(summary(u"a"_s, {u"INBOX"_s, u"UNREAD"_s}), look);
+        first.store(summary(u"b"_s, {u"INBOX"_s}), look);
+        first.setBaseline(u"5"_s);
+        first.confirm(u"a"_s, {u"INBOX"_s, u"STARRED"_s}, GmailSyncState::Look(first, {u"a"_s}));
+    }
     await(state.load());
-    await(state.persist());
-    EXPECT_EQ(await(cache->readSnapshot(u"gmail"_s)), std::nullopt);
-    state.setHistoryId(u"5"_s);
-    await(state.persist());
-    EXPECT_EQ(await(cache->readSnapshot(u"gmail"_s)), R"({"historyId":"5","messages":[]})");
-    await(cache->removeSnapshot(u"gmail"_s));
-    state.setHistoryId(u"5"_s);
-    state.remove(u"unknown"_s);
-    state.apply({u"unknown"_s}, {u"A"_s}, {});
-    await(state.persist());
-    EXPECT_EQ(await(cache->readSnapshot(u"gmail"_s)), std::nullopt);
+    EXPECT_EQ(state.historyId(), u"5");
+    EXPECT_EQ(labelsOf(u"a"_s), (QList<QString>{u"INBOX"_s, u"STARRED"_s}));
+    EXPECT_TRUE(state.summaries({u"a"_s}).value(u"a"_s).isRead);
+    EXPECT_FALSE(state.isUnconfirmed(u"a"_s));
+    EXPECT_TRUE(state.isUnconfirmed(u"b"_s));
 }
 
 } // namespace

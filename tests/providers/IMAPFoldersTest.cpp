@@ -2,6 +2,7 @@
 
 #include "Listings.h"
 #include "Providing.h"
+#include "StoredRows.h"
 #include "platform/Tasks.h"
 #include "platform/Wakeup.h"
 #include "support/Await.h"
@@ -296,14 +297,14 @@ TEST_F(CachedIMAPProvider, KnowsWhatLiesInAndBelowARenamedFolderUnderItsNewName)
     IMAPBoxes boxes;
     for (const QString& mailbox : {u"a"_s, u"a.b"_s, u"a.b.c"_s, u"ab"_s})
         boxes.insert(mailbox, box(3, mailbox));
-    await(files->writeSnapshot(u"imap"_s, IMAPSnapshot::encode(boxes)));
+    await(files->writeSnapshot(u"imap"_s, oldSnapshot(boxes)));
     {
         Providing providing(session("C: P4 LIST \"\" \"*\"\nS: * LIST () \".\" a\nS: P4 OK\n"
                                     "C: P5 RENAME \"a\" \"x.y\"\nS: P5 OK"),
                             files);
         await(providing->renameLabel({u"a"_s, u"a"_s}, u"x/y"_s));
     }
-    const IMAPBoxes kept = IMAPSnapshot::decode(await(files->readSnapshot(u"imap"_s)).value());
+    const IMAPBoxes kept = storedBoxes(files);
     QStringList mailboxes = kept.keys();
     mailboxes.sort();
     EXPECT_EQ(mailboxes, QStringList({u"ab"_s, u"x.y"_s, u"x.y.b"_s, u"x.y.b.c"_s}));

@@ -2,6 +2,7 @@
 
 #include "Listings.h"
 #include "Providing.h"
+#include "StoredRows.h"
 #include "platform/Tasks.h"
 #include "platform/Wakeup.h"
 #include "providers/SummaryFields.h"
@@ -440,7 +441,7 @@ TEST_F(CachedIMAPProvider, CountsAMailboxWithoutUIDVALIDITYAsValidityZero)
             session("C: P4 SELECT \"INBOX\"\nS: P4 OK\nC: P5 UID SEARCH ALL\nS: * SEARCH\nS: P5 OK"), files);
         providing.list();
     }
-    EXPECT_EQ(await(files->readSnapshot(u"imap"_s)), R"({"INBOX":{"messages":{},"uidValidity":0}})");
+    EXPECT_EQ(storedBoxes(files), (IMAPBoxes{{u"INBOX"_s, {0, {}}}}));
 }
 
 TEST(IMAPProvider, TakesTheDateOfABrokenHeaderFromTheServerOrElseFromTheClock)
@@ -508,7 +509,7 @@ TEST_F(CachedIMAPProvider, DeletesNoSummaryWhereNothingIsFlagged)
         EXPECT_TRUE(page.messages.isEmpty());
         EXPECT_EQ(page.total, 0);
     }
-    const IMAPBoxes boxes = IMAPSnapshot::decode(await(files->readSnapshot(u"imap"_s)).value());
+    const IMAPBoxes boxes = storedBoxes(files);
     EXPECT_EQ(boxes.value(u"INBOX"_s).messages.size(), 2);
 }
 
@@ -531,7 +532,7 @@ TEST_F(CachedIMAPProvider, ForgetsSummariesThatTheMailboxHoldsNoMore)
         providing.list();
         EXPECT_EQ(idsOf(providing.list()), QStringList(u"5.7:INBOX"_s));
     }
-    const IMAPBoxes boxes = IMAPSnapshot::decode(await(files->readSnapshot(u"imap"_s)).value());
+    const IMAPBoxes boxes = storedBoxes(files);
     EXPECT_EQ(boxes.value(u"INBOX"_s).messages.keys(), QList<qint64>(1, 5));
     EXPECT_EQ(boxes.value(u"INBOX"_s).uidValidity, 7);
 }
@@ -580,14 +581,14 @@ TEST_F(CachedIMAPProvider, DropsTheOldestOfTwentyThousandAndOneSummariesAtTheNex
     }
     IMAPBoxes boxes;
     boxes.insert(u"Old"_s, box);
-    await(files->writeSnapshot(u"imap"_s, IMAPSnapshot::encode(boxes)));
+    await(files->writeSnapshot(u"imap"_s, oldSnapshot(boxes)));
     {
         Providing providing(session("C: P4 SELECT \"Old\"\nS: * OK [UIDVALIDITY 7]\nS: P4 OK\n"
                                     "C: P5 UID STORE 7 +FLAGS.SILENT (\\Seen)\nS: P5 OK"),
                             files);
         await(providing->setRead(true, {u"7.7:Old"_s}));
     }
-    const IMAPBoxes kept = IMAPSnapshot::decode(await(files->readSnapshot(u"imap"_s)).value());
+    const IMAPBoxes kept = storedBoxes(files);
     EXPECT_EQ(kept.value(u"Old"_s).messages.size(), 20'000);
     EXPECT_FALSE(kept.value(u"Old"_s).messages.contains(1));
     EXPECT_TRUE(kept.value(u"Old"_s).messages.value(7).isRead);
@@ -604,7 +605,7 @@ TEST_F(CachedIMAPProvider, KeepsASnapshotThatNobodyListedYetWhenALabelIsDeleted)
         Providing providing(session("C: P4 DELETE \"Work\"\nS: P4 OK"), files);
         await(providing->deleteLabel({u"Work"_s, u"Work"_s}));
     }
-    const IMAPBoxes boxes = IMAPSnapshot::decode(await(files->readSnapshot(u"imap"_s)).value());
+    const IMAPBoxes boxes = storedBoxes(files);
     EXPECT_EQ(boxes.value(u"INBOX"_s).messages.size(), 2);
 }
 

@@ -2,6 +2,7 @@
 
 #include "Listings.h"
 #include "Providing.h"
+#include "StoredRows.h"
 #include "platform/Tasks.h"
 #include "platform/Wakeup.h"
 #include "support/Await.h"
@@ -352,7 +353,7 @@ TEST_F(CachedIMAPProvider, KeepsALocalChangeThatTheServerRefused)
         expectProtocolError(providing->setRead(true, {u"5.7:INBOX"_s}), u"no"_s);
         await(providing->setStarred(true, {u"5.7:INBOX"_s}));
     }
-    const IMAPBoxes boxes = IMAPSnapshot::decode(await(files->readSnapshot(u"imap"_s)).value());
+    const IMAPBoxes boxes = storedBoxes(files);
     EXPECT_TRUE(boxes.value(u"INBOX"_s).messages.value(5).isRead);
 }
 
@@ -539,7 +540,7 @@ TEST_F(CachedIMAPProvider, ForgetsTheSummariesOfMovedMessages)
         providing.list();
         await(providing->moveToLabel({u"3.7:INBOX"_s}, {u"Work"_s, u"Work"_s}));
     }
-    const IMAPBoxes boxes = IMAPSnapshot::decode(await(files->readSnapshot(u"imap"_s)).value());
+    const IMAPBoxes boxes = storedBoxes(files);
     EXPECT_EQ(boxes.value(u"INBOX"_s).messages.keys(), QList<qint64>(1, 5));
 }
 

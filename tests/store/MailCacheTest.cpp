@@ -533,6 +533,110 @@ TEST_F(MailCacheTest, NeverEvictsASnapshot)
     EXPECT_EQ(await(cache->readSnapshot(u"imap"_s)), "state");
 }
 
+// --- Logs
+
+using Records = QList<QByteArray>;
+
+/// The record that makes a log anew.
+std::function<QByteArray()> whole(const QByteArray& record)
+{
+    return [record] { return record; };
+}
+
+TEST_F(MailCacheTest, AddsToTheLogOfItsOwner)
+{
+    const auto cache = made();
+    const MailCache::Log log = await(cache->readLog(u"imap"_s));
+    EXPECT_EQ(log.records, Records());
+    cache->updateLog(u"imap"_s, log.owner, "lost", whole("all"));
+    cache->updateLog(u"imap"_s, log.owner, "change", whole("unused"));
+    await(cache->usedBytes());
+    EXPECT_EQ(await(made()->readLog(u"imap"_s)).records, (Records{"all", "change"}));
+    EXPECT_TRUE(QFile::exists(directory() + u'/' + hexName("log:imap")));
+}
+
+TEST_F(MailCacheTest, ReplacesALogWhoseOwnerHasNoChangeToAdd)
+{
+    const auto cache = made();
+    const quint64 owner = await(cache->readLog(u"imap"_s)).owner;
+    cache->updateLog(u"imap"_s, owner, {}, whole("one"));
+    cache->updateLog(u"imap"_s, owner, {}, whole("two"));
+    await(cache->usedBytes());
+    EXPECT_EQ(await(made()->readLog(u"imap"_s)).records, Records{"two"});
+}
+
+TEST_F(MailCacheTest, TakesNothingMoreFromAnOwnerOnceAnotherHasReadTheLog)
+{
+    const auto cache = made();
+    const quint64 first = await(cache->readLog(u"imap"_s)).owner;
+    cache->updateLog(u"imap"_s, first, {}, whole("first"));
+    const quint64 second = await(cache->readLog(u"imap"_s)).owner;
+    cache->updateLog(u"imap"_s, first, "late", whole("late"));
+    cache->updateLog(u"imap"_s, second, "second", whole("unused"));
+    EXPECT_EQ(await(cache->readLog(u"imap"_s)).records, (Records{"first", "second"}));
+}
+
+TEST_F(MailCacheTest, TakesNothingMoreFromAnOwnerOnceEverythingWasRemoved)
+{
+    const auto cache = made();
+    const quint64 owner = await(cache->readLog(u"imap"_s)).owner;
+    cache->updateLog(u"imap"_s, owner, {}, whole("rows of the old server"));
+    await(cache->removeAll());
+    cache->updateLog(u"imap"_s, owner, "late", whole("late"));
+    EXPECT_EQ(await(cache->usedBytes()), 0);
+    EXPECT_FALSE(QFileInfo::exists(directory()));
+    EXPECT_EQ(await(cache->readLog(u"imap"_s)).records, Records());
+}
+
+TEST_F(MailCacheTest, KeepsALogThatIsWrittenWhileItGoes)
+{
+    {
+        const auto cache = made();
+        const quint64 owner = await(cache->readLog(u"imap"_s)).owner;
+        cache->updateLog(u"imap"_s, owner, {}, whole("all"));
+    }
+    EXPECT_EQ(await(made()->readLog(u"imap"_s)).records, Records{"all"});
+}
+
+TEST_F(MailCacheTest, HasNoLogOnceItIsRetired)
+{
+    const auto cache = made();
+    const quint64 owner = await(cache->readLog(u"imap"_s)).owner;
+    cache->updateLog(u"imap"_s, owner, {}, whole("all"));
+    await(cache->retire());
+    const quint64 next = await(cache->readLog(u"imap"_s)).owner;
+    for (const quint64 any : {owner, next})
+        cache->updateLog(u"imap"_s, any, "late", whole("late"));
+    EXPECT_EQ(await(cache->readLog(u"imap"_s)).records, Records());
+    EXPECT_FALSE(QFileInfo::exists(directory()));
+}
+
+TEST_F(MailCacheTest, KeepsASnapshotUntilThereIsALogInItsPlace)
+{
+    const auto cache = made();
+    await(cache->writeSnapshot(u"imap"_s, "old"));
+    const quint64 owner = await(cache->readLog(u"imap"_s)).owner;
+    ASSERT_TRUE(QDir().mkpath(directory() + u'/' + hexName("log:imap") + u"/in the way"_s));
+    cache->updateLog(u"imap"_s, owner, {}, whole("all"));
+    EXPECT_EQ(await(cache->readSnapshot(u"imap"_s)), "old");
+    ASSERT_TRUE(QDir(directory() + u'/' + hexName("log:imap")).removeRecursively());
+    cache->updateLog(u"imap"_s, owner, {}, whole("all"));
+    EXPECT_EQ(await(cache->readSnapshot(u"imap"_s)), std::nullopt);
+    EXPECT_EQ(await(cache->readLog(u"imap"_s)).records, Records{"all"});
+}
+
+TEST_F(MailCacheTest, EvictsNoLogAndCountsNone)
+{
+    const auto cache = made(1000);
+    const quint64 owner = await(cache->readLog(u"imap"_s)).owner;
+    cache->updateLog(u"imap"_s, owner, {}, whole(QByteArray(5000, 'x')));
+    write(*cache, u"a"_s, 500, 10);
+    EXPECT_EQ(await(cache->usedBytes()), 500);
+    write(*cache, u"b"_s, 600, 5);
+    EXPECT_EQ(keptOf({u"a"_s, u"b"_s}), QStringList(u"b"_s));
+    EXPECT_EQ(await(cache->readLog(u"imap"_s)).records.size(), 1);
+}
+
 // --- Accounts, snapshots, order
 
 TEST_F(MailCacheTest, KeepsTheSameKeyOfTwoAccountsApart)
