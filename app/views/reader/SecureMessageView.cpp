@@ -170,9 +170,15 @@ public:
     {}
 
     void setRules(const ContentBlocker::RuleList* rules) { m_rules = rules; }
+    /// From now on nothing passes, not even the document.
+    void close() { m_isClosed = true; }
 
     void interceptRequest(QWebEngineUrlRequestInfo& info) override
     {
+        if (m_isClosed) {
+            info.block(true);
+            return;
+        }
         // The document itself is no request of the page; whether it may load is decided as a navigation.
         const bool isDocument = info.resourceType() == QWebEngineUrlRequestInfo::ResourceTypeMainFrame &&
                                 info.requestUrl() == documentURL();
@@ -192,6 +198,7 @@ public:
 private:
     RemoteImages& m_images;
     const ContentBlocker::RuleList* m_rules = nullptr;
+    bool m_isClosed = false;
 };
 
 /// Shows one document and goes nowhere: of all navigations, the one that loads the document is allowed once.
@@ -328,6 +335,9 @@ SecureMessageView::SecureMessageView(QWidget* parent, RuleLists ruleLists)
 SecureMessageView::~SecureMessageView()
 {
     releaseFocus();
+    // The engine does what it has left to do within the destructor of its profile, when the pages are gone.
+    m_filter->close();
+    m_profile->removeAllUrlSchemeHandlers();
     delete m_view;
     // The profile must not go before its pages.
     delete m_page.release();
