@@ -145,6 +145,7 @@ TEST_F(ContentViewTest, ShowsNoWindowBesideThoseThatAreAskedFor)
     const ShownWindows shown;
     MailWindow mail({ModelFixture::imapAccount()}, ModelFixture::info());
     open(mail);
+    mail.model().setSelection({u"2"_s});
     ASSERT_TRUE(waitUntil([&mail] { return mail.window->findChild<ReaderView*>() != nullptr; }));
     mail.fixture.provider().setRaw(u"2"_s, "From: ada@example.com\r\n\r\ntext"_ba);
     mail.read(u"2"_s);

@@ -225,15 +225,17 @@ public:
     int shown = 0;
 };
 
-/// The reader is made a moment after the start, when a menu may be open.
+/// The reader is made a moment after a row was selected, when a menu may be open.
 TEST_F(SidebarMenuTest, StaysOpenWhileTheReaderIsMade)
 {
     mail = std::make_unique<MailWindow>();
+    mail->fill(ModelFixture::rows(mail->fixture.account(), 1));
     mail->open();
     const QPointer<QMenu> menu = open(Way::rightButton, mail->fixture.account().email);
     ASSERT_TRUE(menu);
     ASSERT_FALSE(mail->window->findChild<ReaderView*>());
     const WindowWatch windows;
+    mail->model().setSelection({mail->model().messages().first().id});
     ASSERT_TRUE(waitUntil([this] { return mail->window->findChild<ReaderView*>() != nullptr; }));
     EXPECT_EQ(windows.shown, 0);
     EXPECT_TRUE(menu && menu->isVisible());

@@ -32,6 +32,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <chrono>
 
 using namespace Qt::StringLiterals;
 
@@ -162,8 +163,16 @@ void ContentView::showEvent(QShowEvent* event)
         return;
     m_model.start(m_model.begin());
     m_listing->setFocus();
-    // The first message opens faster when the engine is up by then.
-    constexpr int idleTime = 400;
+    connect(&m_model, &AppModel::selectionChanged, this, &ContentView::prepareReader);
+}
+
+void ContentView::prepareReader()
+{
+    if (m_reader || m_model.selection().isEmpty())
+        return;
+    // The engine takes more memory than all the rest, so it starts with the first sign that a message may be
+    // opened, and is up by the second click. The row is painted before.
+    constexpr std::chrono::milliseconds idleTime(50);
     QTimer::singleShot(idleTime, this, [this] { reader(); });
 }
 

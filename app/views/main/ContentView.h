@@ -67,6 +67,8 @@ private:
     void followAccounts();
     void leaveKeyboardTo(QWidget& widget);
     void followPath();
+    /// Has the engine started for the message that is likely to be opened next.
+    void prepareReader();
     void updateTitle();
 
     AppModel& m_model;
