@@ -1,11 +1,16 @@
 #include "platform/TLSTrust.h"
 
+#include "platform/Tasks.h"
+
 #include <QCoreApplication>
 #include <QDir>
+#include <QPointer>
 #include <QSsl>
 #include <QSslCertificate>
 
 #include <algorithm>
+#include <optional>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -31,25 +36,70 @@ QList<QSslCertificate> environmentAuthorities()
     return authorities;
 }
 
-QSslConfiguration makeConfiguration()
+QSslConfiguration systemConfiguration()
 {
     QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
     configuration.setProtocol(QSsl::TlsV1_2OrLater);
     configuration.setPeerVerifyMode(QSslSocket::VerifyPeer);
-    // Setting a list turns off the loading of authorities on demand, so it is done only where there is
-    // something to add.
+    return configuration;
+}
+
+/// Setting a list turns off the loading of authorities on demand, so it is done only where there is something
+/// to add.
+QSslConfiguration extendedConfiguration()
+{
+    QSslConfiguration configuration = systemConfiguration();
     const QList<QSslCertificate> additional = environmentAuthorities();
     if (!additional.isEmpty())
         configuration.setCaCertificates(QSslConfiguration::systemCaCertificates() + additional);
     return configuration;
 }
 
+/// The configuration of the process, and who waits for it.
+struct Trust {
+    struct Waiter {
+        QPointer<QObject> context;
+        std::function<void(const QSslConfiguration&)> use;
+    };
+    std::optional<QSslConfiguration> configuration;
+    QList<Waiter> waiters;
+    bool isRead = false; ///< or is being read
+
+    static Trust& shared()
+    {
+        static Trust trust;
+        return trust;
+    }
+};
+
+Task<> readAuthorities()
+{
+    const QSslConfiguration read = co_await runOnWorker(extendedConfiguration);
+    Trust& trust = Trust::shared();
+    trust.configuration = read;
+    const QList<Trust::Waiter> waiters = std::exchange(trust.waiters, {});
+    for (const Trust::Waiter& waiter : waiters) {
+        if (waiter.context)
+            waiter.use(read);
+    }
+}
+
 } // namespace
 
-QSslConfiguration configuration()
+void configure(QObject* context, std::function<void(const QSslConfiguration& configuration)> use)
 {
-    static const QSslConfiguration shared = makeConfiguration();
-    return shared;
+    Trust& trust = Trust::shared();
+    const bool isExtended =
+        !qEnvironmentVariableIsEmpty("SSL_CERT_FILE") || !qEnvironmentVariableIsEmpty("SSL_CERT_DIR");
+    if (!trust.configuration && !isExtended)
+        trust.configuration = systemConfiguration();
+    if (trust.configuration) {
+        use(*trust.configuration);
+        return;
+    }
+    trust.waiters.append({context, std::move(use)});
+    if (!std::exchange(trust.isRead, true))
+        spawn(readAuthorities(), dropFailure);
 }
 
 QString refusalText(const QString& host, const QList<QSslError>& errors)

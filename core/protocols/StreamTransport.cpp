@@ -77,7 +77,6 @@ void StreamTransport::connectToHost(int port, bool implicitTLS)
                      [this](const QList<QSslError>& errors) { m_certificateErrors = errors; });
 
     socket->setProxy(QNetworkProxy::NoProxy);
-    socket->setSslConfiguration(TLSTrust::configuration());
     socket->setPeerVerifyName(m_host);
     // What a server sends faster than it is read stays in the network.
     socket->setReadBufferSize(maximumRead);
@@ -88,10 +87,18 @@ void StreamTransport::connectToHost(int port, bool implicitTLS)
         m_isDead = true;
         return;
     }
-    if (implicitTLS)
-        socket->connectToHostEncrypted(m_host, static_cast<quint16>(port), m_host);
-    else
-        socket->connectToHost(m_host, static_cast<quint16>(port));
+    const auto begin = [this](const QSslConfiguration& configuration) {
+        m_isWaiting = false;
+        if (m_isDead)
+            return;
+        m_socket->setSslConfiguration(configuration);
+        if (m_beginsWithTLS)
+            m_socket->connectToHostEncrypted(m_host, static_cast<quint16>(m_port), m_host);
+        else
+            m_socket->connectToHost(m_host, static_cast<quint16>(m_port));
+    };
+    m_isWaiting = true;
+    TLSTrust::configure(&m_wakeup, begin);
 }
 
 bool StreamTransport::isReady() const
@@ -163,6 +170,8 @@ StreamError StreamTransport::handshakeError() const
 
 bool StreamTransport::hasEnded() const
 {
+    if (m_isWaiting)
+        return false;
     // The server may have ended the TLS stream alone, and keep the connection below it.
     return m_hasFailed || m_socket->state() == QAbstractSocket::UnconnectedState ||
            m_socket->error() == QAbstractSocket::RemoteHostClosedError;

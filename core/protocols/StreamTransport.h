@@ -108,6 +108,7 @@ private:
     bool m_isOpen = false;    ///< the connection has stood, in TLS where it is wanted
     bool m_hasFailed = false; ///< of TLS, though the connection below it may stand
     bool m_isFlushed = true;  ///< the system has all that was written
+    bool m_isWaiting = false; ///< for the authorities, before it connects
     bool m_isDead = false;
 };
 

@@ -21,6 +21,8 @@ public:
     /// The next connection, on which TLS has begun.
     QSslSocket* acceptWithTLS();
 
+    /// Connections that nobody has accepted.
+    qsizetype waitingCount() const { return m_pending.size(); }
     /// The next connection as the system knows it. Owned by the caller.
     qintptr acceptDescriptor();
 

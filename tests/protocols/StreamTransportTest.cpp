@@ -97,6 +97,22 @@ void expectSame(const QByteArray& left, const QByteArray& right)
 
 // --- Plain
 
+TEST(StreamTransport, ConnectsNowhereOnceItIsClosedWhileTheAuthoritiesAreRead)
+{
+    LoopbackServer server;
+    const Transport closed = openPlain(server);
+    std::weak_ptr<StreamTransport> gone = openPlain(server);
+    EXPECT_TRUE(gone.expired());
+    closed->close();
+    expectProtocolError(closed->receive(), closedText);
+    // The next one waits for the same authorities, and comes behind those.
+    const Transport transport = openPlain(server);
+    QSslSocket* const peer = server.accept();
+    peer->write("* OK\r\n");
+    EXPECT_EQ(await(transport->receive()), "* OK\r\n");
+    EXPECT_EQ(server.waitingCount(), 0);
+}
+
 TEST(StreamTransport, SendsAndReceivesBytes)
 {
     LoopbackServer server;
