@@ -6,6 +6,7 @@
 #include "protocols/ResponseTooLarge.h"
 #include "protocols/StreamTransport.h"
 #include "protocols/TransportCloser.h"
+#include "protocols/UIDSet.h"
 
 #include <QCoreApplication>
 
@@ -85,6 +86,40 @@ qsizetype countOf(const QList<IMAPValue>& values)
     for (const IMAPValue& value : values)
         count += value.list() ? countOf(*value.list()) : 0;
     return count;
+}
+
+/// Adds what a SEARCH response lists.
+void appendNumbers(const IMAPResponse& response, QList<qint64>& uids)
+{
+    uids.reserve(uids.size() + response.numbers.size());
+    for (const quint32 number : response.numbers)
+        uids.append(number);
+    for (const IMAPValue& value : response.values.sliced(1)) {
+        if (const std::optional<qint64> uid = value.integer())
+            uids.append(*uid);
+    }
+}
+
+/// Adds what an ESEARCH response lists, if it is the answer to the command of the tag (RFC 4466, 2.6.2).
+void appendRanges(const IMAPResponse& response, const QString& tag, QList<qint64>& uids)
+{
+    const QList<IMAPValue>& values = response.values;
+    const QList<IMAPValue>* const correlator = values.size() > 1 ? values[1].list() : nullptr;
+    const bool isOther = correlator && correlator->size() == 2 && correlator->first().isKeyword("TAG"_L1) &&
+                         correlator->last().text() != tag;
+    const auto all =
+        std::ranges::find_if(values, [](const IMAPValue& value) { return value.isKeyword("ALL"_L1); });
+    if (isOther || all == values.end())
+        return;
+    const std::optional<QString> set = std::next(all) == values.end() ? std::nullopt : std::next(all)->text();
+    const std::optional<qint64> size = set ? UIDSet::size(*set) : std::nullopt;
+    // What can't be read must not be taken for an empty mailbox.
+    if (!size)
+        throw MailError::protocolError(
+            QCoreApplication::translate("IMAPResponse", "Unexpected character in response."));
+    if (*size > IMAPResponse::valueLimit - uids.size())
+        throw MailError::protocolError(Texts::tr("Server response too large."));
+    uids.append(UIDSet::unfold(*set));
 }
 
 /// A delimiter is one character (RFC 3501, 7.2.2); anything else is none.
@@ -385,7 +420,6 @@ Task<IMAPResponse> IMAPClient::readResponse()
     for (;;) {
         const QByteArray line = co_await m_reader.readLine();
         addPiece(pieces, line);
-        addPiece(pieces, "\r\n");
         size += line.size() + 2;
         m_answer.size += line.size() + 2;
         const std::optional<qint64> length = IMAPResponse::literalLength(line);
@@ -393,6 +427,7 @@ Task<IMAPResponse> IMAPClient::readResponse()
         checkAnswer();
         if (!length)
             break;
+        addPiece(pieces, "\r\n");
         const QByteArray block = co_await m_reader.readBytes(*length);
         addPiece(pieces, block);
         size += block.size();
@@ -401,7 +436,7 @@ Task<IMAPResponse> IMAPClient::readResponse()
     }
     IMAPResponse response = co_await parsed(pieces);
     ++m_answer.responses;
-    m_answer.values += countOf(response.values);
+    m_answer.values += countOf(response.values) + response.numbers.size();
     checkAnswer();
     guard.dismiss();
     co_return response;
@@ -419,9 +454,12 @@ Task<IMAPResponse> IMAPClient::parsed(QList<QByteArray> pieces)
     const qsizetype size =
         std::accumulate(pieces.cbegin(), pieces.cend(), qsizetype{0},
                         [](qsizetype sum, const QByteArray& piece) { return sum + piece.size(); });
+    // A long line alone needs no copy.
+    const auto parse = [pieces] {
+        return IMAPResponse::parse(pieces.size() == 1 ? pieces.first() : pieces.join());
+    };
     if (size <= workerThreshold)
-        co_return IMAPResponse::parse(pieces.join());
-    const auto parse = [pieces] { return IMAPResponse::parse(pieces.join()); };
+        co_return parse();
     IMAPResponse response = co_await runOnWorker(parse);
     co_return response;
 }
@@ -499,16 +537,16 @@ Task<> IMAPClient::select(QString mailbox, bool force)
 
 Task<QList<qint64>> IMAPClient::search(QList<IMAPArg> args)
 {
-    args.prepend(IMAPArg::text(u"UID SEARCH "_s));
-    const QList<IMAPResponse> responses = co_await execute(args);
+    // Ranges: an unbroken mailbox of any size is some twenty bytes (RFC 4731, 3.1).
+    const bool hasRanges = m_capabilities.contains(u"ESEARCH"_s);
+    args.prepend(IMAPArg::text(hasRanges ? u"UID SEARCH RETURN (ALL) "_s : u"UID SEARCH "_s));
+    QList<IMAPResponse> responses = co_await execute(args);
     QList<qint64> uids;
-    for (const IMAPResponse& response : responses) {
-        if (!response.isNamed("SEARCH"_L1))
-            continue;
-        for (qsizetype index = 1; index < response.values.size(); ++index) {
-            if (const std::optional<qint64> uid = response.values[index].integer())
-                uids.append(*uid);
-        }
+    for (IMAPResponse& response : responses) {
+        if (response.isNamed("SEARCH"_L1))
+            appendNumbers(std::exchange(response, {}), uids);
+        else if (hasRanges && response.isNamed("ESEARCH"_L1))
+            appendRanges(response, tag(), uids);
     }
     co_return uids;
 }

@@ -117,7 +117,9 @@ public:
     /// Selects the mailbox of the given wire name; costs nothing if it is selected already and `force` is
     /// false.
     Task<> select(QString mailbox, bool force);
-    /// UIDs as the server listed them.
+    /// UIDs as the server listed them, which is told to write ranges where it can (RFC 4731). Fails with
+    /// `MailError::protocolError` "Server response too large." where ranges stand for more than
+    /// `IMAPResponse::valueLimit` of them, before they are unfolded.
     Task<QList<qint64>> search(QList<IMAPArg> args);
     /// `items` is as in the FETCH command; UID is always asked for. Fetches that nobody asked for may be
     /// among the result.
@@ -166,7 +168,13 @@ private:
     Task<> signIn(QString username, QString password);
     Task<> signInWithToken(QString username, std::shared_ptr<TokenSource> manager);
     void checkAnswer() const;
-    QString nextTag() { return u'P' + QString::number(++m_tagCounter); }
+    QString nextTag()
+    {
+        ++m_tagCounter;
+        return tag();
+    }
+    /// Of the last command.
+    QString tag() const { return u'P' + QString::number(m_tagCounter); }
     Task<std::optional<Status>> statusOrNothing(QString mailbox);
     /// Runs the command COPY or MOVE.
     Task<std::optional<IMAPCopyUID>> transfer(QString verb, QList<qint64> uids, QString mailbox);

@@ -1,12 +1,11 @@
 #include "protocols/IMAPCopyUID.h"
 
 #include "domain/Text.h"
+#include "protocols/UIDSet.h"
 
 #include <QSet>
-#include <QStringList>
 
 #include <algorithm>
-#include <limits>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -17,35 +16,11 @@ namespace {
 
 constexpr QLatin1StringView beginning("[COPYUID ");
 
-/// A number from 1 to 2^32 - 1 in nothing but digits (RFC 3501, 9, `nz-number`); absent otherwise.
-std::optional<qint64> numberIn(QStringView text)
-{
-    constexpr qsizetype longest = 10;
-    const bool isDigits =
-        std::ranges::all_of(text, [](QChar character) { return character >= u'0' && character <= u'9'; });
-    const qint64 number = isDigits && text.size() <= longest ? text.toLongLong() : 0;
-    const bool isValid = number >= 1 && number <= std::numeric_limits<quint32>::max();
-    return isValid ? std::optional(number) : std::nullopt;
-}
-
-/// The UIDs of a `uid-set` in its order, a range ascending (RFC 4315, 4); absent where it is none, or larger
-/// than the limit, which is tested before a range is unfolded.
+/// The UIDs of a `uid-set` (RFC 4315, 4); absent where it is none, or larger than the limit.
 std::optional<QList<qint64>> uidsIn(QStringView set)
 {
-    QList<qint64> uids;
-    for (const QStringView item : set.split(u',')) {
-        const qsizetype colon = item.indexOf(u':');
-        const std::optional<qint64> one = numberIn(colon < 0 ? item : item.first(colon));
-        const std::optional<qint64> other = colon < 0 ? one : numberIn(item.sliced(colon + 1));
-        if (!one || !other)
-            return std::nullopt;
-        const auto [first, last] = std::minmax(*one, *other);
-        if (last - first >= IMAPCopyUID::messageLimit - uids.size())
-            return std::nullopt;
-        for (qint64 uid = first; uid <= last; ++uid)
-            uids.append(uid);
-    }
-    return uids;
+    const std::optional<qint64> size = UIDSet::size(set);
+    return size && *size <= IMAPCopyUID::messageLimit ? std::optional(UIDSet::unfold(set)) : std::nullopt;
 }
 
 bool hasDoubles(const QList<qint64>& uids)
@@ -63,7 +38,7 @@ std::optional<IMAPCopyUID> IMAPCopyUID::parse(const QString& code)
     const QList<QStringView> fields = inner.split(u' ');
     if (fields.size() != 3)
         return std::nullopt;
-    const std::optional<qint64> uidValidity = numberIn(fields[0]);
+    const std::optional<qint64> uidValidity = UIDSet::number(fields[0]);
     const std::optional<QList<qint64>> originals = uidsIn(fields[1]);
     const std::optional<QList<qint64>> copies = uidsIn(fields[2]);
     if (!uidValidity || !originals || !copies || originals->size() != copies->size() ||

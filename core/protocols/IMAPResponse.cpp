@@ -7,6 +7,7 @@
 #include <QStringList>
 
 #include <algorithm>
+#include <limits>
 
 using namespace Qt::StringLiterals;
 
@@ -42,6 +43,29 @@ QString repairedText(QByteArrayView bytes)
     const bool isASCII =
         std::ranges::all_of(bytes, [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
     return isASCII ? QString::fromLatin1(bytes) : Text::fromRepairedUTF8(bytes);
+}
+
+/// What a SEARCH response lists; absent where it holds anything else. Fails as `IMAPResponse::parse` does.
+std::optional<QList<quint32>> numbersIn(QByteArrayView data)
+{
+    QList<quint32> numbers;
+    numbers.reserve(std::min(std::ranges::count(data, ' ') + 1, IMAPResponse::valueLimit));
+    const char* const end = data.end();
+    for (const char* byte = data.begin(); byte != end; ++byte) {
+        if (isSpace(*byte))
+            continue;
+        quint64 number = 0;
+        for (; byte != end && isDigit(*byte) && number <= std::numeric_limits<quint32>::max(); ++byte)
+            number = number * 10 + static_cast<quint64>(*byte - '0');
+        if (number > std::numeric_limits<quint32>::max() || (byte != end && !isSpace(*byte)))
+            return std::nullopt;
+        if (numbers.size() == IMAPResponse::valueLimit)
+            throw protocolError(tooLarge);
+        numbers.append(static_cast<quint32>(number));
+        if (byte == end)
+            break;
+    }
+    return numbers;
 }
 
 } // namespace
@@ -194,12 +218,22 @@ IMAPResponse IMAPResponse::parse(QByteArrayView data)
     if (response.kind == Kind::tagged)
         response.tag = token;
 
+    qsizetype limit = valueLimit;
     for (reader.skipSpace(); !reader.atEnd(); reader.skipSpace()) {
         if (std::optional<IMAPValue> value = reader.readValue(0))
             response.values.append(*std::move(value));
         else
             reader.setPosition(reader.position() + 1);
-        if (response.values.size() > valueLimit || reader.valueCount() > totalValueLimit)
+        const bool isSearch = response.values.size() == 1 && limit == valueLimit &&
+                              response.kind == Kind::untagged && response.isNamed("SEARCH"_L1);
+        if (isSearch) {
+            if (std::optional<QList<quint32>> numbers = numbersIn(data.sliced(reader.position()))) {
+                response.numbers = *std::move(numbers);
+                return response;
+            }
+            ++limit;
+        }
+        if (response.values.size() > limit || reader.valueCount() > totalValueLimit)
             throw protocolError(tooLarge);
     }
     return response;

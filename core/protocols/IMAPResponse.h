@@ -18,7 +18,7 @@ namespace Larkhaven {
 struct IMAPResponse {
     enum class Kind { tagged, untagged, continuation };
 
-    /// The most values at the top level of a response.
+    /// The most values at the top level of a response; the word SEARCH before its numbers isn't one.
     static constexpr qsizetype valueLimit = 1'000'000;
     /// The most values at all levels together, those of dropped lists among them: what bounds the memory of a
     /// response to some 150 MB above its own size.
@@ -35,6 +35,9 @@ struct IMAPResponse {
     /// Everything behind the tag. Free text is cut into atoms at spaces like everything else; a continuation
     /// has none.
     QList<IMAPValue> values;
+    /// What the word SEARCH is followed by where that is nothing but numbers of 32 bits. They aren't among
+    /// the values, each of which takes ten times the memory: a mailbox has a million of them.
+    QList<quint32> numbers;
 
     /// Reads the bytes of a whole response, literals included. Fails with `MailError::protocolError` "Server
     /// response too large." past `valueLimit` or `totalValueLimit`.

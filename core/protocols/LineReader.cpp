@@ -26,6 +26,19 @@ Task<> LineReader::receiveMore(qsizetype expected)
     m_buffer.append(chunk);
 }
 
+QByteArray LineReader::takeUntil(qsizetype lineFeed)
+{
+    if (lineFeed - m_offset <= copiedLine) {
+        const qsizetype start = std::exchange(m_offset, lineFeed + 1);
+        return m_buffer.sliced(start, lineFeed - start);
+    }
+    // The buffer itself becomes the line; only what came behind it, less than a chunk, is copied.
+    QByteArray line = std::exchange(m_buffer, m_buffer.sliced(lineFeed + 1));
+    line.truncate(lineFeed);
+    line.remove(0, std::exchange(m_offset, 0));
+    return line;
+}
+
 Task<QByteArray> LineReader::readLine()
 {
     // Counted from the first unread byte, which moves when the buffer is compacted.
@@ -33,8 +46,7 @@ Task<QByteArray> LineReader::readLine()
     for (;;) {
         const qsizetype lineFeed = m_buffer.indexOf('\n', m_offset + searched);
         if (lineFeed >= 0) {
-            QByteArray line = m_buffer.sliced(m_offset, lineFeed - m_offset);
-            m_offset = lineFeed + 1;
+            QByteArray line = takeUntil(lineFeed);
             if (line.endsWith('\r'))
                 line.chop(1);
             co_return line;

@@ -37,6 +37,11 @@ public:
     Task<QByteArray> readBytes(qsizetype count);
 
 private:
+    /// The longest line, in bytes, that is copied out of the buffer.
+    static constexpr qsizetype copiedLine = 64 * 1024;
+
+    /// The unread bytes before the line feed at the position, which is taken with them.
+    QByteArray takeUntil(qsizetype lineFeed);
     /// Adds a chunk to the buffer. `expected` is how many unread bytes the buffer will hold in the end, as
     /// far as known.
     Task<> receiveMore(qsizetype expected);

@@ -105,6 +105,55 @@ TEST(IMAPClient, SearchesAndGivesTheNumbersAsListed)
     EXPECT_TRUE(await(connected.client->search({IMAPArg::text(u"ALL"_s)})).isEmpty());
 }
 
+TEST(IMAPClient, AsksForRangesWhereTheServerOffersThem)
+{
+    Connected connected("C: P4 UID SEARCH RETURN (ALL) ALL\n"
+                        "S: * ESEARCH (TAG \"P4\") UID ALL 1:3,9,7:6\nS: P4 OK\n"
+                        "C: P5 UID SEARCH RETURN (ALL) FLAGGED\nS: * ESEARCH (TAG \"P5\") UID\nS: P5 OK\n"
+                        "C: P6 UID SEARCH RETURN (ALL) CHARSET UTF-8 TEXT {2}\nS: +\nC: \xc3\xbc\n"
+                        "S: * esearch all 4\nS: * SEARCH 8\nS: P6 OK",
+                        "ESEARCH");
+    EXPECT_EQ(await(connected.client->search({IMAPArg::text(u"ALL"_s)})), QList<qint64>({1, 2, 3, 9, 6, 7}));
+    EXPECT_TRUE(await(connected.client->search({IMAPArg::text(u"FLAGGED"_s)})).isEmpty());
+    const QList<IMAPArg> word{IMAPArg::text(u"CHARSET UTF-8 "_s), IMAPArg::text(u"TEXT "_s),
+                              IMAPArg::quoted(u"ü"_s)};
+    EXPECT_EQ(await(connected.client->search(word)), QList<qint64>({4, 8}));
+}
+
+TEST(IMAPClient, TakesNoRangesThatAnswerAnotherCommand)
+{
+    Connected connected("C: P4 UID SEARCH RETURN (ALL) ALL\nS: * ESEARCH (TAG \"P3\") UID ALL 1:3\nS: P4 OK",
+                        "ESEARCH");
+    EXPECT_TRUE(await(connected.client->search({IMAPArg::text(u"ALL"_s)})).isEmpty());
+}
+
+TEST(IMAPClient, RefusesRangesOfMoreThanAMillionMessagesBeforeUnfoldingThem)
+{
+    Connected connected(
+        "C: P4 UID SEARCH RETURN (ALL) ALL\nS: * ESEARCH (TAG \"P4\") UID ALL 1:1000000\nS: P4 OK\n"
+        "C: P5 UID SEARCH RETURN (ALL) ALL\nS: * ESEARCH (TAG \"P5\") UID ALL 1:4294967295\nS: P5 OK\n"
+        "C: P6 UID SEARCH RETURN (ALL) ALL\nS: * ESEARCH (TAG \"P6\") UID ALL 1:999999,4:5\nS: P6 OK\n"
+        "C: P7 UID SEARCH RETURN (ALL) ALL\nS: * ESEARCH UID ALL 1:600000\nS: * ESEARCH UID ALL 1:600000\n"
+        "S: P7 OK",
+        "ESEARCH");
+    const QList<IMAPArg> all{IMAPArg::text(u"ALL"_s)};
+    EXPECT_EQ(await(connected.client->search(all)).size(), 1'000'000);
+    for (int search = 0; search < 3; ++search)
+        expectProtocolError(connected.client->search(all), u"Server response too large."_s);
+    EXPECT_FALSE(connected.isClosed()) << "the answers were read to their ends";
+}
+
+TEST(IMAPClient, TakesRangesThatCannotBeReadForNoEmptyMailbox)
+{
+    for (const QByteArray set : {"1:*", "1,,2", "x", "0", "1:", "4294967296", "(1 2)", ""}) {
+        Connected connected(signedIn("ESEARCH")
+                                .then("C: P4 UID SEARCH RETURN (ALL) ALL")
+                                .server("* ESEARCH (TAG \"P4\") UID ALL " + set + "\r\nP4 OK\r\n"));
+        expectProtocolError(connected.client->search({IMAPArg::text(u"ALL"_s)}),
+                            u"Unexpected character in response."_s);
+    }
+}
+
 TEST(IMAPClient, FetchesAndTakesWhatIsAFetch)
 {
     Connected connected(R"(

@@ -333,6 +333,38 @@ TEST(IMAPResponse, ReadsAMillionValuesAndRefusesOneMore)
     expectTooLarge(million + " 1");
 }
 
+TEST(IMAPResponse, ReadsTheNumbersOfASearchWithoutMakingValuesOfThem)
+{
+    for (const QByteArray data : {"* SEARCH 2 84 4294967295\r\n", "* search  2 84 \r\n 4294967295"}) {
+        const IMAPResponse response = IMAPResponse::parse(data);
+        EXPECT_EQ(response.values.size(), 1) << data.toStdString();
+        EXPECT_EQ(response.numbers, QList<quint32>({2, 84, 4'294'967'295}));
+    }
+    EXPECT_EQ(IMAPResponse::parse("* SEARCH\r\n").numbers, QList<quint32>());
+}
+
+TEST(IMAPResponse, ReadsASearchThatHoldsMoreThanNumbersLikeAnyOtherResponse)
+{
+    for (const QByteArray data :
+         {"* SEARCH 7 x 3", "* SEARCH 7 4294967296 3", "* SEARCH 7 -1 3", "* SEARCH 7 8( 3",
+          "* SEARCH 7 \"8\" 3", "* SEARCH 7\t8 9 3", "A1 SEARCH 7 8 3", "* OK SEARCH 7 3"}) {
+        const IMAPResponse response = IMAPResponse::parse(data);
+        EXPECT_TRUE(response.numbers.isEmpty()) << data.toStdString();
+        EXPECT_GE(response.values.size(), 2) << data.toStdString();
+    }
+}
+
+TEST(IMAPResponse, DoesNotCountTheWordSearchAmongTheMillionThatItMayHold)
+{
+    const QByteArray numbers = "* SEARCH" + QByteArray(" 1").repeated(IMAPResponse::valueLimit);
+    EXPECT_EQ(IMAPResponse::parse(numbers).numbers.size(), IMAPResponse::valueLimit);
+    expectTooLarge(numbers + " 1");
+    const QByteArray others = "* SEARCH" + QByteArray(" x").repeated(IMAPResponse::valueLimit);
+    EXPECT_EQ(valuesOf(others).size(), IMAPResponse::valueLimit + 1);
+    expectTooLarge(others + " x");
+    expectTooLarge("* SEARCH )" + QByteArray(" x").repeated(IMAPResponse::valueLimit + 1));
+}
+
 TEST(IMAPResponse, BoundsTheValuesAtAllLevelsTogether)
 {
     const QByteArray elements = QByteArray("1 ").repeated(IMAPResponse::totalValueLimit - 1);

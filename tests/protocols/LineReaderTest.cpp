@@ -89,6 +89,19 @@ TEST(LineReader, YieldsTheSameByteByByte)
     EXPECT_EQ(reading.transport->receiveCount(), text.size());
 }
 
+TEST(LineReader, KeepsWhatCameBeforeAndBehindALongLine)
+{
+    const QByteArray longLine(mebibyte, 'x');
+    Reading reading(chunks({"one\r\n" + longLine + "\r\ntwo\r\n12345th", "ree\r\n" + longLine + "\n"}));
+    EXPECT_EQ(reading.line(), "one");
+    EXPECT_EQ(reading.line(), longLine);
+    EXPECT_EQ(reading.line(), "two");
+    EXPECT_EQ(reading.bytes(5), "12345");
+    EXPECT_EQ(reading.line(), "three");
+    EXPECT_EQ(reading.line(), longLine);
+    EXPECT_FALSE(reading.reader.hasBufferedBytes());
+}
+
 TEST(LineReader, AsksForMoreAtExactlyTheLineLimit)
 {
     const QByteArray atLimit(LineReader::lineLimit, 'x');
