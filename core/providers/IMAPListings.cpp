@@ -30,9 +30,18 @@ QSet<QString> lowerCased(const QList<QString>& flags)
 QList<qint64> newestFirst(QList<qint64> uids)
 {
     uids.removeIf([](qint64 uid) { return !IMAPMessageIDs::isUID(uid); });
-    std::ranges::sort(uids, std::greater());
+    // As servers give them, where they need no sorting.
+    if (std::ranges::is_sorted(uids))
+        std::ranges::reverse(uids);
+    else
+        std::ranges::sort(uids, std::greater());
     uids.erase(std::unique(uids.begin(), uids.end()), uids.end());
     return uids;
+}
+
+QString keyOf(const MailboxRef& ref, const std::optional<QString>& query)
+{
+    return ref.id() + u'|' + query.value_or(QString());
 }
 
 /// What the summaries of one mailbox have in common.
@@ -137,7 +146,7 @@ Task<qint64> IMAPListings::lastOffset(Client client, MailboxRef ref, std::option
 Task<IMAPListings::Listing> IMAPListings::listing(Client client, MailboxRef ref, std::optional<QString> query,
                                                   bool refresh)
 {
-    const QString key = ref.id() + u'|' + query.value_or(QString());
+    const QString key = keyOf(ref, query);
     const auto known = m_listings.constFind(key);
     Listing listing;
     if (!refresh && known != m_listings.cend()) {
@@ -168,11 +177,8 @@ Task<MessagePage> IMAPListings::pageOf(Client client, PageRequest request, Listi
     beginBox(listing.mailbox, uidValidity);
     const bool isWholeMailbox =
         request.query.value_or(QString()).isEmpty() && request.ref.role() != Mailbox::starred;
-    if (isWholeMailbox) {
-        const QSet<qint64> present(listing.uids.cbegin(), listing.uids.cend());
-        m_rows.removeIf(listing.mailbox,
-                        [&](const QByteArray& key) { return !present.contains(IMAPRows::uid(key)); });
-    }
+    if (isWholeMailbox)
+        matchRows(keyOf(request.ref, request.query));
 
     // The rows of the page are kept here: those beyond the limit of the store may leave it meanwhile.
     Rows rows;
@@ -262,6 +268,22 @@ Task<IMAPListings::Rows> IMAPListings::fetchRows(Client client, QString mailbox,
 }
 
 // --- What is known of the messages
+
+void IMAPListings::matchRows(const QString& key)
+{
+    const auto listing = m_listings.find(key);
+    if (listing == m_listings.end() || std::exchange(listing->isMatched, true))
+        return;
+    m_rows.removeIf(listing->mailbox, [uids = listing->uids](const QByteArray& row) {
+        return !std::binary_search(uids.cbegin(), uids.cend(), IMAPRows::uid(row), std::greater());
+    });
+}
+
+void IMAPListings::forgetStarredUIDs()
+{
+    const QString views = keyOf(MailboxRef::system(Mailbox::starred), {});
+    m_listings.removeIf([&views](auto listing) { return listing.key().startsWith(views); });
+}
 
 void IMAPListings::beginBox(const QString& mailbox, qint64 validity)
 {

@@ -75,11 +75,15 @@ public:
     void renameMailbox(const QString& from, const QString& to, const QString& delimiter);
     /// The next page of any view asks the server for its UIDs.
     void forgetUIDs() { m_listings.clear(); }
+    /// The same of the views that a flag chooses the messages of.
+    void forgetStarredUIDs();
 
 private:
     struct Listing {
         QString mailbox;
         QList<qint64> uids; ///< descending: newest first by arrival
+        bool isMatched =
+            false; ///< rows that aren't among them were dropped, where they are the whole mailbox
     };
     using Rows = QHash<qint64, PackedRow>; ///< by UID
 
@@ -88,6 +92,8 @@ private:
     Task<Rows> refreshFlags(Client client, QString mailbox, Rows known);
     Task<Rows> fetchRows(Client client, QString mailbox, QList<qint64> uids,
                          std::shared_ptr<Fetching> fetching);
+    /// Drops the rows of messages that a listing of the whole mailbox doesn't hold; once for each listing.
+    void matchRows(const QString& key);
     /// Makes the mailbox one of this UIDVALIDITY: what is known of another is dropped.
     void beginBox(const QString& mailbox, qint64 uidValidity);
     /// Whether what is known of the mailbox is of the UIDVALIDITY of the group.

@@ -243,7 +243,9 @@ Task<> IMAPProvider::setFlag(QList<QString> ids, bool add, QString flag, bool Pa
         return storeFlag(std::move(client), groups, add, flag);
     };
     co_await withClient(body);
-    m_listings.forgetUIDs();
+    // No view chooses by what was read.
+    if (field == &PackedRow::State::isStarred)
+        m_listings.forgetStarredUIDs();
 }
 
 Task<> IMAPProvider::storeFlag(Client client, Groups groups, bool add, QString flag)

@@ -325,21 +325,41 @@ TEST(IMAPProvider, TakesFlagsAway)
     await(providing->setStarred(true, {u"3.0:INBOX"_s}));
 }
 
-TEST(IMAPProvider, SearchesAnewAfterAFlagWasSet)
+TEST(IMAPProvider, AsksAnewForTheStarredAloneAfterAStarWasSet)
 {
     Providing providing({listedOnce(R"(
-        C: P8 UID STORE 5 +FLAGS.SILENT (\Seen)
+        C: P8 SELECT "INBOX"
+        S: * OK [UIDVALIDITY 7]
         S: P8 OK
-        C: P9 UID SEARCH ALL
+        C: P9 UID SEARCH FLAGGED
         S: * SEARCH 5
         S: P9 OK
         C: P10 UID FETCH 5 (UID FLAGS)
-        S: * 2 FETCH (UID 5 FLAGS (\Seen))
+        S: * 2 FETCH (UID 5 FLAGS (\Flagged))
         S: P10 OK
+        C: P11 UID STORE 5 +FLAGS.SILENT (\Seen)
+        S: P11 OK
+        C: P12 UID FETCH 5 (UID FLAGS)
+        S: * 2 FETCH (UID 5 FLAGS (\Flagged \Seen))
+        S: P12 OK
+        C: P13 UID STORE 5 -FLAGS.SILENT (\Flagged)
+        S: P13 OK
+        C: P14 UID FETCH 3,5 (UID FLAGS)
+        S: * 1 FETCH (UID 3 FLAGS ())
+        S: * 2 FETCH (UID 5 FLAGS (\Seen))
+        S: P14 OK
+        C: P15 UID SEARCH FLAGGED
+        S: * SEARCH
+        S: P15 OK
     )")});
+    const MailboxRef starred = MailboxRef::system(Mailbox::starred);
     providing.list();
+    EXPECT_EQ(providing.list(starred).total, 1);
     await(providing->setRead(true, {u"5.7:INBOX"_s}));
-    EXPECT_EQ(providing.list(inbox, 0, 50, false).total, 1);
+    EXPECT_EQ(providing.list(starred, 0, 50, false).total, 1) << "no view chooses by what was read";
+    await(providing->setStarred(false, {u"5.7:INBOX"_s}));
+    EXPECT_EQ(providing.list(inbox, 0, 50, false).total, 2);
+    EXPECT_EQ(providing.list(starred, 0, 50, false).total, 0);
 }
 
 TEST_F(CachedIMAPProvider, KeepsALocalChangeThatTheServerRefused)
