@@ -175,7 +175,8 @@ TEST_F(QuietLinesTest, NeverTakesTheKeyboardFromAnotherWindow)
     mail.model().archive(mail.model().messages().first(1));
     QTextEdit other;
     show(other);
-    QTest::keyClicks(&other, u"Dear "_s);
+    other.setFocus();
+    QTest::keyClicks(&focusedWidget(), u"Dear "_s);
     provider().completeAll();
     ASSERT_TRUE(waitUntil([this] { return mail.model().errorMessage().has_value(); }));
     QTest::keyClicks(&focusedWidget(), u"Ann, how "_s);
