@@ -49,7 +49,7 @@ QString repairedText(QByteArrayView bytes)
 std::optional<QList<quint32>> numbersIn(QByteArrayView data)
 {
     QList<quint32> numbers;
-    numbers.reserve(std::min(std::ranges::count(data, ' ') + 1, IMAPResponse::valueLimit));
+    numbers.reserve(std::min<qsizetype>(std::ranges::count(data, ' ') + 1, IMAPResponse::valueLimit));
     const char* const end = data.end();
     for (const char* byte = data.begin(); byte != end; ++byte) {
         if (isSpace(*byte))

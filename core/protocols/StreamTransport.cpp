@@ -87,18 +87,18 @@ void StreamTransport::connectToHost(int port, bool implicitTLS)
         m_isDead = true;
         return;
     }
-    const auto begin = [this](const QSslConfiguration& configuration) {
-        m_isWaiting = false;
+    if (!implicitTLS)
+        socket->connectToHost(m_host, static_cast<quint16>(port));
+    const auto use = [this](const QSslConfiguration& configuration) {
+        m_hasAuthorities = true;
         if (m_isDead)
             return;
         m_socket->setSslConfiguration(configuration);
         if (m_beginsWithTLS)
             m_socket->connectToHostEncrypted(m_host, static_cast<quint16>(m_port), m_host);
-        else
-            m_socket->connectToHost(m_host, static_cast<quint16>(m_port));
+        m_wakeup.notify();
     };
-    m_isWaiting = true;
-    TLSTrust::configure(&m_wakeup, begin);
+    TLSTrust::configure(&m_wakeup, use);
 }
 
 bool StreamTransport::isReady() const
@@ -170,7 +170,7 @@ StreamError StreamTransport::handshakeError() const
 
 bool StreamTransport::hasEnded() const
 {
-    if (m_isWaiting)
+    if (m_beginsWithTLS && !m_hasAuthorities)
         return false;
     // The server may have ended the TLS stream alone, and keep the connection below it.
     return m_hasFailed || m_socket->state() == QAbstractSocket::UnconnectedState ||
@@ -256,7 +256,7 @@ Task<> StreamTransport::startTLS()
     const auto self = shared_from_this();
     const QDeadlineTimer deadline(m_timeout);
     checkAlive();
-    while (!isReady()) {
+    while (!isReady() || !m_hasAuthorities) {
         co_await waitForEvent(deadline);
         checkAlive();
     }

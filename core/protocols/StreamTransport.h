@@ -105,10 +105,10 @@ private:
     QList<QSslError> m_certificateErrors;
     bool m_wantsTLS = false;
     bool m_beginsWithTLS = false;
-    bool m_isOpen = false;    ///< the connection has stood, in TLS where it is wanted
-    bool m_hasFailed = false; ///< of TLS, though the connection below it may stand
-    bool m_isFlushed = true;  ///< the system has all that was written
-    bool m_isWaiting = false; ///< for the authorities, before it connects
+    bool m_isOpen = false;         ///< the connection has stood, in TLS where it is wanted
+    bool m_hasFailed = false;      ///< of TLS, though the connection below it may stand
+    bool m_isFlushed = true;       ///< the system has all that was written
+    bool m_hasAuthorities = false; ///< without them nothing begins with TLS, nor goes over to it
     bool m_isDead = false;
 };
 

@@ -15,6 +15,8 @@ namespace {
 
 TEST(TLSTrust, AsksForTLS12AtLeastAndVerifiesThePeer)
 {
+    qunsetenv("SSL_CERT_FILE");
+    qunsetenv("SSL_CERT_DIR");
     QObject context;
     std::optional<QSslConfiguration> configuration;
     TLSTrust::configure(&context, [&](const QSslConfiguration& given) { configuration = given; });
