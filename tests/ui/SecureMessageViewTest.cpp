@@ -14,6 +14,8 @@
 #include <QWebEngineSettings>
 #include <QWebEngineView>
 
+#include <csignal>
+
 using namespace Qt::StringLiterals;
 
 namespace Larkhaven {
@@ -369,6 +371,67 @@ TEST_F(SecureMessageViewTest, KeepsNothingAndRunsNothing)
     EXPECT_FALSE(settings.testAttribute(QWebEngineSettings::PluginsEnabled));
     EXPECT_FALSE(settings.testAttribute(QWebEngineSettings::FullScreenSupportEnabled));
     EXPECT_FALSE(settings.testAttribute(QWebEngineSettings::JavascriptCanOpenWindows));
+}
+
+/// The pages of the view that aren't on screen.
+QList<QWebEnginePage*> otherPages(const SecureMessageView& view)
+{
+    QWebEnginePage* const shown = view.webView().page();
+    QList<QWebEnginePage*> pages = shown->profile()->findChildren<QWebEnginePage*>();
+    pages.removeAll(shown);
+    return pages;
+}
+
+/// Waits for the page that is made ready for the next message, and for its process.
+QWebEnginePage* nextPage(const SecureMessageView& view)
+{
+    const auto isReady = [&view] {
+        const QList<QWebEnginePage*> pages = otherPages(view);
+        return pages.size() == 1 && pages.first()->renderProcessPid() != 0;
+    };
+    return waitUntil(isReady) ? otherPages(view).first() : nullptr;
+}
+
+TEST_F(SecureMessageViewTest, HasAPageAndAProcessReadyForTheNextMessage)
+{
+    display(filled(u"one"_s));
+    const qint64 first = view.webView().page()->renderProcessPid();
+    QWebEnginePage* const next = nextPage(view);
+    ASSERT_TRUE(next);
+    const qint64 process = next->renderProcessPid();
+    EXPECT_NE(process, first);
+    display(filled(u"two"_s));
+    EXPECT_EQ(view.webView().page(), next);
+    EXPECT_EQ(view.webView().page()->renderProcessPid(), process);
+    EXPECT_EQ(pageText(view), u"two");
+    EXPECT_TRUE(nextPage(view));
+}
+
+TEST_F(SecureMessageViewTest, ShowsTheNextMessageWhereTheProcessThatWasReadyHasEnded)
+{
+    display(filled(u"one"_s));
+    QPointer<QWebEnginePage> next = nextPage(view);
+    ASSERT_TRUE(next);
+    kill(static_cast<pid_t>(next->renderProcessPid()), SIGKILL);
+    ASSERT_TRUE(waitUntil([&next] { return next.isNull(); }));
+    EXPECT_EQ(view.trouble(), SecureMessageView::Trouble::none);
+    display(filled(u"two"_s));
+    EXPECT_EQ(pageText(view), u"two");
+}
+
+TEST_F(SecureMessageViewTest, ShowsTheNextMessageAtEachMomentOfMakingAPageReady)
+{
+    display(filled(u"one"_s));
+    for (int moment = 0; moment < 300; moment += 15) {
+        const QString text = QString::number(moment);
+        display(filled(text));
+        EXPECT_EQ(pageText(view), text);
+        QTest::qWait(moment);
+    }
+    ASSERT_TRUE(nextPage(view));
+    view.clear();
+    display(filled(u"two"_s));
+    EXPECT_EQ(pageText(view), u"two");
 }
 
 TEST_F(SecureMessageViewTest, SurvivesTheEndOfTheViewAtEachMomentWhileADocumentLoads)

@@ -42,9 +42,15 @@ namespace {
 /// at 2 MB.
 constexpr const char* documentScheme = "larkhaven-message";
 
-QUrl documentURL()
+/// By which the document server knows the pages apart.
+QUrl documentURL(int page)
 {
-    return QUrl(u"larkhaven-message:document"_s);
+    return QUrl(u"larkhaven-message:document/%1"_s.arg(page));
+}
+
+bool isDocument(const QUrl& url)
+{
+    return url.scheme() == QLatin1StringView(documentScheme) && url.path().startsWith("document/"_L1);
 }
 
 ContentBlocker::Resource resourceOf(QWebEngineUrlRequestInfo::ResourceType type)
@@ -101,6 +107,9 @@ constexpr int scrollBarWidth = 8;
 /// A page whose remote images take their time is shown before they are there.
 constexpr std::chrono::milliseconds longestCover{600};
 
+/// When the user looks at a message, the next page is made ready; not before, as that takes its own time.
+constexpr std::chrono::milliseconds nextPageDelay{100};
+
 /// How often it is asked again whether a message is drawn that takes long.
 constexpr std::chrono::milliseconds drawInterval{500};
 
@@ -150,13 +159,7 @@ public:
         : m_owner(owner)
     {}
 
-    void requestStarted(QWebEngineUrlRequestJob* job) override
-    {
-        if (job->requestUrl() == documentURL())
-            m_owner.answer(job, m_owner.m_loadCount, 0);
-        else
-            job->fail(QWebEngineUrlRequestJob::UrlNotFound);
-    }
+    void requestStarted(QWebEngineUrlRequestJob* job) override { m_owner.takeRequest(job); }
 
 private:
     SecureMessageView& m_owner;
@@ -180,11 +183,11 @@ public:
             return;
         }
         // The document itself is no request of the page; whether it may load is decided as a navigation.
-        const bool isDocument = info.resourceType() == QWebEngineUrlRequestInfo::ResourceTypeMainFrame &&
-                                info.requestUrl() == documentURL();
+        const bool isOwnDocument = info.resourceType() == QWebEngineUrlRequestInfo::ResourceTypeMainFrame &&
+                                   isDocument(info.requestUrl());
         const ContentBlocker::Resource resource = resourceOf(info.resourceType());
         const bool isImage = resource == ContentBlocker::Resource::image;
-        if (isDocument || (isImage && m_images.isKnown(info.requestUrl())))
+        if (isOwnDocument || (isImage && m_images.isKnown(info.requestUrl())))
             return;
         const bool isBlocked = !m_rules || m_rules->verdict(info.requestUrl(), resource).isBlocked;
         const bool isRemoteImage = isImage && info.requestUrl().scheme() == "https"_L1;
@@ -204,12 +207,21 @@ private:
 /// Shows one document and goes nowhere: of all navigations, the one that loads the document is allowed once.
 class SecureMessageView::Page : public QWebEnginePage {
 public:
-    Page(QWebEngineProfile* profile, SecureMessageView& owner)
+    Page(QWebEngineProfile* profile, SecureMessageView& owner, int number)
         : QWebEnginePage(profile, profile)
         , m_owner(owner)
+        , m_document(documentURL(number))
     {}
 
-    void allowNextLoad() { m_isNextLoadAllowed = true; }
+    const QUrl& document() const { return m_document; }
+
+    /// Asks the server for the document, once in the page's life.
+    void begin()
+    {
+        m_isNextLoadAllowed = !std::exchange(m_hasBegun, true);
+        if (m_isNextLoadAllowed)
+            load(m_document);
+    }
 
 protected:
     bool acceptNavigationRequest(const QUrl& url, NavigationType, bool isMainFrame) override
@@ -218,7 +230,7 @@ protected:
             m_owner.followLink(url);
             return false;
         }
-        if (!m_isNextLoadAllowed || !isMainFrame || url != documentURL())
+        if (!m_isNextLoadAllowed || !isMainFrame || url != m_document)
             return false;
         m_isNextLoadAllowed = false;
         return true;
@@ -231,6 +243,8 @@ protected:
 
 private:
     SecureMessageView& m_owner;
+    const QUrl m_document;
+    bool m_hasBegun = false;
     bool m_isNextLoadAllowed = false;
 };
 
@@ -307,7 +321,7 @@ SecureMessageView::SecureMessageView(QWidget* parent, RuleLists ruleLists)
     EngineAccessibility::decide();
     connect(m_images.get(), &RemoteImages::refusedChanged, this, &SecureMessageView::refusedImagesChanged);
     makeProfile();
-    makePage();
+    showPage(newPage());
     m_view->setContextMenuPolicy(Qt::NoContextMenu);
     m_view->setAcceptDrops(false);
     // The page stays visible to its engine, which would else stop drawing; what stands on top is what the
@@ -326,6 +340,9 @@ SecureMessageView::SecureMessageView(QWidget* parent, RuleLists ruleLists)
     m_uncoverTimer.setSingleShot(true);
     m_uncoverTimer.setInterval(longestCover);
     connect(&m_uncoverTimer, &QTimer::timeout, this, &SecureMessageView::uncover);
+    m_nextTimer.setSingleShot(true);
+    m_nextTimer.setInterval(nextPageDelay);
+    connect(&m_nextTimer, &QTimer::timeout, this, &SecureMessageView::prepareNext);
     connect(&m_drawTimer, &QTimer::timeout, this, &SecureMessageView::checkDrawn);
     connect(&m_watchTimer, &QTimer::timeout, this, &SecureMessageView::watch);
     connect(m_sheet, &TroubleSheet::stopRequested, this, &SecureMessageView::stop);
@@ -341,6 +358,7 @@ SecureMessageView::~SecureMessageView()
     delete m_view;
     // The profile must not go before its pages.
     delete m_page.release();
+    delete m_next.release();
     const QList<QWebEnginePage*> leaving = m_profile->findChildren<QWebEnginePage*>();
     qDeleteAll(leaving);
 }
@@ -377,12 +395,10 @@ void SecureMessageView::makeProfile()
         QWebEngineSettings::AllowUnknownUrlSchemesFromUserInteraction);
 }
 
-void SecureMessageView::makePage()
+SecureMessageView::Page* SecureMessageView::newPage()
 {
-    Page* const page = new Page(m_profile.get(), *this);
+    Page* const page = new Page(m_profile.get(), *this, ++m_pageCount);
     page->setBackgroundColor(Qt::white);
-    page->setZoomFactor(m_zoom);
-    connect(page, &QWebEnginePage::loadFinished, this, &SecureMessageView::finishLoad);
     connect(page, &QWebEnginePage::newWindowRequested, this, [this](QWebEngineNewWindowRequest& request) {
         if (request.requestedUrl().scheme() == HTMLSanitizer::linkScheme)
             followLink(request.requestedUrl());
@@ -395,6 +411,13 @@ void SecureMessageView::makePage()
             [](QWebEngineFullScreenRequest request) { request.reject(); });
     connect(page, &QWebEnginePage::authenticationRequired, page,
             [](const QUrl&, QAuthenticator* authenticator) { *authenticator = QAuthenticator(); });
+    return page;
+}
+
+void SecureMessageView::showPage(Page* page)
+{
+    page->setZoomFactor(m_zoom);
+    connect(page, &QWebEnginePage::loadFinished, this, &SecureMessageView::finishLoad);
     connect(page, &QWebEnginePage::renderProcessTerminated, this, &SecureMessageView::takeEnd);
     // Comes with the first picture of a document, which may be long behind its loading.
     connect(page, &QWebEnginePage::contentsSizeChanged, this, [this] {
@@ -404,12 +427,31 @@ void SecureMessageView::makePage()
     });
     // The engine puts an empty page in the place of some that it refuses by itself.
     connect(page, &QWebEnginePage::urlChanged, this, [this](const QUrl& url) {
-        if (!url.isEmpty() && url != documentURL())
+        if (!url.isEmpty() && url != m_page->document())
             setTrouble(Trouble::refused);
     });
     releaseFocus();
     m_view->setPage(page);
     m_page.reset(page);
+}
+
+void SecureMessageView::prepareNext()
+{
+    if (m_next || m_loadedKey.isEmpty())
+        return;
+    Page* const page = newPage();
+    m_next.reset(page);
+    // Whatever ends it: the next message gets another one then.
+    const auto drop = [this, page] {
+        if (m_next.get() == page)
+            m_next.reset();
+    };
+    connect(page, &QWebEnginePage::renderProcessTerminated, this, drop);
+    connect(page, &QWebEnginePage::urlChanged, this, [page, drop](const QUrl& url) {
+        if (!url.isEmpty() && url != page->document())
+            drop();
+    });
+    page->begin();
 }
 
 void SecureMessageView::display(const SanitizedHTML& content, bool allowRemoteImages, double zoom,
@@ -443,7 +485,7 @@ void SecureMessageView::load(const QByteArray& document, ContentBlocker::Mode mo
     m_images->begin();
     cover();
     // A page for each document: nothing of the one before is left, not even its process.
-    makePage();
+    showPage(m_next ? m_next.release() : newPage());
     ++m_loadCount;
     m_document = document;
     m_hasFrame = false;
@@ -452,8 +494,22 @@ void SecureMessageView::load(const QByteArray& document, ContentBlocker::Mode mo
     m_sinceLoad.start();
     m_drawTimer.start(patience);
     m_watchTimer.start(loadingInterval);
-    m_page->allowNextLoad();
-    m_page->load(documentURL());
+    m_nextTimer.stop();
+    m_page->begin();
+    // The page was ready, and has asked already.
+    if (const QPointer<QWebEngineUrlRequestJob> request = std::exchange(m_nextRequest, nullptr))
+        takeRequest(request);
+}
+
+void SecureMessageView::takeRequest(QWebEngineUrlRequestJob* job)
+{
+    const QUrl url = job->requestUrl();
+    if (url == m_page->document())
+        answer(job, m_loadCount, 0);
+    else if (m_next && url == m_next->document())
+        m_nextRequest = job;
+    else
+        job->fail(QWebEngineUrlRequestJob::UrlNotFound);
 }
 
 void SecureMessageView::answer(const QPointer<QWebEngineUrlRequestJob>& job, int load, int looks)
@@ -491,7 +547,8 @@ void SecureMessageView::leavePage()
     m_uncoverTimer.stop();
     m_drawTimer.stop();
     m_watchTimer.stop();
-    makePage();
+    m_nextTimer.stop();
+    showPage(newPage());
 }
 
 void SecureMessageView::clear()
@@ -550,6 +607,7 @@ void SecureMessageView::finishLoad(bool isSuccess)
     m_isComplete = true;
     m_uncoverTimer.stop();
     uncover();
+    m_nextTimer.start();
     Q_EMIT loadFinished(isSuccess);
 }
 

@@ -111,13 +111,21 @@ private:
 
     void releaseFocus();
     void makeProfile();
-    void makePage();
+    /// A page of its own, with a process of its own once it loads.
+    Page* newPage();
+    /// Puts the page into the window, in the place of the one before.
+    void showPage(Page* page);
+    /// Makes a page and a process ready for the next message, which the engine takes longer for than for most
+    /// messages.
+    void prepareNext();
     void load(const QByteArray& document, ContentBlocker::Mode mode);
     void leavePage();
     void finishLoad(bool isSuccess);
     void cover();
     void uncover();
     void followLink(const QUrl& url);
+    /// A page asks for its document: the one on screen gets it, one that is ready for the next waits.
+    void takeRequest(QWebEngineUrlRequestJob* job);
     /// Gives the engine the document, once its process is known for what it has to be.
     void answer(const QPointer<QWebEngineUrlRequestJob>& job, int load, int looks);
     void setTrouble(Trouble trouble);
@@ -133,6 +141,8 @@ private:
     std::unique_ptr<RequestFilter> m_filter;
     std::unique_ptr<QWebEngineProfile> m_profile;
     std::unique_ptr<Page, DeletePageLater> m_page;
+    std::unique_ptr<Page, DeletePageLater> m_next;   ///< for the next message; null until it is made ready
+    QPointer<QWebEngineUrlRequestJob> m_nextRequest; ///< of `m_next`
     QWebEngineView* m_view;
     QWidget* m_cover; ///< hides the last message until the next one is drawn
     TroubleSheet* m_sheet;
@@ -142,6 +152,7 @@ private:
     Body m_body = Body::html;
     Trouble m_trouble = Trouble::none;
     QTimer m_uncoverTimer;
+    QTimer m_nextTimer;  ///< until the next page is made ready
     QTimer m_drawTimer;  ///< until it is asked whether anything is drawn
     QTimer m_watchTimer; ///< until the memory of the process is looked at
     QElapsedTimer m_sinceLoad;
@@ -150,6 +161,7 @@ private:
     bool m_isComplete = false; ///< the document has loaded
     double m_zoom = 1;
     int m_loadCount = 0;
+    int m_pageCount = 0;
 };
 
 } // namespace Larkhaven
