@@ -73,6 +73,17 @@ bool isASCIILetter(QChar character)
     return (character >= u'A' && character <= u'Z') || (character >= u'a' && character <= u'z');
 }
 
+/// Whether the short forms of both, which are letters, are the same in any case.
+bool beginsAlike(QStringView word, QLatin1StringView name)
+{
+    constexpr int caseBit = 0x20;
+    for (qsizetype index = 0; index < shortName; ++index) {
+        if ((word[index].unicode() | caseBit) != (name[index].unicode() | caseBit))
+            return false;
+    }
+    return true;
+}
+
 /// Reads a text by a pattern, field by field; each `read` takes what it reads off `m_rest`.
 class Reader {
 public:
@@ -94,10 +105,13 @@ public:
         if (!m_rest.isEmpty())
             return std::nullopt;
         const QDate date(m_year, m_month, m_day);
-        const QTime time(m_hour, m_minute, m_second);
-        if (!date.isValid() || !time.isValid())
+        if (!date.isValid() || !QTime::isValid(m_hour, m_minute, m_second))
             return std::nullopt;
-        return QDateTime(date, time, Qt::UTC).addSecs(-m_offset);
+        constexpr qint64 firstDay = 2'440'588; // 1 January 1970
+        const qint64 days = date.toJulianDay() - firstDay;
+        const qint64 seconds = days * 24 * secondsOfHour + m_hour * secondsOfHour +
+                               m_minute * secondsOfMinute + m_second - m_offset;
+        return QDateTime::fromMSecsSinceEpoch(seconds * 1000, Qt::UTC);
     }
 
 private:
@@ -181,11 +195,15 @@ private:
     int readName(std::span<const QLatin1StringView> names)
     {
         const QStringView candidate = word();
+        if (candidate.size() < shortName)
+            return 0;
+        // No two names begin with the same letters.
         const auto found = std::find_if(names.begin(), names.end(), [candidate](QLatin1StringView name) {
-            return candidate.compare(name, Qt::CaseInsensitive) == 0 ||
-                   candidate.compare(name.first(shortName), Qt::CaseInsensitive) == 0;
+            return beginsAlike(candidate, name);
         });
-        if (found == names.end())
+        const bool isName = found != names.end() && (candidate.size() == shortName ||
+                                                     candidate.compare(*found, Qt::CaseInsensitive) == 0);
+        if (!isName)
             return 0;
         m_rest = m_rest.sliced(candidate.size());
         return static_cast<int>(found - names.begin()) + 1;

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstdint>
 #include <cstring>
 #include <string_view>
@@ -60,32 +61,17 @@ QByteArray decodeBase64(QByteArrayView bytes)
 
 namespace {
 
-/// What "=" and the bytes behind it stand for.
-struct Escape {
-    qsizetype length;          ///< bytes that it takes, "=" included
-    std::optional<char> octet; ///< absent for a soft line break
-};
-
-/// `bytes` begin with "=".
-Escape readEscape(QByteArrayView bytes)
+/// The length of the soft line break that `bytes`, the first of which is "=", begin with; 0 where it is none.
+qsizetype softBreakLength(QByteArrayView bytes)
 {
-    constexpr Escape literal{1, '='};
     if (bytes.size() > 1 && bytes[1] == '\n')
-        return {2, std::nullopt};
-    if (bytes.size() <= 2)
-        return literal;
-    if (bytes[1] == '\r')
-        return bytes[2] == '\n' ? Escape{3, std::nullopt} : literal;
-    const int high = hexValue(bytes[1]);
-    const int low = hexValue(bytes[2]);
-    if (high < 0 || low < 0)
-        return literal;
-    return {3, static_cast<char>(high * 16 + low)};
+        return 2;
+    return bytes.size() > 2 && bytes[1] == '\r' && bytes[2] == '\n' ? 3 : 0;
 }
 
 /// Copies what stands before the next "=", eight bytes at once where there is room for them: of prose beyond
 /// ASCII, the pieces between two escapes are too short for a search and a copy of their own, which take twice
-/// as long.
+/// as long. The output never overtakes the input, so that what is copied beyond the "=" is written over.
 void copyPlain(const char*& input, const char* end, char*& output)
 {
     constexpr quint64 ones = 0x0101010101010101;
@@ -94,17 +80,22 @@ void copyPlain(const char*& input, const char* end, char*& output)
     for (; end - input >= stride; input += stride, output += stride) {
         quint64 bytes = 0;
         std::memcpy(&bytes, input, stride);
-        // A byte that is zero in `other` borrows from its highest bit.
+        // A byte that is zero in `other` borrows from its highest bit. The lowest one is told right.
         const quint64 other = bytes ^ escapes;
-        if ((other - ones) & ~other & (ones * 0x80))
+        const quint64 found = (other - ones) & ~other & (ones * 0x80);
+        if (found != 0 && std::endian::native != std::endian::little)
             break;
         std::memcpy(output, &bytes, stride);
+        if (found != 0) {
+            const int length = std::countr_zero(found) / 8;
+            input += length;
+            output += length;
+            return;
+        }
     }
     while (input != end && *input != '=')
         *output++ = *input++;
 }
-
-} // namespace
 
 QByteArray decodeQuotedPrintable(QByteArrayView bytes, bool underscoreAsSpace)
 {
@@ -117,11 +108,17 @@ QByteArray decodeQuotedPrintable(QByteArrayView bytes, bool underscoreAsSpace)
         copyPlain(input, end, output);
         if (underscoreAsSpace)
             std::replace(plain, output, '_', ' ');
-        for (; input != end && *input == '=';) {
-            const Escape escape = readEscape(QByteArrayView(input, end - input));
-            if (escape.octet)
-                *output++ = *escape.octet;
-            input += escape.length;
+        while (input != end && *input == '=') {
+            const int octet = end - input > 2 ? hexValue(input[1]) * 16 | hexValue(input[2]) : noDigit;
+            if (octet >= 0) {
+                *output++ = static_cast<char>(octet);
+                input += 3;
+                continue;
+            }
+            const qsizetype lineBreak = softBreakLength(QByteArrayView(input, end - input));
+            if (lineBreak == 0)
+                *output++ = '=';
+            input += std::max<qsizetype>(lineBreak, 1);
         }
     }
     result.truncate(output - result.data());
@@ -199,24 +196,35 @@ QStringView trimmedSpacesAndQuotes(QStringView name)
     return name;
 }
 
-} // namespace
-
-TextEncoding charsetEncoding(const std::optional<QString>& name)
+/// The charset of the table; absent for any other. Without a copy of the name: each word of a header has one.
+std::optional<TextEncoding::Charset> commonCharset(QStringView name)
 {
-    if (!name)
-        return TextEncoding::utf8;
-    const QString wanted = Text::asciiLowered(trimmedSpacesAndQuotes(*name));
-    const QByteArray key = wanted.toUtf8();
-    const NamedCharset sought{{key.constData(), static_cast<std::size_t>(key.size())}, {}};
+    std::array<char, std::string_view("windows-1252").size()> lowered;
+    if (name.size() > static_cast<qsizetype>(lowered.size()))
+        return std::nullopt;
+    char* end = lowered.data();
+    for (const QChar character : name) {
+        const char16_t unit = character.unicode();
+        if (unit >= 0x80)
+            return std::nullopt;
+        *end++ = static_cast<char>(unit >= u'A' && unit <= u'Z' ? unit + (u'a' - u'A') : unit);
+    }
+    const NamedCharset sought{{lowered.data(), static_cast<std::size_t>(name.size())}, {}};
     const auto row = std::lower_bound(commonCharsets.begin(), commonCharsets.end(), sought, isBefore);
-    if (row != commonCharsets.end() && row->name == sought.name)
-        return row->charset;
-    return TextEncoding::fromRegistry(wanted).value_or(TextEncoding::utf8);
+    const bool isKnown = row != commonCharsets.end() && row->name == sought.name;
+    return isKnown ? std::optional(row->charset) : std::nullopt;
 }
 
-QString decodeText(QByteArrayView bytes, const std::optional<QString>& charset)
+TextEncoding encodingOf(QStringView name)
 {
-    const TextEncoding declared = charsetEncoding(charset);
+    const QStringView trimmed = trimmedSpacesAndQuotes(name);
+    if (const std::optional<TextEncoding::Charset> common = commonCharset(trimmed))
+        return *common;
+    return TextEncoding::fromRegistry(Text::asciiLowered(trimmed)).value_or(TextEncoding::utf8);
+}
+
+QString decodedText(QByteArrayView bytes, const TextEncoding& declared)
+{
     if (std::optional<QString> text = declared.decode(bytes))
         return *std::move(text);
     for (const TextEncoding::Charset other : {TextEncoding::utf8, TextEncoding::windowsCP1252}) {
@@ -226,6 +234,18 @@ QString decodeText(QByteArrayView bytes, const std::optional<QString>& charset)
             return *std::move(text);
     }
     return Text::fromRepairedUTF8(bytes);
+}
+
+} // namespace
+
+TextEncoding charsetEncoding(const std::optional<QString>& name)
+{
+    return name ? encodingOf(*name) : TextEncoding(TextEncoding::utf8);
+}
+
+QString decodeText(QByteArrayView bytes, const std::optional<QString>& charset)
+{
+    return decodedText(bytes, charsetEncoding(charset));
 }
 
 namespace {
@@ -289,18 +309,18 @@ std::optional<QString> decodeWord(const EncodedWord& word)
 {
     // RFC 2231, 5: a language may follow the charset behind a "*".
     const qsizetype languageStart = word.charset.indexOf(u'*');
-    const QString charset =
-        word.charset.first(languageStart < 0 ? word.charset.size() : languageStart).toString();
+    const QStringView charset = word.charset.first(languageStart < 0 ? word.charset.size() : languageStart);
     if (Text::isSameKeyword(word.encoding, u"B"))
-        return decodeText(decodeBase64(word.payload.toUtf8()), charset);
+        return decodedText(decodeBase64(word.payload.toUtf8()), encodingOf(charset));
     if (Text::isSameKeyword(word.encoding, u"Q"))
-        return decodeText(decodeQuotedPrintable(word.payload.toUtf8(), true), charset);
+        return decodedText(decodeQuotedPrintable(word.payload.toUtf8(), true), encodingOf(charset));
     return std::nullopt;
 }
 
 QString decodeWords(QStringView rest)
 {
     QString result;
+    result.reserve(rest.size());
     bool lastWasEncoded = false;
     while (true) {
         const qsizetype wordStart = rest.indexOf("=?"_L1);
@@ -331,7 +351,8 @@ QString decodeHeader(const QString& text)
 {
     if (!text.contains("=?"_L1))
         return text;
-    if (utf8Length(text) > maxHeaderBytes)
+    // A unit is three bytes at most.
+    if (text.size() > maxHeaderBytes / 3 && utf8Length(text) > maxHeaderBytes)
         return decodeWords(Text::prefix(text, maxHeaderCharacters));
     return decodeWords(text);
 }

@@ -5,10 +5,10 @@
 #include "safety/UTF8.h"
 
 #include <QCoreApplication>
-#include <QSet>
 
 #include <algorithm>
 #include <array>
+#include <string_view>
 
 using namespace Qt::StringLiterals;
 
@@ -20,52 +20,48 @@ struct Texts {
     Q_DECLARE_TR_FUNCTIONS(LinkCleaner)
 };
 
-const QSet<QString>& trackingParameters()
-{
-    static const QSet<QString> names{
-        u"fbclid"_s,
-        u"gclid"_s,
-        u"gclsrc"_s,
-        u"dclid"_s,
-        u"gbraid"_s,
-        u"wbraid"_s,
-        u"msclkid"_s,
-        u"mc_eid"_s,
-        u"mc_cid"_s,
-        u"_hsenc"_s,
-        u"_hsmi"_s,
-        u"__hssc"_s,
-        u"__hstc"_s,
-        u"__hsfp"_s,
-        u"hsctatracking"_s,
-        u"mkt_tok"_s,
-        u"yclid"_s,
-        u"igshid"_s,
-        u"vero_id"_s,
-        u"vero_conv"_s,
-        u"oly_enc_id"_s,
-        u"oly_anon_id"_s,
-        u"rb_clickid"_s,
-        u"s_cid"_s,
-        u"ml_subscriber"_s,
-        u"ml_subscriber_hash"_s,
-        u"ck_subscriber_id"_s,
-        u"trk"_s,
-        u"trkcampaign"_s,
-        u"sc_campaign"_s,
-        u"sc_channel"_s,
-        u"sc_content"_s,
-        u"sc_medium"_s,
-        u"sc_outcome"_s,
-        u"sc_geo"_s,
-        u"sc_country"_s,
-        u"__s"_s,
-        u"ref_src"_s,
-        u"spm"_s,
-        u"si"_s,
-    };
-    return names;
-}
+/// Sorted.
+constexpr auto trackingParameters = std::to_array<std::string_view>({"__hsfp",
+                                                                     "__hssc",
+                                                                     "__hstc",
+                                                                     "__s",
+                                                                     "_hsenc",
+                                                                     "_hsmi",
+                                                                     "ck_subscriber_id",
+                                                                     "dclid",
+                                                                     "fbclid",
+                                                                     "gbraid",
+                                                                     "gclid",
+                                                                     "gclsrc",
+                                                                     "hsctatracking",
+                                                                     "igshid",
+                                                                     "mc_cid",
+                                                                     "mc_eid",
+                                                                     "mkt_tok",
+                                                                     "ml_subscriber",
+                                                                     "ml_subscriber_hash",
+                                                                     "msclkid",
+                                                                     "oly_anon_id",
+                                                                     "oly_enc_id",
+                                                                     "rb_clickid",
+                                                                     "ref_src",
+                                                                     "s_cid",
+                                                                     "sc_campaign",
+                                                                     "sc_channel",
+                                                                     "sc_content",
+                                                                     "sc_country",
+                                                                     "sc_geo",
+                                                                     "sc_medium",
+                                                                     "sc_outcome",
+                                                                     "si",
+                                                                     "spm",
+                                                                     "trk",
+                                                                     "trkcampaign",
+                                                                     "vero_conv",
+                                                                     "vero_id",
+                                                                     "wbraid",
+                                                                     "yclid"});
+static_assert(std::ranges::is_sorted(trackingParameters));
 
 constexpr std::array trackingPrefixes{"utm_"_L1, "pk_"_L1, "mtm_"_L1};
 
@@ -73,14 +69,41 @@ constexpr std::array trackingPrefixes{"utm_"_L1, "pk_"_L1, "mtm_"_L1};
 constexpr std::array secondLevelLabels{"co"_L1,  "com"_L1, "net"_L1, "org"_L1, "gov"_L1, "ac"_L1,
                                        "edu"_L1, "ne"_L1,  "or"_L1,  "go"_L1,  "gob"_L1, "nic"_L1};
 
+/// `name` is in small letters.
+bool isTrackingName(QStringView name)
+{
+    const auto latin1 = [](std::string_view known) {
+        return QLatin1StringView(known.data(), static_cast<qsizetype>(known.size()));
+    };
+    const auto row = std::ranges::partition_point(
+        trackingParameters, [&](std::string_view known) { return name.compare(latin1(known)) > 0; });
+    return (row != trackingParameters.end() && name == latin1(*row)) ||
+           std::ranges::any_of(trackingPrefixes,
+                               [&](QLatin1StringView prefix) { return name.startsWith(prefix); });
+}
+
+/// Writes the word in small letters; false where it isn't of ASCII, or holds something encoded.
+bool lowerWord(QStringView word, QChar* lowered)
+{
+    for (const QChar character : word) {
+        const char16_t unit = character.unicode();
+        if (unit >= 0x80 || unit == u'%')
+            return false;
+        *lowered++ = unit >= u'A' && unit <= u'Z' ? QChar(unit + (u'a' - u'A')) : character;
+    }
+    return true;
+}
+
 bool isTracking(QStringView item)
 {
     const qsizetype end = item.indexOf(u'=');
     const QStringView encodedName = end < 0 ? item : item.first(end);
-    const QString name = Text::lowered(UTF8::percentDecoded(encodedName).value_or(encodedName.toString()));
-    return trackingParameters().contains(name) ||
-           std::ranges::any_of(trackingPrefixes,
-                               [&](QLatin1StringView prefix) { return name.startsWith(prefix); });
+    // Nearly all names are short words of ASCII, which need no copy.
+    constexpr qsizetype longestWord = 24;
+    std::array<QChar, longestWord> word;
+    if (encodedName.size() <= longestWord && lowerWord(encodedName, word.data()))
+        return isTrackingName(QStringView(word.data(), encodedName.size()));
+    return isTrackingName(Text::lowered(UTF8::percentDecoded(encodedName).value_or(encodedName.toString())));
 }
 
 QList<QStringView> labelsOf(QStringView host)

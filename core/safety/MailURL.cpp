@@ -26,9 +26,28 @@ bool isAllowed(char16_t unit)
     return unit < allowedCharacters.size() && allowedCharacters[unit];
 }
 
+/// Whether an "%" with two digits stands at the position.
+bool isEncodedAt(QStringView text, qsizetype position)
+{
+    return text[position] == u'%' && position + 2 < text.size() &&
+           UTF8::isHexDigit(text[position + 1].unicode()) && UTF8::isHexDigit(text[position + 2].unicode());
+}
+
+/// Whether all of the text may stand in a URL as it is, as nearly all URLs may.
+bool isEncoded(QStringView text)
+{
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        if (!isAllowed(text[i].unicode()) && !isEncodedAt(text, i))
+            return false;
+    }
+    return true;
+}
+
 /// The text with what may not stand in a URL percent-encoded, valid percent-encoding untouched.
 QString percentEncoded(QStringView text)
 {
+    if (isEncoded(text))
+        return text.toString();
     const QByteArray bytes = UTF8::encoded(text);
     QString result;
     result.reserve(bytes.size());
@@ -76,7 +95,12 @@ std::optional<MailURL> MailURL::parse(QStringView text)
 
 QString MailURL::absoluteString() const
 {
-    QString result = m_scheme + u':';
+    const auto sizeOf = [](const std::optional<QString>& part) { return part ? part->size() + 1 : 0; };
+    QString result;
+    result.reserve(m_scheme.size() + m_host.size() + m_path.size() + sizeOf(m_userInfo) + sizeOf(m_port) +
+                   sizeOf(m_query) + sizeOf(m_fragment) + 5);
+    result += m_scheme;
+    result += u':';
     if (m_hasAuthority) {
         result += "//"_L1;
         if (m_userInfo)
