@@ -218,9 +218,10 @@ public:
     /// Asks the server for the document, once in the page's life.
     void begin()
     {
-        m_isNextLoadAllowed = !std::exchange(m_hasBegun, true);
-        if (m_isNextLoadAllowed)
-            load(m_document);
+        if (std::exchange(m_hasBegun, true))
+            return;
+        m_isNextLoadAllowed = true;
+        load(m_document);
     }
 
 protected:
@@ -431,13 +432,17 @@ void SecureMessageView::showPage(Page* page)
             setTrouble(Trouble::refused);
     });
     releaseFocus();
-    m_view->setPage(page);
+    const std::unique_ptr<Page, DeletePageLater> last = std::exchange(m_page, nullptr);
     m_page.reset(page);
+    m_view->setPage(page);
 }
 
 void SecureMessageView::prepareNext()
 {
-    if (m_next || m_loadedKey.isEmpty())
+    // An engine without its sandbox may have all its pages in one process, and no room for another.
+    const bool isSafe =
+        EngineProcess::mayShowWithoutSandbox() || EngineProcess::isSandboxed(m_page->renderProcessPid());
+    if (m_next || m_loadedKey.isEmpty() || !isSafe)
         return;
     Page* const page = newPage();
     m_next.reset(page);
