@@ -97,6 +97,8 @@ void copyPlain(const char*& input, const char* end, char*& output)
         *output++ = *input++;
 }
 
+} // namespace
+
 QByteArray decodeQuotedPrintable(QByteArrayView bytes, bool underscoreAsSpace)
 {
     QByteArray result(bytes.size(), Qt::Uninitialized);
