@@ -287,6 +287,10 @@
         <source>Try STARTTLS (usually port 143).</source>
         <translation>Versuchen Sie es mit STARTTLS (meist Port 143).</translation>
     </message>
+    <message>
+        <source>The server listed the messages in a way that can’t be read.</source>
+        <translation>Der Server hat die Nachrichten auf eine Weise aufgezählt, die sich nicht lesen lässt.</translation>
+    </message>
 </context>
 <context>
     <name>IMAPFolders</name>

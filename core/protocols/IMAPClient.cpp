@@ -116,7 +116,7 @@ void appendRanges(const IMAPResponse& response, const QString& tag, QList<qint64
     // What can't be read must not be taken for an empty mailbox.
     if (!size)
         throw MailError::protocolError(
-            QCoreApplication::translate("IMAPResponse", "Unexpected character in response."));
+            Texts::tr("The server listed the messages in a way that can’t be read."));
     if (*size > IMAPResponse::valueLimit - uids.size())
         throw MailError::protocolError(Texts::tr("Server response too large."));
     uids.append(UIDSet::unfold(*set));
