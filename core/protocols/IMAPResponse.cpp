@@ -49,7 +49,8 @@ QString repairedText(QByteArrayView bytes)
 std::optional<QList<quint32>> numbersIn(QByteArrayView data)
 {
     QList<quint32> numbers;
-    numbers.reserve(std::min<qsizetype>(std::ranges::count(data, ' ') + 1, IMAPResponse::valueLimit));
+    // A number and its space are two bytes at least; memory that isn't written to costs nothing.
+    numbers.reserve(std::min(data.size() / 2 + 1, IMAPResponse::valueLimit));
     const char* const end = data.end();
     for (const char* byte = data.begin(); byte != end; ++byte) {
         if (isSpace(*byte))
@@ -241,8 +242,9 @@ IMAPResponse IMAPResponse::parse(QByteArrayView data)
 
 std::optional<qint64> IMAPResponse::literalLength(QByteArrayView line)
 {
-    const qsizetype open = line.lastIndexOf('{');
-    if (open < 0 || !line.endsWith('}'))
+    // The end first: a line may be megabytes long.
+    const qsizetype open = line.endsWith('}') ? line.lastIndexOf('{') : -1;
+    if (open < 0)
         return std::nullopt;
     QByteArrayView digits = line.sliced(open + 1, line.size() - open - 2);
     if (digits.endsWith('+'))
