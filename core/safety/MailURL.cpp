@@ -26,18 +26,11 @@ bool isAllowed(char16_t unit)
     return unit < allowedCharacters.size() && allowedCharacters[unit];
 }
 
-/// Whether an "%" with two digits stands at the position.
-bool isEncodedAt(QStringView text, qsizetype position)
-{
-    return text[position] == u'%' && position + 2 < text.size() &&
-           UTF8::isHexDigit(text[position + 1].unicode()) && UTF8::isHexDigit(text[position + 2].unicode());
-}
-
 /// Whether all of the text may stand in a URL as it is, as nearly all URLs may.
 bool isEncoded(QStringView text)
 {
     for (qsizetype i = 0; i < text.size(); ++i) {
-        if (!isAllowed(text[i].unicode()) && !isEncodedAt(text, i))
+        if (!isAllowed(text[i].unicode()) && !UTF8::isPercentEncodedAt(text, i))
             return false;
     }
     return true;

@@ -50,18 +50,12 @@ bool isUserInfoCharacter(QChar character)
     return isASCIILetter(character) || isASCIIDigit(character) || "-._~!$&'()*+,;=:"_L1.contains(character);
 }
 
-bool isPercentEncodedAt(QStringView text, qsizetype position)
-{
-    return text[position] == u'%' && position + 2 < text.size() &&
-           UTF8::isHexDigit(text[position + 1].unicode()) && UTF8::isHexDigit(text[position + 2].unicode());
-}
-
 /// Whether the text may stand before the "@": unreserved / pct-encoded / sub-delims / ":", and what is not
 /// ASCII.
 bool isUserInfo(QStringView text)
 {
     for (qsizetype i = 0; i < text.size(); ++i) {
-        if (!isUserInfoCharacter(text[i]) && !isPercentEncodedAt(text, i))
+        if (!isUserInfoCharacter(text[i]) && !UTF8::isPercentEncodedAt(text, i))
             return false;
     }
     return true;

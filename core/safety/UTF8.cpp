@@ -28,6 +28,12 @@ unsigned hexValue(char16_t digit)
     return digit <= u'9' ? digit - u'0' : (digit | 0x20U) - u'a' + 10U;
 }
 
+bool isPercentEncodedAt(QStringView text, qsizetype position)
+{
+    return text[position] == u'%' && position + 2 < text.size() && isHexDigit(text[position + 1].unicode()) &&
+           isHexDigit(text[position + 2].unicode());
+}
+
 std::optional<QString> percentDecoded(QStringView text)
 {
     const QByteArray source = encoded(text);

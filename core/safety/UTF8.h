@@ -19,6 +19,9 @@ bool isHexDigit(char16_t unit);
 /// The value of a digit of base 16.
 unsigned hexValue(char16_t digit);
 
+/// Whether a "%" with two digits behind it stands at the position, which is in the text.
+bool isPercentEncodedAt(QStringView text, qsizetype position);
+
 /// The text with each %XX decoded (RFC 3986, 2.1); absent where a "%" has no two digits behind it or the
 /// bytes are no UTF-8.
 std::optional<QString> percentDecoded(QStringView text);
