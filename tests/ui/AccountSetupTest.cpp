@@ -572,7 +572,9 @@ TEST_F(AccountSetupTest, TakesAFailureThatNobodyHasReadAwayWithItself)
     openForm();
     fill(u"ann@x.example"_s, u"secret"_s);
     connectTo({Script("[CLOSE]")});
-    // The answer can come before the window manager has brought the other window to the front.
+    // The answer can come before the window manager has brought the other window to the front, and the form
+    // may be on its way there still.
+    ASSERT_TRUE(waitUntil([] { return form()->isActiveWindow(); }));
     activate(*mail.window);
     QTest::mouseClick(&signIn(), Qt::LeftButton);
     ASSERT_TRUE(waitUntil([this] { return alert() != nullptr; }));
