@@ -87,7 +87,7 @@ QList<QByteArray> framesOf(const QByteArray& bytes, qsizetype chunkSize)
 qsizetype depthOf(const IMAPValue& value)
 {
     qsizetype depth = 0;
-    if (const QList<IMAPValue>* list = value.list()) {
+    if (const std::optional<IMAPValues> list = value.list()) {
         for (const IMAPValue& element : *list)
             depth = std::max(depth, depthOf(element) + 1);
     }
@@ -103,7 +103,7 @@ void checkResponse(const QByteArray& frame)
     for (const IMAPValue& value : response.values) {
         require(depthOf(value) <= IMAPResponse::depthLimit);
         require(value.text().has_value() == value.data().has_value());
-        if (const QList<IMAPValue>* list = value.list()) {
+        if (const std::optional<IMAPValues> list = value.list()) {
             const IMAPFetch fetch(*list);
             require(!fetch.body || !fetch.items.isEmpty());
         }

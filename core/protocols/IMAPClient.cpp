@@ -79,21 +79,12 @@ void addPiece(QList<QByteArray>& pieces, const QByteArray& bytes)
         pieces.last() += bytes;
 }
 
-/// How many values there are, at all levels.
-qsizetype countOf(const QList<IMAPValue>& values)
-{
-    qsizetype count = values.size();
-    for (const IMAPValue& value : values)
-        count += value.list() ? countOf(*value.list()) : 0;
-    return count;
-}
-
 /// Adds what a SEARCH response lists.
 void appendNumbers(const IMAPResponse& response, QList<qint64>& uids)
 {
-    uids.reserve(uids.size() + response.numbers.size());
-    for (const quint32 number : response.numbers)
-        uids.append(number);
+    const qsizetype before = uids.size();
+    uids.resize(before + response.numbers.size());
+    std::ranges::copy(response.numbers, uids.begin() + before);
     for (const IMAPValue& value : response.values.sliced(1)) {
         if (const std::optional<qint64> uid = value.integer())
             uids.append(*uid);
@@ -103,15 +94,16 @@ void appendNumbers(const IMAPResponse& response, QList<qint64>& uids)
 /// Adds what an ESEARCH response lists, if it is the answer to the command of the tag (RFC 4466, 2.6.2).
 void appendRanges(const IMAPResponse& response, const QString& tag, QList<qint64>& uids)
 {
-    const QList<IMAPValue>& values = response.values;
-    const QList<IMAPValue>* const correlator = values.size() > 1 ? values[1].list() : nullptr;
+    const IMAPValues& values = response.values;
+    const std::optional<IMAPValues> correlator = values.size() > 1 ? values[1].list() : std::nullopt;
     const bool isOther = correlator && correlator->size() == 2 && correlator->first().isKeyword("TAG"_L1) &&
                          correlator->last().text() != tag;
     const auto all =
         std::ranges::find_if(values, [](const IMAPValue& value) { return value.isKeyword("ALL"_L1); });
     if (isOther || all == values.end())
         return;
-    const std::optional<QString> set = std::next(all) == values.end() ? std::nullopt : std::next(all)->text();
+    const auto next = std::next(all);
+    const std::optional<QString> set = next == values.end() ? std::nullopt : (*next).text();
     const std::optional<qint64> size = set ? UIDSet::size(*set) : std::nullopt;
     // What can't be read must not be taken for an empty mailbox.
     if (!size)
@@ -135,8 +127,8 @@ std::optional<QString> delimiterIn(const IMAPValue& value)
 QList<IMAPClient::Namespace> namespacesIn(const IMAPValue& value)
 {
     QList<IMAPClient::Namespace> found;
-    for (const IMAPValue& entry : value.list() ? *value.list() : QList<IMAPValue>()) {
-        const QList<IMAPValue>* fields = entry.list();
+    for (const IMAPValue& entry : value.list().value_or(IMAPValues())) {
+        const std::optional<IMAPValues> fields = entry.list();
         if (!fields || fields->size() < 2 || found.size() == IMAPClient::namespaceLimit)
             continue;
         const std::optional<QString> prefix = fields->at(0).text();
@@ -150,7 +142,8 @@ QList<IMAPClient::Namespace> namespacesIn(const IMAPValue& value)
 /// The numbers of a STATUS response by their names in capitals, of doubles the last; absent if it is none.
 std::optional<QHash<QString, qint64>> statusIn(const IMAPResponse& response)
 {
-    const QList<IMAPValue>* pairs = response.values.isEmpty() ? nullptr : response.values.last().list();
+    const std::optional<IMAPValues> pairs =
+        response.values.isEmpty() ? std::nullopt : response.values.last().list();
     if (!response.isNamed("STATUS"_L1) || !pairs)
         return std::nullopt;
     QHash<QString, qint64> numbers;
@@ -387,7 +380,10 @@ Task<QList<IMAPResponse>> IMAPClient::collectResponses(QString tag, QList<IMAPRe
 {
     QList<IMAPResponse> responses = early;
     for (;;) {
-        IMAPResponse response = co_await readResponse();
+        std::optional<IMAPResponse> buffered = bufferedResponse();
+        if (!buffered)
+            buffered.emplace(co_await readResponse());
+        IMAPResponse& response = *buffered;
         switch (response.kind) {
         case IMAPResponse::Kind::untagged:
             if (response.isNamed("BYE"_L1))
@@ -412,8 +408,27 @@ Task<QList<IMAPResponse>> IMAPClient::collectResponses(QString tag, QList<IMAPRe
     }
 }
 
+std::optional<IMAPResponse> IMAPClient::bufferedResponse()
+{
+    const std::optional<QByteArrayView> line = m_reader.bufferedLine();
+    if (!line || line->size() > workerThreshold || IMAPResponse::literalLength(*line))
+        return std::nullopt;
+    TransportCloser guard(m_reader.transport());
+    const QByteArray bytes = line->toByteArray();
+    m_reader.skipBufferedLine();
+    m_answer.size += bytes.size() + 2;
+    IMAPResponse response = IMAPResponse::parse(bytes);
+    count(response);
+    guard.dismiss();
+    return response;
+}
+
 Task<IMAPResponse> IMAPClient::readResponse()
 {
+    if (std::optional<IMAPResponse> buffered = bufferedResponse()) {
+        IMAPResponse response = *std::move(buffered);
+        co_return response;
+    }
     TransportCloser guard(m_reader.transport());
     QList<QByteArray> pieces;
     qsizetype size = 0;
@@ -435,11 +450,16 @@ Task<IMAPResponse> IMAPClient::readResponse()
             throw ResponseTooLarge(Texts::tr("Server response too large."));
     }
     IMAPResponse response = co_await parsed(pieces);
-    ++m_answer.responses;
-    m_answer.values += countOf(response.values) + response.numbers.size();
-    checkAnswer();
+    count(response);
     guard.dismiss();
     co_return response;
+}
+
+void IMAPClient::count(const IMAPResponse& response)
+{
+    ++m_answer.responses;
+    m_answer.values += response.values.treeSize() + response.numbers.size();
+    checkAnswer();
 }
 
 void IMAPClient::checkAnswer() const
@@ -487,7 +507,7 @@ Task<QList<IMAPClient::ListedMailbox>> IMAPClient::listMailboxes()
         if (!response.isNamed("LIST"_L1) || response.values.size() < 4)
             continue;
         ListedMailbox mailbox;
-        if (const QList<IMAPValue>* attributes = response.values[1].list()) {
+        if (const std::optional<IMAPValues> attributes = response.values[1].list()) {
             for (const IMAPValue& attribute : *attributes) {
                 if (const std::optional<QString> name = attribute.text())
                     mailbox.attributes.insert(Text::asciiLowered(*name));
@@ -559,8 +579,8 @@ Task<QList<IMAPFetch>> IMAPClient::fetch(QList<qint64> uids, QString items)
     const QList<IMAPResponse> responses =
         co_await execute(command(u"UID FETCH %1 (UID %2)"_s.arg(uidSet(uids), items)));
     for (const IMAPResponse& response : responses) {
-        const QList<IMAPValue>& values = response.values;
-        if (values.size() >= 3 && values[1].isKeyword("FETCH"_L1) && values[2].list())
+        const IMAPValues& values = response.values;
+        if (values.size() >= 3 && values[1].isKeyword("FETCH"_L1) && values[2].isList())
             fetches.emplaceBack(*values[2].list());
     }
     co_return fetches;

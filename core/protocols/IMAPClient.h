@@ -161,6 +161,8 @@ private:
     {}
 
     static Task<IMAPResponse> parsed(QList<QByteArray> pieces);
+    /// `readResponse` where the next response is one line that has been received already; absent otherwise.
+    std::optional<IMAPResponse> bufferedResponse();
 
     Task<> open(ServerSettings settings, MailAuth auth);
     Task<> readGreeting();
@@ -168,6 +170,8 @@ private:
     Task<> signIn(QString username, QString password);
     Task<> signInWithToken(QString username, std::shared_ptr<TokenSource> manager);
     void checkAnswer() const;
+    /// Counts a response of the answer, and checks it.
+    void count(const IMAPResponse& response);
     QString nextTag()
     {
         ++m_tagCounter;

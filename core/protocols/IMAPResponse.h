@@ -2,10 +2,13 @@
 
 #include "protocols/IMAPValue.h"
 
+#include <QByteArray>
 #include <QByteArrayView>
 #include <QList>
 #include <QString>
+#include <QVarLengthArray>
 
+#include <algorithm>
 #include <optional>
 
 namespace Larkhaven {
@@ -21,7 +24,7 @@ struct IMAPResponse {
     /// The most values at the top level of a response; the word SEARCH before its numbers isn't one.
     static constexpr qsizetype valueLimit = 1'000'000;
     /// The most values at all levels together, those of dropped lists among them: what bounds the memory of a
-    /// response to some 150 MB above its own size.
+    /// response to some 50 MB above its own size.
     static constexpr qsizetype totalValueLimit = 2'000'000;
     /// The deepest level of lists that is read; the values at the top level are level 0.
     static constexpr int depthLimit = 63;
@@ -34,14 +37,14 @@ struct IMAPResponse {
     QString tag; ///< of a tagged response
     /// Everything behind the tag. Free text is cut into atoms at spaces like everything else; a continuation
     /// has none.
-    QList<IMAPValue> values;
+    IMAPValues values;
     /// What the word SEARCH is followed by where that is nothing but numbers of 32 bits. They aren't among
-    /// the values, each of which takes ten times the memory: a mailbox has a million of them.
+    /// the values, each of which takes three times the memory: a mailbox has a million of them.
     QList<quint32> numbers;
 
     /// Reads the bytes of a whole response, literals included. Fails with `MailError::protocolError` "Server
     /// response too large." past `valueLimit` or `totalValueLimit`.
-    static IMAPResponse parse(QByteArrayView data);
+    static IMAPResponse parse(const QByteArray& data);
 
     /// The length of the literal that a line announces with its last bytes, "{123}" or "{123+}"; absent if it
     /// doesn't.
@@ -64,13 +67,18 @@ struct IMAPResponse {
 /// the fault was found.
 class IMAPValueReader {
 public:
-    explicit IMAPValueReader(QByteArrayView data)
-        : m_data(data)
-    {}
+    /// The values share the bytes, which are less than 4 GiB.
+    explicit IMAPValueReader(QByteArray data)
+        : m_data(std::move(data))
+        , m_view(m_data)
+    {
+        // As many as an envelope has: most responses take one allocation then.
+        m_settled.reserve(static_cast<size_t>(std::min<qsizetype>(m_view.size() / 8, 64)));
+    }
 
     qsizetype position() const { return m_position; }
     void setPosition(qsizetype position) { m_position = position; }
-    bool atEnd() const { return m_position >= m_data.size(); }
+    bool atEnd() const { return m_position >= m_view.size(); }
 
     /// Skips space, CR and LF; a tab is no white space here.
     void skipSpace();
@@ -79,24 +87,38 @@ public:
     /// Reads the value at the cursor, which is at the given level of lists. Fails with
     /// `MailError::protocolError`.
     IMAPValue parseValue(int depth);
-    /// The same for those who drop failures, which a hostile response has one of in each byte; absent on
-    /// failure.
-    std::optional<IMAPValue> readValue(int depth);
+    /// Reads the value at the cursor and keeps it for `takeValues`. Returns false on failure: a hostile
+    /// response has one in each byte, and all of them are dropped.
+    bool readValue(int depth);
     /// How many values were read, at all levels together.
     qsizetype valueCount() const { return m_valueCount; }
+    /// How many wait for `takeValues`.
+    qsizetype waiting() const { return m_open.size(); }
+    /// Whether the one value that waits is the keyword, given in capitals.
+    bool isNamed(QLatin1StringView keyword) const;
+    /// The values that were read since the beginning. Ends the reader's work.
+    IMAPValues takeValues();
 
 private:
-    std::optional<IMAPValue> readValueOfItsKind(int depth);
-    std::optional<IMAPValue> readQuoted();
-    std::optional<IMAPValue> readList(int depth);
-    std::optional<IMAPValue> readLiteral();
-    std::optional<IMAPValue> readAtom();
-    std::nullopt_t fail(const char* text);
+    using Node = IMAPTree::Node;
 
-    QByteArrayView m_data;
+    bool readValueOfItsKind(int depth);
+    bool readQuoted();
+    bool readList(int depth);
+    bool readLiteral();
+    bool readAtom();
+    bool fail(const char* text);
+    bool take(Node::Kind kind, qsizetype start, qsizetype end);
+    /// Moves the open nodes from the given one on to where they stay, and returns the first one's place.
+    quint32 settle(qsizetype from);
+
+    QByteArray m_data;
+    QByteArrayView m_view;
     qsizetype m_position = 0;
     qsizetype m_valueCount = 0;
-    const char* m_failure = nullptr; ///< untranslated
+    const char* m_failure = nullptr;  ///< untranslated
+    QVarLengthArray<Node, 64> m_open; ///< those of lists that haven't ended, and of the top level
+    std::vector<Node> m_settled;
 };
 
 } // namespace Larkhaven

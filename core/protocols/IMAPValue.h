@@ -1,30 +1,56 @@
 #pragma once
 
 #include <QByteArray>
+#include <QByteArrayView>
 #include <QList>
 #include <QString>
 
+#include <iterator>
+#include <memory>
 #include <optional>
-#include <variant>
+#include <vector>
 
 namespace Larkhaven {
 
-/// One value of an IMAP response (RFC 3501, 4). Compared by value.
+class IMAPValues;
+
+/// The values of one response: its bytes, and where in them each value lies. Twelve bytes a value and one
+/// allocation for all of them, since a listing has a dozen values for each message.
+struct IMAPTree {
+    struct Node {
+        enum class Kind : quint8 {
+            nil,
+            atom,
+            string,
+            escapedString, ///< a quoted string with backslashes in it
+            list,
+        };
+        quint32 start = 0; ///< the first byte; of a list the first of its nodes, which lie side by side
+        quint32 count = 0; ///< of bytes, of a list of nodes
+        Kind kind = Kind::nil;
+    };
+
+    QByteArray bytes;
+    std::vector<Node> nodes;
+};
+
+/// One value of an IMAP response (RFC 3501, 4). Compared by value; shares the bytes of its response.
 class IMAPValue {
 public:
     /// A bare token. Bracketed sections are part of it, so that it may hold spaces: "BODY[HEADER.FIELDS
     /// (DATE)]".
-    static IMAPValue atom(QString text) { return IMAPValue(Atom{std::move(text)}); }
+    static IMAPValue atom(const QString& text);
     /// A quoted string or a literal, as raw bytes.
-    static IMAPValue string(QByteArray bytes) { return IMAPValue(std::move(bytes)); }
-    static IMAPValue list(QList<IMAPValue> values) { return IMAPValue(std::move(values)); }
-    static IMAPValue nil() { return IMAPValue(std::monostate()); }
+    static IMAPValue string(const QByteArray& bytes);
+    static IMAPValue list(const QList<IMAPValue>& values);
+    static IMAPValue nil() { return {nullptr, {}}; }
 
-    bool isNil() const { return std::holds_alternative<std::monostate>(m_value); }
-    /// Null if this isn't a list.
-    const QList<IMAPValue>* list() const { return std::get_if<QList<IMAPValue>>(&m_value); }
+    bool isNil() const { return m_node.kind == IMAPTree::Node::Kind::nil; }
+    bool isList() const { return m_node.kind == IMAPTree::Node::Kind::list; }
+    /// Absent if this isn't a list.
+    std::optional<IMAPValues> list() const;
 
-    /// The atom's text, or the string's bytes read as UTF-8 and repaired; absent for a list and NIL.
+    /// The atom's or the string's bytes read as UTF-8 and repaired; absent for a list and NIL.
     std::optional<QString> text() const;
     /// `text` as a signed 64-bit decimal number with an optional sign; absent if it is anything else.
     std::optional<qint64> integer() const;
@@ -33,21 +59,101 @@ public:
 
     /// Whether `text` is the keyword, which is given in capitals, in any case of its ASCII letters.
     bool isKeyword(QLatin1StringView keyword) const;
+    /// Whether `text` begins with the keyword, likewise.
+    bool startsWithKeyword(QLatin1StringView keyword) const;
 
-    bool operator==(const IMAPValue&) const = default;
+    friend bool operator==(const IMAPValue& one, const IMAPValue& other);
 
 private:
-    struct Atom {
-        QString text;
-        bool operator==(const Atom&) const = default;
-    };
-    using Value = std::variant<std::monostate, Atom, QByteArray, QList<IMAPValue>>;
-
-    explicit IMAPValue(Value value)
-        : m_value(std::move(value))
+    friend class IMAPValues;
+    IMAPValue(std::shared_ptr<const IMAPTree> tree, IMAPTree::Node node)
+        : m_tree(std::move(tree))
+        , m_node(node)
     {}
 
-    Value m_value;
+    /// The bytes as the server wrote them, backslashes and all; empty for a list and NIL.
+    QByteArrayView written() const;
+    /// Writes this value into a tree that is being made.
+    IMAPTree::Node copyTo(IMAPTree& tree) const;
+
+    std::shared_ptr<const IMAPTree> m_tree;
+    IMAPTree::Node m_node;
+};
+
+/// The values of a list, or those at the top level of a response. Shares the bytes of its response.
+class IMAPValues {
+public:
+    IMAPValues() = default;
+    /// `count` nodes of the tree.
+    IMAPValues(std::shared_ptr<const IMAPTree> tree, quint32 first, quint32 count)
+        : m_tree(std::move(tree))
+        , m_first(first)
+        , m_count(count)
+    {}
+
+    qsizetype size() const { return m_count; }
+    bool isEmpty() const { return m_count == 0; }
+    IMAPValue at(qsizetype index) const
+    {
+        Q_ASSERT(index >= 0 && index < size());
+        return {m_tree, m_tree->nodes[m_first + static_cast<size_t>(index)]};
+    }
+    IMAPValue operator[](qsizetype index) const { return at(index); }
+    IMAPValue first() const { return at(0); }
+    IMAPValue last() const { return at(size() - 1); }
+    /// Those from the position on.
+    IMAPValues sliced(qsizetype position) const
+    {
+        Q_ASSERT(position >= 0 && position <= size());
+        const auto skipped = static_cast<quint32>(position);
+        return {m_tree, m_first + skipped, m_count - skipped};
+    }
+    QList<IMAPValue> toList() const { return {begin(), end()}; }
+    /// How many values the whole response holds at all levels, those of lists that couldn't be read among
+    /// them: what its memory grows with.
+    qsizetype treeSize() const { return m_tree ? static_cast<qsizetype>(m_tree->nodes.size()) : 0; }
+
+    class Iterator {
+    public:
+        using iterator_category = std::input_iterator_tag;
+        using iterator_concept = std::forward_iterator_tag;
+        using value_type = IMAPValue;
+        using difference_type = qsizetype;
+        using pointer = void;
+        using reference = IMAPValue;
+
+        Iterator() = default;
+        Iterator(const IMAPValues* values, qsizetype index)
+            : m_values(values)
+            , m_index(index)
+        {}
+        IMAPValue operator*() const { return m_values->at(m_index); }
+        Iterator& operator++()
+        {
+            ++m_index;
+            return *this;
+        }
+        Iterator operator++(int)
+        {
+            const Iterator before = *this;
+            ++m_index;
+            return before;
+        }
+        bool operator==(const Iterator&) const = default;
+
+    private:
+        const IMAPValues* m_values = nullptr;
+        qsizetype m_index = 0;
+    };
+    Iterator begin() const { return {this, 0}; }
+    Iterator end() const { return {this, size()}; }
+
+    friend bool operator==(const IMAPValues& one, const IMAPValues& other);
+
+private:
+    std::shared_ptr<const IMAPTree> m_tree;
+    quint32 m_first = 0;
+    quint32 m_count = 0;
 };
 
 } // namespace Larkhaven

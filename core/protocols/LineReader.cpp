@@ -21,6 +21,10 @@ Task<> LineReader::receiveMore(qsizetype expected)
 {
     const QByteArray chunk = co_await m_transport->receive();
     m_buffer.remove(0, std::exchange(m_offset, 0));
+    if (m_buffer.isEmpty() && chunk.size() >= expected) {
+        m_buffer = chunk;
+        co_return;
+    }
     if (expected > m_buffer.capacity())
         m_buffer.reserve(expected);
     m_buffer.append(chunk);
@@ -37,6 +41,20 @@ QByteArray LineReader::takeUntil(qsizetype lineFeed)
     line.truncate(lineFeed);
     line.remove(0, std::exchange(m_offset, 0));
     return line;
+}
+
+std::optional<QByteArrayView> LineReader::bufferedLine() const
+{
+    const qsizetype lineFeed = m_buffer.indexOf('\n', m_offset);
+    if (lineFeed < 0)
+        return std::nullopt;
+    const QByteArrayView line = QByteArrayView(m_buffer).sliced(m_offset, lineFeed - m_offset);
+    return line.endsWith('\r') ? line.chopped(1) : line;
+}
+
+void LineReader::skipBufferedLine()
+{
+    m_offset = m_buffer.indexOf('\n', m_offset) + 1;
 }
 
 Task<QByteArray> LineReader::readLine()

@@ -3,8 +3,10 @@
 #include "protocols/MailTransport.h"
 
 #include <QByteArray>
+#include <QByteArrayView>
 
 #include <memory>
+#include <optional>
 
 namespace Larkhaven {
 
@@ -26,6 +28,13 @@ public:
 
     /// Whether bytes have been received and not been handed out yet.
     bool hasBufferedBytes() const { return m_offset < m_buffer.size(); }
+
+    /// The next line without its end, where all of it has been received; it is still the next one then, and
+    /// the view lives until the next call. What need not wait costs no coroutine: a listing has a response
+    /// for each message.
+    std::optional<QByteArrayView> bufferedLine() const;
+    /// Takes the line that `bufferedLine` returned.
+    void skipBufferedLine();
 
     /// The bytes of one line without its end, which is LF or CRLF. Fails with `MailError::protocolError`
     /// "Server response too long." past `lineLimit`, and as `MailTransport::receive` does; then the buffer is

@@ -62,7 +62,7 @@ MessageSummary summaryOf(const IMAPFetch& fetch, qint64 uid, const SummaryContex
 {
     const MIMEHeaders headers = MIMEParser::splitHeaders(fetch.body.value_or(QByteArray()) + "\r\n").headers;
     const QSet<QString> flags = lowerCased(fetch.flags);
-    const auto size = fetch.items.constFind(u"RFC822.SIZE"_s);
+    const std::optional<IMAPValue> size = fetch.items.value("RFC822.SIZE"_L1);
 
     MessageSummary summary;
     summary.id = IMAPMessageID{uid, context.uidValidity, context.mailbox}.text();
@@ -78,7 +78,7 @@ MessageSummary summaryOf(const IMAPFetch& fetch, qint64 uid, const SummaryContex
     summary.isStarred = flags.contains(u"\\flagged"_s);
     summary.hasAttachments =
         Text::asciiLowered(fieldOf(headers, u"Content-Type")).startsWith("multipart/mixed"_L1);
-    summary.size = size == fetch.items.cend() ? 0 : size->integer().value_or(0);
+    summary.size = size ? size->integer().value_or(0) : 0;
     summary.mailbox = context.displayPath;
     return summary;
 }

@@ -110,7 +110,8 @@ Task<IMAPTransfers::Fingerprints> IMAPTransfers::fingerprints(Client client, QLi
     const QSet<qint64> asked(uids.cbegin(), uids.cend());
     Fingerprints fingerprints;
     for (const IMAPFetch& fetch : fetches) {
-        const std::optional<QByteArray> size = fetch.items.value(u"RFC822.SIZE"_s, IMAPValue::nil()).data();
+        const std::optional<QByteArray> size =
+            fetch.items.value("RFC822.SIZE"_L1).value_or(IMAPValue::nil()).data();
         // A message that can't be told from others counts as not copied: one too many is better than none.
         if (fetch.uid && asked.contains(*fetch.uid) && size && fetch.body)
             fingerprints.insert(*fetch.uid, *size + '\n' + *fetch.body);

@@ -12,7 +12,7 @@ namespace Larkhaven {
 /// Values are shown as the server would have written them.
 void PrintTo(const IMAPValue& value, std::ostream* stream)
 {
-    if (const QList<IMAPValue>* list = value.list()) {
+    if (const std::optional<IMAPValues> list = value.list()) {
         *stream << '(';
         for (const IMAPValue& element : *list) {
             PrintTo(element, stream);
@@ -41,13 +41,13 @@ IMAPValue list(const QList<IMAPValue>& values)
 
 using Values = QList<IMAPValue>;
 
-Values valuesOf(QByteArrayView data)
+Values valuesOf(const QByteArray& data)
 {
-    return IMAPResponse::parse(data).values;
+    return IMAPResponse::parse(data).values.toList();
 }
 
 /// What stands in the text of the first value's failure.
-QString failureOf(QByteArrayView data, int depth = 0)
+QString failureOf(const QByteArray& data, int depth = 0)
 {
     try {
         IMAPValueReader(data).parseValue(depth);
@@ -82,7 +82,7 @@ TEST(IMAPResponse, IsTaggedUntaggedOrAContinuation)
     const IMAPResponse tagged = IMAPResponse::parse("P7 OK Done\r\n");
     EXPECT_EQ(tagged.kind, IMAPResponse::Kind::tagged);
     EXPECT_EQ(tagged.tag, u"P7");
-    EXPECT_EQ(tagged.values, Values({atom(u"OK"_s), atom(u"Done"_s)}));
+    EXPECT_EQ(tagged.values.toList(), Values({atom(u"OK"_s), atom(u"Done"_s)}));
     EXPECT_EQ(IMAPResponse::parse("* BYE\r\n").kind, IMAPResponse::Kind::untagged);
     const IMAPResponse continuation = IMAPResponse::parse("+ OK (go on {3}\r\n");
     EXPECT_EQ(continuation.kind, IMAPResponse::Kind::continuation);
@@ -161,10 +161,10 @@ TEST(IMAPResponse, ReadsListsThatAre64LevelsDeep)
 {
     const Values values = valuesOf("* " + nested(64, "") + " x");
     ASSERT_EQ(values.size(), 2);
-    const IMAPValue* value = &values.first();
+    IMAPValue value = values.first();
     int depth = 1;
-    for (; !value->list()->isEmpty(); ++depth)
-        value = &value->list()->first();
+    for (; !value.list()->isEmpty(); ++depth)
+        value = value.list()->first();
     EXPECT_EQ(depth, 64);
 }
 
@@ -281,6 +281,7 @@ TEST(IMAPValue, IsReadAsBytesIfItIsAnAtomOrAString)
 {
     EXPECT_EQ(atom(u"ü"_s).data(), "\xC3\xBC");
     EXPECT_EQ(string("\xff").data(), "\xff");
+    EXPECT_EQ(valuesOf("* a\xff").first().data(), "a\xEF\xBF\xBD");
     EXPECT_EQ(list({}).data(), std::nullopt);
     EXPECT_EQ(IMAPValue::nil().data(), std::nullopt);
 }
@@ -289,6 +290,8 @@ TEST(IMAPValue, IsComparedWithKeywordsInASCII)
 {
     EXPECT_TRUE(atom(u"ok"_s).isKeyword("OK"_L1));
     EXPECT_TRUE(string("Ok").isKeyword("OK"_L1));
+    EXPECT_TRUE(valuesOf(R"(* "\O\k")").first().isKeyword("OK"_L1));
+    EXPECT_FALSE(valuesOf(R"(* "O\\")").first().isKeyword("O\\K"_L1));
     EXPECT_FALSE(atom(u"OKAY"_s).isKeyword("OK"_L1));
     EXPECT_FALSE(atom(u"O\u212A"_s).isKeyword("OK"_L1)) << "the Kelvin sign is no k";
     EXPECT_FALSE(string(QByteArray("OK\0", 3)).isKeyword("OK"_L1));
@@ -341,6 +344,29 @@ TEST(IMAPResponse, ReadsTheNumbersOfASearchWithoutMakingValuesOfThem)
         EXPECT_EQ(response.numbers, QList<quint32>({2, 84, 4'294'967'295}));
     }
     EXPECT_EQ(IMAPResponse::parse("* SEARCH\r\n").numbers, QList<quint32>());
+}
+
+TEST(IMAPResponse, ReadsNumbersOfAnyLengthBesideAnyByte)
+{
+    // A number is read eight digits at once where so many bytes are left, and digit by digit elsewhere.
+    for (int digits = 1; digits <= 12; ++digits) {
+        const QByteArray number = QByteArray("429496729512").first(digits);
+        const bool fits = digits <= 10;
+        for (const QByteArray after : {"", " ", "\r\n", " 1", " 12345678", " 4294967295 4294967295"}) {
+            const IMAPResponse response = IMAPResponse::parse("* SEARCH " + number + after);
+            EXPECT_EQ(response.numbers.isEmpty(), !fits) << number.toStdString() << after.toStdString();
+            EXPECT_EQ(response.numbers.value(0), fits ? number.toUInt() : 0);
+        }
+        for (int byte = 0; byte < 256; ++byte) {
+            const char each = static_cast<char>(byte);
+            if (each == ' ' || each == '\r' || each == '\n' || (each >= '0' && each <= '9'))
+                continue;
+            for (const QByteArray after : {"", "1234567 8"}) {
+                const QByteArray data = "* SEARCH 5 " + number + each + after;
+                EXPECT_TRUE(IMAPResponse::parse(data).numbers.isEmpty()) << data.toStdString();
+            }
+        }
+    }
 }
 
 TEST(IMAPResponse, ReadsASearchThatHoldsMoreThanNumbersLikeAnyOtherResponse)
