@@ -58,7 +58,8 @@ void checkCleaning(const MailURL& url)
     if (!url.query())
         require(cleaned == url);
     else
-        require(url.query()->split(u'&').size() >= cleaned.query().value_or(QString()).split(u'&').size());
+        require(url.query()->split(u'&').size() >=
+                cleaned.query().value_or(QStringView()).split(u'&').size());
 }
 
 void checkWarnings(const LinkRecord& link)

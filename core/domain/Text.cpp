@@ -88,16 +88,24 @@ bool isSameKeyword(QStringView left, QStringView right)
 
 QString lowered(QStringView text)
 {
-    QString result;
-    result.reserve(text.size());
+    // The lower case of a character takes as many code units as the character: see `QChar::toLower`, which
+    // maps one to one.
+    QString result(text.size(), Qt::Uninitialized);
+    QChar* const output = result.data();
     for (qsizetype index = 0; index < text.size(); ++index) {
         const QChar unit = text[index];
         const bool isPair =
             unit.isHighSurrogate() && index + 1 < text.size() && text[index + 1].isLowSurrogate();
-        if (isPair)
-            result += QChar::fromUcs4(QChar::toLower(QChar::surrogateToUcs4(unit, text[++index])));
-        else
-            result += unit.toLower();
+        if (unit.unicode() < 0x80) {
+            // What most texts consist of needs no table.
+            output[index] = unit >= u'A' && unit <= u'Z' ? QChar(unit.unicode() + 0x20) : unit;
+        } else if (isPair) {
+            const char32_t low = QChar::toLower(QChar::surrogateToUcs4(unit, text[index + 1]));
+            output[index] = QChar(QChar::highSurrogate(low));
+            output[++index] = QChar(QChar::lowSurrogate(low));
+        } else {
+            output[index] = unit.toLower();
+        }
     }
     return result;
 }

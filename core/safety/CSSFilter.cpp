@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <initializer_list>
 #include <optional>
 #include <vector>
 
@@ -95,7 +96,7 @@ char16_t lowered(char16_t unit)
     return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + 0x20) : unit;
 }
 
-/// The pattern whose word can begin with this character, comments apart.
+/// The patterns whose words can begin with this character, comments apart.
 std::array<Pattern, 2> candidatesFor(char16_t unit)
 {
     switch (lowered(unit)) {
@@ -120,30 +121,156 @@ std::array<Pattern, 2> candidatesFor(char16_t unit)
     }
 }
 
-/// Whether a text may hold a match at all; most styles of honest mail don't.
-bool mayMatch(QStringView text)
+// --- Rounds on a plain string
+
+bool hasWord(QStringView text, qsizetype position, QLatin1StringView word)
 {
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        if (text[i] == u'/' && i + 1 < text.size() && text[i + 1] == u'*')
-            return true;
-        for (const Pattern pattern : candidatesFor(text[i].unicode())) {
-            if (pattern != headCount && text.sliced(i).startsWith(rules[pattern].word, Qt::CaseInsensitive))
-                return true;
+    return position >= 0 && word.size() <= text.size() - position &&
+           std::ranges::equal(text.sliced(position, word.size()), word, [](QChar character, char letter) {
+               return lowered(character.unicode()) == static_cast<uchar>(letter);
+           });
+}
+
+qsizetype behindSpace(QStringView text, qsizetype position)
+{
+    while (position < text.size() && text[position].isSpace())
+        ++position;
+    return position;
+}
+
+/// The character by which the matches of a pattern are found. Those it has before the follower are letters,
+/// which stand everywhere.
+char16_t markOf(Pattern pattern)
+{
+    return pattern == comment ? u'/' : pattern <= fontFace ? u'@' : rules[pattern].follower;
+}
+
+/// The fixed pieces of a match.
+struct Head {
+    qsizetype start = 0;
+    qsizetype end = 0; ///< behind them
+};
+
+/// The head that has its mark at the position; absent where none does.
+std::optional<Head> headAt(QStringView text, Pattern pattern, qsizetype mark)
+{
+    const Rule& rule = rules[pattern];
+    if (pattern == comment)
+        return hasWord(text, mark, "/*"_L1) ? std::optional(Head{mark, mark + 2}) : std::nullopt;
+    if (pattern <= fontFace) {
+        if (!hasWord(text, mark, rule.word))
+            return std::nullopt;
+        const qsizetype wordEnd = mark + rule.word.size();
+        if (rule.follower == 0)
+            return Head{mark, wordEnd};
+        const qsizetype follower = behindSpace(text, wordEnd);
+        const bool follows = follower < text.size() && text[follower] == rule.follower;
+        return follows ? std::optional(Head{mark, follower + 1}) : std::nullopt;
+    }
+    qsizetype wordEnd = mark;
+    while (wordEnd > 0 && text[wordEnd - 1].isSpace())
+        --wordEnd;
+    const Head head{wordEnd - rule.word.size(), mark + 1};
+    // Nearly all words end in another letter.
+    const auto lastLetter = static_cast<uchar>(rule.word.back().toLatin1());
+    if (head.start < 0 || lowered(text[wordEnd - 1].unicode()) != lastLetter ||
+        !hasWord(text, head.start, rule.word))
+        return std::nullopt;
+    if (pattern != position)
+        return head;
+    const qsizetype value = behindSpace(text, head.end);
+    for (const QLatin1StringView word : unflowedPositions) {
+        if (hasWord(text, value, word))
+            return Head{head.start, value + word.size()};
+    }
+    return std::nullopt;
+}
+
+/// The patterns of which the text holds a head, as bits.
+unsigned headsIn(QStringView text)
+{
+    unsigned found = 0;
+    const auto look = [&found, text](std::initializer_list<Pattern> patterns) {
+        const char16_t mark = markOf(*patterns.begin());
+        for (qsizetype at = text.indexOf(mark); at >= 0; at = text.indexOf(mark, at + 1)) {
+            for (const Pattern pattern : patterns)
+                found |= headAt(text, pattern, at) ? 1U << pattern : 0U;
+        }
+    };
+    look({comment});
+    look({importRule, fontFace});
+    look({url, imageSet, expression});
+    look({behavior, mozBinding, javascript, position});
+    return found;
+}
+
+/// The end of the match that begins so; absent where it isn't closed and must be: then no later one is
+/// either.
+std::optional<qsizetype> endOfMatch(QStringView text, Pattern pattern, const Head& head)
+{
+    if (pattern == comment) {
+        const qsizetype end = text.indexOf("*/"_L1, head.end);
+        return end < 0 ? std::nullopt : std::optional(end + 2);
+    }
+    if (rules[pattern].end == 0)
+        return head.end;
+    const qsizetype end = text.indexOf(rules[pattern].end, head.end);
+    if (end < 0)
+        return pattern == fontFace ? std::nullopt : std::optional(text.size());
+    return end + 1;
+}
+
+/// Replaces the matches of a pattern from the left to the right. Returns whether there were any.
+bool replaceIn(QString& text, Pattern pattern)
+{
+    QString result;
+    qsizetype copied = 0;
+    const QStringView view(text);
+    for (qsizetype at = view.indexOf(markOf(pattern)); at >= 0; at = view.indexOf(markOf(pattern), at + 1)) {
+        const std::optional<Head> head = headAt(view, pattern, at);
+        if (!head || head->start < copied)
+            continue;
+        const std::optional<qsizetype> end = endOfMatch(view, pattern, *head);
+        if (!end)
+            break;
+        result += view.sliced(copied, head->start - copied);
+        result += rules[pattern].replacement;
+        copied = *end;
+        at = *end - 1;
+    }
+    if (copied == 0)
+        return false;
+    result += view.sliced(copied);
+    text = std::move(result);
+    return true;
+}
+
+/// One round: each pattern in its order. Returns whether it changed anything.
+bool replaceOnce(QString& text)
+{
+    bool changed = false;
+    unsigned heads = headsIn(text);
+    for (unsigned pattern = 0; pattern < patternCount && heads != 0; ++pattern) {
+        if ((heads >> pattern & 1U) != 0 && replaceIn(text, static_cast<Pattern>(pattern))) {
+            changed = true;
+            heads = headsIn(text);
         }
     }
-    return false;
+    return changed;
 }
+
+// --- Rounds on a linked list
 
 /// Rounds of replacements on one text until a round changes nothing, with the result that replacing in a
 /// plain string round by round has, but near-linear cost.
 ///
-/// The plain way takes a round over the whole text for each level of nesting, as in "javajavascript:script:".
-/// Here the text is a linked list, and for each pattern a set tells where a match begins. A pass takes the
-/// matches of one pattern from its set, all of them before it changes anything, as replacing in a string
-/// does; then it changes the text, and renews the sets only as far around each change as a match can begin
-/// that the change completes. Runs of white space, which a match may hold between its pieces, are stepped
-/// over as one. No replacement makes more matches than it uses up characters, so the cost of all rounds
-/// together is that of the changes.
+/// A plain string takes a round over the whole text for each level of nesting, as in
+/// "javajavascript:script:". Here the text is a linked list, and for each pattern a set tells where a match
+/// begins. A pass takes the matches of one pattern from its set, all of them before it changes anything, as
+/// replacing in a string does; then it changes the text, and renews the sets only as far around each change
+/// as a match can begin that the change completes. Runs of white space, which a match may hold between its
+/// pieces, are stepped over as one. No replacement makes more matches than it uses up characters, so the cost
+/// of all rounds together is that of the changes.
 class Replacer {
 public:
     explicit Replacer(QStringView text)
@@ -449,7 +576,13 @@ QString sanitizeCSS(const QString& css)
 {
     QString text = withoutEscapes(css);
     text.remove(u'<');
-    return mayMatch(text) ? Replacer(text).run() : text;
+    // Honest styles need one round that changes something, if any, and a plain string is ten times as fast.
+    constexpr int plainRounds = 3;
+    for (int round = 0; round < plainRounds; ++round) {
+        if (!replaceOnce(text))
+            return text;
+    }
+    return Replacer(text).run();
 }
 
 } // namespace Larkhaven::HTMLSanitizer

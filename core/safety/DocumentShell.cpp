@@ -5,11 +5,9 @@
 using namespace Qt::StringLiterals;
 
 namespace Larkhaven::HTMLSanitizer {
-namespace {
-
-QLatin1StringView referenceFor(QChar character)
+QLatin1StringView referenceFor(char16_t character)
 {
-    switch (character.unicode()) {
+    switch (character) {
     case u'&':
         return "&amp;"_L1;
     case u'<':
@@ -25,14 +23,12 @@ QLatin1StringView referenceFor(QChar character)
     }
 }
 
-} // namespace
-
 QString escapeHTML(const QString& text)
 {
     QString result;
     qsizetype copied = 0;
     for (qsizetype i = 0; i < text.size(); ++i) {
-        const QLatin1StringView reference = referenceFor(text[i]);
+        const QLatin1StringView reference = referenceFor(text[i].unicode());
         if (reference.isEmpty())
             continue;
         result += QStringView(text).sliced(copied, i - copied);

@@ -8,4 +8,7 @@ namespace Larkhaven::HTMLSanitizer {
 /// basic styles.
 QString documentAround(const QString& body, bool allowRemoteImages);
 
+/// What `escapeHTML` writes in place of the character; empty where it stays.
+QLatin1StringView referenceFor(char16_t character);
+
 } // namespace Larkhaven::HTMLSanitizer

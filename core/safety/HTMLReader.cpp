@@ -57,21 +57,35 @@ QByteArrayView readValue(QByteArrayView html, qsizetype& position)
     return html.sliced(start, position - start);
 }
 
+quint32 bit(HTMLVocabulary::Attribute attribute)
+{
+    return quint32{1} << attribute;
+}
+
 } // namespace
 
 void RawAttributes::add(RawAttribute attribute)
 {
     if (attribute.attribute == HTMLVocabulary::noAttribute || value(attribute.attribute))
         return;
+    m_known |= bit(attribute.attribute);
     m_attributes[static_cast<std::size_t>(m_count)] = attribute;
     ++m_count;
 }
 
+void RawAttributes::clear()
+{
+    m_count = 0;
+    m_known = 0;
+}
+
 std::optional<QByteArrayView> RawAttributes::value(HTMLVocabulary::Attribute attribute) const
 {
+    if ((m_known & bit(attribute)) == 0)
+        return std::nullopt;
     const auto found =
         std::find_if(begin(), end(), [=](const RawAttribute& raw) { return raw.attribute == attribute; });
-    return found == end() ? std::nullopt : std::optional(found->value);
+    return found->value;
 }
 
 bool isLetterAt(QByteArrayView html, qsizetype position)
@@ -87,15 +101,17 @@ qsizetype endOfName(QByteArrayView html, qsizetype position)
     return position;
 }
 
-QByteArray loweredName(QByteArrayView name)
+Name::Name(QByteArrayView written)
 {
     const bool isASCII =
-        std::ranges::none_of(name, [](char byte) { return static_cast<uchar>(byte) >= 0x80; });
-    if (!isASCII)
-        return Text::lowered(Text::fromRepairedUTF8(name)).toUtf8();
-    QByteArray result = name.toByteArray();
-    std::ranges::transform(result, result.begin(), lowered);
-    return result;
+        std::ranges::none_of(written, [](char byte) { return static_cast<uchar>(byte) >= 0x80; });
+    if (isASCII && written.size() <= static_cast<qsizetype>(m_short.size())) {
+        std::ranges::transform(written, m_short.begin(), lowered);
+        m_view = QByteArrayView(m_short.data(), written.size());
+    } else {
+        m_long = Text::lowered(Text::fromRepairedUTF8(written)).toUtf8();
+        m_view = m_long;
+    }
 }
 
 qsizetype behindNextBracket(QByteArrayView html, qsizetype position)
@@ -115,14 +131,14 @@ qsizetype readAttributes(QByteArrayView html, qsizetype position, RawAttributes&
             return position + 1;
         const qsizetype nameStart = position;
         position = endOfAttributeName(html, position);
-        const QByteArray name = loweredName(html.sliced(nameStart, position - nameStart));
+        const Name name(html.sliced(nameStart, position - nameStart));
         position = behindSpace(html, position);
         QByteArrayView value;
         if (position < html.size() && html[position] == '=') {
             position = behindSpace(html, position + 1);
             value = readValue(html, position);
         }
-        attributes.add({HTMLVocabulary::knownAttribute(name), value});
+        attributes.add({HTMLVocabulary::knownAttribute(name.view()), value});
     }
 }
 

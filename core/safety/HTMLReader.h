@@ -23,6 +23,7 @@ struct RawAttribute {
 class RawAttributes {
 public:
     void add(RawAttribute attribute);
+    void clear();
 
     /// The raw value; absent where the tag has no such attribute.
     std::optional<QByteArrayView> value(HTMLVocabulary::Attribute attribute) const;
@@ -33,6 +34,23 @@ public:
 private:
     std::array<RawAttribute, HTMLVocabulary::attributeCount> m_attributes;
     std::ptrdiff_t m_count = 0;
+    quint32 m_known = 0; ///< a bit for each attribute that is among them
+    static_assert(HTMLVocabulary::attributeCount <= 32);
+};
+
+/// The name of a tag or an attribute in lower case (Unicode), invalid bytes repaired. Those of honest mail
+/// are short and of ASCII, and take no memory of their own.
+class Name {
+public:
+    explicit Name(QByteArrayView written);
+    Q_DISABLE_COPY_MOVE(Name)
+
+    QByteArrayView view() const { return m_view; }
+
+private:
+    std::array<char, 16> m_short;
+    QByteArray m_long; ///< where it isn't short and of ASCII
+    QByteArrayView m_view;
 };
 
 /// Where the content of a raw text element ends, and where the text behind its end tag begins. Without an end
@@ -47,9 +65,6 @@ bool isLetterAt(QByteArrayView html, qsizetype position);
 
 /// The end of the tag name that begins at the position.
 qsizetype endOfName(QByteArrayView html, qsizetype position);
-
-/// The name in lower case (Unicode), invalid bytes repaired.
-QByteArray loweredName(QByteArrayView name);
 
 /// The position behind the next ">", or the end of the input.
 qsizetype behindNextBracket(QByteArrayView html, qsizetype position);

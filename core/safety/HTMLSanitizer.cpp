@@ -6,12 +6,15 @@
 #include "safety/HTMLReader.h"
 #include "safety/HTMLVocabulary.h"
 #include "safety/LinkCleaner.h"
+#include "safety/PlainValue.h"
+#include "safety/TrackerTest.h"
 #include "safety/URLParts.h"
 #include "safety/UTF8.h"
 
 #include <algorithm>
 #include <array>
 #include <optional>
+#include <string>
 #include <vector>
 
 using namespace Qt::StringLiterals;
@@ -28,15 +31,31 @@ constexpr std::array allowedDataPrefixes{"data:image/png"_L1, "data:image/gif"_L
 constexpr std::array allowedInlineTypes{"image/png"_L1, "image/gif"_L1,  "image/jpeg"_L1,
                                         "image/jpg"_L1, "image/webp"_L1, "image/heic"_L1};
 
+/// What the rules of links, images and hidden elements read.
+namespace Known {
+
+const HTMLVocabulary::Tag link = HTMLVocabulary::allowedTag("a");
+const HTMLVocabulary::Tag image = HTMLVocabulary::allowedTag("img");
+const HTMLVocabulary::Attribute classes = HTMLVocabulary::knownAttribute("class");
+const HTMLVocabulary::Attribute height = HTMLVocabulary::knownAttribute("height");
+const HTMLVocabulary::Attribute hidden = HTMLVocabulary::knownAttribute("hidden");
+const HTMLVocabulary::Attribute href = HTMLVocabulary::knownAttribute("href");
+const HTMLVocabulary::Attribute src = HTMLVocabulary::knownAttribute("src");
+const HTMLVocabulary::Attribute style = HTMLVocabulary::knownAttribute("style");
+const HTMLVocabulary::Attribute title = HTMLVocabulary::knownAttribute("title");
+const HTMLVocabulary::Attribute width = HTMLVocabulary::knownAttribute("width");
+
+} // namespace Known
+
 /// The text without what may hide a scheme: controls and space, DEL, zero-width characters and byte order
 /// marks.
-QString cleanedForURL(const QString& text)
+QString cleanedForURL(QString text)
 {
-    QString result = text;
-    return result.removeIf([](QChar character) {
+    const auto isHiding = [](QChar character) {
         const char16_t unit = character.unicode();
         return unit < 33 || unit == 127 || (unit >= 0x200b && unit <= 0x200d) || unit == 0xfeff;
-    });
+    };
+    return std::ranges::any_of(std::as_const(text), isHiding) ? text.removeIf(isHiding) : text;
 }
 
 /// The source with its host in ASCII, all else as it stands; absent where it is no URL.
@@ -55,28 +74,29 @@ QString percentDecodedOrAsIs(const QString& text)
 }
 
 struct OutputAttribute {
-    QByteArrayView name;
-    QString value;
+    HTMLVocabulary::Attribute attribute = HTMLVocabulary::noAttribute; ///< none: the mark of a blocked image
+    QByteArray value;     ///< UTF-8, where it is plain a view of the message
+    bool isPlain = false; ///< nothing in it must become a character reference
 };
 
 using OutputAttributes = std::vector<OutputAttribute>;
 
-QString valueOf(const OutputAttributes& attributes, QByteArrayView name)
+QByteArray valueOf(const OutputAttributes& attributes, HTMLVocabulary::Attribute wanted)
 {
-    const auto found = std::ranges::find_if(
-        attributes, [name](const OutputAttribute& attribute) { return attribute.name == name; });
-    return found == attributes.end() ? QString() : found->value;
+    const auto found = std::ranges::find(attributes, wanted, &OutputAttribute::attribute);
+    return found == attributes.end() ? QByteArray() : found->value;
 }
 
 void removeTitle(OutputAttributes& attributes)
 {
-    std::erase_if(attributes, [](const OutputAttribute& attribute) { return attribute.name == "title"; });
+    std::erase_if(attributes,
+                  [](const OutputAttribute& attribute) { return attribute.attribute == Known::title; });
 }
 
 /// Whether what stands before and behind the tag isn't one word on the page.
 bool partsText(Tag tag, const OutputAttributes& attributes)
 {
-    const QString style = Text::asciiLowered(valueOf(attributes, "style"));
+    const QString style = Text::asciiLowered(QString::fromUtf8(valueOf(attributes, Known::style)));
     const bool isInline = style.contains("inline"_L1) || style.contains("contents"_L1);
     return HTMLVocabulary::isPhrase(tag) ? !isInline && style.contains("block"_L1) : !isInline;
 }
@@ -97,8 +117,8 @@ struct ImageDecision {
 struct OpenElement {
     HTMLVocabulary::Tag tag = HTMLVocabulary::noTag;
     bool isHidden = false; ///< by its attribute
-    QString style;         ///< as it is written
-    QString classes;
+    QByteArray style;      ///< as it is written
+    QByteArray classes;
     std::optional<bool> hidesContent; ///< it or one around it; absent until somebody asks
 };
 
@@ -114,7 +134,7 @@ public:
         , m_rules(sum.rules)
         , m_keepsStyleSheets(keepsStyleSheets)
     {
-        m_output.reserve(html.size() + html.size() / 8);
+        m_output.reserve(static_cast<std::size_t>(html.size() + html.size() / 8));
     }
 
     QString run()
@@ -137,11 +157,18 @@ private:
     void readEndTag();
     void readStartTag();
     void writeStyle(qsizetype contentStart);
+    void write(QByteArrayView bytes)
+    {
+        m_output.append(bytes.data(), static_cast<std::size_t>(bytes.size()));
+    }
+    void writeEscaped(QByteArrayView value);
 
     void startTag(Tag tag, const RawAttributes& raw);
     void open(Tag tag, const RawAttributes& raw, const OutputAttributes& attributes);
     bool isWithinHidden();
-    OutputAttributes outputAttributes(const RawAttributes& raw) const;
+    ImageLook lookOf(const QByteArray& style);
+    ImageLook lookByRules(QByteArrayView tag, const QByteArray& classes) const;
+    static void readValues(const RawAttributes& raw, OutputAttributes& attributes);
     void writeStartTag(Tag tag, const OutputAttributes& attributes);
     void endTag(Tag tag);
     void writeEndTag(Tag tag);
@@ -163,7 +190,9 @@ private:
     QByteArrayView m_html;
     const SanitizerOptions& m_options;
     qsizetype m_position = 0;
-    QByteArray m_output;
+    std::string m_output; ///< a byte array takes several times as long for each of the many small pieces
+    RawAttributes m_raw;  ///< of the tag that is read
+    OutputAttributes m_attributes; ///< of the tag that is written
     SanitizedHTML& m_result;
     qint64& m_inlineImageBytes;
     ImageLookRules& m_rules;
@@ -174,25 +203,27 @@ private:
     std::array<int, HTMLVocabulary::tagCount> m_openCounts{}; ///< how often each tag is on the stack
     qsizetype m_currentLink = -1;                             ///< index of the open link, or -1
     QByteArray m_linkText;
-    QByteArray m_partedLinkText; ///< with blanks between blocks
-    QByteArray m_seenLinkText;   ///< likewise, and without what is hidden
+    QByteArray m_partedLinkText;          ///< with blanks between blocks
+    QByteArray m_seenLinkText;            ///< likewise, and without what is hidden
+    QHash<QByteArray, ImageLook> m_looks; ///< of styles that were looked at, which newsletters repeat
 };
 
 void Pass::step()
 {
     const QByteArrayView rest = m_html.sliced(m_position);
-    if (!rest.startsWith('<')) {
+    const char second = rest.size() > 1 ? rest[1] : '\0';
+    if (rest[0] != '<') {
         copyText();
-    } else if (rest.startsWith("<!--")) {
-        skipComment();
-    } else if (rest.startsWith("<?") || rest.startsWith("<!")) {
-        m_position = HTMLReader::behindNextBracket(m_html, m_position);
-    } else if (rest.startsWith("</") && HTMLReader::isLetterAt(rest, 2)) {
-        readEndTag();
     } else if (HTMLReader::isLetterAt(rest, 1)) {
         readStartTag();
+    } else if (second == '/' && HTMLReader::isLetterAt(rest, 2)) {
+        readEndTag();
+    } else if (rest.startsWith("<!--")) {
+        skipComment();
+    } else if (second == '?' || second == '!') {
+        m_position = HTMLReader::behindNextBracket(m_html, m_position);
     } else {
-        m_output += "&lt;";
+        write("&lt;");
         ++m_position;
     }
 }
@@ -210,11 +241,11 @@ void Pass::copyText()
             m_seenLinkText += run;
     }
     for (qsizetype index = run.indexOf('>'); index >= 0; index = run.indexOf('>')) {
-        m_output += run.first(index);
-        m_output += "&gt;";
+        write(run.first(index));
+        write("&gt;");
         run = run.sliced(index + 1);
     }
-    m_output += run;
+    write(run);
 }
 
 void Pass::skipComment()
@@ -230,7 +261,8 @@ void Pass::readEndTag()
     const qsizetype start = m_position + 2;
     const qsizetype end = HTMLReader::endOfName(m_html, start);
     m_position = HTMLReader::behindNextBracket(m_html, end);
-    const Tag tag = HTMLVocabulary::allowedTag(HTMLReader::loweredName(m_html.sliced(start, end - start)));
+    const HTMLReader::Name name(m_html.sliced(start, end - start));
+    const Tag tag = HTMLVocabulary::allowedTag(name.view());
     if (tag != HTMLVocabulary::noTag && !HTMLVocabulary::isVoid(tag))
         endTag(tag);
 }
@@ -239,15 +271,15 @@ void Pass::readStartTag()
 {
     const qsizetype start = m_position + 1;
     const qsizetype end = HTMLReader::endOfName(m_html, start);
-    const QByteArray name = HTMLReader::loweredName(m_html.sliced(start, end - start));
-    RawAttributes attributes;
-    m_position = HTMLReader::readAttributes(m_html, end, attributes);
-    if (HTMLVocabulary::isDroppedWithContent(name))
-        m_position = HTMLReader::endOfRawText(m_html, m_position, name).next;
-    else if (name == "style")
+    const HTMLReader::Name name(m_html.sliced(start, end - start));
+    m_raw.clear();
+    m_position = HTMLReader::readAttributes(m_html, end, m_raw);
+    if (const Tag tag = HTMLVocabulary::allowedTag(name.view()); tag != HTMLVocabulary::noTag)
+        startTag(tag, m_raw);
+    else if (HTMLVocabulary::isDroppedWithContent(name.view()))
+        m_position = HTMLReader::endOfRawText(m_html, m_position, name.view()).next;
+    else if (name.view() == "style")
         writeStyle(m_position);
-    else if (const Tag tag = HTMLVocabulary::allowedTag(name); tag != HTMLVocabulary::noTag)
-        startTag(tag, attributes);
 }
 
 void Pass::writeStyle(qsizetype contentStart)
@@ -258,7 +290,7 @@ void Pass::writeStyle(qsizetype contentStart)
     if (!m_keepsStyleSheets)
         return;
     const QString safe = safeStyle(css);
-    m_output += "<style>" + safe.toUtf8() + "</style>";
+    write("<style>" + safe.toUtf8() + "</style>");
     if (m_rules.addSheet(safe) && m_hasLooked)
         m_hasLateRules = true;
 }
@@ -268,15 +300,14 @@ void Pass::startTag(Tag tag, const RawAttributes& raw)
     const bool isVoid = HTMLVocabulary::isVoid(tag);
     if (!isVoid && m_openElements.size() >= maximumOpenElements)
         return;
-    OutputAttributes attributes = outputAttributes(raw);
-    static const Tag link = HTMLVocabulary::allowedTag("a");
-    static const Tag image = HTMLVocabulary::allowedTag("img");
-    if (tag == link)
+    OutputAttributes& attributes = m_attributes;
+    readValues(raw, attributes);
+    if (tag == Known::link)
         applyLinkRule(raw, attributes);
-    else if (tag == image && !applyImageRule(raw, attributes))
+    else if (tag == Known::image && !applyImageRule(raw, attributes))
         return;
     // It would take the place of the link's own, which says where it leads.
-    if (tag != link && hasOpenLink())
+    if (tag != Known::link && hasOpenLink())
         removeTitle(attributes);
     writeStartTag(tag, attributes);
     if (hasOpenLink() && partsText(tag, attributes))
@@ -287,9 +318,8 @@ void Pass::startTag(Tag tag, const RawAttributes& raw)
 
 void Pass::open(Tag tag, const RawAttributes& raw, const OutputAttributes& attributes)
 {
-    static const HTMLVocabulary::Attribute hidden = HTMLVocabulary::knownAttribute("hidden");
-    m_openElements.push_back({tag, raw.value(hidden).has_value(), valueOf(attributes, "style"),
-                              valueOf(attributes, "class"), std::nullopt});
+    m_openElements.push_back({tag, raw.value(Known::hidden).has_value(), valueOf(attributes, Known::style),
+                              valueOf(attributes, Known::classes), std::nullopt});
     ++m_openCounts[static_cast<std::size_t>(tag)];
 }
 
@@ -302,8 +332,8 @@ bool Pass::isWithinHidden()
     bool isHidden = asked != m_openElements.rend() && *asked->hidesContent;
     for (auto element = asked.base(); element != m_openElements.end(); ++element) {
         if (!isHidden) {
-            ImageLook look = ImageLook::ofStyle(element->style);
-            look.add(m_rules.of(QString::fromLatin1(HTMLVocabulary::nameOf(element->tag)), element->classes));
+            ImageLook look = lookOf(element->style);
+            look.add(lookByRules(HTMLVocabulary::nameOf(element->tag), element->classes));
             isHidden = element->isHidden || look.hidesContent();
         }
         element->hidesContent = isHidden;
@@ -311,30 +341,72 @@ bool Pass::isWithinHidden()
     return isHidden;
 }
 
-OutputAttributes Pass::outputAttributes(const RawAttributes& raw) const
+ImageLook Pass::lookOf(const QByteArray& style)
 {
-    static const HTMLVocabulary::Attribute style = HTMLVocabulary::knownAttribute("style");
-    OutputAttributes attributes;
+    constexpr qsizetype mostLooks = 1000;
+    if (style.isEmpty())
+        return {};
+    if (const auto known = m_looks.constFind(style); known != m_looks.constEnd())
+        return *known;
+    const ImageLook look = ImageLook::ofStyle(QString::fromUtf8(style));
+    if (m_looks.size() < mostLooks)
+        m_looks.insert(style, look);
+    return look;
+}
+
+ImageLook Pass::lookByRules(QByteArrayView tag, const QByteArray& classes) const
+{
+    if (m_rules.isEmpty())
+        return {};
+    return m_rules.of(QString::fromLatin1(tag), QString::fromUtf8(classes));
+}
+
+void Pass::readValues(const RawAttributes& raw, OutputAttributes& attributes)
+{
+    attributes.clear();
     for (const HTMLReader::RawAttribute& attribute : raw) {
         if (!HTMLVocabulary::isAllowed(attribute.attribute))
             continue;
-        QString value = decodeEntities(Text::fromRepairedUTF8(attribute.value));
-        if (attribute.attribute == style)
-            value = safeStyle(value);
-        attributes.push_back({HTMLVocabulary::nameOfAttribute(attribute.attribute), std::move(value)});
+        const bool isStyle = attribute.attribute == Known::style;
+        if (isPlainValue(attribute.value) && (!isStyle || isPlainStyle(attribute.value))) {
+            attributes.push_back({attribute.attribute,
+                                  QByteArray::fromRawData(attribute.value.data(), attribute.value.size()),
+                                  true});
+            continue;
+        }
+        const QString value = decodeEntities(Text::fromRepairedUTF8(attribute.value));
+        attributes.push_back({attribute.attribute, (isStyle ? safeStyle(value) : value).toUtf8()});
     }
-    return attributes;
+}
+
+void Pass::writeEscaped(QByteArrayView value)
+{
+    qsizetype written = 0;
+    for (qsizetype index = 0; index < value.size(); ++index) {
+        const QLatin1StringView reference = referenceFor(static_cast<uchar>(value[index]));
+        if (reference.isEmpty())
+            continue;
+        write(value.sliced(written, index - written));
+        write(QByteArrayView(reference.data(), reference.size()));
+        written = index + 1;
+    }
+    write(value.sliced(written));
 }
 
 void Pass::writeStartTag(Tag tag, const OutputAttributes& attributes)
 {
     m_output += '<';
-    m_output += HTMLVocabulary::nameOf(tag);
+    write(HTMLVocabulary::nameOf(tag));
     for (const OutputAttribute& attribute : attributes) {
         m_output += ' ';
-        m_output += attribute.name;
+        write(attribute.attribute == HTMLVocabulary::noAttribute
+                  ? QByteArrayView("data-lh-blocked")
+                  : HTMLVocabulary::nameOfAttribute(attribute.attribute));
         m_output += "=\"";
-        m_output += escapeHTML(attribute.value).toUtf8();
+        if (attribute.isPlain)
+            write(attribute.value);
+        else
+            writeEscaped(attribute.value);
         m_output += '"';
     }
     m_output += '>';
@@ -344,8 +416,7 @@ void Pass::endTag(Tag tag)
 {
     if (m_openCounts[static_cast<std::size_t>(tag)] == 0)
         return;
-    static const Tag link = HTMLVocabulary::allowedTag("a");
-    if (tag == link)
+    if (tag == Known::link)
         finishLink();
     if (hasOpenLink() && partsText(tag, {}))
         partLinkText();
@@ -357,7 +428,7 @@ void Pass::endTag(Tag tag)
 void Pass::writeEndTag(Tag tag)
 {
     m_output += "</";
-    m_output += HTMLVocabulary::nameOf(tag);
+    write(HTMLVocabulary::nameOf(tag));
     m_output += '>';
 }
 
@@ -373,16 +444,14 @@ void Pass::closeDownTo(std::size_t depth)
 
 void Pass::applyLinkRule(const RawAttributes& raw, OutputAttributes& attributes)
 {
-    static const Tag link = HTMLVocabulary::allowedTag("a");
-    static const HTMLVocabulary::Attribute href = HTMLVocabulary::knownAttribute("href");
     if (hasOpenLink()) {
         finishLink();
-        writeEndTag(link);
-        std::erase_if(m_openElements, [](const OpenElement& element) { return element.tag == link; });
-        m_openCounts[static_cast<std::size_t>(link)] = 0;
+        writeEndTag(Known::link);
+        std::erase_if(m_openElements, [](const OpenElement& element) { return element.tag == Known::link; });
+        m_openCounts[static_cast<std::size_t>(Known::link)] = 0;
     }
-    const QString target =
-        cleanedForURL(decodeEntities(Text::fromRepairedUTF8(raw.value(href).value_or(QByteArrayView()))));
+    const QString target = cleanedForURL(
+        decodeEntities(Text::fromRepairedUTF8(raw.value(Known::href).value_or(QByteArrayView()))));
     const QString scheme = schemeOf(target).value_or(QString());
     if (scheme != "http"_L1 && scheme != "https"_L1 && scheme != "mailto"_L1)
         return;
@@ -393,10 +462,11 @@ void Pass::applyLinkRule(const RawAttributes& raw, OutputAttributes& attributes)
     m_result.links.append({*url, {}});
     removeTitle(attributes);
     if (m_options.indirectLinks) {
-        attributes.insert(attributes.begin(), {"href", linkPrefix + QString::number(m_currentLink)});
-        attributes.push_back({"title", LinkCleaner::clean(*url).absoluteString()});
+        const QString index = linkPrefix + QString::number(m_currentLink);
+        attributes.insert(attributes.begin(), {Known::href, index.toUtf8(), true});
+        attributes.push_back({Known::title, LinkCleaner::clean(*url).absoluteString().toUtf8()});
     } else {
-        attributes.insert(attributes.begin(), {"href", url->absoluteString()});
+        attributes.insert(attributes.begin(), {Known::href, url->absoluteString().toUtf8()});
     }
 }
 
@@ -438,10 +508,10 @@ bool Pass::applyImageRule(const RawAttributes& raw, OutputAttributes& attributes
     case ImageFate::dropped:
         return false;
     case ImageFate::blocked:
-        attributes.push_back({"data-lh-blocked", {}});
+        attributes.push_back({HTMLVocabulary::noAttribute, {}, true});
         return true;
     case ImageFate::kept:
-        attributes.insert(attributes.begin(), {"src", decision.source});
+        attributes.insert(attributes.begin(), {Known::src, decision.source.toUtf8()});
         return true;
     }
     return false;
@@ -449,9 +519,8 @@ bool Pass::applyImageRule(const RawAttributes& raw, OutputAttributes& attributes
 
 ImageDecision Pass::decideImage(const RawAttributes& raw, const OutputAttributes& attributes)
 {
-    static const HTMLVocabulary::Attribute src = HTMLVocabulary::knownAttribute("src");
-    const QString source =
-        cleanedForURL(decodeEntities(Text::fromRepairedUTF8(raw.value(src).value_or(QByteArrayView()))));
+    const QString source = cleanedForURL(
+        decodeEntities(Text::fromRepairedUTF8(raw.value(Known::src).value_or(QByteArrayView()))));
     const QString scheme = schemeOf(source).value_or(QString());
     if (scheme == "cid"_L1)
         return decideInlineImage(source);
@@ -492,22 +561,21 @@ ImageDecision Pass::decideInlineImage(const QString& source)
 /// Whether the image tracks: as it is written, and as the page gets it.
 bool Pass::isReporting(const QString& source, const RawAttributes& raw, const OutputAttributes& attributes)
 {
-    static const HTMLVocabulary::Attribute hidden = HTMLVocabulary::knownAttribute("hidden");
-    QHash<QString, QString> written;
-    for (const HTMLReader::RawAttribute& attribute : raw)
-        written.insert(QString::fromLatin1(HTMLVocabulary::nameOfAttribute(attribute.attribute)),
-                       Text::fromRepairedUTF8(attribute.value));
-    if (isTracker(source, written) || (source.contains(u'%') && leadsToTracker(source)))
+    const auto written = [&raw](HTMLVocabulary::Attribute attribute) {
+        return Text::fromRepairedUTF8(raw.value(attribute).value_or(QByteArrayView()));
+    };
+    const ImageTag tag{written(Known::width), written(Known::height), written(Known::style)};
+    if (tag.isTracker(source) || (source.contains(u'%') && leadsToTracker(source)))
         return true;
+    const QByteArray safe = valueOf(attributes, Known::style);
+    const ImageTag shown{QString::fromUtf8(valueOf(attributes, Known::width)),
+                         QString::fromUtf8(valueOf(attributes, Known::height)), QString::fromUtf8(safe)};
     // Of the source all is known by now.
-    const QHash<QString, QString> shown{{u"width"_s, valueOf(attributes, "width")},
-                                        {u"height"_s, valueOf(attributes, "height")},
-                                        {u"style"_s, valueOf(attributes, "style")}};
-    if (isTracker({}, shown) || raw.value(hidden))
+    if ((shown != tag && shown.isTracker({})) || raw.value(Known::hidden))
         return true;
-    ImageLook look = ImageLook::ofStyle(shown.value(u"style"_s));
-    look.add(ImageLook::ofAttributes(shown.value(u"width"_s), shown.value(u"height"_s)));
-    look.add(m_rules.of(u"img", valueOf(attributes, "class")));
+    ImageLook look = lookOf(safe);
+    look.add(ImageLook::ofAttributes(shown.width, shown.height));
+    look.add(lookByRules("img", valueOf(attributes, Known::classes)));
     return look.hidesImage() || isWithinHidden();
 }
 

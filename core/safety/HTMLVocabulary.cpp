@@ -48,11 +48,41 @@ std::string_view view(QByteArrayView name)
     return {name.data(), static_cast<std::size_t>(name.size())};
 }
 
+/// Where the names of each letter begin in a sorted table, and behind "z" its end: each tag and each of its
+/// attributes is looked up, most of them among a few names.
 template <std::size_t size>
-int indexOf(const std::array<std::string_view, size>& table, QByteArrayView name)
+constexpr auto startsIn(const std::array<std::string_view, size>& table)
 {
-    const auto found = std::ranges::lower_bound(table, view(name));
-    return found != table.end() && *found == view(name) ? static_cast<int>(found - table.begin()) : -1;
+    std::array<std::size_t, 27> starts{};
+    for (std::size_t letter = 0; letter < starts.size(); ++letter) {
+        while (starts[letter] < size && table[starts[letter]].front() < static_cast<char>('a' + letter))
+            ++starts[letter];
+    }
+    return starts;
+}
+
+template <const auto& table>
+int indexOf(QByteArrayView name)
+{
+    static constexpr auto starts = startsIn(table);
+    if (name.isEmpty() || name[0] < 'a' || name[0] > 'z')
+        return -1;
+    const auto letter = static_cast<std::size_t>(name[0] - 'a');
+    for (std::size_t index = starts[letter]; index < starts[letter + 1]; ++index) {
+        if (table[index] == view(name))
+            return static_cast<int>(index);
+    }
+    return -1;
+}
+
+/// For each allowed tag whether it is among the names.
+template <std::size_t size>
+constexpr auto flagsOf(const std::array<std::string_view, size>& names)
+{
+    std::array<bool, tagCount> flags{};
+    for (std::size_t tag = 0; tag < flags.size(); ++tag)
+        flags[tag] = std::ranges::binary_search(names, allowedTags[tag]);
+    return flags;
 }
 
 QByteArrayView bytes(std::string_view name)
@@ -64,7 +94,7 @@ QByteArrayView bytes(std::string_view name)
 
 Tag allowedTag(QByteArrayView name)
 {
-    return indexOf(allowedTags, name);
+    return indexOf<allowedTags>(name);
 }
 
 QByteArrayView nameOf(Tag tag)
@@ -74,22 +104,24 @@ QByteArrayView nameOf(Tag tag)
 
 bool isVoid(Tag tag)
 {
-    return indexOf(voidTags, nameOf(tag)) >= 0;
+    static constexpr auto flags = flagsOf(voidTags);
+    return flags[static_cast<std::size_t>(tag)];
 }
 
 bool isPhrase(Tag tag)
 {
-    return indexOf(phraseTags, nameOf(tag)) >= 0;
+    static constexpr auto flags = flagsOf(phraseTags);
+    return flags[static_cast<std::size_t>(tag)];
 }
 
 bool isDroppedWithContent(QByteArrayView name)
 {
-    return indexOf(droppedWithContent, name) >= 0;
+    return indexOf<droppedWithContent>(name) >= 0;
 }
 
 Attribute knownAttribute(QByteArrayView name)
 {
-    return indexOf(attributes, name);
+    return indexOf<attributes>(name);
 }
 
 QByteArrayView nameOfAttribute(Attribute attribute)

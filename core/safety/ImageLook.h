@@ -52,6 +52,9 @@ public:
     /// The text of a sheet as `HTMLSanitizer::safeStyle` gives it. Gives whether it says anything of images.
     bool addSheet(QStringView css);
 
+    /// Whether there is no rule.
+    bool isEmpty() const { return m_looks.isEmpty() && !m_isFull; }
+
     /// What the rules say of an element. `classes` are separated by blanks.
     ImageLook of(QStringView tag, QStringView classes) const;
 

@@ -69,16 +69,31 @@ constexpr std::array trackingPrefixes{"utm_"_L1, "pk_"_L1, "mtm_"_L1};
 constexpr std::array secondLevelLabels{"co"_L1,  "com"_L1, "net"_L1, "org"_L1, "gov"_L1, "ac"_L1,
                                        "edu"_L1, "ne"_L1,  "or"_L1,  "go"_L1,  "gob"_L1, "nic"_L1};
 
+/// Where the names of each first character begin in the table: nearly all words that aren't in it end here.
+constexpr auto trackingStarts = [] {
+    std::array<unsigned char, 0x81> starts{};
+    for (std::size_t character = 0; character < starts.size(); ++character) {
+        while (starts[character] < trackingParameters.size() &&
+               static_cast<unsigned char>(trackingParameters[starts[character]].front()) < character)
+            ++starts[character];
+    }
+    return starts;
+}();
+
 /// `name` is in small letters.
 bool isTrackingName(QStringView name)
 {
     const auto latin1 = [](std::string_view known) {
         return QLatin1StringView(known.data(), static_cast<qsizetype>(known.size()));
     };
-    const auto row = std::ranges::partition_point(
-        trackingParameters, [&](std::string_view known) { return name.compare(latin1(known)) > 0; });
-    return (row != trackingParameters.end() && name == latin1(*row)) ||
-           std::ranges::any_of(trackingPrefixes,
+    if (name.isEmpty() || name.front().unicode() >= 0x80)
+        return false;
+    const char16_t first = name.front().unicode();
+    for (std::size_t row = trackingStarts[first]; row < trackingStarts[first + 1U]; ++row) {
+        if (name == latin1(trackingParameters[row]))
+            return true;
+    }
+    return std::ranges::any_of(trackingPrefixes,
                                [&](QLatin1StringView prefix) { return name.startsWith(prefix); });
 }
 
@@ -177,22 +192,29 @@ QString registrableDomain(const QString& host)
 
 MailURL clean(const MailURL& url)
 {
-    if (!url.query())
+    const std::optional<QStringView> query = url.query();
+    if (!query)
         return url;
-    const QList<QStringView> items = QStringView(*url.query()).split(u'&');
     QString kept;
-    qsizetype keptCount = 0;
-    for (const QStringView item : items) {
-        if (isTracking(item))
+    bool keepsAny = false;
+    bool dropsAny = false;
+    for (qsizetype start = 0; start <= query->size();) {
+        const qsizetype ampersand = query->indexOf(u'&', start);
+        const qsizetype end = ampersand < 0 ? query->size() : ampersand;
+        const QStringView item = query->sliced(start, end - start);
+        start = end + 1;
+        if (isTracking(item)) {
+            dropsAny = true;
             continue;
-        if (keptCount > 0)
+        }
+        if (keepsAny)
             kept += u'&';
         kept += item;
-        ++keptCount;
+        keepsAny = true;
     }
-    if (keptCount == items.size())
+    if (!dropsAny)
         return url;
-    return url.withQuery(keptCount > 0 ? std::optional(kept) : std::nullopt);
+    return url.withQuery(keepsAny ? std::optional<QStringView>(kept) : std::nullopt);
 }
 
 QList<Warning> warnings(const LinkRecord& link)

@@ -26,24 +26,25 @@ bool isAllowed(char16_t unit)
     return unit < allowedCharacters.size() && allowedCharacters[unit];
 }
 
-/// Whether all of the text may stand in a URL as it is, as nearly all URLs may.
+/// Whether all of the text may stand in a URL as it is.
 bool isEncoded(QStringView text)
 {
+    const char16_t* const units = text.utf16();
     for (qsizetype i = 0; i < text.size(); ++i) {
-        if (!isAllowed(text[i].unicode()) && !UTF8::isPercentEncodedAt(text, i))
+        if (!isAllowed(units[i]) && !UTF8::isPercentEncodedAt(text, i))
             return false;
     }
     return true;
 }
 
-/// The text with what may not stand in a URL percent-encoded, valid percent-encoding untouched.
-QString percentEncoded(QStringView text)
+/// Adds the text with what may not stand in a URL percent-encoded, valid percent-encoding untouched.
+void appendEncoded(QStringView text, QString& result)
 {
-    if (isEncoded(text))
-        return text.toString();
+    if (isEncoded(text)) {
+        result += text;
+        return;
+    }
     const QByteArray bytes = UTF8::encoded(text);
-    QString result;
-    result.reserve(bytes.size());
     for (qsizetype i = 0; i < bytes.size(); ++i) {
         const auto byte = static_cast<uchar>(bytes[i]);
         const bool isEncoded = byte == '%' && i + 2 < bytes.size() &&
@@ -58,15 +59,45 @@ QString percentEncoded(QStringView text)
         result += QLatin1Char(digits[byte >> 4]);
         result += QLatin1Char(digits[byte & 0xf]);
     }
-    return result;
-}
-
-std::optional<QString> percentEncoded(const std::optional<QStringView>& text)
-{
-    return text ? std::optional(percentEncoded(*text)) : std::nullopt;
 }
 
 } // namespace
+
+MailURL::Span MailURL::append(QStringView part)
+{
+    const qsizetype start = m_text.size();
+    appendEncoded(part, m_text);
+    return {start, m_text.size()};
+}
+
+bool MailURL::keep(QStringView text, const URLParts& parts)
+{
+    const auto spanOf = [text](QStringView part) {
+        const qsizetype start = part.utf16() - text.utf16();
+        return Span{start, start + part.size()};
+    };
+    const auto isPlain = [](const std::optional<QStringView>& part) { return !part || isEncoded(*part); };
+    const bool isBracketed = parts.hostEnd > parts.hostStart && text[parts.hostStart] == u'[';
+    const qsizetype bracket = isBracketed ? 1 : 0;
+    const Span host{parts.hostStart + bracket, parts.hostEnd - bracket};
+    if (text.sliced(host.start, host.end - host.start) != parts.host || !isPlain(parts.userInfo) ||
+        !isEncoded(parts.path) || !isPlain(parts.query) || !isPlain(parts.fragment))
+        return false;
+    m_text = text.toString();
+    m_schemeEnd = parts.scheme.size();
+    m_path = spanOf(parts.path);
+    if (parts.hasAuthority)
+        m_host = host;
+    if (parts.userInfo)
+        m_userInfo = spanOf(*parts.userInfo);
+    if (parts.port)
+        m_port = spanOf(*parts.port);
+    if (parts.query)
+        m_query = spanOf(*parts.query);
+    if (parts.fragment)
+        m_fragment = spanOf(*parts.fragment);
+    return true;
+}
 
 std::optional<MailURL> MailURL::parse(QStringView text)
 {
@@ -74,56 +105,76 @@ std::optional<MailURL> MailURL::parse(QStringView text)
     if (!parts)
         return std::nullopt;
     MailURL url;
-    url.m_scheme = parts->scheme.toString();
-    url.m_hasAuthority = parts->hasAuthority;
-    url.m_userInfo = percentEncoded(parts->userInfo);
-    url.m_host = parts->host;
-    if (parts->port)
-        url.m_port = parts->port->toString();
-    url.m_path = percentEncoded(parts->path);
-    url.m_query = percentEncoded(parts->query);
-    url.m_fragment = percentEncoded(parts->fragment);
-    return url;
-}
-
-QString MailURL::absoluteString() const
-{
-    const auto sizeOf = [](const std::optional<QString>& part) { return part ? part->size() + 1 : 0; };
-    QString result;
-    result.reserve(m_scheme.size() + m_host.size() + m_path.size() + sizeOf(m_userInfo) + sizeOf(m_port) +
-                   sizeOf(m_query) + sizeOf(m_fragment) + 5);
-    result += m_scheme;
-    result += u':';
-    if (m_hasAuthority) {
-        result += "//"_L1;
-        if (m_userInfo)
-            result += *m_userInfo + u'@';
-        result += bracketedHost(m_host);
-        if (m_port)
-            result += u':' + *m_port;
+    if (url.keep(text, *parts))
+        return url;
+    QString& whole = url.m_text;
+    whole.reserve(text.size());
+    whole += parts->scheme;
+    url.m_schemeEnd = whole.size();
+    whole += u':';
+    if (parts->hasAuthority) {
+        whole += "//"_L1;
+        if (parts->userInfo) {
+            url.m_userInfo = url.append(*parts->userInfo);
+            whole += u'@';
+        }
+        const bool isBracketed = parts->host.contains(u':');
+        if (isBracketed)
+            whole += u'[';
+        // It is in ASCII already, and a percent sign is none of its characters.
+        url.m_host.start = whole.size();
+        whole += parts->host;
+        url.m_host.end = whole.size();
+        if (isBracketed)
+            whole += u']';
+        if (parts->port) {
+            whole += u':';
+            url.m_port = url.append(*parts->port);
+        }
     }
-    result += m_path;
-    if (m_query)
-        result += u'?' + *m_query;
-    if (m_fragment)
-        result += u'#' + *m_fragment;
-    return result;
+    url.m_path = url.append(parts->path);
+    if (parts->query) {
+        whole += u'?';
+        url.m_query = url.append(*parts->query);
+    }
+    if (parts->fragment) {
+        whole += u'#';
+        url.m_fragment = url.append(*parts->fragment);
+    }
+    return url;
 }
 
 QString MailURL::user() const
 {
-    return m_userInfo ? m_userInfo->section(u':', 0, 0) : QString();
+    const QStringView userInfo = view(m_userInfo);
+    const qsizetype colon = userInfo.indexOf(u':');
+    return (colon < 0 ? userInfo : userInfo.first(colon)).toString();
 }
 
 std::optional<int> MailURL::port() const
 {
-    return m_port && !m_port->isEmpty() ? std::optional(m_port->toInt()) : std::nullopt;
+    const QStringView digits = view(m_port);
+    return digits.isEmpty() ? std::nullopt : std::optional(digits.toInt());
 }
 
-MailURL MailURL::withQuery(std::optional<QString> query) const
+MailURL MailURL::withQuery(std::optional<QStringView> query) const
 {
     MailURL url = *this;
-    url.m_query = std::move(query);
+    QString& whole = url.m_text;
+    whole = QString();
+    whole.reserve(m_text.size() + (query ? query->size() + 1 : 0));
+    whole += QStringView(m_text).first(m_path.end);
+    url.m_query = {};
+    if (query) {
+        whole += u'?';
+        url.m_query = {whole.size(), whole.size() + query->size()};
+        whole += *query;
+    }
+    if (m_fragment.isThere()) {
+        whole += u'#';
+        url.m_fragment = {whole.size(), whole.size() + view(m_fragment).size()};
+        whole += view(m_fragment);
+    }
     return url;
 }
 

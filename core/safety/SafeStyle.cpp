@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -43,71 +44,99 @@ QStringView withoutVendor(QStringView name)
     return end < 0 ? name : name.sliced(end + 1);
 }
 
-bool holdsRefusedFunction(QStringView piece)
-{
-    for (qsizetype bracket = piece.indexOf(u'('); bracket >= 0; bracket = piece.indexOf(u'(', bracket + 1)) {
-        qsizetype start = bracket;
-        while (start > 0 && isNameCharacter(piece[start - 1]))
-            --start;
-        if (isOneOf(withoutVendor(piece.sliced(start, bracket - start)), refusedFunctions))
-            return true;
-    }
-    return false;
-}
-
-bool isRefusedPosition(QStringView piece)
-{
-    const qsizetype colon = piece.indexOf(u':');
-    if (colon < 0 || piece.first(colon).trimmed().compare(positionName, Qt::CaseInsensitive) != 0)
-        return false;
-    QStringView value = piece.sliced(colon + 1);
-    if (const qsizetype mark = value.indexOf(u'!'); mark >= 0)
-        value.truncate(mark);
-    return !isOneOf(value.trimmed(), allowedPositions);
-}
-
 bool endsPiece(QChar character)
 {
     return character == u';' || character == u'{' || character == u'}';
 }
 
-/// Whether anything in the text is worth a look; most styles of honest mail have neither.
-bool mayHoldRefused(QStringView text)
+qsizetype endOfPiece(QStringView text, qsizetype position)
 {
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        const char16_t unit = text[i].unicode();
-        if (unit == u'(')
-            return true;
-        if ((unit == u'p' || unit == u'P') && text.sliced(i).startsWith(positionName, Qt::CaseInsensitive))
-            return true;
+    while (position < text.size() && !endsPiece(text[position]))
+        ++position;
+    return position;
+}
+
+/// A piece of the text that is taken out.
+struct Piece {
+    qsizetype start = 0;
+    qsizetype end = 0;
+};
+
+bool isRefusedFunction(QStringView text, qsizetype bracket)
+{
+    qsizetype start = bracket;
+    while (start > 0 && isNameCharacter(text[start - 1]))
+        --start;
+    return isOneOf(withoutVendor(text.sliced(start, bracket - start)), refusedFunctions);
+}
+
+/// Adds the pieces that call a refused function.
+void refuseFunctions(QStringView text, std::vector<Piece>& refused)
+{
+    qsizetype bracket = text.indexOf(u'(');
+    while (bracket >= 0) {
+        qsizetype next = bracket + 1;
+        if (isRefusedFunction(text, bracket)) {
+            qsizetype start = bracket;
+            while (start > 0 && !endsPiece(text[start - 1]))
+                --start;
+            refused.push_back({start, endOfPiece(text, bracket)});
+            next = refused.back().end;
+        }
+        bracket = text.indexOf(u'(', next);
     }
-    return false;
+}
+
+/// Adds the pieces that begin with "position" and a colon, and name no allowed one.
+void refusePositions(QStringView text, std::vector<Piece>& refused)
+{
+    for (qsizetype colon = text.indexOf(u':'); colon >= 0; colon = text.indexOf(u':', colon + 1)) {
+        qsizetype nameEnd = colon;
+        while (nameEnd > 0 && text[nameEnd - 1].isSpace())
+            --nameEnd;
+        qsizetype start = nameEnd - positionName.size();
+        // Nearly all names end in another letter.
+        if (start < 0 || (text[nameEnd - 1].unicode() | 0x20) != u'n' ||
+            text.sliced(start, positionName.size()).compare(positionName, Qt::CaseInsensitive) != 0)
+            continue;
+        while (start > 0 && text[start - 1].isSpace())
+            --start;
+        if (start > 0 && !endsPiece(text[start - 1]))
+            continue;
+        const qsizetype end = endOfPiece(text, colon);
+        QStringView value = text.sliced(colon + 1, end - colon - 1);
+        if (const qsizetype mark = value.indexOf(u'!'); mark >= 0)
+            value.truncate(mark);
+        if (!isOneOf(value.trimmed(), allowedPositions))
+            refused.push_back({start, end});
+    }
 }
 
 } // namespace
 
 QString safeStyle(const QString& css)
 {
-    QString filtered = sanitizeCSS(css);
-    if (!mayHoldRefused(filtered))
-        return filtered;
-    // Cut at each of these marks, within strings as well: a name never goes over one, so that wherever a
+    const QString filtered = sanitizeCSS(css);
+    // Cut at each ";", "{" and "}", within strings as well: a name never goes over one, so that wherever a
     // browser sees a declaration begin, a piece begins here. The marks stay, and nothing is joined.
-    QString result;
-    result.reserve(filtered.size());
     const QStringView text(filtered);
-    qsizetype start = 0;
-    for (qsizetype end = 0; end <= text.size(); ++end) {
-        if (end < text.size() && !endsPiece(text[end]))
+    std::vector<Piece> refused;
+    refuseFunctions(text, refused);
+    refusePositions(text, refused);
+    if (refused.empty())
+        return filtered;
+    std::ranges::sort(refused, {}, &Piece::start);
+    QString result;
+    result.reserve(text.size());
+    qsizetype copied = 0;
+    for (const Piece& piece : refused) {
+        // The same piece may be refused for both reasons.
+        if (piece.start < copied)
             continue;
-        const QStringView piece = text.sliced(start, end - start);
-        if (!holdsRefusedFunction(piece) && !isRefusedPosition(piece))
-            result += piece;
-        if (end < text.size())
-            result += text[end];
-        start = end + 1;
+        result += text.sliced(copied, piece.start - copied);
+        copied = piece.end;
     }
-    return result;
+    return result += text.sliced(copied);
 }
 
 } // namespace Larkhaven::HTMLSanitizer

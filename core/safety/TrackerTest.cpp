@@ -1,3 +1,5 @@
+#include "safety/TrackerTest.h"
+
 #include "domain/Text.h"
 #include "safety/HTMLSanitizer.h"
 #include "safety/TrackerTables.h"
@@ -13,11 +15,34 @@ using namespace Qt::StringLiterals;
 namespace Larkhaven::HTMLSanitizer {
 namespace {
 
+/// The characters that fragments begin with, as bits; no fragment begins beyond the letters.
 template <std::size_t size>
-bool containsAny(QStringView text, const std::array<QLatin1StringView, size>& fragments)
+constexpr std::array<bool, 0x80> beginnings(const std::array<QLatin1StringView, size>& fragments)
 {
-    return std::ranges::any_of(fragments,
-                               [&](QLatin1StringView fragment) { return text.contains(fragment); });
+    std::array<bool, 0x80> begins{};
+    for (const QLatin1StringView fragment : fragments)
+        begins[static_cast<unsigned char>(*fragment.data())] = true;
+    return begins;
+}
+
+/// Whether the text holds one of the fragments. One pass over the text: of most characters no fragment begins
+/// with them, and of the others one or two do.
+template <const auto& fragments>
+bool containsAny(QStringView text)
+{
+    static constexpr auto begins = beginnings(fragments);
+    const char16_t* const units = text.utf16();
+    for (qsizetype index = 0; index < text.size(); ++index) {
+        const char16_t unit = units[index];
+        if (unit >= begins.size() || !begins[unit])
+            continue;
+        for (const QLatin1StringView fragment : fragments) {
+            if (static_cast<unsigned char>(*fragment.data()) == unit &&
+                text.sliced(index).startsWith(fragment))
+                return true;
+        }
+    }
+    return false;
 }
 
 QStringView withoutUnits(QStringView text)
@@ -51,18 +76,12 @@ std::optional<qint64> integer(QStringView text)
     return isNegative ? -value : value;
 }
 
-std::optional<qint64> dimension(const QHash<QString, QString>& attributes, const QString& name)
-{
-    const auto found = attributes.constFind(name);
-    return found == attributes.constEnd() ? std::nullopt : integer(withoutUnits(*found));
-}
-
-bool isTooSmallToSee(const QHash<QString, QString>& attributes)
+bool isTooSmallToSee(const ImageTag& tag)
 {
     constexpr qint64 smallestArea = 4;
     constexpr qint64 smallestEdge = 2;
-    const std::optional<qint64> width = dimension(attributes, u"width"_s);
-    const std::optional<qint64> height = dimension(attributes, u"height"_s);
+    const std::optional<qint64> width = integer(withoutUnits(tag.width));
+    const std::optional<qint64> height = integer(withoutUnits(tag.height));
     return (width && height && *width < smallestArea && *height < smallestArea) ||
            (width && *width < smallestEdge) || (height && *height < smallestEdge);
 }
@@ -104,21 +123,28 @@ bool leadsToTracker(const QString& source)
     if (!parts || parts->host.isEmpty())
         return false;
     const QString behindHost = decodedWhereASCII(QStringView(source).sliced(parts->hostEnd));
-    return containsAny(Text::lowered(behindHost), trackerPathFragments);
+    return containsAny<trackerPathFragments>(Text::lowered(behindHost));
 }
 
 bool isTracker(const QString& source, const QHash<QString, QString>& attributes)
 {
-    if (isTooSmallToSee(attributes))
+    const ImageTag tag{attributes.value(u"width"_s), attributes.value(u"height"_s),
+                       attributes.value(u"style"_s)};
+    return tag.isTracker(source);
+}
+
+bool ImageTag::isTracker(const QString& source) const
+{
+    if (isTooSmallToSee(*this))
         return true;
-    if (containsAny(Text::lowered(attributes.value(u"style"_s)).remove(u' '), hidingStyles))
+    if (containsAny<hidingStyles>(Text::lowered(style).remove(u' ')))
         return true;
     const QString lowered = Text::lowered(source);
     const std::optional<URLParts> parts = URLParts::read(lowered);
     if (!parts || parts->host.isEmpty())
         return false;
-    return containsAny(Text::asciiLowered(parts->host), trackerHostFragments) ||
-           containsAny(QStringView(lowered).sliced(parts->hostEnd), trackerPathFragments);
+    return containsAny<trackerHostFragments>(Text::asciiLowered(parts->host)) ||
+           containsAny<trackerPathFragments>(QStringView(lowered).sliced(parts->hostEnd));
 }
 
 } // namespace Larkhaven::HTMLSanitizer

@@ -33,20 +33,6 @@ bool isLabel(QStringView label)
            std::ranges::all_of(label, isLabelCharacter);
 }
 
-/// Whether the text is a name that can be looked up; a "." at its end stands for the root.
-bool isName(QStringView name)
-{
-    if (name.endsWith(u'.'))
-        name.chop(1);
-    if (name.size() > maximumLength)
-        return false;
-    for (const QStringView label : name.tokenize(u'.')) {
-        if (!isLabel(label))
-            return false;
-    }
-    return true;
-}
-
 /// What is not an error of the name itself: browsers take hyphens anywhere, and an empty label marks the
 /// root.
 constexpr uint32_t toleratedErrors = UIDNA_ERROR_EMPTY_LABEL | UIDNA_ERROR_LEADING_HYPHEN |
@@ -75,8 +61,30 @@ std::optional<QString> mappedByUTS46(QStringView name)
 
 } // namespace
 
+bool isName(QStringView name)
+{
+    // A "." at its end stands for the root.
+    if (name.endsWith(u'.'))
+        name.chop(1);
+    if (name.size() > maximumLength)
+        return false;
+    const char16_t* const units = name.utf16();
+    qsizetype labelStart = 0;
+    for (qsizetype index = 0; index <= name.size(); ++index) {
+        if (index < name.size() && units[index] != u'.')
+            continue;
+        if (!isLabel(name.sliced(labelStart, index - labelStart)))
+            return false;
+        labelStart = index + 1;
+    }
+    return true;
+}
+
 std::optional<QString> asciiName(QStringView name)
 {
+    // Most names need neither decoding nor mapping.
+    if (isName(name))
+        return name.toString();
     std::optional<QString> result = name.contains(u'%') ? UTF8::percentDecoded(name) : name.toString();
     if (result && !isASCII(*result))
         result = mappedByUTS46(*result);

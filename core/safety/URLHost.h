@@ -24,6 +24,10 @@ inline constexpr qsizetype maximumLabelLength = 63;
 /// NB: RFC 3986, 3.2.2 lets more characters stand in a host; browsers and resolvers open none of these.
 std::optional<QString> asciiName(QStringView name);
 
+/// Whether the text is a name in ASCII that can be looked up, as most hosts of URLs are: `asciiName` gives it
+/// as it is.
+bool isName(QStringView name);
+
 /// The address that a host is, as it is usually written: an IPv4 address as four decimal numbers, however
 /// many decimal, octal or hexadecimal numbers the host writes it in (URL Standard, 3.5), an IPv6 address as
 /// RFC 5952 has it, and one that stands for an IPv4 address (RFC 4291, 2.5.5.2) as that. Absent where the

@@ -32,10 +32,20 @@ bool isHTTP(QStringView scheme)
     return Text::isSameKeyword(scheme, u"http") || Text::isSameKeyword(scheme, u"https");
 }
 
-/// Cuts the text at the first `mark`. Gives what stands behind it; absent where there is none.
-std::optional<QStringView> cutAt(QStringView& text, QChar mark)
+/// The first of the characters; -1 where there is none. The parts of a URL are short, for which a search with
+/// vectors takes longer.
+qsizetype indexOf(QStringView text, char16_t mark)
 {
-    const qsizetype index = text.indexOf(mark);
+    const char16_t* const begin = text.utf16();
+    const char16_t* const end = begin + text.size();
+    const char16_t* const found = std::find(begin, end, mark);
+    return found == end ? -1 : found - begin;
+}
+
+/// Cuts the text at the first `mark`. Gives what stands behind it; absent where there is none.
+std::optional<QStringView> cutAt(QStringView& text, char16_t mark)
+{
+    const qsizetype index = indexOf(text, mark);
     if (index < 0)
         return std::nullopt;
     const QStringView behind = text.sliced(index + 1);
@@ -78,7 +88,7 @@ bool isPort(QStringView digits)
 /// Reads `[ userinfo "@" ] host [ ":" port ]`, which begins at `start` of the whole text.
 bool readAuthority(QStringView authority, qsizetype start, URLParts& parts)
 {
-    if (const qsizetype at = authority.indexOf(u'@'); at >= 0) {
+    if (const qsizetype at = indexOf(authority, u'@'); at >= 0) {
         parts.userInfo = authority.first(at);
         authority = authority.sliced(at + 1);
         start += at + 1;
@@ -90,14 +100,18 @@ bool readAuthority(QStringView authority, qsizetype start, URLParts& parts)
         hostLength = authority.indexOf(u']') + 1;
         if (hostLength == 0 || !URLHost::isIPv6Address(authority.sliced(1, hostLength - 2)))
             return false;
-        parts.host = authority.sliced(1, hostLength - 2).toString();
+        parts.host = authority.sliced(1, hostLength - 2);
     } else {
-        const qsizetype colon = authority.indexOf(u':');
+        const qsizetype colon = indexOf(authority, u':');
         hostLength = colon < 0 ? authority.size() : colon;
-        const std::optional<QString> name = URLHost::asciiName(authority.first(hostLength));
-        if (!name)
-            return false;
-        parts.host = *name;
+        parts.host = authority.first(hostLength);
+        if (!URLHost::isName(parts.host)) {
+            const std::optional<QString> name = URLHost::asciiName(parts.host);
+            if (!name)
+                return false;
+            parts.mappedHost = *name;
+            parts.host = parts.mappedHost;
+        }
     }
     parts.hostStart = start;
     parts.hostEnd = start + hostLength;
@@ -112,7 +126,7 @@ bool readAuthority(QStringView authority, qsizetype start, URLParts& parts)
 
 std::optional<URLParts> URLParts::read(QStringView text)
 {
-    const qsizetype colon = text.indexOf(u':');
+    const qsizetype colon = indexOf(text, u':');
     if (colon < 1 || !isASCIILetter(text.front()) ||
         !std::ranges::all_of(text.first(colon), isSchemeCharacter))
         return std::nullopt;
@@ -124,7 +138,7 @@ std::optional<URLParts> URLParts::read(QStringView text)
     parts.hasAuthority = rest.startsWith("//"_L1);
     if (parts.hasAuthority) {
         rest = rest.sliced(2);
-        const qsizetype slash = rest.indexOf(u'/');
+        const qsizetype slash = indexOf(rest, u'/');
         const QStringView authority = slash < 0 ? rest : rest.first(slash);
         if (!readAuthority(authority, colon + 3, parts))
             return std::nullopt;
@@ -138,7 +152,7 @@ std::optional<URLParts> URLParts::read(QStringView text)
 
 std::optional<QString> schemeOf(QStringView text)
 {
-    const qsizetype colon = text.indexOf(u':');
+    const qsizetype colon = indexOf(text, u':');
     if (colon < 1)
         return std::nullopt;
     const QStringView scheme = text.first(colon);
@@ -150,9 +164,9 @@ std::optional<QString> schemeOf(QStringView text)
     return Text::lowered(scheme);
 }
 
-QString bracketedHost(const QString& host)
+QString bracketedHost(QStringView host)
 {
-    return host.contains(u':') ? u'[' + host + u']' : host;
+    return host.contains(u':') ? u'[' + host.toString() + u']' : host.toString();
 }
 
 } // namespace Larkhaven

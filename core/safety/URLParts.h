@@ -17,14 +17,16 @@ namespace Larkhaven {
 /// browsers take for its end; a port is at most 65535. NB: Laxer than the RFC where nothing can be mistaken:
 /// path, query and fragment may hold any character, which who writes the URL then encodes.
 ///
-/// The views point into the text that was read, which must outlive them.
+/// The views point into the text that was read, which must outlive them, the host into `mappedHost` where it
+/// is written otherwise.
 struct URLParts {
     static std::optional<URLParts> read(QStringView text);
 
     QStringView scheme;                  ///< as written
     bool hasAuthority = false;           ///< whether "//" follows the scheme
     std::optional<QStringView> userInfo; ///< user and password, percent-encoded as written
-    QString host; ///< in ASCII (see `URLHost`), in the case of the text; IPv6 without brackets
+    QStringView host;   ///< in ASCII (see `URLHost`), in the case of the text; IPv6 without brackets
+    QString mappedHost; ///< empty where the host stands in the text as it is
     std::optional<QStringView> port; ///< decimal digits, may be empty
     QStringView path;
     std::optional<QStringView> query;    ///< without "?"
@@ -39,6 +41,6 @@ struct URLParts {
 std::optional<QString> schemeOf(QStringView text);
 
 /// The host as it stands in a URL: an IPv6 address in brackets, any other as it is.
-QString bracketedHost(const QString& host);
+QString bracketedHost(QStringView host);
 
 } // namespace Larkhaven

@@ -5,6 +5,7 @@
 #include "support/QtPrinters.h"
 
 #include <gtest/gtest.h>
+#include <random>
 
 using namespace Qt::StringLiterals;
 
@@ -177,6 +178,38 @@ TEST(MailURL, ReplacesItsQuery)
     EXPECT_EQ(url.withQuery(u"b"_s).absoluteString(), u"https://x/?b#f");
     EXPECT_EQ(url.withQuery(u""_s).absoluteString(), u"https://x/?#f");
     EXPECT_EQ(url.withQuery(std::nullopt).absoluteString(), u"https://x/#f");
+}
+
+TEST(MailURL, IsTheSameWhenItIsReadAgain)
+{
+    const QStringList parts{u"https://"_s,  u"mailto:"_s, u"user"_s, u":"_s,         u"@"_s,
+                            u"x.example"_s, u"[::1]"_s,   u":80"_s,  u"/"_s,         u"?"_s,
+                            u"#"_s,         u"a=b"_s,     u"%41"_s,  u"%"_s,         u"ü"_s,
+                            u"\""_s,        u" "_s,       u"&"_s,    u"ÄÖ.example"_s};
+    std::mt19937 random(5);
+    int read = 0;
+    for (int round = 0; round < 50'000; ++round) {
+        QString text = random() % 2 ? u"https://x.example"_s : QString();
+        for (auto count = random() % 8; count > 0; --count)
+            text += parts[static_cast<qsizetype>(random() % static_cast<unsigned long>(parts.size()))];
+        const std::optional<MailURL> url = MailURL::parse(text);
+        if (!url)
+            continue;
+        ++read;
+        // Whatever must change in a URL has changed in the first reading, so that the second keeps the text.
+        const std::optional<MailURL> again = MailURL::parse(url->absoluteString());
+        ASSERT_TRUE(again) << text.toStdString();
+        ASSERT_EQ(again->absoluteString(), url->absoluteString()) << text.toStdString();
+        ASSERT_EQ(again->scheme(), url->scheme());
+        ASSERT_EQ(again->userInfo(), url->userInfo());
+        ASSERT_EQ(again->host(), url->host());
+        ASSERT_EQ(again->port(), url->port());
+        ASSERT_EQ(again->path(), url->path());
+        ASSERT_EQ(again->query(), url->query());
+        ASSERT_EQ(again->fragment(), url->fragment());
+        ASSERT_EQ(url->withQuery(url->query()), *url);
+    }
+    EXPECT_GT(read, 10'000) << "hardly a text is a URL";
 }
 
 TEST(MailURL, GoesToTheDesktopAsTheSameURL)
