@@ -94,6 +94,9 @@ Task<QString> IMAPFolders::require(Mailbox role, Client client, Missing missing)
 
 Task<QString> IMAPFolders::displayPath(QString mailbox, Client client)
 {
+    // The Inbox lies below nothing, and its first page waits for no list of mailboxes.
+    if (IMAPMailboxes::isInbox(mailbox))
+        co_return IMAPMailboxes::displayPath(mailbox, std::nullopt);
     co_await know(client);
     const auto listed = std::ranges::find(*m_mailboxes, mailbox, &IMAPClient::ListedMailbox::name);
     QString path =

@@ -90,7 +90,7 @@ TEST(IMAPProvider, ListsAPageNewestFirstWithWhatItsHeadersTell)
              .server("* 1 FETCH (UID 9 FLAGS (\\seen \\Flagged) RFC822.SIZE 1234 BODY[HEADER.FIELDS (DATE "
                      "FROM TO SUBJECT CONTENT-TYPE)] {" +
                      QByteArray::number(header.size()) + "}\r\n" + header + ")\r\n")
-             .then("S: P6 OK\nC: P7 LIST \"\" \"*\"\nS: * LIST () \".\" INBOX\nS: P7 OK")});
+             .then("S: P6 OK")});
     const MessagePage page = providing.list();
     MessageSummary expected;
     expected.id = u"9.7:INBOX"_s;
@@ -122,7 +122,7 @@ MessageSummary rowOf(const QByteArray& header)
                    "BODY.PEEK[HEADER.FIELDS (DATE FROM TO SUBJECT CONTENT-TYPE)])")
              .server("* 1 FETCH (UID 9 BODY[HEADER.FIELDS (DATE FROM TO SUBJECT CONTENT-TYPE)] {" +
                      QByteArray::number(header.size()) + "}\r\n" + header + ")\r\n")
-             .then("S: P6 OK\nC: P7 LIST \"\" \"*\"\nS: P7 OK")});
+             .then("S: P6 OK")});
     const MessagePage page = providing.list();
     return page.messages.value(0);
 }
@@ -238,8 +238,7 @@ TEST(IMAPProvider, FetchesWhatIsTooLargeForOneAnswerInHalvesAndAtLastWithoutHead
          signedIn().then(selectedAgain + "C: P5 UID FETCH 8:9" + headerItems +
                          "S: * 4 FETCH (UID 9 BODY[X] \"Subject: nine\")\n"
                          "S: * 3 FETCH (UID 8 BODY[X] \"Subject: eight\")\nS: P5 OK\n"
-                         "C: P6 LIST \"\" \"*\"\nS: P6 OK\n"
-                         "C: P7 UID FETCH 6:7" +
+                         "C: P6 UID FETCH 6:7" +
                          headerItems + oneTooLarge),
          signedIn().then(selectedAgain +
                          "C: P5 UID FETCH 8:9 (UID FLAGS)\nS: * 3 FETCH (UID 8 FLAGS ())\n"
@@ -288,16 +287,16 @@ TEST(IMAPProvider, AsksOnceForAListingThatIsTooLarge)
         session("C: P4 SELECT \"INBOX\"\nS: P4 OK\nC: P5 UID SEARCH ALL\nS: * SEARCH {104857601}"));
     expectProtocolError(searching->listMessages(inbox, std::nullopt, 0, 50, true),
                         u"Server response too large."_s);
-    Providing known({listedOnce("C: P8 UID FETCH 3,5 (UID FLAGS)\nS: * 1 FETCH (UID 3 FLAGS {104857601}")});
+    Providing known({listedOnce("C: P7 UID FETCH 3,5 (UID FLAGS)\nS: * 1 FETCH (UID 3 FLAGS {104857601}")});
     known.list();
     expectProtocolError(known->listMessages(inbox, std::nullopt, 0, 50, false),
                         u"Server response too large."_s);
     // Nor is a page asked for again that was only lost before.
     Providing lost(
-        {listedOnce("C: P8 SELECT \"INBOX\"\nS: * OK [UIDVALIDITY 7]\nS: P8 OK\n"
-                    "C: P9 UID SEARCH ALL\nS: * SEARCH 3 5 9 10\nS: P9 OK\n"
-                    "C: P10 UID FETCH 3,5 (UID FLAGS)\nS: * 1 FETCH (UID 3 FLAGS ())\n"
-                    "S: * 2 FETCH (UID 5 FLAGS ())\nS: P10 OK\nC: P11 UID FETCH 9:10" +
+        {listedOnce("C: P7 SELECT \"INBOX\"\nS: * OK [UIDVALIDITY 7]\nS: P7 OK\n"
+                    "C: P8 UID SEARCH ALL\nS: * SEARCH 3 5 9 10\nS: P8 OK\n"
+                    "C: P9 UID FETCH 3,5 (UID FLAGS)\nS: * 1 FETCH (UID 3 FLAGS ())\n"
+                    "S: * 2 FETCH (UID 5 FLAGS ())\nS: P9 OK\nC: P10 UID FETCH 9:10" +
                     headerItems + "[CLOSE]"),
          signedIn().then("C: P4 SELECT \"INBOX\"\nS: * OK [UIDVALIDITY 7]\nS: P4 OK\n"
                          "C: P5 UID SEARCH ALL\nS: * SEARCH 3 5 9 10\nS: P5 OK\n"
@@ -346,11 +345,9 @@ TEST(IMAPProvider, ListsPagesOfTheSameListingWithoutASearch)
         S: * 1 FETCH (UID 4 BODY[X] "")
         S: * 1 FETCH (UID 5 BODY[X] "")
         S: P6 OK
-        C: P7 LIST "" "*"
-        S: P7 OK
-        C: P8 UID FETCH 3 (UID FLAGS INTERNALDATE RFC822.SIZE BODY.PEEK[HEADER.FIELDS (DATE FROM TO SUBJECT CONTENT-TYPE)])
+        C: P7 UID FETCH 3 (UID FLAGS INTERNALDATE RFC822.SIZE BODY.PEEK[HEADER.FIELDS (DATE FROM TO SUBJECT CONTENT-TYPE)])
         S: * 1 FETCH (UID 3 BODY[X] "")
-        S: P8 OK
+        S: P7 OK
     )"));
     const MessagePage first = providing.list(inbox, 0, 2, false);
     EXPECT_EQ(idsOf(first), QStringList({u"5.7:INBOX"_s, u"4.7:INBOX"_s}));
@@ -380,16 +377,16 @@ TEST(IMAPProvider, FindsTheLastPageOfFiftyAndOfFiftyOneMessages)
 TEST(IMAPProvider, ShowsAMessageThatWasReadElsewhereAsReadWithoutFetchingItsHeader)
 {
     Providing providing({listedOnce(R"(
-        C: P8 SELECT "INBOX"
+        C: P7 SELECT "INBOX"
         S: * OK [UIDVALIDITY 7]
-        S: P8 OK
-        C: P9 UID SEARCH ALL
+        S: P7 OK
+        C: P8 UID SEARCH ALL
         S: * SEARCH 3 5
-        S: P9 OK
-        C: P10 UID FETCH 3,5 (UID FLAGS)
+        S: P8 OK
+        C: P9 UID FETCH 3,5 (UID FLAGS)
         S: * 1 FETCH (UID 3 FLAGS (\Seen))
         S: * 2 FETCH (UID 5 FLAGS (\SEEN))
-        S: P10 OK
+        S: P9 OK
     )")});
     MessagePage page = providing.list();
     EXPECT_FALSE(page.messages[0].isRead);
@@ -404,9 +401,9 @@ TEST(IMAPProvider, ShowsAMessageThatWasReadElsewhereAsReadWithoutFetchingItsHead
 TEST(IMAPProvider, LeavesAMessageOutThatVanishedMeanwhile)
 {
     Providing providing({listedOnce(R"(
-        C: P8 UID FETCH 3,5 (UID FLAGS)
+        C: P7 UID FETCH 3,5 (UID FLAGS)
         S: * 1 FETCH (UID 3 FLAGS ())
-        S: P8 OK
+        S: P7 OK
     )")});
     providing.list();
     const MessagePage page = providing.list(inbox, 0, 50, false);
@@ -417,15 +414,15 @@ TEST(IMAPProvider, LeavesAMessageOutThatVanishedMeanwhile)
 TEST(IMAPProvider, FetchesEverythingAnewAfterUIDVALIDITYChanged)
 {
     Providing providing({listedOnce(R"(
-        C: P8 SELECT "INBOX"
+        C: P7 SELECT "INBOX"
         S: * OK [UIDVALIDITY 8]
-        S: P8 OK
-        C: P9 UID SEARCH ALL
+        S: P7 OK
+        C: P8 UID SEARCH ALL
         S: * SEARCH 3
-        S: P9 OK
-        C: P10 UID FETCH 3 (UID FLAGS INTERNALDATE RFC822.SIZE BODY.PEEK[HEADER.FIELDS (DATE FROM TO SUBJECT CONTENT-TYPE)])
+        S: P8 OK
+        C: P9 UID FETCH 3 (UID FLAGS INTERNALDATE RFC822.SIZE BODY.PEEK[HEADER.FIELDS (DATE FROM TO SUBJECT CONTENT-TYPE)])
         S: * 1 FETCH (UID 3 BODY[X] "Subject: another")
-        S: P10 OK
+        S: P9 OK
     )")});
     providing.list();
     const MessagePage page = providing.list();
@@ -457,8 +454,6 @@ TEST(IMAPProvider, TakesTheDateOfABrokenHeaderFromTheServerOrElseFromTheClock)
         S: * 2 FETCH (UID 2 INTERNALDATE "someday" BODY[X] "Date: some day")
         S: * 3 FETCH (UID 3 INTERNALDATE "03-Mar-2026 10:11:12 +0100" BODY[X] "")
         S: P6 OK
-        C: P7 LIST "" "*"
-        S: P7 OK
     )"));
     const QDateTime before = QDateTime::currentDateTimeUtc();
     const MessagePage page = providing.list();
@@ -483,8 +478,6 @@ TEST(IMAPProvider, DoesNotLetAnUnaskedFetchBlankASummary)
         S: * 9 FETCH (UID 99 BODY[X] "Subject: unasked")
         S: * 9 FETCH (BODY[X] "Subject: nameless")
         S: P6 OK
-        C: P7 LIST "" "*"
-        S: P7 OK
     )"));
     const MessagePage page = providing.list();
     ASSERT_EQ(idsOf(page), QStringList(u"3.0:INBOX"_s));
@@ -496,12 +489,12 @@ TEST_F(CachedIMAPProvider, DeletesNoSummaryWhereNothingIsFlagged)
     const auto files = cache();
     {
         Providing providing({listedOnce(R"(
-            C: P8 SELECT "INBOX"
+            C: P7 SELECT "INBOX"
             S: * OK [UIDVALIDITY 7]
-            S: P8 OK
-            C: P9 UID SEARCH FLAGGED
+            S: P7 OK
+            C: P8 UID SEARCH FLAGGED
             S: * SEARCH
-            S: P9 OK
+            S: P8 OK
         )")},
                             files);
         providing.list();
@@ -518,15 +511,15 @@ TEST_F(CachedIMAPProvider, ForgetsSummariesThatTheMailboxHoldsNoMore)
     const auto files = cache();
     {
         Providing providing({listedOnce(R"(
-            C: P8 SELECT "INBOX"
+            C: P7 SELECT "INBOX"
             S: * OK [UIDVALIDITY 7]
-            S: P8 OK
-            C: P9 UID SEARCH ALL
+            S: P7 OK
+            C: P8 UID SEARCH ALL
             S: * SEARCH 5
-            S: P9 OK
-            C: P10 UID FETCH 5 (UID FLAGS)
+            S: P8 OK
+            C: P9 UID FETCH 5 (UID FLAGS)
             S: * 1 FETCH (UID 5 FLAGS (\Flagged))
-            S: P10 OK
+            S: P9 OK
         )")},
                             files);
         providing.list();

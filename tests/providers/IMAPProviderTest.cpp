@@ -211,7 +211,7 @@ TEST_F(CachedIMAPProvider, FetchesAMessageOnceWhereItKnowsTheMailbox)
 {
     Providing providing(
         {listedOnce(
-            "C: P8 UID FETCH 3 (UID BODY.PEEK[])\nS: * 1 FETCH (UID 3 BODY[] {5}\nS: hello)\nS: P8 OK")},
+            "C: P7 UID FETCH 3 (UID BODY.PEEK[])\nS: * 1 FETCH (UID 3 BODY[] {5}\nS: hello)\nS: P7 OK")},
         cache());
     providing.list();
     EXPECT_EQ(await(providing->fetchRaw(u"3.7:INBOX"_s)), "hello");
@@ -237,7 +237,7 @@ TEST_F(CachedIMAPProvider, ServesNoOtherMessageAfterUIDVALIDITYChanged)
     const auto files = cache();
     await(files->write(u"imap:8:3:INBOX"_s, "of another time"));
     Providing providing(
-        {listedOnce("C: P8 UID FETCH 3 (UID BODY.PEEK[])\nS: * 1 FETCH (UID 3 BODY[] one)\nS: P8 OK")},
+        {listedOnce("C: P7 UID FETCH 3 (UID BODY.PEEK[])\nS: * 1 FETCH (UID 3 BODY[] one)\nS: P7 OK")},
         files);
     providing.list();
     EXPECT_EQ(await(providing->fetchRaw(u"3.7:INBOX"_s)), "one");
@@ -328,29 +328,29 @@ TEST(IMAPProvider, TakesFlagsAway)
 TEST(IMAPProvider, AsksAnewForTheStarredAloneAfterAStarWasSet)
 {
     Providing providing({listedOnce(R"(
-        C: P8 SELECT "INBOX"
+        C: P7 SELECT "INBOX"
         S: * OK [UIDVALIDITY 7]
-        S: P8 OK
-        C: P9 UID SEARCH FLAGGED
+        S: P7 OK
+        C: P8 UID SEARCH FLAGGED
         S: * SEARCH 5
-        S: P9 OK
-        C: P10 UID FETCH 5 (UID FLAGS)
+        S: P8 OK
+        C: P9 UID FETCH 5 (UID FLAGS)
         S: * 2 FETCH (UID 5 FLAGS (\Flagged))
+        S: P9 OK
+        C: P10 UID STORE 5 +FLAGS.SILENT (\Seen)
         S: P10 OK
-        C: P11 UID STORE 5 +FLAGS.SILENT (\Seen)
-        S: P11 OK
-        C: P12 UID FETCH 5 (UID FLAGS)
+        C: P11 UID FETCH 5 (UID FLAGS)
         S: * 2 FETCH (UID 5 FLAGS (\Flagged \Seen))
+        S: P11 OK
+        C: P12 UID STORE 5 -FLAGS.SILENT (\Flagged)
         S: P12 OK
-        C: P13 UID STORE 5 -FLAGS.SILENT (\Flagged)
-        S: P13 OK
-        C: P14 UID FETCH 3,5 (UID FLAGS)
+        C: P13 UID FETCH 3,5 (UID FLAGS)
         S: * 1 FETCH (UID 3 FLAGS ())
         S: * 2 FETCH (UID 5 FLAGS (\Seen))
-        S: P14 OK
-        C: P15 UID SEARCH FLAGGED
+        S: P13 OK
+        C: P14 UID SEARCH FLAGGED
         S: * SEARCH
-        S: P15 OK
+        S: P14 OK
     )")});
     const MailboxRef starred = MailboxRef::system(Mailbox::starred);
     providing.list();
@@ -366,8 +366,8 @@ TEST_F(CachedIMAPProvider, KeepsALocalChangeThatTheServerRefused)
 {
     const auto files = cache();
     {
-        Providing providing({listedOnce("C: P8 UID STORE 5 +FLAGS.SILENT (\\Seen)\nS: P8 NO no\n"
-                                        "C: P9 UID STORE 5 +FLAGS.SILENT (\\Flagged)\nS: P9 OK")},
+        Providing providing({listedOnce("C: P7 UID STORE 5 +FLAGS.SILENT (\\Seen)\nS: P7 NO no\n"
+                                        "C: P8 UID STORE 5 +FLAGS.SILENT (\\Flagged)\nS: P8 OK")},
                             files);
         providing.list();
         expectProtocolError(providing->setRead(true, {u"5.7:INBOX"_s}), u"no"_s);
@@ -395,17 +395,17 @@ TEST(IMAPProvider, TellsTwoMessagesOfOneNumberApartAfterANewListing)
 {
     // The number that the mailbox hands out now was another message's before.
     Providing providing({listedOnce(R"(
-        C: P8 SELECT "INBOX"
+        C: P7 SELECT "INBOX"
         S: * OK [UIDVALIDITY 8] ok
-        S: P8 OK
-        C: P9 UID SEARCH ALL
+        S: P7 OK
+        C: P8 UID SEARCH ALL
         S: * SEARCH 5
-        S: P9 OK
-        C: P10 UID FETCH 5 (UID FLAGS INTERNALDATE RFC822.SIZE BODY.PEEK[HEADER.FIELDS (DATE FROM TO SUBJECT CONTENT-TYPE)])
+        S: P8 OK
+        C: P9 UID FETCH 5 (UID FLAGS INTERNALDATE RFC822.SIZE BODY.PEEK[HEADER.FIELDS (DATE FROM TO SUBJECT CONTENT-TYPE)])
         S: * 1 FETCH (UID 5 BODY[X] "Subject: another")
+        S: P9 OK
+        C: P10 UID STORE 5 +FLAGS.SILENT (\Seen)
         S: P10 OK
-        C: P11 UID STORE 5 +FLAGS.SILENT (\Seen)
-        S: P11 OK
     )")});
     const QString before = providing.list().messages.first().id;
     const QString after = providing.list().messages.first().id;
@@ -556,7 +556,7 @@ TEST_F(CachedIMAPProvider, ForgetsTheSummariesOfMovedMessages)
 {
     const auto files = cache();
     {
-        Providing providing({listedOnce("C: P8 UID MOVE 3 \"Work\"\nS: P8 OK")}, files);
+        Providing providing({listedOnce("C: P7 UID MOVE 3 \"Work\"\nS: P7 OK")}, files);
         providing.list();
         await(providing->moveToLabel({u"3.7:INBOX"_s}, {u"Work"_s, u"Work"_s}));
     }

@@ -488,29 +488,29 @@ TEST(IMAPPutBack, LooksAtTheNewestMessagesOfTheTargetAlone)
 TEST(IMAPPutBack, AsksForTheUIDsOfAViewAnewAfterIt)
 {
     Providing providing({listedOnce(R"(
-        C: P8 UID MOVE 3,5 "Work"
+        C: P7 UID MOVE 3,5 "Work"
         S: * OK [COPYUID 2 3,5 40:41]
+        S: P7 OK
+        C: P8 SELECT "INBOX"
+        S: * OK [UIDVALIDITY 7]
         S: P8 OK
-        C: P9 SELECT "INBOX"
-        S: * OK [UIDVALIDITY 7]
+        C: P9 UID SEARCH ALL
+        S: * SEARCH
         S: P9 OK
-        C: P10 UID SEARCH ALL
-        S: * SEARCH
-        S: P10 OK
-        C: P11 SELECT "Work"
+        C: P10 SELECT "Work"
         S: * OK [UIDVALIDITY 2]
-        S: P11 OK
-        C: P12 UID SEARCH UID 40:41
+        S: P10 OK
+        C: P11 UID SEARCH UID 40:41
         S: * SEARCH 40 41
+        S: P11 OK
+        C: P12 UID MOVE 40:41 "INBOX"
         S: P12 OK
-        C: P13 UID MOVE 40:41 "INBOX"
-        S: P13 OK
-        C: P14 SELECT "INBOX"
+        C: P13 SELECT "INBOX"
         S: * OK [UIDVALIDITY 7]
-        S: P14 OK
-        C: P15 UID SEARCH ALL
+        S: P13 OK
+        C: P14 UID SEARCH ALL
         S: * SEARCH
-        S: P15 OK
+        S: P14 OK
     )")});
     providing.list();
     await(providing->moveToLabel(both(), work));

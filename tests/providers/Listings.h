@@ -32,9 +32,6 @@ inline constexpr std::string_view firstListing = R"(
     S: Subject: five
     S: )
     S: P6 OK
-    C: P7 LIST "" "*"
-    S: * LIST () "/" INBOX
-    S: P7 OK
 )";
 
 inline Script listedOnce(std::string_view further = {}, const Place& where = Place::current())
