@@ -12,6 +12,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 
 class QUrl;
 class QWebEngineProfile;
@@ -147,7 +148,16 @@ private:
     QWidget* m_cover; ///< hides the last message until the next one is drawn
     TroubleSheet* m_sheet;
     QList<LinkRecord> m_links;
-    QString m_loadedKey; ///< which document and setting was loaded last; empty: none
+    /// A document and how it is shown. The text is the caller's, and costs no copy.
+    struct Loaded {
+        QString document;
+        QString title;
+        bool allowsRemoteImages = false;
+        Body body = Body::html;
+
+        bool operator==(const Loaded&) const = default;
+    };
+    std::optional<Loaded> m_loaded; ///< last; absent: none
     QByteArray m_document;
     Body m_body = Body::html;
     Trouble m_trouble = Trouble::none;
