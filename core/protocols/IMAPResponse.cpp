@@ -83,9 +83,10 @@ quint64 readNumber(const char*& cursor, const char* end)
 /// What a SEARCH response lists; absent where it holds anything else. Fails as `IMAPResponse::parse` does.
 std::optional<QList<quint32>> numbersIn(QByteArrayView data)
 {
-    QList<quint32> numbers;
-    // A number and its space are two bytes at least; memory that isn't written to costs nothing.
-    numbers.reserve(std::min(data.size() / 2 + 1, IMAPResponse::valueLimit));
+    // A number and its space are two bytes at least. To append each number would take as long as to read it.
+    QList<quint32> numbers(std::min(data.size() / 2 + 1, IMAPResponse::valueLimit));
+    quint32* const first = numbers.data();
+    qsizetype count = 0;
     const char* const end = data.end();
     for (const char* cursor = data.begin(); cursor != end;) {
         if (isSpace(*cursor)) {
@@ -97,10 +98,11 @@ std::optional<QList<quint32>> numbersIn(QByteArrayView data)
         const bool isWhole = cursor != start && (cursor == end || isSpace(*cursor));
         if (!isWhole || number > std::numeric_limits<quint32>::max())
             return std::nullopt;
-        if (numbers.size() == IMAPResponse::valueLimit)
+        if (count == numbers.size())
             throw protocolError(tooLarge);
-        numbers.append(static_cast<quint32>(number));
+        first[count++] = static_cast<quint32>(number);
     }
+    numbers.resize(count);
     return numbers;
 }
 
