@@ -140,6 +140,74 @@ Case writingCase(const QString& folder)
             }};
 }
 
+constexpr int evictedFrom = 1000;
+constexpr qsizetype boxSize = AESGCMCipher::nonceSize + messageSize + AESGCMCipher::tagSize;
+
+/// Files in a folder, as a cache holds them that is about to pass its limit.
+class Filled {
+public:
+    explicit Filled(const QString& folder)
+        : m_folder(folder)
+    {
+        QDir().mkpath(m_folder);
+    }
+
+    /// Puts the files there, the first of them the oldest.
+    void fill() const
+    {
+        const QByteArray box(boxSize, 'b');
+        for (int number = 0; number < evictedFrom; ++number) {
+            QFile file(place(number));
+            if (file.open(QIODevice::WriteOnly))
+                file.write(box);
+        }
+    }
+    QString place(int number) const { return m_folder + u'/' + QString::number(number); }
+    std::uint64_t count() const
+    {
+        return static_cast<std::uint64_t>(QDir(m_folder).count() - 2); // without "." and ".."
+    }
+
+private:
+    const QString m_folder;
+};
+
+/// Ours finds out by itself which files are to go, and both end with as many. One file more passes the limit;
+/// the peer writes it as well.
+Case evictionCase(const QString& folder)
+{
+    const auto cipher = std::make_shared<AESGCMCipher>(QByteArray(AESGCMCipher::keySize, 'k'));
+    const qint64 limit = evictedFrom * boxSize;
+    const int evicted = evictedFrom + 1 - evictedFrom * 8 / 10;
+    const auto ours = std::make_shared<Filled>(folder + u"/evicting/messages"_s);
+    const auto theirs = std::make_shared<Filled>(folder + u"/unlinking"_s);
+    const auto cache = std::make_shared<std::unique_ptr<MailCache>>();
+    const QByteArray message(messageSize, 'm');
+    return {"200 messages of 60 kB evicted from 1,000",
+            "written, and bare unlink",
+            0.83,
+            [ours, cache, message] {
+                QCoro::waitFor((*cache)->write(u"one more"_s, message));
+                return ours->count();
+            },
+            [theirs, cipher, message] {
+                QFile more(theirs->place(evictedFrom));
+                if (more.open(QIODevice::WriteOnly))
+                    more.write(cipher->seal(message));
+                more.close();
+                for (int number = 0; number < evicted; ++number)
+                    ::unlink(QFile::encodeName(theirs->place(number)).constData());
+                return theirs->count();
+            },
+            [ours, theirs, cache, cipher, folder, limit] {
+                ours->fill();
+                theirs->fill();
+                *cache = std::make_unique<MailCache>(folder + u"/evicting"_s, cipher, limit);
+                // As in a program that has written before.
+                QCoro::waitFor((*cache)->usedBytes());
+            }};
+}
+
 // --- Rows
 
 constexpr int rowCount = 20'000;
@@ -212,6 +280,7 @@ int main(int argc, char** argv)
     const QTemporaryDir folder;
     std::vector<Case> cases = cipherCases();
     cases.push_back(writingCase(folder.path()));
+    cases.push_back(evictionCase(folder.path()));
     const std::vector<Case> rows = rowCases();
     cases.insert(cases.end(), rows.begin(), rows.end());
     return compare(argc, argv, cases);
