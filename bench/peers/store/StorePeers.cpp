@@ -16,6 +16,8 @@
 
 #include <cstdio>
 #include <fcntl.h>
+#include <filesystem>
+#include <iterator>
 #include <memory>
 #include <openssl/evp.h>
 #include <unistd.h>
@@ -165,7 +167,8 @@ public:
     QString place(int number) const { return m_folder + u'/' + QString::number(number); }
     std::uint64_t count() const
     {
-        return static_cast<std::uint64_t>(QDir(m_folder).count() - 2); // without "." and ".."
+        const std::filesystem::directory_iterator found(QFile::encodeName(m_folder).toStdString());
+        return static_cast<std::uint64_t>(std::distance(begin(found), end(found)));
     }
 
 private:
