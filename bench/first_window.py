@@ -141,14 +141,26 @@ def processor_time(pid):
 
 
 def memory(pid):
-    """The proportional set size of the process and those it has started, in MB, and how many they are."""
+    """The proportional set size of the process and those it has started, in MiB, and how many they are."""
     kilobytes, count = 0, 0
     for each in tree(pid):
         for line in pathlib.Path(f"/proc/{each}/smaps_rollup").read_text(encoding="ascii").splitlines():
             if line.startswith("Pss:"):
                 kilobytes += int(line.split()[1])
                 count += 1
-    return kilobytes * 1024 / 1e6, count
+    return kilobytes / 1024, count
+
+
+def shares_the_engine(pid):
+    """Whether a program besides this one runs a web engine of Qt: what both have mapped counts half, and the figure is too small."""
+    own = set(tree(pid))
+    for name in pathlib.Path("/proc").glob("[0-9]*/comm"):
+        try:
+            if name.read_text(encoding="utf-8").startswith("QtWebEngine") and int(name.parent.name) not in own:
+                return True
+        except OSError:
+            continue
+    return False
 
 
 def end(process):
@@ -181,6 +193,7 @@ class Program:
         self.runs = []
         self.rest = None
         self.open = None
+        self.is_shared = False
         self.trouble = None
 
     def environment(self):
@@ -227,6 +240,7 @@ class Program:
                 return
             self.runs.append(times)
             if is_last:
+                self.is_shared = shares_the_engine(process.pid)
                 self.rest = memory(process.pid)
                 self.open = self.open_message(process)
         finally:
@@ -305,6 +319,7 @@ PEERS = [("Claws Mail", "claws-mail", claws_mail, "Wizard", 0.8), ("Geary", "gea
 def trust_the_server():
     """Puts the authority that the session names into the system's folder, where OpenSSL looks for it by its hash."""
     authority = os.environ.pop("SSL_CERT_FILE")
+    os.environ.pop("SSL_CERT_DIR", None)
     digest = subprocess.run(["openssl", "x509", "-hash", "-noout", "-in", authority], check=True, stdout=subprocess.PIPE, text=True).stdout
     shutil.copy(authority, f"/etc/ssl/certs/{digest.strip()}.0")
 
@@ -317,8 +332,17 @@ def row(program):
     if program.trouble:
         return f"| {program.name} | {program.trouble} | | | |"
     rest, processes = program.rest
-    is_open = f"{program.open[0]:.0f} MB in {program.open[1]}" if program.open else ""
-    return f"| {program.name} | {program.median(0) * 1e3:.0f} ms | {program.median(1) * 1e3:.0f} ms | {rest:.0f} MB in {processes} | {is_open} |"
+    is_open = f"{program.open[0]:.0f} MiB in {program.open[1]}" if program.open else ""
+    return f"| {program.name} | {program.median(0) * 1e3:.0f} ms | {program.median(1) * 1e3:.0f} ms | {rest:.0f} MiB in {processes} | {is_open} |"
+
+
+def against_geary(ours, geary):
+    """Geary opens a message only over a connection that it trusts by its own rules, so that none is open in it here."""
+    name = "memory with a message open, Geary with none"
+    if not ours.open:
+        return f"| {name} | our message didn't open | ≤ 1× (not met) |"
+    ratio = ours.open[0] / geary.rest[0]
+    return f"| {name} | {ratio:.2f}× | ≤ 1×{met(ratio <= 1)} |"
 
 
 def goals(ours, empty, peers):
@@ -329,10 +353,11 @@ def goals(ours, empty, peers):
         ratio = ours.median(0) / peer.median(0)
         lines.append(f"| first window, {peer.name} | {ratio:.2f}× | ≤ {goal}×{met(ratio <= goal)} |")
         if peer.name == "Geary":
-            lines.append("| memory with a message open, Geary | not compared: it opens one only over a connection that it trusts | ≤ 1× |")
+            lines.append(against_geary(ours, peer))
     ratio = ours.median(1) / empty.median(1)
     lines.append(f"| processor time to the first window, empty window | {ratio:.2f}× | ≤ 2.5×{met(ratio <= 2.5)} |")
-    lines.append(f"| memory at rest, no message opened | {ours.rest[0]:.0f} MB | ≤ 75 MB{met(ours.rest[0] <= 75)} |")
+    shared = ", with another program on its libraries" if ours.is_shared else ""
+    lines.append(f"| memory at rest, no message opened | {ours.rest[0]:.0f} MiB{shared} | ≤ 75 MiB{met(ours.rest[0] <= 75)} |")
     return lines
 
 

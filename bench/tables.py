@@ -60,7 +60,7 @@ def insert(name, text):
         sys.exit(f"tables.py: the document has no place for bench/{name}")
     after = rest.partition(END)[2]
     with open(DOCUMENT, "w", encoding="utf-8") as document:
-        document.write(before + begin + text + END + after)
+        document.write(before + begin + text.rstrip("\n") + "\n\n" + END + after)
 
 
 def processor():
