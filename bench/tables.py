@@ -2,6 +2,7 @@
 """Runs the programs that compare us with peers, and prints their lines as tables in Markdown.
 
 usage: tables.py FOLDER [PART-OF-A-NAME]
+       tables.py --insert NAME    Puts standard input into the document, in place of what bench/NAME measured last.
 
 FOLDER holds the built programs, each in the folder of its group. Without a part of a name the tables go into docs/benchmarks.md as well,
 between its two marks. Exits with 1 where a program failed or a case and its peer didn't do the same work.
@@ -14,7 +15,6 @@ import sys
 
 GROUPS = [("format", "Format"), ("safety", "Safety"), ("protocols", "Protocols"), ("store", "Cache and snapshots")]
 DOCUMENT = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "docs", "benchmarks.md")
-BEGIN = "<!-- what bench/run measured -->\n"
 END = "<!-- until here -->\n"
 
 
@@ -38,6 +38,31 @@ def row(line):
     return f"| {name} | {figure(ours)} | {peer} | {figure(theirs)} | {ratio}× | {float(goal):g}×{met} |"
 
 
+def figure_row(line):
+    """A figure with a goal of its own, without a peer."""
+    name, measured, goal, is_met = line.split("\t")
+    return f"| {name} | {measured} | ≤ {goal}{'' if is_met == '1' else ' (not met)'} |"
+
+
+def figures(program):
+    """What a program that has no peers prints, as lines, and whether it ran."""
+    done = subprocess.run([program], stdout=subprocess.PIPE, text=True, check=False)
+    lines = ["| What | Figure | Goal |", "|---|---|---|"] + [figure_row(line) for line in done.stdout.splitlines()]
+    return lines, done.returncode == 0
+
+
+def insert(name, text):
+    """Puts the text into the document, between the marks of what bench/NAME measured."""
+    begin = f"<!-- what bench/{name} measured -->\n"
+    with open(DOCUMENT, encoding="utf-8") as document:
+        before, mark, rest = document.read().partition(begin)
+    if not mark:
+        sys.exit(f"tables.py: the document has no place for bench/{name}")
+    after = rest.partition(END)[2]
+    with open(DOCUMENT, "w", encoding="utf-8") as document:
+        document.write(before + begin + text.rstrip("\n") + "\n\n" + END + after)
+
+
 def processor():
     with open("/proc/cpuinfo", encoding="utf-8") as lines:
         for line in lines:
@@ -46,10 +71,14 @@ def processor():
     return platform.machine()
 
 
+def machine():
+    return f"{processor()}, {os.cpu_count()} cores, Linux {platform.release()}.\n\n"
+
+
 def measured(folder, wanted):
     """The tables as lines, and whether everything ran and was equal."""
     good = True
-    lines = [f"{processor()}, {os.cpu_count()} cores, Linux {platform.release()}.", ""]
+    lines = []
     for group, title in GROUPS:
         place = os.path.join(folder, group)
         rows = []
@@ -66,17 +95,21 @@ def measured(folder, wanted):
 
 
 def main():
+    if sys.argv[1] == "--insert":
+        insert(sys.argv[2], machine() + sys.stdin.read())
+        return 0
     wanted = sys.argv[2] if len(sys.argv) > 2 else ""
     lines, good = measured(sys.argv[1], wanted)
-    text = "\n".join(lines) + "\n"
+    text = machine() + "\n".join(lines) + "\n"
     print(text)
-    if not wanted:
-        with open(DOCUMENT, encoding="utf-8") as document:
-            before, _, rest = document.read().partition(BEGIN)
-        after = rest.partition(END)[2]
-        with open(DOCUMENT, "w", encoding="utf-8") as document:
-            document.write(before + BEGIN + text + END + after)
-    return 0 if good else 1
+    if wanted:
+        return 0 if good else 1
+    insert("run", text)
+    lines, ran = figures(os.path.join(sys.argv[1], "paging", "Paging"))
+    text = machine() + "\n".join(lines) + "\n"
+    print(text)
+    insert("run of the list", text)
+    return 0 if good and ran else 1
 
 
 if __name__ == "__main__":

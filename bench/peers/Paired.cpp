@@ -51,13 +51,15 @@ double median(std::vector<double> values)
 /// One turn of one side, repeated until it can be told from the clock's own noise.
 class Side {
 public:
-    explicit Side(const Work& work)
+    Side(const Work& work, const std::function<void()>& prepare)
         : m_work(work)
+        , m_prepare(prepare)
     {}
 
     /// The first run, which warms the caches and isn't counted. Returns what it did.
     std::uint64_t warm()
     {
+        prepare();
         const double start = now();
         const std::uint64_t result = m_work();
         const double once = std::max(now() - start, 1e-9);
@@ -68,6 +70,10 @@ public:
 
     void turn()
     {
+        // What is prepared serves one piece of work.
+        if (m_prepare)
+            m_repetitions = 1;
+        prepare();
         const double start = now();
         for (std::size_t i = 0; i < m_repetitions; ++i)
             m_sink = m_sink + m_work();
@@ -77,7 +83,14 @@ public:
     double seconds() const { return median(m_times); }
 
 private:
+    void prepare() const
+    {
+        if (m_prepare)
+            m_prepare();
+    }
+
     const Work& m_work;
+    const std::function<void()>& m_prepare;
     std::size_t m_repetitions = 1;
     std::vector<double> m_times;
     volatile std::uint64_t m_sink = 0;
@@ -86,8 +99,8 @@ private:
 /// Returns false where the two sides didn't do the same work.
 bool run(const Case& pair)
 {
-    Side ours(pair.ours);
-    Side theirs(pair.theirs);
+    Side ours(pair.ours, pair.prepare);
+    Side theirs(pair.theirs, pair.prepare);
     const std::uint64_t our = ours.warm();
     const std::uint64_t their = theirs.warm();
     const double start = now();

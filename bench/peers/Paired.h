@@ -21,6 +21,8 @@ struct Case {
     double goal;
     Work ours;
     Work theirs;
+    /// What either side needs to be there, done before each piece of work and not measured; may be null.
+    std::function<void()> prepare = nullptr;
 };
 
 /// Runs each case whose name holds the program's first argument, if there is one, ours and the peer's in turn

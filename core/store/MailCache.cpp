@@ -1,5 +1,6 @@
 #include "store/MailCache.h"
 
+#include "platform/FolderEntries.h"
 #include "platform/RegularFile.h"
 #include "platform/Tasks.h"
 #include "store/SealedLog.h"
@@ -7,7 +8,6 @@
 #include <QCryptographicHash>
 #include <QDateTime>
 #include <QDir>
-#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
@@ -72,19 +72,6 @@ std::optional<QByteArray> openedOrNothing(const CacheCipher& cipher, const QByte
     }
 }
 
-struct Entry {
-    QString path;
-    qint64 size = 0;
-    QDateTime modified; ///< invalid: can't be read, older than any other
-};
-
-bool isOlder(const Entry& left, const Entry& right)
-{
-    if (left.modified.isValid() && right.modified.isValid())
-        return left.modified < right.modified;
-    return !left.modified.isValid() && right.modified.isValid();
-}
-
 } // namespace
 
 /// The file work, which one thread at a time does.
@@ -134,7 +121,7 @@ public:
     {
         if (!m_totalBytes) {
             qint64 sum = 0;
-            for (const Entry& entry : entries())
+            for (const FolderEntry& entry : FolderEntry::of(m_messages))
                 sum += entry.size;
             m_totalBytes = sum;
         }
@@ -226,26 +213,13 @@ private:
         return true;
     }
 
-    QList<Entry> entries() const
-    {
-        QList<Entry> found;
-        QDirIterator files(m_messages, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
-        while (files.hasNext()) {
-            files.next();
-            const QFileInfo info = files.fileInfo();
-            const QDateTime modified = info.lastModified();
-            found.append({files.filePath(), modified.isValid() ? info.size() : 0, modified});
-        }
-        return found;
-    }
-
     void evict()
     {
         qint64 total = usedBytes();
-        QList<Entry> oldestFirst = entries();
-        std::ranges::stable_sort(oldestFirst, isOlder);
+        QList<FolderEntry> oldestFirst = FolderEntry::of(m_messages);
+        std::ranges::stable_sort(oldestFirst, {}, &FolderEntry::modified);
         const qint64 target = m_maxBytes * 8 / 10;
-        for (const Entry& entry : oldestFirst) {
+        for (const FolderEntry& entry : oldestFirst) {
             if (total <= target)
                 break;
             QFile::remove(entry.path);

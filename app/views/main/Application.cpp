@@ -74,6 +74,7 @@ Application::Preparation::Preparation(int argc, char** argv)
         ProcessPrivacy::close(QStandardPaths::writableLocation(place) + u"/larkhaven"_s);
     ProcessPrivacy::close(UserDefaults::defaultFile());
     SecureMessageView::prepareEngine();
+    noGraphicsDriver.emplace();
     QApplication::setApplicationName(u"Larkhaven"_s);
     QApplication::setDesktopFileName(AppModel::bundleIdentifier());
     redirects = Redirects::takeFrom(argc, argv, Info::ofProgram());
@@ -86,6 +87,7 @@ Application::Application(int& argc, char** argv)
     , m_role(m_instance.enter(arguments()))
     , m_authenticator(openBrowser)
 {
+    m_preparation.noGraphicsDriver.reset();
     // Nobody here waits for them, and they hold codes.
     const bool isForRedirects = !m_preparation.redirects.isEmpty() && arguments() == m_preparation.redirects;
     if (m_role != SingleInstance::Role::first || isForRedirects)

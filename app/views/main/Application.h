@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/platform/DesktopAppearance.h"
+#include "app/platform/NoGraphicsDriver.h"
 #include "app/platform/Relaunch.h"
 #include "app/platform/SingleInstance.h"
 #include "app/platform/Translations.h"
@@ -43,7 +44,8 @@ private:
     struct Preparation {
         Preparation(int argc, char** argv);
 
-        QStringList redirects; ///< that this process was started with
+        QStringList redirects;                            ///< that this process was started with
+        std::optional<NoGraphicsDriver> noGraphicsDriver; ///< until the application object is made
     };
 
     /// What this process was started with, but for what is Qt's or our own.

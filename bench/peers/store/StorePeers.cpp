@@ -16,6 +16,8 @@
 
 #include <cstdio>
 #include <fcntl.h>
+#include <filesystem>
+#include <iterator>
 #include <memory>
 #include <openssl/evp.h>
 #include <unistd.h>
@@ -107,36 +109,111 @@ std::vector<Case> cipherCases()
 constexpr int files = 100;
 constexpr qsizetype messageSize = 60'000;
 
+/// What a write of the peer makes sure of: ours has each message on the disk before it takes its name.
+enum class Sync { no, yes };
+
+/// A box under a name of its own in the place of the file. Whether it stands there.
+bool writeAndRename(const QByteArray& box, const QByteArray& place, Sync sync)
+{
+    const QByteArray beside = place + '~';
+    const int descriptor = ::open(beside.constData(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+    const auto size = static_cast<size_t>(box.size());
+    const bool isWritten = ::write(descriptor, box.constData(), size) == static_cast<ssize_t>(size) &&
+                           (sync == Sync::no || ::fdatasync(descriptor) == 0);
+    ::close(descriptor);
+    return isWritten && ::rename(beside.constData(), place.constData()) == 0;
+}
+
 /// Both put the same number of files of the same sizes in the place of those that are there.
-Case writingCase(const QString& folder)
+Case writingCase(const QString& folder, const char* peer, Sync sync)
 {
     const auto cipher = std::make_shared<AESGCMCipher>(QByteArray(AESGCMCipher::keySize, 'k'));
     const auto cache = std::make_shared<MailCache>(folder + u"/cache"_s, cipher, 1'000'000'000);
     const QByteArray message(messageSize, 'm');
-    const QByteArray box = cipher->seal(message);
     const QString plain = folder + u"/plain"_s;
     QDir().mkpath(plain);
-    return {"100 messages of 60 kB cached", "sealed, written and renamed", 0.9,
+    return {"100 messages of 60 kB cached", peer, 0.9,
             [cache, message] {
                 for (int file = 0; file < files; ++file)
                     QCoro::waitFor(cache->write(QString::number(file), message));
                 return static_cast<std::uint64_t>(files);
             },
-            [plain, cipher, message] {
+            [plain, cipher, message, sync] {
                 std::uint64_t written = 0;
                 for (int file = 0; file < files; ++file) {
-                    const QByteArray sealed = cipher->seal(message);
                     const QByteArray place = QFile::encodeName(plain + u'/' + QString::number(file));
-                    const int descriptor =
-                        ::open((place + '~').constData(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
-                    const bool isWritten =
-                        ::write(descriptor, sealed.constData(), static_cast<size_t>(sealed.size())) ==
-                        static_cast<ssize_t>(sealed.size());
-                    ::close(descriptor);
-                    written +=
-                        isWritten && ::rename((place + '~').constData(), place.constData()) == 0 ? 1 : 0;
+                    written += writeAndRename(cipher->seal(message), place, sync) ? 1 : 0;
                 }
                 return written;
+            }};
+}
+
+constexpr int evictedFrom = 1000;
+constexpr qsizetype boxSize = AESGCMCipher::nonceSize + messageSize + AESGCMCipher::tagSize;
+
+/// Files in a folder, as a cache holds them that is about to pass its limit.
+class Filled {
+public:
+    explicit Filled(const QString& folder)
+        : m_folder(folder)
+    {
+        QDir().mkpath(m_folder);
+    }
+
+    /// Puts the files there, the first of them the oldest.
+    void fill() const
+    {
+        const QByteArray box(boxSize, 'b');
+        for (int number = 0; number < evictedFrom; ++number) {
+            QFile file(place(number));
+            if (file.open(QIODevice::WriteOnly))
+                file.write(box);
+        }
+    }
+    QString place(int number) const { return m_folder + u'/' + QString::number(number); }
+    std::uint64_t count() const
+    {
+        const std::filesystem::directory_iterator found(QFile::encodeName(m_folder).toStdString());
+        return static_cast<std::uint64_t>(std::distance(begin(found), end(found)));
+    }
+
+private:
+    const QString m_folder;
+};
+
+/// Ours finds out by itself which files are to go, and both end with as many. One file more passes the limit;
+/// the peer writes it as well.
+Case evictionCase(const QString& folder)
+{
+    const auto cipher = std::make_shared<AESGCMCipher>(QByteArray(AESGCMCipher::keySize, 'k'));
+    const qint64 limit = evictedFrom * boxSize;
+    const int evicted = evictedFrom + 1 - evictedFrom * 8 / 10;
+    const auto ours = std::make_shared<Filled>(folder + u"/evicting/messages"_s);
+    const auto theirs = std::make_shared<Filled>(folder + u"/unlinking"_s);
+    const auto cache = std::make_shared<std::unique_ptr<MailCache>>();
+    const QByteArray message(messageSize, 'm');
+    return {"200 messages of 60 kB evicted from 1,000",
+            "written, and bare unlink",
+            0.83,
+            [ours, cache, message] {
+                QCoro::waitFor((*cache)->write(u"one more"_s, message));
+                return ours->count();
+            },
+            [theirs, cipher, message] {
+                QFile more(theirs->place(evictedFrom));
+                if (more.open(QIODevice::WriteOnly))
+                    more.write(cipher->seal(message));
+                more.close();
+                for (int number = 0; number < evicted; ++number)
+                    ::unlink(QFile::encodeName(theirs->place(number)).constData());
+                return theirs->count();
+            },
+            [ours, theirs, cache, cipher, folder, limit] {
+                ours->fill();
+                theirs->fill();
+                *cache = std::make_unique<MailCache>(folder + u"/evicting"_s, cipher, limit);
+                // As in a program that has written before.
+                QCoro::waitFor((*cache)->usedBytes());
             }};
 }
 
@@ -211,7 +288,9 @@ int main(int argc, char** argv)
     const QCoreApplication application(argc, argv);
     const QTemporaryDir folder;
     std::vector<Case> cases = cipherCases();
-    cases.push_back(writingCase(folder.path()));
+    cases.push_back(writingCase(folder.path(), "sealed, written and renamed", Sync::no));
+    cases.push_back(writingCase(folder.path(), "sealed, written, synced and renamed", Sync::yes));
+    cases.push_back(evictionCase(folder.path()));
     const std::vector<Case> rows = rowCases();
     cases.insert(cases.end(), rows.begin(), rows.end());
     return compare(argc, argv, cases);
