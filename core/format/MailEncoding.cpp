@@ -292,7 +292,7 @@ bool isLinearSpace(QStringView text)
 }
 
 /// Where the two units stand side by side at or behind `from`; -1 where they don't. QStringView::indexOf
-/// takes four times as long: it prepares each search for a long needle.
+/// prepares each search for a long needle.
 qsizetype pairIndex(QStringView text, QChar first, QChar second, qsizetype from = 0)
 {
     qsizetype index = text.indexOf(first, from);
@@ -349,7 +349,7 @@ Octets utf8Of(QStringView text)
 
 /// Appends the text of a word; false for an encoding that is neither "B" nor "Q".
 ///
-/// Nothing on the way is allocated: a subject of two words takes a quarter of the time so.
+/// Nothing on the way is allocated: a subject of two words is read 1.7 times as fast.
 bool appendWord(QString& result, const EncodedWord& word)
 {
     const bool isBase64 = Text::isSameKeyword(word.encoding, u"B");
