@@ -3,17 +3,29 @@
 #include "domain/Coding.h"
 #include "domain/Text.h"
 
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
 namespace Larkhaven {
 
-EmailAddress::EmailAddress(const std::optional<QString>& givenName, const QString& givenAddress)
-    : address(Text::trimmedSpaceAndLineEnds(givenAddress).toString())
+namespace {
+
+/// The text itself, which costs nothing, where nothing is trimmed.
+QString trimmed(const QString& text)
 {
-    const QStringView trimmed =
-        Text::trimmedSpaceAndLineEnds(givenName ? QStringView(*givenName) : QStringView());
-    if (!trimmed.isEmpty())
-        name = trimmed.toString();
+    const QStringView rest = Text::trimmedSpaceAndLineEnds(text);
+    return rest.size() == text.size() ? text : rest.toString();
+}
+
+} // namespace
+
+EmailAddress::EmailAddress(const std::optional<QString>& givenName, const QString& givenAddress)
+    : address(trimmed(givenAddress))
+{
+    QString kept = givenName ? trimmed(*givenName) : QString();
+    if (!kept.isEmpty())
+        name = std::move(kept);
 }
 
 QString EmailAddress::displayName() const

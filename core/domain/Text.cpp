@@ -1,10 +1,13 @@
 #include "domain/Text.h"
 
 #include <algorithm>
-#include <array>
-#include <cstring>
+#include <bit>
 #include <unicode/ubrk.h>
 #include <unicode/ustring.h>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 namespace Larkhaven::Text {
 
@@ -112,49 +115,50 @@ QString lowered(QStringView text)
 
 namespace {
 
-/// The compiler makes vectors of it as long as neither side can be the other one.
-template <qsizetype count>
-void widen(const uchar* __restrict input, char16_t* __restrict output)
+#if defined(__SSE2__)
+/// Widens 16 bytes; which of them aren't ASCII, a bit for each, the lowest for the first.
+unsigned widen(const uchar* input, char16_t* output)
 {
-    for (qsizetype index = 0; index < count; ++index)
-        output[index] = input[index];
+    const __m128i zero = _mm_setzero_si128();
+    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(input));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(output), _mm_unpacklo_epi8(bytes, zero));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(output + 8), _mm_unpackhi_epi8(bytes, zero));
+    return static_cast<unsigned>(_mm_movemask_epi8(bytes));
 }
+#endif
 
-/// Takes the next `count` bytes where all of them are ASCII.
-template <qsizetype count>
-bool takeASCII(const uchar*& input, const uchar* end, char16_t*& output)
+/// Widens the ASCII that the bytes begin with. The output has room for a unit for each byte that is left.
+void takeASCII(const uchar*& input, const uchar* end, char16_t*& output)
 {
-    constexpr quint64 highBits = 0x8080808080808080;
-    if (end - input < count)
-        return false;
-    std::array<quint64, count / sizeof(quint64)> words;
-    std::memcpy(words.data(), input, count);
-    quint64 all = 0;
-    for (const quint64 word : words)
-        all |= word;
-    if (all & highBits)
-        return false;
-    widen<count>(input, output);
-    input += count;
-    output += count;
-    return true;
+#if defined(__SSE2__)
+    // All of a vector is written, also what isn't ASCII: the character that comes next is written over it. In
+    // German prose this is three times as fast as looking for the end first.
+    while (end - input >= 32 && widen(input, output) == 0 && widen(input + 16, output + 16) == 0) {
+        input += 32;
+        output += 32;
+    }
+    while (end - input >= 16) {
+        const unsigned others = widen(input, output);
+        const int length = others == 0 ? 16 : std::countr_zero(others);
+        input += length;
+        output += length;
+        if (others != 0)
+            return;
+    }
+#endif
+    while (input < end && *input < 0x80)
+        *output++ = *input++;
 }
 
 /// Reads as much as is valid UTF-8 (the Unicode Standard, table 3-7) of the bytes, and moves both pointers
 /// behind it.
 ///
-/// Not ICU, which takes seven times as long for mail: most of it is ASCII, of which sixteen bytes are looked
-/// at and widened at once.
+/// Not ICU, which takes seven times as long for mail: most of it is ASCII.
 void convertValid(const uchar*& input, const uchar* end, char16_t*& output)
 {
     const auto follows = [](uchar byte) { return (byte & 0xC0) == 0x80; };
     while (input < end) {
-        while (takeASCII<32>(input, end, output)) {
-        }
-        takeASCII<16>(input, end, output);
-        takeASCII<8>(input, end, output);
-        while (input < end && *input < 0x80)
-            *output++ = *input++;
+        takeASCII(input, end, output);
         // A character beyond ASCII seldom stands alone.
         while (input < end && *input >= 0x80) {
             const uchar lead = *input;
@@ -227,6 +231,20 @@ QString fromRepairedUTF8(QByteArrayView bytes)
 std::optional<QString> fromStrictUTF8(QByteArrayView bytes)
 {
     return fromUTF8(bytes, Invalid::refuse);
+}
+
+bool appendStrictUTF8(QString& text, QByteArrayView bytes)
+{
+    const qsizetype before = text.size();
+    text.resize(before + bytes.size());
+    auto* const start = reinterpret_cast<char16_t*>(text.data());
+    char16_t* output = start + before;
+    const auto* input = reinterpret_cast<const uchar*>(bytes.data());
+    const uchar* const end = input + bytes.size();
+    convertValid(input, end, output);
+    const bool isValid = input == end;
+    text.truncate(isValid ? output - start : before);
+    return isValid;
 }
 
 void CharacterWalk::Closer::operator()(UBreakIterator* iterator) const

@@ -9,25 +9,85 @@ namespace Larkhaven::AddressParser {
 
 namespace {
 
-/// Where the piece at the beginning of `text` ends: at its first separating comma, or at the end of the text.
-qsizetype pieceEnd(QStringView text)
+/// What one look at a piece tells of it; -1 where a character doesn't stand in it.
+struct Piece {
+    qsizetype end; ///< at its first separating comma, or at the end of the text
+    qsizetype lastOpen = -1;
+    qsizetype lastClose = -1;
+    qsizetype commentStart = -1; ///< the first "("
+    qsizetype commentEnd = -1;   ///< the last ")"
+    bool hasAt = false;
+};
+
+enum class Commas { separate, stand };
+
+/// The piece at the beginning of `text`.
+Piece pieceOf(QStringView text, Commas commas)
 {
+    Piece piece{text.size()};
     bool inQuote = false;
     qsizetype angleDepth = 0;
     for (qsizetype index = 0; index < text.size(); ++index) {
-        const QChar character = text[index];
-        if (character == u'"')
-            inQuote = !inQuote;
-        else if (inQuote)
+        const char16_t unit = text[index].unicode();
+        // Letters are none of the characters below.
+        if (unit > u'@')
             continue;
-        else if (character == u'<')
-            ++angleDepth;
-        else if (character == u'>')
-            angleDepth = std::max<qsizetype>(angleDepth - 1, 0);
-        else if (character == u',' && angleDepth == 0)
-            return index;
+        switch (unit) {
+        case u'"':
+            inQuote = !inQuote;
+            break;
+        case u'<':
+            piece.lastOpen = index;
+            angleDepth += inQuote ? 0 : 1;
+            break;
+        case u'>':
+            piece.lastClose = index;
+            angleDepth = inQuote ? angleDepth : std::max<qsizetype>(angleDepth - 1, 0);
+            break;
+        case u'(':
+            piece.commentStart = piece.commentStart < 0 ? index : piece.commentStart;
+            break;
+        case u')':
+            piece.commentEnd = index;
+            break;
+        case u'@':
+            piece.hasAt = true;
+            break;
+        case u',':
+            if (commas == Commas::separate && !inQuote && angleDepth == 0) {
+                piece.end = index;
+                return piece;
+            }
+            break;
+        default:
+            break;
+        }
     }
-    return text.size();
+    return piece;
+}
+
+QString stretch(QStringView text, qsizetype start, qsizetype end)
+{
+    return Text::trimmedSpaceAndLineEnds(text.sliced(start, end - start)).toString();
+}
+
+/// The address of a piece of the text.
+std::optional<EmailAddress> addressOf(QStringView text, const Piece& piece)
+{
+    if (piece.lastOpen >= 0 && piece.lastClose > piece.lastOpen) {
+        QStringView name = text.first(piece.lastOpen);
+        while (!name.isEmpty() && (Text::isSpace(name.front()) || Text::isLineEnd(name.front())))
+            name = name.sliced(1);
+        return EmailAddress(unquoted(Text::trimmedSpace(name)),
+                            stretch(text, piece.lastOpen + 1, piece.lastClose));
+    }
+    if (piece.commentStart >= 0 && piece.commentEnd > piece.commentStart) {
+        return EmailAddress(stretch(text, piece.commentStart + 1, piece.commentEnd),
+                            stretch(text, 0, piece.commentStart));
+    }
+    if (piece.hasAt)
+        return EmailAddress(std::nullopt, stretch(text, 0, piece.end));
+    return std::nullopt;
 }
 
 } // namespace
@@ -36,12 +96,12 @@ QList<EmailAddress> parseList(QStringView text)
 {
     QList<EmailAddress> addresses;
     while (addresses.size() < maxAddresses) {
-        const qsizetype end = pieceEnd(text);
-        if (std::optional<EmailAddress> address = parseOne(text.first(end)))
+        const Piece piece = pieceOf(text, Commas::separate);
+        if (std::optional<EmailAddress> address = addressOf(text, piece))
             addresses.append(*std::move(address));
-        if (end == text.size())
+        if (piece.end == text.size())
             break;
-        text = text.sliced(end + 1);
+        text = text.sliced(piece.end + 1);
     }
     return addresses;
 }
@@ -76,22 +136,7 @@ bool isSendable(QStringView address)
 
 std::optional<EmailAddress> parseOne(QStringView text)
 {
-    text = Text::trimmedSpaceAndLineEnds(text);
-    const qsizetype angleStart = text.lastIndexOf(u'<');
-    const qsizetype angleEnd = text.lastIndexOf(u'>');
-    if (angleStart >= 0 && angleEnd > angleStart) {
-        const QString name = unquoted(Text::trimmedSpace(text.first(angleStart)));
-        return EmailAddress(name, text.sliced(angleStart + 1, angleEnd - angleStart - 1).toString());
-    }
-    const qsizetype commentStart = text.indexOf(u'(');
-    const qsizetype commentEnd = text.lastIndexOf(u')');
-    if (commentStart >= 0 && commentEnd > commentStart) {
-        return EmailAddress(text.sliced(commentStart + 1, commentEnd - commentStart - 1).toString(),
-                            text.first(commentStart).toString());
-    }
-    if (text.contains(u'@'))
-        return EmailAddress(std::nullopt, text.toString());
-    return std::nullopt;
+    return addressOf(text, pieceOf(text, Commas::stand));
 }
 
 } // namespace Larkhaven::AddressParser

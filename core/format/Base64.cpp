@@ -17,8 +17,6 @@ namespace {
 constexpr std::string_view alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 constexpr qsizetype octetsOfALine = 57;
 constexpr qsizetype lineLength = 76;
-/// What a vector may write behind the bytes that count.
-constexpr qsizetype slack = 32;
 
 // --- Plain
 
@@ -221,11 +219,10 @@ Vectors vectors(Path path)
 
 } // namespace
 
-QByteArray decode(QByteArrayView text, Path path)
+qsizetype decodeInto(char* const start, QByteArrayView text, Path path)
 {
     const Vectors fast = vectors(path);
-    QByteArray result((text.size() + 3) / 4 * 3 + slack, Qt::Uninitialized);
-    char* output = result.data();
+    char* output = start;
     const char* input = text.data();
     const char* const end = input + text.size();
     std::uint32_t bits = 0;
@@ -251,10 +248,16 @@ QByteArray decode(QByteArrayView text, Path path)
         }
     }
     if (digits == 1)
-        return {};
+        return 0;
     if (digits > 1)
         writeOctets(output, bits, static_cast<int>(digits) - 1);
-    result.truncate(output - result.data());
+    return output - start;
+}
+
+QByteArray decode(QByteArrayView text, Path path)
+{
+    QByteArray result(roomFor(text.size()), Qt::Uninitialized);
+    result.truncate(decodeInto(result.data(), text, path));
     if (result.size() < result.capacity() / 2)
         result.squeeze();
     return result;

@@ -13,6 +13,16 @@ enum class Path { fastest, plain };
 /// What the characters of the alphabet spell; all others are passed over. Empty where 4n + 1 are left.
 QByteArray decode(QByteArrayView text, Path path = Path::fastest);
 
+/// The same into `output`, which has room for `roomFor` as many characters; how many bytes count of it.
+qsizetype decodeInto(char* output, QByteArrayView text, Path path = Path::fastest);
+
+/// What may be written for that many characters: more than what counts.
+constexpr qsizetype roomFor(qsizetype characters)
+{
+    constexpr qsizetype vector = 32;
+    return (characters + 3) / 4 * 3 + vector;
+}
+
 /// Lines of 76 characters with CRLF between them (RFC 2045, 6.8).
 QByteArray encodeLines(QByteArrayView bytes, Path path = Path::fastest);
 

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <cstdlib>
 #include <span>
 
@@ -84,6 +85,93 @@ bool beginsAlike(QStringView word, QLatin1StringView name)
     return true;
 }
 
+/// What a date is made of.
+struct Moment {
+    int year = 1970;
+    int month = 1;
+    int day = 1;
+    int hour = 0;
+    int minute = 0;
+    int second = 0;
+    int offset = 0; ///< of the zone, seconds east of Greenwich
+};
+
+/// Absent where the calendar or the clock has no such date.
+std::optional<QDateTime> inUTC(const Moment& moment)
+{
+    const QDate date(moment.year, moment.month, moment.day);
+    if (!date.isValid() || !QTime::isValid(moment.hour, moment.minute, moment.second))
+        return std::nullopt;
+    constexpr qint64 firstDay = 2'440'588; // 1 January 1970
+    const qint64 days = date.toJulianDay() - firstDay;
+    const qint64 seconds = days * 24 * secondsOfHour + moment.hour * secondsOfHour +
+                           moment.minute * secondsOfMinute + moment.second - moment.offset;
+    return QDateTime::fromMSecsSinceEpoch(seconds * 1000, Qt::UTC);
+}
+
+/// Three letters in any case as one number.
+constexpr std::uint32_t letters(char first, char second, char third)
+{
+    return 0x202020U | static_cast<unsigned char>(first) << 16 | static_cast<unsigned char>(second) << 8 |
+           static_cast<unsigned char>(third);
+}
+
+template <std::size_t count>
+constexpr std::array<std::uint32_t, count> shortNames(const std::array<QLatin1StringView, count>& names)
+{
+    std::array<std::uint32_t, count> firstLetters{};
+    for (std::size_t index = 0; index < count; ++index)
+        firstLetters[index] = letters(names[index].data()[0], names[index].data()[1], names[index].data()[2]);
+    return firstLetters;
+}
+
+/// Reads the first of the patterns where each of its fields stands at its place, as in "Tue, 03 Mar 2026
+/// 10:11:12 +0100" and with a day of one digit: all but a few dates of mail are so, and this is twice
+/// as fast. Absent for every other text and for what no calendar has: the patterns read those.
+std::optional<QDateTime> parseFixed(QStringView text)
+{
+    constexpr qsizetype length = 31;
+    constexpr qsizetype dayPlace = 5;
+    if (text.size() != length && text.size() != length - 1)
+        return std::nullopt;
+    std::array<char, length> characters;
+    char* output = characters.data();
+    for (qsizetype index = 0; index < text.size(); ++index) {
+        if (index == dayPlace && text.size() < length)
+            *output++ = '0';
+        const char16_t unit = text[index].unicode();
+        *output++ = unit < 0x80 ? static_cast<char>(unit) : '\0';
+    }
+    const auto at = [&characters](std::size_t place) { return characters[place]; };
+    const auto named = [&](std::size_t place, const auto& names) {
+        const auto found = std::ranges::find(names, letters(at(place), at(place + 1), at(place + 2)));
+        return found == names.end() ? 0 : static_cast<int>(found - names.begin()) + 1;
+    };
+    bool isRead = at(3) == ',' && at(4) == ' ' && at(7) == ' ' && at(11) == ' ' && at(16) == ' ' &&
+                  at(19) == ':' && at(22) == ':' && at(25) == ' ' && (at(26) == '+' || at(26) == '-');
+    const auto number = [&](std::size_t place) {
+        const int tens = at(place) - '0';
+        const int ones = at(place + 1) - '0';
+        isRead = isRead && tens >= 0 && tens <= 9 && ones >= 0 && ones <= 9;
+        return tens * 10 + ones;
+    };
+    static constexpr auto shortWeekdays = shortNames(weekdays);
+    static constexpr auto shortMonths = shortNames(months);
+    Moment moment{number(12) * 100 + number(14),
+                  named(8, shortMonths),
+                  number(5),
+                  number(17),
+                  number(20),
+                  number(23),
+                  0};
+    const int hours = number(27);
+    const int minutes = number(29);
+    if (!isRead || moment.month == 0 || named(0, shortWeekdays) == 0 || hours >= 24 || minutes >= 60)
+        return std::nullopt;
+    moment.offset = (at(26) == '-' ? -1 : 1) * (hours * secondsOfHour + minutes * secondsOfMinute);
+    return inUTC(moment);
+}
+
 /// Reads a text by a pattern, field by field; each `read` takes what it reads off `m_rest`.
 class Reader {
 public:
@@ -104,14 +192,7 @@ public:
         }
         if (!m_rest.isEmpty())
             return std::nullopt;
-        const QDate date(m_year, m_month, m_day);
-        if (!date.isValid() || !QTime::isValid(m_hour, m_minute, m_second))
-            return std::nullopt;
-        constexpr qint64 firstDay = 2'440'588; // 1 January 1970
-        const qint64 days = date.toJulianDay() - firstDay;
-        const qint64 seconds = days * 24 * secondsOfHour + m_hour * secondsOfHour +
-                               m_minute * secondsOfMinute + m_second - m_offset;
-        return QDateTime::fromMSecsSinceEpoch(seconds * 1000, Qt::UTC);
+        return inUTC(m_moment);
     }
 
 private:
@@ -121,18 +202,18 @@ private:
         case u'E':
             return readName(weekdays) > 0;
         case u'd':
-            return readNumber(1, 2, m_day);
+            return readNumber(1, 2, m_moment.day);
         case u'M':
-            m_month = readName(months);
-            return m_month > 0;
+            m_moment.month = readName(months);
+            return m_moment.month > 0;
         case u'y':
-            return length == 2 ? readShortYear() : readNumber(4, m_rest.size(), m_year);
+            return length == 2 ? readShortYear() : readNumber(4, m_rest.size(), m_moment.year);
         case u'H':
-            return readNumber(1, 2, m_hour);
+            return readNumber(1, 2, m_moment.hour);
         case u'm':
-            return readNumber(1, 2, m_minute);
+            return readNumber(1, 2, m_moment.minute);
         case u's':
-            return readNumber(1, 2, m_second);
+            return readNumber(1, 2, m_moment.second);
         case u'Z':
             return readOffset();
         case u'z':
@@ -163,7 +244,7 @@ private:
         qsizetype length = 0;
         int value = 0;
         for (; length < std::min(maximum, m_rest.size()) && isDigit(m_rest[length]); ++length) {
-            value = value * 10 + m_rest[length].digitValue();
+            value = value * 10 + (m_rest[length].unicode() - u'0');
             if (value > maxYear)
                 return false;
         }
@@ -180,7 +261,7 @@ private:
         if (!readNumber(2, 2, ofCentury))
             return false;
         const int century = firstTwoDigitYear / 100 * 100;
-        m_year = century + ofCentury + (century + ofCentury < firstTwoDigitYear ? 100 : 0);
+        m_moment.year = century + ofCentury + (century + ofCentury < firstTwoDigitYear ? 100 : 0);
         return true;
     }
 
@@ -217,7 +298,7 @@ private:
         });
         if (zone == zones.end())
             return false;
-        m_offset = zone->hours * secondsOfHour;
+        m_moment.offset = zone->hours * secondsOfHour;
         m_rest = m_rest.sliced(candidate.size());
         return true;
     }
@@ -237,18 +318,12 @@ private:
         const bool hasMinutes = hasColon || (!m_rest.isEmpty() && isDigit(m_rest.front()));
         if (hasMinutes && !readNumber(2, 2, minutes))
             return false;
-        m_offset = sign * (hours * secondsOfHour + minutes * secondsOfMinute);
+        m_moment.offset = sign * (hours * secondsOfHour + minutes * secondsOfMinute);
         return hours < 24 && minutes < 60;
     }
 
     QStringView m_rest;
-    int m_year = 1970;
-    int m_month = 1;
-    int m_day = 1;
-    int m_hour = 0;
-    int m_minute = 0;
-    int m_second = 0;
-    int m_offset = 0; ///< of the zone, seconds east of Greenwich
+    Moment m_moment;
 };
 
 } // namespace
@@ -259,6 +334,8 @@ std::optional<QDateTime> parse(QStringView text)
     const qsizetype comment = date.indexOf(u'(');
     if (comment >= 0)
         date = Text::trimmedSpace(date.first(comment));
+    if (std::optional<QDateTime> read = parseFixed(date))
+        return read;
     // Doubled spaces need no step of their own: the space of a pattern takes any run.
     for (const QStringView pattern : fieldPatterns) {
         if (std::optional<QDateTime> read = parse(date, pattern))

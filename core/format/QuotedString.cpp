@@ -7,6 +7,8 @@ QString unquoted(QStringView text)
     if (text.size() < 2 || !text.startsWith(u'"') || !text.endsWith(u'"'))
         return text.toString();
     const QStringView content = text.sliced(1, text.size() - 2);
+    if (!content.contains(u'\\'))
+        return content.toString();
     QString result;
     result.reserve(content.size());
     for (qsizetype index = 0; index < content.size(); ++index) {

@@ -159,6 +159,17 @@ TEST(Text, RefusesInvalidUTF8WhereItIsReadStrictly)
     EXPECT_EQ(Text::fromStrictUTF8("\xE9"), std::nullopt);
 }
 
+TEST(Text, AppendsUTF8OnlyWhereAllOfItIsValid)
+{
+    QString text = QStringLiteral("Zo");
+    EXPECT_TRUE(Text::appendStrictUTF8(text, "\xc3\xab und mehr als sechzehn Zeichen"));
+    EXPECT_EQ(text, QStringView(u"Zo\u00eb und mehr als sechzehn Zeichen"));
+    EXPECT_FALSE(Text::appendStrictUTF8(text, "mehr\xc3"));
+    EXPECT_EQ(text, QStringView(u"Zo\u00eb und mehr als sechzehn Zeichen"));
+    EXPECT_TRUE(Text::appendStrictUTF8(text, {}));
+    EXPECT_EQ(text, QStringView(u"Zo\u00eb und mehr als sechzehn Zeichen"));
+}
+
 TEST(Text, ChangesTheCaseOfASCIILettersOnly)
 {
     EXPECT_EQ(Text::asciiLowered(u"A\u212A\u00C4Z["), u"a\u212A\u00C4z[");

@@ -3,6 +3,7 @@
 #include "support/QtPrinters.h"
 
 #include <gtest/gtest.h>
+#include <random>
 #include <thread>
 #include <vector>
 
@@ -178,6 +179,32 @@ TEST(MailDate, RefusesWhatCalendarAndClockDoNotHave)
     EXPECT_EQ(read(u"3 Mar 2026 24:00:00 +0000"), u"absent"_s);
     EXPECT_EQ(read(u"3 Mar 2026 23:60:00 +0000"), u"absent"_s);
     EXPECT_EQ(read(u"3 Mar 2026 23:59:60 +0000"), u"absent"_s);
+}
+
+TEST(MailDate, ReadsDatesOfTheUsualShapeAsThePatternDoes)
+{
+    std::mt19937 random(7);
+    const auto pick = [&random](const QString& text) {
+        return static_cast<qsizetype>(random() % static_cast<std::size_t>(text.size()));
+    };
+    const QString characters = u"0123456789 :,+-TueMarSep\u00e4\u0131"_s;
+    const QStringList usual{u"Tue, 03 Mar 2026 10:11:12 +0100"_s, u"sat, 9 SEP 1999 23:59:59 -1130"_s};
+    int readCount = 0;
+    for (int round = 0; round < 40'000; ++round) {
+        QString text = usual[round % 2];
+        for (std::size_t change = random() % 3; change > 0; --change)
+            text[pick(text)] = characters[pick(characters)];
+        const std::optional<QDateTime> expected =
+            MailDate::parse(QString(text).replace(u' ', u"  "_s), u"EEE, d MMM yyyy HH:mm:ss Z");
+        readCount += expected ? 1 : 0;
+        if (expected) {
+            ASSERT_EQ(MailDate::parse(text), expected) << text.toStdString();
+        } else {
+            ASSERT_EQ(MailDate::parse(text), MailDate::parse(QString(text).replace(u' ', u"  "_s)))
+                << text.toStdString();
+        }
+    }
+    EXPECT_GT(readCount, 10'000);
 }
 
 TEST(MailDate, UsesTheWholeText)

@@ -11,11 +11,14 @@
 #include <QDateTime>
 #include <QString>
 
+#include <algorithm>
 #include <cstdio>
 #include <gmime/gmime.h>
 #include <memory>
+#include <mimetic/mimetic.h>
+#include <string>
 
-// Reading and writing of mail beside GMime and Qt.
+// Reading and writing of mail beside GMime, mimetic and Qt.
 
 using namespace Qt::StringLiterals;
 
@@ -147,6 +150,122 @@ Case reading(const std::string& name, const QByteArrayList& messages, double goa
     return {name, "GMime", goal, ours, theirs};
 }
 
+/// Both sides read all messages and undo the transfer encodings of their parts, ours to text and with the
+/// headers that a list shows decoded, which mimetic leaves to its caller. What proves it is the size of the
+/// texts, in characters but blanks and line ends: mimetic takes some of them off the ends of lines.
+void addPart(mimetic::MimeEntity& entity, std::string& texts)
+{
+    for (mimetic::MimeEntity* const part : entity.body().parts())
+        addPart(*part, texts);
+    if (!entity.body().parts().empty())
+        return;
+    const std::string& body = entity.body();
+    const std::string encoding = entity.header().contentTransferEncoding().mechanism();
+    if (encoding == mimetic::ContentTransferEncoding::quoted_printable) {
+        mimetic::QP::Decoder decoder;
+        mimetic::decode(body.begin(), body.end(), decoder, std::back_inserter(texts));
+    } else {
+        texts += body;
+    }
+}
+
+std::uint64_t proofOf(const QString& text)
+{
+    return static_cast<std::uint64_t>(
+        std::ranges::count_if(text, [](QChar character) { return character > u' '; }));
+}
+
+std::uint64_t proofOf(const std::string& utf8)
+{
+    return static_cast<std::uint64_t>(
+        std::ranges::count_if(utf8, [](char byte) { return (byte & 0xC0) != 0x80 && (byte & 0xFF) > ' '; }));
+}
+
+Case readingBesideMimetic(const std::string& name, const QByteArrayList& messages, double goal)
+{
+    const auto ours = [messages] {
+        std::uint64_t sum = 0;
+        for (const QByteArray& bytes : messages) {
+            const ParsedMessage message = MIMEParser::parse(bytes);
+            sum += static_cast<std::uint64_t>(message.headers.to().size()) + proofOf(*message.textBody);
+        }
+        return sum;
+    };
+    const auto theirs = [messages] {
+        std::uint64_t sum = 0;
+        for (const QByteArray& bytes : messages) {
+            mimetic::MimeEntity entity(bytes.begin(), bytes.end());
+            std::string texts;
+            addPart(entity, texts);
+            sum += entity.header().to().size() + proofOf(texts);
+        }
+        return sum;
+    };
+    return {name, "mimetic", goal, ours, theirs};
+}
+
+// --- Composing
+
+Held<GMimeObject> textByGMime(const char* subtype, const QByteArray& text)
+{
+    Held<GMimeObject> part(GMIME_OBJECT(g_mime_text_part_new_with_subtype(subtype)));
+    g_mime_text_part_set_text(GMIME_TEXT_PART(part.get()), text.constData());
+    g_mime_part_set_content_encoding(GMIME_PART(part.get()), GMIME_CONTENT_ENCODING_BASE64);
+    return part;
+}
+
+std::uint64_t composedByGMime(const QByteArray& text, const QByteArray& html, const QByteArray& file)
+{
+    const Held<GMimeMessage> message(g_mime_message_new(TRUE));
+    g_mime_message_add_mailbox(message.get(), GMIME_ADDRESS_TYPE_FROM, "J\u00f6rg", "joerg@example.org");
+    g_mime_message_add_mailbox(message.get(), GMIME_ADDRESS_TYPE_TO, "Ann", "ann@example.com");
+    g_mime_message_set_subject(message.get(), "Gr\u00fc\u00dfe aus K\u00f6ln", "UTF-8");
+    const Held<GMimeMultipart> both(g_mime_multipart_new_with_subtype("alternative"));
+    g_mime_multipart_add(both.get(), textByGMime("plain", text).get());
+    g_mime_multipart_add(both.get(), textByGMime("html", html).get());
+    const Held<GMimePart> attachment(g_mime_part_new_with_type("application", "pdf"));
+    const Held<GMimeStream> bytes(
+        g_mime_stream_mem_new_with_buffer(file.constData(), static_cast<size_t>(file.size())));
+    const Held<GMimeDataWrapper> content(
+        g_mime_data_wrapper_new_with_stream(bytes.get(), GMIME_CONTENT_ENCODING_DEFAULT));
+    g_mime_part_set_content(attachment.get(), content.get());
+    g_mime_part_set_filename(attachment.get(), "report.pdf");
+    g_mime_part_set_content_encoding(attachment.get(), GMIME_CONTENT_ENCODING_BASE64);
+    const Held<GMimeMultipart> all(g_mime_multipart_new_with_subtype("mixed"));
+    g_mime_multipart_add(all.get(), GMIME_OBJECT(both.get()));
+    g_mime_multipart_add(all.get(), GMIME_OBJECT(attachment.get()));
+    g_mime_message_set_mime_part(message.get(), GMIME_OBJECT(all.get()));
+    const Held<GMimeStream> written(g_mime_stream_mem_new());
+    g_mime_object_write_to_stream(GMIME_OBJECT(message.get()), nullptr, written.get());
+    return static_cast<std::uint64_t>(g_mime_stream_length(written.get()));
+}
+
+/// The sizes of the messages differ by their line ends, and by the fields that each side writes: they are
+/// compared in tenths of a megabyte.
+Case composing()
+{
+    constexpr std::uint64_t unit = 100'000;
+    const QByteArray text = MailEncoding::decodeQuotedPrintable(quotedPrintable(4000), false);
+    const QByteArray html = "<html><body><p>" + text + "</p></body></html>";
+    OutgoingMessage message;
+    message.from = EmailAddress(u"J\u00f6rg"_s, u"joerg@example.org"_s);
+    message.to = {EmailAddress(u"Ann"_s, u"ann@example.com"_s)};
+    message.subject = u"Gr\u00fc\u00dfe aus K\u00f6ln"_s;
+    message.body = QString::fromUtf8(text);
+    message.htmlBody = QString::fromUtf8(html);
+    OutgoingAttachment attachment;
+    attachment.filename = u"report.pdf"_s;
+    attachment.mimeType = u"application/pdf"_s;
+    attachment.data = noise(1'048'576);
+    message.attachments = {attachment};
+    const QDateTime date = QDateTime::currentDateTimeUtc();
+    return {"composing, with a file of 1 MiB", "GMime", 8,
+            [message, date] {
+                return static_cast<std::uint64_t>(MessageComposer::build(message, date).size()) / unit;
+            },
+            [text, html, file = attachment.data] { return composedByGMime(text, html, file) / unit; }};
+}
+
 // --- Encodings
 
 /// Takes the whole input through GMime's encoder of a kind.
@@ -255,7 +374,10 @@ int main(int argc, char** argv)
     std::vector<Case> cases{reading("MIME, plain", plainMessages(600), 10),
                             reading("MIME, alternative", alternativeMessages(600), 7),
                             reading("MIME, attachment", attachmentMessages(8), 5),
-                            reading("MIME, nested", nestedMessages(600), 10)};
+                            reading("MIME, nested", nestedMessages(600), 10),
+                            readingBesideMimetic("MIME, plain", plainMessages(600), 4),
+                            readingBesideMimetic("MIME, nested", nestedMessages(600), 5),
+                            composing()};
     for (const std::vector<Case>& group : {encodingCases(), headerCases()})
         cases.insert(cases.end(), group.begin(), group.end());
     return compare(argc, argv, cases);
