@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
-"""Runs the programs that compare us with peers, and prints their lines as tables in Markdown.
+"""Runs the programs that compare us with peers and those that read hostile texts, and prints their lines as tables in Markdown.
 
 usage: tables.py FOLDER [PART-OF-A-NAME]
 
-FOLDER holds the built programs, each in the folder of its group. Without a part of a name the tables go into docs/benchmarks.md as well,
-between its two marks. Exits with 1 where a program failed or a case and its peer didn't do the same work.
+FOLDER holds the built programs: "peers" with a folder for each group, and "hostile". Without a part of a name the tables go into
+docs/benchmarks.md as well, each between its own two marks. Exits with 1 where a program failed, a case and its peer didn't do the same
+work, or a hostile text misses a bound.
 """
 
 import os
@@ -14,7 +15,8 @@ import sys
 
 GROUPS = [("format", "Format"), ("safety", "Safety"), ("protocols", "Protocols"), ("store", "Cache and snapshots")]
 DOCUMENT = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "docs", "benchmarks.md")
-BEGIN = "<!-- what bench/run measured -->\n"
+PEERS = "<!-- what bench/run measured -->\n"
+HOSTILE = "<!-- what hostile texts cost -->\n"
 END = "<!-- until here -->\n"
 
 
@@ -65,17 +67,41 @@ def measured(folder, wanted):
     return lines, good
 
 
+def hostile(folder, wanted):
+    """The table of hostile texts as lines, those that miss a bound first, and whether none does."""
+    good = True
+    missed, rows = [], []
+    for program in programs(folder):
+        done = subprocess.run([program] + ([wanted] if wanted else []), stdout=subprocess.PIPE, text=True, check=False)
+        for line in done.stdout.splitlines():
+            (rows if line.endswith("|  |") else missed).append(line)
+        good = good and done.returncode == 0
+    lines = [f"{len(rows) + len(missed)} families, of which {len(missed)} miss a bound.", ""]
+    if rows or missed:
+        lines += ["| Parser | Family | 2n | T(n) | T(2n) | T(2n)/T(n) | Output/input | Misses |", "|---|---|---|---|---|---|---|---|"]
+    return lines + missed + rows + [""], good
+
+
+def put(begin, text):
+    """Writes the text into the document, between this mark and the end of its section."""
+    with open(DOCUMENT, encoding="utf-8") as document:
+        before, _, rest = document.read().partition(begin)
+    after = rest.partition(END)[2]
+    with open(DOCUMENT, "w", encoding="utf-8") as document:
+        document.write(before + begin + text + END + after)
+
+
 def main():
+    folder = sys.argv[1]
     wanted = sys.argv[2] if len(sys.argv) > 2 else ""
-    lines, good = measured(sys.argv[1], wanted)
-    text = "\n".join(lines) + "\n"
-    print(text)
-    if not wanted:
-        with open(DOCUMENT, encoding="utf-8") as document:
-            before, _, rest = document.read().partition(BEGIN)
-        after = rest.partition(END)[2]
-        with open(DOCUMENT, "w", encoding="utf-8") as document:
-            document.write(before + BEGIN + text + END + after)
+    good = True
+    for begin, part, measure in [(PEERS, "peers", measured), (HOSTILE, "hostile", hostile)]:
+        lines, is_good = measure(os.path.join(folder, part), wanted)
+        good = good and is_good
+        text = "\n".join(lines) + "\n"
+        print(text)
+        if not wanted:
+            put(begin, text)
     return 0 if good else 1
 
 
