@@ -27,15 +27,14 @@ constexpr double mostOutput = 16;
 /// What takes less for a unit, in seconds, waits for the memory alone: twice the text may be beyond a cache.
 constexpr double fastest = 0.25e-9;
 
-/// What a row may take, in seconds of processor time.
-constexpr double usualBudget = 0.03;
-/// Where noise may be what misses the bound.
-constexpr double largestBudget = 1;
+/// Growth that is so far below the bound isn't measured a third time; where noise may be what is beyond it,
+/// the row gets so many seconds of processor time.
+constexpr double clearGrowth = 2.15;
+constexpr double mostSeconds = 1;
 /// Where a family is ended.
 constexpr int secondsOfFamily = 12;
 /// What is told from the clock's own noise.
 constexpr double shortestRun = 0.001;
-constexpr int fewestRuns = 3;
 
 struct Measured {
     qsizetype size = 0;
@@ -50,7 +49,7 @@ public:
     explicit Side(Input input)
         : m_input(std::move(input))
     {
-        // The first run warms the caches, and isn't counted.
+        // The first run warms the caches as well.
         const double start = processorTime();
         m_output = m_input.run();
         const double once = std::max(processorTime() - start, 1e-7);
@@ -82,14 +81,10 @@ Measured measured(const Family& family)
     Side half(family.make(family.largest / 2));
     Side whole(family.make(family.largest));
     const double start = processorTime();
-    for (int runs = 0;; ++runs) {
-        const double spent = processorTime() - start;
-        const bool isGood = whole.seconds() <= mostGrowth * half.seconds();
-        if (spent > largestBudget || (isGood && runs >= fewestRuns && spent > usualBudget))
-            break;
+    do {
         half.run();
         whole.run();
-    }
+    } while (whole.seconds() > clearGrowth * half.seconds() && processorTime() - start < mostSeconds);
     return {whole.size(), half.seconds(), whole.seconds(), whole.output()};
 }
 

@@ -2,6 +2,7 @@
 #include "auth/OAuthClient.h"
 #include "domain/Coding.h"
 #include "domain/MailError.h"
+#include "providers/GmailHistory.h"
 #include "providers/GmailMessage.h"
 #include "providers/IMAPMailboxes.h"
 #include "providers/IMAPSnapshot.h"
@@ -9,6 +10,7 @@
 #include "providers/RowBoxes.h"
 #include "providers/SummaryFields.h"
 
+#include <QCoreApplication>
 #include <QJsonObject>
 
 // What services tell as JSON, what becomes of it as rows, and mailboxes by their names.
@@ -118,8 +120,35 @@ QByteArray records(qsizetype size)
     return RowRecords::whole({{u"INBOX"_s, box}});
 }
 
+/// Half of it is labels of one message, the other half a history that names it.
+QByteArray labelsAndHistory(qsizetype size)
+{
+    const QByteArray record = R"({"labelsAdded":[{"message":{"id":"1"},"labelIds":["Label_x"]}]},)";
+    return "{\"id\":\"1\",\"labelIds\":[" +
+           numbered(size / 2 - 40,
+                    [](int number) { return "\"Label_" + QByteArray::number(number) + "\","; }) +
+           "\"INBOX\"],\"history\":[" + filled(record, size / 2 - 40) + "{}]}";
+}
+
+qsizetype followed(const QByteArray& json)
+{
+    static int count = 0;
+    static QCoreApplication application(count, nullptr);
+    const QJsonObject object = Coding::parse(json).toObject();
+    GmailSyncState state({}, nullptr);
+    const Task<> loaded = state.load();
+    {
+        const GmailSyncState::Look look(state, {u"1"_s});
+        state.store(GmailMessage::summary(object, {}), look);
+        GmailHistory::apply(object["history"_L1].toArray(), state);
+    }
+    return loaded.isReady() ? sizeOf(state.summaries({u"1"_s}).value(u"1"_s)) : 0;
+}
+
 void addRows(Families& families)
 {
+    families.add(u"GmailHistory::apply"_s, followed,
+                 {{u"labels of one message, and changes of them"_s, labelsAndHistory}});
     families.addText(
         u"SummaryFields, PackedRow"_s,
         [](const QString& text) {
