@@ -439,7 +439,7 @@ void addComposer(Families& families)
         [](const QString& text) {
             return MessageComposer::editableAddress(EmailAddress(text, u"a@b.example"_s)).size();
         },
-        addressTexts());
+        texts);
     families.addText(
         u"MessageComposer::formatAddress"_s,
         [](const QString& text) { return MessageComposer::formatAddress(EmailAddress(text, text)).size(); },

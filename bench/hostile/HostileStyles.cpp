@@ -224,33 +224,24 @@ int main(int argc, char** argv)
     Families families;
     const std::vector<Made<QString>> texts = sheets();
     families.addText(
-        u"HTMLSanitizer::sanitizeCSS"_s,
-        [](const QString& text) { return HTMLSanitizer::sanitizeCSS(text).size(); }, texts);
-    families.addText(
-        u"HTMLSanitizer::safeStyle"_s,
+        u"HTMLSanitizer::safeStyle, sanitizeCSS"_s,
         [](const QString& text) { return HTMLSanitizer::safeStyle(text).size(); }, texts);
     families.addText(
-        u"StyleDeclaration::read"_s, [](const QString& text) { return sizeOf(StyleDeclaration::read(text)); },
+        u"StyleDeclaration::read, ImageLook::ofStyle"_s,
+        [](const QString& text) {
+            return sizeOf(StyleDeclaration::read(text)) + (ImageLook::ofStyle(text).hides ? 1 : 0);
+        },
         texts);
     families.addText(
-        u"StyleRules::addSheet"_s,
+        u"StyleRules and ImageLookRules::addSheet"_s,
         [](const QString& text) {
             StyleRules rules;
             rules.addSheet(text);
-            return qsizetype{1};
+            ImageLookRules images;
+            images.addSheet(text);
+            return qsizetype{images.of(u"p", u"a").hides ? 1 : 0};
         },
         texts);
-    families.addText(
-        u"ImageLookRules::addSheet"_s,
-        [](const QString& text) {
-            ImageLookRules rules;
-            rules.addSheet(text);
-            return qsizetype{rules.of(u"p", u"a").hides ? 1 : 0};
-        },
-        texts);
-    families.addText(
-        u"ImageLook::ofStyle"_s,
-        [](const QString& text) { return qsizetype{ImageLook::ofStyle(text).hides ? 1 : 0}; }, texts);
     families.addText(
         u"CSSValues, StyleMeasure"_s,
         [](const QString& text) {
