@@ -1,11 +1,12 @@
 #!/usr/bin/env python3
-"""Runs the programs that compare us with peers, and prints their lines as tables in Markdown.
+"""Runs the programs that compare us with peers and those that read hostile texts, and prints their lines as tables in Markdown.
 
 usage: tables.py FOLDER [PART-OF-A-NAME]
        tables.py --insert NAME    Puts standard input into the document, in place of what bench/NAME measured last.
 
-FOLDER holds the built programs, each in the folder of its group. Without a part of a name the tables go into docs/benchmarks.md as well,
-between its two marks. Exits with 1 where a program failed or a case and its peer didn't do the same work.
+FOLDER holds the built programs: "peers" with a folder for each group, and "hostile". Without a part of a name the tables go into
+docs/benchmarks.md as well, each between its own two marks. Exits with 1 where a program failed, a case and its peer didn't do the same
+work, or a hostile text misses a bound.
 """
 
 import os
@@ -94,22 +95,55 @@ def measured(folder, wanted):
     return lines, good
 
 
+def growth(line):
+    return float(line.split("|")[6].strip().rstrip("×") or 0)
+
+
+def hostile(folder, wanted):
+    """The table of hostile texts as lines, all of its rows, and whether none misses a bound.
+
+    The document gets those that miss a bound and of each parser the family that grows most: all of them are two thousand.
+    """
+    good = True
+    rows = []
+    for program in programs(folder):
+        done = subprocess.run([program] + ([wanted] if wanted else []), stdout=subprocess.PIPE, text=True, check=False)
+        rows += done.stdout.splitlines()
+        good = good and done.returncode == 0
+    missed = [line for line in rows if not line.endswith("|  |")]
+    worst = {}
+    for line in rows:
+        parser = line.split("|")[1].strip()
+        if line not in missed and (parser not in worst or growth(line) > growth(worst[parser])):
+            worst[parser] = line
+    head = ["| Parser | Family | 2n | T(n) | T(2n) | T(2n)/T(n) | Output/input | Misses |", "|---|---|---|---|---|---|---|---|"]
+    lines = [f"{len(rows)} families, of which {len(missed)} miss a bound. They, and of each parser the family that grows most:", ""]
+    return lines + head + missed + list(worst.values()) + [""], head + rows, good
+
+
 def main():
     if sys.argv[1] == "--insert":
         insert(sys.argv[2], machine() + sys.stdin.read())
         return 0
+    folder = sys.argv[1]
     wanted = sys.argv[2] if len(sys.argv) > 2 else ""
-    lines, good = measured(sys.argv[1], wanted)
-    text = machine() + "\n".join(lines) + "\n"
-    print(text)
-    if wanted:
-        return 0 if good else 1
-    insert("run", text)
-    lines, ran = figures(os.path.join(sys.argv[1], "paging", "Paging"))
-    text = machine() + "\n".join(lines) + "\n"
-    print(text)
-    insert("run of the list", text)
-    return 0 if good and ran else 1
+    lines, good = measured(os.path.join(folder, "peers"), wanted)
+    texts = {"run": "\n".join(lines)}
+    if not wanted:
+        lines, ran = figures(os.path.join(folder, "peers", "paging", "Paging"))
+        good = good and ran
+        texts["run of the list"] = "\n".join(lines)
+    lines, rows, is_linear = hostile(os.path.join(folder, "hostile"), wanted)
+    good = good and is_linear
+    texts["run of hostile texts"] = "\n".join(lines)
+    for name, text in texts.items():
+        print(machine() + text + "\n")
+        if not wanted:
+            insert(name, machine() + text + "\n")
+    with open(os.path.join(folder, "hostile.md"), "w", encoding="utf-8") as table:
+        table.write("\n".join(rows) + "\n")
+    print(f"All hostile families: {os.path.join(folder, 'hostile.md')}")
+    return 0 if good else 1
 
 
 if __name__ == "__main__":

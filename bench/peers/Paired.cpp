@@ -1,9 +1,9 @@
 #include "Paired.h"
 
+#include "Clock.h"
+
 #include <algorithm>
 #include <cstdio>
-#include <ctime>
-#include <sched.h>
 #include <string_view>
 
 namespace Larkhaven::Bench {
@@ -13,34 +13,6 @@ constexpr double secondsOfACase = 3;
 constexpr double secondsOfATurn = 0.02;
 constexpr std::size_t fewestTurns = 5;
 constexpr std::size_t mostTurns = 31;
-
-/// Processor time of this process, in seconds.
-double now()
-{
-    timespec time{};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
-}
-
-/// The last core: interrupts and what else the machine does gather on the first.
-void pinToOneCore()
-{
-    cpu_set_t allowed;
-    CPU_ZERO(&allowed);
-    if (sched_getaffinity(0, sizeof allowed, &allowed) != 0)
-        return;
-    int last = -1;
-    for (int core = 0; core < CPU_SETSIZE; ++core) {
-        if (CPU_ISSET(core, &allowed))
-            last = core;
-    }
-    if (last < 0)
-        return;
-    cpu_set_t one;
-    CPU_ZERO(&one);
-    CPU_SET(last, &one);
-    sched_setaffinity(0, sizeof one, &one);
-}
 
 double median(std::vector<double> values)
 {
@@ -60,9 +32,9 @@ public:
     std::uint64_t warm()
     {
         prepare();
-        const double start = now();
+        const double start = processorTime();
         const std::uint64_t result = m_work();
-        const double once = std::max(now() - start, 1e-9);
+        const double once = std::max(processorTime() - start, 1e-9);
         m_repetitions = std::clamp(static_cast<std::size_t>(secondsOfATurn / once), std::size_t{1},
                                    std::size_t{1'000'000});
         return result;
@@ -74,10 +46,10 @@ public:
         if (m_prepare)
             m_repetitions = 1;
         prepare();
-        const double start = now();
+        const double start = processorTime();
         for (std::size_t i = 0; i < m_repetitions; ++i)
             m_sink = m_sink + m_work();
-        m_times.push_back((now() - start) / static_cast<double>(m_repetitions));
+        m_times.push_back((processorTime() - start) / static_cast<double>(m_repetitions));
     }
 
     double seconds() const { return median(m_times); }
@@ -103,9 +75,9 @@ bool run(const Case& pair)
     Side theirs(pair.theirs, pair.prepare);
     const std::uint64_t our = ours.warm();
     const std::uint64_t their = theirs.warm();
-    const double start = now();
+    const double start = processorTime();
     for (std::size_t turns = 0; turns < mostTurns; ++turns) {
-        if (turns >= fewestTurns && now() - start > secondsOfACase)
+        if (turns >= fewestTurns && processorTime() - start > secondsOfACase)
             break;
         ours.turn();
         theirs.turn();

@@ -75,23 +75,32 @@ private:
         return AddressConstructs::endOfComment(m_text, start);
     }
 
-    /// An encoded word (RFC 2047, 2) is one piece, whatever stands in it.
-    std::optional<qsizetype> endOfWord(qsizetype start) const
+    /// An encoded word (RFC 2047, 2) is one piece, whatever stands in it: "=?charset?encoding?text?=".
+    std::optional<qsizetype> endOfWord(qsizetype start)
     {
         constexpr qsizetype longestWord = 1'000;
-        constexpr int questionMarks = 3;
-        const QStringView text = m_text.sliced(start, std::min(longestWord, m_text.size() - start));
-        int found = 0;
-        for (qsizetype index = 1; index < text.size() && !isSpace(text[index]); ++index) {
-            if (found == 0 && text[index] != u'?')
+        qsizetype mark = start + 1;
+        if (mark == m_text.size() || m_text[mark] != u'?')
+            return std::nullopt;
+        for (int marks = 1; marks < 3; ++marks) {
+            mark = m_text.indexOf(u'?', mark + 1);
+            if (mark < 0)
                 return std::nullopt;
-            if (found == questionMarks && text[index] == u'=' && text[index - 1] == u'?')
-                continue;
-            if (found > questionMarks && text[index] == u'=' && text[index - 1] == u'?')
-                return start + index + 1;
-            found += text[index] == u'?' ? 1 : 0;
         }
-        return std::nullopt;
+        // A text that is full of beginnings has one end, and one space, for many of them: neither is looked
+        // for again.
+        if (m_wordEnd <= mark) {
+            const qsizetype found = m_text.indexOf(QStringView(u"?="), mark + 1);
+            m_wordEnd = found < 0 ? m_text.size() : found;
+        }
+        if (m_space < start) {
+            const auto found = std::find_if(m_text.begin() + start, m_text.end(), isSpace);
+            m_space = found - m_text.begin();
+        }
+        constexpr qsizetype endSize = 2;
+        const qsizetype end = m_wordEnd + endSize;
+        const bool isWord = m_wordEnd < m_text.size() && m_wordEnd < m_space && end - start <= longestWord;
+        return isWord ? std::optional(end) : std::nullopt;
     }
 
     std::optional<qsizetype> endOfLiteral(qsizetype start)
@@ -114,6 +123,8 @@ private:
     }
 
     QStringView m_text;
+    qsizetype m_wordEnd = -1; ///< of encoded words: the "?=" that was found last
+    qsizetype m_space = -1;   ///< that was found last
     bool m_openQuote = false;
     bool m_openComment = false;
     bool m_openAngle = false;

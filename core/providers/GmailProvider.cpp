@@ -3,6 +3,7 @@
 #include "domain/MailError.h"
 #include "domain/ServiceEndpoints.h"
 #include "platform/TaskGroup.h"
+#include "providers/GmailHistory.h"
 #include "providers/GmailMessage.h"
 #include "providers/GmailRequest.h"
 
@@ -330,8 +331,7 @@ Task<bool> GmailProvider::followHistory()
         if (answer.failure)
             std::rethrow_exception(answer.failure);
         const QJsonArray records = (*answer.value)["history"_L1].toArray();
-        for (const auto record : records)
-            applyRecord(record.toObject());
+        GmailHistory::apply(records, m_state);
         hasChanged = hasChanged || !records.isEmpty();
         position = optionalText((*answer.value)["historyId"_L1]).value_or(position);
         const std::optional<QString> next = optionalText((*answer.value)["nextPageToken"_L1]);
@@ -346,20 +346,6 @@ Task<bool> GmailProvider::followHistory()
     else
         m_state.setBaseline(position);
     co_return hasChanged || !isWhole;
-}
-
-void GmailProvider::applyRecord(const QJsonObject& record)
-{
-    const auto messageID = [](const QJsonValue& entry) { return entry["message"_L1]["id"_L1].toString(); };
-    const QJsonArray deleted = record["messagesDeleted"_L1].toArray();
-    for (const auto entry : deleted)
-        m_state.remove(messageID(entry));
-    const QJsonArray added = record["labelsAdded"_L1].toArray();
-    for (const auto entry : added)
-        m_state.apply({messageID(entry)}, GmailMessage::strings(entry["labelIds"_L1]), {});
-    const QJsonArray removed = record["labelsRemoved"_L1].toArray();
-    for (const auto entry : removed)
-        m_state.apply({messageID(entry)}, {}, GmailMessage::strings(entry["labelIds"_L1]));
 }
 
 Task<> GmailProvider::takeBaseline()

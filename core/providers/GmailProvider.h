@@ -104,7 +104,6 @@ private:
     /// Whether anything may have changed.
     Task<bool> followHistory();
     Task<> takeBaseline();
-    void applyRecord(const QJsonObject& record);
     Task<QJsonObject> labelNumbers(QString labelID, QString names, std::stop_token stop);
     Task<> addCount(std::shared_ptr<QHash<QString, qint64>> counts, QString key, QString labelID,
                     QLatin1StringView number, std::stop_token stop);
