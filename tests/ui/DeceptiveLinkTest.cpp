@@ -103,6 +103,40 @@ TEST_F(DeceptiveLinkTest, SpeaksOnLinesThatCanBeSeenWhateverTheUserIs)
     takeScreenshot(*mail->window, u"reader-link-alert-long"_s);
 }
 
+/// Words that take long to read as hosts.
+QString endlessText()
+{
+    return u"\u00e4.b "_s.repeated(100'000);
+}
+
+TEST_F(DeceptiveLinkTest, AsksOnceAboutALinkOfAMillionWordsThatIsPressedTwice)
+{
+    open("Subject: x\r\nContent-Type: text/html\r\n\r\n<p>x</p>");
+    ASSERT_TRUE(waitUntilDrawn(message()));
+    const LinkRecord link{*MailURL::parse(u"https://evil.example/"_s), endlessText() + u"bank.example"_s};
+    reader().followLink(link);
+    reader().followLink(link);
+    EXPECT_FALSE(alert()) << "the words are read elsewhere";
+    ASSERT_TRUE(waitUntil([this] { return alert() && alert()->isVisible(); }));
+    EXPECT_TRUE(alertText().startsWith(mismatch(u"bank.example"_s).message()));
+    QTest::mouseClick(alert()->button(QMessageBox::Cancel), Qt::LeftButton);
+    ASSERT_TRUE(waitUntil([this] { return !alert(); }));
+    QTest::qWait(500);
+    EXPECT_FALSE(alert());
+    EXPECT_EQ(mail->openedURLs.size(), 0);
+}
+
+TEST_F(DeceptiveLinkTest, SaysNothingOfALinkWhoseMessageWentWhileItWasJudged)
+{
+    open("Subject: x\r\nContent-Type: text/html\r\n\r\n<p>x</p>");
+    ASSERT_TRUE(waitUntilDrawn(message()));
+    reader().followLink({*MailURL::parse(u"https://evil.example/"_s), endlessText() + u"bank.example"_s});
+    mail->model().setPath({});
+    QTest::qWait(1500);
+    EXPECT_FALSE(alert());
+    EXPECT_EQ(mail->openedURLs.size(), 0);
+}
+
 TEST_F(DeceptiveLinkTest, LooksLikeTheOtherAlerts)
 {
     ASSERT_NO_FATAL_FAILURE(press(u"http://:bank.example@2130706433/login"_s, u"Go to bank.example"_s));

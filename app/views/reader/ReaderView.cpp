@@ -426,15 +426,34 @@ void ReaderView::followLink(const LinkRecord& link)
             MailEncoding::headerSafe(decoded.isValidUtf8() ? QString::fromUtf8(decoded) : target));
         return;
     }
-    const QList<LinkCleaner::Warning> warnings = LinkWarnings::of(link);
+    m_model.start(judgeLink(link));
+}
+
+Task<> ReaderView::judgeLink(LinkRecord link)
+{
+    // In UTF-16 code units. To read a million of them as hosts takes a second.
+    constexpr qsizetype longestReadHere = 10'000;
+    const QPointer<ReaderView> self(this);
+    const quint64 generation = m_generation;
+    const int click = ++m_linkClicks;
+    const auto judge = [link] { return LinkWarnings::of(link); };
+    QList<LinkCleaner::Warning> warnings;
+    qsizetype length = link.text.size() + link.url.absoluteString().size();
+    for (const QString& reading : link.readings)
+        length += reading.size();
+    if (length > longestReadHere)
+        warnings = co_await runOnWorker(judge);
+    else
+        warnings = judge();
+    if (!self || m_generation != generation || m_linkClicks != click)
+        co_return;
     const bool isDeceptive = std::ranges::any_of(warnings, [](const LinkCleaner::Warning& warning) {
         return warning.kind != LinkCleaner::Warning::Kind::insecure;
     });
-    if (!m_model.defaults().boolean(DefaultsKey::warnSuspiciousLinks) || !isDeceptive) {
+    if (m_model.defaults().boolean(DefaultsKey::warnSuspiciousLinks) && isDeceptive)
+        confirmLink(link, warnings);
+    else
         openLink(link);
-        return;
-    }
-    confirmLink(link, warnings);
 }
 
 MailURL ReaderView::destination(const LinkRecord& link) const

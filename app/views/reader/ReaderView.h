@@ -96,6 +96,9 @@ private:
     /// Where headers and message don't fit the pane, the keys that scroll the message bring all of it to
     /// light first. Whether they have.
     bool scrollAround(const QKeyEvent& event);
+    /// Opens the link, or asks first. What was clicked before it and is still being judged is dropped, and so
+    /// is this where another message comes.
+    Task<> judgeLink(LinkRecord link);
     void confirmLink(const LinkRecord& link, const QList<LinkCleaner::Warning>& warnings);
     void openLink(const LinkRecord& link);
     /// Where the link leads: the one place where it is cleaned, if the user wants that.
@@ -109,8 +112,9 @@ private:
     AppModel& m_model;
     Desktop m_desktop;
     QString m_messageID;
-    quint64 m_generation =
-        0; ///< tells what was started for the message on screen from what was started before
+    int m_linkClicks = 0;
+    /// Tells what was started for the message on screen from what was started before.
+    quint64 m_generation = 0;
     std::optional<ParsedMessage> m_parsed;
     ShownHeaders m_shownHeaders; ///< of `m_parsed`, read on a worker
     ShownSender m_shownSender;
