@@ -13,10 +13,12 @@ constexpr const char* variable = "QT_XCB_GL_INTEGRATION";
 
 QtMessageHandler handlerBefore = nullptr;
 
-/// The platform plugin tells the terminal that there is no context, which is what was asked for.
+/// The platform plugin, and later the web engine, write that there is no context, which is what was asked
+/// for.
 void tellOthers(QtMsgType type, const QMessageLogContext& context, const QString& text)
 {
-    if (!text.contains("Cannot create platform OpenGL context"_L1))
+    if (!text.contains("Cannot create platform OpenGL context"_L1) &&
+        !text.contains("No suitable graphics backend found"_L1) && handlerBefore)
         handlerBefore(type, context, text);
 }
 
@@ -35,7 +37,7 @@ NoGraphicsDriver::~NoGraphicsDriver()
 {
     if (!m_isOurs)
         return;
-    qInstallMessageHandler(handlerBefore);
+    // The handler stays: the web engine starts later.
     qunsetenv(variable);
 }
 

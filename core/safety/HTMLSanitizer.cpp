@@ -96,7 +96,7 @@ void removeTitle(OutputAttributes& attributes)
 /// Whether what stands before and behind the tag isn't one word on the page.
 bool partsText(Tag tag, const OutputAttributes& attributes)
 {
-    const QString style = Text::asciiLowered(QString::fromUtf8(valueOf(attributes, Known::style)));
+    const QString style = Text::asciiLowered(Text::fromRepairedUTF8(valueOf(attributes, Known::style)));
     const bool isInline = style.contains("inline"_L1) || style.contains("contents"_L1);
     return HTMLVocabulary::isPhrase(tag) ? !isInline && style.contains("block"_L1) : !isInline;
 }
@@ -348,7 +348,7 @@ ImageLook Pass::lookOf(const QByteArray& style)
         return {};
     if (const auto known = m_looks.constFind(style); known != m_looks.constEnd())
         return *known;
-    const ImageLook look = ImageLook::ofStyle(QString::fromUtf8(style));
+    const ImageLook look = ImageLook::ofStyle(Text::fromRepairedUTF8(style));
     if (m_looks.size() < mostLooks)
         m_looks.insert(style, look);
     return look;
@@ -358,7 +358,7 @@ ImageLook Pass::lookByRules(QByteArrayView tag, const QByteArray& classes) const
 {
     if (m_rules.isEmpty())
         return {};
-    return m_rules.of(QString::fromLatin1(tag), QString::fromUtf8(classes));
+    return m_rules.of(QString::fromLatin1(tag), Text::fromRepairedUTF8(classes));
 }
 
 void Pass::readValues(const RawAttributes& raw, OutputAttributes& attributes)
@@ -568,8 +568,9 @@ bool Pass::isReporting(const QString& source, const RawAttributes& raw, const Ou
     if (tag.isTracker(source) || (source.contains(u'%') && leadsToTracker(source)))
         return true;
     const QByteArray safe = valueOf(attributes, Known::style);
-    const ImageTag shown{QString::fromUtf8(valueOf(attributes, Known::width)),
-                         QString::fromUtf8(valueOf(attributes, Known::height)), QString::fromUtf8(safe)};
+    const ImageTag shown{Text::fromRepairedUTF8(valueOf(attributes, Known::width)),
+                         Text::fromRepairedUTF8(valueOf(attributes, Known::height)),
+                         Text::fromRepairedUTF8(safe)};
     // Of the source all is known by now.
     if ((shown != tag && shown.isTracker({})) || raw.value(Known::hidden))
         return true;

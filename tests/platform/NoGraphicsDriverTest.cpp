@@ -55,18 +55,18 @@ TEST_F(NoGraphicsDriverTest, LeavesWhatTheUserHasSet)
     EXPECT_EQ(qgetenv(variable), "xcb_egl");
 }
 
-TEST_F(NoGraphicsDriverTest, KeepsTheOneMessageThatItBringsAboutFromTheTerminal)
+TEST_F(NoGraphicsDriverTest, KeepsTheMessagesThatItBringsAboutFromTheTerminalAndNoOther)
 {
-    constexpr const char* missing =
-        "QXcbIntegration: Cannot create platform OpenGL context, neither GLX nor EGL are enabled";
     {
         const NoGraphicsDriver lives;
-        qWarning(missing);
+        qWarning("QXcbIntegration: Cannot create platform OpenGL context, neither GLX nor EGL are enabled");
         qWarning("could not connect to display");
     }
     EXPECT_EQ(heard, QStringList(u"could not connect to display"_s));
-    qWarning(missing);
-    EXPECT_EQ(heard.size(), 2) << "what comes later is none of its business";
+    // The web engine starts when the application has long been made.
+    qWarning("No suitable graphics backend found\n");
+    qWarning("something else");
+    EXPECT_EQ(heard, QStringList({u"could not connect to display"_s, u"something else"_s}));
 }
 
 } // namespace

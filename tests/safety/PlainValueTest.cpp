@@ -116,6 +116,21 @@ TEST(PlainValue, IsNearlyEveryValueOfHonestMail)
         EXPECT_TRUE(isPlainValue(style) && isPlainStyle(style)) << style.toStdString();
 }
 
+TEST(PlainValue, KeepsAByteOrderMarkThatBeginsIt)
+{
+    // A browser takes the mark for a part of the name, so that nothing is hidden.
+    SanitizerOptions options;
+    const SanitizedHTML shown = sanitize(
+        u"<a href='https://evil.example/'>bank<span style='display:none'> z </span>."_s +
+            u"<span style='\uFEFFdisplay:none'>example</span></a><img src='https://x.example/a.png' "_s +
+            u"width='\uFEFF1' height='100'>"_s,
+        options);
+    ASSERT_EQ(shown.links.size(), 1);
+    EXPECT_TRUE(shown.links[0].readings.contains(u"bank.example"_s))
+        << shown.links[0].readings.join(u'|').toStdString();
+    EXPECT_EQ(shown.trackers, 0);
+}
+
 TEST(EncodedUTF8, IsWhatEachCharacterGives)
 {
     const auto plain = [](QStringView text) {
