@@ -3,13 +3,13 @@
 #include "domain/Coding.h"
 #include "domain/FileName.h"
 #include "domain/LocalizedError.h"
+#include "platform/AtomicFile.h"
 
 #include <QCborArray>
 #include <QCborMap>
 #include <QDir>
 #include <QFile>
 #include <QRegularExpression>
-#include <QSaveFile>
 
 #include <algorithm>
 
@@ -203,11 +203,8 @@ bool write(const QString& directory, const ComposeDraft& draft, const AESGCMCiph
         number = std::max(number, state.number + 1);
     const QString path =
         u"%1/%2.%3"_s.arg(folder, Coding::fromUuid(draft.id)).arg(number, 20, 10, QLatin1Char('0'));
-    QSaveFile file(path);
     try {
-        const QByteArray box = cipher.seal(encoded(draft, number));
-        if (!file.open(QIODevice::WriteOnly) || !file.setPermissions(QFile::ReadOwner | QFile::WriteOwner) ||
-            file.write(box) != box.size() || !file.commit())
+        if (!AtomicFile::write(path, cipher.seal(encoded(draft, number)), AtomicFile::Durability::synced))
             return false;
     } catch (const std::exception&) {
         return false;

@@ -1,5 +1,6 @@
 #include "store/MailCache.h"
 
+#include "platform/AtomicFile.h"
 #include "platform/FolderEntries.h"
 #include "platform/RegularFile.h"
 #include "platform/Tasks.h"
@@ -10,7 +11,6 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 
 #include <algorithm>
 #include <map>
@@ -39,19 +39,11 @@ bool makePath(const QString& path)
     return QDir().mkdir(path, ownerOnly) || QFileInfo(path).isDir();
 }
 
-bool writeAtomically(const QString& path, const QByteArray& bytes)
-{
-    // It would else write to where the link leads.
-    if (QFileInfo(path).isSymbolicLink())
-        QFile::remove(path);
-    QSaveFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit();
-}
-
 /// Keeps backup programs away (bford.info/cachedir).
 void excludeFromBackup(const QString& directory)
 {
-    writeAtomically(directory + u"/CACHEDIR.TAG"_s, "Signature: 8a477f597d28d172789f06886806bc55\n");
+    AtomicFile::write(directory + u"/CACHEDIR.TAG"_s, "Signature: 8a477f597d28d172789f06886806bc55\n",
+                      AtomicFile::Durability::none);
 }
 
 std::optional<QByteArray> sealedOrNothing(const CacheCipher& cipher, const QByteArray& data)
@@ -99,12 +91,12 @@ public:
         if (m_isRetired)
             return;
         const std::optional<QByteArray> box = sealedOrNothing(*m_cipher, data);
-        if (!box || !ensureDirectory(m_messages))
+        if (!box)
             return;
         const QString path = messagePath(key);
         const qint64 total = usedBytes();
         const qint64 oldSize = QFileInfo(path).size();
-        if (!writeAtomically(path, *box))
+        if (!writeMessage(path, *box))
             return;
         m_totalBytes = total - oldSize + box->size();
         if (*m_totalBytes > m_maxBytes)
@@ -140,7 +132,7 @@ public:
             return;
         const std::optional<QByteArray> box = sealedOrNothing(*m_cipher, data);
         if (box && ensureDirectory(m_directory))
-            writeAtomically(snapshotPath(name), *box);
+            AtomicFile::write(snapshotPath(name), *box, AtomicFile::Durability::synced);
     }
 
     void removeSnapshot(const QString& name) const { QFile::remove(snapshotPath(name)); }
@@ -201,6 +193,16 @@ private:
         if (m_isRetired || !RegularFile::open(file, path) || file.size() > fileLimit)
             return std::nullopt;
         return openedOrNothing(*m_cipher, file.readAll());
+    }
+
+    /// What a power failure leaves of a box isn't opened, and the message is fetched again.
+    bool writeMessage(const QString& path, const QByteArray& box) const
+    {
+        const auto write = [&path, &box] {
+            return AtomicFile::write(path, box, AtomicFile::Durability::none);
+        };
+        // The folder is there but for the first message.
+        return write() || (!QFileInfo::exists(m_messages) && ensureDirectory(m_messages) && write());
     }
 
     bool ensureDirectory(const QString& path) const

@@ -1,10 +1,10 @@
 #include "store/SealedLog.h"
 
+#include "platform/AtomicFile.h"
 #include "platform/RandomBytes.h"
 #include "platform/RegularFile.h"
 
-#include <QFileInfo>
-#include <QSaveFile>
+#include <QFile>
 #include <QtEndian>
 
 #include <algorithm>
@@ -115,11 +115,7 @@ bool SealedLog::replace(const QByteArray& record)
     const QByteArray bytes = sealed(record, 0);
     if (bytes.isEmpty())
         return false;
-    // It would else write to where the link leads.
-    if (QFileInfo(m_path).isSymbolicLink())
-        QFile::remove(m_path);
-    QSaveFile file(m_path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit())
+    if (!AtomicFile::write(m_path, bytes, AtomicFile::Durability::synced))
         return false;
     m_size = bytes.size();
     m_baseSize = m_size;
