@@ -105,7 +105,7 @@ void checkResponse(const QByteArray& frame)
         require(value.text().has_value() == value.data().has_value());
         if (const std::optional<IMAPValues> list = value.list()) {
             const IMAPFetch fetch(*list);
-            require(!fetch.body || !fetch.items.isEmpty());
+            require(!fetch.body() || !fetch.items.isEmpty());
         }
     }
     response.statusText();

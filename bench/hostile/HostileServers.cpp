@@ -190,7 +190,7 @@ Task<qsizetype> fetched(std::shared_ptr<IMAPClient> client)
     const QList<IMAPFetch> fetches = co_await client->fetch(uids, u"FLAGS"_s);
     qsizetype size = 0;
     for (const IMAPFetch& fetch : fetches)
-        size += fetch.flags.size() + fetch.body.value_or(QByteArray()).size();
+        size += fetch.flags.size() + fetch.body().value_or(QByteArray()).size();
     co_return size;
 }
 

@@ -382,7 +382,7 @@ Task<QList<IMAPResponse>> IMAPClient::collectResponses(QString tag, QList<IMAPRe
     for (;;) {
         std::optional<IMAPResponse> buffered = bufferedResponse();
         if (!buffered)
-            buffered.emplace(co_await readResponse());
+            buffered.emplace(co_await receiveResponse());
         IMAPResponse& response = *buffered;
         switch (response.kind) {
         case IMAPResponse::Kind::untagged:
@@ -429,6 +429,12 @@ Task<IMAPResponse> IMAPClient::readResponse()
         IMAPResponse response = *std::move(buffered);
         co_return response;
     }
+    IMAPResponse response = co_await receiveResponse();
+    co_return response;
+}
+
+Task<IMAPResponse> IMAPClient::receiveResponse()
+{
     TransportCloser guard(m_reader.transport());
     QList<QByteArray> pieces;
     qsizetype size = 0;

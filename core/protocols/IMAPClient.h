@@ -163,6 +163,8 @@ private:
     static Task<IMAPResponse> parsed(QList<QByteArray> pieces);
     /// `readResponse` where the next response is one line that has been received already; absent otherwise.
     std::optional<IMAPResponse> bufferedResponse();
+    /// `readResponse` where it has to be received or joined first.
+    Task<IMAPResponse> receiveResponse();
 
     Task<> open(ServerSettings settings, MailAuth auth);
     Task<> readGreeting();

@@ -66,7 +66,7 @@ IMAPFetch::IMAPFetch(const IMAPValues& list)
             internalDate = list[index + 1].text();
         } else if (!hasBody && name.startsWithKeyword("BODY["_L1)) {
             hasBody = true;
-            body = list[index + 1].data();
+            m_body = list[index + 1];
         }
     }
 }

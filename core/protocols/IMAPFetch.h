@@ -35,11 +35,17 @@ struct IMAPFetch {
     bool hasFlags = false;               ///< whether the server told the flags at all
     std::optional<QString> internalDate; ///< unparsed
     IMAPFetchItems items;                ///< everything else
-    std::optional<QByteArray> body;      ///< of the first item whose name begins with "BODY["
 
     IMAPFetch() = default;
     /// Reads the values inside the parentheses in pairs; a lone last one is ignored.
     explicit IMAPFetch(const IMAPValues& list);
+
+    /// The bytes of the first item whose name begins with "BODY[", copied from the response; absent if there
+    /// is none.
+    std::optional<QByteArray> body() const { return m_body.data(); }
+
+private:
+    IMAPValue m_body = IMAPValue::nil();
 };
 
 } // namespace Larkhaven

@@ -127,7 +127,9 @@ QByteArrayView IMAPValueReader::readToken()
 
 bool IMAPValueReader::isNamed(QLatin1StringView keyword) const
 {
-    if (m_open.size() != 1 || m_open.front().kind != Node::Kind::atom)
+    const bool isText = m_open.size() == 1 && (m_open.front().kind == Node::Kind::atom ||
+                                               m_open.front().kind == Node::Kind::string);
+    if (!isText)
         return false;
     return m_view.sliced(m_open.front().start, m_open.front().count)
                .compare(QByteArrayView(keyword.data(), keyword.size()), Qt::CaseInsensitive) == 0;

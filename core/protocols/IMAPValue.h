@@ -123,30 +123,30 @@ public:
         using reference = IMAPValue;
 
         Iterator() = default;
-        Iterator(const IMAPValues* values, qsizetype index)
-            : m_values(values)
-            , m_index(index)
+        Iterator(std::shared_ptr<const IMAPTree> tree, quint32 node)
+            : m_tree(std::move(tree))
+            , m_node(node)
         {}
-        IMAPValue operator*() const { return m_values->at(m_index); }
+        IMAPValue operator*() const { return {m_tree, m_tree->nodes[m_node]}; }
         Iterator& operator++()
         {
-            ++m_index;
+            ++m_node;
             return *this;
         }
         Iterator operator++(int)
         {
             const Iterator before = *this;
-            ++m_index;
+            ++m_node;
             return before;
         }
         bool operator==(const Iterator&) const = default;
 
     private:
-        const IMAPValues* m_values = nullptr;
-        qsizetype m_index = 0;
+        std::shared_ptr<const IMAPTree> m_tree;
+        quint32 m_node = 0;
     };
-    Iterator begin() const { return {this, 0}; }
-    Iterator end() const { return {this, size()}; }
+    Iterator begin() const { return {m_tree, m_first}; }
+    Iterator end() const { return {m_tree, m_first + m_count}; }
 
     friend bool operator==(const IMAPValues& one, const IMAPValues& other);
 

@@ -60,7 +60,8 @@ QString fieldOf(const MIMEHeaders& headers, QStringView name)
 
 MessageSummary summaryOf(const IMAPFetch& fetch, qint64 uid, const SummaryContext& context)
 {
-    const MIMEHeaders headers = MIMEParser::splitHeaders(fetch.body.value_or(QByteArray()) + "\r\n").headers;
+    const MIMEHeaders headers =
+        MIMEParser::splitHeaders(fetch.body().value_or(QByteArray()) + "\r\n").headers;
     const QSet<QString> flags = lowerCased(fetch.flags);
     const std::optional<IMAPValue> size = fetch.items.value("RFC822.SIZE"_L1);
 
@@ -93,7 +94,7 @@ QHash<qint64, PackedRow> rowsOf(const QList<IMAPFetch>& fetches, const QList<qin
         if (!fetch.uid || !asked.contains(*fetch.uid))
             continue;
         // Servers tell changed flags unasked: such a fetch must not blank a summary that is complete.
-        if (fetch.body || !rows.contains(*fetch.uid))
+        if (fetch.body() || !rows.contains(*fetch.uid))
             rows.insert(*fetch.uid, PackedRow::of(summaryOf(fetch, *fetch.uid, context)));
     }
     return rows;

@@ -210,12 +210,12 @@ Task<QByteArray> IMAPProvider::fetchBody(Client client, IMAPMessageGroup group)
     co_await IMAPTransfers::select(client, group);
     const QList<IMAPFetch> fetches = co_await client->fetch(group.uids, u"BODY.PEEK[]"_s);
     const qint64 uid = group.uids.first();
-    const auto answer = std::ranges::find_if(
-        fetches, [uid](const IMAPFetch& fetch) { return fetch.uid.value_or(uid) == uid && fetch.body; });
-    if (answer == fetches.end())
-        throw IMAPMessageIDs::goneFromServer();
-    QByteArray bytes = *answer->body;
-    co_return bytes;
+    for (const IMAPFetch& fetch : fetches) {
+        std::optional<QByteArray> bytes = fetch.uid.value_or(uid) == uid ? fetch.body() : std::nullopt;
+        if (bytes)
+            co_return *std::move(bytes);
+    }
+    throw IMAPMessageIDs::goneFromServer();
 }
 
 Task<std::optional<QString>> IMAPProvider::threadID(QString)

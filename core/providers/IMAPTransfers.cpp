@@ -113,8 +113,9 @@ Task<IMAPTransfers::Fingerprints> IMAPTransfers::fingerprints(Client client, QLi
         const std::optional<QByteArray> size =
             fetch.items.value("RFC822.SIZE"_L1).value_or(IMAPValue::nil()).data();
         // A message that can't be told from others counts as not copied: one too many is better than none.
-        if (fetch.uid && asked.contains(*fetch.uid) && size && fetch.body)
-            fingerprints.insert(*fetch.uid, *size + '\n' + *fetch.body);
+        const std::optional<QByteArray> body = fetch.body();
+        if (fetch.uid && asked.contains(*fetch.uid) && size && body)
+            fingerprints.insert(*fetch.uid, *size + '\n' + *body);
     }
     co_return fingerprints;
 }
@@ -250,7 +251,7 @@ Task<QList<qint64>> IMAPTransfers::copiesOf(Client client, QList<Unanswered> una
     QSet<qint64> known;
     for (const IMAPFetch& fetch : fetches) {
         const qint64 uid = fetch.uid.value_or(0);
-        const QString identity = identityOf(fetch.body.value_or(QByteArray()) + "\r\n");
+        const QString identity = identityOf(fetch.body().value_or(QByteArray()) + "\r\n");
         const bool isCopy = std::ranges::any_of(unanswered, [&](const Unanswered& one) {
             return !identity.isEmpty() && one.identity == identity && uid >= one.next.uid;
         });

@@ -216,7 +216,7 @@ TEST(IMAPClient, ReadsAResponseWithSeveralLiteralsByteByByte)
                 .then("S: P4 OK"));
         const QList<IMAPFetch> fetches = await(connected.client->fetch({1}, u"X"_s));
         ASSERT_EQ(fetches.size(), 1);
-        EXPECT_EQ(fetches[0].body, "P4 N");
+        EXPECT_EQ(fetches[0].body(), "P4 N");
         EXPECT_EQ(fetches[0].items.value("BODY[2]"_L1), IMAPValue::string("\r\n"));
     }
 }
@@ -232,7 +232,7 @@ TEST(IMAPClient, ReadsALargeResponseOnAWorkerWithTheSameResult)
             .then("S: P4 OK"));
     const QList<IMAPFetch> fetches = await(connected.client->fetch({1}, u"BODY.PEEK[]"_s));
     ASSERT_EQ(fetches.size(), 1);
-    EXPECT_EQ(fetches[0].body, body);
+    EXPECT_EQ(fetches[0].body(), body);
 }
 
 TEST(IMAPClient, ClosesTheConnectionWhereALiteralIsTooLarge)

@@ -28,7 +28,7 @@ TEST(IMAPFetch, SortsOutTheItemsThatItKnows)
     EXPECT_EQ(fetch.items.value("RFC822.SIZE"_L1), IMAPValue::atom(u"123"_s));
     for (const QLatin1StringView name : {"UID"_L1, "FLAGS"_L1, "INTERNALDATE"_L1, "RFC822"_L1, ""_L1})
         EXPECT_FALSE(fetch.items.contains(name)) << name.data();
-    EXPECT_EQ(fetch.body, std::nullopt);
+    EXPECT_EQ(fetch.body(), std::nullopt);
 }
 
 TEST(IMAPFetch, KnowsItemsInAnyCase)
@@ -36,7 +36,7 @@ TEST(IMAPFetch, KnowsItemsInAnyCase)
     const IMAPFetch fetch = fetched("uid 5 flags (\\seen) Body[] {2}\r\nhi");
     EXPECT_EQ(fetch.uid, 5);
     EXPECT_EQ(fetch.flags, QList<QString>(1, u"\\seen"_s));
-    EXPECT_EQ(fetch.body, "hi");
+    EXPECT_EQ(fetch.body(), "hi");
 }
 
 TEST(IMAPFetch, IsEmptyForFewerThanTwoValues)
@@ -77,20 +77,20 @@ TEST(IMAPFetch, KeepsTheLaterOfTwoItemsOfAName)
 TEST(IMAPFetch, TakesTheBodyThatTheServerSentFirst)
 {
     const IMAPFetch fetch = fetched("BODY[2] {3}\r\ntwo BODY[1] {3}\r\none BODY[2] {5}\r\nagain");
-    EXPECT_EQ(fetch.body, "two");
+    EXPECT_EQ(fetch.body(), "two");
     EXPECT_EQ(fetch.items.value("BODY[2]"_L1), IMAPValue::string("again"));
     EXPECT_EQ(fetch.items.value("BODY[1]"_L1), IMAPValue::string("one"));
 }
 
 TEST(IMAPFetch, HasNoBodyWhereTheFirstOneIsNothing)
 {
-    EXPECT_EQ(fetched("BODY[1] NIL BODY[2] x").body, std::nullopt);
-    EXPECT_EQ(fetched("BODY (x) BODYSTRUCTURE (y)").body, std::nullopt);
+    EXPECT_EQ(fetched("BODY[1] NIL BODY[2] x").body(), std::nullopt);
+    EXPECT_EQ(fetched("BODY (x) BODYSTRUCTURE (y)").body(), std::nullopt);
 }
 
 TEST(IMAPFetch, TakesABodyInQuotes)
 {
-    EXPECT_EQ(fetched("BODY[] \"a \\\" b\"").body, "a \" b");
+    EXPECT_EQ(fetched("BODY[] \"a \\\" b\"").body(), "a \" b");
 }
 
 TEST(IMAPFetch, HasNoUIDWhereItIsNoNumber)

@@ -338,7 +338,8 @@ TEST(IMAPResponse, ReadsAMillionValuesAndRefusesOneMore)
 
 TEST(IMAPResponse, ReadsTheNumbersOfASearchWithoutMakingValuesOfThem)
 {
-    for (const QByteArray data : {"* SEARCH 2 84 4294967295\r\n", "* search  2 84 \r\n 4294967295"}) {
+    for (const QByteArray data :
+         {"* SEARCH 2 84 4294967295\r\n", "* search  2 84 \r\n 4294967295", "* \"Search\" 2 84 4294967295"}) {
         const IMAPResponse response = IMAPResponse::parse(data);
         EXPECT_EQ(response.values.size(), 1) << data.toStdString();
         EXPECT_EQ(response.numbers, QList<quint32>({2, 84, 4'294'967'295}));
