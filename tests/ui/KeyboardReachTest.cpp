@@ -5,6 +5,8 @@
 #include "protocols/StreamTransport.h"
 #include "support/QtPrinters.h"
 #include "views/main/SidebarView.h"
+#include "views/reader/ReaderView.h"
+#include "views/reader/SecureMessageView.h"
 #include "views/settings/SettingsView.h"
 #include "views/setup/SignInWindow.h"
 #include "views/style/AttachmentChip.h"
@@ -15,6 +17,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
+#include <QWebEngineView>
 
 using namespace Qt::StringLiterals;
 
@@ -74,6 +77,41 @@ protected:
     Wakeup signIn; ///< ends it
     std::unique_ptr<MailWindow> mail;
 };
+
+TEST_F(KeyboardReachTest, TakesTheSameWayThroughTheNextMessage)
+{
+    begin();
+    const auto way = [this] {
+        QStringList names;
+        const QWidget* const start = QApplication::focusWidget();
+        constexpr int longWay = 60;
+        for (int presses = 0; presses < longWay; ++presses) {
+            const QWidget* const before = QApplication::focusWidget();
+            pressKey(Qt::Key_Tab);
+            waitUntil([before] { return QApplication::focusWidget() != before; }, std::chrono::seconds(1));
+            const QWidget* const now = QApplication::focusWidget();
+            const bool isMessage = mail->window->reader().findChild<SecureMessageView*>()->isAncestorOf(now);
+            names.append(isMessage ? u"message"_s : focusedName());
+            if (now == start)
+                break;
+        }
+        return names;
+    };
+    read("Subject: one\r\n\r\nOne");
+    const QStringList first = way();
+    EXPECT_EQ(first.count(u"message"_s), 1) << first.join(u' ').toStdString();
+    provider().setRaw(u"2"_s, "Subject: two\r\n\r\nTwo");
+    const SecureMessageView& message = *mail->window->reader().findChild<SecureMessageView*>();
+    // The page that is ready has its own view.
+    ASSERT_TRUE(waitUntil([&message] { return message.findChildren<QWebEngineView*>().size() == 2; }));
+    EXPECT_EQ(way(), first);
+    pressKey(Qt::Key_Escape);
+    const QSignalSpy shown(&mail->window->reader(), &ReaderView::shown);
+    typeText(u"jo"_s);
+    ASSERT_TRUE(waitUntil([&shown] { return !shown.isEmpty(); }));
+    ASSERT_TRUE(waitUntilDrawn(*mail->window));
+    EXPECT_EQ(way(), first);
+}
 
 TEST_F(KeyboardReachTest, SavesAnAttachment)
 {

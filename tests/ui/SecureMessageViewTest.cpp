@@ -407,6 +407,42 @@ TEST_F(SecureMessageViewTest, HasAPageAndAProcessReadyForTheNextMessage)
     EXPECT_TRUE(nextPage(view));
 }
 
+TEST_F(SecureMessageViewTest, ShowsTheBeginningOfALongDocumentBeforeItsEnd)
+{
+    bool hasTurned = false;
+    bool wasSeenBefore = false;
+    QObject::connect(&view, &SecureMessageView::uncovered, &view, [&hasTurned, this] {
+        QTimer::singleShot(0, &view, [&hasTurned] { hasTurned = true; });
+    });
+    QObject::connect(&view, &SecureMessageView::loadFinished, &view,
+                     [&] { wasSeenBefore = hasTurned && !view.isCovered(); });
+    const QSignalSpy loaded(&view, &SecureMessageView::loadFinished);
+    view.display({u"<p>a line of many</p>"_s.repeated(100000), {}, 0, 0}, false, 1);
+    ASSERT_TRUE(waitUntil([&loaded] { return !loaded.isEmpty(); }));
+    EXPECT_TRUE(wasSeenBefore);
+}
+
+TEST_F(SecureMessageViewTest, LaysThePageForTheNextMessageBelowWhereNobodyReachesIt)
+{
+    display(filled(u"one"_s));
+    ASSERT_TRUE(nextPage(view));
+    const QList<QWebEngineView*> both = view.findChildren<QWebEngineView*>();
+    ASSERT_EQ(both.size(), 2);
+    QWebEngineView& next = both.first() == &view.webView() ? *both.last() : *both.first();
+    EXPECT_EQ(next.geometry(), view.webView().geometry());
+    const QPoint middle = view.webView().geometry().center();
+    EXPECT_TRUE(view.webView().isAncestorOf(view.childAt(middle)));
+    // Its own widgets are in the order of the Tab key, and passed over.
+    for (QWidget* const widget : next.findChildren<QWidget*>())
+        EXPECT_FALSE(widget->isEnabled());
+    EXPECT_FALSE(next.isEnabled());
+    display(filled(u"two"_s));
+    EXPECT_EQ(&view.webView(), &next);
+    EXPECT_TRUE(next.isEnabled());
+    EXPECT_TRUE(waitUntil([this] { return view.findChildren<QWebEngineView*>().size() == 2; }));
+    EXPECT_TRUE(next.isAncestorOf(view.childAt(middle)));
+}
+
 TEST_F(SecureMessageViewTest, ShowsTheNextMessageWhereTheProcessThatWasReadyHasEnded)
 {
     display(filled(u"one"_s));

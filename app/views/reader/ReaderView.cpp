@@ -175,7 +175,8 @@ ReaderView::ReaderView(AppModel& model, Desktop desktop, QWidget* parent)
     connect(m_message, &SecureMessageView::troubleChanged, this, &ReaderView::takeTrouble);
     connect(m_message, &SecureMessageView::textRequested, this, &ReaderView::showAsText);
     connect(m_message, &SecureMessageView::uncovered, this, [this] { passFocus(Qt::OtherFocusReason); });
-    // The engine takes the keys in a child of its own, which comes and goes.
+    // The engine takes the keys in a child of its view; both come and go.
+    m_message->installEventFilter(this);
     m_message->webView().installEventFilter(this);
     if (QWidget* const proxy = m_message->webView().focusProxy())
         proxy->installEventFilter(this);
@@ -611,10 +612,10 @@ void ReaderView::focusInEvent(QFocusEvent* event)
 bool ReaderView::eventFilter(QObject* watched, QEvent* event)
 {
     if (event->type() == QEvent::ChildAdded) {
-        // The engine's own widget, which gets the keys; each document has another.
+        // A view, or the engine's own widget in it, which gets the keys; each document has others.
         static_cast<QChildEvent*>(event)->child()->installEventFilter(this);
     }
-    if (event->type() != QEvent::KeyPress)
+    if (event->type() != QEvent::KeyPress || watched == m_message)
         return QWidget::eventFilter(watched, event);
     auto* const key = static_cast<QKeyEvent*>(event);
     return handleKey(key) || scrollAround(*key);

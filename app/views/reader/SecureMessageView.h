@@ -84,6 +84,7 @@ public:
     int refusedImages() const;
     /// How often a document was loaded.
     int loadCount() const { return m_loadCount; }
+    /// The view of the page on screen; another message may have another.
     QWebEngineView& webView() const { return *m_view; }
 
 public Q_SLOTS:
@@ -93,7 +94,8 @@ public Q_SLOTS:
 
 Q_SIGNALS:
     void linkActivated(const Larkhaven::LinkRecord& link);
-    /// The document can be seen and takes keys; its remote images may still be on their way.
+    /// The beginning of the document can be seen and takes keys; its end and its remote images may still be
+    /// on their way.
     void uncovered();
     void refusedImagesChanged();
     void troubleChanged();
@@ -112,9 +114,11 @@ private:
 
     void releaseFocus();
     void makeProfile();
+    /// Without a page.
+    QWebEngineView* newView();
     /// A page of its own, with a process of its own once it loads.
     Page* newPage();
-    /// Puts the page into the window, in the place of the one before.
+    /// Puts the page into the window, in the place of the one before; with its view, if it has one.
     void showPage(Page* page);
     /// Makes a page and a process ready for the next message, which the engine takes longer for than for most
     /// messages.
@@ -145,7 +149,8 @@ private:
     std::unique_ptr<Page, DeletePageLater> m_next;   ///< for the next message; null until it is made ready
     QPointer<QWebEngineUrlRequestJob> m_nextRequest; ///< of `m_next`
     QWebEngineView* m_view;
-    QWidget* m_cover; ///< hides the last message until the next one is drawn
+    QWebEngineView* m_nextView = nullptr; ///< of `m_next`; null where it is made ready without one
+    QWidget* m_cover;                     ///< hides the last message until the next one is drawn
     TroubleSheet* m_sheet;
     QList<LinkRecord> m_links;
     /// A document and how it is shown. The text is the caller's, and costs no copy.
@@ -161,7 +166,6 @@ private:
     QByteArray m_document;
     Body m_body = Body::html;
     Trouble m_trouble = Trouble::none;
-    QTimer m_uncoverTimer;
     QTimer m_nextTimer;  ///< until the next page is made ready
     QTimer m_drawTimer;  ///< until it is asked whether anything is drawn
     QTimer m_watchTimer; ///< until the memory of the process is looked at
