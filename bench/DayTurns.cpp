@@ -112,6 +112,15 @@ public:
         , m_model(application.model())
     {}
 
+    /// The kept rows, before the server says anything.
+    Task<bool> liveAgain()
+    {
+        m_application.window().show();
+        const auto areThere = [this] { return !m_model.messages().isEmpty(); };
+        const bool good = co_await part(u"started again, to the kept rows"_s, until(areThere));
+        co_return good;
+    }
+
     Task<bool> live()
     {
         m_application.window().show();
@@ -139,7 +148,7 @@ private:
         const Watchdog::Longest longest = m_watchdog.take();
         QTextStream(stdout) << name << '\t' << QString::number(longest.wall.count(), 'f', 1) << '\t'
                             << QString::number(longest.processor.count(), 'f', 1) << '\t' << longest.longTurns
-                            << '\t' << QString::number(whole.count(), 'f', 1) << '\t'
+                            << '\t' << QString::number(whole.count(), 'f', 2) << '\t'
                             << (isDone ? "" : "not done") << Qt::endl;
         co_return isDone;
     }
@@ -185,7 +194,7 @@ private:
         if (opened < newsletters - 1)
             complain(u"%1 newsletters among %2 rows, the first of them %3"_s.arg(opened)
                          .arg(rows.size())
-                         .arg(rows.first().subject));
+                         .arg(rows.isEmpty() ? QString() : rows.first().subject));
         co_return opened == newsletters - 1;
     }
 
@@ -260,6 +269,8 @@ private:
     {
         for (int page = 0; page < archivedPages; ++page) {
             const QList<MessageSummary> rows = m_model.messages();
+            if (rows.isEmpty())
+                co_return false;
             m_model.archive(rows);
             const QString first = rows.first().id;
             const auto isNext = [this, first] { return isListing() && !m_model.message(first); };
@@ -295,18 +306,26 @@ private:
 
 } // namespace
 
+/// usage: DayTurns [again]   With "again" no more than the start, on what an earlier run has left.
 int main(int argc, char** argv)
 {
+    const bool isAgain = argc > 1 && QByteArrayView(argv[1]) == "again";
+    argc = 1;
     Application application(argc, argv);
     if (!application.isFirst())
         return application.run();
     application.model().defaults().set(DefaultsKey::pageSize, 100);
     Day day(application);
     bool isGood = false;
-    Task<> living = [](Day& whole, bool& good) -> Task<> {
-        good = co_await whole.live();
+    Task<> living = [](Day& whole, bool again, bool& good) -> Task<> {
+        try {
+            Task<bool> work = again ? whole.liveAgain() : whole.live();
+            good = co_await work;
+        } catch (const std::exception& error) {
+            QTextStream(stderr) << "DayTurns: " << error.what() << Qt::endl;
+        }
         QApplication::quit();
-    }(day, isGood);
+    }(day, isAgain, isGood);
     QApplication::exec();
     return isGood ? 0 : 1;
 }

@@ -18,7 +18,7 @@ QtMessageHandler handlerBefore = nullptr;
 void tellOthers(QtMsgType type, const QMessageLogContext& context, const QString& text)
 {
     if (!text.contains("Cannot create platform OpenGL context"_L1) &&
-        !text.contains("No suitable graphics backend found"_L1) && handlerBefore)
+        !text.contains("No suitable graphics backend found"_L1))
         handlerBefore(type, context, text);
 }
 
@@ -30,7 +30,9 @@ NoGraphicsDriver::NoGraphicsDriver()
     if (!m_isOurs)
         return;
     qputenv(variable, "none");
-    handlerBefore = qInstallMessageHandler(tellOthers);
+    // Known before ours is called.
+    handlerBefore = qInstallMessageHandler(nullptr);
+    qInstallMessageHandler(tellOthers);
 }
 
 NoGraphicsDriver::~NoGraphicsDriver()

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <QByteArray>
-
 namespace Larkhaven {
 
 /// Keeps the drivers of the graphics card out of this process, which draws nothing with them: one lives while

@@ -3,6 +3,7 @@
 #include <QStringList>
 
 #include <gtest/gtest.h>
+#include <optional>
 
 using namespace Qt::StringLiterals;
 
@@ -23,17 +24,22 @@ protected:
     void SetUp() override
     {
         heard.clear();
+        m_own = qEnvironmentVariableIsSet(variable) ? std::optional(qgetenv(variable)) : std::nullopt;
         qunsetenv(variable);
         m_before = qInstallMessageHandler(hear);
     }
     void TearDown() override
     {
         qInstallMessageHandler(m_before);
-        qunsetenv(variable);
+        if (m_own)
+            qputenv(variable, *m_own);
+        else
+            qunsetenv(variable);
     }
 
 private:
     QtMessageHandler m_before = nullptr;
+    std::optional<QByteArray> m_own; ///< of whom runs the tests
 };
 
 TEST_F(NoGraphicsDriverTest, TellsThePlatformPluginAndNoProgramThatIsStartedLater)
