@@ -181,6 +181,25 @@ TEST(MailDate, RefusesWhatCalendarAndClockDoNotHave)
     EXPECT_EQ(read(u"3 Mar 2026 23:59:60 +0000"), u"absent"_s);
 }
 
+TEST(MailDate, HasTheCalendarOfQt)
+{
+    const QStringList names{u"Jan"_s, u"Feb"_s, u"Mar"_s, u"Apr"_s, u"May"_s, u"Jun"_s,
+                            u"Jul"_s, u"Aug"_s, u"Sep"_s, u"Oct"_s, u"Nov"_s, u"Dec"_s};
+    const auto readDay = [&names](int year, int month, int day) {
+        const QString text = u"%1 %2 %3"_s.arg(day).arg(names[month - 1]).arg(year, 4, 10, QChar(u'0'));
+        const std::optional<QDateTime> date = MailDate::parse(text, u"d MMM yyyy");
+        return date ? date->date() : QDate();
+    };
+    for (int year : {0, 1, 4, 100, 400, 1582, 1600, 1700, 1900, 1969, 1970, 1972, 2000, 2100, 2400, 9999,
+                     10'000, MailDate::maxYear}) {
+        for (int month = 1; month <= 12; ++month) {
+            for (int day = 0; day <= 32; ++day)
+                ASSERT_EQ(readDay(year, month, day), QDate(year, month, day))
+                    << year << ' ' << month << ' ' << day;
+        }
+    }
+}
+
 TEST(MailDate, ReadsDatesOfTheUsualShapeAsThePatternDoes)
 {
     std::mt19937 random(7);
