@@ -50,6 +50,26 @@ TEST(AddressParser, ReadsABareAddress)
     EXPECT_EQ(parseOne(u" \r\n a@x\t"), bare(u"a@x"_s));
 }
 
+TEST(AddressParser, FindsEachSeparatorAtEachPlace)
+{
+    for (qsizetype before = 1; before < 40; ++before) {
+        for (const QChar letter : {u'a', u'~', u'\u0128', u'\u0240', u'\uff22'}) {
+            const QString word(before, letter);
+            const Addresses expected{{word, u"x@y"_s}, {word, u"b"_s}, bare(u"c@"_s + word), bare(u"d@e"_s)};
+            ASSERT_EQ(parseList(word + u"<x@y>,b("_s + word + u"),c@"_s + word + u",d@e"_s), expected)
+                << before;
+            ASSERT_EQ(parseList(u'"' + word + u",\"<x@y>"_s), (Addresses{{word + u',', u"x@y"_s}})) << before;
+        }
+    }
+}
+
+TEST(AddressParser, TakesTheQuotesOffANameUnlessALineEndIsBehindThem)
+{
+    EXPECT_EQ(parseOne(u" \n\" Ann \"\t<a@x>"), EmailAddress(u"Ann"_s, u"a@x"_s));
+    EXPECT_EQ(parseOne(u"\"Ann\"\n<a@x>"), EmailAddress(u"\"Ann\""_s, u"a@x"_s));
+    EXPECT_EQ(parseOne(u"\" <a@x>"), EmailAddress(u"\""_s, u"a@x"_s));
+}
+
 TEST(AddressParser, FindsNoAddressWithoutAnAtSign)
 {
     EXPECT_EQ(parseOne(u"nobody"), std::nullopt);
