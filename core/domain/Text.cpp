@@ -25,12 +25,16 @@ bool isLineEnd(QChar character)
 
 namespace {
 
+/// What is visible of ASCII, which no one trims, is told without a call.
 template <typename Predicate>
 QStringView trimmedWhere(QStringView text, Predicate isTrimmed)
 {
-    while (!text.isEmpty() && isTrimmed(text.front()))
+    const auto mayGo = [isTrimmed](QChar character) {
+        return !(character > u' ' && character < u'\x7f') && isTrimmed(character);
+    };
+    while (!text.isEmpty() && mayGo(text.front()))
         text = text.sliced(1);
-    while (!text.isEmpty() && isTrimmed(text.back()))
+    while (!text.isEmpty() && mayGo(text.back()))
         text.chop(1);
     return text;
 }
@@ -131,6 +135,7 @@ unsigned widen(const uchar* input, char16_t* output)
 void takeASCII(const uchar*& input, const uchar* end, char16_t*& output)
 {
 #if defined(__SSE2__)
+    const uchar* const start = input;
     // All of a vector is written, also what isn't ASCII: the character that comes next is written over it. In
     // German prose this is three times as fast as looking for the end first.
     while (end - input >= 32 && widen(input, output) == 0 && widen(input + 16, output + 16) == 0) {
@@ -145,16 +150,35 @@ void takeASCII(const uchar*& input, const uchar* end, char16_t*& output)
         if (others != 0)
             return;
     }
+    while (input != end && end - start >= 8) {
+        // The last step is taken back to where it has all of its bytes.
+        const std::ptrdiff_t back = std::max<std::ptrdiff_t>(8 - (end - input), 0);
+        input -= back;
+        output -= back;
+        const __m128i bytes = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(input));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(output), _mm_unpacklo_epi8(bytes, _mm_setzero_si128()));
+        const auto others = static_cast<unsigned>(_mm_movemask_epi8(bytes));
+        const int length = others == 0 ? 8 : std::countr_zero(others);
+        input += length;
+        output += length;
+        if (others != 0)
+            return;
+    }
 #endif
     while (input < end && *input < 0x80)
         *output++ = *input++;
 }
 
-/// Reads as much as is valid UTF-8 (the Unicode Standard, table 3-7) of the bytes, and moves both pointers
-/// behind it.
+/// How far a conversion has come.
+struct Progress {
+    const uchar* input;
+    char16_t* output;
+};
+
+/// Converts as much as is valid UTF-8 (the Unicode Standard, table 3-7) of the bytes.
 ///
 /// Not ICU, which takes seven times as long for mail: most of it is ASCII.
-void convertValid(const uchar*& input, const uchar* end, char16_t*& output)
+Progress convertValid(const uchar* input, const uchar* end, char16_t* output)
 {
     const auto follows = [](uchar byte) { return (byte & 0xC0) == 0x80; };
     while (input < end) {
@@ -169,7 +193,7 @@ void convertValid(const uchar*& input, const uchar* end, char16_t*& output)
             } else if ((lead & 0xF0) == 0xE0 && rest >= 3 && follows(input[1]) && follows(input[2])) {
                 const int unit = (lead & 0x0F) << 12 | (input[1] & 0x3F) << 6 | (input[2] & 0x3F);
                 if (unit < 0x800 || (unit >= 0xD800 && unit <= 0xDFFF))
-                    return;
+                    return {input, output};
                 *output++ = static_cast<char16_t>(unit);
                 input += 3;
             } else if (lead >= 0xF0 && lead <= 0xF4 && rest >= 4 && follows(input[1]) && follows(input[2]) &&
@@ -177,15 +201,16 @@ void convertValid(const uchar*& input, const uchar* end, char16_t*& output)
                 const auto character = static_cast<char32_t>((lead & 0x07) << 18 | (input[1] & 0x3F) << 12 |
                                                              (input[2] & 0x3F) << 6 | (input[3] & 0x3F));
                 if (character < 0x10000 || character > QChar::LastValidCodePoint)
-                    return;
+                    return {input, output};
                 *output++ = QChar::highSurrogate(character);
                 *output++ = QChar::lowSurrogate(character);
                 input += 4;
             } else {
-                return;
+                return {input, output};
             }
         }
     }
+    return {input, output};
 }
 
 /// Appends to the text, of which `length` units are in use, what the bytes spell with what is invalid
@@ -207,15 +232,14 @@ std::optional<QString> fromUTF8(QByteArrayView bytes, Invalid invalid)
     // No sequence of UTF-8 is shorter than what it gives in UTF-16.
     QString text(bytes.size(), Qt::Uninitialized);
     auto* const start = reinterpret_cast<char16_t*>(text.data());
-    char16_t* output = start;
-    const auto* input = reinterpret_cast<const uchar*>(bytes.data());
+    const auto* const input = reinterpret_cast<const uchar*>(bytes.data());
     const uchar* const end = input + bytes.size();
-    convertValid(input, end, output);
-    qsizetype length = output - start;
-    if (input != end) {
+    const Progress valid = convertValid(input, end, start);
+    qsizetype length = valid.output - start;
+    if (valid.input != end) {
         if (invalid == Invalid::refuse)
             return std::nullopt;
-        appendRepaired(text, length, bytes.last(end - input));
+        appendRepaired(text, length, bytes.last(end - valid.input));
     }
     text.truncate(length);
     return text;
@@ -233,18 +257,12 @@ std::optional<QString> fromStrictUTF8(QByteArrayView bytes)
     return fromUTF8(bytes, Invalid::refuse);
 }
 
-bool appendStrictUTF8(QString& text, QByteArrayView bytes)
+char16_t* writeStrictUTF8(char16_t* output, QByteArrayView bytes)
 {
-    const qsizetype before = text.size();
-    text.resize(before + bytes.size());
-    auto* const start = reinterpret_cast<char16_t*>(text.data());
-    char16_t* output = start + before;
-    const auto* input = reinterpret_cast<const uchar*>(bytes.data());
+    const auto* const input = reinterpret_cast<const uchar*>(bytes.data());
     const uchar* const end = input + bytes.size();
-    convertValid(input, end, output);
-    const bool isValid = input == end;
-    text.truncate(isValid ? output - start : before);
-    return isValid;
+    const Progress valid = convertValid(input, end, output);
+    return valid.input == end ? valid.output : nullptr;
 }
 
 void CharacterWalk::Closer::operator()(UBreakIterator* iterator) const

@@ -50,8 +50,9 @@ QString fromRepairedUTF8(QByteArrayView bytes);
 /// Decodes UTF-8; absent where anything in it is invalid.
 std::optional<QString> fromStrictUTF8(QByteArrayView bytes);
 
-/// Appends the text that the UTF-8 spells; false, and the text as it was, where anything in it is invalid.
-bool appendStrictUTF8(QString& text, QByteArrayView bytes);
+/// Writes the text that the UTF-8 spells, for which there is room for a unit for each byte; where it ends.
+/// Null where anything in the bytes is invalid: what is written then means nothing.
+char16_t* writeStrictUTF8(char16_t* output, QByteArrayView bytes);
 
 /// Walks a text by its user-perceived characters (extended grapheme clusters, UAX #29), looking no further
 /// than it has to. The text must outlive it.

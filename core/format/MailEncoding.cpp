@@ -2,8 +2,7 @@
 
 #include "domain/Text.h"
 #include "format/Base64.h"
-
-#include <QVarLengthArray>
+#include "format/EncodedWords.h"
 
 #include <algorithm>
 #include <array>
@@ -225,7 +224,9 @@ std::optional<TextEncoding::Charset> commonCharset(QStringView name)
     return isKnown ? std::optional(row->charset) : std::nullopt;
 }
 
-TextEncoding encodingOf(QStringView name)
+} // namespace
+
+TextEncoding encodingNamed(QStringView name)
 {
     const QStringView trimmed = trimmedSpacesAndQuotes(name);
     // Nearly all names are this one.
@@ -236,7 +237,12 @@ TextEncoding encodingOf(QStringView name)
     return TextEncoding::fromRegistry(Text::asciiLowered(trimmed)).value_or(TextEncoding::utf8);
 }
 
-QString decodedText(QByteArrayView bytes, const TextEncoding& declared)
+TextEncoding charsetEncoding(const std::optional<QString>& name)
+{
+    return name ? encodingNamed(*name) : TextEncoding(TextEncoding::utf8);
+}
+
+QString decodeText(QByteArrayView bytes, const TextEncoding& declared)
 {
     if (std::optional<QString> text = declared.decode(bytes))
         return *std::move(text);
@@ -249,16 +255,9 @@ QString decodedText(QByteArrayView bytes, const TextEncoding& declared)
     return Text::fromRepairedUTF8(bytes);
 }
 
-} // namespace
-
-TextEncoding charsetEncoding(const std::optional<QString>& name)
-{
-    return name ? encodingOf(*name) : TextEncoding(TextEncoding::utf8);
-}
-
 QString decodeText(QByteArrayView bytes, const std::optional<QString>& charset)
 {
-    return decodedText(bytes, charsetEncoding(charset));
+    return decodeText(bytes, charsetEncoding(charset));
 }
 
 namespace {
@@ -283,129 +282,16 @@ qsizetype utf8Length(QStringView text)
     return length;
 }
 
-/// The space of the "linear-white-space" between two encoded words.
-bool isLinearSpace(QStringView text)
-{
-    return std::all_of(text.begin(), text.end(), [](QChar character) {
-        return character == u' ' || character == u'\t' || character == u'\r' || character == u'\n';
-    });
-}
-
-/// Where the two units stand side by side at or behind `from`; -1 where they don't. QStringView::indexOf
-/// prepares each search for a long needle.
-qsizetype pairIndex(QStringView text, QChar first, QChar second, qsizetype from = 0)
-{
-    qsizetype index = text.indexOf(first, from);
-    while (index >= 0 && (index + 1 == text.size() || text[index + 1] != second))
-        index = text.indexOf(first, index + 1);
-    return index;
-}
-
-/// encoded-word = "=?" charset "?" encoding "?" encoded-text "?=" (RFC 2047, 2)
-struct EncodedWord {
-    QStringView charset;
-    QStringView encoding;
-    QStringView payload;
-    qsizetype length; ///< of the whole word
-};
-
-/// The word at the beginning of `text`, which begins with "=?"; absent where it is malformed.
-std::optional<EncodedWord> readEncodedWord(QStringView text)
-{
-    constexpr qsizetype start = 2;
-    const qsizetype charsetEnd = text.indexOf(u'?', start);
-    if (charsetEnd < 0)
-        return std::nullopt;
-    const qsizetype encodingEnd = text.indexOf(u'?', charsetEnd + 1);
-    if (encodingEnd < 0)
-        return std::nullopt;
-    const qsizetype payloadEnd = pairIndex(text, u'?', u'=', encodingEnd + 1);
-    if (payloadEnd < 0)
-        return std::nullopt;
-    return EncodedWord{text.sliced(start, charsetEnd - start),
-                       text.sliced(charsetEnd + 1, encodingEnd - charsetEnd - 1),
-                       text.sliced(encodingEnd + 1, payloadEnd - encodingEnd - 1), payloadEnd + 2};
-}
-
-/// Bytes that are on the stack as long as they are those of a word of lawful length, and of some more.
-using Octets = QVarLengthArray<char, 256>;
-
-Octets utf8Of(QStringView text)
-{
-    Octets octets(text.size());
-    char16_t all = 0;
-    for (qsizetype index = 0; index < text.size(); ++index) {
-        const char16_t unit = text[index].unicode();
-        octets[index] = static_cast<char>(unit);
-        all |= unit;
-    }
-    if (all >= 0x80) {
-        const QByteArray utf8 = text.toUtf8();
-        octets.clear();
-        octets.append(utf8.constData(), utf8.size());
-    }
-    return octets;
-}
-
-/// Appends the text of a word; false for an encoding that is neither "B" nor "Q".
-///
-/// Nothing on the way is allocated: a subject of two words is read twice as fast.
-bool appendWord(QString& result, const EncodedWord& word)
-{
-    const bool isBase64 = Text::isSameKeyword(word.encoding, u"B");
-    if (!isBase64 && !Text::isSameKeyword(word.encoding, u"Q"))
-        return false;
-    // RFC 2231, 5: a language may follow the charset behind a "*".
-    const qsizetype languageStart = word.charset.indexOf(u'*');
-    const QStringView charset = word.charset.first(languageStart < 0 ? word.charset.size() : languageStart);
-    const Octets payload = utf8Of(word.payload);
-    Octets octets(isBase64 ? Base64::roomFor(payload.size()) : payload.size());
-    octets.resize(isBase64 ? Base64::decodeInto(octets.data(), payload)
-                           : decodeQuotedPrintableInto(octets.data(), payload, true));
-    const TextEncoding declared = encodingOf(charset);
-    if (declared.charset != TextEncoding::utf8 || !Text::appendStrictUTF8(result, octets))
-        result += decodedText(octets, declared);
-    return true;
-}
-
-QString decodeWords(QStringView rest)
-{
-    QString result;
-    result.reserve(rest.size());
-    bool lastWasEncoded = false;
-    while (true) {
-        const qsizetype wordStart = pairIndex(rest, u'=', u'?');
-        if (wordStart < 0)
-            return result.append(rest);
-        const QStringView prefix = rest.first(wordStart);
-        const bool isHeldBack = lastWasEncoded && isLinearSpace(prefix);
-        if (!isHeldBack)
-            result += prefix;
-        rest = rest.sliced(wordStart);
-
-        const std::optional<EncodedWord> word = readEncodedWord(rest);
-        if (!word) {
-            if (isHeldBack)
-                result += prefix;
-            return result.append(rest);
-        }
-        lastWasEncoded = appendWord(result, *word);
-        if (!lastWasEncoded)
-            result += rest.first(word->length);
-        rest = rest.sliced(word->length);
-    }
-}
-
 } // namespace
 
 QString decodeHeader(const QString& text)
 {
-    if (pairIndex(text, u'=', u'?') < 0)
+    if (!EncodedWords::mayStandIn(text))
         return text;
     // A unit is three bytes at most.
     if (text.size() > maxHeaderBytes / 3 && utf8Length(text) > maxHeaderBytes)
-        return decodeWords(Text::prefix(text, maxHeaderCharacters));
-    return decodeWords(text);
+        return EncodedWords::decode(Text::prefix(text, maxHeaderCharacters));
+    return EncodedWords::decode(text);
 }
 
 namespace {

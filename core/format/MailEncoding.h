@@ -41,10 +41,12 @@ QByteArray encodeBase64Lines(QByteArrayView bytes);
 ///
 /// NB: ASCII is UTF-8. A message that declares ASCII and holds 8-bit UTF-8 reads correctly so.
 TextEncoding charsetEncoding(const std::optional<QString>& name);
+TextEncoding encodingNamed(QStringView name);
 
 /// The text of the bytes: in the charset named, else in UTF-8, else in Windows-1252, whichever reads all of
 /// it; else in UTF-8 with every invalid sequence repaired to U+FFFD.
 QString decodeText(QByteArrayView bytes, const std::optional<QString>& charset);
+QString decodeText(QByteArrayView bytes, const TextEncoding& declared);
 
 /// Longest header value, in bytes of UTF-8, that `decodeHeader` reads whole. Of a longer one with encoded
 /// words in it the first `maxHeaderCharacters` user-perceived characters are kept.

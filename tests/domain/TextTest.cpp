@@ -159,15 +159,24 @@ TEST(Text, RefusesInvalidUTF8WhereItIsReadStrictly)
     EXPECT_EQ(Text::fromStrictUTF8("\xE9"), std::nullopt);
 }
 
-TEST(Text, AppendsUTF8OnlyWhereAllOfItIsValid)
+TEST(Text, WritesUTF8OnlyWhereAllOfItIsValid)
 {
-    QString text = QStringLiteral("Zo");
-    EXPECT_TRUE(Text::appendStrictUTF8(text, "\xc3\xab und mehr als sechzehn Zeichen"));
-    EXPECT_EQ(text, QStringView(u"Zo\u00eb und mehr als sechzehn Zeichen"));
-    EXPECT_FALSE(Text::appendStrictUTF8(text, "mehr\xc3"));
-    EXPECT_EQ(text, QStringView(u"Zo\u00eb und mehr als sechzehn Zeichen"));
-    EXPECT_TRUE(Text::appendStrictUTF8(text, {}));
-    EXPECT_EQ(text, QStringView(u"Zo\u00eb und mehr als sechzehn Zeichen"));
+    const auto written = [](const QByteArray& bytes) -> std::optional<QString> {
+        QString text(bytes.size() + 1, u'.');
+        auto* const start = reinterpret_cast<char16_t*>(text.data());
+        const char16_t* const end = Text::writeStrictUTF8(start, bytes);
+        // What is behind the room for it stays.
+        EXPECT_EQ(text.back(), u'.');
+        return end ? std::optional(text.first(end - start)) : std::nullopt;
+    };
+    EXPECT_EQ(written({}), QString());
+    EXPECT_EQ(written("mehr\xc3"), std::nullopt);
+    for (int before = 0; before < 40; ++before) {
+        for (int behind = 0; behind < 40; ++behind) {
+            const QByteArray bytes = QByteArray(before, 'a') + "\xc3\xab" + QByteArray(behind, 'b');
+            ASSERT_EQ(written(bytes), QString(QString(before, u'a') + u'\u00eb' + QString(behind, u'b')));
+        }
+    }
 }
 
 TEST(Text, ChangesTheCaseOfASCIILettersOnly)

@@ -4,6 +4,7 @@
 
 #include <QByteArrayList>
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <random>
 
@@ -74,6 +75,38 @@ TEST(Base64, ReadsRandomTextsWithStrayCharactersAlikeOnBothPaths)
         }
         expectDecoded(text);
         expectDecoded(text.first(text.size() * 3 / 4));
+    }
+}
+
+/// Reads the run that the text begins with on both paths, and what stands for it character by character.
+void expectRun(const QString& text)
+{
+    const QByteArray alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    const auto isStray = [&](QChar unit) {
+        return unit.unicode() > 0x7f || !alphabet.contains(unit.toLatin1());
+    };
+    const qsizetype length = std::ranges::find_if(text, isStray) - text.begin();
+    const QByteArray expected = plainReading(text.first(length).toLatin1());
+    for (const Path path : {Path::fastest, Path::plain}) {
+        QByteArray octets(Base64::roomFor(text.size()), Qt::Uninitialized);
+        const Base64::Run run = Base64::decodeRun(octets.data(), text, path);
+        ASSERT_EQ(run, (Base64::Run{length, expected.size()})) << text.toStdString();
+        ASSERT_EQ(octets.first(run.octets), expected) << text.toStdString();
+    }
+}
+
+TEST(Base64, ReadsARunUpToEachCharacterAtEachPlaceAlikeOnBothPaths)
+{
+    const QString whole =
+        QStringLiteral("QUJDREVGR0hJSktMTU5PUFFSU1RVVldYWVphYmNkZWZnaGlqa2xtbm9wcXJzdHV2d3h5eg");
+    for (qsizetype length = 0; length <= whole.size(); ++length)
+        expectRun(whole.first(length));
+    for (qsizetype place = 0; place < whole.size(); ++place) {
+        for (int unit = 0; unit < 0x10000; unit += unit < 0x180 ? 1 : 0xFD) {
+            QString text = whole;
+            text[place] = QChar(unit);
+            expectRun(text);
+        }
     }
 }
 

@@ -327,6 +327,48 @@ TEST(DecodeHeader, ReadsRawTextWithinAWordAsUTF8)
     EXPECT_EQ(decodeHeader(u"=?utf-8?Q?é_b?="_s), u"é b"_s);
 }
 
+TEST(DecodeHeader, ReadsWordsOfAnyLengthWhereverTheyStand)
+{
+    const auto quoted = [](const QByteArray& bytes) {
+        QString text;
+        for (const char byte : bytes)
+            text += byte == ' ' ? u"_"_s
+                                : (byte & 0x80 ? u"="_s + QString::fromLatin1(QByteArray(1, byte).toHex())
+                                               : QString(QLatin1Char(byte)));
+        return text;
+    };
+    for (qsizetype length = 0; length < 300; length += length < 80 ? 1 : 17) {
+        QString text(length, u'x');
+        for (qsizetype place = length / 3; place < length; place += 11)
+            text[place] = place % 2 == 0 ? QChar(0xfc) : QChar(u' ');
+        const QString utf8 = QString::fromLatin1(text.toUtf8().toBase64());
+        const QString latin1 = QString::fromLatin1(text.toLatin1().toBase64());
+        for (qsizetype before = 0; before < 20; ++before) {
+            const QString front = QString(before, u'-');
+            for (const QString& word :
+                 {u"=?UTF-8?B?"_s + utf8, u"=?utf8?b?"_s + utf8, u"=?ISO-8859-1?B?"_s + latin1,
+                  u"=?Utf-8?Q?"_s + quoted(text.toUtf8()), u"=?us-ascii*de?q?"_s + quoted(text.toUtf8()),
+                  u"=?iso-8859-1?Q?"_s + quoted(text.toLatin1())}) {
+                ASSERT_EQ(decodeHeader(front + word + u"?="_s), front + text) << word.toStdString();
+                ASSERT_EQ(decodeHeader(front + word + u"?= "_s + word + u"?=-"_s), front + text + text + u'-')
+                    << word.toStdString();
+            }
+        }
+    }
+}
+
+TEST(DecodeHeader, ReadsWhatIsNotPlainInAWord)
+{
+    EXPECT_EQ(decodeHeader(u"=?utf-8?Q?a?b_?=c"_s), u"a?b c"_s);
+    EXPECT_EQ(decodeHeader(u"=?utf-8?Q?a=3Fb=4x=?= c"_s), u"a?b=4x= c"_s);
+    EXPECT_EQ(decodeHeader(u"=?utf-8?Q?=C3=BC=\r\n=C3?="_s), u"\u00c3\u00bc\u00c3"_s);
+    EXPECT_EQ(decodeHeader(u"=?utf-8?B?Y WJ\r\nj\u0100?=d"_s), u"abcd"_s);
+    EXPECT_EQ(decodeHeader(u"=?utf-8?B?Y=WJ=j?=d"_s), u"abcd"_s);
+    EXPECT_EQ(decodeHeader(u"=?utf-8?Q?"_s + u"=D0=B6"_s.repeated(200) + u"?="_s), u"\u0436"_s.repeated(200));
+    EXPECT_EQ(decodeHeader(u"=?utg-8?Q?=E9?="_s), u"\u00e9"_s);
+    EXPECT_EQ(decodeHeader(u"=?atf-8?Q?=E9?= =?iso-9?Q?=C3=BC?="_s), u"\u00e9\u00fc"_s);
+}
+
 TEST(DecodeHeader, ReadsAHeaderOfTheLargestSizeWhole)
 {
     const QString word = u"=?utf-8?Q?a?="_s;
