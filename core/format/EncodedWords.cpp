@@ -163,11 +163,24 @@ public:
 
     void setEnd(const char16_t* end) { m_length = end - m_units; }
 
-    void add(QStringView text) { setEnd(std::copy_n(text.utf16(), text.size(), room(text.size()))); }
+    void add(QStringView text)
+    {
+        if (!text.isEmpty())
+            setEnd(std::copy_n(text.utf16(), text.size(), room(text.size())));
+    }
+
+    /// Appends what the octets spell in UTF-8; false where they don't.
+    bool addUTF8(QByteArrayView octets)
+    {
+        const char16_t* const end = Text::writeStrictUTF8(room(octets.size()), octets);
+        if (end)
+            setEnd(end);
+        return end;
+    }
 
     QString taken()
     {
-        m_text.truncate(m_length);
+        m_text.resize(m_length);
         return std::move(m_text);
     }
 
@@ -211,13 +224,23 @@ void copyPlain(const char16_t*& input, const char16_t* end, char16_t*& output)
     }
 }
 
+constexpr std::int8_t noDigit = -1;
+
+/// The value of each character of ASCII as a hexadecimal digit.
+constexpr std::array<std::int8_t, 128> hexValues = [] {
+    std::array<std::int8_t, 128> values{};
+    values.fill(noDigit);
+    for (std::int8_t digit = 0; digit < 16; ++digit) {
+        values[static_cast<std::size_t>("0123456789ABCDEF"[digit])] = digit;
+        values[static_cast<std::size_t>("0123456789abcdef"[digit])] = digit;
+    }
+    return values;
+}();
+
 /// The value of a hexadecimal digit, negative for any other unit.
 int hexValue(char16_t unit)
 {
-    if (unit >= u'0' && unit <= u'9')
-        return unit - u'0';
-    const int letter = unit | 0x20;
-    return letter >= 'a' && letter <= 'f' ? letter - 'a' + 10 : -1;
+    return unit < hexValues.size() ? hexValues[unit] : noDigit;
 }
 
 /// Where a text in the "Q" encoding ends that was read, and what came of it.
@@ -263,26 +286,24 @@ std::optional<Quoted> readQuoted(const char16_t* input, const char16_t* end, cha
     }
 }
 
-/// RFC 2231, 5: a language may follow the charset behind a "*".
 TextEncoding charsetOf(const Beginning& word)
 {
-    if (word.isUTF8)
-        return TextEncoding::utf8;
+    // RFC 2231, 5: a language may follow the charset behind a "*".
     const auto language = std::ranges::find(word.charset, u'*');
     return MailEncoding::encodingNamed(word.charset.first(language - word.charset.begin()));
+}
+
+void addText(Writer& result, QByteArrayView octets, const TextEncoding& charset)
+{
+    if (charset.charset != TextEncoding::utf8 || !result.addUTF8(octets))
+        result.add(MailEncoding::decodeText(octets, charset));
 }
 
 /// Appends the text of a word's octets.
 void addText(Writer& result, QByteArrayView octets, const Beginning& word)
 {
-    const TextEncoding declared = charsetOf(word);
-    const char16_t* const end = declared.charset == TextEncoding::utf8
-                                    ? Text::writeStrictUTF8(result.room(octets.size()), octets)
-                                    : nullptr;
-    if (end)
-        result.setEnd(end);
-    else
-        result.add(MailEncoding::decodeText(octets, declared));
+    if (!word.isUTF8 || !result.addUTF8(octets))
+        addText(result, octets, charsetOf(word));
 }
 
 /// Appends what the word at the beginning of `text` says; how long it is. 0, and nothing is appended, where
@@ -310,16 +331,25 @@ qsizetype addPlainQuoted(Writer& result, QStringView text, const Beginning& word
     const std::optional<Quoted> quoted = readQuoted(payload, text.utf16() + text.size(), start, word.isUTF8);
     if (!quoted)
         return 0;
+    const qsizetype length = quoted->payloadEnd + 2 - text.utf16();
     if (word.isUTF8) {
         result.setEnd(quoted->outputEnd);
-    } else {
-        if (quoted->outputEnd - start > mostOctets)
-            return 0;
-        Octets octets;
-        std::copy(start, quoted->outputEnd, octets.data());
-        addText(result, QByteArrayView(octets.data(), quoted->outputEnd - start), word);
+        return length;
     }
-    return quoted->payloadEnd + 2 - text.utf16();
+    const TextEncoding charset = charsetOf(word);
+    const qsizetype count = quoted->outputEnd - start;
+    if (charset.charset == TextEncoding::isoLatin1) {
+        // The octets are its characters.
+        result.setEnd(quoted->outputEnd);
+    } else if (count <= mostOctets) {
+        Octets octets;
+        for (qsizetype index = 0; index < count; ++index)
+            octets[static_cast<std::size_t>(index)] = static_cast<char>(start[index]);
+        addText(result, QByteArrayView(octets.data(), count), charset);
+    } else {
+        return 0;
+    }
+    return length;
 }
 
 /// The same for every other word; absent where it is malformed.
@@ -356,15 +386,15 @@ bool mayStandIn(QStringView text)
     return pairIndex(text, u'=', u'?', 0) >= 0;
 }
 
-QString decode(QStringView text)
+QString decode(const QString& text)
 {
+    qsizetype start = pairIndex(text, u'=', u'?', 0);
+    if (start < 0)
+        return text;
     Writer result(text.size());
     QStringView rest = text;
     bool lastWasEncoded = false;
-    while (true) {
-        const qsizetype start = pairIndex(rest, u'=', u'?', 0);
-        if (start < 0)
-            break;
+    for (; start >= 0; start = pairIndex(rest, u'=', u'?', 0)) {
         const QStringView prefix = rest.first(start);
         const bool isHeldBack = lastWasEncoded && isLinearSpace(prefix);
         if (!isHeldBack)

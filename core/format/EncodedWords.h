@@ -10,7 +10,7 @@ namespace Larkhaven::EncodedWords {
 /// Whether "=?" stands in the text. Where it doesn't, there is nothing to read.
 bool mayStandIn(QStringView text);
 
-/// The text with its words replaced.
-QString decode(QStringView text);
+/// The text with its words replaced: itself where none can stand in it.
+QString decode(const QString& text);
 
 } // namespace Larkhaven::EncodedWords

@@ -260,7 +260,21 @@ QString decodeText(QByteArrayView bytes, const std::optional<QString>& charset)
     return decodeText(bytes, charsetEncoding(charset));
 }
 
+QString decodeHeader(const QString& text)
+{
+    // A header of no more units than these has no more characters, whatever it has of bytes.
+    static_assert(maxHeaderCharacters >= maxHeaderBytes);
+    if (text.size() > maxHeaderCharacters && EncodedWords::mayStandIn(text))
+        return EncodedWords::decode(Text::prefix(text, maxHeaderCharacters));
+    return EncodedWords::decode(text);
+}
+
 namespace {
+
+bool isASCII(QStringView text)
+{
+    return std::all_of(text.begin(), text.end(), [](QChar character) { return character.unicode() < 0x80; });
+}
 
 /// How many bytes the text has in UTF-8.
 qsizetype utf8Length(QStringView text)
@@ -282,33 +296,10 @@ qsizetype utf8Length(QStringView text)
     return length;
 }
 
-} // namespace
-
-QString decodeHeader(const QString& text)
-{
-    if (!EncodedWords::mayStandIn(text))
-        return text;
-    // A unit is three bytes at most.
-    if (text.size() > maxHeaderBytes / 3 && utf8Length(text) > maxHeaderBytes)
-        return EncodedWords::decode(Text::prefix(text, maxHeaderCharacters));
-    return EncodedWords::decode(text);
-}
-
-namespace {
-
-bool isASCII(QStringView text)
-{
-    return std::all_of(text.begin(), text.end(), [](QChar character) { return character.unicode() < 0x80; });
-}
-
 qsizetype base64Length(qsizetype byteCount)
 {
     return (byteCount + 2) / 3 * 4;
 }
-
-} // namespace
-
-namespace {
 
 /// Collects a text in encoded words.
 class WordWriter {
