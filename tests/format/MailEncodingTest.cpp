@@ -361,6 +361,7 @@ TEST(DecodeHeader, ReadsWhatIsNotPlainInAWord)
 {
     EXPECT_EQ(decodeHeader(u"=?utf-8?Q?a?b_?=c"_s), u"a?b c"_s);
     EXPECT_EQ(decodeHeader(u"=?utf-8?Q?a=3Fb=4x=?= c"_s), u"a?b=4x= c"_s);
+    EXPECT_EQ(decodeHeader(u"=?iso-8859-1?Q?=4x=E4=x4?="_s), u"=4x\u00e4=x4"_s);
     EXPECT_EQ(decodeHeader(u"=?utf-8?Q?=C3=BC=\r\n=C3?="_s), u"\u00c3\u00bc\u00c3"_s);
     EXPECT_EQ(decodeHeader(u"=?utf-8?B?Y WJ\r\nj\u0100?=d"_s), u"abcd"_s);
     EXPECT_EQ(decodeHeader(u"=?utf-8?B?Y=WJ=j?=d"_s), u"abcd"_s);
