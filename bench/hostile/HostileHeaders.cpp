@@ -231,8 +231,8 @@ std::vector<Made<QString>> parameterTexts()
 qsizetype sizeOf(const HeaderParameters& parameters)
 {
     qsizetype size = parameters.value.size();
-    for (auto one = parameters.params.cbegin(); one != parameters.params.cend(); ++one)
-        size += one.key().size() + one.value().size();
+    for (const ParameterList::Parameter& one : parameters.params)
+        size += one.name.size() + one.value.size();
     return size;
 }
 

@@ -4,10 +4,10 @@
 #include "format/MailEncoding.h"
 #include "format/QuotedString.h"
 
-#include <QMap>
-
 #include <algorithm>
+#include <array>
 #include <optional>
+#include <tuple>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -70,6 +70,33 @@ std::optional<qint64> decimalInteger(QStringView text)
     return fits ? std::optional(number) : std::nullopt;
 }
 
+/// The names that nearly all fields have, which cost no memory of their own.
+QString loweredName(QStringView name)
+{
+    static const std::array usual{u"charset"_s, u"boundary"_s, u"name"_s, u"filename"_s, u"format"_s};
+    const auto known = std::ranges::find(usual, name);
+    return known == usual.end() ? Text::asciiLowered(name) : *known;
+}
+
+/// The value in small letters, likewise.
+QString loweredType(QStringView value)
+{
+    static const std::array usual{u"text/plain"_s, u"text/html"_s,       u"multipart/alternative"_s,
+                                  u"attachment"_s, u"multipart/mixed"_s, u"multipart/related"_s,
+                                  u"inline"_s};
+    const auto known = std::ranges::find(usual, value);
+    return known == usual.end() ? Text::asciiLowered(value) : *known;
+}
+
+/// A piece of a parameter that is written in sections.
+struct Section {
+    QString name;
+    qint64 number = 0;
+    QString value;
+
+    std::tuple<const QString&, const qint64&> place() const { return {name, number}; }
+};
+
 /// The parameters as they are read one after the other, sections still apart.
 class Collector {
 public:
@@ -78,47 +105,91 @@ public:
         const qsizetype equals = segment.indexOf(u'=');
         if (equals < 0)
             return;
-        QString name = Text::asciiLowered(Text::trimmedSpace(segment.first(equals)));
-        const QString value = unquoted(Text::trimmedSpace(segment.sliced(equals + 1)));
-        const bool extended = name.endsWith(u'*');
-        if (extended)
-            name.chop(1);
-
-        const qsizetype star = name.lastIndexOf(u'*');
-        const std::optional<qint64> index =
-            star < 0 ? std::nullopt : decimalInteger(QStringView(name).sliced(star + 1));
-        if (index) {
-            const ExtendedForm form = *index == 0 ? ExtendedForm::withCharset : ExtendedForm::withoutCharset;
-            m_sections[name.first(star)][*index] = extended ? decodedExtended(value, form) : value;
-        } else {
-            m_plain[name] = extended ? decodedExtended(value, ExtendedForm::withCharset) : value;
+        QStringView written = Text::trimmedSpace(segment.first(equals));
+        const QStringView value = Text::trimmedSpace(segment.sliced(equals + 1));
+        const bool isExtended = written.endsWith(u'*');
+        if (isExtended)
+            written.chop(1);
+        const qsizetype star = written.lastIndexOf(u'*');
+        const std::optional<qint64> number =
+            star < 0 ? std::nullopt : decimalInteger(written.sliced(star + 1));
+        if (!number) {
+            m_plain.append({loweredName(written), read(value, isExtended, ExtendedForm::withCharset)});
+            return;
         }
+        const ExtendedForm form = *number == 0 ? ExtendedForm::withCharset : ExtendedForm::withoutCharset;
+        m_sections.append({loweredName(written.first(star)), *number, read(value, isExtended, form)});
     }
 
-    QHash<QString, QString> joined() &&
+    ParameterList joined() &&
     {
-        for (auto base = m_sections.cbegin(); base != m_sections.cend(); ++base) {
-            if (m_plain.contains(base.key()))
-                continue;
-            QString& joined = m_plain[base.key()];
-            for (const QString& section : base.value())
-                joined += section;
+        ParameterList plain(std::move(m_plain));
+        if (m_sections.isEmpty())
+            return plain;
+        QList<ParameterList::Parameter> all(plain.begin(), plain.end());
+        std::ranges::stable_sort(m_sections, {}, &Section::place);
+        for (auto section = m_sections.cbegin(); section != m_sections.cend();) {
+            const QString name = section->name;
+            QString joined;
+            for (; section != m_sections.cend() && section->name == name; ++section) {
+                const auto next = std::next(section);
+                // Of two sections of a number the later one counts.
+                const bool isLast = next == m_sections.cend() || next->place() != section->place();
+                if (isLast)
+                    joined += section->value;
+            }
+            if (!plain.contains(name))
+                all.append({name, joined});
         }
-        return std::move(m_plain);
+        return ParameterList(std::move(all));
     }
 
 private:
-    QHash<QString, QString> m_plain;
-    QHash<QString, QMap<qint64, QString>> m_sections;
+    static QString read(QStringView value, bool isExtended, ExtendedForm form)
+    {
+        const QString text = unquoted(value);
+        return isExtended ? decodedExtended(text, form) : text;
+    }
+
+    QList<ParameterList::Parameter> m_plain;
+    QList<Section> m_sections;
 };
 
 } // namespace
+
+ParameterList::ParameterList(QList<Parameter> parameters)
+    : m_parameters(std::move(parameters))
+{
+    const auto isInOrder = [](const Parameter& one, const Parameter& next) { return one.name < next.name; };
+    const auto isOut = [isInOrder](const Parameter& one, const Parameter& next) {
+        return !isInOrder(one, next);
+    };
+    if (std::ranges::adjacent_find(std::as_const(m_parameters), isOut) == m_parameters.cend())
+        return;
+    std::ranges::stable_sort(m_parameters, isInOrder);
+    // The last of each name stays.
+    const auto isSame = [](const Parameter& one, const Parameter& next) { return one.name == next.name; };
+    const auto kept = std::unique(m_parameters.rbegin(), m_parameters.rend(), isSame);
+    m_parameters.erase(m_parameters.begin(), kept.base());
+}
+
+const ParameterList::Parameter* ParameterList::find(QStringView name) const
+{
+    const auto found = std::ranges::lower_bound(m_parameters, name, {}, &Parameter::name);
+    return found != m_parameters.cend() && found->name == name ? &*found : nullptr;
+}
+
+std::optional<QString> ParameterList::value(QStringView name) const
+{
+    const Parameter* const found = find(name);
+    return found ? std::optional(found->value) : std::nullopt;
+}
 
 HeaderParameters HeaderParameters::parse(QStringView text)
 {
     std::optional<QStringView> rest = text;
     HeaderParameters result;
-    result.value = Text::asciiLowered(Text::trimmedSpace(takeSegment(rest)));
+    result.value = loweredType(Text::trimmedSpace(takeSegment(rest)));
     Collector collector;
     for (int count = 0; rest && count < maxParameters; ++count)
         collector.addSegment(takeSegment(rest));

@@ -5,9 +5,15 @@
 #include "format/MailEncoding.h"
 
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <cstring>
 #include <optional>
 #include <utility>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 using namespace Qt::StringLiterals;
 
@@ -29,16 +35,46 @@ struct HeaderEnd {
     qsizetype body;
 };
 
+/// Where the next LF stands at or behind `from` that one of the two bytes follows; the size of `bytes` if
+/// there is none. Sixteen bytes at once where the processor can: most of a message is lines that are no end
+/// of anything, and a nested one is looked through at each level.
+qsizetype lineFeedBefore(QByteArrayView bytes, qsizetype from, char one, char other)
+{
+    qsizetype index = from;
+#if defined(__SSE2__)
+    const auto at = [bytes](qsizetype place) {
+        return _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes.data() + place));
+    };
+    const __m128i feeds = _mm_set1_epi8('\n');
+    const __m128i ones = _mm_set1_epi8(one);
+    const __m128i others = _mm_set1_epi8(other);
+    constexpr qsizetype width = sizeof(__m128i);
+    for (; bytes.size() - index > width; index += width) {
+        const __m128i next = at(index + 1);
+        const __m128i isWanted = _mm_or_si128(_mm_cmpeq_epi8(next, ones), _mm_cmpeq_epi8(next, others));
+        const int found = _mm_movemask_epi8(_mm_and_si128(_mm_cmpeq_epi8(at(index), feeds), isWanted));
+        if (found != 0)
+            return index + std::countr_zero(static_cast<unsigned>(found));
+    }
+#endif
+    for (; index + 1 < bytes.size(); ++index) {
+        if (bytes[index] == '\n' && (bytes[index + 1] == one || bytes[index + 1] == other))
+            return index;
+    }
+    return bytes.size();
+}
+
 HeaderEnd findHeaderEnd(QByteArrayView raw)
 {
     if (raw.startsWith('\n'))
         return {0, 1};
     if (raw.startsWith('\r'))
         return {0, raw.size() > 1 && raw[1] == '\n' ? 2 : 1};
-    for (qsizetype end = lineFeed(raw, 0); end + 1 < raw.size(); end = lineFeed(raw, end + 1)) {
+    for (qsizetype end = lineFeedBefore(raw, 0, '\n', '\r'); end < raw.size();
+         end = lineFeedBefore(raw, end + 1, '\n', '\r')) {
         if (raw[end + 1] == '\n')
             return {end, end + 2};
-        if (raw[end + 1] == '\r' && end + 2 < raw.size() && raw[end + 2] == '\n')
+        if (end + 2 < raw.size() && raw[end + 2] == '\n')
             return {end, end + 3};
     }
     return {raw.size(), raw.size()};
@@ -53,7 +89,8 @@ bool isBlank(QByteArrayView bytes)
 /// Builds the fields from the lines of a header block.
 class FieldCollector {
 public:
-    void addLine(QStringView line)
+    /// Takes the line; `rest` is what comes behind it.
+    void addLine(QStringView line, QStringView rest)
     {
         if (line.startsWith(u' ') || line.startsWith(u'\t')) {
             if (m_isOpen)
@@ -64,14 +101,48 @@ public:
         if (colon < 0)
             return;
         m_isOpen = m_headers.fields.size() < maxFields;
-        if (m_isOpen)
-            m_headers.fields.append({Text::trimmedSpace(line.first(colon)).toString(),
-                                     Text::trimmedSpace(line.sliced(colon + 1)).toString()});
+        if (!m_isOpen)
+            return;
+        const QStringView value = Text::trimmedSpace(line.sliced(colon + 1));
+        Field& field = m_headers.fields.emplaceBack(Field{nameOf(Text::trimmedSpace(line.first(colon))), {}});
+        field.value.reserve(value.size() + foldedSize(rest));
+        field.value.append(value);
     }
 
     MIMEHeaders taken() && { return std::move(m_headers); }
 
 private:
+    using Field = MIMEHeaders::Field;
+
+    /// The names that nearly all messages have cost no memory of their own.
+    static QString nameOf(QStringView name)
+    {
+        static const std::array usual{u"Received"_s,
+                                      u"Content-Type"_s,
+                                      u"Content-Transfer-Encoding"_s,
+                                      u"Content-Disposition"_s,
+                                      u"From"_s,
+                                      u"To"_s,
+                                      u"Subject"_s,
+                                      u"Date"_s,
+                                      u"Message-ID"_s,
+                                      u"MIME-Version"_s,
+                                      u"DKIM-Signature"_s};
+        const auto known = std::ranges::find(usual, name);
+        return known == usual.end() ? name.toString() : *known;
+    }
+
+    /// As long as the continuation lines that follow at once, so that a field takes its memory in one go.
+    static qsizetype foldedSize(QStringView rest)
+    {
+        qsizetype size = 0;
+        while (size < rest.size() && (rest[size] == u' ' || rest[size] == u'\t')) {
+            const qsizetype end = rest.indexOf(u'\n', size);
+            size = end < 0 ? rest.size() : end + 1;
+        }
+        return size;
+    }
+
     MIMEHeaders m_headers;
     bool m_isOpen = false; ///< a continuation line belongs to the last field
 };
@@ -90,7 +161,7 @@ MIMEHeaders parseFields(QByteArrayView block)
         if (line.endsWith(u'\r'))
             line.chop(1); // a stray one before it
         if (!line.isEmpty())
-            collector.addLine(line);
+            collector.addLine(line, rest);
     }
     return std::move(collector).taken();
 }
@@ -107,6 +178,11 @@ public:
     std::optional<QByteArrayView> next()
     {
         while (m_position < m_body.size()) {
+            // Only a line that begins with "--" can be one of the boundary.
+            if (m_position > 0 || !m_body.startsWith('-'))
+                m_position = lineFeedBefore(m_body, std::max<qsizetype>(m_position - 1, 0), '-', '-') + 1;
+            if (m_position >= m_body.size())
+                break;
             const qsizetype lineStart = m_position;
             const qsizetype lineEnd = lineFeed(m_body, lineStart);
             m_position = std::min(lineEnd + 1, m_body.size());
@@ -182,13 +258,8 @@ struct Part {
     /// The name that it has for its file.
     std::optional<QString> nameCandidate() const
     {
-        if (disposition) {
-            const auto filename = disposition->params.constFind(u"filename"_s);
-            if (filename != disposition->params.constEnd())
-                return *filename;
-        }
-        const auto name = type.params.constFind(u"name"_s);
-        return name == type.params.constEnd() ? std::nullopt : std::optional(*name);
+        std::optional<QString> filename = disposition ? disposition->params.value(u"filename") : std::nullopt;
+        return filename ? filename : type.params.value(u"name");
     }
 };
 
@@ -217,10 +288,7 @@ public:
         const SplitEntity entity = splitHeaders(raw);
         enter(0);
         m_message.headers = entity.headers;
-        m_message.sections.append({0, entity.headers, {}, {}});
         walkBody(describe(entity.headers), entity.body, 0);
-        if (m_message.sections.size() == 1)
-            m_message.sections.clear();
     }
 
 private:
@@ -243,7 +311,7 @@ private:
 
     void walkBody(const Part& part, QByteArrayView body, int depth)
     {
-        const QString boundary = part.type.params.value(u"boundary"_s);
+        const QString boundary = part.type.params.value(u"boundary").value_or(QString());
         if (part.type.value.startsWith("multipart/"_L1) && !boundary.isEmpty())
             walkMultipart(body, boundary, depth);
         else if (part.type.value == "message/rfc822"_L1 && !part.isAttachment())
@@ -273,6 +341,9 @@ private:
         if (!enter(depth + 1))
             return;
         const SplitEntity entity = splitHeaders(decoded.bytes);
+        // So far the message was its own only section.
+        if (m_message.sections.isEmpty())
+            m_message.sections.append({0, m_message.headers, m_message.textBody, m_message.htmlBody});
         const qsizetype around = m_section;
         m_section = m_message.sections.size();
         m_message.sections.append({m_message.sections[around].depth + 1, entity.headers, {}, {}});
@@ -291,12 +362,14 @@ private:
         const std::optional<QString> name = part.nameCandidate();
         const bool isFile = part.isAttachment() || (name && !type.startsWith("text/"_L1));
         const bool isHTML = !isFile && type == "text/html"_L1;
-        std::optional<QString>& ownHTML = m_message.sections[m_section].htmlBody;
+        const bool isFirstHTML = isHTML && !m_message.htmlBody;
+        MessageSection* const section = this->section();
+        std::optional<QString>& ownHTML = section ? section->htmlBody : m_message.htmlBody;
         if (isHTML && !ownHTML)
             ownHTML = text(part, body);
         if (!isFile && type == "text/plain"_L1)
             addPlainText(text(part, body));
-        else if (isHTML && !m_message.htmlBody)
+        else if (isFirstHTML)
             m_message.htmlBody = ownHTML;
         else
             addAttachment(part, name, body);
@@ -304,22 +377,30 @@ private:
 
     QString text(const Part& part, QByteArrayView body)
     {
-        const auto charset = part.type.params.constFind(u"charset"_s);
-        const bool isNamed = charset != part.type.params.constEnd();
         const Decoded decoded(part, body);
         noteDecoded(body, decoded.bytes);
-        return MailEncoding::decodeText(decoded.bytes, isNamed ? std::optional(*charset) : std::nullopt);
+        return MailEncoding::decodeText(decoded.bytes, part.type.params.value(u"charset"));
     }
 
     void addPlainText(const QString& text)
     {
-        for (std::optional<QString>* const body :
-             {&m_message.textBody, &m_message.sections[m_section].textBody}) {
-            if (*body)
-                (*body)->append("\n\n"_L1).append(text);
-            else
-                *body = text;
-        }
+        append(m_message.textBody, text);
+        if (MessageSection* const section = this->section())
+            append(section->textBody, text);
+    }
+
+    static void append(std::optional<QString>& body, const QString& text)
+    {
+        if (body)
+            body->append("\n\n"_L1).append(text);
+        else
+            body = text;
+    }
+
+    /// The message that the part belongs to, where others are forwarded; null while it is the only one.
+    MessageSection* section()
+    {
+        return m_message.sections.isEmpty() ? nullptr : &m_message.sections[m_section];
     }
 
     void addAttachment(const Part& part, const std::optional<QString>& name, QByteArrayView body)
@@ -365,7 +446,7 @@ private:
     };
 
     ParsedMessage& m_message;
-    qsizetype m_section = 0; ///< which message the part belongs to
+    qsizetype m_section = 0; ///< which of the sections the part belongs to
     int m_partCount = 0;
 };
 
