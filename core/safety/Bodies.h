@@ -1,5 +1,6 @@
 #pragma once
 
+#include "safety/DocumentWriter.h"
 #include "safety/ImageLook.h"
 #include "safety/SanitizedHTML.h"
 #include "safety/SanitizerOptions.h"
@@ -12,15 +13,17 @@ namespace Larkhaven::HTMLSanitizer::Bodies {
 
 /// What the bodies of one document have in common.
 struct Sum {
+    DocumentWriter page;         ///< the document as far as it is written
     SanitizedHTML result;        ///< its links and counts; the document comes last
     qint64 inlineImageBytes = 0; ///< that are shown
     ImageLookRules rules;        ///< of the style sheets, which hold for all of the document
 };
 
-/// With `keepsStyleSheets` off, "style" elements go; "style" attributes stay.
-QString ofHTML(const QString& html, const SanitizerOptions& options, Sum& sum, bool keepsStyleSheets);
+/// Writes the HTML of a message, made harmless, to the page. With `keepsStyleSheets` off, "style" elements
+/// go; "style" attributes stay.
+void addHTML(const QString& html, const SanitizerOptions& options, Sum& sum, bool keepsStyleSheets);
 
-/// The text as it stands, with its URLs as indirect links.
-QString ofText(const QString& text, Sum& sum);
+/// Writes the text as it stands, with its URLs as indirect links.
+void addText(QStringView text, Sum& sum);
 
 } // namespace Larkhaven::HTMLSanitizer::Bodies

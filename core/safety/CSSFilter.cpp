@@ -1,5 +1,6 @@
 #include "safety/HTMLSanitizer.h"
 #include "safety/IndexSet.h"
+#include "safety/RefusedStyles.h"
 #include "safety/UTF8.h"
 
 #include <algorithm>
@@ -12,6 +13,8 @@ using namespace Qt::StringLiterals;
 
 namespace Larkhaven::HTMLSanitizer {
 namespace {
+
+using namespace RefusedStyles;
 
 QString withoutEscapes(const QString& css)
 {
@@ -43,46 +46,6 @@ QString withoutEscapes(const QString& css)
     }
     return result.remove(u'\\');
 }
-
-/// The replacements of one round, in their order, and what each pattern begins with. White space is
-/// Unicode's.
-enum Pattern : unsigned {
-    comment,    ///< slash, star, anything, star, slash: removed
-    importRule, ///< @import[^;]*;?                               removed
-    fontFace,   ///< @font-face\s*\{[^}]*\}                       removed
-    url,        ///< url\s*\([^)]*\)?                             "none"
-    imageSet,   ///< image-set\s*\([^)]*\)?                       "none"
-    expression, ///< expression\s*\(                              "("
-    behavior,   ///< behavior\s*:                                 "x:"
-    mozBinding, ///< -moz-binding\s*:                             "x:"
-    javascript, ///< javascript\s*:                               removed
-    position,   ///< position\s*:\s*(fixed|sticky|absolute)       "position:static"
-    patternCount,
-    commentEnd = patternCount, ///< no pattern: where a comment can end
-    headCount,
-};
-
-/// A pattern that begins with a word: the word in lower case, the character that follows it behind white
-/// space (none: 0), the character through which the match runs on (none: 0), and what takes its place.
-struct Rule {
-    QLatin1StringView word;
-    char16_t follower;
-    char16_t end;
-    QLatin1StringView replacement;
-};
-
-constexpr std::array<Rule, patternCount> rules{{
-    {{}, 0, 0, {}},
-    {"@import"_L1, 0, u';', {}},
-    {"@font-face"_L1, u'{', u'}', {}},
-    {"url"_L1, u'(', u')', "none"_L1},
-    {"image-set"_L1, u'(', u')', "none"_L1},
-    {"expression"_L1, u'(', 0, "("_L1},
-    {"behavior"_L1, u':', 0, "x:"_L1},
-    {"-moz-binding"_L1, u':', 0, "x:"_L1},
-    {"javascript"_L1, u':', 0, {}},
-    {"position"_L1, u':', 0, "position:static"_L1},
-}};
 
 constexpr std::array unflowedPositions{"fixed"_L1, "sticky"_L1, "absolute"_L1};
 

@@ -5,19 +5,20 @@
 using namespace Qt::StringLiterals;
 
 namespace Larkhaven::HTMLSanitizer {
-QLatin1StringView referenceFor(char16_t character)
+
+QStringView referenceFor(char16_t character)
 {
     switch (character) {
     case u'&':
-        return "&amp;"_L1;
+        return u"&amp;";
     case u'<':
-        return "&lt;"_L1;
+        return u"&lt;";
     case u'>':
-        return "&gt;"_L1;
+        return u"&gt;";
     case u'"':
-        return "&quot;"_L1;
+        return u"&quot;";
     case u'\'':
-        return "&#39;"_L1;
+        return u"&#39;";
     default:
         return {};
     }
@@ -28,7 +29,7 @@ QString escapeHTML(const QString& text)
     QString result;
     qsizetype copied = 0;
     for (qsizetype i = 0; i < text.size(); ++i) {
-        const QLatin1StringView reference = referenceFor(text[i].unicode());
+        const QStringView reference = referenceFor(text[i].unicode());
         if (reference.isEmpty())
             continue;
         result += QStringView(text).sliced(copied, i - copied);
@@ -47,7 +48,9 @@ QString contentSecurityPolicy(bool allowRemoteImages)
            "media-src 'none'; frame-src 'none'; form-action 'none'; base-uri 'none'; script-src 'none'"_L1;
 }
 
-QString documentAround(const QString& body, bool allowRemoteImages)
+namespace {
+
+QString headOf(bool allowRemoteImages)
 {
     return "<!DOCTYPE html><html><head><meta charset=\"utf-8\">"
            "<meta http-equiv=\"Content-Security-Policy\" content=\""_L1 +
@@ -61,8 +64,16 @@ QString documentAround(const QString& body, bool allowRemoteImages)
            "img{max-width:100%;height:auto}img[data-lh-blocked]{display:none}"
            ".lh-plain{white-space:pre-wrap;font:14px -apple-system,sans-serif}"
            "blockquote{margin:0 0 0 .8ex;border-left:1px solid #ccc;padding-left:1ex}a{color:#1a73e8}</style>"
-           "</head><body>"_L1 +
-           body + "</body></html>"_L1;
+           "</head><body>"_L1;
+}
+
+} // namespace
+
+const QString& documentHead(bool allowRemoteImages)
+{
+    static const QString withImages = headOf(true);
+    static const QString withoutImages = headOf(false);
+    return allowRemoteImages ? withImages : withoutImages;
 }
 
 } // namespace Larkhaven::HTMLSanitizer

@@ -1,6 +1,6 @@
-#include "domain/Text.h"
 #include "safety/HTMLSanitizer.h"
 #include "safety/UTF8.h"
+#include "safety/UnitScan.h"
 
 #include <algorithm>
 #include <array>
@@ -68,9 +68,14 @@ std::optional<Reference> numberIn(QStringView collected)
 
 std::optional<Reference> nameIn(QStringView collected)
 {
-    const QString name = Text::asciiLowered(collected);
-    const auto found =
-        std::ranges::find_if(namedEntities, [&](const NamedEntity& entity) { return name == entity.name; });
+    const auto isSame = [collected](const NamedEntity& entity) {
+        return entity.name.size() == collected.size() &&
+               std::ranges::equal(collected, entity.name, [](QChar character, char letter) {
+                   const char16_t unit = character.unicode();
+                   return (unit >= u'A' && unit <= u'Z' ? unit + 0x20 : unit) == static_cast<uchar>(letter);
+               });
+    };
+    const auto found = std::ranges::find_if(namedEntities, isSame);
     if (found == namedEntities.end())
         return std::nullopt;
     return Reference{found->character, collected.size()};
@@ -89,28 +94,33 @@ std::optional<Reference> referenceAt(QStringView text)
 
 QString decodeEntities(const QString& text)
 {
-    if (!text.contains(u'&'))
-        return text;
-    const QStringView source(text);
-    QString result;
-    result.reserve(source.size());
+    return UnitScan::holds<u'&'>(text) ? decodeEntities(QStringView(text)) : text;
+}
+
+QString decodeEntities(QStringView source)
+{
+    // No reference is shorter than what it stands for.
+    QString result(source.size(), Qt::Uninitialized);
+    QChar* output = result.data();
     qsizetype position = 0;
     while (position < source.size()) {
-        qsizetype ampersand = source.indexOf(u'&', position);
-        if (ampersand < 0)
-            ampersand = source.size();
-        result += source.sliced(position, ampersand - position);
+        const qsizetype ampersand = UnitScan::firstOf<u'&'>(source, position);
+        output = std::copy(source.begin() + position, source.begin() + ampersand, output);
         position = ampersand;
         if (position == source.size())
             break;
         ++position;
-        if (const std::optional<Reference> reference = referenceAt(source.sliced(position))) {
-            result += QChar::fromUcs4(reference->character);
-            position += reference->length;
+        const std::optional<Reference> reference = referenceAt(source.sliced(position));
+        const char32_t character = reference ? reference->character : u'&';
+        position += reference ? reference->length : 0;
+        if (QChar::requiresSurrogates(character)) {
+            *output++ = QChar(QChar::highSurrogate(character));
+            *output++ = QChar(QChar::lowSurrogate(character));
         } else {
-            result += u'&';
+            *output++ = QChar(character);
         }
     }
+    result.truncate(output - result.constData());
     return result;
 }
 

@@ -1,72 +1,149 @@
 #include "safety/HTMLReader.h"
 
-#include "domain/Text.h"
+#include "safety/UnitScan.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdint>
+#include <string_view>
 
 namespace Larkhaven::HTMLReader {
 namespace {
 
-bool isLetter(char byte)
+/// What a character may do within a tag, as bits.
+enum Role : unsigned char {
+    space = 1,
+    slash = 2,
+    bracket = 4, ///< ">"
+    equals = 8,
+};
+
+constexpr auto roles = [] {
+    std::array<unsigned char, 0x80> table{};
+    for (const unsigned char character : std::string_view("\t\n\f\r "))
+        table[character] = space;
+    table['/'] = slash;
+    table['>'] = bracket;
+    table['='] = equals;
+    return table;
+}();
+
+bool hasRole(char16_t unit, unsigned role)
 {
-    return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z');
+    return unit < roles.size() && (roles[unit] & role) != 0;
 }
 
-bool isSpace(char byte)
+/// The first position from this one on whose character has one of the roles, or the end.
+qsizetype nextWith(unsigned role, QStringView html, qsizetype position)
 {
-    return byte == '\t' || byte == '\n' || byte == '\f' || byte == '\r' || byte == ' ';
-}
-
-char lowered(char byte)
-{
-    return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte + 0x20) : byte;
-}
-
-qsizetype behindSpace(QByteArrayView html, qsizetype position)
-{
-    while (position < html.size() && isSpace(html[position]))
+    const char16_t* const units = html.utf16();
+    while (position < html.size() && !hasRole(units[position], role))
         ++position;
     return position;
 }
 
-qsizetype endOfAttributeName(QByteArrayView html, qsizetype position)
+/// The first position from this one on whose character has none of the roles, or the end.
+qsizetype behindAll(unsigned role, QStringView html, qsizetype position)
 {
-    for (; position < html.size(); ++position) {
-        const char byte = html[position];
-        if (isSpace(byte) || byte == '=' || byte == '>')
-            break;
-        if (byte == '/' && position + 1 < html.size() && html[position + 1] == '>')
-            break;
-    }
+    const char16_t* const units = html.utf16();
+    while (position < html.size() && hasRole(units[position], role))
+        ++position;
     return position;
 }
 
-/// Reads the value that begins at the position, and moves the position behind it.
-QByteArrayView readValue(QByteArrayView html, qsizetype& position)
+char16_t lowered(QChar character)
 {
-    if (position < html.size() && (html[position] == '"' || html[position] == '\'')) {
-        const qsizetype start = position + 1;
-        const qsizetype quote = html.indexOf(html[position], start);
-        const qsizetype end = quote < 0 ? html.size() : quote;
-        position = quote < 0 ? end : end + 1;
-        return html.sliced(start, end - start);
+    const char16_t unit = character.unicode();
+    return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + 0x20) : unit;
+}
+
+qsizetype endOfAttributeName(QStringView html, qsizetype position)
+{
+    for (;; ++position) {
+        position = nextWith(space | slash | bracket | equals, html, position);
+        const bool isPlainSlash = position < html.size() && html[position] == u'/' &&
+                                  (position + 1 == html.size() || html[position + 1] != u'>');
+        if (!isPlainSlash)
+            return position;
+    }
+}
+
+/// The small letter of each character that stands for itself in a name; 0 for what may end one.
+template <unsigned ends>
+constexpr auto letters = [] {
+    std::array<unsigned char, 0x80> table{};
+    for (std::size_t character = 1; character < table.size(); ++character) {
+        const bool isCapital = character >= 'A' && character <= 'Z';
+        if ((roles[character] & ends) == 0)
+            table[character] = static_cast<unsigned char>(isCapital ? character + 0x20 : character);
+    }
+    return table;
+}();
+
+/// Reads a name of at most eight characters of ASCII, as nearly all are, while looking for its end: half the
+/// time. False for any other, and the position stays.
+template <unsigned ends>
+bool readShortName(QStringView html, qsizetype& position, HTMLVocabulary::Name& name)
+{
+    constexpr qsizetype longest = 8;
+    const char16_t* const units = html.utf16() + position;
+    const qsizetype most = std::min(longest, html.size() - position - 1);
+    std::uint64_t lowered = 0;
+    qsizetype size = 0;
+    for (; size < most; ++size) {
+        const std::uint64_t letter = units[size] < 0x80 ? letters<ends>[units[size]] : 0;
+        if (letter == 0)
+            break;
+        lowered |= letter << size * 8;
+    }
+    // A slash within the name of an attribute may be a part of it.
+    const unsigned surelyEnds = ends & equals ? ends & ~unsigned{slash} : ends;
+    if (!hasRole(units[size], surelyEnds))
+        return false;
+    position += size;
+    name = HTMLVocabulary::Name::ofEight(lowered, static_cast<std::size_t>(size));
+    return true;
+}
+
+/// Reads the name that begins at the position, which is in the text, and moves the position behind it.
+HTMLVocabulary::Name readAttributeName(QStringView html, qsizetype& position)
+{
+    HTMLVocabulary::Name name;
+    if (readShortName<space | slash | bracket | equals>(html, position, name))
+        return name;
+    const qsizetype start = position;
+    position = endOfAttributeName(html, position);
+    return HTMLVocabulary::Name(html.sliced(start, position - start));
+}
+
+/// Reads the value that begins at the position into the attribute, and moves the position behind it.
+void readValue(QStringView html, qsizetype& position, RawAttribute& attribute)
+{
+    const auto nextMark = [](QStringView text) {
+        return UnitScan::firstOf<u'"', u'\'', u'&', u'<', u'>'>(text);
+    };
+    if (position < html.size() && (html[position] == u'"' || html[position] == u'\'')) {
+        const QChar quote = html[position];
+        const QStringView rest = html.sliced(position + 1);
+        qsizetype end = nextMark(rest);
+        attribute.isPlain = end == rest.size() || rest[end] == quote;
+        if (!attribute.isPlain)
+            end = UnitScan::firstMark(rest, quote.unicode(), end);
+        attribute.value = rest.first(end);
+        position = std::min(position + end + 2, html.size());
+        return;
     }
     const qsizetype start = position;
-    while (position < html.size() && !isSpace(html[position]) && html[position] != '>')
-        ++position;
-    return html.sliced(start, position - start);
-}
-
-quint32 bit(HTMLVocabulary::Attribute attribute)
-{
-    return quint32{1} << attribute;
+    position = nextWith(space | bracket, html, position);
+    attribute.value = html.sliced(start, position - start);
+    attribute.isPlain = nextMark(attribute.value) == attribute.value.size();
 }
 
 } // namespace
 
-void RawAttributes::add(RawAttribute attribute)
+void RawAttributes::add(const RawAttribute& attribute)
 {
-    if (attribute.attribute == HTMLVocabulary::noAttribute || value(attribute.attribute))
+    if (attribute.attribute == HTMLVocabulary::noAttribute || has(attribute.attribute))
         return;
     m_known |= bit(attribute.attribute);
     m_attributes[static_cast<std::size_t>(m_count)] = attribute;
@@ -79,80 +156,80 @@ void RawAttributes::clear()
     m_known = 0;
 }
 
-std::optional<QByteArrayView> RawAttributes::value(HTMLVocabulary::Attribute attribute) const
+std::optional<QStringView> RawAttributes::value(HTMLVocabulary::Attribute attribute) const
 {
-    if ((m_known & bit(attribute)) == 0)
+    if (!has(attribute))
         return std::nullopt;
     const auto found =
         std::find_if(begin(), end(), [=](const RawAttribute& raw) { return raw.attribute == attribute; });
     return found->value;
 }
 
-bool isLetterAt(QByteArrayView html, qsizetype position)
+bool isLetterAt(QStringView html, qsizetype position)
 {
-    return position < html.size() && isLetter(html[position]);
+    if (position >= html.size())
+        return false;
+    const char16_t unit = lowered(html[position]);
+    return unit >= u'a' && unit <= u'z';
 }
 
-qsizetype endOfName(QByteArrayView html, qsizetype position)
+HTMLVocabulary::Name readName(QStringView html, qsizetype& position)
 {
-    while (position < html.size() && !isSpace(html[position]) && html[position] != '/' &&
-           html[position] != '>')
-        ++position;
-    return position;
+    HTMLVocabulary::Name name;
+    if (position < html.size() && readShortName<space | slash | bracket>(html, position, name))
+        return name;
+    const qsizetype start = position;
+    position = nextWith(space | slash | bracket, html, position);
+    return HTMLVocabulary::Name(html.sliced(start, position - start));
 }
 
-Name::Name(QByteArrayView written)
+qsizetype behindNextBracket(QStringView html, qsizetype position)
 {
-    const bool isASCII =
-        std::ranges::none_of(written, [](char byte) { return static_cast<uchar>(byte) >= 0x80; });
-    if (isASCII && written.size() <= static_cast<qsizetype>(m_short.size())) {
-        std::ranges::transform(written, m_short.begin(), lowered);
-        m_view = QByteArrayView(m_short.data(), written.size());
-    } else {
-        m_long = Text::lowered(Text::fromRepairedUTF8(written)).toUtf8();
-        m_view = m_long;
+    const qsizetype end = UnitScan::firstOf<u'>'>(html, position);
+    return end == html.size() ? end : end + 1;
+}
+
+qsizetype behindComment(QStringView html, qsizetype position)
+{
+    // From behind "<!--", a ">" with two hyphens before it.
+    const qsizetype content = position + 4;
+    for (qsizetype end = content + 2; end < html.size(); ++end) {
+        end = UnitScan::firstOf<u'>'>(html, end);
+        if (end < html.size() && html[end - 1] == u'-' && html[end - 2] == u'-')
+            return end + 1;
     }
+    return html.size();
 }
 
-qsizetype behindNextBracket(QByteArrayView html, qsizetype position)
-{
-    const qsizetype bracket = html.indexOf('>', position);
-    return bracket < 0 ? html.size() : bracket + 1;
-}
-
-qsizetype readAttributes(QByteArrayView html, qsizetype position, RawAttributes& attributes)
+qsizetype readAttributes(QStringView html, qsizetype position, RawAttributes& attributes)
 {
     while (true) {
-        while (position < html.size() && (isSpace(html[position]) || html[position] == '/'))
-            ++position;
+        position = behindAll(space | slash, html, position);
         if (position >= html.size())
             return position;
-        if (html[position] == '>')
+        if (html[position] == u'>')
             return position + 1;
-        const qsizetype nameStart = position;
-        position = endOfAttributeName(html, position);
-        const Name name(html.sliced(nameStart, position - nameStart));
-        position = behindSpace(html, position);
-        QByteArrayView value;
-        if (position < html.size() && html[position] == '=') {
-            position = behindSpace(html, position + 1);
-            value = readValue(html, position);
+        const HTMLVocabulary::Name name = readAttributeName(html, position);
+        position = behindAll(space, html, position);
+        RawAttribute attribute{HTMLVocabulary::knownAttribute(name)};
+        if (position < html.size() && html[position] == u'=') {
+            position = behindAll(space, html, position + 1);
+            readValue(html, position, attribute);
         }
-        attributes.add({HTMLVocabulary::knownAttribute(name.view()), value});
+        attributes.add(attribute);
     }
 }
 
-RawTextEnd endOfRawText(QByteArrayView html, qsizetype position, QByteArrayView name)
+RawTextEnd endOfRawText(QStringView html, qsizetype position, QLatin1StringView name)
 {
-    for (qsizetype start = html.indexOf('<', position); start >= 0; start = html.indexOf('<', start + 1)) {
-        const qsizetype nameStart = start + 2;
-        if (nameStart + name.size() > html.size())
-            break;
-        const auto matches = [](char byte, char expected) { return lowered(byte) == expected; };
-        if (html[start + 1] == '/' &&
-            std::equal(name.begin(), name.end(), html.begin() + nameStart,
-                       [&](char expected, char byte) { return matches(byte, expected); }))
-            return {start, behindNextBracket(html, nameStart + name.size())};
+    for (qsizetype start = UnitScan::firstOf<u'<'>(html, position); start + 2 + name.size() <= html.size();
+         start = UnitScan::firstOf<u'<'>(html, start + 1)) {
+        const QStringView behind = html.sliced(start + 2);
+        const auto matches = [](char expected, QChar character) {
+            return lowered(character) == static_cast<uchar>(expected);
+        };
+        if (html[start + 1] == u'/' && std::equal(name.begin(), name.end(), behind.begin(), matches))
+            return {start, behindNextBracket(html, start + 2 + name.size())};
     }
     return {html.size(), html.size()};
 }

@@ -6,15 +6,21 @@
 #include "safety/HTMLReader.h"
 #include "safety/HTMLVocabulary.h"
 #include "safety/LinkCleaner.h"
-#include "safety/PlainValue.h"
+#include "safety/OpenElements.h"
+#include "safety/PlainStyle.h"
 #include "safety/TrackerTest.h"
 #include "safety/URLParts.h"
 #include "safety/UTF8.h"
+#include "safety/UnitScan.h"
 
 #include <algorithm>
 #include <array>
+#include <charconv>
+#include <deque>
+#include <initializer_list>
+#include <limits>
 #include <optional>
-#include <string>
+#include <utility>
 #include <vector>
 
 using namespace Qt::StringLiterals;
@@ -24,6 +30,7 @@ namespace {
 
 using HTMLReader::RawAttributes;
 using HTMLVocabulary::Tag;
+namespace Known = HTMLVocabulary::Known;
 
 constexpr std::array allowedDataPrefixes{"data:image/png"_L1, "data:image/gif"_L1, "data:image/jpeg"_L1,
                                          "data:image/jpg"_L1, "data:image/webp"_L1};
@@ -31,40 +38,48 @@ constexpr std::array allowedDataPrefixes{"data:image/png"_L1, "data:image/gif"_L
 constexpr std::array allowedInlineTypes{"image/png"_L1, "image/gif"_L1,  "image/jpeg"_L1,
                                         "image/jpg"_L1, "image/webp"_L1, "image/heic"_L1};
 
-/// What the rules of links, images and hidden elements read.
-namespace Known {
-
-const HTMLVocabulary::Tag link = HTMLVocabulary::allowedTag("a");
-const HTMLVocabulary::Tag image = HTMLVocabulary::allowedTag("img");
-const HTMLVocabulary::Attribute classes = HTMLVocabulary::knownAttribute("class");
-const HTMLVocabulary::Attribute height = HTMLVocabulary::knownAttribute("height");
-const HTMLVocabulary::Attribute hidden = HTMLVocabulary::knownAttribute("hidden");
-const HTMLVocabulary::Attribute href = HTMLVocabulary::knownAttribute("href");
-const HTMLVocabulary::Attribute src = HTMLVocabulary::knownAttribute("src");
-const HTMLVocabulary::Attribute style = HTMLVocabulary::knownAttribute("style");
-const HTMLVocabulary::Attribute title = HTMLVocabulary::knownAttribute("title");
-const HTMLVocabulary::Attribute width = HTMLVocabulary::knownAttribute("width");
-
-} // namespace Known
-
-/// The text without what may hide a scheme: controls and space, DEL, zero-width characters and byte order
-/// marks.
-QString cleanedForURL(QString text)
+bool isHiding(QChar character)
 {
-    const auto isHiding = [](QChar character) {
-        const char16_t unit = character.unicode();
-        return unit < 33 || unit == 127 || (unit >= 0x200b && unit <= 0x200d) || unit == 0xfeff;
-    };
-    return std::ranges::any_of(std::as_const(text), isHiding) ? text.removeIf(isHiding) : text;
+    const char16_t unit = character.unicode();
+    return unit < 33 || unit == 127 || (unit >= 0x200b && unit <= 0x200d) || unit == 0xfeff;
 }
 
-/// The source with its host in ASCII, all else as it stands; absent where it is no URL.
-std::optional<QString> withASCIIHost(const QString& source)
+/// The text with U+FFFD for each half of a surrogate pair that stands alone.
+QString withoutHalves(const QString& text)
 {
-    const std::optional<URLParts> parts = URLParts::read(source);
-    if (!parts)
-        return std::nullopt;
-    return source.first(parts->hostStart) + bracketedHost(parts->host) + source.sliced(parts->hostEnd);
+    const char16_t* const begin = QStringView(text).utf16();
+    const char16_t* const end = begin + text.size();
+    const auto next = [end](const char16_t* from) {
+        return UnitScan::findFar(from, end, UnitScan::IsSurrogate{});
+    };
+    QString result;
+    for (const char16_t* at = next(begin); at < end; at = next(at)) {
+        if (QChar::isHighSurrogate(*at) && at + 1 < end && QChar::isLowSurrogate(at[1])) {
+            at += 2;
+            continue;
+        }
+        if (result.isEmpty())
+            result = text;
+        result[at - begin] = QChar::ReplacementCharacter;
+        ++at;
+    }
+    return result.isEmpty() ? text : result;
+}
+
+/// The schemes that rules know.
+enum class Scheme { other, web, mail, inlineImage, data };
+
+Scheme knownSchemeOf(QStringView text)
+{
+    for (const QStringView web : {QStringView(u"https:"), QStringView(u"http:")}) {
+        if (text.size() >= web.size() && Text::isSameKeyword(text.first(web.size()), web))
+            return Scheme::web;
+    }
+    const QString scheme = schemeOf(text).value_or(QString());
+    return scheme == "mailto"_L1 ? Scheme::mail
+           : scheme == "cid"_L1  ? Scheme::inlineImage
+           : scheme == "data"_L1 ? Scheme::data
+                                 : Scheme::other;
 }
 
 /// Decodes percent-encoding; a text in which that fails stays.
@@ -75,16 +90,16 @@ QString percentDecodedOrAsIs(const QString& text)
 
 struct OutputAttribute {
     HTMLVocabulary::Attribute attribute = HTMLVocabulary::noAttribute; ///< none: the mark of a blocked image
-    QByteArray value;     ///< UTF-8, where it is plain a view of the message
+    QStringView value = {};
     bool isPlain = false; ///< nothing in it must become a character reference
 };
 
 using OutputAttributes = std::vector<OutputAttribute>;
 
-QByteArray valueOf(const OutputAttributes& attributes, HTMLVocabulary::Attribute wanted)
+QStringView valueOf(const OutputAttributes& attributes, HTMLVocabulary::Attribute wanted)
 {
     const auto found = std::ranges::find(attributes, wanted, &OutputAttribute::attribute);
-    return found == attributes.end() ? QByteArray() : found->value;
+    return found == attributes.end() ? QStringView() : found->value;
 }
 
 void removeTitle(OutputAttributes& attributes)
@@ -93,12 +108,31 @@ void removeTitle(OutputAttributes& attributes)
                   [](const OutputAttribute& attribute) { return attribute.attribute == Known::title; });
 }
 
-/// Whether what stands before and behind the tag isn't one word on the page.
-bool partsText(Tag tag, const OutputAttributes& attributes)
+/// Whether the style has one of the words, ASCII letters in any case. `firsts` are what they begin with.
+template <char16_t... firsts>
+bool hasWord(QStringView style, std::initializer_list<QStringView> words)
 {
-    const QString style = Text::asciiLowered(Text::fromRepairedUTF8(valueOf(attributes, Known::style)));
-    const bool isInline = style.contains("inline"_L1) || style.contains("contents"_L1);
-    return HTMLVocabulary::isPhrase(tag) ? !isInline && style.contains("block"_L1) : !isInline;
+    const auto next = [style](qsizetype from) {
+        return UnitScan::firstOf<firsts..., (firsts - 0x20)...>(style, from);
+    };
+    for (qsizetype start = next(0); start < style.size(); start = next(start + 1)) {
+        const QStringView rest = style.sliced(start);
+        const auto isThere = [rest](QStringView word) {
+            return rest.size() >= word.size() && Text::isSameKeyword(rest.first(word.size()), word);
+        };
+        if (std::ranges::any_of(words, isThere))
+            return true;
+    }
+    return false;
+}
+
+/// Whether what stands before and behind the tag isn't one word on the page.
+bool partsText(Tag tag, QStringView style)
+{
+    const bool isPhrase = HTMLVocabulary::isPhrase(tag);
+    if (isPhrase && !hasWord<u'b'>(style, {u"block"}))
+        return false;
+    return !hasWord<u'i', u'c'>(style, {u"inline", u"contents"});
 }
 
 /// What becomes of an image.
@@ -110,40 +144,92 @@ enum class ImageFate {
 
 struct ImageDecision {
     ImageFate fate = ImageFate::dropped;
-    QString source;
+    QStringView source = {};
 };
 
-/// An element whose end tag is to come.
-struct OpenElement {
-    HTMLVocabulary::Tag tag = HTMLVocabulary::noTag;
-    bool isHidden = false; ///< by its attribute
-    QByteArray style;      ///< as it is written
-    QByteArray classes;
-    std::optional<bool> hidesContent; ///< it or one around it; absent until somebody asks
+/// The text of a link, and how else it may be read.
+class LinkText {
+public:
+    void add(QStringView text, bool isHidden)
+    {
+        if (isHidden)
+            tellApart();
+        m_text += text;
+        if (!m_hasReadings)
+            return;
+        m_parted += text;
+        if (!isHidden)
+            m_seen += text;
+    }
+
+    /// A block begins or ends here.
+    void part()
+    {
+        tellApart();
+        m_parted += u' ';
+        m_seen += u' ';
+    }
+
+    /// Begins again without text.
+    void moveTo(LinkRecord& link)
+    {
+        link.text = shown(m_text);
+        if (m_hasReadings) {
+            const QString parted = shown(m_parted);
+            const QString seen = shown(m_seen);
+            if (parted != seen)
+                link.readings = {parted, seen};
+            else if (parted != link.text)
+                link.readings = {parted};
+        }
+        m_text.resize(0);
+        m_hasReadings = false;
+    }
+
+private:
+    static QString shown(QStringView text)
+    {
+        if (!UnitScan::holds<u'&'>(text))
+            return Text::trimmedSpaceAndLineEnds(text).toString();
+        return Text::trimmedSpaceAndLineEnds(decodeEntities(text)).toString();
+    }
+
+    void tellApart()
+    {
+        if (m_hasReadings)
+            return;
+        m_hasReadings = true;
+        m_parted = m_text;
+        m_seen = m_text;
+    }
+
+    QString m_text;
+    QString m_parted; ///< with blanks between blocks
+    QString m_seen;   ///< likewise, and without what is hidden
+    bool m_hasReadings = false;
 };
 
 /// The working state of one pass over a message.
 class Pass {
 public:
     /// Links, counts, rules and what is left for inline images go on in `sum`.
-    Pass(QByteArrayView html, const SanitizerOptions& options, Bodies::Sum& sum, bool keepsStyleSheets)
+    Pass(QStringView html, const SanitizerOptions& options, Bodies::Sum& sum, bool keepsStyleSheets)
         : m_html(html)
         , m_options(options)
+        , m_page(sum.page)
         , m_result(sum.result)
         , m_inlineImageBytes(sum.inlineImageBytes)
         , m_rules(sum.rules)
         , m_keepsStyleSheets(keepsStyleSheets)
-    {
-        m_output.reserve(static_cast<std::size_t>(html.size() + html.size() / 8));
-    }
+        , m_elements(sum.rules)
+    {}
 
-    QString run()
+    void run()
     {
         while (m_position < m_html.size())
             step();
         finishLink();
         closeDownTo(0);
-        return Text::fromRepairedUTF8(m_output);
     }
 
     /// Whether a style sheet hides something, and stands behind what it may hide: all of it holds for all of
@@ -153,144 +239,123 @@ public:
 private:
     void step();
     void copyText();
-    void skipComment();
     void readEndTag();
     void readStartTag();
     void writeStyle(qsizetype contentStart);
-    void write(QByteArrayView bytes)
-    {
-        m_output.append(bytes.data(), static_cast<std::size_t>(bytes.size()));
-    }
-    void writeEscaped(QByteArrayView value);
 
     void startTag(Tag tag, const RawAttributes& raw);
-    void open(Tag tag, const RawAttributes& raw, const OutputAttributes& attributes);
     bool isWithinHidden();
-    ImageLook lookOf(const QByteArray& style);
-    ImageLook lookByRules(QByteArrayView tag, const QByteArray& classes) const;
-    static void readValues(const RawAttributes& raw, OutputAttributes& attributes);
+    void readValues(const RawAttributes& raw, OutputAttributes& attributes);
+    QStringView decoded(QStringView value);
+    QStringView decodedURL(std::optional<QStringView> value);
+    QStringView kept(const QString& text) { return m_kept.emplace_back(text); }
     void writeStartTag(Tag tag, const OutputAttributes& attributes);
     void endTag(Tag tag);
-    void writeEndTag(Tag tag);
     void closeDownTo(std::size_t depth);
 
     void applyLinkRule(const RawAttributes& raw, OutputAttributes& attributes);
-    void partLinkText();
+    QStringView addressOf(qsizetype link);
     void finishLink();
 
     bool applyImageRule(const RawAttributes& raw, OutputAttributes& attributes);
     ImageDecision decideImage(const RawAttributes& raw, const OutputAttributes& attributes);
-    ImageDecision decideInlineImage(const QString& source);
-    ImageDecision decideRemoteImage(const QString& source, const RawAttributes& raw,
+    ImageDecision decideInlineImage(QStringView source);
+    ImageDecision decideRemoteImage(QStringView source, const RawAttributes& raw,
                                     const OutputAttributes& attributes);
-    bool isReporting(const QString& source, const RawAttributes& raw, const OutputAttributes& attributes);
+    bool isReporting(QStringView source, const std::optional<URLParts>& parts, const RawAttributes& raw,
+                     const OutputAttributes& attributes);
 
     bool hasOpenLink() const { return m_currentLink >= 0; }
 
-    QByteArrayView m_html;
+    QStringView m_html;
     const SanitizerOptions& m_options;
     qsizetype m_position = 0;
-    std::string m_output; ///< a byte array takes several times as long for each of the many small pieces
-    RawAttributes m_raw;  ///< of the tag that is read
+    DocumentWriter& m_page;
+    RawAttributes m_raw;           ///< of the tag that is read
     OutputAttributes m_attributes; ///< of the tag that is written
+    std::deque<QString> m_kept;    ///< the values that are no part of the message as it stands
     SanitizedHTML& m_result;
     qint64& m_inlineImageBytes;
     ImageLookRules& m_rules;
     bool m_keepsStyleSheets;
     bool m_hasLooked = false; ///< at the rules so far
     bool m_hasLateRules = false;
-    std::vector<OpenElement> m_openElements;
-    std::array<int, HTMLVocabulary::tagCount> m_openCounts{}; ///< how often each tag is on the stack
-    qsizetype m_currentLink = -1;                             ///< index of the open link, or -1
-    QByteArray m_linkText;
-    QByteArray m_partedLinkText;          ///< with blanks between blocks
-    QByteArray m_seenLinkText;            ///< likewise, and without what is hidden
-    QHash<QByteArray, ImageLook> m_looks; ///< of styles that were looked at, which newsletters repeat
+    OpenElements m_elements;
+    qsizetype m_currentLink = -1; ///< index of the open link, or -1
+    LinkText m_linkText;
+    QString m_linkAddress = linkPrefix; ///< of the link that is written
 };
 
 void Pass::step()
 {
-    const QByteArrayView rest = m_html.sliced(m_position);
-    const char second = rest.size() > 1 ? rest[1] : '\0';
-    if (rest[0] != '<') {
+    const QStringView rest = m_html.sliced(m_position);
+    const QChar second = rest.size() > 1 ? rest[1] : QChar();
+    if (rest[0] != u'<') {
         copyText();
     } else if (HTMLReader::isLetterAt(rest, 1)) {
         readStartTag();
-    } else if (second == '/' && HTMLReader::isLetterAt(rest, 2)) {
+    } else if (second == u'/' && HTMLReader::isLetterAt(rest, 2)) {
         readEndTag();
-    } else if (rest.startsWith("<!--")) {
-        skipComment();
-    } else if (second == '?' || second == '!') {
+    } else if (rest.startsWith(u"<!--")) {
+        m_position = HTMLReader::behindComment(m_html, m_position);
+    } else if (second == u'?' || second == u'!') {
         m_position = HTMLReader::behindNextBracket(m_html, m_position);
     } else {
-        write("&lt;");
+        m_page.write(u"&lt;");
         ++m_position;
     }
 }
 
 void Pass::copyText()
 {
-    const qsizetype bracket = m_html.indexOf('<', m_position);
-    const qsizetype end = bracket < 0 ? m_html.size() : bracket;
-    QByteArrayView run = m_html.sliced(m_position, end - m_position);
-    m_position = end;
-    if (hasOpenLink()) {
-        m_linkText += run;
-        m_partedLinkText += run;
-        if (!isWithinHidden())
-            m_seenLinkText += run;
+    const qsizetype start = m_position;
+    for (qsizetype written = start;; ++m_position) {
+        m_position = UnitScan::firstOf<u'<', u'>'>(m_html, m_position);
+        m_page.write(m_html.sliced(written, m_position - written));
+        if (m_position == m_html.size() || m_html[m_position] == u'<')
+            break;
+        m_page.write(u"&gt;");
+        written = m_position + 1;
     }
-    for (qsizetype index = run.indexOf('>'); index >= 0; index = run.indexOf('>')) {
-        write(run.first(index));
-        write("&gt;");
-        run = run.sliced(index + 1);
-    }
-    write(run);
-}
-
-void Pass::skipComment()
-{
-    constexpr qsizetype openingSize = 4;
-    constexpr qsizetype closingSize = 3;
-    const qsizetype closing = m_html.indexOf("-->", m_position + openingSize);
-    m_position = closing < 0 ? m_html.size() : closing + closingSize;
+    if (hasOpenLink())
+        m_linkText.add(m_html.sliced(start, m_position - start), isWithinHidden());
 }
 
 void Pass::readEndTag()
 {
-    const qsizetype start = m_position + 2;
-    const qsizetype end = HTMLReader::endOfName(m_html, start);
-    m_position = HTMLReader::behindNextBracket(m_html, end);
-    const HTMLReader::Name name(m_html.sliced(start, end - start));
-    const Tag tag = HTMLVocabulary::allowedTag(name.view());
+    m_position += 2;
+    const Tag tag = HTMLVocabulary::allowedTag(HTMLReader::readName(m_html, m_position));
+    m_position = HTMLReader::behindNextBracket(m_html, m_position);
     if (tag != HTMLVocabulary::noTag && !HTMLVocabulary::isVoid(tag))
         endTag(tag);
 }
 
 void Pass::readStartTag()
 {
-    const qsizetype start = m_position + 1;
-    const qsizetype end = HTMLReader::endOfName(m_html, start);
-    const HTMLReader::Name name(m_html.sliced(start, end - start));
+    constexpr HTMLVocabulary::Name styleSheet("style");
+    ++m_position;
+    const HTMLVocabulary::Name name = HTMLReader::readName(m_html, m_position);
     m_raw.clear();
-    m_position = HTMLReader::readAttributes(m_html, end, m_raw);
-    if (const Tag tag = HTMLVocabulary::allowedTag(name.view()); tag != HTMLVocabulary::noTag)
+    m_position = HTMLReader::readAttributes(m_html, m_position, m_raw);
+    if (const Tag tag = HTMLVocabulary::allowedTag(name); tag != HTMLVocabulary::noTag)
         startTag(tag, m_raw);
-    else if (HTMLVocabulary::isDroppedWithContent(name.view()))
-        m_position = HTMLReader::endOfRawText(m_html, m_position, name.view()).next;
-    else if (name.view() == "style")
+    else if (const QLatin1StringView dropped = HTMLVocabulary::droppedWithContent(name); !dropped.isEmpty())
+        m_position = HTMLReader::endOfRawText(m_html, m_position, dropped).next;
+    else if (name == styleSheet)
         writeStyle(m_position);
 }
 
 void Pass::writeStyle(qsizetype contentStart)
 {
-    const HTMLReader::RawTextEnd end = HTMLReader::endOfRawText(m_html, contentStart, "style");
-    const QString css = Text::fromRepairedUTF8(m_html.sliced(contentStart, end.contentEnd - contentStart));
+    const HTMLReader::RawTextEnd end = HTMLReader::endOfRawText(m_html, contentStart, "style"_L1);
+    const QString css = m_html.sliced(contentStart, end.contentEnd - contentStart).toString();
     m_position = end.next;
     if (!m_keepsStyleSheets)
         return;
     const QString safe = safeStyle(css);
-    write("<style>" + safe.toUtf8() + "</style>");
+    m_page.write(u"<style>");
+    m_page.write(safe);
+    m_page.write(u"</style>");
     if (m_rules.addSheet(safe) && m_hasLooked)
         m_hasLateRules = true;
 }
@@ -298,67 +363,29 @@ void Pass::writeStyle(qsizetype contentStart)
 void Pass::startTag(Tag tag, const RawAttributes& raw)
 {
     const bool isVoid = HTMLVocabulary::isVoid(tag);
-    if (!isVoid && m_openElements.size() >= maximumOpenElements)
+    if (!isVoid && m_elements.size() >= maximumOpenElements)
         return;
     OutputAttributes& attributes = m_attributes;
     readValues(raw, attributes);
-    if (tag == Known::link)
+    if (tag == HTMLVocabulary::linkTag)
         applyLinkRule(raw, attributes);
-    else if (tag == Known::image && !applyImageRule(raw, attributes))
+    else if (tag == HTMLVocabulary::imageTag && !applyImageRule(raw, attributes))
         return;
     // It would take the place of the link's own, which says where it leads.
-    if (tag != Known::link && hasOpenLink())
+    if (tag != HTMLVocabulary::linkTag && hasOpenLink())
         removeTitle(attributes);
     writeStartTag(tag, attributes);
-    if (hasOpenLink() && partsText(tag, attributes))
-        partLinkText();
+    if (hasOpenLink() && partsText(tag, valueOf(attributes, Known::style)))
+        m_linkText.part();
     if (!isVoid)
-        open(tag, raw, attributes);
-}
-
-void Pass::open(Tag tag, const RawAttributes& raw, const OutputAttributes& attributes)
-{
-    m_openElements.push_back({tag, raw.value(Known::hidden).has_value(), valueOf(attributes, Known::style),
-                              valueOf(attributes, Known::classes), std::nullopt});
-    ++m_openCounts[static_cast<std::size_t>(tag)];
+        m_elements.open({tag, raw.has(Known::hidden), valueOf(attributes, Known::style),
+                         valueOf(attributes, Known::classes)});
 }
 
 bool Pass::isWithinHidden()
 {
     m_hasLooked = true;
-    const auto asked =
-        std::find_if(m_openElements.rbegin(), m_openElements.rend(),
-                     [](const OpenElement& element) { return element.hidesContent.has_value(); });
-    bool isHidden = asked != m_openElements.rend() && *asked->hidesContent;
-    for (auto element = asked.base(); element != m_openElements.end(); ++element) {
-        if (!isHidden) {
-            ImageLook look = lookOf(element->style);
-            look.add(lookByRules(HTMLVocabulary::nameOf(element->tag), element->classes));
-            isHidden = element->isHidden || look.hidesContent();
-        }
-        element->hidesContent = isHidden;
-    }
-    return isHidden;
-}
-
-ImageLook Pass::lookOf(const QByteArray& style)
-{
-    constexpr qsizetype mostLooks = 1000;
-    if (style.isEmpty())
-        return {};
-    if (const auto known = m_looks.constFind(style); known != m_looks.constEnd())
-        return *known;
-    const ImageLook look = ImageLook::ofStyle(Text::fromRepairedUTF8(style));
-    if (m_looks.size() < mostLooks)
-        m_looks.insert(style, look);
-    return look;
-}
-
-ImageLook Pass::lookByRules(QByteArrayView tag, const QByteArray& classes) const
-{
-    if (m_rules.isEmpty())
-        return {};
-    return m_rules.of(QString::fromLatin1(tag), Text::fromRepairedUTF8(classes));
+    return m_elements.hideContent();
 }
 
 void Pass::readValues(const RawAttributes& raw, OutputAttributes& attributes)
@@ -367,135 +394,107 @@ void Pass::readValues(const RawAttributes& raw, OutputAttributes& attributes)
     for (const HTMLReader::RawAttribute& attribute : raw) {
         if (!HTMLVocabulary::isAllowed(attribute.attribute))
             continue;
-        const bool isStyle = attribute.attribute == Known::style;
-        if (isPlainValue(attribute.value) && (!isStyle || isPlainStyle(attribute.value))) {
-            attributes.push_back({attribute.attribute,
-                                  QByteArray::fromRawData(attribute.value.data(), attribute.value.size()),
-                                  true});
-            continue;
+        OutputAttribute& output = attributes.emplace_back(attribute.attribute);
+        output.isPlain = attribute.isPlain;
+        output.value = attribute.isPlain ? attribute.value : decoded(attribute.value);
+        if (attribute.attribute == Known::style && !isPlainStyle(output.value)) {
+            output.value = kept(safeStyle(output.value.toString()));
+            output.isPlain = false;
         }
-        const QString value = decodeEntities(Text::fromRepairedUTF8(attribute.value));
-        attributes.push_back({attribute.attribute, (isStyle ? safeStyle(value) : value).toUtf8()});
     }
 }
 
-void Pass::writeEscaped(QByteArrayView value)
+QStringView Pass::decoded(QStringView value)
 {
-    qsizetype written = 0;
-    for (qsizetype index = 0; index < value.size(); ++index) {
-        const QLatin1StringView reference = referenceFor(static_cast<uchar>(value[index]));
-        if (reference.isEmpty())
-            continue;
-        write(value.sliced(written, index - written));
-        write(QByteArrayView(reference.data(), reference.size()));
-        written = index + 1;
-    }
-    write(value.sliced(written));
+    return UnitScan::holds<u'&'>(value) ? kept(decodeEntities(value)) : value;
+}
+
+/// The value without what may hide a scheme: controls and space, DEL, zero-width characters and byte order
+/// marks.
+QStringView Pass::decodedURL(std::optional<QStringView> value)
+{
+    const QStringView text = decoded(value.value_or(QStringView()));
+    if (UnitScan::isGraphic(text) || std::ranges::none_of(text, isHiding))
+        return text;
+    return kept(text.toString().removeIf(isHiding));
 }
 
 void Pass::writeStartTag(Tag tag, const OutputAttributes& attributes)
 {
-    m_output += '<';
-    write(HTMLVocabulary::nameOf(tag));
+    m_page.write(HTMLVocabulary::openingOf(tag));
     for (const OutputAttribute& attribute : attributes) {
-        m_output += ' ';
-        write(attribute.attribute == HTMLVocabulary::noAttribute
-                  ? QByteArrayView("data-lh-blocked")
-                  : HTMLVocabulary::nameOfAttribute(attribute.attribute));
-        m_output += "=\"";
-        if (attribute.isPlain)
-            write(attribute.value);
+        if (attribute.attribute == HTMLVocabulary::noAttribute)
+            m_page.write(u" data-lh-blocked=\"");
         else
-            writeEscaped(attribute.value);
-        m_output += '"';
+            m_page.write(HTMLVocabulary::openingOfAttribute(attribute.attribute));
+        if (attribute.isPlain)
+            m_page.write(attribute.value);
+        else
+            m_page.writeEscaped(attribute.value);
+        m_page.write(u'"');
     }
-    m_output += '>';
+    m_page.write(u'>');
 }
 
 void Pass::endTag(Tag tag)
 {
-    if (m_openCounts[static_cast<std::size_t>(tag)] == 0)
+    const std::optional<std::size_t> depth = m_elements.depthOf(tag);
+    if (!depth)
         return;
-    if (tag == Known::link)
+    if (tag == HTMLVocabulary::linkTag)
         finishLink();
     if (hasOpenLink() && partsText(tag, {}))
-        partLinkText();
-    const auto found = std::find_if(m_openElements.rbegin(), m_openElements.rend(),
-                                    [tag](const OpenElement& element) { return element.tag == tag; });
-    closeDownTo(static_cast<std::size_t>(m_openElements.rend() - found) - 1);
-}
-
-void Pass::writeEndTag(Tag tag)
-{
-    m_output += "</";
-    write(HTMLVocabulary::nameOf(tag));
-    m_output += '>';
+        m_linkText.part();
+    closeDownTo(*depth);
 }
 
 void Pass::closeDownTo(std::size_t depth)
 {
-    while (m_openElements.size() > depth) {
-        const Tag tag = m_openElements.back().tag;
-        writeEndTag(tag);
-        --m_openCounts[static_cast<std::size_t>(tag)];
-        m_openElements.pop_back();
-    }
+    while (m_elements.size() > depth)
+        m_page.write(HTMLVocabulary::closingOf(m_elements.close()));
 }
 
 void Pass::applyLinkRule(const RawAttributes& raw, OutputAttributes& attributes)
 {
     if (hasOpenLink()) {
         finishLink();
-        writeEndTag(Known::link);
-        std::erase_if(m_openElements, [](const OpenElement& element) { return element.tag == Known::link; });
-        m_openCounts[static_cast<std::size_t>(Known::link)] = 0;
+        m_page.write(HTMLVocabulary::closingOf(HTMLVocabulary::linkTag));
+        m_elements.closeAll(HTMLVocabulary::linkTag);
     }
-    const QString target = cleanedForURL(
-        decodeEntities(Text::fromRepairedUTF8(raw.value(Known::href).value_or(QByteArrayView()))));
-    const QString scheme = schemeOf(target).value_or(QString());
-    if (scheme != "http"_L1 && scheme != "https"_L1 && scheme != "mailto"_L1)
+    const QStringView target = decodedURL(raw.value(Known::href));
+    const Scheme scheme = knownSchemeOf(target);
+    if (scheme != Scheme::web && scheme != Scheme::mail)
         return;
-    const std::optional<MailURL> url = MailURL::parse(target);
+    std::optional<MailURL> url = MailURL::parse(target);
     if (!url)
         return;
     m_currentLink = m_result.links.size();
-    m_result.links.append({*url, {}});
     removeTitle(attributes);
     if (m_options.indirectLinks) {
-        const QString index = linkPrefix + QString::number(m_currentLink);
-        attributes.insert(attributes.begin(), {Known::href, index.toUtf8(), true});
-        attributes.push_back({Known::title, LinkCleaner::clean(*url).absoluteString().toUtf8()});
+        attributes.insert(attributes.begin(), {Known::href, addressOf(m_currentLink), true});
+        attributes.push_back({Known::title, kept(LinkCleaner::clean(*url).absoluteString())});
     } else {
-        attributes.insert(attributes.begin(), {Known::href, url->absoluteString().toUtf8()});
+        attributes.insert(attributes.begin(), {Known::href, kept(url->absoluteString())});
     }
+    m_result.links.append({std::move(*url), {}});
 }
 
-void Pass::partLinkText()
+/// As the page has it; until the next call.
+QStringView Pass::addressOf(qsizetype link)
 {
-    m_partedLinkText += ' ';
-    m_seenLinkText += ' ';
+    std::array<char, std::numeric_limits<qsizetype>::digits10 + 1> digits;
+    const char* const end = std::to_chars(digits.begin(), digits.end(), link).ptr;
+    m_linkAddress.resize(linkPrefix.size());
+    m_linkAddress += QLatin1StringView(digits.data(), end - digits.data());
+    return m_linkAddress;
 }
 
 void Pass::finishLink()
 {
     if (!hasOpenLink())
         return;
-    const auto textOf = [](const QByteArray& bytes) {
-        const QString text = decodeEntities(Text::fromRepairedUTF8(bytes));
-        return Text::trimmedSpaceAndLineEnds(text).toString();
-    };
-    LinkRecord& link = m_result.links[m_currentLink];
-    link.text = textOf(m_linkText);
-    if (m_partedLinkText != m_linkText || m_seenLinkText != m_linkText) {
-        link.readings = {textOf(m_partedLinkText), textOf(m_seenLinkText)};
-        link.readings.removeDuplicates();
-        if (link.readings == QStringList(link.text))
-            link.readings.clear();
-    }
+    m_linkText.moveTo(m_result.links[m_currentLink]);
     m_currentLink = -1;
-    m_linkText.clear();
-    m_partedLinkText.clear();
-    m_seenLinkText.clear();
 }
 
 /// Gives whether the tag is written.
@@ -508,10 +507,10 @@ bool Pass::applyImageRule(const RawAttributes& raw, OutputAttributes& attributes
     case ImageFate::dropped:
         return false;
     case ImageFate::blocked:
-        attributes.push_back({HTMLVocabulary::noAttribute, {}, true});
+        attributes.push_back({HTMLVocabulary::noAttribute, {}});
         return true;
     case ImageFate::kept:
-        attributes.insert(attributes.begin(), {Known::src, decision.source.toUtf8()});
+        attributes.insert(attributes.begin(), {Known::src, decision.source});
         return true;
     }
     return false;
@@ -519,12 +518,11 @@ bool Pass::applyImageRule(const RawAttributes& raw, OutputAttributes& attributes
 
 ImageDecision Pass::decideImage(const RawAttributes& raw, const OutputAttributes& attributes)
 {
-    const QString source = cleanedForURL(
-        decodeEntities(Text::fromRepairedUTF8(raw.value(Known::src).value_or(QByteArrayView()))));
-    const QString scheme = schemeOf(source).value_or(QString());
-    if (scheme == "cid"_L1)
+    const QStringView source = decodedURL(raw.value(Known::src));
+    const Scheme scheme = knownSchemeOf(source);
+    if (scheme == Scheme::inlineImage)
         return decideInlineImage(source);
-    if (scheme == "data"_L1) {
+    if (scheme == Scheme::data) {
         constexpr qsizetype longestPrefix = 15;
         const QString start = Text::lowered(source.first(std::min(source.size(), longestPrefix)));
         const auto isOfType = [&](QLatin1StringView prefix) {
@@ -535,14 +533,12 @@ ImageDecision Pass::decideImage(const RawAttributes& raw, const OutputAttributes
         const bool isAllowed = std::ranges::any_of(allowedDataPrefixes, isOfType);
         return isAllowed ? ImageDecision{ImageFate::kept, source} : ImageDecision{};
     }
-    if (scheme == "http"_L1 || scheme == "https"_L1)
-        return decideRemoteImage(source, raw, attributes);
-    return {};
+    return scheme == Scheme::web ? decideRemoteImage(source, raw, attributes) : ImageDecision{};
 }
 
-ImageDecision Pass::decideInlineImage(const QString& source)
+ImageDecision Pass::decideInlineImage(QStringView source)
 {
-    const QString id = percentDecodedOrAsIs(source.sliced("cid:"_L1.size()));
+    const QString id = percentDecodedOrAsIs(source.sliced("cid:"_L1.size()).toString());
     auto image = m_options.inlineImages.constFind(id);
     if (image == m_options.inlineImages.constEnd())
         image = m_options.inlineImages.constFind(u'<' + id + u'>');
@@ -553,74 +549,91 @@ ImageDecision Pass::decideInlineImage(const QString& source)
         return {};
     m_inlineImageBytes += image->data.size();
     if (m_inlineImageBytes > maximumInlineImageBytes)
-        return {ImageFate::blocked, {}};
-    return {ImageFate::kept,
-            "data:"_L1 + image->mimeType + ";base64,"_L1 + QString::fromLatin1(image->data.toBase64())};
+        return {ImageFate::blocked};
+    const QString data = QString::fromLatin1(image->data.toBase64());
+    return {ImageFate::kept, kept("data:"_L1 + image->mimeType + ";base64,"_L1 + data)};
 }
 
 /// Whether the image tracks: as it is written, and as the page gets it.
-bool Pass::isReporting(const QString& source, const RawAttributes& raw, const OutputAttributes& attributes)
+bool Pass::isReporting(QStringView source, const std::optional<URLParts>& parts, const RawAttributes& raw,
+                       const OutputAttributes& attributes)
 {
     const auto written = [&raw](HTMLVocabulary::Attribute attribute) {
-        return Text::fromRepairedUTF8(raw.value(attribute).value_or(QByteArrayView()));
+        return raw.value(attribute).value_or(QStringView());
     };
     const ImageTag tag{written(Known::width), written(Known::height), written(Known::style)};
-    if (tag.isTracker(source) || (source.contains(u'%') && leadsToTracker(source)))
+    if (tag.isHidden() || isOfTracker(source, parts) ||
+        (UnitScan::holds<u'%'>(source) && leadsToTracker(source.toString())))
         return true;
-    const QByteArray safe = valueOf(attributes, Known::style);
-    const ImageTag shown{Text::fromRepairedUTF8(valueOf(attributes, Known::width)),
-                         Text::fromRepairedUTF8(valueOf(attributes, Known::height)),
-                         Text::fromRepairedUTF8(safe)};
-    // Of the source all is known by now.
-    if ((shown != tag && shown.isTracker({})) || raw.value(Known::hidden))
+    const ImageTag shown{valueOf(attributes, Known::width), valueOf(attributes, Known::height),
+                         valueOf(attributes, Known::style)};
+    if ((shown != tag && shown.isHidden()) || raw.has(Known::hidden))
         return true;
-    ImageLook look = lookOf(safe);
+    ImageLook look =
+        m_elements.lookOf(HTMLVocabulary::imageTag, shown.style, valueOf(attributes, Known::classes));
     look.add(ImageLook::ofAttributes(shown.width, shown.height));
-    look.add(lookByRules("img", valueOf(attributes, Known::classes)));
     return look.hidesImage() || isWithinHidden();
 }
 
-ImageDecision Pass::decideRemoteImage(const QString& source, const RawAttributes& raw,
+ImageDecision Pass::decideRemoteImage(QStringView source, const RawAttributes& raw,
                                       const OutputAttributes& attributes)
 {
     m_hasLooked = true;
-    if (isReporting(source, raw, attributes)) {
+    const std::optional<URLParts> parts = URLParts::read(source);
+    if (isReporting(source, parts, raw, attributes)) {
         ++m_result.trackers;
         return {};
     }
-    const std::optional<QString> kept = withASCIIHost(source);
-    if (!kept)
+    if (!parts)
         return {};
     if (!m_options.allowRemoteImages) {
         ++m_result.blockedRemoteImages;
-        return {ImageFate::blocked, {}};
+        return {ImageFate::blocked};
     }
+    // The host in ASCII, all else as it stands.
+    // The host in ASCII, all else as it stands.
+    QString written = source.first(parts->hostStart).toString();
+    if (parts->mappedHost.isEmpty())
+        written += source.sliced(parts->hostStart, parts->hostEnd - parts->hostStart);
+    written += parts->mappedHost;
+    written += source.sliced(parts->hostEnd);
     constexpr auto insecure = "http:"_L1;
-    if (!Text::isSameKeyword(QStringView(*kept).first(std::min(kept->size(), insecure.size())), u"http:"))
-        return {ImageFate::kept, *kept};
-    return {ImageFate::kept, "https:"_L1 + kept->sliced(insecure.size())};
+    if (Text::isSameKeyword(written.first(std::min(written.size(), insecure.size())), u"http:"))
+        written.replace(0, insecure.size(), "https:"_L1);
+    return {ImageFate::kept, kept(written)};
 }
 
 } // namespace
 
-QString Bodies::ofHTML(const QString& html, const SanitizerOptions& options, Sum& sum, bool keepsStyleSheets)
+void Bodies::addHTML(const QString& html, const SanitizerOptions& options, Sum& sum, bool keepsStyleSheets)
 {
-    const QByteArray bytes = UTF8::encoded(html);
-    const Sum before = sum;
-    Pass pass(bytes, options, sum, keepsStyleSheets);
-    QString body = pass.run();
+    const QString text = withoutHalves(html);
+    const qsizetype start = sum.page.size();
+    const qsizetype links = sum.result.links.size();
+    const int images = sum.result.blockedRemoteImages;
+    const int trackers = sum.result.trackers;
+    const qint64 imageBytes = sum.inlineImageBytes;
+    sum.page.reserve(text.size() + text.size() / 8);
+    Pass pass(text, options, sum, keepsStyleSheets);
+    pass.run();
     if (!pass.hasLateRules())
-        return body;
-    sum.result = before.result;
-    sum.inlineImageBytes = before.inlineImageBytes;
-    return Pass(bytes, options, sum, keepsStyleSheets).run();
+        return;
+    sum.page.truncate(start);
+    sum.result.links.remove(links, sum.result.links.size() - links);
+    sum.result.blockedRemoteImages = images;
+    sum.result.trackers = trackers;
+    sum.inlineImageBytes = imageBytes;
+    Pass(text, options, sum, keepsStyleSheets).run();
 }
 
 SanitizedHTML sanitize(const QString& html, const SanitizerOptions& options)
 {
     Bodies::Sum sum;
-    sum.result.document = documentAround(Bodies::ofHTML(html, options, sum, true), options.allowRemoteImages);
-    return sum.result;
+    sum.page.write(documentHead(options.allowRemoteImages));
+    Bodies::addHTML(html, options, sum, true);
+    sum.page.write(documentEnd);
+    sum.result.document = sum.page.taken();
+    return std::move(sum.result);
 }
 
 } // namespace Larkhaven::HTMLSanitizer

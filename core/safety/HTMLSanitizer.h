@@ -12,7 +12,7 @@
 /// Rewrites the HTML of a message, which is hostile by assumption, into a document that can do nothing but
 /// show text, formatting and approved images.
 ///
-/// No document tree is parsed. One forward pass over the UTF-8 bytes copies text, drops what is on no
+/// No document tree is parsed. One forward pass copies text, drops what is on no
 /// allow-list, and writes each tag anew from its own parsed parts: no byte of a tag reaches the output as it
 /// came in. Elements are closed in proper order, at most `maximumOpenElements` deep. Links and images are
 /// written by their own rules alone; styles go through `safeStyle`.
@@ -66,6 +66,7 @@ SanitizedHTML sections(const QList<Section>& messages, const SanitizerOptions& o
 /// The text with its character references resolved: numbers, and the 22 names that mail is likely to hide
 /// something behind. A semicolon is not required; what can't be read stays.
 QString decodeEntities(const QString& text);
+QString decodeEntities(QStringView text);
 
 /// The most characters that are read behind an "&".
 inline constexpr qsizetype maximumEntityLength = 32;

@@ -1,5 +1,7 @@
 #include "safety/HTMLVocabulary.h"
 
+#include "domain/Text.h"
+
 #include <algorithm>
 #include <array>
 #include <string_view>
@@ -26,13 +28,13 @@ constexpr std::array<std::string_view, 29> phraseTags{
     "span", "strike", "strong", "sub", "sup", "tt",   "u",    "var",  "wbr",
 };
 
-constexpr std::array<std::string_view, 27> droppedWithContent{
+constexpr std::array<std::string_view, 27> dropped{
     "applet", "audio",  "button",  "canvas",   "datalist", "dialog", "embed",  "frame",     "frameset",
     "iframe", "math",   "noembed", "noframes", "noscript", "object", "option", "plaintext", "portal",
     "script", "select", "svg",     "template", "textarea", "title",  "video",  "xml",       "xmp",
 };
 
-constexpr std::array<std::string_view, attributeCount> attributes{
+constexpr std::array<std::string_view, attributeCount> attributeNames{
     "abbr",  "align",   "alt",   "bgcolor",  "border",  "cellpadding", "cellspacing", "class",
     "color", "colspan", "dir",   "face",     "headers", "height",      "hidden",      "href",
     "lang",  "nowrap",  "open",  "reversed", "rowspan", "scope",       "size",        "span",
@@ -41,39 +43,55 @@ constexpr std::array<std::string_view, attributeCount> attributes{
 
 static_assert(std::ranges::is_sorted(allowedTags) && std::ranges::is_sorted(voidTags));
 static_assert(std::ranges::is_sorted(phraseTags));
-static_assert(std::ranges::is_sorted(droppedWithContent) && std::ranges::is_sorted(attributes));
+static_assert(std::ranges::is_sorted(dropped) && std::ranges::is_sorted(attributeNames));
 
-std::string_view view(QByteArrayView name)
-{
-    return {name.data(), static_cast<std::size_t>(name.size())};
-}
+static_assert(allowedTags[linkTag] == "a" && allowedTags[imageTag] == "img");
+static_assert(attributeNames[Known::classes] == "class" && attributeNames[Known::height] == "height");
+static_assert(attributeNames[Known::hidden] == "hidden" && attributeNames[Known::href] == "href");
+static_assert(attributeNames[Known::src] == "src" && attributeNames[Known::style] == "style");
+static_assert(attributeNames[Known::title] == "title" && attributeNames[Known::width] == "width");
 
-/// Where the names of each letter begin in a sorted table, and behind "z" its end: each tag and each of its
-/// attributes is looked up, most of them among a few names.
+/// Where a name stands in a list. A table with room to spare, in which a name is at its place or right behind
+/// it: half as long as a search among the names of one letter.
 template <std::size_t size>
-constexpr auto startsIn(const std::array<std::string_view, size>& table)
-{
-    std::array<std::size_t, 27> starts{};
-    for (std::size_t letter = 0; letter < starts.size(); ++letter) {
-        while (starts[letter] < size && table[starts[letter]].front() < static_cast<char>('a' + letter))
-            ++starts[letter];
+class NameTable {
+public:
+    constexpr explicit NameTable(const std::array<std::string_view, size>& names)
+    {
+        static_assert(size < places / 2);
+        for (std::size_t index = 0; index < size; ++index) {
+            std::uint8_t place = Name(names[index]).place();
+            while (m_names[place] != Name())
+                ++place;
+            m_names[place] = Name(names[index]);
+            m_indices[place] = static_cast<std::int8_t>(index);
+        }
     }
-    return starts;
-}
 
-template <const auto& table>
-int indexOf(QByteArrayView name)
-{
-    static constexpr auto starts = startsIn(table);
-    if (name.isEmpty() || name[0] < 'a' || name[0] > 'z')
-        return -1;
-    const auto letter = static_cast<std::size_t>(name[0] - 'a');
-    for (std::size_t index = starts[letter]; index < starts[letter + 1]; ++index) {
-        if (table[index] == view(name))
-            return static_cast<int>(index);
+    /// -1 for a name that is none of them.
+    int indexOf(const Name& name) const
+    {
+        for (std::uint8_t place = name.place();; ++place) {
+            if (m_names[place] == name)
+                return m_indices[place];
+            if (m_names[place] == Name())
+                return -1;
+        }
     }
-    return -1;
-}
+
+private:
+    static constexpr std::size_t places = 256;
+
+    static constexpr std::array<std::int8_t, places> nowhere()
+    {
+        std::array<std::int8_t, places> indices{};
+        indices.fill(-1);
+        return indices;
+    }
+
+    std::array<Name, places> m_names{};
+    std::array<std::int8_t, places> m_indices = nowhere();
+};
 
 /// For each allowed tag whether it is among the names.
 template <std::size_t size>
@@ -85,21 +103,58 @@ constexpr auto flagsOf(const std::array<std::string_view, size>& names)
     return flags;
 }
 
-QByteArrayView bytes(std::string_view name)
+/// Each of the names between two texts.
+template <std::size_t size>
+constexpr auto piecesOf(const std::array<std::string_view, size>& names, std::string_view before,
+                        std::string_view behind)
+{
+    std::array<Piece, size> pieces;
+    for (std::size_t index = 0; index < size; ++index) {
+        for (const std::string_view text : {before, names[index], behind}) {
+            for (const char character : text)
+                pieces[index].units[pieces[index].size++] = static_cast<unsigned char>(character);
+        }
+    }
+    return pieces;
+}
+
+QLatin1StringView latin1(std::string_view name)
 {
     return {name.data(), static_cast<qsizetype>(name.size())};
 }
 
 } // namespace
 
-Tag allowedTag(QByteArrayView name)
+Name::Name(QStringView written)
 {
-    return indexOf<allowedTags>(name);
+    const auto size = static_cast<std::size_t>(written.size());
+    if (size > longest)
+        return;
+    char16_t all = 0;
+    for (std::size_t index = 0; index < size; ++index) {
+        const char16_t unit = written.utf16()[index];
+        all |= unit;
+        set(index, unit >= u'A' && unit <= u'Z' ? unit + 0x20U : unit);
+    }
+    set(longest, size);
+    if (all < 0x80)
+        return;
+    // Few letters beyond ASCII have a small one within, as the Kelvin sign has.
+    *this = Name();
+    const QString lowered = Text::lowered(written);
+    if (std::ranges::all_of(lowered, [](QChar character) { return character.unicode() < 0x80; }))
+        *this = Name(QStringView(lowered));
 }
 
-QByteArrayView nameOf(Tag tag)
+Tag allowedTag(const Name& name)
 {
-    return bytes(allowedTags[static_cast<std::size_t>(tag)]);
+    static constexpr NameTable table(allowedTags);
+    return table.indexOf(name);
+}
+
+QLatin1StringView nameOf(Tag tag)
+{
+    return latin1(allowedTags[static_cast<std::size_t>(tag)]);
 }
 
 bool isVoid(Tag tag)
@@ -114,25 +169,35 @@ bool isPhrase(Tag tag)
     return flags[static_cast<std::size_t>(tag)];
 }
 
-bool isDroppedWithContent(QByteArrayView name)
+QLatin1StringView droppedWithContent(const Name& name)
 {
-    return indexOf<droppedWithContent>(name) >= 0;
+    static constexpr NameTable table(dropped);
+    const int index = table.indexOf(name);
+    return index < 0 ? QLatin1StringView() : latin1(dropped[static_cast<std::size_t>(index)]);
 }
 
-Attribute knownAttribute(QByteArrayView name)
+Attribute knownAttribute(const Name& name)
 {
-    return indexOf<attributes>(name);
+    static constexpr NameTable table(attributeNames);
+    return table.indexOf(name);
 }
 
-QByteArrayView nameOfAttribute(Attribute attribute)
+const Piece& openingOf(Tag tag)
 {
-    return bytes(attributes[static_cast<std::size_t>(attribute)]);
+    static constexpr auto pieces = piecesOf(allowedTags, "<", "");
+    return pieces[static_cast<std::size_t>(tag)];
 }
 
-bool isAllowed(Attribute attribute)
+const Piece& closingOf(Tag tag)
 {
-    const QByteArrayView name = nameOfAttribute(attribute);
-    return name != "hidden" && name != "href" && name != "src";
+    static constexpr auto pieces = piecesOf(allowedTags, "</", ">");
+    return pieces[static_cast<std::size_t>(tag)];
+}
+
+const Piece& openingOfAttribute(Attribute attribute)
+{
+    static constexpr auto pieces = piecesOf(attributeNames, " ", "=\"");
+    return pieces[static_cast<std::size_t>(attribute)];
 }
 
 } // namespace Larkhaven::HTMLVocabulary

@@ -278,13 +278,13 @@ bool ImageLookRules::addRule(QStringView selectors, QStringView declarations)
     return addsAny;
 }
 
-ImageLook ImageLookRules::of(QStringView tag, QStringView classes) const
+ImageLook ImageLookRules::of(QLatin1StringView tag, QStringView classes) const
 {
     ImageLook look;
     look.hides = m_isFull;
     if (m_looks.isEmpty() || m_isFull)
         return look;
-    const QString name = tag.toString();
+    const QString name = tag;
     look.add(m_looks.value(name));
     const QString spaced = classes.toString().simplified();
     for (const QStringView each : spaced.tokenize(u' ', Qt::SkipEmptyParts)) {

@@ -56,7 +56,7 @@ public:
     bool isEmpty() const { return m_looks.isEmpty() && !m_isFull; }
 
     /// What the rules say of an element. `classes` are separated by blanks.
-    ImageLook of(QStringView tag, QStringView classes) const;
+    ImageLook of(QLatin1StringView tag, QStringView classes) const;
 
 private:
     bool addRule(QStringView selectors, QStringView declarations);

@@ -3,6 +3,7 @@
 #include "domain/Text.h"
 #include "safety/URLParts.h"
 #include "safety/UTF8.h"
+#include "safety/UnitScan.h"
 
 #include <QCoreApplication>
 
@@ -63,7 +64,7 @@ constexpr auto trackingParameters = std::to_array<std::string_view>({"__hsfp",
                                                                      "yclid"});
 static_assert(std::ranges::is_sorted(trackingParameters));
 
-constexpr std::array trackingPrefixes{"utm_"_L1, "pk_"_L1, "mtm_"_L1};
+constexpr std::array<std::string_view, 3> trackingPrefixes{"utm_", "pk_", "mtm_"};
 
 /// The label before a country's, where both together are what anybody may register below.
 constexpr std::array secondLevelLabels{"co"_L1,  "com"_L1, "net"_L1, "org"_L1, "gov"_L1, "ac"_L1,
@@ -80,42 +81,48 @@ constexpr auto trackingStarts = [] {
     return starts;
 }();
 
+bool startsWith(QStringView name, std::string_view start)
+{
+    return name.size() >= static_cast<qsizetype>(start.size()) &&
+           std::ranges::equal(start, name.first(static_cast<qsizetype>(start.size())),
+                              [](char letter, QChar character) {
+                                  return static_cast<unsigned char>(letter) == character.unicode();
+                              });
+}
+
 /// `name` is in small letters.
 bool isTrackingName(QStringView name)
 {
-    const auto latin1 = [](std::string_view known) {
-        return QLatin1StringView(known.data(), static_cast<qsizetype>(known.size()));
-    };
     if (name.isEmpty() || name.front().unicode() >= 0x80)
         return false;
     const char16_t first = name.front().unicode();
     for (std::size_t row = trackingStarts[first]; row < trackingStarts[first + 1U]; ++row) {
-        if (name == latin1(trackingParameters[row]))
+        const std::string_view known = trackingParameters[row];
+        if (name.size() == static_cast<qsizetype>(known.size()) && startsWith(name, known))
             return true;
     }
     return std::ranges::any_of(trackingPrefixes,
-                               [&](QLatin1StringView prefix) { return name.startsWith(prefix); });
+                               [&](std::string_view prefix) { return startsWith(name, prefix); });
 }
 
 /// Writes the word in small letters; false where it isn't of ASCII, or holds something encoded.
-bool lowerWord(QStringView word, QChar* lowered)
+bool lowerWord(QStringView word, char16_t* lowered)
 {
     for (const QChar character : word) {
         const char16_t unit = character.unicode();
         if (unit >= 0x80 || unit == u'%')
             return false;
-        *lowered++ = unit >= u'A' && unit <= u'Z' ? QChar(unit + (u'a' - u'A')) : character;
+        *lowered++ = unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + 0x20) : unit;
     }
     return true;
 }
 
 bool isTracking(QStringView item)
 {
-    const qsizetype end = item.indexOf(u'=');
-    const QStringView encodedName = end < 0 ? item : item.first(end);
+    const QStringView encodedName = item.first(UnitScan::firstMark(item, u'='));
     // Nearly all names are short words of ASCII, which need no copy.
     constexpr qsizetype longestWord = 24;
-    std::array<QChar, longestWord> word;
+    std::array<char16_t, longestWord> word;
     if (encodedName.size() <= longestWord && lowerWord(encodedName, word.data()))
         return isTrackingName(QStringView(word.data(), encodedName.size()));
     return isTrackingName(Text::lowered(UTF8::percentDecoded(encodedName).value_or(encodedName.toString())));
@@ -196,21 +203,25 @@ MailURL clean(const MailURL& url)
     if (!query)
         return url;
     QString kept;
-    bool keepsAny = false;
     bool dropsAny = false;
+    bool keepsAny = false;
     for (qsizetype start = 0; start <= query->size();) {
-        const qsizetype ampersand = query->indexOf(u'&', start);
-        const qsizetype end = ampersand < 0 ? query->size() : ampersand;
+        const qsizetype end = UnitScan::firstMark(*query, u'&', start);
         const QStringView item = query->sliced(start, end - start);
-        start = end + 1;
         if (isTracking(item)) {
+            // What precedes the first is kept as it stands.
+            if (!dropsAny && start > 0) {
+                kept = query->first(start - 1).toString();
+                keepsAny = true;
+            }
             dropsAny = true;
-            continue;
+        } else if (dropsAny) {
+            if (keepsAny)
+                kept += u'&';
+            kept += item;
+            keepsAny = true;
         }
-        if (keepsAny)
-            kept += u'&';
-        kept += item;
-        keepsAny = true;
+        start = end + 1;
     }
     if (!dropsAny)
         return url;

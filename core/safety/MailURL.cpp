@@ -2,6 +2,7 @@
 
 #include "safety/URLParts.h"
 #include "safety/UTF8.h"
+#include "safety/UnitScan.h"
 
 #include <array>
 #include <string_view>
@@ -26,15 +27,27 @@ bool isAllowed(char16_t unit)
     return unit < allowedCharacters.size() && allowedCharacters[unit];
 }
 
+/// Whether a unit is none of those.
+struct IsRefused {
+    static bool of(char16_t unit) { return !isAllowed(unit); }
+#if defined(__SSE2__)
+    static __m128i of(__m128i units)
+    {
+        using Between = UnitScan::IsAnyOf<u'"', u'#', u'%', u'<', u'>', u'\\', u'^', u'`', u'{', u'|', u'}'>;
+        return _mm_or_si128(UnitScan::IsOutside<u'!', u'~'>::of(units), Between::of(units));
+    }
+#endif
+};
+
 /// Whether all of the text may stand in a URL as it is.
 bool isEncoded(QStringView text)
 {
-    const char16_t* const units = text.utf16();
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        if (!isAllowed(units[i]) && !UTF8::isPercentEncodedAt(text, i))
-            return false;
-    }
-    return true;
+    const char16_t* const begin = text.utf16();
+    const char16_t* const end = begin + text.size();
+    const char16_t* refused = UnitScan::find(begin, end, IsRefused{});
+    while (refused != end && UTF8::isPercentEncodedAt(text, refused - begin))
+        refused = UnitScan::find(refused + 1, end, IsRefused{});
+    return refused == end;
 }
 
 /// Adds the text with what may not stand in a URL percent-encoded, valid percent-encoding untouched.
@@ -76,12 +89,16 @@ bool MailURL::keep(QStringView text, const URLParts& parts)
         const qsizetype start = part.utf16() - text.utf16();
         return Span{start, start + part.size()};
     };
-    const auto isPlain = [](const std::optional<QStringView>& part) { return !part || isEncoded(*part); };
     const bool isBracketed = parts.hostEnd > parts.hostStart && text[parts.hostStart] == u'[';
     const qsizetype bracket = isBracketed ? 1 : 0;
     const Span host{parts.hostStart + bracket, parts.hostEnd - bracket};
-    if (text.sliced(host.start, host.end - host.start) != parts.host || !isPlain(parts.userInfo) ||
-        !isEncoded(parts.path) || !isPlain(parts.query) || !isPlain(parts.fragment))
+    if (!parts.mappedHost.isEmpty() || parts.host.size() != host.end - host.start)
+        return false;
+    // Path and query stand together, and "?" is one of their characters.
+    const QStringView behindHost = text.sliced(spanOf(parts.path).start);
+    const qsizetype fragment = parts.fragment ? parts.fragment->size() + 1 : 0;
+    if (!isEncoded(behindHost.chopped(fragment)) || (parts.fragment && !isEncoded(*parts.fragment)) ||
+        (parts.userInfo && !isEncoded(*parts.userInfo)))
         return false;
     m_text = text.toString();
     m_schemeEnd = parts.scheme.size();

@@ -109,37 +109,47 @@ private:
     qsizetype m_position = 0;
 };
 
-void appendLink(const QString& shown, const MailURL& url, QString& body, SanitizedHTML& result)
+void addLink(QStringView shown, const MailURL& url, Bodies::Sum& sum)
 {
-    body += "<a href=\""_L1 + linkPrefix + QString::number(result.links.size()) + "\" title=\""_L1 +
-            escapeHTML(LinkCleaner::clean(url).absoluteString()) + "\">"_L1 + escapeHTML(shown) + "</a>"_L1;
-    result.links.append({url, shown});
+    DocumentWriter& page = sum.page;
+    page.write(u"<a href=\"");
+    page.write(linkPrefix + QString::number(sum.result.links.size()));
+    page.write(u"\" title=\"");
+    page.writeEscaped(LinkCleaner::clean(url).absoluteString());
+    page.write(u"\">");
+    page.writeEscaped(shown);
+    page.write(u"</a>");
+    sum.result.links.append({url, shown.toString()});
 }
 
 } // namespace
 
-QString Bodies::ofText(const QString& text, Sum& sum)
+void Bodies::addText(QStringView text, Sum& sum)
 {
-    QString body = u"<div class=\"lh-plain\">"_s;
+    sum.page.write(u"<div class=\"lh-plain\">");
     LinkScanner scanner(text);
     qsizetype written = 0;
     while (const std::optional<QStringView> link = scanner.next()) {
         const std::optional<MailURL> url = MailURL::parse(*link);
         if (!url)
             continue;
-        const qsizetype start = link->data() - text.constData();
-        body += escapeHTML(text.sliced(written, start - written));
-        appendLink(link->toString(), *url, body, sum.result);
+        const qsizetype start = link->data() - text.data();
+        sum.page.writeEscaped(text.sliced(written, start - written));
+        addLink(*link, *url, sum);
         written = start + link->size();
     }
-    return body += escapeHTML(text.sliced(written)) + "</div>"_L1;
+    sum.page.writeEscaped(text.sliced(written));
+    sum.page.write(u"</div>");
 }
 
 SanitizedHTML plainText(const QString& text)
 {
     Bodies::Sum sum;
-    sum.result.document = documentAround(Bodies::ofText(text, sum), false);
-    return sum.result;
+    sum.page.write(documentHead(false));
+    Bodies::addText(text, sum);
+    sum.page.write(documentEnd);
+    sum.result.document = sum.page.taken();
+    return std::move(sum.result);
 }
 
 } // namespace Larkhaven::HTMLSanitizer

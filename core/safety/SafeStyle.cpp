@@ -1,5 +1,6 @@
 #include "domain/Text.h"
 #include "safety/HTMLSanitizer.h"
+#include "safety/RefusedStyles.h"
 
 #include <algorithm>
 #include <array>
@@ -10,15 +11,12 @@ using namespace Qt::StringLiterals;
 namespace Larkhaven::HTMLSanitizer {
 namespace {
 
-/// What loads or copies a picture by other names than `url`, vendor prefixes apart.
-constexpr std::array refusedFunctions{"image"_L1, "image-set"_L1, "cross-fade"_L1, "src"_L1,
-                                      "url"_L1,   "element"_L1,   "paint"_L1};
+using RefusedStyles::positionName;
+using RefusedStyles::refusedFunctions;
 
 /// All other positions leave the flow, or may: `var()` says anything.
 constexpr std::array allowedPositions{"static"_L1,  "relative"_L1, "initial"_L1,
                                       "inherit"_L1, "unset"_L1,    "revert"_L1};
-
-constexpr auto positionName = "position"_L1;
 
 template <std::size_t size>
 bool isOneOf(QStringView text, const std::array<QLatin1StringView, size>& words)

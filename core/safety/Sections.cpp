@@ -27,19 +27,26 @@ constexpr auto bodyStyle =
     "all:unset!important;display:block!important;padding:8px 12px!important;contain:paint!important;"
     "overflow:auto!important"_L1;
 
-QString opening(QLatin1StringView tag, QLatin1StringView style, const QString& attributes = {})
+void writeOpening(DocumentWriter& page, QStringView tag, QLatin1StringView style)
 {
-    return "<"_L1 + tag + attributes + " style=\""_L1 + style + "\">"_L1;
+    page.write(u'<');
+    page.write(tag);
+    page.write(" style=\""_L1 + style + "\">"_L1);
 }
 
-QString headingOf(const Section& section)
+void writeHeading(DocumentWriter& page, const Section& section)
 {
-    QString heading = opening("div"_L1, headingStyle);
+    writeOpening(page, u"div", headingStyle);
     for (const Section::Line& line : section.heading) {
-        heading += opening("div"_L1, lineStyle) + opening("span"_L1, labelStyle) + escapeHTML(line.label) +
-                   "</span> "_L1 + opening("bdi"_L1, valueStyle) + escapeHTML(line.value) + "</bdi></div>"_L1;
+        writeOpening(page, u"div", lineStyle);
+        writeOpening(page, u"span", labelStyle);
+        page.writeEscaped(line.label);
+        page.write(u"</span> ");
+        writeOpening(page, u"bdi", valueStyle);
+        page.writeEscaped(line.value);
+        page.write(u"</bdi></div>");
     }
-    return heading + "</div>"_L1;
+    page.write(u"</div>");
 }
 
 } // namespace
@@ -47,27 +54,33 @@ QString headingOf(const Section& section)
 SanitizedHTML sections(const QList<Section>& messages, const SanitizerOptions& options)
 {
     Bodies::Sum sum;
-    QString body;
+    DocumentWriter& page = sum.page;
+    page.write(documentHead(options.allowRemoteImages));
     int open = 0;
     const auto closeTo = [&](int depth) {
         for (; open > depth; --open)
-            body += "</div></div>"_L1;
+            page.write(u"</div></div>");
     };
     for (const Section& section : messages) {
         const bool isForwarded = section.depth > 0;
         closeTo(std::max(0, section.depth - 1));
         if (isForwarded) {
-            body += opening("div"_L1, frameStyle,
-                            " role=\"group\" aria-label=\""_L1 + escapeHTML(section.name) + "\""_L1);
-            body += headingOf(section) + opening("div"_L1, bodyStyle);
+            page.write(u"<div role=\"group\" aria-label=\"");
+            page.writeEscaped(section.name);
+            page.write("\" style=\""_L1 + frameStyle + "\">"_L1);
+            writeHeading(page, section);
+            writeOpening(page, u"div", bodyStyle);
             ++open;
         }
-        body += section.html ? Bodies::ofHTML(*section.html, options, sum, !isForwarded)
-                             : Bodies::ofText(section.text, sum);
+        if (section.html)
+            Bodies::addHTML(*section.html, options, sum, !isForwarded);
+        else
+            Bodies::addText(section.text, sum);
     }
     closeTo(0);
-    sum.result.document = documentAround(body, options.allowRemoteImages);
-    return sum.result;
+    page.write(documentEnd);
+    sum.result.document = page.taken();
+    return std::move(sum.result);
 }
 
 } // namespace Larkhaven::HTMLSanitizer

@@ -172,10 +172,25 @@ private:
     double m_percent; ///< the pixels of one
 };
 
+/// The number, where the text is one of a few digits alone, as most widths and heights of images are; absent
+/// for any other text. Exact: it is less than 2^53.
+std::optional<double> fewDigits(QStringView text)
+{
+    constexpr qsizetype most = 15;
+    if (text.isEmpty() || text.size() > most || !std::ranges::all_of(text, isDigit))
+        return std::nullopt;
+    qint64 number = 0;
+    for (const QChar digit : text)
+        number = number * 10 + (digit.unicode() - u'0');
+    return static_cast<double>(number);
+}
+
 } // namespace
 
 std::optional<double> pixels(QStringView value)
 {
+    if (const std::optional<double> number = fewDigits(value))
+        return number;
     constexpr double percentAlone = 1;
     constexpr double percentInFunction = 10;
     value = value.trimmed();

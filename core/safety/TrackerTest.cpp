@@ -5,42 +5,91 @@
 #include "safety/TrackerTables.h"
 #include "safety/URLParts.h"
 #include "safety/UTF8.h"
+#include "safety/UnitScan.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdint>
 #include <limits>
 #include <optional>
+#include <ranges>
 
 using namespace Qt::StringLiterals;
 
 namespace Larkhaven::HTMLSanitizer {
 namespace {
 
-/// The characters that fragments begin with, as bits; no fragment begins beyond the letters.
-template <std::size_t size>
-constexpr std::array<bool, 0x80> beginnings(const std::array<QLatin1StringView, size>& fragments)
+char16_t asciiLowered(char16_t unit)
 {
-    std::array<bool, 0x80> begins{};
-    for (const QLatin1StringView fragment : fragments)
-        begins[static_cast<unsigned char>(*fragment.data())] = true;
-    return begins;
+    return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + 0x20) : unit;
 }
 
-/// Whether the text holds one of the fragments. One pass over the text: of most characters no fragment begins
-/// with them, and of the others one or two do.
+/// Whether the text begins with a fragment, ASCII letters in any case.
+bool startsWith(QStringView text, QLatin1StringView fragment)
+{
+    return text.size() >= fragment.size() &&
+           std::equal(fragment.begin(), fragment.end(), text.begin(), [](char expected, QChar character) {
+               return asciiLowered(character.unicode()) == static_cast<uchar>(expected);
+           });
+}
+
+/// Fragments by what they begin with.
+template <std::size_t size>
+class Beginnings {
+public:
+    constexpr explicit Beginnings(const std::array<QLatin1StringView, size>& fragments)
+    {
+        for (std::size_t first = 0; first < places; ++first) {
+            m_starts[first] = m_count;
+            for (const QLatin1StringView fragment : fragments) {
+                if (place(static_cast<unsigned char>(fragment.data()[0])) != first)
+                    continue;
+                m_seconds[first] |= std::uint64_t{1} << place(static_cast<unsigned char>(fragment.data()[1]));
+                m_fragments[static_cast<std::size_t>(m_count++)] = fragment;
+            }
+        }
+        m_starts[places] = m_count;
+    }
+
+    /// Whether a fragment may begin with these two: true of few other pairs.
+    bool mayBegin(char16_t first, char16_t second) const
+    {
+        return (m_seconds[place(first)] >> place(second) & 1U) != 0;
+    }
+
+    /// Those that begin with the character, and few others.
+    auto with(char16_t first) const
+    {
+        return std::ranges::subrange(m_fragments.begin() + m_starts[place(first)],
+                                     m_fragments.begin() + m_starts[place(first) + 1]);
+    }
+
+private:
+    static constexpr std::size_t places = 64;
+
+    /// The same for both cases of a letter.
+    static constexpr std::size_t place(char16_t unit) { return (unit | 0x20U) % places; }
+
+    std::array<std::uint64_t, places> m_seconds{}; ///< by the first character, a bit for each second one
+    std::array<std::ptrdiff_t, places + 1> m_starts{};
+    std::array<QLatin1StringView, size> m_fragments{};
+    std::ptrdiff_t m_count = 0;
+};
+
+/// Whether the text holds one of the fragments, ASCII letters in any case. One pass over the text: few of its
+/// pairs of characters begin a fragment.
 template <const auto& fragments>
 bool containsAny(QStringView text)
 {
-    static constexpr auto begins = beginnings(fragments);
+    static constexpr Beginnings<fragments.size()> beginnings(fragments);
     const char16_t* const units = text.utf16();
-    for (qsizetype index = 0; index < text.size(); ++index) {
-        const char16_t unit = units[index];
-        if (unit >= begins.size() || !begins[unit])
+    for (qsizetype index = 0; index + 1 < text.size(); ++index) {
+        if (!beginnings.mayBegin(units[index], units[index + 1]))
             continue;
-        for (const QLatin1StringView fragment : fragments) {
-            if (static_cast<unsigned char>(*fragment.data()) == unit &&
-                text.sliced(index).startsWith(fragment))
-                return true;
-        }
+        const QStringView rest = text.sliced(index);
+        const auto isThere = [rest](QLatin1StringView fragment) { return startsWith(rest, fragment); };
+        if (std::ranges::any_of(beginnings.with(units[index]), isThere))
+            return true;
     }
     return false;
 }
@@ -117,9 +166,9 @@ QString decodedWhereASCII(QStringView text)
 
 bool leadsToTracker(const QString& source)
 {
-    if (isTracker(source, {}))
-        return true;
     const std::optional<URLParts> parts = URLParts::read(source);
+    if (isOfTracker(source, parts))
+        return true;
     if (!parts || parts->host.isEmpty())
         return false;
     const QString behindHost = decodedWhereASCII(QStringView(source).sliced(parts->hostEnd));
@@ -128,23 +177,34 @@ bool leadsToTracker(const QString& source)
 
 bool isTracker(const QString& source, const QHash<QString, QString>& attributes)
 {
-    const ImageTag tag{attributes.value(u"width"_s), attributes.value(u"height"_s),
-                       attributes.value(u"style"_s)};
-    return tag.isTracker(source);
+    const QString width = attributes.value(u"width"_s);
+    const QString height = attributes.value(u"height"_s);
+    const QString style = attributes.value(u"style"_s);
+    return ImageTag{width, height, style}.isHidden() || isOfTracker(source, URLParts::read(source));
 }
 
-bool ImageTag::isTracker(const QString& source) const
+bool ImageTag::isHidden() const
 {
     if (isTooSmallToSee(*this))
         return true;
-    if (containsAny<hidingStyles>(Text::lowered(style).remove(u' ')))
-        return true;
+    // Most styles have letters of ASCII alone, and many no blanks.
+    return UnitScan::isGraphic(style) ? containsAny<hidingStyles>(style)
+                                      : containsAny<hidingStyles>(Text::lowered(style).remove(u' '));
+}
+
+bool isOfTracker(QStringView source, const std::optional<URLParts>& parts)
+{
+    if (parts && parts->mappedHost.isEmpty() && UnitScan::isGraphic(source)) {
+        // Nothing in it becomes another URL in small letters.
+        return containsAny<trackerHostFragments>(parts->host) ||
+               (!parts->host.isEmpty() && containsAny<trackerPathFragments>(source.sliced(parts->hostEnd)));
+    }
     const QString lowered = Text::lowered(source);
-    const std::optional<URLParts> parts = URLParts::read(lowered);
-    if (!parts || parts->host.isEmpty())
+    const std::optional<URLParts> small = URLParts::read(lowered);
+    if (!small || small->host.isEmpty())
         return false;
-    return containsAny<trackerHostFragments>(Text::asciiLowered(parts->host)) ||
-           containsAny<trackerPathFragments>(QStringView(lowered).sliced(parts->hostEnd));
+    return containsAny<trackerHostFragments>(small->host) ||
+           containsAny<trackerPathFragments>(QStringView(lowered).sliced(small->hostEnd));
 }
 
 } // namespace Larkhaven::HTMLSanitizer

@@ -8,6 +8,7 @@
 #include <arpa/inet.h>
 #include <array>
 #include <netinet/in.h>
+#include <string_view>
 #include <unicode/uidna.h>
 
 using namespace Qt::StringLiterals;
@@ -20,17 +21,17 @@ bool isASCII(QStringView text)
     return std::ranges::all_of(text, [](QChar character) { return character.unicode() < 0x80; });
 }
 
-bool isLabelCharacter(QChar character)
-{
-    const char16_t unit = character.unicode();
-    return (unit >= u'a' && unit <= u'z') || (unit >= u'A' && unit <= u'Z') ||
-           (unit >= u'0' && unit <= u'9') || unit == u'-' || unit == u'_';
-}
+constexpr auto labelCharacters = [] {
+    std::array<bool, 0x80> allowed{};
+    for (const char character :
+         std::string_view("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-_"))
+        allowed[static_cast<unsigned char>(character)] = true;
+    return allowed;
+}();
 
-bool isLabel(QStringView label)
+bool isLabelCharacter(char16_t unit)
 {
-    return !label.isEmpty() && label.size() <= maximumLabelLength &&
-           std::ranges::all_of(label, isLabelCharacter);
+    return unit < labelCharacters.size() && labelCharacters[unit];
 }
 
 /// What is not an error of the name itself: browsers take hyphens anywhere, and an empty label marks the
@@ -71,9 +72,10 @@ bool isName(QStringView name)
     const char16_t* const units = name.utf16();
     qsizetype labelStart = 0;
     for (qsizetype index = 0; index <= name.size(); ++index) {
-        if (index < name.size() && units[index] != u'.')
+        if (index < name.size() && isLabelCharacter(units[index]))
             continue;
-        if (!isLabel(name.sliced(labelStart, index - labelStart)))
+        const qsizetype length = index - labelStart;
+        if ((index < name.size() && units[index] != u'.') || length < 1 || length > maximumLabelLength)
             return false;
         labelStart = index + 1;
     }

@@ -3,6 +3,7 @@
 #include "domain/Text.h"
 #include "safety/URLHost.h"
 #include "safety/UTF8.h"
+#include "safety/UnitScan.h"
 
 #include <algorithm>
 
@@ -32,14 +33,12 @@ bool isHTTP(QStringView scheme)
     return Text::isSameKeyword(scheme, u"http") || Text::isSameKeyword(scheme, u"https");
 }
 
-/// The first of the characters; -1 where there is none. The parts of a URL are short, for which a search with
-/// vectors takes longer.
+/// The first of the characters; -1 where there is none. The parts of a URL are short: a search that is called
+/// takes longer.
 qsizetype indexOf(QStringView text, char16_t mark)
 {
-    const char16_t* const begin = text.utf16();
-    const char16_t* const end = begin + text.size();
-    const char16_t* const found = std::find(begin, end, mark);
-    return found == end ? -1 : found - begin;
+    const qsizetype found = UnitScan::firstMark(text, mark);
+    return found == text.size() ? -1 : found;
 }
 
 /// Cuts the text at the first `mark`. Gives what stands behind it; absent where there is none.

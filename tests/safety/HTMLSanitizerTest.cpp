@@ -135,6 +135,20 @@ TEST(HTMLSanitizer, LowersNamesAsUnicode)
     EXPECT_EQ(sanitized(u"<\u017f>x"_s), u"&lt;\u017f&gt;x");
 }
 
+TEST(HTMLSanitizer, TakesNoNameForAnotherOne)
+{
+    // Names that begin like one, hold a NUL, are longer than all, or have capitals where letters end.
+    for (const QString& name :
+         {u"p"_s + QChar(0), u"center"_s + QChar(0), u"blockquotes"_s, u"blockquoteblockquote"_s, u"b=i"_s,
+          u"h\u0011"_s, u"di\u0376"_s, u"a\u0161"_s})
+        EXPECT_EQ(sanitized(u'<' + name + u">x</"_s + name + u'>'), u"x") << name.toStdString();
+    for (const QString& name : {u"title"_s + QChar(0), u"titletitletitle"_s, u"titl"_s, u"t/itle"_s,
+                                u"title/x"_s, u"cellspacings"_s, u"\u0174itle"_s})
+        EXPECT_EQ(sanitized(u"<p "_s + name + u"=x>"_s), u"<p></p>") << name.toStdString();
+    EXPECT_EQ(sanitized(u"<BlockQuote CellSpacing=1 title/>"_s),
+              u"<blockquote cellspacing=\"1\" title=\"\"></blockquote>");
+}
+
 TEST(HTMLSanitizer, KeepsOnlyAllowedAttributes)
 {
     EXPECT_EQ(sanitized(u"<div onclick=x id=y style='color:red'>"_s), u"<div style=\"color:red\"></div>");

@@ -122,6 +122,21 @@ TEST(HiddenImage, IsATrackerWithinWhatIsHidden)
         EXPECT_EQ(trackersIn(within(ancestor)), 1) << ancestor.toStdString();
 }
 
+TEST(HiddenImage, IsJudgedByItsOwnStyleAmongManyThatAreNearlyTheSame)
+{
+    for (const QString& style : {u"%1;color:red;width:%2px;color:red"_s, u"width:%2px;color:r%1"_s,
+                                 u"color:red;c:%1;width:%2px"_s}) {
+        QString html;
+        int hidden = 0;
+        for (int number = 0; number < 500; ++number) {
+            const int width = number % 3 == 0 ? 1 : 5;
+            hidden += width == 1 ? 1 : 0;
+            html += image(u"style=\""_s + style.arg(number % 7, 3, 10, QChar(u'0')).arg(width) + u'"');
+        }
+        EXPECT_EQ(HTMLSanitizer::sanitize(html, {}).trackers, hidden) << style.toStdString();
+    }
+}
+
 TEST(HiddenImage, IsATrackerWhereAStyleSheetHidesIt)
 {
     for (const QString& rule :
