@@ -26,8 +26,7 @@ public:
     void write(QStringView text)
     {
         makeRoom(text.size());
-        std::memcpy(m_at, text.utf16(), static_cast<std::size_t>(text.size()) * sizeof(char16_t));
-        m_at += text.size();
+        copy(text.utf16(), text.size());
     }
 
     void write(const HTMLVocabulary::Piece& piece)
@@ -35,6 +34,13 @@ public:
         makeRoom(static_cast<qsizetype>(piece.units.size()));
         std::memcpy(m_at, piece.units.data(), sizeof(piece.units));
         m_at += piece.size;
+    }
+
+    /// Once more what stands at the place, which is written.
+    void repeat(qsizetype start, qsizetype size)
+    {
+        makeRoom(size);
+        copy(begin() + start, size);
     }
 
     /// The text as `escapeHTML` has it.
@@ -55,6 +61,12 @@ private:
     {
         if (m_end - m_at < count)
             resize(std::max(2 * m_text.size(), m_text.size() + count));
+    }
+
+    void copy(const char16_t* units, qsizetype count)
+    {
+        std::memcpy(m_at, units, static_cast<std::size_t>(count) * sizeof(char16_t));
+        m_at += count;
     }
 
     void resize(qsizetype size);

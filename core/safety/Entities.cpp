@@ -97,10 +97,17 @@ QString decodeEntities(const QString& text)
     return UnitScan::holds<u'&'>(text) ? decodeEntities(QStringView(text)) : text;
 }
 
-QString decodeEntities(QStringView source)
+QString decodeEntities(QStringView text)
+{
+    QString result;
+    decodeEntities(text, result);
+    return result;
+}
+
+void decodeEntities(QStringView source, QString& result)
 {
     // No reference is shorter than what it stands for.
-    QString result(source.size(), Qt::Uninitialized);
+    result.resize(source.size());
     QChar* output = result.data();
     qsizetype position = 0;
     while (position < source.size()) {
@@ -121,7 +128,6 @@ QString decodeEntities(QStringView source)
         }
     }
     result.truncate(output - result.constData());
-    return result;
 }
 
 } // namespace Larkhaven::HTMLSanitizer

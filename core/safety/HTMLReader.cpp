@@ -165,14 +165,6 @@ std::optional<QStringView> RawAttributes::value(HTMLVocabulary::Attribute attrib
     return found->value;
 }
 
-bool isLetterAt(QStringView html, qsizetype position)
-{
-    if (position >= html.size())
-        return false;
-    const char16_t unit = lowered(html[position]);
-    return unit >= u'a' && unit <= u'z';
-}
-
 HTMLVocabulary::Name readName(QStringView html, qsizetype& position)
 {
     HTMLVocabulary::Name name;

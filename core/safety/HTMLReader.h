@@ -51,7 +51,13 @@ struct RawTextEnd {
 };
 
 /// Whether the character at the position is an ASCII letter; false behind the end.
-bool isLetterAt(QStringView html, qsizetype position);
+inline bool isLetterAt(QStringView html, qsizetype position)
+{
+    if (position >= html.size())
+        return false;
+    const unsigned lowered = html.utf16()[position] | 0x20U;
+    return lowered >= u'a' && lowered <= u'z';
+}
 
 /// Reads the tag name that begins at the position, and moves the position to its end.
 HTMLVocabulary::Name readName(QStringView html, qsizetype& position);

@@ -67,6 +67,8 @@ SanitizedHTML sections(const QList<Section>& messages, const SanitizerOptions& o
 /// something behind. A semicolon is not required; what can't be read stays.
 QString decodeEntities(const QString& text);
 QString decodeEntities(QStringView text);
+/// Into a text whose room is used again; `text` is no part of it.
+void decodeEntities(QStringView text, QString& result);
 
 /// The most characters that are read behind an "&".
 inline constexpr qsizetype maximumEntityLength = 32;

@@ -1,7 +1,11 @@
 #include "safety/ImageLook.h"
 
 #include "domain/Text.h"
+#include "safety/Fragments.h"
 #include "safety/StyleMeasure.h"
+#include "safety/UnitScan.h"
+
+#include <QVarLengthArray>
 
 #include <algorithm>
 #include <array>
@@ -20,19 +24,62 @@ constexpr double faintest = 0.05;
 constexpr double smallestEdge = 2;
 constexpr double smallestArea = 4;
 
-struct Declaration {
-    QString name;  ///< in lower case, without a vendor's prefix
-    QString value; ///< in lower case, without "!important"
+/// A text in small letters of ASCII, in place where it is short.
+class LoweredText {
+public:
+    explicit LoweredText(QStringView text)
+        : m_units(text.size())
+    {
+        std::ranges::transform(text, m_units.begin(),
+                               [](QChar character) { return Fragments::asciiLowered(character.unicode()); });
+    }
+    QStringView view() const { return {m_units.data(), m_units.size()}; }
+
+private:
+    QVarLengthArray<char16_t, 64> m_units;
 };
 
-Declaration declarationIn(QStringView piece, qsizetype colon)
+/// Views of texts in lower case.
+struct Declaration {
+    QStringView name;  ///< without a vendor's prefix
+    QStringView value; ///< without "!important"
+};
+
+bool isSame(QStringView text, QLatin1StringView word)
 {
-    QString name = Text::asciiLowered(piece.first(colon).trimmed());
-    if (name.startsWith(u'-') && !name.startsWith("--"_L1))
-        name = name.section(u'-', 2);
-    const QStringView value = piece.sliced(colon + 1);
-    const qsizetype mark = value.indexOf(u'!');
-    return {name, Text::asciiLowered((mark < 0 ? value : value.first(mark)).trimmed())};
+    return text.size() == word.size() && Fragments::startsWith(text, word);
+}
+
+template <typename... Words>
+bool isOneOf(QStringView text, Words... words)
+{
+    return (isSame(text, words) || ...);
+}
+
+/// The text without white space at both ends, which seldom has any.
+QStringView trimmed(QStringView text)
+{
+    const auto isVisible = [](QChar character) { return character > u' ' && character < u'\u007f'; };
+    return !text.isEmpty() && isVisible(text.front()) && isVisible(text.back()) ? text : text.trimmed();
+}
+
+/// What the names of declarations begin with that decide anything here: of most no more is read.
+constexpr std::array decisive{"display"_L1,    "visibility"_L1,  "content-visibility"_L1,
+                              "opacity"_L1,    "zoom"_L1,        "filter"_L1,
+                              "clip"_L1,       "transform"_L1,   "scale"_L1,
+                              "translate"_L1,  "left"_L1,        "right"_L1,
+                              "top"_L1,        "bottom"_L1,      "inset"_L1,
+                              "margin"_L1,     "text-indent"_L1, "width"_L1,
+                              "max-"_L1,       "inline-size"_L1, "height"_L1,
+                              "block-size"_L1, "overflow"_L1};
+
+/// The name of a declaration without a vendor's prefix.
+QStringView withoutVendor(QStringView name)
+{
+    if (!name.startsWith(u'-') || name.startsWith("--"_L1))
+        return name;
+    const qsizetype end = name.indexOf(u'-', 1);
+    return end < 0 ? QStringView() : name.sliced(end + 1);
 }
 
 bool isFaint(QStringView value)
@@ -42,12 +89,12 @@ bool isFaint(QStringView value)
 }
 
 /// The arguments of a function in a value; absent where it isn't there.
-std::optional<QStringView> argumentsOf(const QString& value, QLatin1StringView function)
+std::optional<QStringView> argumentsOf(QStringView value, QLatin1StringView function)
 {
     const qsizetype start = value.indexOf(function);
     if (start < 0)
         return std::nullopt;
-    const QStringView arguments = QStringView(value).sliced(start + function.size());
+    const QStringView arguments = value.sliced(start + function.size());
     const qsizetype end = arguments.indexOf(u')');
     return end < 0 ? arguments : arguments.first(end);
 }
@@ -58,7 +105,7 @@ bool isFarAway(const QList<double>& lengths)
 }
 
 /// Whether a clip leaves nothing: no shape of any width, or of any size.
-bool clipsAll(const QString& value)
+bool clipsAll(QStringView value)
 {
     if (const auto inset = argumentsOf(value, "inset("_L1)) {
         constexpr double half = 50;
@@ -81,7 +128,7 @@ bool clipsAll(const QString& value)
     return false;
 }
 
-bool isTransformedAway(const QString& value)
+bool isTransformedAway(QStringView value)
 {
     if (const auto scale = argumentsOf(value, "scale"_L1)) {
         const QList<double> factors = StyleMeasure::allPixels(*scale);
@@ -94,11 +141,12 @@ bool isTransformedAway(const QString& value)
 
 bool isMovedAway(const Declaration& declaration)
 {
-    const QString& name = declaration.name;
-    if (name == "left"_L1 || name == "right"_L1 || name == "top"_L1 || name == "bottom"_L1 ||
-        name.startsWith("inset"_L1))
+    const QStringView name = declaration.name;
+    if (isOneOf(name, "left"_L1, "right"_L1, "top"_L1, "bottom"_L1) || name.startsWith("inset"_L1))
         return isFarAway(StyleMeasure::allPixels(declaration.value));
-    if (!name.startsWith("margin"_L1) && name != "text-indent"_L1)
+    // No length is far below zero without a sign.
+    if (!declaration.value.contains(u'-') ||
+        (!name.startsWith("margin"_L1) && !isSame(name, "text-indent"_L1)))
         return false;
     const QList<double> lengths = StyleMeasure::allPixels(declaration.value);
     return std::ranges::any_of(lengths, [](double length) { return length <= -farAway; });
@@ -107,41 +155,39 @@ bool isMovedAway(const Declaration& declaration)
 /// Whether the declaration hides whatever it applies to, at any size.
 bool hidesAll(const Declaration& declaration)
 {
-    const QString& name = declaration.name;
-    const QString& value = declaration.value;
-    if (name == "display"_L1)
-        return value == "none"_L1;
-    if (name == "visibility"_L1)
-        return value == "hidden"_L1 || value == "collapse"_L1;
-    if (name == "content-visibility"_L1)
-        return value == "hidden"_L1;
-    if (name == "opacity"_L1 || name == "zoom"_L1)
+    const QStringView name = declaration.name;
+    const QStringView value = declaration.value;
+    if (isSame(name, "display"_L1))
+        return isSame(value, "none"_L1);
+    if (isSame(name, "visibility"_L1))
+        return isOneOf(value, "hidden"_L1, "collapse"_L1);
+    if (isSame(name, "content-visibility"_L1))
+        return isSame(value, "hidden"_L1);
+    if (isOneOf(name, "opacity"_L1, "zoom"_L1))
         return isFaint(value);
-    if (name == "filter"_L1) {
+    if (isSame(name, "filter"_L1)) {
         const auto opacity = argumentsOf(value, "opacity("_L1);
         return opacity && isFaint(opacity->trimmed());
     }
-    if (name == "clip"_L1 || name == "clip-path"_L1)
+    if (isOneOf(name, "clip"_L1, "clip-path"_L1))
         return clipsAll(value);
-    if (name == "transform"_L1)
+    if (isSame(name, "transform"_L1))
         return isTransformedAway(value);
-    if (name == "scale"_L1)
-        return isTransformedAway("scale("_L1 + value);
-    if (name == "translate"_L1)
-        return isTransformedAway("translate("_L1 + value);
+    if (isSame(name, "scale"_L1))
+        return isTransformedAway(QString("scale("_L1 + value.toString()));
+    if (isSame(name, "translate"_L1))
+        return isTransformedAway(QString("translate("_L1 + value.toString()));
     return isMovedAway(declaration);
 }
 
-bool isWidth(const QString& name)
+bool isWidth(QStringView name)
 {
-    return name == "width"_L1 || name == "max-width"_L1 || name == "inline-size"_L1 ||
-           name == "max-inline-size"_L1;
+    return isOneOf(name, "width"_L1, "max-width"_L1, "inline-size"_L1, "max-inline-size"_L1);
 }
 
-bool isHeight(const QString& name)
+bool isHeight(QStringView name)
 {
-    return name == "height"_L1 || name == "max-height"_L1 || name == "block-size"_L1 ||
-           name == "max-block-size"_L1;
+    return isOneOf(name, "height"_L1, "max-height"_L1, "block-size"_L1, "max-block-size"_L1);
 }
 
 /// The number that an attribute begins with, whatever follows it; a length as in a style as well.
@@ -159,13 +205,6 @@ std::optional<double> dimension(QStringView attribute)
     return StyleMeasure::pixels(attribute.first(end - attribute.begin()));
 }
 
-/// Whether a declaration is one of those that most styles consist of, and that hide no image.
-bool isOfText(QStringView declaration)
-{
-    constexpr std::array names{"font"_L1, "color"_L1, "padding"_L1, "border"_L1, "background"_L1, "line-"_L1};
-    return std::ranges::any_of(names, [&](QLatin1StringView name) { return declaration.startsWith(name); });
-}
-
 bool isSelectorCharacter(QChar character)
 {
     return character == u'-' || character == u'_' || character.isLetterOrNumber();
@@ -176,28 +215,42 @@ bool isSelectorCharacter(QChar character)
 ImageLook ImageLook::ofStyle(QStringView declarations)
 {
     ImageLook look;
-    for (const QStringView piece : declarations.tokenize(u';')) {
-        const qsizetype colon = piece.indexOf(u':');
-        if (colon < 0 || isOfText(piece.trimmed()))
-            continue;
-        const Declaration declaration = declarationIn(piece, colon);
-        const QString& name = declaration.name;
-        const bool isSize = isWidth(name) || isHeight(name);
-        const bool isUnknown = (isSize || name == "display"_L1 || name == "visibility"_L1 ||
-                                name == "opacity"_L1 || name == "transform"_L1 || name == "clip-path"_L1) &&
-                               declaration.value.contains("var("_L1);
-        look.hides = look.hides || isUnknown || hidesAll(declaration);
-        if (name == "display"_L1 && declaration.value == "contents"_L1)
-            look.isReplacedByContent = true;
-        if (name.startsWith("overflow"_L1) &&
-            (declaration.value.startsWith("hidden"_L1) || declaration.value.startsWith("clip"_L1)))
-            look.cutsOverflow = true;
-        if (const auto length = isSize ? StyleMeasure::pixels(declaration.value) : std::nullopt) {
-            double& extent = isWidth(name) ? look.width : look.height;
-            extent = std::min(extent, *length);
+    for (qsizetype start = 0; start < declarations.size();) {
+        const qsizetype end = UnitScan::firstOf<u';'>(declarations, start);
+        const QStringView piece = declarations.sliced(start, end - start);
+        start = end + 1;
+        const qsizetype colon = UnitScan::firstOf<u':'>(piece);
+        const QStringView name = withoutVendor(trimmed(piece.first(colon)));
+        if (colon < piece.size() && Fragments::startsWithAny<decisive>(name)) {
+            const QStringView value = piece.sliced(colon + 1);
+            look.addDeclaration(name, trimmed(value.first(UnitScan::firstOf<u'!'>(value))));
         }
     }
     return look;
+}
+
+void ImageLook::addDeclaration(QStringView name, QStringView value)
+{
+    const LoweredText loweredName(name);
+    const LoweredText loweredValue(value);
+    const Declaration declaration{loweredName.view(), loweredValue.view()};
+    const bool isOfWidth = isWidth(declaration.name);
+    const bool isSize = isOfWidth || isHeight(declaration.name);
+    const bool isDisplay = isSame(declaration.name, "display"_L1);
+    const bool isUnknown =
+        (isSize || isDisplay ||
+         isOneOf(declaration.name, "visibility"_L1, "opacity"_L1, "transform"_L1, "clip-path"_L1)) &&
+        declaration.value.contains("var("_L1);
+    hides = hides || isUnknown || hidesAll(declaration);
+    if (isDisplay && isSame(declaration.value, "contents"_L1))
+        isReplacedByContent = true;
+    if (declaration.name.startsWith("overflow"_L1) &&
+        (declaration.value.startsWith("hidden"_L1) || declaration.value.startsWith("clip"_L1)))
+        cutsOverflow = true;
+    if (const auto length = isSize ? StyleMeasure::pixels(declaration.value) : std::nullopt) {
+        double& extent = isOfWidth ? width : height;
+        extent = std::min(extent, *length);
+    }
 }
 
 ImageLook ImageLook::ofAttributes(QStringView width, QStringView height)

@@ -40,6 +40,9 @@ struct ImageLook {
     bool isReplacedByContent = false;                        ///< `display:contents`, which no image has
     double width = std::numeric_limits<double>::infinity();  ///< in CSS pixels, the least that is said
     double height = std::numeric_limits<double>::infinity(); ///< likewise
+
+private:
+    void addDeclaration(QStringView name, QStringView value);
 };
 
 /// The simple rules of style sheets, for a tag, a class, or a tag with a class. Those within "@" rules count

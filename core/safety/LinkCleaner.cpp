@@ -6,6 +6,7 @@
 #include "safety/UnitScan.h"
 
 #include <QCoreApplication>
+#include <QVarLengthArray>
 
 #include <algorithm>
 #include <array>
@@ -202,7 +203,8 @@ MailURL clean(const MailURL& url)
     const std::optional<QStringView> query = url.query();
     if (!query)
         return url;
-    QString kept;
+    QVarLengthArray<QChar, 256> kept;
+    const auto keep = [&kept](QStringView text) { kept.append(text.data(), text.size()); };
     bool dropsAny = false;
     bool keepsAny = false;
     for (qsizetype start = 0; start <= query->size();) {
@@ -211,21 +213,21 @@ MailURL clean(const MailURL& url)
         if (isTracking(item)) {
             // What precedes the first is kept as it stands.
             if (!dropsAny && start > 0) {
-                kept = query->first(start - 1).toString();
+                keep(query->first(start - 1));
                 keepsAny = true;
             }
             dropsAny = true;
         } else if (dropsAny) {
             if (keepsAny)
-                kept += u'&';
-            kept += item;
+                kept.append(u'&');
+            keep(item);
             keepsAny = true;
         }
         start = end + 1;
     }
     if (!dropsAny)
         return url;
-    return url.withQuery(keepsAny ? std::optional<QStringView>(kept) : std::nullopt);
+    return url.withQuery(keepsAny ? std::optional(QStringView(kept.data(), kept.size())) : std::nullopt);
 }
 
 QList<Warning> warnings(const LinkRecord& link)

@@ -20,3 +20,5 @@ struct LinkRecord {
 };
 
 } // namespace Larkhaven
+
+Q_DECLARE_TYPEINFO(Larkhaven::LinkRecord, Q_RELOCATABLE_TYPE);

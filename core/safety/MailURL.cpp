@@ -4,6 +4,7 @@
 #include "safety/UTF8.h"
 #include "safety/UnitScan.h"
 
+#include <algorithm>
 #include <array>
 #include <string_view>
 
@@ -176,22 +177,21 @@ std::optional<int> MailURL::port() const
 
 MailURL MailURL::withQuery(std::optional<QStringView> query) const
 {
+    const QStringView start = QStringView(m_text).first(m_path.end);
+    const QStringView end =
+        m_fragment.isThere() ? QStringView(m_text).sliced(m_fragment.start - 1) : QStringView();
     MailURL url = *this;
-    QString& whole = url.m_text;
-    whole = QString();
-    whole.reserve(m_text.size() + (query ? query->size() + 1 : 0));
-    whole += QStringView(m_text).first(m_path.end);
+    url.m_text = QString(start.size() + (query ? query->size() + 1 : 0) + end.size(), Qt::Uninitialized);
+    QChar* output = std::copy(start.begin(), start.end(), url.m_text.data());
     url.m_query = {};
     if (query) {
-        whole += u'?';
-        url.m_query = {whole.size(), whole.size() + query->size()};
-        whole += *query;
+        *output++ = u'?';
+        url.m_query = {start.size() + 1, start.size() + 1 + query->size()};
+        output = std::copy(query->begin(), query->end(), output);
     }
-    if (m_fragment.isThere()) {
-        whole += u'#';
-        url.m_fragment = {whole.size(), whole.size() + view(m_fragment).size()};
-        whole += view(m_fragment);
-    }
+    std::copy(end.begin(), end.end(), output);
+    if (m_fragment.isThere())
+        url.m_fragment = {url.m_text.size() - end.size() + 1, url.m_text.size()};
     return url;
 }
 

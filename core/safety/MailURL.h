@@ -106,3 +106,5 @@ private:
 };
 
 } // namespace Larkhaven
+
+Q_DECLARE_TYPEINFO(Larkhaven::MailURL, Q_RELOCATABLE_TYPE);

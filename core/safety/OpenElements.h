@@ -2,6 +2,7 @@
 
 #include "safety/HTMLVocabulary.h"
 #include "safety/ImageLook.h"
+#include "safety/Repeats.h"
 
 #include <QStringView>
 
@@ -11,9 +12,7 @@
 
 namespace Larkhaven::HTMLSanitizer {
 
-/// What styles say of images (`ImageLook::ofStyle`), remembered for a few: newsletters repeat theirs. A style
-/// has one place, and takes it from the one that had it, so that whoever makes many of them collide gains no
-/// more than that each is read again.
+/// What styles say of images (`ImageLook::ofStyle`), remembered for a few.
 class StyleLooks {
 public:
     /// The style must outlive this.
@@ -21,12 +20,11 @@ public:
 
 private:
     struct Known {
-        QStringView style;
+        QStringView text;
         ImageLook look;
     };
 
-    static constexpr std::size_t places = 64;
-    std::array<Known, places> m_known;
+    Repeats::Table<Known> m_known;
 };
 
 /// An element whose end tag is to come. Its views must outlive it.
@@ -47,6 +45,12 @@ public:
     {}
 
     std::size_t size() const { return m_elements.size(); }
+
+    /// `noTag` where none is open.
+    HTMLVocabulary::Tag innermost() const
+    {
+        return m_elements.empty() ? HTMLVocabulary::noTag : m_elements.back().tag;
+    }
 
     void open(const OpenElement& element);
 

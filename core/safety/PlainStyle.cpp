@@ -4,6 +4,7 @@
 #include "safety/UnitScan.h"
 
 #include <algorithm>
+#include <array>
 
 namespace Larkhaven::HTMLSanitizer {
 namespace {
@@ -28,22 +29,35 @@ bool mayEndIn(QStringView text, QLatin1StringView word)
     return true;
 }
 
+/// The words that are refused before this character.
+template <char16_t follower>
+constexpr auto wordsBefore()
+{
+    constexpr auto isBefore = [](const RefusedStyles::Rule& rule) { return rule.follower == follower; };
+    constexpr std::size_t functions = follower == u'(' ? refusedFunctions.size() : 0;
+    constexpr auto count = static_cast<std::size_t>(std::ranges::count_if(rules, isBefore));
+    std::array<QLatin1StringView, functions + count> words;
+    std::copy_n(refusedFunctions.begin(), functions, words.begin());
+    std::size_t next = functions;
+    for (const RefusedStyles::Rule& rule : rules) {
+        if (isBefore(rule))
+            words[next++] = rule.word;
+    }
+    return words;
+}
+
 /// Whether the text may end in a word that is refused before `follower`: in one, and what white space stands
 /// behind it. More names than the refused ones end in these words, which costs time alone.
 template <char16_t follower>
 bool mayEndInRefusedName(QStringView text)
 {
+    static constexpr auto words = wordsBefore<follower>();
     while (!text.isEmpty() && text.back().unicode() <= u' ')
         text.chop(1);
     // Beyond ASCII there is more white space.
     if (!text.isEmpty() && text.back().unicode() >= 0x80)
         return true;
-    const auto isAtEnd = [text](QLatin1StringView word) { return mayEndIn(text, word); };
-    return std::ranges::any_of(rules,
-                               [&](const RefusedStyles::Rule& rule) {
-                                   return rule.follower == follower && isAtEnd(rule.word);
-                               }) ||
-           (follower == u'(' && std::ranges::any_of(refusedFunctions, isAtEnd));
+    return std::ranges::any_of(words, [text](QLatin1StringView word) { return mayEndIn(text, word); });
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "safety/StyleMeasure.h"
 
 #include "domain/Text.h"
+#include "safety/Fragments.h"
 
 #include <algorithm>
 #include <array>
@@ -35,6 +36,19 @@ bool isLetter(QChar character)
     return unit >= u'a' && unit <= u'z';
 }
 
+/// The number, where the text is one of a few digits alone, as most lengths of styles and images have; absent
+/// for any other text. Exact: it is less than 2^53.
+std::optional<double> fewDigits(QStringView text)
+{
+    constexpr qsizetype most = 15;
+    if (text.isEmpty() || text.size() > most || !std::ranges::all_of(text, isDigit))
+        return std::nullopt;
+    qint64 number = 0;
+    for (const QChar digit : text)
+        number = number * 10 + (digit.unicode() - u'0');
+    return static_cast<double>(number);
+}
+
 /// Reads a value from its front. Each function fails by giving nothing, and then so do all around it.
 class Reader {
 public:
@@ -58,9 +72,12 @@ public:
             return std::nullopt;
         if (const qsizetype exponent = behindExponent(end); exponent > end)
             end = exponent;
-        bool isRead = false;
-        const double value = m_rest.first(end).toDouble(&isRead);
+        const QStringView digits = m_rest.first(end);
         m_rest = m_rest.sliced(end);
+        if (const std::optional<double> few = fewDigits(digits))
+            return few;
+        bool isRead = false;
+        const double value = digits.toDouble(&isRead);
         return isRead ? std::optional(value) : std::nullopt;
     }
 
@@ -76,8 +93,10 @@ public:
         qsizetype end = 0;
         while (end < m_rest.size() && isLetter(m_rest[end]))
             ++end;
-        const QString name = Text::asciiLowered(m_rest.first(end));
-        const auto unit = std::ranges::find_if(units, [&](const Unit& known) { return name == known.name; });
+        const QStringView name = m_rest.first(end);
+        const auto unit = std::ranges::find_if(units, [&](const Unit& known) {
+            return name.size() == known.name.size() && Fragments::startsWith(name, known.name);
+        });
         if (unit == units.end())
             return std::nullopt;
         m_rest = m_rest.sliced(end);
@@ -172,28 +191,15 @@ private:
     double m_percent; ///< the pixels of one
 };
 
-/// The number, where the text is one of a few digits alone, as most widths and heights of images are; absent
-/// for any other text. Exact: it is less than 2^53.
-std::optional<double> fewDigits(QStringView text)
-{
-    constexpr qsizetype most = 15;
-    if (text.isEmpty() || text.size() > most || !std::ranges::all_of(text, isDigit))
-        return std::nullopt;
-    qint64 number = 0;
-    for (const QChar digit : text)
-        number = number * 10 + (digit.unicode() - u'0');
-    return static_cast<double>(number);
-}
-
 } // namespace
 
 std::optional<double> pixels(QStringView value)
 {
-    if (const std::optional<double> number = fewDigits(value))
-        return number;
     constexpr double percentAlone = 1;
     constexpr double percentInFunction = 10;
     value = value.trimmed();
+    if (const std::optional<double> few = fewDigits(value))
+        return few;
     Reader reader(value, value.contains(u'(') ? percentInFunction : percentAlone);
     const std::optional<double> result = reader.sum(0);
     return result && std::isfinite(*result) ? result : std::nullopt;

@@ -1,6 +1,7 @@
 #include "safety/TrackerTest.h"
 
 #include "domain/Text.h"
+#include "safety/Fragments.h"
 #include "safety/HTMLSanitizer.h"
 #include "safety/TrackerTables.h"
 #include "safety/URLParts.h"
@@ -8,98 +9,24 @@
 #include "safety/UnitScan.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdint>
 #include <limits>
 #include <optional>
-#include <ranges>
 
 using namespace Qt::StringLiterals;
 
 namespace Larkhaven::HTMLSanitizer {
 namespace {
 
-char16_t asciiLowered(char16_t unit)
-{
-    return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + 0x20) : unit;
-}
-
-/// Whether the text begins with a fragment, ASCII letters in any case.
-bool startsWith(QStringView text, QLatin1StringView fragment)
-{
-    return text.size() >= fragment.size() &&
-           std::equal(fragment.begin(), fragment.end(), text.begin(), [](char expected, QChar character) {
-               return asciiLowered(character.unicode()) == static_cast<uchar>(expected);
-           });
-}
-
-/// Fragments by what they begin with.
-template <std::size_t size>
-class Beginnings {
-public:
-    constexpr explicit Beginnings(const std::array<QLatin1StringView, size>& fragments)
-    {
-        for (std::size_t first = 0; first < places; ++first) {
-            m_starts[first] = m_count;
-            for (const QLatin1StringView fragment : fragments) {
-                if (place(static_cast<unsigned char>(fragment.data()[0])) != first)
-                    continue;
-                m_seconds[first] |= std::uint64_t{1} << place(static_cast<unsigned char>(fragment.data()[1]));
-                m_fragments[static_cast<std::size_t>(m_count++)] = fragment;
-            }
-        }
-        m_starts[places] = m_count;
-    }
-
-    /// Whether a fragment may begin with these two: true of few other pairs.
-    bool mayBegin(char16_t first, char16_t second) const
-    {
-        return (m_seconds[place(first)] >> place(second) & 1U) != 0;
-    }
-
-    /// Those that begin with the character, and few others.
-    auto with(char16_t first) const
-    {
-        return std::ranges::subrange(m_fragments.begin() + m_starts[place(first)],
-                                     m_fragments.begin() + m_starts[place(first) + 1]);
-    }
-
-private:
-    static constexpr std::size_t places = 64;
-
-    /// The same for both cases of a letter.
-    static constexpr std::size_t place(char16_t unit) { return (unit | 0x20U) % places; }
-
-    std::array<std::uint64_t, places> m_seconds{}; ///< by the first character, a bit for each second one
-    std::array<std::ptrdiff_t, places + 1> m_starts{};
-    std::array<QLatin1StringView, size> m_fragments{};
-    std::ptrdiff_t m_count = 0;
-};
-
-/// Whether the text holds one of the fragments, ASCII letters in any case. One pass over the text: few of its
-/// pairs of characters begin a fragment.
-template <const auto& fragments>
-bool containsAny(QStringView text)
-{
-    static constexpr Beginnings<fragments.size()> beginnings(fragments);
-    const char16_t* const units = text.utf16();
-    for (qsizetype index = 0; index + 1 < text.size(); ++index) {
-        if (!beginnings.mayBegin(units[index], units[index + 1]))
-            continue;
-        const QStringView rest = text.sliced(index);
-        const auto isThere = [rest](QLatin1StringView fragment) { return startsWith(rest, fragment); };
-        if (std::ranges::any_of(beginnings.with(units[index]), isThere))
-            return true;
-    }
-    return false;
-}
+using Fragments::containsAny;
 
 QStringView withoutUnits(QStringView text)
 {
-    constexpr auto unitsAndSpace = "px \t"_L1;
-    while (!text.isEmpty() && unitsAndSpace.contains(text.front()))
+    const auto isUnitOrSpace = [](QChar character) {
+        return character == u'p' || character == u'x' || character == u' ' || character == u'\t';
+    };
+    while (!text.isEmpty() && isUnitOrSpace(text.front()))
         text = text.sliced(1);
-    while (!text.isEmpty() && unitsAndSpace.contains(text.back()))
+    while (!text.isEmpty() && isUnitOrSpace(text.back()))
         text.chop(1);
     return text;
 }

@@ -1,6 +1,7 @@
 #include "safety/URLHost.h"
 
 #include "safety/UTF8.h"
+#include "safety/UnitScan.h"
 
 #include <QList>
 
@@ -62,6 +63,32 @@ std::optional<QString> mappedByUTS46(QStringView name)
 
 } // namespace
 
+namespace {
+
+/// Whether a unit is none that a name may hold.
+struct IsOutsideOfName {
+    static bool of(char16_t unit) { return !isLabelCharacter(unit) && unit != u'.'; }
+#if defined(__SSE2__)
+    static __m128i of(__m128i units)
+    {
+        const __m128i lowered = _mm_or_si128(units, _mm_set1_epi16(0x20));
+        // "-", ".", "/" and the digits follow each other.
+        const __m128i isNoDigit =
+            _mm_or_si128(UnitScan::IsOutside<u'-', u'9'>::of(units), UnitScan::IsAnyOf<u'/'>::of(units));
+        const __m128i isOther = _mm_and_si128(UnitScan::IsOutside<u'a', u'z'>::of(lowered), isNoDigit);
+        return _mm_andnot_si128(UnitScan::IsAnyOf<u'_'>::of(units), isOther);
+    }
+#endif
+};
+
+} // namespace
+
+qsizetype endOfName(QStringView text)
+{
+    const char16_t* const begin = text.utf16();
+    return UnitScan::find(begin, begin + text.size(), IsOutsideOfName{}) - begin;
+}
+
 bool isName(QStringView name)
 {
     // A "." at its end stands for the root.
@@ -69,17 +96,13 @@ bool isName(QStringView name)
         name.chop(1);
     if (name.size() > maximumLength)
         return false;
-    const char16_t* const units = name.utf16();
-    qsizetype labelStart = 0;
-    for (qsizetype index = 0; index <= name.size(); ++index) {
-        if (index < name.size() && isLabelCharacter(units[index]))
-            continue;
-        const qsizetype length = index - labelStart;
-        if ((index < name.size() && units[index] != u'.') || length < 1 || length > maximumLabelLength)
+    for (qsizetype labelStart = 0; labelStart <= name.size();) {
+        const qsizetype dot = UnitScan::firstOf<u'.'>(name, labelStart);
+        if (dot == labelStart || dot - labelStart > maximumLabelLength)
             return false;
-        labelStart = index + 1;
+        labelStart = dot + 1;
     }
-    return true;
+    return endOfName(name) == name.size();
 }
 
 std::optional<QString> asciiName(QStringView name)

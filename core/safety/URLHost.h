@@ -28,6 +28,9 @@ std::optional<QString> asciiName(QStringView name);
 /// as it is.
 bool isName(QStringView name);
 
+/// How many characters of the text may stand in such a name.
+qsizetype endOfName(QStringView text);
+
 /// The address that a host is, as it is usually written: an IPv4 address as four decimal numbers, however
 /// many decimal, octal or hexadecimal numbers the host writes it in (URL Standard, 3.5), an IPv6 address as
 /// RFC 5952 has it, and one that stands for an IPv4 address (RFC 4291, 2.5.5.2) as that. Absent where the

@@ -4,6 +4,7 @@
 
 #include <bit>
 #include <cstdint>
+#include <cstring>
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
@@ -141,6 +142,14 @@ inline qsizetype firstMark(QStringView text, char16_t mark, qsizetype from = 0)
 {
     const char16_t* const begin = text.utf16();
     return find(begin + from, begin + text.size(), IsMark{mark}) - begin;
+}
+
+/// Whether the text begins so. Where the start is a literal, a comparison or two and no call.
+inline bool startsWith(QStringView text, QStringView start)
+{
+    return text.size() >= start.size() &&
+           std::memcmp(text.utf16(), start.utf16(),
+                       static_cast<std::size_t>(start.size()) * sizeof(char16_t)) == 0;
 }
 
 /// Whether all of the text is ASCII that is seen: neither blank nor control.

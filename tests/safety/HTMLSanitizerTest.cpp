@@ -295,6 +295,52 @@ TEST(HTMLSanitizer, AddsTextToALinkThatWasClosedImplicitlyUntilTheNextOne)
     EXPECT_EQ(textsOf(result), QStringList{u"bcd"_s});
 }
 
+TEST(HTMLSanitizer, WritesATagThatIsRepeatedAsItsPlaceWantsIt)
+{
+    const SanitizerOptions indirect = withIndirectLinks();
+    // A title goes within a link, and only there.
+    EXPECT_EQ(sanitized(u"<b title=x>1</b><a href=https://x.example><b title=x>2</b></a><b title=x>3</b>"_s,
+                        indirect),
+              u"<b title=\"x\">1</b><a href=\"larkhaven-link:0\" title=\"https://x.example\"><b>2</b></a>"
+              u"<b title=\"x\">3</b>");
+    EXPECT_EQ(sanitized(u"<a href=https://x.example><b title=x>2</b></a><b title=x>3</b>"_s, indirect),
+              u"<a href=\"larkhaven-link:0\" title=\"https://x.example\"><b>2</b></a><b title=\"x\">3</b>");
+    // Each link has its number, and each of two images what is around it.
+    EXPECT_EQ(sanitized(u"<a href=https://x.example>1</a><a href=https://x.example>2</a>"_s, indirect),
+              u"<a href=\"larkhaven-link:0\" title=\"https://x.example\">1</a>"
+              u"<a href=\"larkhaven-link:1\" title=\"https://x.example\">2</a>");
+    const QString image = u"<img src=https://x.example/a.png>"_s;
+    const QString shown = u"<img src=\"https://x.example/a.png\">"_s;
+    EXPECT_EQ(sanitized(u"<p class=a>"_s + image + u"</p><p hidden>"_s + image + u"</p><p hidden>"_s + image +
+                            u"</p><p class=a>"_s + image,
+                        withRemoteImages()),
+              u"<p class=\"a\">"_s + shown + u"</p><p></p><p></p><p class=\"a\">"_s + shown + u"</p>"_s);
+    // A tag may end behind its first ">", or never.
+    EXPECT_EQ(sanitized(u"<p title='a>b'>1</p><p title='a>b'>2</p><p title='a>c'>3</p><p title='a>b"_s),
+              u"<p title=\"a&gt;b\">1</p><p title=\"a&gt;b\">2</p><p title=\"a&gt;c\">3</p>"
+              u"<p title=\"a&gt;b\"></p>");
+    EXPECT_EQ(sanitized(u"<p class=a>1</p><p class=a"_s), u"<p class=\"a\">1</p><p class=\"a\"></p>");
+    // A tag that was too deep, and is no more.
+    const QString deep = u"<b class=a>"_s.repeated(300) + u"</b>"_s.repeated(300);
+    EXPECT_EQ(sanitized(deep + deep),
+              (u"<b class=\"a\">"_s.repeated(256) + u"</b>"_s.repeated(256)).repeated(2));
+}
+
+TEST(HTMLSanitizer, TellsTheReadingsOfEachOfManyLinks)
+{
+    const QString link =
+        u"<a href=https://x.example>a<span style=display:none>b</span>c<div class=x>d</div></a>"_s;
+    const QString plain = u"<a href=https://x.example> &amp;a<b>b</b>c </a>"_s;
+    const SanitizedHTML result = HTMLSanitizer::sanitize((link + plain).repeated(3), {});
+    ASSERT_EQ(result.links.size(), 6);
+    for (qsizetype index = 0; index < 6; index += 2) {
+        EXPECT_EQ(result.links[index].text, u"abcd");
+        EXPECT_EQ(result.links[index].readings, QStringList({u"abc d"_s, u"ac d"_s}));
+        EXPECT_EQ(result.links[index + 1].text, u"&abc");
+        EXPECT_EQ(result.links[index + 1].readings, QStringList());
+    }
+}
+
 TEST(HTMLSanitizer, DropsAnInlineImageThatIsNotThere)
 {
     EXPECT_EQ(sanitized(u"<img src=cid:a@b>"_s), QString());
