@@ -239,7 +239,7 @@ int main(int argc, char** argv)
             rules.addSheet(text);
             ImageLookRules images;
             images.addSheet(text);
-            return qsizetype{images.of(u"p", u"a").hides ? 1 : 0};
+            return qsizetype{images.of("p"_L1, u"a").hides ? 1 : 0};
         },
         texts);
     families.addText(

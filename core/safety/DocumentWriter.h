@@ -63,11 +63,7 @@ private:
             resize(std::max(2 * m_text.size(), m_text.size() + count));
     }
 
-    void copy(const char16_t* units, qsizetype count)
-    {
-        std::memcpy(m_at, units, static_cast<std::size_t>(count) * sizeof(char16_t));
-        m_at += count;
-    }
+    void copy(const char16_t* units, qsizetype count) { m_at = std::copy_n(units, count, m_at); }
 
     void resize(qsizetype size);
 

@@ -141,12 +141,12 @@ void readValue(QStringView html, qsizetype& position, RawAttribute& attribute)
 
 } // namespace
 
-void RawAttributes::add(const RawAttribute& attribute)
+void RawAttributes::addNext()
 {
-    if (attribute.attribute == HTMLVocabulary::noAttribute || has(attribute.attribute))
+    const HTMLVocabulary::Attribute attribute = next().attribute;
+    if (attribute == HTMLVocabulary::noAttribute || has(attribute))
         return;
-    m_known |= bit(attribute.attribute);
-    m_attributes[static_cast<std::size_t>(m_count)] = attribute;
+    m_known |= bit(attribute);
     ++m_count;
 }
 
@@ -203,12 +203,13 @@ qsizetype readAttributes(QStringView html, qsizetype position, RawAttributes& at
             return position + 1;
         const HTMLVocabulary::Name name = readAttributeName(html, position);
         position = behindAll(space, html, position);
-        RawAttribute attribute{HTMLVocabulary::knownAttribute(name)};
+        RawAttribute& attribute = attributes.next();
+        attribute = {HTMLVocabulary::knownAttribute(name)};
         if (position < html.size() && html[position] == u'=') {
             position = behindAll(space, html, position + 1);
             readValue(html, position, attribute);
         }
-        attributes.add(attribute);
+        attributes.addNext();
     }
 }
 

@@ -23,7 +23,10 @@ struct RawAttribute {
 /// no rule, so that a tag with a million attributes takes no more room than this.
 class RawAttributes {
 public:
-    void add(const RawAttribute& attribute);
+    /// Room for one that is read. It is among them once it is added.
+    RawAttribute& next() { return m_attributes[static_cast<std::size_t>(m_count)]; }
+    /// Adds what stands in that room, if it is the first with a known name.
+    void addNext();
     void clear();
 
     bool has(HTMLVocabulary::Attribute attribute) const { return (m_known & bit(attribute)) != 0; }
@@ -37,7 +40,7 @@ public:
 private:
     static constexpr quint32 bit(HTMLVocabulary::Attribute attribute) { return quint32{1} << attribute; }
 
-    std::array<RawAttribute, HTMLVocabulary::attributeCount> m_attributes;
+    std::array<RawAttribute, HTMLVocabulary::attributeCount + 1> m_attributes;
     std::ptrdiff_t m_count = 0;
     quint32 m_known = 0; ///< a bit for each attribute that is among them
     static_assert(HTMLVocabulary::attributeCount <= 32);

@@ -54,17 +54,20 @@ QString withoutHalves(const QString& text)
         return UnitScan::findFar(from, end, UnitScan::IsSurrogate{});
     };
     QString result;
+    QChar* units = nullptr;
     for (const char16_t* at = next(begin); at < end; at = next(at)) {
         if (QChar::isHighSurrogate(*at) && at + 1 < end && QChar::isLowSurrogate(at[1])) {
             at += 2;
             continue;
         }
-        if (result.isEmpty())
+        if (!units) {
             result = text;
-        result[at - begin] = QChar::ReplacementCharacter;
+            units = result.data();
+        }
+        units[at - begin] = QChar::ReplacementCharacter;
         ++at;
     }
-    return result.isEmpty() ? text : result;
+    return units ? result : text;
 }
 
 /// The schemes that rules know.

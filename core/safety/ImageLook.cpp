@@ -145,7 +145,7 @@ bool isMovedAway(const Declaration& declaration)
     if (isOneOf(name, "left"_L1, "right"_L1, "top"_L1, "bottom"_L1) || name.startsWith("inset"_L1))
         return isFarAway(StyleMeasure::allPixels(declaration.value));
     // No length is far below zero without a sign.
-    if (!declaration.value.contains(u'-') ||
+    if (!UnitScan::holds<u'-'>(declaration.value) ||
         (!name.startsWith("margin"_L1) && !isSame(name, "text-indent"_L1)))
         return false;
     const QList<double> lengths = StyleMeasure::allPixels(declaration.value);
@@ -234,6 +234,11 @@ void ImageLook::addDeclaration(QStringView name, QStringView value)
     const LoweredText loweredName(name);
     const LoweredText loweredValue(value);
     const Declaration declaration{loweredName.view(), loweredValue.view()};
+    if (declaration.name.startsWith("margin"_L1)) {
+        // The most frequent of them.
+        hides = hides || isMovedAway(declaration);
+        return;
+    }
     const bool isOfWidth = isWidth(declaration.name);
     const bool isSize = isOfWidth || isHeight(declaration.name);
     const bool isDisplay = isSame(declaration.name, "display"_L1);

@@ -96,13 +96,15 @@ bool isName(QStringView name)
         name.chop(1);
     if (name.size() > maximumLength)
         return false;
+    if (endOfName(name) != name.size())
+        return false;
     for (qsizetype labelStart = 0; labelStart <= name.size();) {
         const qsizetype dot = UnitScan::firstOf<u'.'>(name, labelStart);
         if (dot == labelStart || dot - labelStart > maximumLabelLength)
             return false;
         labelStart = dot + 1;
     }
-    return endOfName(name) == name.size();
+    return true;
 }
 
 std::optional<QString> asciiName(QStringView name)
