@@ -20,8 +20,8 @@ enum Role : unsigned char {
 
 constexpr auto roles = [] {
     std::array<unsigned char, 0x80> table{};
-    for (const unsigned char character : std::string_view("\t\n\f\r "))
-        table[character] = space;
+    for (const char character : std::string_view("\t\n\f\r "))
+        table[static_cast<unsigned char>(character)] = space;
     table['/'] = slash;
     table['>'] = bracket;
     table['='] = equals;

@@ -395,9 +395,9 @@ void Pass::readValues(const RawAttributes& raw, OutputAttributes& attributes)
     for (const HTMLReader::RawAttribute& attribute : raw) {
         if (!HTMLVocabulary::isAllowed(attribute.attribute))
             continue;
-        OutputAttribute& output = attributes.emplace_back(attribute.attribute);
-        output.isPlain = attribute.isPlain;
-        output.value = attribute.isPlain ? attribute.value : decoded(attribute.value);
+        const QStringView value = attribute.isPlain ? attribute.value : decoded(attribute.value);
+        attributes.push_back({attribute.attribute, value, attribute.isPlain});
+        OutputAttribute& output = attributes.back();
         if (attribute.attribute == Known::style && !isPlainStyle(output.value)) {
             output.value = kept(safeStyle(output.value.toString()));
             output.isPlain = false;
