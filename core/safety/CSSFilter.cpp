@@ -2,10 +2,10 @@
 #include "safety/IndexSet.h"
 #include "safety/RefusedStyles.h"
 #include "safety/UTF8.h"
+#include "safety/UnitScan.h"
 
 #include <algorithm>
 #include <array>
-#include <initializer_list>
 #include <optional>
 #include <vector>
 
@@ -18,7 +18,7 @@ using namespace RefusedStyles;
 
 QString withoutEscapes(const QString& css)
 {
-    if (!css.contains(u'\\'))
+    if (!UnitScan::holds<u'\\'>(css))
         return css;
     constexpr qsizetype mostDigits = 6;
     QString result;
@@ -149,21 +149,25 @@ std::optional<Head> headAt(QStringView text, Pattern pattern, qsizetype mark)
     return std::nullopt;
 }
 
-/// The patterns of which the text holds a head, as bits.
+/// The patterns of which the text holds a head, as bits: one pass over it.
 unsigned headsIn(QStringView text)
 {
-    unsigned found = 0;
-    const auto look = [&found, text](std::initializer_list<Pattern> patterns) {
-        const char16_t mark = markOf(*patterns.begin());
-        for (qsizetype at = text.indexOf(mark); at >= 0; at = text.indexOf(mark, at + 1)) {
-            for (const Pattern pattern : patterns)
-                found |= headAt(text, pattern, at) ? 1U << pattern : 0U;
-        }
+    const auto next = [text](qsizetype from) {
+        return UnitScan::firstOf<u'/', u'@', u'(', u':'>(text, from);
     };
-    look({comment});
-    look({importRule, fontFace});
-    look({url, imageSet, expression});
-    look({behavior, mozBinding, javascript, position});
+    unsigned found = 0;
+    for (qsizetype at = next(0); at < text.size(); at = next(at + 1)) {
+        const char16_t before = at > 0 ? lowered(text[at - 1].unicode()) : u' ';
+        const bool isLetter = before >= u'a' && before <= u'z';
+        for (unsigned pattern = 0; pattern < patternCount; ++pattern) {
+            const auto one = static_cast<Pattern>(pattern);
+            // Nearly all words before a mark end in another letter.
+            const bool mayEnd = one <= fontFace || !isLetter ||
+                                rules[pattern].word.back() == QLatin1Char(static_cast<char>(before));
+            if (markOf(one) == text[at] && mayEnd && headAt(text, one, at))
+                found |= 1U << pattern;
+        }
+    }
     return found;
 }
 
@@ -538,7 +542,8 @@ private:
 QString sanitizeCSS(const QString& css)
 {
     QString text = withoutEscapes(css);
-    text.remove(u'<');
+    if (UnitScan::holds<u'<'>(text))
+        text.remove(u'<');
     // Honest styles need one round that changes something, if any, and a plain string is ten times as fast.
     constexpr int plainRounds = 3;
     for (int round = 0; round < plainRounds; ++round) {

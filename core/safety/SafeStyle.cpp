@@ -1,6 +1,7 @@
 #include "domain/Text.h"
 #include "safety/HTMLSanitizer.h"
 #include "safety/RefusedStyles.h"
+#include "safety/UnitScan.h"
 
 #include <algorithm>
 #include <array>
@@ -71,8 +72,8 @@ bool isRefusedFunction(QStringView text, qsizetype bracket)
 /// Adds the pieces that call a refused function.
 void refuseFunctions(QStringView text, std::vector<Piece>& refused)
 {
-    qsizetype bracket = text.indexOf(u'(');
-    while (bracket >= 0) {
+    qsizetype bracket = UnitScan::firstOf<u'('>(text);
+    while (bracket < text.size()) {
         qsizetype next = bracket + 1;
         if (isRefusedFunction(text, bracket)) {
             qsizetype start = bracket;
@@ -81,14 +82,15 @@ void refuseFunctions(QStringView text, std::vector<Piece>& refused)
             refused.push_back({start, endOfPiece(text, bracket)});
             next = refused.back().end;
         }
-        bracket = text.indexOf(u'(', next);
+        bracket = UnitScan::firstOf<u'('>(text, next);
     }
 }
 
 /// Adds the pieces that begin with "position" and a colon, and name no allowed one.
 void refusePositions(QStringView text, std::vector<Piece>& refused)
 {
-    for (qsizetype colon = text.indexOf(u':'); colon >= 0; colon = text.indexOf(u':', colon + 1)) {
+    const auto next = [text](qsizetype from) { return UnitScan::firstOf<u':'>(text, from); };
+    for (qsizetype colon = next(0); colon < text.size(); colon = next(colon + 1)) {
         qsizetype nameEnd = colon;
         while (nameEnd > 0 && text[nameEnd - 1].isSpace())
             --nameEnd;

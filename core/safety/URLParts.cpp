@@ -154,8 +154,7 @@ bool readWebAddress(QStringView text, URLParts& parts)
 
 std::optional<URLParts> URLParts::read(QStringView text)
 {
-    std::optional<URLParts> web(std::in_place);
-    if (readWebAddress(text, *web))
+    if (std::optional<URLParts> web(std::in_place); readWebAddress(text, *web))
         return web;
     const qsizetype colon = indexOf(text, u':');
     if (colon < 1 || !isASCIILetter(text.front()) ||
