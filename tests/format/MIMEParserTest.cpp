@@ -204,6 +204,20 @@ TEST(MIMEParser, ReadsBothBodiesOfAnAlternative)
     EXPECT_TRUE(message.attachments.isEmpty());
 }
 
+TEST(MIMEParser, FindsBoundariesAndTheEndsOfHeadersAtAnyOffset)
+{
+    for (int size = 0; size < 50; ++size) {
+        const QByteArray filler(size, 'x');
+        const QByteArray fields = "Content-Type: multipart/mixed; boundary=b\r\nX: " + filler + "\r\n\r\n";
+        const QByteArray preamble = filler + "\n-" + filler + "\n--" + filler + "x\n";
+        const QByteArray first = filler + "\r\n-\r\n--\r\n -b";
+        const ParsedMessage message = parse(fields + preamble + "--b\r\n\r\n" + first + "\r\n--b\n\n" +
+                                            filler + "\r\r\n--b--\n" + filler);
+        EXPECT_EQ(message.textBody, QString::fromLatin1(first + "\n\n" + filler + "\r")) << size;
+        EXPECT_EQ(message.headers.value(u"X"), QString::fromLatin1(filler)) << size;
+    }
+}
+
 TEST(MIMEParser, JoinsTwoPlainPartsWithABlankLine)
 {
     const ParsedMessage message = parse(multipart({"\r\none", "\r\ntwo", "\r\nthree"}));

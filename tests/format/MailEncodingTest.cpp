@@ -93,6 +93,19 @@ TEST(DecodeQuotedPrintable, LeavesWhatIsNoEscape)
     EXPECT_EQ(quotedPrintable("=\rx"), "=\rx");
 }
 
+TEST(DecodeQuotedPrintable, ReadsEscapesAtAnyOffset)
+{
+    for (int before = 0; before < 40; ++before) {
+        for (int behind = 0; behind < 40; ++behind) {
+            const QByteArray plain(before, 'a');
+            const QByteArray rest(behind, 'b');
+            EXPECT_EQ(MailEncoding::decodeQuotedPrintable(plain + "=C3=a4" + rest + "=\r\n_=3D=", false),
+                      plain + "\xc3\xa4" + rest + "_==")
+                << before << ' ' << behind;
+        }
+    }
+}
+
 TEST(DecodeQuotedPrintable, DropsSoftLineBreaksAnywhere)
 {
     EXPECT_EQ(quotedPrintable("=\r\n"), "");
