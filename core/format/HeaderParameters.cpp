@@ -114,7 +114,7 @@ public:
         const std::optional<qint64> number =
             star < 0 ? std::nullopt : decimalInteger(written.sliced(star + 1));
         if (!number) {
-            m_plain.append({loweredName(written), read(value, isExtended, ExtendedForm::withCharset)});
+            addPlain(loweredName(written), read(value, isExtended, ExtendedForm::withCharset));
             return;
         }
         const ExtendedForm form = *number == 0 ? ExtendedForm::withCharset : ExtendedForm::withoutCharset;
@@ -145,6 +145,15 @@ public:
     }
 
 private:
+    /// Of two parameters of a name the later one counts: a flood of one name takes one place.
+    void addPlain(const QString& name, const QString& value)
+    {
+        if (!m_plain.isEmpty() && m_plain.last().name == name)
+            m_plain.last().value = value;
+        else
+            m_plain.append({name, value});
+    }
+
     static QString read(QStringView value, bool isExtended, ExtendedForm form)
     {
         const QString text = unquoted(value);
