@@ -25,6 +25,11 @@ Task<> LineReader::receiveMore(qsizetype expected)
         m_buffer = chunk;
         co_return;
     }
+    const qsizetype size = m_buffer.size() + chunk.size();
+    // Memory that nothing is written to costs nothing. Without it a line of megabytes was moved at each of
+    // its doublings, a third of the time of a search of 1,000,000 messages.
+    if (expected == 0 && size > m_buffer.capacity() && size > longLine)
+        expected = lineLimit + chunk.size();
     if (expected > m_buffer.capacity())
         m_buffer.reserve(expected);
     m_buffer.append(chunk);

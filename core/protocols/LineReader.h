@@ -48,6 +48,8 @@ public:
 private:
     /// The longest line, in bytes, that is copied out of the buffer.
     static constexpr qsizetype copiedLine = 64 * 1024;
+    /// A line that is longer, in bytes, gets the memory of the longest at once.
+    static constexpr qsizetype longLine = 1024 * 1024;
 
     /// The unread bytes before the line feed at the position, which is taken with them.
     QByteArray takeUntil(qsizetype lineFeed);

@@ -247,7 +247,8 @@ Task<QByteArray> StreamTransport::receive()
         checkAlive();
         co_await waitForEvent(deadline);
     }
-    QByteArray chunk = m_socket->read(maximumRead);
+    // No more than there is: the chunk would hold the memory of all that was asked for.
+    QByteArray chunk = m_socket->read(std::min<qint64>(maximumRead, m_socket->bytesAvailable()));
     co_return chunk;
 }
 

@@ -14,6 +14,7 @@
 #include <libetpan/libetpan.h>
 #include <memory>
 #include <string>
+#include <sys/ioctl.h>
 #include <sys/prctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -124,8 +125,12 @@ public:
     }
     Task<QByteArray> receive() override
     {
-        constexpr qsizetype chunkSize = 0x40000;
-        QByteArray chunk(chunkSize, Qt::Uninitialized);
+        // As much as there is, as the program's own transport does it.
+        constexpr int fewest = 0x1000;
+        constexpr int most = 0x40000;
+        int available = 0;
+        ::ioctl(m_socket, FIONREAD, &available);
+        QByteArray chunk(std::clamp(available, fewest, most), Qt::Uninitialized);
         const ssize_t size = ::read(m_socket, chunk.data(), static_cast<size_t>(chunk.size()));
         if (size <= 0)
             throw MailError::connectionClosed();
