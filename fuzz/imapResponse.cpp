@@ -98,6 +98,7 @@ void checkResponse(const QByteArray& frame)
 {
     const IMAPResponse response = IMAPResponse::parse(frame);
     require(response == IMAPResponse::parse(frame));
+    require(response == IMAPResponse::parseCopy(frame));
     require(response.values.size() <= frame.size());
     require(response.kind != IMAPResponse::Kind::continuation || response.values.isEmpty());
     for (const IMAPValue& value : response.values) {
@@ -106,6 +107,7 @@ void checkResponse(const QByteArray& frame)
         if (const std::optional<IMAPValues> list = value.list()) {
             const IMAPFetch fetch(*list);
             require(!fetch.body() || !fetch.items.isEmpty());
+            require(fetch.hasBody() == fetch.body().has_value());
         }
     }
     response.statusText();

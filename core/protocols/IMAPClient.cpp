@@ -80,11 +80,13 @@ void addPiece(QList<QByteArray>& pieces, const QByteArray& bytes)
 }
 
 /// Adds what a SEARCH response lists.
-void appendNumbers(const IMAPResponse& response, QList<qint64>& uids)
+void appendNumbers(IMAPResponse response, QList<qint64>& uids)
 {
-    const qsizetype before = uids.size();
-    uids.resize(before + response.numbers.size());
-    std::ranges::copy(response.numbers, uids.begin() + before);
+    // There may be a million of them.
+    if (uids.isEmpty())
+        uids = std::move(response.numbers);
+    else
+        uids.append(response.numbers);
     for (const IMAPValue& value : response.values.sliced(1)) {
         if (const std::optional<qint64> uid = value.integer())
             uids.append(*uid);
@@ -414,10 +416,9 @@ std::optional<IMAPResponse> IMAPClient::bufferedResponse()
     if (!line || line->size() > workerThreshold || IMAPResponse::literalLength(*line))
         return std::nullopt;
     TransportCloser guard(m_reader.transport());
-    const QByteArray bytes = line->toByteArray();
+    m_answer.size += line->size() + 2;
+    IMAPResponse response = IMAPResponse::parseCopy(*line);
     m_reader.skipBufferedLine();
-    m_answer.size += bytes.size() + 2;
-    IMAPResponse response = IMAPResponse::parse(bytes);
     count(response);
     guard.dismiss();
     return response;

@@ -43,6 +43,8 @@ struct IMAPFetch {
     /// The bytes of the first item whose name begins with "BODY[", copied from the response; absent if there
     /// is none.
     std::optional<QByteArray> body() const { return m_body.data(); }
+    /// Whether there is such an item with bytes, which isn't copied for it.
+    bool hasBody() const { return !m_body.isNil() && !m_body.isList(); }
 
 private:
     IMAPValue m_body = IMAPValue::nil();

@@ -39,12 +39,14 @@ struct IMAPResponse {
     /// has none.
     IMAPValues values;
     /// What the word SEARCH is followed by where that is nothing but numbers of 32 bits. They aren't among
-    /// the values, each of which takes three times the memory: a mailbox has a million of them.
-    QList<quint32> numbers;
+    /// the values, which hold the bytes of the response as well: a mailbox has a million of them.
+    QList<qint64> numbers;
 
     /// Reads the bytes of a whole response, literals included. Fails with `MailError::protocolError` "Server
     /// response too large." past `valueLimit` or `totalValueLimit`.
     static IMAPResponse parse(const QByteArray& data);
+    /// As `parse`, of bytes that the values copy.
+    static IMAPResponse parseCopy(QByteArrayView data);
 
     /// The length of the literal that a line announces with its last bytes, "{123}" or "{123+}"; absent if it
     /// doesn't.
@@ -69,14 +71,16 @@ class IMAPValueReader {
 public:
     /// The values share the bytes, which are less than 4 GiB.
     explicit IMAPValueReader(QByteArray data)
-        : m_data(std::move(data))
-        , m_view(m_data)
-    {
-        // As many as an envelope has: most responses take one allocation then.
-        m_settled.reserve(static_cast<size_t>(std::min<qsizetype>(m_view.size() / 8, 64)));
-    }
+        : m_shared(std::move(data))
+        , m_view(m_shared)
+    {}
+    /// The values copy the bytes, which are less than 4 GiB and outlive the reader.
+    static IMAPValueReader copying(QByteArrayView data) { return {data, true}; }
+    IMAPValueReader(const IMAPValueReader&) = delete;
+    IMAPValueReader& operator=(const IMAPValueReader&) = delete;
 
     qsizetype position() const { return m_position; }
+    QByteArrayView rest() const { return m_view.sliced(m_position); }
     void setPosition(qsizetype position) { m_position = position; }
     bool atEnd() const { return m_position >= m_view.size(); }
 
@@ -101,6 +105,12 @@ public:
 
 private:
     using Node = IMAPTree::Node;
+    using Nodes = QVarLengthArray<Node, 64>; ///< as many as an envelope has
+
+    IMAPValueReader(QByteArrayView data, bool copies)
+        : m_view(data)
+        , m_copies(copies)
+    {}
 
     bool readValueOfItsKind(int depth);
     bool readQuoted();
@@ -112,13 +122,14 @@ private:
     /// Moves the open nodes from the given one on to where they stay, and returns the first one's place.
     quint32 settle(qsizetype from);
 
-    QByteArray m_data;
+    QByteArray m_shared; ///< empty where the values copy their bytes
     QByteArrayView m_view;
+    bool m_copies = false;
     qsizetype m_position = 0;
     qsizetype m_valueCount = 0;
-    const char* m_failure = nullptr;  ///< untranslated
-    QVarLengthArray<Node, 64> m_open; ///< those of lists that haven't ended, and of the top level
-    std::vector<Node> m_settled;
+    const char* m_failure = nullptr; ///< untranslated
+    Nodes m_open;                    ///< those of lists that haven't ended, and of the top level
+    Nodes m_settled;
 };
 
 } // namespace Larkhaven

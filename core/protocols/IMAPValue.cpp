@@ -4,23 +4,13 @@
 
 #include <algorithm>
 #include <charconv>
+#include <vector>
 
 namespace Larkhaven {
 
 namespace {
 
 using Node = IMAPTree::Node;
-
-/// Values that no response holds: they have a tree of their own.
-std::shared_ptr<const IMAPTree> treeOf(QByteArray bytes)
-{
-    return std::make_shared<const IMAPTree>(IMAPTree{std::move(bytes), {}});
-}
-
-Node wholeOf(const IMAPTree& tree, Node::Kind kind)
-{
-    return {0, static_cast<quint32>(tree.bytes.size()), kind};
-}
 
 QByteArray withoutBackslashes(QByteArrayView written)
 {
@@ -48,42 +38,61 @@ bool isSame(QByteArrayView bytes, QLatin1StringView keyword)
 
 } // namespace
 
+/// Values that no response holds: they have a tree of their own.
+struct IMAPValue::Draft {
+    QByteArray bytes;
+    std::vector<Node> nodes;
+
+    Node append(QByteArrayView written, Node::Kind kind)
+    {
+        const auto start = static_cast<quint32>(bytes.size());
+        bytes += written;
+        return {start, static_cast<quint32>(written.size()), kind};
+    }
+    Node append(const IMAPValues& values)
+    {
+        std::vector<Node> copied;
+        for (const IMAPValue& value : values)
+            copied.push_back(value.copyTo(*this));
+        return append(copied);
+    }
+    Node append(const std::vector<Node>& list)
+    {
+        const auto first = static_cast<quint32>(nodes.size());
+        nodes.insert(nodes.end(), list.begin(), list.end());
+        return {first, static_cast<quint32>(list.size()), Node::Kind::list};
+    }
+    IMAPValue value(Node node) const { return {IMAPTree::copying(bytes, nodes), node}; }
+};
+
 IMAPValue IMAPValue::atom(const QString& text)
 {
-    const std::shared_ptr<const IMAPTree> tree = treeOf(text.toUtf8());
-    return {tree, wholeOf(*tree, Node::Kind::atom)};
+    Draft draft;
+    const Node node = draft.append(text.toUtf8(), Node::Kind::atom);
+    return draft.value(node);
 }
 
 IMAPValue IMAPValue::string(const QByteArray& bytes)
 {
-    const std::shared_ptr<const IMAPTree> tree = treeOf(bytes);
-    return {tree, wholeOf(*tree, Node::Kind::string)};
+    Draft draft;
+    const Node node = draft.append(bytes, Node::Kind::string);
+    return draft.value(node);
 }
 
 IMAPValue IMAPValue::list(const QList<IMAPValue>& values)
 {
-    const auto tree = std::make_shared<IMAPTree>();
-    std::vector<Node> nodes;
+    Draft draft;
+    std::vector<Node> copied;
     for (const IMAPValue& value : values)
-        nodes.push_back(value.copyTo(*tree));
-    const auto first = static_cast<quint32>(tree->nodes.size());
-    tree->nodes.insert(tree->nodes.end(), nodes.begin(), nodes.end());
-    return {tree, {first, static_cast<quint32>(nodes.size()), Node::Kind::list}};
+        copied.push_back(value.copyTo(draft));
+    const Node node = draft.append(copied);
+    return draft.value(node);
 }
 
-Node IMAPValue::copyTo(IMAPTree& tree) const
+Node IMAPValue::copyTo(Draft& draft) const
 {
-    if (const std::optional<IMAPValues> values = list()) {
-        std::vector<Node> nodes;
-        for (const IMAPValue& value : *values)
-            nodes.push_back(value.copyTo(tree));
-        const auto first = static_cast<quint32>(tree.nodes.size());
-        tree.nodes.insert(tree.nodes.end(), nodes.begin(), nodes.end());
-        return {first, m_node.count, m_node.kind};
-    }
-    const auto start = static_cast<quint32>(tree.bytes.size());
-    tree.bytes += written();
-    return {start, m_node.count, m_node.kind};
+    const std::optional<IMAPValues> values = list();
+    return values ? draft.append(*values) : draft.append(written(), m_node.kind);
 }
 
 std::optional<IMAPValues> IMAPValue::list() const
@@ -93,8 +102,7 @@ std::optional<IMAPValues> IMAPValue::list() const
 
 QByteArrayView IMAPValue::written() const
 {
-    return isNil() || isList() ? QByteArrayView()
-                               : QByteArrayView(m_tree->bytes).sliced(m_node.start, m_node.count);
+    return isNil() || isList() ? QByteArrayView() : m_tree->bytes().sliced(m_node.start, m_node.count);
 }
 
 std::optional<QString> IMAPValue::text() const

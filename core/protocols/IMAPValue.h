@@ -1,38 +1,18 @@
 #pragma once
 
+#include "protocols/IMAPTree.h"
+
 #include <QByteArray>
 #include <QByteArrayView>
 #include <QList>
 #include <QString>
 
 #include <iterator>
-#include <memory>
 #include <optional>
-#include <vector>
 
 namespace Larkhaven {
 
 class IMAPValues;
-
-/// The values of one response: its bytes, and where in them each value lies. Twelve bytes a value and one
-/// allocation for all of them, since a listing has a dozen values for each message.
-struct IMAPTree {
-    struct Node {
-        enum class Kind : quint8 {
-            nil,
-            atom,
-            string,
-            escapedString, ///< a quoted string with backslashes in it
-            list,
-        };
-        quint32 start = 0; ///< the first byte; of a list the first of its nodes, which lie side by side
-        quint32 count = 0; ///< of bytes, of a list of nodes
-        Kind kind = Kind::nil;
-    };
-
-    QByteArray bytes;
-    std::vector<Node> nodes;
-};
 
 /// One value of an IMAP response (RFC 3501, 4). Compared by value; shares the bytes of its response.
 class IMAPValue {
@@ -43,7 +23,7 @@ public:
     /// A quoted string or a literal, as raw bytes.
     static IMAPValue string(const QByteArray& bytes);
     static IMAPValue list(const QList<IMAPValue>& values);
-    static IMAPValue nil() { return {nullptr, {}}; }
+    static IMAPValue nil() { return {{}, {}}; }
 
     bool isNil() const { return m_node.kind == IMAPTree::Node::Kind::nil; }
     bool isList() const { return m_node.kind == IMAPTree::Node::Kind::list; }
@@ -66,17 +46,18 @@ public:
 
 private:
     friend class IMAPValues;
-    IMAPValue(std::shared_ptr<const IMAPTree> tree, IMAPTree::Node node)
+    IMAPValue(IMAPTree::Pointer tree, IMAPTree::Node node)
         : m_tree(std::move(tree))
         , m_node(node)
     {}
 
     /// The bytes as the server wrote them, backslashes and all; empty for a list and NIL.
     QByteArrayView written() const;
+    struct Draft;
     /// Writes this value into a tree that is being made.
-    IMAPTree::Node copyTo(IMAPTree& tree) const;
+    IMAPTree::Node copyTo(Draft& draft) const;
 
-    std::shared_ptr<const IMAPTree> m_tree;
+    IMAPTree::Pointer m_tree;
     IMAPTree::Node m_node;
 };
 
@@ -85,7 +66,7 @@ class IMAPValues {
 public:
     IMAPValues() = default;
     /// `count` nodes of the tree.
-    IMAPValues(std::shared_ptr<const IMAPTree> tree, quint32 first, quint32 count)
+    IMAPValues(IMAPTree::Pointer tree, quint32 first, quint32 count)
         : m_tree(std::move(tree))
         , m_first(first)
         , m_count(count)
@@ -96,7 +77,7 @@ public:
     IMAPValue at(qsizetype index) const
     {
         Q_ASSERT(index >= 0 && index < size());
-        return {m_tree, m_tree->nodes[m_first + static_cast<size_t>(index)]};
+        return {m_tree, m_tree->nodes()[m_first + static_cast<size_t>(index)]};
     }
     IMAPValue operator[](qsizetype index) const { return at(index); }
     IMAPValue first() const { return at(0); }
@@ -111,7 +92,7 @@ public:
     QList<IMAPValue> toList() const { return {begin(), end()}; }
     /// How many values the whole response holds at all levels, those of lists that couldn't be read among
     /// them: what its memory grows with.
-    qsizetype treeSize() const { return m_tree ? static_cast<qsizetype>(m_tree->nodes.size()) : 0; }
+    qsizetype treeSize() const { return m_tree ? static_cast<qsizetype>(m_tree->nodes().size()) : 0; }
 
     class Iterator {
     public:
@@ -123,11 +104,11 @@ public:
         using reference = IMAPValue;
 
         Iterator() = default;
-        Iterator(std::shared_ptr<const IMAPTree> tree, quint32 node)
+        Iterator(IMAPTree::Pointer tree, quint32 node)
             : m_tree(std::move(tree))
             , m_node(node)
         {}
-        IMAPValue operator*() const { return {m_tree, m_tree->nodes[m_node]}; }
+        IMAPValue operator*() const { return {m_tree, m_tree->nodes()[m_node]}; }
         Iterator& operator++()
         {
             ++m_node;
@@ -142,7 +123,7 @@ public:
         bool operator==(const Iterator&) const = default;
 
     private:
-        std::shared_ptr<const IMAPTree> m_tree;
+        IMAPTree::Pointer m_tree;
         quint32 m_node = 0;
     };
     Iterator begin() const { return {m_tree, m_first}; }
@@ -151,7 +132,7 @@ public:
     friend bool operator==(const IMAPValues& one, const IMAPValues& other);
 
 private:
-    std::shared_ptr<const IMAPTree> m_tree;
+    IMAPTree::Pointer m_tree;
     quint32 m_first = 0;
     quint32 m_count = 0;
 };

@@ -94,7 +94,7 @@ QHash<qint64, PackedRow> rowsOf(const QList<IMAPFetch>& fetches, const QList<qin
         if (!fetch.uid || !asked.contains(*fetch.uid))
             continue;
         // Servers tell changed flags unasked: such a fetch must not blank a summary that is complete.
-        if (fetch.body() || !rows.contains(*fetch.uid))
+        if (fetch.hasBody() || !rows.contains(*fetch.uid))
             rows.insert(*fetch.uid, PackedRow::of(summaryOf(fetch, *fetch.uid, context)));
     }
     return rows;

@@ -29,6 +29,7 @@ TEST(IMAPFetch, SortsOutTheItemsThatItKnows)
     for (const QLatin1StringView name : {"UID"_L1, "FLAGS"_L1, "INTERNALDATE"_L1, "RFC822"_L1, ""_L1})
         EXPECT_FALSE(fetch.items.contains(name)) << name.data();
     EXPECT_EQ(fetch.body(), std::nullopt);
+    EXPECT_FALSE(fetch.hasBody());
 }
 
 TEST(IMAPFetch, KnowsItemsInAnyCase)
@@ -37,6 +38,7 @@ TEST(IMAPFetch, KnowsItemsInAnyCase)
     EXPECT_EQ(fetch.uid, 5);
     EXPECT_EQ(fetch.flags, QList<QString>(1, u"\\seen"_s));
     EXPECT_EQ(fetch.body(), "hi");
+    EXPECT_TRUE(fetch.hasBody());
 }
 
 TEST(IMAPFetch, IsEmptyForFewerThanTwoValues)
@@ -85,6 +87,8 @@ TEST(IMAPFetch, TakesTheBodyThatTheServerSentFirst)
 TEST(IMAPFetch, HasNoBodyWhereTheFirstOneIsNothing)
 {
     EXPECT_EQ(fetched("BODY[1] NIL BODY[2] x").body(), std::nullopt);
+    EXPECT_FALSE(fetched("BODY[1] NIL BODY[2] x").hasBody());
+    EXPECT_FALSE(fetched("BODY[1] (x) BODY[2] x").hasBody());
     EXPECT_EQ(fetched("BODY (x) BODYSTRUCTURE (y)").body(), std::nullopt);
 }
 

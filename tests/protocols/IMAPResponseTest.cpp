@@ -4,6 +4,7 @@
 #include "support/QtPrinters.h"
 
 #include <gtest/gtest.h>
+#include <random>
 
 using namespace Qt::StringLiterals;
 
@@ -226,6 +227,18 @@ TEST(IMAPResponse, RepairsAtomsThatAreNoUTF8)
     EXPECT_EQ(valuesOf("* Gr\xC3\xBC\xC3\x9F \xff"), Values({atom(u"Grüß"_s), atom(u"\uFFFD"_s)}));
 }
 
+TEST(IMAPResponse, CopiesTheBytesOfABufferThatIsWrittenAnew)
+{
+    for (const QByteArray data : {"* 1 FETCH (UID 7 ENVELOPE (\"a \\\" b\" NIL ((x y))))", "* SEARCH 1 2",
+                                  "* SEARCH", "A1 OK done", "+ more", "*", ""}) {
+        QByteArray buffer = data;
+        buffer.detach();
+        const IMAPResponse copy = IMAPResponse::parseCopy(buffer);
+        buffer.fill('#');
+        EXPECT_EQ(copy, IMAPResponse::parse(data)) << data.toStdString();
+    }
+}
+
 TEST(IMAPValueReader, TellsWhyAValueCannotBeRead)
 {
     EXPECT_EQ(failureOf("a", 64), u"Server response nested too deeply.");
@@ -342,7 +355,7 @@ TEST(IMAPResponse, ReadsTheNumbersOfASearchWithoutMakingValuesOfThem)
          {"* SEARCH 2 84 4294967295\r\n", "* search  2 84 \r\n 4294967295", "* \"Search\" 2 84 4294967295"}) {
         const IMAPResponse response = IMAPResponse::parse(data);
         EXPECT_EQ(response.values.size(), 1) << data.toStdString();
-        EXPECT_EQ(response.numbers, QList<quint32>({2, 84, 4'294'967'295}));
+        EXPECT_EQ(response.numbers, QList<qint64>({2, 84, 4'294'967'295}));
     }
     EXPECT_TRUE(IMAPResponse::parse("* SEARCH\r\n").numbers.isEmpty());
 }
@@ -367,6 +380,29 @@ TEST(IMAPResponse, ReadsNumbersOfAnyLengthBesideAnyByte)
                 EXPECT_TRUE(IMAPResponse::parse(data).numbers.isEmpty()) << data.toStdString();
             }
         }
+    }
+}
+
+TEST(IMAPResponse, ReadsRunsOfNumbersThatAreEquallyLongAndOthers)
+{
+    std::mt19937 random(1);
+    for (int round = 0; round < 2'000; ++round) {
+        QByteArray data = "* SEARCH";
+        QList<qint64> expected;
+        const int most = static_cast<int>(random() % 12);
+        int digits = 1;
+        for (int number = 0; number < most; ++number) {
+            if (random() % 3 == 0)
+                digits = 1 + static_cast<int>(random() % 10);
+            quint64 value = 1 + random() % 4;
+            for (int digit = 1; digit < digits; ++digit)
+                value = value * 10 + random() % (digits == 10 ? 2 : 10);
+            expected.append(static_cast<qint64>(value));
+            data += random() % 8 == 0 ? "\r\n " : " ";
+            data += QByteArray::number(value);
+        }
+        EXPECT_EQ(IMAPResponse::parse(data).numbers, expected) << data.toStdString();
+        EXPECT_EQ(IMAPResponse::parse(data + "x").numbers, QList<qint64>()) << data.toStdString();
     }
 }
 
