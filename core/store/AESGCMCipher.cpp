@@ -6,6 +6,7 @@
 #include <QCoreApplication>
 
 #include <algorithm>
+#include <array>
 #include <memory>
 #include <openssl/evp.h>
 #include <optional>
@@ -105,7 +106,8 @@ QByteArray AESGCMCipher::open(const QByteArray& box) const
     const Context context(EVP_CIPHER_CTX_new());
     QByteArray plaintext(box.size() - nonceSize - tagSize, Qt::Uninitialized);
     const char* const ciphertext = box.data() + nonceSize;
-    QByteArray tag = box.last(tagSize);
+    std::array<char, tagSize> tag{};
+    std::copy_n(box.end() - tagSize, tagSize, tag.begin());
     int written = 0;
     // What was decrypted leaves this function only once the tag has proved it.
     const bool done =
