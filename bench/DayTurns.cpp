@@ -212,16 +212,18 @@ private:
 
     Task<bool> send()
     {
+        // Its file is read before, by a worker where a user attaches one.
+        const QByteArray file(attachmentSize, 'x');
+        Wakeup wakeup;
+        co_await wakeup.wait(100ms);
         ComposeDraft draft;
         draft.id = QUuid::createUuid();
         draft.accountID = m_model.accounts().first().id;
         draft.to = u"mara@larkhaven.example"_s;
         draft.subject = u"Something heavy"_s;
         draft.body = u"It is attached."_s;
-        draft.attachments = {{QUuid::createUuid(), u"heavy.bin"_s, u"application/octet-stream"_s,
-                              QByteArray(attachmentSize, 'x')}};
+        draft.attachments = {{QUuid::createUuid(), u"heavy.bin"_s, u"application/octet-stream"_s, file}};
         m_model.openCompose(draft);
-        Wakeup wakeup;
         co_await wakeup.wait(3s); // what is typed is kept meanwhile
         bool isSent = true;
         try {

@@ -4,6 +4,7 @@
 
 #include <QCoreApplication>
 
+#include <algorithm>
 #include <utility>
 
 namespace Larkhaven {
@@ -25,13 +26,13 @@ Task<> LineReader::receiveMore(qsizetype expected)
         m_buffer = chunk;
         co_return;
     }
-    const qsizetype size = m_buffer.size() + chunk.size();
     // Memory that nothing is written to costs nothing. Without it a line of megabytes was moved at each of
-    // its doublings, a third of the time of a search of 1,000,000 messages.
-    if (expected == 0 && size > m_buffer.capacity() && size > longLine)
-        expected = lineLimit + chunk.size();
-    if (expected > m_buffer.capacity())
-        m_buffer.reserve(expected);
+    // its doublings, a third of the time of a search of 1,000,000 messages, and a block by what its last
+    // chunk holds of what follows.
+    const qsizetype size = m_buffer.size() + chunk.size();
+    const qsizetype least = expected > 0 ? expected : size > longLine ? lineLimit : 0;
+    if (least > 0 && std::max(size, least) > m_buffer.capacity())
+        m_buffer.reserve(least + chunkRoom);
     m_buffer.append(chunk);
 }
 

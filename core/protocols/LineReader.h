@@ -53,6 +53,9 @@ private:
 
     /// The unread bytes before the line feed at the position, which is taken with them.
     QByteArray takeUntil(qsizetype lineFeed);
+    /// What the last chunk may hold besides, in bytes.
+    static constexpr qsizetype chunkRoom = 0x40000;
+
     /// Adds a chunk to the buffer. `expected` is how many unread bytes the buffer will hold in the end, as
     /// far as known.
     Task<> receiveMore(qsizetype expected);

@@ -31,10 +31,10 @@ AccountsSettingsView::AccountsSettingsView(AppModel& model, QWidget* parent)
     , m_list(new QListView)
     , m_add(new FlatButton(Symbol::plus, tr("Add Account")))
     , m_remove(new FlatButton(Symbol::minus, tr("Remove Account")))
-    , m_detail(new QStackedWidget)
+    , m_detail(new QStackedWidget(this))
     , m_hint(new QLabel)
-    , m_formArea(new QScrollArea)
-    , m_form(new AccountForm(model))
+    , m_formArea(new QScrollArea(m_detail))
+    , m_form(new AccountForm(model, m_formArea->viewport()))
 {
     setObjectName("accountsSettings"_L1);
     m_hint->setObjectName("accountsHint"_L1);

@@ -37,7 +37,8 @@ protected:
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
-    void addPane(QWidget* pane, Symbol symbol, const QString& title);
+    template <typename View>
+    void addPane(AppModel& model, Symbol symbol, const QString& title);
     void followFocus(QWidget* focused);
     void measure();
     void fitToScreen();
