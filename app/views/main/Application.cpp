@@ -1,5 +1,6 @@
 #include "views/main/Application.h"
 
+#include "app/platform/LoaderPages.h"
 #include "app/platform/PrivateBrowser.h"
 #include "app/platform/ProcessPrivacy.h"
 #include "app/signin/Redirects.h"
@@ -108,6 +109,7 @@ Application::Application(int& argc, char** argv)
     followAppearance();
     m_window = std::make_unique<ContentView>(*m_model);
     spawn(PrivateBrowser::removeLeftovers(PrivateBrowser::systemSetting()), dropFailure);
+    LoaderPages::release();
 }
 
 QStringList Application::arguments() const
