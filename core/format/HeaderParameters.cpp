@@ -3,9 +3,9 @@
 #include "domain/Text.h"
 #include "format/MailEncoding.h"
 #include "format/QuotedString.h"
+#include "format/UsualTexts.h"
 
 #include <algorithm>
-#include <array>
 #include <optional>
 #include <tuple>
 #include <utility>
@@ -70,22 +70,25 @@ std::optional<qint64> decimalInteger(QStringView text)
     return fits ? std::optional(number) : std::nullopt;
 }
 
-/// The names that nearly all fields have, which cost no memory of their own.
-QString loweredName(QStringView name)
+/// The text in small letters, in which the usual ones are.
+QString lowered(QStringView text, const UsualTexts& usual)
 {
-    static const std::array usual{u"charset"_s, u"boundary"_s, u"name"_s, u"filename"_s, u"format"_s};
-    const auto known = std::ranges::find(usual, name);
-    return known == usual.end() ? Text::asciiLowered(name) : *known;
+    const QString known = usual.find(text);
+    return known.isNull() ? Text::asciiLowered(text) : known;
 }
 
-/// The value in small letters, likewise.
+QString loweredName(QStringView name)
+{
+    static const UsualTexts usual{u"charset"_s, u"boundary"_s, u"name"_s, u"filename"_s, u"format"_s};
+    return lowered(name, usual);
+}
+
 QString loweredType(QStringView value)
 {
-    static const std::array usual{u"text/plain"_s, u"text/html"_s,       u"multipart/alternative"_s,
+    static const UsualTexts usual{u"text/plain"_s, u"text/html"_s,       u"multipart/alternative"_s,
                                   u"attachment"_s, u"multipart/mixed"_s, u"multipart/related"_s,
                                   u"inline"_s};
-    const auto known = std::ranges::find(usual, value);
-    return known == usual.end() ? Text::asciiLowered(value) : *known;
+    return lowered(value, usual);
 }
 
 /// A piece of a parameter that is written in sections.
