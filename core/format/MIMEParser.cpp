@@ -155,9 +155,9 @@ private:
     }
 
     MIMEHeaders m_headers;
+    // Of the field that is read; without a piece there is none.
     QStringView m_name;
-    QVarLengthArray<QStringView, 16>
-        m_pieces; ///< of the value of the field that is read: none before the first
+    QVarLengthArray<QStringView, 16> m_pieces;
 };
 
 MIMEHeaders parseFields(QByteArrayView block)
