@@ -32,7 +32,7 @@ constexpr double fastest = 0.25e-9;
 constexpr double clearGrowth = 2.15;
 constexpr double mostSeconds = 1;
 /// Where a family is ended.
-constexpr int secondsOfFamily = 12;
+constexpr int secondsOfFamily = 30;
 /// What is told from the clock's own noise.
 constexpr double shortestRun = 0.001;
 
