@@ -30,7 +30,7 @@ constexpr double fastest = 0.25e-9;
 /// Growth that is so far below the bound isn't measured a third time; where noise may be what is beyond it,
 /// the row gets so many seconds of processor time.
 constexpr double clearGrowth = 2.15;
-constexpr double mostSeconds = 1;
+constexpr double mostSeconds = 4;
 /// Where a family is ended.
 constexpr int secondsOfFamily = 30;
 /// What is told from the clock's own noise.
