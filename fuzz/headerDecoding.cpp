@@ -1,5 +1,6 @@
 #include "domain/Text.h"
 #include "format/MailEncoding.h"
+#include "format/QuotedPrintable.h"
 
 #include <QByteArrayView>
 
@@ -32,6 +33,8 @@ void checkBytes(QByteArrayView bytes)
     require(MailEncoding::decodeQuotedPrintable(bytes, true).size() <= bytes.size());
     require(MailEncoding::decodeQuotedPrintable(bytes, false).size() ==
             MailEncoding::decodeQuotedPrintable(bytes, true).size());
+    require(QuotedPrintable::decodeUTF8(bytes) ==
+            Text::fromStrictUTF8(MailEncoding::decodeQuotedPrintable(bytes, false)));
     const QByteArray lines = MailEncoding::encodeBase64Lines(bytes);
     require(MailEncoding::decodeBase64(lines) == bytes);
     require(MailEncoding::base64URLDecode(MailEncoding::base64URLEncode(bytes)) == bytes.toByteArray());

@@ -1,6 +1,7 @@
 #include "Hostile.h"
 #include "format/MIMEParser.h"
 #include "format/MailEncoding.h"
+#include "format/QuotedPrintable.h"
 
 // Whole messages, their transfer encodings and their charsets.
 
@@ -169,6 +170,13 @@ void addTransferEncodings(Families& families)
         [](const QByteArray& text) { return MailEncoding::decodeQuotedPrintable(text, false).size(); },
         {many("="_ba), many("=3"_ba), many("=3D"_ba), many("=\r\n"_ba), many("=\r"_ba), many(" "_ba),
          many(" \r\n"_ba), many("= \t"_ba), many("=\n="_ba), many("_"_ba)});
+    families.add(u"QuotedPrintable::decodeUTF8"_s,
+                 [](const QByteArray& text) {
+                     const std::optional<QString> decoded = QuotedPrintable::decodeUTF8(text);
+                     return decoded ? decoded->size() : 0;
+                 },
+                 {many("="_ba), many("=3"_ba), many("=\r\n"_ba), many("=C3=\n=A4"_ba), many("\xc3=A4"_ba),
+                  many("=F0=9F=98=80"_ba), many("=E2=82"_ba)});
     families.add(u"MailEncoding::encodeBase64Lines"_s,
                  [](const QByteArray& text) { return MailEncoding::encodeBase64Lines(text).size(); },
                  {many("a"_ba)});

@@ -5,6 +5,10 @@
 #include "format/MailDate.h"
 #include "format/MailEncoding.h"
 
+#include <string_view>
+
+using namespace std::string_view_literals;
+
 namespace Larkhaven {
 
 namespace {
@@ -49,44 +53,44 @@ std::optional<QString> MIMEHeaders::decoded(QStringView name) const
 
 QString MIMEHeaders::subject() const
 {
-    return decoded(u"Subject").value_or(QString());
+    return decoded(u"Subject"sv).value_or(QString());
 }
 
 QList<EmailAddress> MIMEHeaders::from() const
 {
-    return addresses(*this, u"From");
+    return addresses(*this, u"From"sv);
 }
 
 QList<EmailAddress> MIMEHeaders::to() const
 {
-    return addresses(*this, u"To");
+    return addresses(*this, u"To"sv);
 }
 
 QList<EmailAddress> MIMEHeaders::cc() const
 {
-    return addresses(*this, u"Cc");
+    return addresses(*this, u"Cc"sv);
 }
 
 QList<EmailAddress> MIMEHeaders::replyTo() const
 {
-    return addresses(*this, u"Reply-To");
+    return addresses(*this, u"Reply-To"sv);
 }
 
 std::optional<QDateTime> MIMEHeaders::date() const
 {
-    const std::optional<QString> text = value(u"Date");
+    const std::optional<QString> text = value(u"Date"sv);
     return text ? MailDate::parse(*text) : std::nullopt;
 }
 
 std::optional<QString> MIMEHeaders::messageID() const
 {
-    const std::optional<QString> text = value(u"Message-ID");
+    const std::optional<QString> text = value(u"Message-ID"sv);
     return text ? std::optional(Text::trimmedSpace(*text).toString()) : std::nullopt;
 }
 
 QList<QString> MIMEHeaders::references() const
 {
-    const QString text = value(u"References").value_or(QString());
+    const QString text = value(u"References"sv).value_or(QString());
     QList<QString> pieces;
     qsizetype start = 0;
     for (qsizetype end = 0; end <= text.size() && pieces.size() < maxReferences; ++end) {

@@ -3,14 +3,17 @@
 #include "domain/Text.h"
 #include "format/HeaderParameters.h"
 #include "format/MailEncoding.h"
+#include "format/QuotedPrintable.h"
 #include "format/UsualTexts.h"
 
 #include <QVarLengthArray>
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cstring>
 #include <optional>
+#include <string_view>
 #include <utility>
 
 #if defined(__SSE2__)
@@ -18,6 +21,7 @@
 #endif
 
 using namespace Qt::StringLiterals;
+using namespace std::string_view_literals;
 
 namespace Larkhaven::MIMEParser {
 
@@ -38,26 +42,32 @@ struct HeaderEnd {
 };
 
 /// Where the next LF stands at or behind `from` that one of the two bytes follows; the size of `bytes` if
-/// there is none. Sixteen bytes at once where the processor can: most of a message is lines that are no end
-/// of anything, and a nested one is looked through at each level, which took a fifth of its time line by line
-/// and takes a twentieth.
-qsizetype lineFeedBefore(QByteArrayView bytes, qsizetype from, char one, char other)
+/// there is none. Thirty-two bytes at once where the processor can: most of a message is lines that are no
+/// end of anything, and a nested one is looked through at each level, which took a fifth of its time line by
+/// line and takes a twentieth.
+template <char one, char other>
+qsizetype lineFeedBefore(QByteArrayView bytes, qsizetype from)
 {
     qsizetype index = from;
 #if defined(__SSE2__)
     const auto at = [bytes](qsizetype place) {
         return _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes.data() + place));
     };
-    const __m128i feeds = _mm_set1_epi8('\n');
-    const __m128i ones = _mm_set1_epi8(one);
-    const __m128i others = _mm_set1_epi8(other);
+    const auto isFound = [at](qsizetype place) {
+        const __m128i next = at(place + 1);
+        const __m128i isWanted = _mm_or_si128(_mm_cmpeq_epi8(next, _mm_set1_epi8(one)),
+                                              _mm_cmpeq_epi8(next, _mm_set1_epi8(other)));
+        return _mm_and_si128(_mm_cmpeq_epi8(at(place), _mm_set1_epi8('\n')), isWanted);
+    };
     constexpr qsizetype width = sizeof(__m128i);
-    for (; bytes.size() - index > width; index += width) {
-        const __m128i next = at(index + 1);
-        const __m128i isWanted = _mm_or_si128(_mm_cmpeq_epi8(next, ones), _mm_cmpeq_epi8(next, others));
-        const int found = _mm_movemask_epi8(_mm_and_si128(_mm_cmpeq_epi8(at(index), feeds), isWanted));
-        if (found != 0)
-            return index + std::countr_zero(static_cast<unsigned>(found));
+    for (; bytes.size() - index > 2 * width; index += 2 * width) {
+        const __m128i low = isFound(index);
+        const __m128i high = isFound(index + width);
+        if (_mm_movemask_epi8(_mm_or_si128(low, high)) == 0)
+            continue;
+        const auto found = static_cast<unsigned>(_mm_movemask_epi8(low)) |
+                           static_cast<unsigned>(_mm_movemask_epi8(high)) << width;
+        return index + std::countr_zero(found);
     }
 #endif
     for (; index + 1 < bytes.size(); ++index) {
@@ -73,8 +83,8 @@ HeaderEnd findHeaderEnd(QByteArrayView raw)
         return {0, 1};
     if (raw.startsWith('\r'))
         return {0, raw.size() > 1 && raw[1] == '\n' ? 2 : 1};
-    for (qsizetype end = lineFeedBefore(raw, 0, '\n', '\r'); end < raw.size();
-         end = lineFeedBefore(raw, end + 1, '\n', '\r')) {
+    for (qsizetype end = lineFeedBefore<'\n', '\r'>(raw, 0); end < raw.size();
+         end = lineFeedBefore<'\n', '\r'>(raw, end + 1)) {
         if (raw[end + 1] == '\n')
             return {end, end + 2};
         if (end + 2 < raw.size() && raw[end + 2] == '\n')
@@ -160,14 +170,13 @@ private:
     QVarLengthArray<QStringView, 16> m_pieces;
 };
 
-MIMEHeaders parseFields(QByteArrayView block)
+MIMEHeaders collectFields(QStringView text)
 {
     // Most headers have few fields, and most fields some sixty characters.
     constexpr qsizetype usualSize = 60;
     constexpr qsizetype usualCount = 24;
-    const QString text = MailEncoding::decodeText(block, u"utf-8"_s);
     FieldCollector collector(std::min(text.size() / usualSize + 1, usualCount));
-    QStringView rest(text);
+    QStringView rest = text;
     while (!rest.isEmpty()) {
         const qsizetype end = rest.indexOf(u'\n');
         QStringView line = end < 0 ? rest : rest.first(end);
@@ -182,12 +191,23 @@ MIMEHeaders parseFields(QByteArrayView block)
     return std::move(collector).taken();
 }
 
+MIMEHeaders parseFields(QByteArrayView block)
+{
+    // Nearly all are as short as this and in UTF-8. Their text needs no memory of its own.
+    std::array<char16_t, 2048> units;
+    if (block.size() <= std::ssize(units)) {
+        if (const char16_t* const end = Text::writeStrictUTF8(units.data(), block))
+            return collectFields(QStringView(units.data(), end));
+    }
+    return collectFields(MailEncoding::decodeText(block, TextEncoding(TextEncoding::utf8)));
+}
+
 /// Gives the pieces of a multipart body one after the other (RFC 2046, 5.1.1). One pass over the bytes.
 class BoundarySplitter {
 public:
     BoundarySplitter(QByteArrayView body, const QString& boundary)
         : m_body(body)
-        , m_delimiter("--" + boundary.toUtf8())
+        , m_boundary(boundary.toUtf8())
     {}
 
     /// The next piece, without the line end that belongs to the delimiter behind it; absent at the end.
@@ -196,7 +216,7 @@ public:
         while (m_position < m_body.size()) {
             // Only a line that begins with "--" can be one of the boundary.
             if (m_position > 0 || !m_body.startsWith('-'))
-                m_position = lineFeedBefore(m_body, std::max<qsizetype>(m_position - 1, 0), '-', '-') + 1;
+                m_position = lineFeedBefore<'-', '-'>(m_body, std::max<qsizetype>(m_position - 1, 0)) + 1;
             if (m_position >= m_body.size())
                 break;
             const qsizetype lineStart = m_position;
@@ -225,9 +245,9 @@ private:
     {
         if (line.endsWith('\r'))
             line.chop(1);
-        if (!line.startsWith(m_delimiter))
+        if (!line.startsWith("--") || !line.sliced(2).startsWith(m_boundary))
             return Line::content;
-        line = line.sliced(m_delimiter.size());
+        line = line.sliced(2 + m_boundary.size());
         const bool isClose = line.startsWith("--");
         if (isClose)
             line = line.sliced(2);
@@ -257,16 +277,18 @@ private:
     }
 
     QByteArrayView m_body;
-    QByteArray m_delimiter;
+    QByteArray m_boundary;
     qsizetype m_position = 0;
     std::optional<qsizetype> m_partStart; ///< of the piece that is open
 };
+
+using MailEncoding::TransferEncoding;
 
 /// What an entity says of itself.
 struct Part {
     HeaderParameters type;
     std::optional<HeaderParameters> disposition;
-    std::optional<QString> transferEncoding;
+    TransferEncoding transferEncoding = TransferEncoding::identity;
     std::optional<QString> contentID;
 
     bool isAttachment() const { return disposition && disposition->value == "attachment"_L1; }
@@ -274,8 +296,9 @@ struct Part {
     /// The name that it has for its file.
     std::optional<QString> nameCandidate() const
     {
-        std::optional<QString> filename = disposition ? disposition->params.value(u"filename") : std::nullopt;
-        return filename ? filename : type.params.value(u"name");
+        std::optional<QString> filename =
+            disposition ? disposition->params.value(u"filename"sv) : std::nullopt;
+        return filename ? filename : type.params.value(u"name"sv);
     }
 };
 
@@ -284,11 +307,11 @@ Part describe(const MIMEHeaders& headers)
     Part part;
     // RFC 2045, 5.2: the default of an entity that doesn't tell.
     part.type =
-        HeaderParameters::parse(headers.value(u"Content-Type").value_or(u"text/plain; charset=us-ascii"_s));
-    if (const std::optional<QString> disposition = headers.value(u"Content-Disposition"))
+        HeaderParameters::parse(headers.value(u"Content-Type"sv).value_or(u"text/plain; charset=us-ascii"_s));
+    if (const std::optional<QString> disposition = headers.value(u"Content-Disposition"sv))
         part.disposition = HeaderParameters::parse(*disposition);
-    part.transferEncoding = headers.value(u"Content-Transfer-Encoding");
-    part.contentID = headers.value(u"Content-ID");
+    part.transferEncoding = MailEncoding::transferEncoding(headers.value(u"Content-Transfer-Encoding"sv));
+    part.contentID = headers.value(u"Content-ID"sv);
     return part;
 }
 
@@ -327,7 +350,7 @@ private:
 
     void walkBody(const Part& part, QByteArrayView body, int depth)
     {
-        const QString boundary = part.type.params.value(u"boundary").value_or(QString());
+        const QString boundary = part.type.params.value(u"boundary"sv).value_or(QString());
         if (part.type.value.startsWith("multipart/"_L1) && !boundary.isEmpty())
             walkMultipart(body, boundary, depth);
         else if (part.type.value == "message/rfc822"_L1 && !part.isAttachment())
@@ -353,7 +376,7 @@ private:
     void walkForwarded(const Part& part, QByteArrayView body, int depth)
     {
         const Decoded decoded(part, body);
-        noteDecoded(body, decoded.bytes);
+        noteDecoded(body, decoded.bytes.isEmpty());
         if (!enter(depth + 1))
             return;
         const SplitEntity entity = splitHeaders(decoded.bytes);
@@ -367,9 +390,9 @@ private:
         m_section = around;
     }
 
-    void noteDecoded(QByteArrayView body, QByteArrayView decoded)
+    void noteDecoded(QByteArrayView body, bool isEmpty)
     {
-        m_message.isIncomplete |= decoded.isEmpty() && !isBlank(body);
+        m_message.isIncomplete |= isEmpty && !isBlank(body);
     }
 
     void readLeaf(const Part& part, QByteArrayView body)
@@ -393,9 +416,17 @@ private:
 
     QString text(const Part& part, QByteArrayView body)
     {
+        const TextEncoding charset = MailEncoding::charsetEncoding(part.type.params.value(u"charset"sv));
+        if (part.transferEncoding == TransferEncoding::quotedPrintable &&
+            charset.charset == TextEncoding::utf8) {
+            if (std::optional<QString> text = QuotedPrintable::decodeUTF8(body)) {
+                noteDecoded(body, text->isEmpty());
+                return *std::move(text);
+            }
+        }
         const Decoded decoded(part, body);
-        noteDecoded(body, decoded.bytes);
-        return MailEncoding::decodeText(decoded.bytes, part.type.params.value(u"charset"));
+        noteDecoded(body, decoded.bytes.isEmpty());
+        return MailEncoding::decodeText(decoded.bytes, charset);
     }
 
     void addPlainText(const QString& text)
@@ -431,7 +462,7 @@ private:
         attachment.isInline =
             part.disposition ? part.disposition->value == "inline"_L1 : part.contentID.has_value();
         attachment.data = MailEncoding::decodeTransfer(body, part.transferEncoding);
-        noteDecoded(body, attachment.data);
+        noteDecoded(body, attachment.data.isEmpty());
         m_message.attachments.append(attachment);
     }
 
@@ -448,8 +479,7 @@ private:
         Decoded(const Part& part, QByteArrayView body)
             : bytes(body)
         {
-            if (MailEncoding::transferEncoding(part.transferEncoding) ==
-                MailEncoding::TransferEncoding::identity)
+            if (part.transferEncoding == TransferEncoding::identity)
                 return;
             storage = MailEncoding::decodeTransfer(body, part.transferEncoding);
             bytes = storage;

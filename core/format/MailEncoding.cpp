@@ -3,19 +3,14 @@
 #include "domain/Text.h"
 #include "format/Base64.h"
 #include "format/EncodedWords.h"
+#include "format/QuotedPrintable.h"
 
 #include <algorithm>
 #include <array>
-#include <bit>
-#include <cstdint>
-#include <cstring>
 #include <string_view>
 
-#if defined(__SSE2__)
-#include <emmintrin.h>
-#endif
-
 using namespace Qt::StringLiterals;
+using namespace std::string_view_literals;
 
 namespace Larkhaven::MailEncoding {
 
@@ -24,27 +19,6 @@ namespace {
 /// An encoded word takes a character more as long as its base64 is no longer than this.
 constexpr qsizetype maxWordBase64 = 45;
 
-constexpr std::int8_t noDigit = -1;
-
-constexpr std::array<std::int8_t, 256> makeHexValues()
-{
-    std::array<std::int8_t, 256> values{};
-    values.fill(noDigit);
-    for (int digit = 0; digit < 16; ++digit) {
-        values[static_cast<std::size_t>("0123456789ABCDEF"[digit])] = static_cast<std::int8_t>(digit);
-        values[static_cast<std::size_t>("0123456789abcdef"[digit])] = static_cast<std::int8_t>(digit);
-    }
-    return values;
-}
-
-constexpr std::array<std::int8_t, 256> hexValues = makeHexValues();
-
-/// The value of a hexadecimal digit, negative for any other byte.
-int hexValue(char byte)
-{
-    return hexValues[static_cast<unsigned char>(byte)];
-}
-
 } // namespace
 
 TransferEncoding transferEncoding(const std::optional<QString>& name)
@@ -52,9 +26,9 @@ TransferEncoding transferEncoding(const std::optional<QString>& name)
     if (!name)
         return TransferEncoding::identity;
     const QStringView trimmed = Text::trimmedSpace(*name);
-    if (Text::isSameKeyword(trimmed, u"base64"))
+    if (Text::isSameKeyword(trimmed, u"base64"sv))
         return TransferEncoding::base64;
-    if (Text::isSameKeyword(trimmed, u"quoted-printable"))
+    if (Text::isSameKeyword(trimmed, u"quoted-printable"sv))
         return TransferEncoding::quotedPrintable;
     return TransferEncoding::identity;
 }
@@ -64,85 +38,19 @@ QByteArray decodeBase64(QByteArrayView bytes)
     return Base64::decode(bytes);
 }
 
-namespace {
-
-/// The length of the soft line break that `bytes`, the first of which is "=", begin with; 0 where it is none.
-qsizetype softBreakLength(QByteArrayView bytes)
-{
-    if (bytes.size() > 1 && bytes[1] == '\n')
-        return 2;
-    return bytes.size() > 2 && bytes[1] == '\r' && bytes[2] == '\n' ? 3 : 0;
-}
-
-/// Copies what stands before the next "=" and returns how many bytes that are, sixteen at once where the
-/// processor can and there is room for them: of prose beyond ASCII, the pieces between two escapes are too
-/// short for a search and a copy of their own, which take twice as long. The output never overtakes the
-/// input, so that what is copied beyond the "=" is written over.
-///
-/// NB: the pointers come by value. Through references each is read again behind every byte that is written,
-/// which takes twice as long.
-qsizetype copyPlain(const char* const input, const char* const end, char* const output)
-{
-    const qsizetype size = end - input;
-    qsizetype index = 0;
-#if defined(__SSE2__)
-    const __m128i escapes = _mm_set1_epi8('=');
-    constexpr qsizetype stride = sizeof(__m128i);
-    for (; size - index >= stride; index += stride) {
-        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(input + index));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(output + index), bytes);
-        const int found = _mm_movemask_epi8(_mm_cmpeq_epi8(bytes, escapes));
-        if (found != 0)
-            return index + std::countr_zero(static_cast<unsigned>(found));
-    }
-#endif
-    for (; index < size && input[index] != '='; ++index)
-        output[index] = input[index];
-    return index;
-}
-
-/// Writes at most as many bytes as there are, and returns how many.
-qsizetype decodeQuotedPrintableInto(char* const start, QByteArrayView bytes, bool underscoreAsSpace)
-{
-    char* output = start;
-    const char* input = bytes.data();
-    const char* const end = input + bytes.size();
-    while (input != end) {
-        const qsizetype plain = copyPlain(input, end, output);
-        if (underscoreAsSpace)
-            std::replace(output, output + plain, '_', ' ');
-        input += plain;
-        output += plain;
-        while (input != end && *input == '=') {
-            const int octet = end - input > 2 ? hexValue(input[1]) * 16 | hexValue(input[2]) : noDigit;
-            if (octet >= 0) {
-                *output++ = static_cast<char>(octet);
-                input += 3;
-                continue;
-            }
-            const qsizetype lineBreak = softBreakLength(QByteArrayView(input, end - input));
-            if (lineBreak == 0)
-                *output++ = '=';
-            input += std::max<qsizetype>(lineBreak, 1);
-        }
-    }
-    return output - start;
-}
-
-} // namespace
-
 QByteArray decodeQuotedPrintable(QByteArrayView bytes, bool underscoreAsSpace)
 {
-    QByteArray result(bytes.size(), Qt::Uninitialized);
-    result.truncate(decodeQuotedPrintableInto(result.data(), bytes, underscoreAsSpace));
-    if (result.size() < result.capacity() / 2)
-        result.squeeze();
-    return result;
+    return QuotedPrintable::decode(bytes, underscoreAsSpace);
 }
 
 QByteArray decodeTransfer(QByteArrayView bytes, const std::optional<QString>& name)
 {
-    switch (transferEncoding(name)) {
+    return decodeTransfer(bytes, transferEncoding(name));
+}
+
+QByteArray decodeTransfer(QByteArrayView bytes, TransferEncoding encoding)
+{
+    switch (encoding) {
     case TransferEncoding::base64:
         return decodeBase64(bytes);
     case TransferEncoding::quotedPrintable:
@@ -234,7 +142,7 @@ TextEncoding encodingNamed(QStringView name)
 {
     const QStringView trimmed = trimmedSpacesAndQuotes(name);
     // Nearly all names are this one.
-    if (Text::isSameKeyword(trimmed, u"utf-8"))
+    if (Text::isSameKeyword(trimmed, u"utf-8"sv))
         return TextEncoding::utf8;
     if (const std::optional<TextEncoding::Charset> common = commonCharset(trimmed))
         return *common;

@@ -29,7 +29,8 @@ QByteArray decodeBase64(QByteArrayView bytes);
 /// starts neither an octet nor a soft line break stands for itself. White space at the end of a line is kept.
 QByteArray decodeQuotedPrintable(QByteArrayView bytes, bool underscoreAsSpace);
 
-/// The bytes with the named Content-Transfer-Encoding undone; a copy where there is nothing to undo.
+/// The bytes with the Content-Transfer-Encoding undone; a copy where there is nothing to undo.
+QByteArray decodeTransfer(QByteArrayView bytes, TransferEncoding encoding);
 QByteArray decodeTransfer(QByteArrayView bytes, const std::optional<QString>& name);
 
 /// Base64 in lines of 76 characters, joined with CRLF; none follows the last line.

@@ -664,6 +664,30 @@ TEST(MIMEParser, MarksBase64ThatGivesNothing)
     }
 }
 
+TEST(MIMEParser, MarksQuotedPrintableThatGivesNothing)
+{
+    for (const QByteArray charset : {"utf-8", "iso-8859-1"}) {
+        const QByteArray header = "Content-Type: text/plain; charset=" + charset +
+                                  "\r\nContent-Transfer-Encoding: quoted-printable\r\n\r\n";
+        EXPECT_TRUE(parse(header + "=\r\n").isIncomplete) << charset.toStdString();
+        EXPECT_FALSE(parse(header + "=20\r\n").isIncomplete) << charset.toStdString();
+        EXPECT_FALSE(parse(header + "\r\n").isIncomplete) << charset.toStdString();
+    }
+}
+
+TEST(MIMEParser, ReadsQuotedPrintableInTheCharsetThatItNames)
+{
+    const auto text = [](const QByteArray& charset, const QByteArray& body) {
+        return parse("Content-Type: text/plain; charset=" + charset +
+                     "\r\nContent-Transfer-Encoding: quoted-printable\r\n\r\n" + body)
+            .textBody;
+    };
+    EXPECT_EQ(text("iso-8859-1", "=C3=A4"), u"Ã¤"_s);
+    EXPECT_EQ(text("utf-8", "=C3=A4"), u"ä"_s);
+    EXPECT_EQ(text("utf-8", "=E4"), u"ä"_s);
+    EXPECT_EQ(text("us-ascii", "=C3=\r\n=A4"), u"ä"_s);
+}
+
 TEST(MIMEParser, MarksPartsBeyondTheLimits)
 {
     const QByteArray part = "Content-Type: image/png\r\n\r\n1";
