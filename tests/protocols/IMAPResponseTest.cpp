@@ -3,6 +3,7 @@
 #include "domain/MailError.h"
 #include "support/QtPrinters.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <random>
 
@@ -401,8 +402,9 @@ TEST(IMAPResponse, ReadsRunsOfNumbersThatAreEquallyLongAndOthers)
             data += random() % 8 == 0 ? "\r\n " : " ";
             data += QByteArray::number(value);
         }
-        EXPECT_EQ(IMAPResponse::parse(data).numbers, expected) << data.toStdString();
-        EXPECT_EQ(IMAPResponse::parse(data + "x").numbers, QList<qint64>()) << data.toStdString();
+        // Not by QList's own comparison, which hands a null pointer to memcmp where one side has no memory.
+        EXPECT_TRUE(std::ranges::equal(IMAPResponse::parse(data).numbers, expected)) << data.toStdString();
+        EXPECT_TRUE(IMAPResponse::parse(data + "x").numbers.isEmpty()) << data.toStdString();
     }
 }
 

@@ -1,4 +1,5 @@
 #include <QCoreApplication>
+#include <QEvent>
 
 #include <gtest/gtest.h>
 
@@ -6,5 +7,8 @@ int main(int argc, char** argv)
 {
     testing::InitGoogleTest(&argc, argv);
     QCoreApplication application(argc, argv);
-    return RUN_ALL_TESTS();
+    const int result = RUN_ALL_TESTS();
+    // What was to be deleted later has no event loop anymore, and isn't a leak.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    return result;
 }
